@@ -1,0 +1,8 @@
+# Warnings for our own targets only: a consumer compiles our headers with whatever it likes.
+function(sftpclient_warnings target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
+                           -Wnon-virtual-dtor -Woverloaded-virtual)
+    if(SFTPCLIENT_WARNINGS_AS_ERRORS)
+        target_compile_options(${target} PRIVATE -Werror)
+    endif()
+endfunction()

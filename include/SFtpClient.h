@@ -1,0 +1,73 @@
+#ifndef SFTPCLIENT_SFTPCLIENT_H
+#define SFTPCLIENT_SFTPCLIENT_H
+
+#include "SFtpRequest.h"
+
+#include <string>
+
+class ISFtpClient;
+
+/// The host's entry point: five blocking operations between local files and a remote file server.
+///
+/// Every operation runs on the caller's thread and returns
+///   0    success; `errorText` is left as it was,
+///   -1   the library could not run it; `errorText` is left as it was and a log record says why,
+///   else libcurl's result code (9 is reported as 78); `errorText` is replaced by libcurl's text for it.
+/// Of the library itself only `std::bad_alloc` is thrown.
+///
+/// Threads: one object may be used from many threads at the same time; do not destroy it while a call runs.
+///
+/// REQUIRES, for every operation: the host has called `curl_global_init` and supplies the host services
+/// (platform/); the request stays unchanged until the call returns.
+class __attribute__((visibility("default"))) SFtpClient
+{
+public:
+    /// Never fails visibly: where the client below could not be made, every operation answers -1.
+    SFtpClient();
+    virtual ~SFtpClient();
+
+    /// Copies would give the same client back twice.
+    SFtpClient(const SFtpClient&) = delete;
+    SFtpClient& operator=(const SFtpClient&) = delete;
+
+    /// Writes the names in the directory `remotePath` to the local file `localPath`, one a line as the server sends
+    /// them (normally ended by CR LF), unchecked. The local file is created or emptied before the server is asked;
+    /// a failure leaves in it what had arrived. Waits up to 90 seconds for each reply of the server.
+    virtual int Listsftpdir(const SFtpRequest& request, std::string& errorText);
+
+    /// Fetches the file `remotePath` into `localPath`, after `CheckFileSizeBeforeDownload`: when that refuses, the
+    /// result is -1 and the local file is not touched. Otherwise it is created or emptied before the transfer starts,
+    /// and a failure leaves in it what had arrived. Connecting may take up to 20 seconds.
+    virtual int DownLoadSFtpFile(const SFtpRequest& request, std::string& errorText);
+
+    /// Renames the remote file `remoteFileName` to `localPath`, both relative to the directory `remotePath`. The
+    /// directory's listing goes to the process's standard output.
+    /// REQUIRES: `remotePath` names a port and ends in "/"; the server knows the command "rename OLD NEW", or the URL
+    /// is sftp:.
+    virtual int ReNameSFtpFile(const SFtpRequest& request, std::string& errorText);
+
+    /// Deletes the remote file `remoteFileName` of the directory `remotePath`.
+    /// REQUIRES: `remotePath` names a port and ends in "/"; the server knows the command "rm PATH", or the URL is
+    /// sftp:.
+    virtual int DelSFtpFile(const SFtpRequest& request, std::string& errorText);
+
+    /// Sends the local file `localPath` to `remotePath`, creating missing remote directories. `caCert` is not used and
+    /// no TLS setting is made: with an ftp: URL login and data go in the clear, with an ftps: URL the server is
+    /// verified against libcurl's own trust store. Connecting may take up to 20 seconds.
+    /// 2 means that the local file could not be opened or measured.
+    virtual int UploadFileToSFtpServer(const SFtpRequest& request, std::string& errorText);
+
+    /// Asks the server for the size of `remotePath`. True when a download may go on: the size is known and below the
+    /// limit (104857600 bytes for a local file named "RetentionDB.db", 53687091200 bytes for any other), or there is
+    /// no such remote file, so that the download itself can report it.
+    ///
+    /// The check runs without the library's TLS step: with an ftp: URL it logs in in the clear, with an ftps: URL the
+    /// server is verified against libcurl's own trust store. libcurl's trace of it, with the password, goes to the
+    /// process's standard error, and header lines go to its standard output.
+    bool CheckFileSizeBeforeDownload(const SFtpRequest& request);
+
+private:
+    ISFtpClient* client;
+};
+
+#endif

@@ -1,0 +1,49 @@
+#ifndef SFTPCLIENT_PLATFORM_LOGPROXY_H
+#define SFTPCLIENT_PLATFORM_LOGPROXY_H
+
+#include <sstream>
+#include <string>
+
+/// One log record, supplied by the host: constructed, written into as a stream, and handed to the host's log when it
+/// is destroyed. The library makes one for every record and calls nothing else on it.
+///
+/// Records come from every thread that uses the library, and one record may be written while another of the same
+/// thread is still open. The constructor may throw; the destructor must not.
+///
+/// The library places these objects on its own stack: a host that lays the class out differently builds the library
+/// against its own header (SFTPCLIENT_PLATFORM_INCLUDE_DIR).
+class LogProxy : public std::ostringstream
+{
+public:
+    /// level: 1 detail, 2 normal end of an operation, 4 failure. module: "SFtpClient". requestId: the thread's
+    /// request identifier, or 0. function and line: where the record was written.
+    /// The strings live as long as the record.
+    LogProxy(int level, const std::string& module, unsigned long requestId, const std::string& function,
+             unsigned int line);
+
+    /// Completes the record. Its text, `str()`, begins with a 0 that every record carries.
+    ~LogProxy() override;
+
+    LogProxy(const LogProxy&) = delete;
+    LogProxy& operator=(const LogProxy&) = delete;
+
+private:
+    int m_level = 0;
+    std::string m_module;
+    unsigned long m_requestId = 0;
+    std::string m_function;
+    unsigned int m_line = 0;
+};
+
+/// The host's request identifiers, one a thread. The library reads the calling thread's for each record; the host
+/// sets it.
+class ThreadRequestId
+{
+public:
+    /// The calling thread's identifier. The reference is valid on that thread as long as it runs.
+    unsigned long& get();
+};
+
+extern ThreadRequestId TSP_RequestID;
+
+#endif

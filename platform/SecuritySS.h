@@ -1,0 +1,21 @@
+#ifndef SFTPCLIENT_PLATFORM_SECURITYSS_H
+#define SFTPCLIENT_PLATFORM_SECURITYSS_H
+
+#include <string>
+
+enum SecuritySS_RC
+{
+    SECURITYSS_SUCCESS = 0,
+    SECURITYSS_FAILURE = 3
+};
+
+/// The host's security service. Called from every thread that uses the library.
+class SecuritySS
+{
+public:
+    /// Adds the host's own TLS settings to a libcurl easy handle (`CURL*`), which stays the library's.
+    /// `cert` is the certificate text that belongs to the handle, or "none".
+    static SecuritySS_RC enrichSSL(void* curl, std::string& cert);
+};
+
+#endif

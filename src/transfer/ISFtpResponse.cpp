@@ -1,0 +1,3 @@
+#include "ISFtpResponse.h"
+
+ISFtpResponse::~ISFtpResponse() = default;

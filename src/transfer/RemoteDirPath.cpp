@@ -1,0 +1,15 @@
+#include "transfer/RemoteDirPath.h"
+
+bool findRemoteDirPath(const std::string& url, std::string& remoteDirPath)
+{
+    const std::string::size_type colon = url.rfind(':');
+    if (colon == std::string::npos) {
+        return false;
+    }
+    const std::string::size_type slash = url.find('/', colon + 1);
+    if (slash == std::string::npos) {
+        return false;
+    }
+    remoteDirPath = url.substr(slash);
+    return true;
+}
