@@ -1,0 +1,238 @@
+#include "harness/Contract.h"
+
+#include <SFtpClient.h>
+
+#include <optional>
+#include <stdexcept>
+
+namespace {
+
+struct Operation
+{
+    const char* name;
+    int (SFtpClient::*call)(const SFtpRequest&, std::string&);
+    const char* noClient;
+    const char* noResponse;
+    const char* failed;
+    bool checksSize;
+};
+
+const Operation kOperations[] = {
+    {"Listsftpdir", &SFtpClient::Listsftpdir, "Listsftpdir(): SFtpClient is NULL. ",
+     "Listsftpdir():Return response is empty. ", "Listsftpdir():Send SFtp request occur network error. Error  is ",
+     false},
+    {"DownLoadSFtpFile", &SFtpClient::DownLoadSFtpFile, "DownLoadSFtpFile(): SFtpClient is NULL. ",
+     "DownLoadSFtpFile(): Return response is empty. ",
+     "DownLoadSFtpFile(): Send SFtp request occur network error. Error  is ", true},
+    {"ReNameSFtpFile", &SFtpClient::ReNameSFtpFile, "ReNameSFtpFile(): SFtpClient is NULL. ",
+     "ReNameSFtpFile(): Return response is empty. ",
+     "ReNameSFtpFile(): Send SFtp request occur network error. Error  is ", false},
+    {"DelSFtpFile", &SFtpClient::DelSFtpFile, "DelSFtpFile(): SFtpClient is NULL. ",
+     "DelSFtpFile():Return response is empty. ", "DelSFtpFile():Send SFtp request occur network error. Error  is ",
+     false},
+    {"UploadFileToSFtpServer", &SFtpClient::UploadFileToSFtpServer, "UploadFileToServer, SFtpClient is NULL. ",
+     "Return response is empty. ", "Send SFtp request occur network error. Error  is ", false},
+};
+
+class FacadeContract : public Contract
+{
+protected:
+    FacadeContract() { writeFile(request.localPath, "content"); }
+
+    static std::string record(const Operation& operation, const std::string& pieces)
+    {
+        return std::string("log 4 SFtpClient 77 SFtpClient::") + operation.name + "(): 0|" + pieces + "|";
+    }
+
+    Lines run(SFtpClient& facade, const Operation& operation, int expected)
+    {
+        scripted::curl().made = 0;
+        return journalOf([&] { EXPECT_EQ(expected, (facade.*operation.call)(request, errorText)) << operation.name; });
+    }
+
+    static Lines lastOf(const Lines& lines, std::ptrdiff_t count) { return Lines(lines.end() - count, lines.end()); }
+
+    // Lets the size check pass and the transfer after it end with this code.
+    static void transferGives(const Operation& operation, CURLcode code)
+    {
+        scripted::curl().perform = [&operation, code](scripted::Handle& handle) {
+            return operation.checksSize && handle.number() == 1 ? CURLE_OK : code;
+        };
+    }
+
+    std::string errorText = "as it was";
+};
+
+TEST_F(FacadeContract, SuccessLeavesTheErrorText)
+{
+    SFtpClient facade;
+    for (const Operation& operation : kOperations) {
+        const Lines lines = run(facade, operation, 0);
+        EXPECT_EQ("as it was", errorText);
+        EXPECT_EQ(operation.checksSize ? "handle 2 cleaned up" : "handle 1 cleaned up", lines.back());
+        for (const std::string& line : lines) {
+            EXPECT_EQ(std::string::npos, line.find("log 4")) << line;
+        }
+    }
+}
+
+TEST_F(FacadeContract, FailureGivesTheReportedCodeAndTheTextOfTheRawOne)
+{
+    SFtpClient facade;
+    for (const Operation& operation : kOperations) {
+        errorText = "as it was";
+        transferGives(operation, CURLE_REMOTE_ACCESS_DENIED);
+        const Lines lines = run(facade, operation, 78);
+        EXPECT_EQ(scripted::text(9), errorText);
+        const std::string asked =
+            "log 4 SFtpClient 77 CurlSFtpResponse::GetErrString(): 0|Get error string: |" + scripted::text(9) + "|";
+        // Asked once for the caller, once inside the record; the record that was begun first is written last.
+        EXPECT_EQ(Lines({"close", asked, asked, record(operation, operation.failed + ("|" + scripted::text(9))),
+                         operation.checksSize ? "handle 2 cleaned up" : "handle 1 cleaned up"}),
+                  lastOf(lines, 5));
+    }
+}
+
+TEST_F(FacadeContract, EveryCodeButNineIsGivenAsItIs)
+{
+    SFtpClient facade;
+    for (int code = 1; code < 100; ++code) {
+        performGives(static_cast<CURLcode>(code));
+        EXPECT_EQ(code == 9 ? 78 : code, facade.Listsftpdir(request, errorText));
+        EXPECT_EQ(scripted::text(code), errorText);
+    }
+}
+
+TEST_F(FacadeContract, TheListingWaitsNinetySeconds)
+{
+    SFtpClient facade;
+    const Lines lines = run(facade, kOperations[0], 0);
+    EXPECT_NE(lines.end(), std::find(lines.begin(), lines.end(), "1 FTP_RESPONSE_TIMEOUT = 90"));
+}
+
+TEST_F(FacadeContract, WithoutALibcurlTextTheErrorTextSaysUnknown)
+{
+    scripted::curl().texts = false;
+    performGives(CURLE_LOGIN_DENIED);
+    SFtpClient facade;
+    const Lines lines = run(facade, kOperations[0], 67);
+    EXPECT_EQ("UnKown error", errorText);
+    EXPECT_EQ(record(kOperations[0], kOperations[0].failed + std::string("|UnKown error")), *(lines.end() - 2));
+}
+
+TEST_F(FacadeContract, WithoutAResponseTheResultIsMinusOne)
+{
+    scripted::curl().handles = false;
+    SFtpClient facade;
+    for (const Operation& operation : kOperations) {
+        if (operation.checksSize) {
+            continue; // below: its size check needs a handle
+        }
+        const Lines lines = run(facade, operation, -1);
+        EXPECT_EQ("as it was", errorText);
+        ASSERT_EQ(3U, lines.size());
+        EXPECT_EQ("curl_easy_init gives nothing", lines[0]);
+        EXPECT_NE(std::string::npos, lines[1].find("CurlHttpClient object failed.|curl initialize failed.|"));
+        EXPECT_EQ(record(operation, operation.noResponse), lines[2]);
+    }
+}
+
+TEST_F(FacadeContract, WithoutAResponseAfterTheSizeCheckTheDownloadIsMinusOne)
+{
+    SFtpClient facade;
+    scripted::curl().perform = [](scripted::Handle&) {
+        scripted::curl().handles = false;
+        return CURLE_OK;
+    };
+    const Lines lines = run(facade, kOperations[1], -1);
+    EXPECT_EQ("as it was", errorText);
+    EXPECT_EQ(Lines({"credentials wiped", "handle 1 cleaned up", "curl_easy_init gives nothing",
+                     "log 4 SFtpClient 77 CurlSFtpClient::DownLoadSFtpFile(): "
+                     "0|DownLoadSFtpFile():, Create  CurlHttpClient object failed.|curl initialize failed.|",
+                     record(kOperations[1], kOperations[1].noResponse)}),
+              lastOf(lines, 5));
+}
+
+TEST_F(FacadeContract, WithoutAClientEveryOperationIsMinusOne)
+{
+    std::optional<SFtpClient> facade;
+    journalOf([&] {
+        memory::failAllocation(1);
+        facade.emplace();
+    });
+    for (const Operation& operation : kOperations) {
+        const Lines lines = run(*facade, operation, -1);
+        EXPECT_EQ("as it was", errorText);
+        EXPECT_EQ(record(operation, operation.noClient), lines.back());
+        if (!operation.checksSize) {
+            EXPECT_EQ(1U, lines.size());
+        } else {
+            EXPECT_EQ("handle 1 made", lines.front()) << "the size check comes first";
+            EXPECT_EQ("handle 1 cleaned up", *(lines.end() - 2));
+        }
+    }
+}
+
+TEST_F(FacadeContract, ARefusedSizeCheckEndsTheDownloadSilently)
+{
+    SFtpClient facade;
+    performGives(CURLE_COULDNT_CONNECT);
+    const Lines lines = run(facade, kOperations[1], -1);
+    EXPECT_EQ("as it was", errorText);
+    EXPECT_EQ("content", contentOf(request.localPath));
+    EXPECT_EQ(Lines({"1 perform",
+                     "log 4 SFtpClient 77 SFtpClient::CheckFileSizeBeforeDownload(): 0|curl_easy_perform fail, res =|" +
+                         scripted::text(7) + "|",
+                     "credentials wiped", "handle 1 cleaned up"}),
+              lastOf(lines, 4));
+}
+
+TEST_F(FacadeContract, TheDownloadChecksTheSizeOnAHandleOfItsOwnFirst)
+{
+    SFtpClient facade;
+    const Lines lines = run(facade, kOperations[1], 0);
+    Lines handles;
+    for (const std::string& line : lines) {
+        if (line.rfind("handle", 0) == 0 || line.find("perform") != std::string::npos) {
+            handles.push_back(line);
+        }
+    }
+    EXPECT_EQ(Lines({"handle 1 made", "1 perform", "handle 1 cleaned up", "handle 2 made", "2 perform",
+                     "handle 2 cleaned up"}),
+              handles);
+}
+
+TEST_F(FacadeContract, AnExceptionOfTheOperationPasses)
+{
+    scripted::curl().perform = [](scripted::Handle&) -> CURLcode { throw std::runtime_error("from within"); };
+    SFtpClient facade;
+    for (const Operation& operation : kOperations) {
+        EXPECT_THROW((facade.*operation.call)(request, errorText), std::runtime_error) << operation.name;
+    }
+    EXPECT_EQ("as it was", errorText);
+}
+
+TEST_F(FacadeContract, TheClientEndsWithTheFacade)
+{
+    EXPECT_EQ(Lines{}, journalOf([] {
+                  std::optional<SFtpClient> facade;
+                  facade.emplace();
+                  EXPECT_EQ(1U, memory::livingBlocks());
+                  facade.reset();
+                  EXPECT_EQ(0U, memory::livingBlocks());
+              }));
+}
+
+TEST_F(FacadeContract, AnEmptyRequestGivesLibcurlsResult)
+{
+    request = {};
+    SFtpClient facade;
+    performGives(CURLE_URL_MALFORMAT);
+    EXPECT_EQ(2, facade.Listsftpdir(request, errorText)) << "no local file";
+    EXPECT_EQ(-1, facade.DownLoadSFtpFile(request, errorText)) << "no size";
+    EXPECT_EQ(2, facade.ReNameSFtpFile(request, errorText)) << "no directory";
+    EXPECT_EQ(2, facade.DelSFtpFile(request, errorText)) << "no directory";
+    EXPECT_EQ(2, facade.UploadFileToSFtpServer(request, errorText)) << "no local file";
+}
+
+} // namespace

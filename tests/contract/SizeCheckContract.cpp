@@ -1,0 +1,167 @@
+#include "harness/Contract.h"
+
+#include <SFtpClient.h>
+
+namespace {
+
+class SizeCheckContract : public Contract
+{
+protected:
+    SizeCheckContract() { request.remotePath = "ftp://server:2121/backup/a.bak"; }
+
+    Lines check(bool expected)
+    {
+        scripted::curl().made = 0;
+        return journalOf([&] { EXPECT_EQ(expected, facade.CheckFileSizeBeforeDownload(request)); });
+    }
+
+    static Lines untilPerformed()
+    {
+        return {"handle 1 made",    "credentials joined",
+                "1 VERBOSE = 1",    "1 URL = ftp://server:2121/backup/a.bak",
+                "1 PORT = 2121",    "1 USERPWD = operator:correct horse battery",
+                "1 NOPROGRESS = 1", "1 NOBODY = 1",
+                "1 HEADER = 1",     "1 FILETIME = 1",
+                "1 perform"};
+    }
+
+    static std::string record(int level, const std::string& pieces)
+    {
+        return "log " + std::to_string(level) + " SFtpClient 77 SFtpClient::CheckFileSizeBeforeDownload(): 0|" +
+               pieces + "|";
+    }
+
+    static Lines end() { return {"credentials wiped", "handle 1 cleaned up"}; }
+
+    // The whole journal for a remote size under a local name's limit.
+    void expectSize(curl_off_t size, const std::string& limit, bool accepted)
+    {
+        scripted::curl().size = size;
+        const Lines measured =
+            untilPerformed() +
+            Lines({"1 getinfo CONTENT_LENGTH_DOWNLOAD_T",
+                   record(1, "remoteFileSizeByte =|" + std::to_string(size) + "|, fileSizeLimit = |" + limit)});
+        const Lines refused = accepted ? Lines{} : Lines({record(4, "file size is invalid.")});
+        EXPECT_EQ(measured + refused + end(), check(accepted)) << request.localPath << " " << size;
+    }
+
+    static constexpr const char* kRetentionLimit = "104857600";
+    static constexpr const char* kLimit = "53687091200";
+
+    SFtpClient facade;
+};
+
+TEST_F(SizeCheckContract, ASizeBelowTheLimitPasses)
+{
+    expectSize(1048576, kLimit, true);
+    expectSize(0, kLimit, true);
+    expectSize(53687091199, kLimit, true);
+}
+
+TEST_F(SizeCheckContract, TheLimitItselfIsRefused)
+{
+    expectSize(53687091200, kLimit, false);
+    expectSize(53687091201, kLimit, false);
+    expectSize(INT64_MAX, kLimit, false);
+}
+
+TEST_F(SizeCheckContract, OnlyMinusOneIsAnUnknownSize)
+{
+    expectSize(-1, kLimit, false);
+    expectSize(-2, kLimit, true);
+    expectSize(INT64_MIN, kLimit, true);
+}
+
+TEST_F(SizeCheckContract, TheRetentionDatabaseHasALimitOfItsOwn)
+{
+    for (const char* localPath : {"/data/RetentionDB.db", "RetentionDB.db", "/RetentionDB.db", "a/b/RetentionDB.db"}) {
+        request.localPath = localPath;
+        expectSize(104857599, kRetentionLimit, true);
+        expectSize(104857600, kRetentionLimit, false);
+        expectSize(104857601, kRetentionLimit, false);
+        expectSize(-1, kRetentionLimit, false);
+    }
+}
+
+TEST_F(SizeCheckContract, AnyOtherNameHasTheLargeLimit)
+{
+    for (const char* localPath : {"/data/retentiondb.db", "/data/RetentionDB.db/", "/data/", "", "RetentionDB.db.bak",
+                                  "/data/OldRetentionDB.db", "/data/RetentionDB.db/x"}) {
+        request.localPath = localPath;
+        expectSize(104857600, kLimit, true);
+    }
+}
+
+TEST_F(SizeCheckContract, AMissingFilePassesWithItsRecord)
+{
+    performGives(CURLE_REMOTE_FILE_NOT_FOUND);
+    EXPECT_EQ(untilPerformed() + Lines({record(4, "curl_easy_perform fail, res =|" + scripted::text(78))}) + end(),
+              check(true));
+}
+
+TEST_F(SizeCheckContract, AnyOtherFailureIsRefused)
+{
+    for (int code = 1; code < 100; ++code) {
+        if (code == CURLE_REMOTE_FILE_NOT_FOUND) {
+            continue;
+        }
+        performGives(static_cast<CURLcode>(code));
+        EXPECT_EQ(untilPerformed() + Lines({record(4, "curl_easy_perform fail, res =|" + scripted::text(code))}) +
+                      end(),
+                  check(false));
+    }
+}
+
+TEST_F(SizeCheckContract, ASizeThatCannotBeReadIsRefused)
+{
+    scripted::curl().getinfo = CURLE_UNKNOWN_OPTION;
+    EXPECT_EQ(untilPerformed() +
+                  Lines({"1 getinfo CONTENT_LENGTH_DOWNLOAD_T",
+                         record(4, "get file size failed. ret = |" + scripted::text(48))}) +
+                  end(),
+              check(false));
+}
+
+TEST_F(SizeCheckContract, AMissingFilePassesThereToo)
+{
+    scripted::curl().getinfo = CURLE_REMOTE_FILE_NOT_FOUND;
+    EXPECT_EQ(untilPerformed() +
+                  Lines({"1 getinfo CONTENT_LENGTH_DOWNLOAD_T",
+                         record(4, "get file size failed. ret = |" + scripted::text(78))}) +
+                  end(),
+              check(true));
+}
+
+TEST_F(SizeCheckContract, WithoutALibcurlTextTheRecordEndsAtItsOwn)
+{
+    scripted::curl().texts = false;
+    performGives(CURLE_LOGIN_DENIED);
+    // A null text sets the record's stream bad, so that the empty text that closes it is lost too.
+    EXPECT_EQ(untilPerformed() +
+                  Lines({"log 4 SFtpClient 77 SFtpClient::CheckFileSizeBeforeDownload(): "
+                         "0|curl_easy_perform fail, res = (bad)"}) +
+                  end(),
+              check(false));
+    performGives(CURLE_OK);
+    scripted::curl().getinfo = CURLE_UNKNOWN_OPTION;
+    EXPECT_EQ(untilPerformed() +
+                  Lines({"1 getinfo CONTENT_LENGTH_DOWNLOAD_T",
+                         "log 4 SFtpClient 77 SFtpClient::CheckFileSizeBeforeDownload(): "
+                         "0|get file size failed. ret =  (bad)"}) +
+                  end(),
+              check(false));
+}
+
+TEST_F(SizeCheckContract, WithoutAHandleItIsRefused)
+{
+    scripted::curl().handles = false;
+    EXPECT_EQ(Lines({"curl_easy_init gives nothing", record(4, "nullptr.")}), check(false));
+}
+
+TEST_F(SizeCheckContract, LibcurlGetsACopyOfTheUrl)
+{
+    check(true);
+    EXPECT_NE(static_cast<const void*>(request.remotePath.c_str()), scripted::curl().urlAt);
+}
+
+} // namespace

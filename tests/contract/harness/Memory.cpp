@@ -1,0 +1,131 @@
+#include "harness/Memory.h"
+
+#include <dlfcn.h>
+#include <malloc.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace {
+
+struct Block
+{
+    void* address;
+    std::size_t size;
+};
+
+// Plain arrays: this code runs inside the allocator.
+thread_local std::array<Block, 4096> livings;
+thread_local std::size_t livingCount = 0;
+thread_local const char* secretText = nullptr;
+thread_local unsigned pauses = 0;
+thread_local unsigned countdown = 0;
+thread_local unsigned freedSecrets = 0;
+
+bool contains(const void* block, std::size_t size)
+{
+    return secretText != nullptr && memmem(block, size, secretText, std::strlen(secretText)) != nullptr;
+}
+
+void* allocate(std::size_t size)
+{
+    if (memory::watched() && countdown != 0 && --countdown == 0) {
+        throw std::bad_alloc();
+    }
+    void* block = std::malloc(size == 0 ? 1 : size);
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    if (memory::watched()) {
+        if (livingCount == livings.size()) {
+            std::abort();
+        }
+        livings[livingCount++] = {block, size};
+    }
+    return block;
+}
+
+void forget(void* block)
+{
+    for (std::size_t i = 0; i < livingCount; ++i) {
+        if (livings[i].address == block) {
+            livings[i] = livings[--livingCount];
+            return;
+        }
+    }
+}
+
+using Free = void (*)(void*);
+
+Free nextFree()
+{
+    static const Free next = reinterpret_cast<Free>(dlsym(RTLD_NEXT, "free"));
+    return next;
+}
+
+} // namespace
+
+namespace memory {
+
+Watch::Watch(const char* secret)
+{
+    livingCount = 0;
+    freedSecrets = 0;
+    secretText = secret;
+}
+
+Watch::~Watch()
+{
+    secretText = nullptr;
+    countdown = 0;
+}
+
+Pause::Pause() { ++pauses; }
+
+Pause::~Pause() { --pauses; }
+
+bool watched() { return secretText != nullptr && pauses == 0; }
+
+void failAllocation(unsigned nth) { countdown = nth; }
+
+bool holdsSecret()
+{
+    for (std::size_t i = 0; i < livingCount; ++i) {
+        if (contains(livings[i].address, livings[i].size)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+unsigned freedWithSecret() { return freedSecrets; }
+
+unsigned livingBlocks() { return static_cast<unsigned>(livingCount); }
+
+} // namespace memory
+
+void* operator new(std::size_t size) { return allocate(size); }
+
+void* operator new[](std::size_t size) { return allocate(size); }
+
+void operator delete(void* block) noexcept { std::free(block); }
+
+void operator delete[](void* block) noexcept { std::free(block); }
+
+void operator delete(void* block, std::size_t /*size*/) noexcept { std::free(block); }
+
+void operator delete[](void* block, std::size_t /*size*/) noexcept { std::free(block); }
+
+extern "C" void free(void* block) noexcept
+{
+    if (block != nullptr && secretText != nullptr) {
+        if (memory::watched() && contains(block, malloc_usable_size(block))) {
+            ++freedSecrets;
+        }
+        forget(block);
+    }
+    nextFree()(block);
+}

@@ -1,0 +1,45 @@
+#ifndef CONTRACT_HARNESS_MEMORY_H
+#define CONTRACT_HARNESS_MEMORY_H
+
+/// The memory of the code under test. While it is watched, every block that the calling thread allocates outside the
+/// harness is known, and every block that it frees is searched for the secret.
+namespace memory {
+
+/// Watches from construction to destruction.
+class Watch
+{
+public:
+    explicit Watch(const char* secret);
+    ~Watch();
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+};
+
+/// Takes the harness's own allocations out of the watch.
+class Pause
+{
+public:
+    Pause();
+    ~Pause();
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+};
+
+/// True between a Watch's ends, outside of any Pause.
+bool watched();
+
+/// Makes the nth allocation from now on, counted while watched, fail; 0 makes none fail.
+void failAllocation(unsigned nth);
+
+/// Whether a living block holds the secret.
+bool holdsSecret();
+
+/// How many blocks were freed with the secret in them.
+unsigned freedWithSecret();
+
+/// How many blocks allocated under the watch are still alive.
+unsigned livingBlocks();
+
+} // namespace memory
+
+#endif
