@@ -33,11 +33,13 @@ inline LogProxy openRecordWithoutRequest(int level, const std::string& function,
 #define SFTP_FUNCTION_NAME GetFunctionName(std::string(__PRETTY_FUNCTION__))
 
 /// Writes one record: SFTP_LOG(kLogFailure, "text" << number << text). Hosts know the 0 at the start and the empty
-/// text at the end of every record.
+/// text at the end of every record. The message is a chain of insertions, so it stands without parentheses.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define SFTP_LOG(level, message)                                                                                       \
     static_cast<void>(openRecord(level, SFTP_FUNCTION_NAME, __LINE__) << 0 << message << "")
 
 #define SFTP_LOG_WITHOUT_REQUEST(level, message)                                                                       \
     static_cast<void>(openRecordWithoutRequest(level, SFTP_FUNCTION_NAME, __LINE__) << 0 << message << "")
+// NOLINTEND(bugprone-macro-parentheses)
 
 #endif

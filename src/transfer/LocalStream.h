@@ -6,7 +6,7 @@
 
 struct LocalStreamClose
 {
-    void operator()(FILE* stream) const { fclose(stream); }
+    void operator()(FILE* stream) const { static_cast<void>(fclose(stream)); }
 };
 
 /// A local file, open for one operation.
@@ -14,6 +14,6 @@ using LocalStream = std::unique_ptr<FILE, LocalStreamClose>;
 
 /// Makes every write reach the file at once, so that a full disk shows while libcurl can still report it, not in the
 /// closing that nobody checks.
-inline void writeUnbuffered(const LocalStream& stream) { setvbuf(stream.get(), nullptr, _IONBF, 0); }
+inline void writeUnbuffered(const LocalStream& stream) { static_cast<void>(setvbuf(stream.get(), nullptr, _IONBF, 0)); }
 
 #endif

@@ -28,7 +28,7 @@ protected:
     static Lines performed(int code)
     {
         return begin("ftp://server:2121/backup/") +
-               Lines({"handle 1 made", "1 URL = ftp://server:2121/backup/", "1 PORT = 2121",
+               Lines({"handle 1 made", "1 URL = ftp://server:2121/backup/", "1 PORT = 60021",
                       "1 USERPWD = operator:correct horse battery", "1 CONNECTTIMEOUT = 20", "1 NOSIGNAL = 1"}) +
                tlsStep(1) +
                Lines({"1 perform", record(1, "errorCode is: |" + std::to_string(code)), "handle 1 cleaned up",

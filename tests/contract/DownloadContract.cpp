@@ -24,7 +24,7 @@ protected:
     {
         return Lines({"handle 1 made", "credentials joined", "open " + request.localPath + " w+", "unbuffered"}) +
                tlsStep(1) +
-               Lines({"1 URL = ftp://server:2121/backup/a.bak", "1 PORT = 2121",
+               Lines({"1 URL = ftp://server:2121/backup/a.bak", "1 PORT = 60021",
                       "1 USERPWD = operator:correct horse battery", "1 WRITEFUNCTION = sftp_write_data",
                       "1 WRITEDATA = stream", "1 CONNECTTIMEOUT = 20", "1 NOSIGNAL = 1", "1 perform",
                       "credentials wiped"});

@@ -22,7 +22,7 @@ protected:
     {
         return Lines({"handle 1 made", "credentials joined", "open " + request.localPath + " wr+", "unbuffered"}) +
                tlsStep(1) +
-               Lines({"1 URL = ftp://server:2121/backup/", "1 PORT = 2121",
+               Lines({"1 URL = ftp://server:2121/backup/", "1 PORT = 60021",
                       "1 USERPWD = operator:correct horse battery"}) +
                timeout +
                Lines({"1 DIRLISTONLY = 1", "1 WRITEFUNCTION = sftp_write_data", "1 WRITEDATA = stream", "1 perform",

@@ -28,7 +28,7 @@ Contract::Contract()
     request.userName = "operator";
     request.password = kPassword;
     request.caCert = "the certificate";
-    request.port = 2121;
+    request.port = 60021; // beyond 15 bits, and not the one in the URL
     scripted::curl().names[&request.caCert] = "the request's caCert";
 }
 
