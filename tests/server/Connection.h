@@ -1,0 +1,71 @@
+#ifndef TESTSERVER_CONNECTION_H
+#define TESTSERVER_CONNECTION_H
+
+#include "OpenSockets.h"
+
+#include <boost/asio/ip/tcp.hpp>
+
+#include <openssl/ssl.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace testserver {
+
+/// One TCP connection with a client, in the clear until TLS is started on it. All calls block; a failure or the end of
+/// the connection shows in what they return. Registered with the session's sockets as long as it is open.
+class Connection
+{
+public:
+    Connection(boost::asio::ip::tcp::socket socket, OpenSockets& sockets);
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    /// Does the server's side of the handshake; false when it fails.
+    bool startTls(SSL_CTX* context);
+    bool hasTls() const { return m_tls != nullptr; }
+
+    bool write(const std::string& bytes) { return write(bytes.data(), bytes.size()); }
+    bool write(const char* bytes, std::size_t count);
+
+    /// Reads up to `count` bytes; 0 at the end, however it came about.
+    std::size_t read(char* bytes, std::size_t count);
+
+    /// Whether the end that `read` met was announced: by the client's close_notify where there is TLS.
+    bool endedCleanly() const { return m_endedCleanly; }
+
+    /// A line without its line end, or nothing at the end.
+    std::optional<std::string> readLine();
+
+    /// Whether bytes are here that no `read` has taken: a command sent ahead of TLS, for example.
+    bool hasUnread() const { return !m_unread.empty(); }
+
+    /// Reads and drops everything until the client leaves.
+    void waitForEnd();
+
+    /// Announces the end to the client (close_notify) and waits for its answer.
+    void endTls();
+    void close();
+    /// Closes with a TCP reset.
+    void reset();
+
+    int socket() { return m_socket.native_handle(); }
+
+private:
+    struct TlsRelease
+    {
+        void operator()(SSL* tls) const { SSL_free(tls); }
+    };
+
+    boost::asio::ip::tcp::socket m_socket;
+    OpenSockets& m_sockets;
+    std::unique_ptr<SSL, TlsRelease> m_tls;
+    std::string m_unread;
+    bool m_endedCleanly = false;
+};
+
+} // namespace testserver
+
+#endif

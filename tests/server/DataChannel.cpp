@@ -1,0 +1,205 @@
+#include "DataChannel.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <fstream>
+#include <limits>
+#include <vector>
+
+namespace testserver {
+
+namespace {
+
+constexpr std::size_t kBlock = 64 * 1024;
+const char* const kGarbage = "this is no TLS handshake\r\n";
+
+bool does(const Fault* fault, Misbehaviour misbehaviour)
+{
+    return fault != nullptr && fault->misbehaviour == misbehaviour;
+}
+
+} // namespace
+
+DataChannel::DataChannel(boost::asio::io_context& context, OpenSockets& sockets)
+    : m_context(context), m_sockets(sockets), m_acceptor(context)
+{
+}
+
+DataChannel::~DataChannel() { close(); }
+
+std::uint16_t DataChannel::listen(const Fault* fault)
+{
+    close();
+    const boost::asio::ip::tcp::endpoint anywhere(boost::asio::ip::address_v4::loopback(), 0);
+    m_acceptor = boost::asio::ip::tcp::acceptor(m_context, anywhere);
+    const std::uint16_t port = m_acceptor.local_endpoint().port();
+    m_sockets.add(m_acceptor.native_handle());
+    if (does(fault, Misbehaviour::Refuse)) {
+        close();
+    }
+    return port;
+}
+
+// Waits until a client is at the port; false when the client of the control connection has left, or none can come.
+bool DataChannel::waitForClient(int control)
+{
+    std::array<pollfd, 2> watched = {{{m_acceptor.native_handle(), POLLIN, 0}, {control, POLLRDHUP, 0}}};
+    while (::poll(watched.data(), watched.size(), -1) < 0) {
+        if (errno != EINTR) {
+            return false;
+        }
+    }
+    return (watched[0].revents & POLLIN) != 0;
+}
+
+TransferEnd DataChannel::open(int control, SSL_CTX* tls, const Fault* fault)
+{
+    m_fault = fault;
+    m_moved = 0;
+    if (!m_acceptor.is_open() || !waitForClient(control)) {
+        return TransferEnd::NotConnected;
+    }
+    boost::system::error_code failed;
+    boost::asio::ip::tcp::socket socket(m_context);
+    m_acceptor.accept(socket, failed);
+    if (failed) {
+        return TransferEnd::NotConnected;
+    }
+    m_connection = std::make_unique<Connection>(std::move(socket), m_sockets);
+    m_sockets.remove(m_acceptor.native_handle());
+    m_acceptor.close(failed);
+
+    if (does(fault, Misbehaviour::Close)) {
+        close();
+        return TransferEnd::Aborted;
+    }
+    if (does(fault, Misbehaviour::Garbage)) {
+        m_connection->write(kGarbage);
+        m_connection->waitForEnd();
+        return TransferEnd::NoTls;
+    }
+    const bool secured = tls == nullptr || does(fault, Misbehaviour::Plain) || m_connection->startTls(tls);
+    return secured ? TransferEnd::Complete : TransferEnd::NoTls;
+}
+
+// Bytes after which the fault happens.
+std::uint64_t DataChannel::limit() const
+{
+    const bool limited = does(m_fault, Misbehaviour::DropAfter) || does(m_fault, Misbehaviour::ResetAfter) ||
+                         does(m_fault, Misbehaviour::ClaimAfter) || does(m_fault, Misbehaviour::StallAfter);
+    return limited ? m_fault->number : std::numeric_limits<std::uint64_t>::max();
+}
+
+TransferEnd DataChannel::atLimit()
+{
+    switch (m_fault->misbehaviour) {
+    case Misbehaviour::ClaimAfter:
+        m_connection->endTls();
+        m_connection->close();
+        return TransferEnd::Complete;
+    case Misbehaviour::ResetAfter:
+        m_connection->reset();
+        return TransferEnd::Aborted;
+    case Misbehaviour::StallAfter:
+        m_connection->waitForEnd();
+        return TransferEnd::Aborted;
+    default:
+        m_connection->close();
+        return TransferEnd::Aborted;
+    }
+}
+
+// Lets as much time pass as the fault wants for these bytes.
+bool DataChannel::pace(std::size_t count)
+{
+    if (!does(m_fault, Misbehaviour::Slow) || m_fault->number == 0) {
+        return true;
+    }
+    return m_sockets.wait(std::chrono::milliseconds(count * 1000 / m_fault->number));
+}
+
+// Sends a block as far as the limit lets it; Complete while the transfer may go on.
+TransferEnd DataChannel::write(const char* bytes, std::size_t count)
+{
+    const auto allowed = static_cast<std::size_t>(std::min<std::uint64_t>(count, limit() - m_moved));
+    if (!pace(allowed) || !m_connection->write(bytes, allowed)) {
+        return TransferEnd::Aborted;
+    }
+    m_moved += allowed;
+    return TransferEnd::Complete;
+}
+
+TransferEnd DataChannel::finishSending()
+{
+    if (!does(m_fault, Misbehaviour::NoCloseNotify)) {
+        m_connection->endTls();
+    }
+    m_connection->close();
+    return TransferEnd::Complete;
+}
+
+TransferEnd DataChannel::send(const std::string& bytes)
+{
+    if (write(bytes.data(), bytes.size()) != TransferEnd::Complete) {
+        return TransferEnd::Aborted;
+    }
+    return m_moved == limit() ? atLimit() : finishSending();
+}
+
+TransferEnd DataChannel::sendFile(const std::filesystem::path& file, std::uint64_t offset)
+{
+    std::ifstream content(file, std::ios::binary);
+    content.seekg(static_cast<std::streamoff>(offset));
+    // A slow transfer goes in small blocks, or it would come in bursts.
+    std::vector<char> block(does(m_fault, Misbehaviour::Slow) ? 1024 : kBlock);
+    while (m_moved != limit() && content) {
+        content.read(block.data(), static_cast<std::streamsize>(block.size()));
+        if (write(block.data(), static_cast<std::size_t>(content.gcount())) != TransferEnd::Complete) {
+            return TransferEnd::Aborted;
+        }
+    }
+    return m_moved == limit() ? atLimit() : finishSending();
+}
+
+TransferEnd DataChannel::receiveFile(const std::filesystem::path& file, bool append, bool strict)
+{
+    std::ofstream content(file, std::ios::binary | (append ? std::ios::app : std::ios::trunc));
+    if (!content) {
+        return TransferEnd::Unwritable;
+    }
+    std::vector<char> block(kBlock);
+    while (m_moved != limit()) {
+        const auto room = static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), limit() - m_moved));
+        const std::size_t got = m_connection->read(block.data(), room);
+        if (got == 0) {
+            break;
+        }
+        content.write(block.data(), static_cast<std::streamsize>(got));
+        m_moved += got;
+        if (!content.flush() || !pace(got)) {
+            return TransferEnd::Aborted;
+        }
+    }
+    if (m_moved == limit()) {
+        return atLimit();
+    }
+    if (strict && !m_connection->endedCleanly()) {
+        return TransferEnd::Aborted;
+    }
+    return finishSending();
+}
+
+void DataChannel::close()
+{
+    m_connection.reset();
+    if (m_acceptor.is_open()) {
+        m_sockets.remove(m_acceptor.native_handle());
+        boost::system::error_code ignored;
+        m_acceptor.close(ignored);
+    }
+}
+
+} // namespace testserver

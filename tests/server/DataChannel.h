@@ -1,0 +1,70 @@
+#ifndef TESTSERVER_DATACHANNEL_H
+#define TESTSERVER_DATACHANNEL_H
+
+#include "Connection.h"
+#include "Faults.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace testserver {
+
+/// How a transfer on a data connection ended, for the reply that follows.
+enum class TransferEnd
+{
+    Complete,
+    Aborted,
+    NotConnected,
+    NoTls,
+    Unwritable
+};
+
+/// The passive side of data connections: listens when told, takes one connection for each transfer, and does on it
+/// what the fault says.
+class DataChannel
+{
+public:
+    DataChannel(boost::asio::io_context& context, OpenSockets& sockets);
+    ~DataChannel();
+
+    /// Listens on a free port and gives it; with `Refuse` nobody listens there.
+    std::uint16_t listen(const Fault* fault);
+
+    /// Takes the connection that a client made to the port. `control` is watched meanwhile: a client that leaves ends
+    /// the wait. Null for `tls` means no TLS.
+    TransferEnd open(int control, SSL_CTX* tls, const Fault* fault);
+
+    TransferEnd send(const std::string& bytes);
+    TransferEnd sendFile(const std::filesystem::path& file, std::uint64_t offset);
+    /// Writes what arrives into the file. `strict` demands that the client announces its end.
+    TransferEnd receiveFile(const std::filesystem::path& file, bool append, bool strict);
+
+    void close();
+
+    bool hasTls() const { return m_connection && m_connection->hasTls(); }
+    std::uint64_t moved() const { return m_moved; }
+
+private:
+    bool waitForClient(int control);
+    bool pace(std::size_t count);
+    std::uint64_t limit() const;
+    TransferEnd atLimit();
+    TransferEnd write(const char* bytes, std::size_t count);
+    TransferEnd finishSending();
+
+    boost::asio::io_context& m_context;
+    OpenSockets& m_sockets;
+    boost::asio::ip::tcp::acceptor m_acceptor;
+    std::unique_ptr<Connection> m_connection;
+    const Fault* m_fault = nullptr;
+    std::uint64_t m_moved = 0;
+};
+
+} // namespace testserver
+
+#endif

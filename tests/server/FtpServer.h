@@ -1,0 +1,70 @@
+#ifndef TESTSERVER_FTPSERVER_H
+#define TESTSERVER_FTPSERVER_H
+
+#include "Certificates.h"
+#include "Faults.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace testserver {
+
+enum class TlsMode
+{
+    Plain,    ///< no TLS; AUTH is refused
+    Explicit, ///< in the clear until the client asks with AUTH
+    Implicit  ///< from the first byte
+};
+
+/// The lines of one session: what each side said, and what became of the data connections. README.md explains them.
+using Transcript = std::vector<std::string>;
+
+struct ServerConfig
+{
+    std::filesystem::path root;
+    std::string user = "backup";
+    std::string password;
+    TlsMode tls = TlsMode::Explicit;
+    bool tlsRequiredAtLogin = false;
+    bool strictUploadEnd = false; ///< an upload that ends without the client's close_notify is refused with 426
+    Certificate certificate;      ///< not used when `tls` is Plain
+    std::optional<Certificate> dataCertificate;
+    int minTlsVersion = 0; ///< an OpenSSL version number; 0: OpenSSL's own choice
+    int maxTlsVersion = 0;
+    std::uint16_t port = 0; ///< 0: a free one
+    std::vector<Fault> faults;
+    bool keepTranscripts = true;
+    std::function<void(const Transcript&)> onSessionEnd; ///< called for each session, one at a time
+};
+
+/// An FTP server on 127.0.0.1, with a thread for each session. It serves from construction to destruction.
+class FtpServer
+{
+public:
+    /// Throws when the folder, the certificates or the port cannot be used.
+    explicit FtpServer(const ServerConfig& config);
+    ~FtpServer();
+    FtpServer(const FtpServer&) = delete;
+    FtpServer& operator=(const FtpServer&) = delete;
+
+    std::uint16_t port() const;
+
+    /// Waits until every session that has begun is over, and gives their transcripts in the order in which they began.
+    std::vector<Transcript> transcripts();
+
+    /// Ends all sessions and accepts no more.
+    void stop();
+
+private:
+    class Implementation;
+    std::unique_ptr<Implementation> m_implementation;
+};
+
+} // namespace testserver
+
+#endif

@@ -1,0 +1,186 @@
+#include "Session.h"
+
+#include <boost/algorithm/string/case_conv.hpp>
+
+#include <chrono>
+
+namespace testserver {
+
+Session::Session(const Shared& shared, boost::asio::ip::tcp::socket socket, OpenSockets& sockets, unsigned number)
+    : m_shared(shared), m_sockets(sockets), m_control(std::move(socket), sockets), m_data(shared.context, sockets),
+      m_faults(shared.config.faults, number)
+{
+}
+
+void Session::run()
+{
+    if ((m_shared.config.tls != TlsMode::Implicit || startControlTls()) && greet()) {
+        while (!m_leaving) {
+            const auto line = m_control.readLine();
+            if (!line) {
+                break;
+            }
+            serve(*line);
+        }
+    }
+    m_data.close();
+    // Left open at once, the client's last bytes would turn the close into a reset.
+    m_control.endTls();
+    m_control.close();
+}
+
+bool Session::greet()
+{
+    // For implicit TLS, the protection of data connections is what PROT makes it, as it is after AUTH.
+    if (!misbehaves("GREETING")) {
+        reply("220 ready");
+    }
+    return !m_leaving;
+}
+
+// The handshake on the control connection, or what the fault makes of it.
+bool Session::startControlTls()
+{
+    const Fault* fault = m_faults.next("TLS");
+    if (fault == nullptr) {
+        const bool done = m_control.startTls(m_shared.controlTls);
+        m_transcript.push_back(done ? "= TLS on control" : "= no TLS on control");
+        return done;
+    }
+    switch (fault->misbehaviour) {
+    case Misbehaviour::Garbage:
+        m_control.write("this is no TLS handshake\r\n");
+        m_control.waitForEnd();
+        break;
+    case Misbehaviour::Stall:
+        m_control.waitForEnd();
+        break;
+    case Misbehaviour::Reset:
+        m_control.reset();
+        break;
+    case Misbehaviour::Plain:
+        return true;
+    default:
+        break;
+    }
+    leave();
+    return false;
+}
+
+void Session::leave() { m_leaving = true; }
+
+void Session::serve(const std::string& line)
+{
+    const std::size_t blank = line.find(' ');
+    const std::string command = line.substr(0, blank);
+    const std::string argument = blank == std::string::npos ? "" : line.substr(blank + 1);
+    const std::string upper = boost::algorithm::to_upper_copy(command);
+    m_transcript.push_back("> " + (upper == "PASS" ? command + " ****" : line));
+    if (!misbehaves(command)) {
+        carryOut(upper, argument);
+    }
+}
+
+// Carries out the fault that this command meets; true when the command is not carried out any more.
+bool Session::misbehaves(const std::string& command)
+{
+    const Fault* fault = m_faults.next(command);
+    if (fault == nullptr) {
+        return false;
+    }
+    switch (fault->misbehaviour) {
+    case Misbehaviour::Reply:
+        sendReply(fault->text);
+        return true;
+    case Misbehaviour::Reset:
+        m_control.reset();
+        leave();
+        return true;
+    case Misbehaviour::Stall:
+        m_control.waitForEnd();
+        leave();
+        return true;
+    case Misbehaviour::Delay:
+        m_sockets.wait(std::chrono::milliseconds(fault->number));
+        return false;
+    case Misbehaviour::Split:
+        m_split = true;
+        return false;
+    case Misbehaviour::Pad:
+        m_pad = fault->number;
+        return false;
+    default:
+        m_control.close();
+        leave();
+        return true;
+    }
+}
+
+void Session::reply(const std::string& text)
+{
+    std::string padded = text;
+    padded.resize(std::max<std::size_t>(text.size(), m_pad), '.');
+    m_pad = 0;
+    sendReply(padded + "\r\n");
+}
+
+void Session::sendReply(const std::string& bytes)
+{
+    std::string line = bytes;
+    while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) {
+        line.pop_back();
+    }
+    m_transcript.push_back("< " + line);
+    bool sent = true;
+    if (m_split) {
+        m_split = false;
+        for (const char byte : bytes) {
+            sent = sent && m_control.write(&byte, 1);
+        }
+    } else {
+        sent = m_control.write(bytes);
+    }
+    if (!sent) {
+        leave();
+    }
+}
+
+bool Session::openData()
+{
+    const Fault* fault = m_faults.next("DATA");
+    const TransferEnd end = m_data.open(m_control.socket(), m_protected ? m_shared.dataTls : nullptr, fault);
+    if (end == TransferEnd::Complete) {
+        m_transcript.push_back(m_data.hasTls() ? "= TLS on data" : "= no TLS on data");
+        return true;
+    }
+    closeData(end, "");
+    return false;
+}
+
+void Session::closeData(TransferEnd end, const char* moved)
+{
+    if (*moved != '\0') {
+        m_transcript.push_back("= " + std::to_string(m_data.moved()) + " bytes " + moved);
+    }
+    m_data.close();
+    m_restart = 0;
+    switch (end) {
+    case TransferEnd::Complete:
+        reply("226 done");
+        break;
+    case TransferEnd::Aborted:
+        reply("426 transfer aborted");
+        break;
+    case TransferEnd::NotConnected:
+        reply("425 no data connection");
+        break;
+    case TransferEnd::NoTls:
+        reply("425 no TLS on the data connection");
+        break;
+    case TransferEnd::Unwritable:
+        reply("553 cannot be written");
+        break;
+    }
+}
+
+} // namespace testserver

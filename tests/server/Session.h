@@ -1,0 +1,90 @@
+#ifndef TESTSERVER_SESSION_H
+#define TESTSERVER_SESSION_H
+
+#include "Connection.h"
+#include "DataChannel.h"
+#include "Faults.h"
+#include "FtpServer.h"
+#include "OpenSockets.h"
+#include "Storage.h"
+
+#include <openssl/ssl.h>
+
+#include <cstdint>
+#include <string>
+
+namespace testserver {
+
+/// What all sessions of a server share; none of it changes.
+struct Shared
+{
+    const ServerConfig& config;
+    const Storage& storage;
+    boost::asio::io_context& context;
+    SSL_CTX* controlTls;
+    SSL_CTX* dataTls;
+};
+
+/// One client's visit, from greeting to goodbye, on a thread of its own.
+class Session
+{
+public:
+    Session(const Shared& shared, boost::asio::ip::tcp::socket socket, OpenSockets& sockets, unsigned number);
+
+    void run();
+    const Transcript& transcript() const { return m_transcript; }
+
+private:
+    // The conversation.
+    bool greet();
+    bool startControlTls();
+    void serve(const std::string& line);
+    bool misbehaves(const std::string& command);
+    void reply(const std::string& text);
+    void sendReply(const std::string& bytes);
+    void leave();
+
+    // The commands.
+    void carryOut(const std::string& command, const std::string& argument);
+    bool carryOutBeforeLogin(const std::string& command, const std::string& argument);
+    bool carryOutOnDirectories(const std::string& command, const std::string& argument);
+    bool carryOutOnFiles(const std::string& command, const std::string& argument);
+    bool carryOutSettings(const std::string& command, const std::string& argument);
+    void auth(const std::string& argument);
+    void user(const std::string& argument);
+    void pass(const std::string& argument);
+    void passive(bool extended);
+    void size(const std::string& argument);
+    void rename(const std::string& argument);
+    void remove(const std::string& argument);
+    void changeDirectory(const std::string& argument);
+    void makeDirectory(const std::string& argument);
+    void list(const std::string& argument, bool namesOnly);
+    void retrieve(const std::string& argument);
+    void store(const std::string& argument, bool append);
+
+    // The data connection of a transfer.
+    bool openData();
+    void closeData(TransferEnd end, const char* moved);
+
+    std::string absolute(const std::string& argument) const { return Storage::absolute(m_cwd, argument); }
+
+    const Shared& m_shared;
+    OpenSockets& m_sockets;
+    Connection m_control;
+    DataChannel m_data;
+    FaultPlan m_faults;
+    Transcript m_transcript;
+    std::string m_cwd = "/";
+    std::string m_user;
+    bool m_loggedIn = false;
+    bool m_protected = false;
+    bool m_leaving = false;
+    bool m_split = false;
+    std::uint64_t m_pad = 0;
+    std::uint64_t m_restart = 0;
+};
+
+} // namespace testserver
+
+#endif

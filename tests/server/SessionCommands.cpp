@@ -1,0 +1,275 @@
+// The commands of a session: each answers with its own fixed replies.
+#include "Session.h"
+
+#include <boost/algorithm/string/case_conv.hpp>
+
+#include <fstream>
+
+namespace testserver {
+
+namespace fs = std::filesystem;
+
+void Session::carryOut(const std::string& command, const std::string& argument)
+{
+    if (carryOutBeforeLogin(command, argument)) {
+        return;
+    }
+    if (!m_loggedIn) {
+        reply("530 log in first");
+        return;
+    }
+    if (!carryOutSettings(command, argument) && !carryOutOnDirectories(command, argument) &&
+        !carryOutOnFiles(command, argument)) {
+        reply("500 unknown command");
+    }
+}
+
+bool Session::carryOutBeforeLogin(const std::string& command, const std::string& argument)
+{
+    if (command == "AUTH") {
+        auth(argument);
+    } else if (command == "USER") {
+        user(argument);
+    } else if (command == "PASS") {
+        pass(argument);
+    } else if (command == "PBSZ") {
+        reply("200 PBSZ=0");
+    } else if (command == "PROT") {
+        m_protected = m_control.hasTls() && argument == "P";
+        reply(m_protected || argument == "C" ? "200 protection set" : "536 protection refused");
+    } else if (command == "FEAT") {
+        reply("211-features\r\n AUTH TLS\r\n EPSV\r\n MDTM\r\n PBSZ\r\n PROT\r\n REST STREAM\r\n SIZE\r\n211 end");
+    } else if (command == "SYST") {
+        reply("215 UNIX Type: L8");
+    } else if (command == "NOOP" || command == "OPTS") {
+        reply("200 ok");
+    } else if (command == "QUIT") {
+        reply("221 goodbye");
+        leave();
+    } else {
+        return false;
+    }
+    return true;
+}
+
+bool Session::carryOutSettings(const std::string& command, const std::string& argument)
+{
+    if (command == "TYPE") {
+        reply("200 type set");
+    } else if (command == "EPSV") {
+        passive(true);
+    } else if (command == "PASV") {
+        passive(false);
+    } else if (command == "REST") {
+        const bool number = !argument.empty() && argument.find_first_not_of("0123456789") == std::string::npos;
+        m_restart = number ? std::stoull(argument) : 0;
+        reply(number ? "350 restart marked" : "501 no number");
+    } else {
+        return false;
+    }
+    return true;
+}
+
+bool Session::carryOutOnDirectories(const std::string& command, const std::string& argument)
+{
+    if (command == "PWD") {
+        reply("257 \"" + m_cwd + "\"");
+    } else if (command == "CWD") {
+        changeDirectory(argument);
+    } else if (command == "CDUP") {
+        changeDirectory("..");
+    } else if (command == "MKD") {
+        makeDirectory(argument);
+    } else if (command == "NLST") {
+        list(argument, true);
+    } else if (command == "LIST") {
+        list(argument, false);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+bool Session::carryOutOnFiles(const std::string& command, const std::string& argument)
+{
+    if (command == "SIZE") {
+        size(argument);
+    } else if (command == "MDTM") {
+        reply(m_shared.storage.isFile(absolute(argument)) ? "213 20260101000000" : "550 no such file");
+    } else if (command == "RETR") {
+        retrieve(argument);
+    } else if (command == "STOR") {
+        store(argument, false);
+    } else if (command == "APPE") {
+        store(argument, true);
+    } else if (command == "RENAME") {
+        rename(argument);
+    } else if (command == "RM") {
+        remove(argument);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+void Session::auth(const std::string& argument)
+{
+    const std::string mechanism = boost::algorithm::to_upper_copy(argument);
+    if (m_shared.config.tls == TlsMode::Plain) {
+        reply("502 no TLS here");
+    } else if (m_control.hasTls()) {
+        reply("503 TLS is on");
+    } else if (mechanism != "TLS" && mechanism != "SSL") {
+        reply("504 unknown mechanism");
+    } else {
+        reply("234 TLS next");
+        // What was sent in the clear behind the command must not count as said under TLS.
+        if (m_leaving || m_control.hasUnread() || !startControlTls()) {
+            leave();
+        }
+    }
+}
+
+void Session::user(const std::string& argument)
+{
+    if (m_shared.config.tlsRequiredAtLogin && !m_control.hasTls()) {
+        reply("530 TLS first");
+        return;
+    }
+    m_user = argument;
+    m_loggedIn = false;
+    reply("331 password please");
+}
+
+void Session::pass(const std::string& argument)
+{
+    if (m_shared.config.tlsRequiredAtLogin && !m_control.hasTls()) {
+        reply("530 TLS first");
+        return;
+    }
+    m_loggedIn = m_user == m_shared.config.user && argument == m_shared.config.password;
+    reply(m_loggedIn ? "230 logged in" : "530 login incorrect");
+}
+
+// The port changes from run to run, so the transcript does not tell it.
+void Session::passive(bool extended)
+{
+    const std::uint16_t port = m_data.listen(m_faults.next("LISTEN"));
+    if (extended) {
+        reply("229 Entering Extended Passive Mode (|||" + std::to_string(port) + "|)");
+        m_transcript.back() = "< 229 Entering Extended Passive Mode (|||PORT|)";
+    } else {
+        reply("227 Entering Passive Mode (127,0,0,1," + std::to_string(port / 256) + "," + std::to_string(port % 256) +
+              ")");
+        m_transcript.back() = "< 227 Entering Passive Mode (127,0,0,1,PORT)";
+    }
+}
+
+void Session::size(const std::string& argument)
+{
+    const std::string path = absolute(argument);
+    if (!m_shared.storage.isFile(path)) {
+        reply("550 no such file");
+        return;
+    }
+    reply("213 " + std::to_string(fs::file_size(*m_shared.storage.real(path))));
+}
+
+void Session::rename(const std::string& argument)
+{
+    const std::size_t blank = argument.find(' ');
+    if (blank == std::string::npos || argument.find(' ', blank + 1) != std::string::npos) {
+        reply("501 two names, please");
+        return;
+    }
+    const std::string from = absolute(argument.substr(0, blank));
+    const auto to = m_shared.storage.real(absolute(argument.substr(blank + 1)));
+    if (!m_shared.storage.isFile(from) || !to) {
+        reply("550 no such file");
+        return;
+    }
+    std::error_code failed;
+    fs::rename(*m_shared.storage.real(from), *to, failed);
+    reply(failed ? "553 cannot be renamed" : "250 renamed");
+}
+
+void Session::remove(const std::string& argument)
+{
+    const std::string path = absolute(argument);
+    std::error_code failed;
+    const bool removed = m_shared.storage.isFile(path) && fs::remove(*m_shared.storage.real(path), failed);
+    reply(removed ? "250 removed" : "550 no such file");
+}
+
+void Session::changeDirectory(const std::string& argument)
+{
+    const std::string path = absolute(argument);
+    if (!m_shared.storage.isDirectory(path)) {
+        reply("550 no such directory");
+        return;
+    }
+    m_cwd = path;
+    reply("250 directory changed");
+}
+
+void Session::makeDirectory(const std::string& argument)
+{
+    const std::string path = absolute(argument);
+    const auto real = m_shared.storage.real(path);
+    std::error_code failed;
+    const bool made = real && fs::create_directory(*real, failed);
+    reply(made ? "257 \"" + path + "\" made" : "550 cannot be made");
+}
+
+void Session::list(const std::string& argument, bool namesOnly)
+{
+    const std::string path = absolute(argument);
+    if (!m_shared.storage.isDirectory(path)) {
+        reply("550 no such directory");
+        return;
+    }
+    std::string lines;
+    for (const std::string& name : m_shared.storage.names(path)) {
+        const std::string child = Storage::absolute(path, name);
+        const bool directory = m_shared.storage.isDirectory(child);
+        const auto bytes = m_shared.storage.isFile(child) ? fs::file_size(*m_shared.storage.real(child)) : 0;
+        lines += namesOnly ? name
+                           : std::string(directory ? "drwxr-xr-x" : "-rw-r--r--") + " 1 backup backup " +
+                                 std::to_string(bytes) + " Jan 01 00:00 " + name;
+        lines += "\r\n";
+    }
+    reply("150 data follows");
+    if (openData()) {
+        closeData(m_data.send(lines), "sent");
+    }
+}
+
+void Session::retrieve(const std::string& argument)
+{
+    const std::string path = absolute(argument);
+    if (!m_shared.storage.isFile(path)) {
+        m_restart = 0;
+        reply("550 no such file");
+        return;
+    }
+    reply("150 data follows");
+    if (openData()) {
+        closeData(m_data.sendFile(*m_shared.storage.real(path), m_restart), "sent");
+    }
+}
+
+void Session::store(const std::string& argument, bool append)
+{
+    const std::string path = absolute(argument);
+    const auto real = m_shared.storage.real(path);
+    if (!real || m_shared.storage.isDirectory(path) || !fs::is_directory(real->parent_path())) {
+        reply("553 cannot be written");
+        return;
+    }
+    reply("150 send the data");
+    if (openData()) {
+        closeData(m_data.receiveFile(*real, append, m_shared.config.strictUploadEnd), "received");
+    }
+}
+
+} // namespace testserver

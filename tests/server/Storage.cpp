@@ -1,0 +1,63 @@
+#include "Storage.h"
+
+#include <algorithm>
+
+namespace testserver {
+
+namespace fs = std::filesystem;
+
+Storage::Storage(const fs::path& root) : m_root(fs::canonical(root)) {}
+
+std::string Storage::absolute(const std::string& cwd, const std::string& argument)
+{
+    // In an absolute path, ".." of the root is the root.
+    std::string path = (fs::path(cwd) / argument).lexically_normal().string();
+    if (path.size() > 1 && path.back() == '/') {
+        path.pop_back();
+    }
+    return path;
+}
+
+std::optional<fs::path> Storage::real(const std::string& absolute) const
+{
+    std::error_code failed;
+    fs::path path = fs::weakly_canonical(m_root / fs::path(absolute).relative_path(), failed);
+    if (failed) {
+        return std::nullopt;
+    }
+    if (path.filename().empty()) {
+        path = path.parent_path();
+    }
+    const auto [end, unused] = std::mismatch(m_root.begin(), m_root.end(), path.begin(), path.end());
+    return end == m_root.end() ? std::optional(path) : std::nullopt;
+}
+
+bool Storage::isDirectory(const std::string& absolute) const
+{
+    std::error_code failed;
+    const auto path = real(absolute);
+    return path && fs::is_directory(*path, failed);
+}
+
+bool Storage::isFile(const std::string& absolute) const
+{
+    std::error_code failed;
+    const auto path = real(absolute);
+    return path && fs::is_regular_file(*path, failed);
+}
+
+std::vector<std::string> Storage::names(const std::string& absolute) const
+{
+    std::vector<std::string> found;
+    const auto path = real(absolute);
+    if (!path) {
+        return found;
+    }
+    for (const fs::directory_entry& entry : fs::directory_iterator(*path)) {
+        found.push_back(entry.path().filename().string());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+} // namespace testserver

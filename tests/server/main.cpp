@@ -1,0 +1,171 @@
+// The test server as a program: prints its port and serves until a signal ends it.
+#include "FtpServer.h"
+
+#include <CLI/CLI.hpp>
+
+#include <sys/stat.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <map>
+
+namespace {
+
+using namespace testserver;
+using namespace std::chrono_literals;
+
+std::string contentOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        throw std::runtime_error("The file " + path + " cannot be read.");
+    }
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string firstLineOf(const std::string& path)
+{
+    const std::string content = contentOf(path);
+    return content.substr(0, content.find_first_of("\r\n"));
+}
+
+void writeFile(const std::filesystem::path& path, const std::string& content)
+{
+    std::ofstream file(path, std::ios::binary);
+    if (!(file << content).flush()) {
+        throw std::runtime_error("The file " + path.string() + " cannot be written.");
+    }
+}
+
+void writePair(const std::filesystem::path& folder, const std::string& name, const Certificate& certificate)
+{
+    writeFile(folder / (name + ".pem"), certificate.certificatePem);
+    writeFile(folder / (name + ".key"), certificate.privateKeyPem);
+}
+
+// A CA, a server certificate of it, and bad ones. The CA's own key is not kept.
+Certificate makeCertificates(const std::filesystem::path& folder)
+{
+    std::filesystem::create_directories(folder);
+    const mode_t before = ::umask(S_IRWXG | S_IRWXO);
+    const CertificateAuthority authority;
+    writeFile(folder / "ca.pem", authority.certificatePem());
+    writeFile(folder / "ca.der", authority.certificateDer());
+    writeFile(folder / "other-ca.pem", CertificateAuthority("Another test CA").certificatePem());
+    Certificate server = authority.issue();
+    writePair(folder, "server", server);
+    CertificateOptions expired;
+    expired.notBefore = -48h;
+    expired.notAfter = -24h;
+    writePair(folder, "expired", authority.issue(expired));
+    CertificateOptions early;
+    early.notBefore = 24h;
+    early.notAfter = 48h;
+    writePair(folder, "not-yet-valid", authority.issue(early));
+    CertificateOptions wrong;
+    wrong.dnsNames = {"elsewhere.example"};
+    wrong.addresses = {};
+    writePair(folder, "wrong-host", authority.issue(wrong));
+    writePair(folder, "self-signed", makeSelfSigned());
+    ::umask(before);
+    return server;
+}
+
+struct Options
+{
+    ServerConfig config;
+    std::string passwordFile;
+    std::string certificateFile;
+    std::string keyFile;
+    std::string transcriptFile;
+    std::string certificateFolder;
+    std::vector<std::string> faults;
+};
+
+void declare(CLI::App& app, Options& options)
+{
+    static const std::map<std::string, TlsMode> kModes = {
+        {"plain", TlsMode::Plain}, {"explicit", TlsMode::Explicit}, {"implicit", TlsMode::Implicit}};
+    app.add_option("--root", options.config.root, "Folder to serve")->check(CLI::ExistingDirectory);
+    app.add_option("--user", options.config.user, "The one user (backup)");
+    app.add_option("--password-file", options.passwordFile, "File whose first line is the password")
+        ->envname("FTP_TEST_PASSWORD_FILE");
+    app.add_option("--tls", options.config.tls, "plain, explicit (as it is by default) or implicit")
+        ->transform(CLI::CheckedTransformer(kModes, CLI::ignore_case));
+    app.add_flag("--require-tls", options.config.tlsRequiredAtLogin, "Refuse logins without TLS");
+    app.add_flag("--strict-upload-end", options.config.strictUploadEnd, "Refuse uploads without close_notify");
+    app.add_option("--port", options.config.port, "Port on 127.0.0.1; a free one by default");
+    app.add_option("--certificate", options.certificateFile, "The server's certificate, PEM");
+    app.add_option("--key", options.keyFile, "Its key, PEM");
+    app.add_option("--transcript", options.transcriptFile, "File that gets the transcript of each session");
+    app.add_option("--fault", options.faults, "A misbehaviour, such as SIZE=reply:550 no; may be repeated");
+    app.add_option(
+        "--make-certificates", options.certificateFolder,
+        "Make a CA, server.pem and bad certificates in this folder; serve with server.pem if --root is given");
+    app.footer("Example:\n  ftp-test-server --root /tmp/served --password-file pw --make-certificates /tmp/certs");
+}
+
+void complete(Options& options)
+{
+    ServerConfig& config = options.config;
+    if (!options.certificateFolder.empty()) {
+        config.certificate = makeCertificates(options.certificateFolder);
+    }
+    if (!options.certificateFile.empty()) {
+        config.certificate = {contentOf(options.certificateFile), contentOf(options.keyFile)};
+    }
+    if (!options.passwordFile.empty()) {
+        config.password = firstLineOf(options.passwordFile);
+    }
+    for (const std::string& fault : options.faults) {
+        config.faults.push_back(parseFault(fault));
+    }
+    config.keepTranscripts = false;
+    if (!options.transcriptFile.empty()) {
+        config.onSessionEnd = [path = options.transcriptFile](const Transcript& transcript) {
+            std::ofstream file(path, std::ios::app);
+            for (const std::string& line : transcript) {
+                file << line << "\n";
+            }
+            file << "\n";
+        };
+    }
+}
+
+void serveUntilSignal(const ServerConfig& config)
+{
+    // Blocked before the server's threads begin, so that all of them leave the signals to sigwait.
+    sigset_t ends;
+    sigemptyset(&ends);
+    sigaddset(&ends, SIGTERM);
+    sigaddset(&ends, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &ends, nullptr);
+    FtpServer server(config);
+    std::cout << "listening on 127.0.0.1:" << server.port() << std::endl;
+    int received = 0;
+    sigwait(&ends, &received);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+try {
+    CLI::App app("An FTP server for tests: TLS, transcripts and misbehaviour to order. Loopback only.");
+    Options options;
+    declare(app, options);
+    CLI11_PARSE(app, argc, argv);
+    complete(options);
+    if (!options.config.root.empty()) {
+        serveUntilSignal(options.config);
+    } else if (options.certificateFolder.empty()) {
+        std::cerr << "Nothing to do: name a folder to serve with --root.\n";
+        return 2;
+    }
+    return 0;
+} catch (const std::exception& error) {
+    std::cerr << "ftp-test-server: " << error.what() << "\n";
+    return 1;
+}
