@@ -29,7 +29,7 @@ public:
     /// Returns 0, the libcurl code of the failure, or -1 when `remotePath` is empty or libcurl gave no handle.
     virtual int TestSConnect(const SFtpRequest& request, uint32_t timeout) = 0;
 
-    /// Writes the names in the directory `remotePath` to `localPath`, one a line as the server sends them, unchecked.
+    /// Writes the names in the directory `remotePath` to `localPath`, one a line, as libcurl delivers them, unchecked.
     /// `timeout`: seconds to wait for each reply of the server; 0 leaves libcurl's default.
     virtual boost::shared_ptr<ISFtpResponse> Listsftpdir(const SFtpRequest& request, uint32_t timeout) = 0;
 

@@ -30,9 +30,10 @@ public:
     SFtpClient(const SFtpClient&) = delete;
     SFtpClient& operator=(const SFtpClient&) = delete;
 
-    /// Writes the names in the directory `remotePath` to the local file `localPath`, one a line as the server sends
-    /// them (normally ended by CR LF), unchecked. The local file is created or emptied before the server is asked;
-    /// a failure leaves in it what had arrived. Waits up to 90 seconds for each reply of the server.
+    /// Writes the names in the directory `remotePath` to the local file `localPath`, one a line, unchecked: what the
+    /// server sent, as libcurl delivers it (which ends lines with LF, whatever the server does). The local file is
+    /// created or emptied before the server is asked; a failure leaves in it what had arrived. Waits up to 90 seconds
+    /// for each reply of the server.
     virtual int Listsftpdir(const SFtpRequest& request, std::string& errorText);
 
     /// Fetches the file `remotePath` into `localPath`, after `CheckFileSizeBeforeDownload`: when that refuses, the
