@@ -24,7 +24,8 @@ protected:
     {
         return Lines({"handle 1 made", "credentials joined", "open /dev/null w+"}) + tlsStep(1) +
                Lines({"list of its own: " + command, "1 POSTQUOTE = [" + command + "]", "1 URL = " + request.remotePath,
-                      "1 PORT = 60021", "1 USERPWD = operator:correct horse battery", "1 perform", "credentials wiped"});
+                      "1 PORT = 60021", "1 USERPWD = operator:correct horse battery", "1 perform",
+                      "credentials wiped"});
     }
 
     static Lines success()

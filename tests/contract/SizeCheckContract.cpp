@@ -19,7 +19,7 @@ protected:
     {
         return {"handle 1 made",    "credentials joined",
                 "1 VERBOSE = 1",    "1 URL = ftp://server:2121/backup/a.bak",
-                "1 PORT = 60021",    "1 USERPWD = operator:correct horse battery",
+                "1 PORT = 60021",   "1 USERPWD = operator:correct horse battery",
                 "1 NOPROGRESS = 1", "1 NOBODY = 1",
                 "1 HEADER = 1",     "1 FILETIME = 1",
                 "1 perform"};
@@ -70,6 +70,12 @@ TEST_F(SizeCheckContract, OnlyMinusOneIsAnUnknownSize)
     expectSize(-1, kLimit, false);
     expectSize(-2, kLimit, true);
     expectSize(INT64_MIN, kLimit, true);
+}
+
+TEST_F(SizeCheckContract, ASizeThatLibcurlDoesNotWriteIsUnknown)
+{
+    scripted::curl().tellsSize = false;
+    expectSize(-1, kLimit, false);
 }
 
 TEST_F(SizeCheckContract, TheRetentionDatabaseHasALimitOfItsOwn)

@@ -60,9 +60,17 @@ void forget(void* block)
 
 using Free = void (*)(void*);
 
+// The free that this program's one stands before: the C library's, or a sanitizer's. Null while it is looked up, for
+// that can free memory itself.
 Free nextFree()
 {
-    static const Free next = reinterpret_cast<Free>(dlsym(RTLD_NEXT, "free"));
+    static Free next = nullptr;
+    static bool looking = false;
+    if (next == nullptr && !looking) {
+        looking = true;
+        next = reinterpret_cast<Free>(dlsym(RTLD_NEXT, "free"));
+        looking = false;
+    }
     return next;
 }
 
@@ -127,5 +135,7 @@ extern "C" void free(void* block) noexcept
         }
         forget(block);
     }
-    nextFree()(block);
+    if (const Free next = nextFree()) {
+        next(block);
+    }
 }

@@ -152,7 +152,7 @@ extern "C" CURLcode curl_easy_getinfo(CURL* handle, CURLINFO info, ...)
     const bool known = info == CURLINFO_CONTENT_LENGTH_DOWNLOAD_T;
     journal::note(std::to_string(handleOf(handle).number()) + " getinfo " +
                   (known ? "CONTENT_LENGTH_DOWNLOAD_T" : std::to_string(info)));
-    if (known && curl().getinfo == CURLE_OK) {
+    if (known && curl().getinfo == CURLE_OK && curl().tellsSize) {
         va_list arguments;
         va_start(arguments, info);
         *va_arg(arguments, curl_off_t*) = curl().size;

@@ -38,6 +38,7 @@ struct Curl
     bool texts = true;   ///< whether curl_easy_strerror knows texts
     std::function<CURLcode(Handle&)> perform = [](Handle&) { return CURLE_OK; };
     CURLcode getinfo = CURLE_OK;
+    bool tellsSize = true;                    ///< whether a successful curl_easy_getinfo writes
     curl_off_t size = 0;                      ///< what CURLINFO_CONTENT_LENGTH_DOWNLOAD_T tells
     std::map<const void*, std::string> names; ///< what the journal calls a pointer
     int made = 0;
