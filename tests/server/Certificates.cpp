@@ -1,26 +1,16 @@
 #include "Certificates.h"
 
+#include "OpenSslObjects.h"
+
 #include <openssl/err.h>
-#include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rand.h>
-#include <openssl/x509v3.h>
 
 #include <stdexcept>
 
 namespace testserver {
 
 namespace {
-
-template <typename Type, void (*Release)(Type*)>
-struct Releaser
-{
-    void operator()(Type* object) const { Release(object); }
-};
-using Key = std::unique_ptr<EVP_PKEY, Releaser<EVP_PKEY, EVP_PKEY_free>>;
-using Cert = std::unique_ptr<X509, Releaser<X509, X509_free>>;
-using Extension = std::unique_ptr<X509_EXTENSION, Releaser<X509_EXTENSION, X509_EXTENSION_free>>;
-using Memory = std::unique_ptr<BIO, Releaser<BIO, BIO_free_all>>;
 
 void require(bool done, const char* what)
 {
@@ -62,10 +52,12 @@ Cert makeCertificate(EVP_PKEY* key, const std::string& commonName, const Certifi
     Cert cert(X509_new());
     require(cert != nullptr && X509_set_version(cert.get(), X509_VERSION_3) == 1, "make a certificate");
     setSerial(cert.get());
-    X509_gmtime_adj(X509_getm_notBefore(cert.get()), options.notBefore.count());
-    X509_gmtime_adj(X509_getm_notAfter(cert.get()), options.notAfter.count());
-    X509_NAME_add_entry_by_txt(X509_get_subject_name(cert.get()), "CN", MBSTRING_ASC,
-                               reinterpret_cast<const unsigned char*>(commonName.c_str()), -1, -1, 0);
+    require(X509_gmtime_adj(X509_getm_notBefore(cert.get()), options.notBefore.count()) != nullptr &&
+                X509_gmtime_adj(X509_getm_notAfter(cert.get()), options.notAfter.count()) != nullptr,
+            "set a validity");
+    require(X509_NAME_add_entry_by_txt(X509_get_subject_name(cert.get()), "CN", MBSTRING_UTF8,
+                                       reinterpret_cast<const unsigned char*>(commonName.c_str()), -1, -1, 0) == 1,
+            "set a name");
     require(X509_set_pubkey(cert.get(), key) == 1, "set a public key");
     return cert;
 }
@@ -115,7 +107,9 @@ void addServerExtensions(X509* cert, X509* issuer, const CertificateOptions& opt
     addExtension(cert, issuer, NID_basic_constraints, "critical,CA:FALSE");
     addExtension(cert, issuer, NID_key_usage, "critical,digitalSignature");
     addExtension(cert, issuer, NID_ext_key_usage, "serverAuth");
-    addExtension(cert, issuer, NID_subject_alt_name, alternativeNames(options));
+    if (const std::string names = alternativeNames(options); !names.empty()) {
+        addExtension(cert, issuer, NID_subject_alt_name, names);
+    }
     addExtension(cert, issuer, NID_subject_key_identifier, "hash");
 }
 

@@ -5,12 +5,17 @@
 
 #include <openssl/err.h>
 
-#include <algorithm>
 #include <array>
 
 namespace testserver {
 
 namespace asio = boost::asio;
+
+namespace {
+
+constexpr std::size_t kLongestLine = 64 * 1024;
+
+}
 
 Connection::Connection(asio::ip::tcp::socket socket, OpenSockets& sockets)
     : m_socket(std::move(socket)), m_sockets(sockets)
@@ -25,8 +30,12 @@ Connection::~Connection() { close(); }
 bool Connection::startTls(SSL_CTX* context)
 {
     ERR_clear_error();
-    m_tls.reset(SSL_new(context));
-    return m_tls != nullptr && SSL_set_fd(m_tls.get(), m_socket.native_handle()) == 1 && SSL_accept(m_tls.get()) == 1;
+    Tls tls(SSL_new(context));
+    if (tls == nullptr || SSL_set_fd(tls.get(), m_socket.native_handle()) != 1 || SSL_accept(tls.get()) != 1) {
+        return false;
+    }
+    m_tls = std::move(tls);
+    return true;
 }
 
 bool Connection::write(const char* bytes, std::size_t count)
@@ -71,7 +80,7 @@ std::optional<std::string> Connection::readLine()
             }
             return line;
         }
-        const std::size_t got = read(block.data(), block.size());
+        const std::size_t got = m_unread.size() > kLongestLine ? 0 : read(block.data(), block.size());
         if (got == 0) {
             return std::nullopt;
         }
@@ -100,11 +109,21 @@ void Connection::endTls()
 
 void Connection::close()
 {
+    // TLS that outlived its socket could write to whichever connection gets the same descriptor next.
+    m_tls.reset();
     if (m_socket.is_open()) {
         m_sockets.remove(m_socket.native_handle());
         boost::system::error_code ignored;
         m_socket.close(ignored);
     }
+}
+
+void Connection::closeAfterClient()
+{
+    boost::system::error_code ignored;
+    m_socket.shutdown(asio::socket_base::shutdown_send, ignored);
+    waitForEnd();
+    close();
 }
 
 void Connection::reset()

@@ -2,12 +2,10 @@
 #define TESTSERVER_CONNECTION_H
 
 #include "OpenSockets.h"
+#include "OpenSslObjects.h"
 
 #include <boost/asio/ip/tcp.hpp>
 
-#include <openssl/ssl.h>
-
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -23,7 +21,7 @@ public:
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /// Does the server's side of the handshake; false when it fails.
+    /// Does the server's side of the handshake; false when it fails, and the connection is in the clear as before.
     bool startTls(SSL_CTX* context);
     bool hasTls() const { return m_tls != nullptr; }
 
@@ -36,7 +34,7 @@ public:
     /// Whether the end that `read` met was announced: by the client's close_notify where there is TLS.
     bool endedCleanly() const { return m_endedCleanly; }
 
-    /// A line without its line end, or nothing at the end.
+    /// A line without its line end, or nothing at the end; a line of more than 64 KiB counts as the end.
     std::optional<std::string> readLine();
 
     /// Whether bytes are here that no `read` has taken: a command sent ahead of TLS, for example.
@@ -48,20 +46,17 @@ public:
     /// Announces the end to the client (close_notify) and waits for its answer.
     void endTls();
     void close();
+    /// Closes after the client: what it still sends is read and dropped, or it would turn the close into a reset.
+    void closeAfterClient();
     /// Closes with a TCP reset.
     void reset();
 
     int socket() { return m_socket.native_handle(); }
 
 private:
-    struct TlsRelease
-    {
-        void operator()(SSL* tls) const { SSL_free(tls); }
-    };
-
     boost::asio::ip::tcp::socket m_socket;
     OpenSockets& m_sockets;
-    std::unique_ptr<SSL, TlsRelease> m_tls;
+    Tls m_tls;
     std::string m_unread;
     bool m_endedCleanly = false;
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <fstream>
 #include <limits>
@@ -44,9 +45,9 @@ std::uint16_t DataChannel::listen(const Fault* fault)
 }
 
 // Waits until a client is at the port; false when the client of the control connection has left, or none can come.
-bool DataChannel::waitForClient(int control)
+bool DataChannel::waitForClient()
 {
-    std::array<pollfd, 2> watched = {{{m_acceptor.native_handle(), POLLIN, 0}, {control, POLLRDHUP, 0}}};
+    std::array<pollfd, 2> watched = {{{m_acceptor.native_handle(), POLLIN, 0}, {m_control, POLLRDHUP, 0}}};
     while (::poll(watched.data(), watched.size(), -1) < 0) {
         if (errno != EINTR) {
             return false;
@@ -55,11 +56,21 @@ bool DataChannel::waitForClient(int control)
     return (watched[0].revents & POLLIN) != 0;
 }
 
+// Waits without reading until the client leaves. What it has sent can hide that it closed the data connection, so the
+// control connection counts too.
+void DataChannel::waitForLeave()
+{
+    std::array<pollfd, 2> watched = {{{m_connection->socket(), POLLRDHUP, 0}, {m_control, POLLRDHUP, 0}}};
+    while (::poll(watched.data(), watched.size(), -1) < 0 && errno == EINTR) {
+    }
+}
+
 TransferEnd DataChannel::open(int control, SSL_CTX* tls, const Fault* fault)
 {
     m_fault = fault;
+    m_control = control;
     m_moved = 0;
-    if (!m_acceptor.is_open() || !waitForClient(control)) {
+    if (!m_acceptor.is_open() || !waitForClient()) {
         return TransferEnd::NotConnected;
     }
     boost::system::error_code failed;
@@ -71,18 +82,26 @@ TransferEnd DataChannel::open(int control, SSL_CTX* tls, const Fault* fault)
     m_connection = std::make_unique<Connection>(std::move(socket), m_sockets);
     m_sockets.remove(m_acceptor.native_handle());
     m_acceptor.close(failed);
+    return secure(does(fault, Misbehaviour::Plain) ? nullptr : tls);
+}
 
-    if (does(fault, Misbehaviour::Close)) {
-        close();
+TransferEnd DataChannel::secure(SSL_CTX* tls)
+{
+    if (does(m_fault, Misbehaviour::Close)) {
+        m_connection->closeAfterClient();
         return TransferEnd::Aborted;
     }
-    if (does(fault, Misbehaviour::Garbage)) {
+    if (does(m_fault, Misbehaviour::Stall)) {
+        waitForLeave();
+        return TransferEnd::Aborted;
+    }
+    // In the clear, garbage would be data like any other.
+    if (tls != nullptr && does(m_fault, Misbehaviour::Garbage)) {
         m_connection->write(kGarbage);
-        m_connection->waitForEnd();
+        m_connection->closeAfterClient();
         return TransferEnd::NoTls;
     }
-    const bool secured = tls == nullptr || does(fault, Misbehaviour::Plain) || m_connection->startTls(tls);
-    return secured ? TransferEnd::Complete : TransferEnd::NoTls;
+    return tls == nullptr || m_connection->startTls(tls) ? TransferEnd::Complete : TransferEnd::NoTls;
 }
 
 // Bytes after which the fault happens.
@@ -104,7 +123,7 @@ TransferEnd DataChannel::atLimit()
         m_connection->reset();
         return TransferEnd::Aborted;
     case Misbehaviour::StallAfter:
-        m_connection->waitForEnd();
+        waitForLeave();
         return TransferEnd::Aborted;
     default:
         m_connection->close();
@@ -118,7 +137,7 @@ bool DataChannel::pace(std::size_t count)
     if (!does(m_fault, Misbehaviour::Slow) || m_fault->number == 0) {
         return true;
     }
-    return m_sockets.wait(std::chrono::milliseconds(count * 1000 / m_fault->number));
+    return m_sockets.wait(std::chrono::microseconds(count * 1000000 / m_fault->number));
 }
 
 // Sends a block as far as the limit lets it; Complete while the transfer may go on.
@@ -152,6 +171,9 @@ TransferEnd DataChannel::send(const std::string& bytes)
 TransferEnd DataChannel::sendFile(const std::filesystem::path& file, std::uint64_t offset)
 {
     std::ifstream content(file, std::ios::binary);
+    if (!content) {
+        return TransferEnd::Unreadable;
+    }
     content.seekg(static_cast<std::streamoff>(offset));
     // A slow transfer goes in small blocks, or it would come in bursts.
     std::vector<char> block(does(m_fault, Misbehaviour::Slow) ? 1024 : kBlock);

@@ -21,6 +21,7 @@ enum class TransferEnd
     Aborted,
     NotConnected,
     NoTls,
+    Unreadable,
     Unwritable
 };
 
@@ -50,7 +51,9 @@ public:
     std::uint64_t moved() const { return m_moved; }
 
 private:
-    bool waitForClient(int control);
+    bool waitForClient();
+    void waitForLeave();
+    TransferEnd secure(SSL_CTX* tls);
     bool pace(std::size_t count);
     std::uint64_t limit() const;
     TransferEnd atLimit();
@@ -62,6 +65,7 @@ private:
     boost::asio::ip::tcp::acceptor m_acceptor;
     std::unique_ptr<Connection> m_connection;
     const Fault* m_fault = nullptr;
+    int m_control = -1;
     std::uint64_t m_moved = 0;
 };
 

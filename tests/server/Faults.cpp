@@ -10,39 +10,62 @@ namespace testserver {
 
 namespace {
 
+enum class Argument
+{
+    None,
+    Number,
+    Text
+};
+
+// Where a misbehaviour has a meaning; values combine.
+enum Place : unsigned
+{
+    kCommand = 1,
+    kTls = 2,
+    kData = 4,
+    kListen = 8
+};
+
 struct Form
 {
     Misbehaviour misbehaviour;
-    enum
-    {
-        None,
-        Number,
-        Text
-    } argument;
+    Argument argument;
+    unsigned places;
 };
 
 const std::map<std::string, Form>& forms()
 {
     static const std::map<std::string, Form> known = {
-        {"reply", {Misbehaviour::Reply, Form::Text}},
-        {"drop", {Misbehaviour::Drop, Form::None}},
-        {"reset", {Misbehaviour::Reset, Form::None}},
-        {"stall", {Misbehaviour::Stall, Form::None}},
-        {"delay", {Misbehaviour::Delay, Form::Number}},
-        {"split", {Misbehaviour::Split, Form::None}},
-        {"pad", {Misbehaviour::Pad, Form::Number}},
-        {"drop-after", {Misbehaviour::DropAfter, Form::Number}},
-        {"reset-after", {Misbehaviour::ResetAfter, Form::Number}},
-        {"claim-after", {Misbehaviour::ClaimAfter, Form::Number}},
-        {"stall-after", {Misbehaviour::StallAfter, Form::Number}},
-        {"slow", {Misbehaviour::Slow, Form::Number}},
-        {"plain", {Misbehaviour::Plain, Form::None}},
-        {"garbage", {Misbehaviour::Garbage, Form::None}},
-        {"close", {Misbehaviour::Close, Form::None}},
-        {"refuse", {Misbehaviour::Refuse, Form::None}},
-        {"no-close-notify", {Misbehaviour::NoCloseNotify, Form::None}},
+        {"reply", {Misbehaviour::Reply, Argument::Text, kCommand}},
+        {"drop", {Misbehaviour::Drop, Argument::None, kCommand}},
+        {"reset", {Misbehaviour::Reset, Argument::None, kCommand | kTls}},
+        {"stall", {Misbehaviour::Stall, Argument::None, kCommand | kTls | kData}},
+        {"delay", {Misbehaviour::Delay, Argument::Number, kCommand}},
+        {"split", {Misbehaviour::Split, Argument::None, kCommand}},
+        {"pad", {Misbehaviour::Pad, Argument::Number, kCommand}},
+        {"plain", {Misbehaviour::Plain, Argument::None, kTls | kData}},
+        {"garbage", {Misbehaviour::Garbage, Argument::None, kTls | kData}},
+        {"close", {Misbehaviour::Close, Argument::None, kTls | kData}},
+        {"drop-after", {Misbehaviour::DropAfter, Argument::Number, kData}},
+        {"reset-after", {Misbehaviour::ResetAfter, Argument::Number, kData}},
+        {"claim-after", {Misbehaviour::ClaimAfter, Argument::Number, kData}},
+        {"stall-after", {Misbehaviour::StallAfter, Argument::Number, kData}},
+        {"slow", {Misbehaviour::Slow, Argument::Number, kData}},
+        {"no-close-notify", {Misbehaviour::NoCloseNotify, Argument::None, kData}},
+        {"refuse", {Misbehaviour::Refuse, Argument::None, kListen}},
     };
     return known;
+}
+
+Place placeOf(const std::string& command)
+{
+    if (boost::algorithm::iequals(command, "TLS")) {
+        return kTls;
+    }
+    if (boost::algorithm::iequals(command, "DATA")) {
+        return kData;
+    }
+    return boost::algorithm::iequals(command, "LISTEN") ? kListen : kCommand;
 }
 
 [[noreturn]] void refuse(const std::string& text, const std::string& why)
@@ -71,6 +94,8 @@ char escaped(const std::string& text, std::size_t& position, const std::string& 
         return '\r';
     case 'n':
         return '\n';
+    case '0':
+        return '\0';
     case '\\':
         return '\\';
     case 'x': {
@@ -104,6 +129,49 @@ std::string unescape(const std::string& text, const std::string& whole)
     return bytes + "\r\n";
 }
 
+// Reads what stands before the "=".
+void parseWhen(const std::string& when, Fault& fault, const std::string& whole)
+{
+    fault.command = when;
+    const std::size_t slash = fault.command.find('/');
+    if (slash != std::string::npos) {
+        fault.session = parseNumber<unsigned>(fault.command.substr(0, slash), whole);
+        fault.command.erase(0, slash + 1);
+    }
+    const std::size_t hash = fault.command.find('#');
+    if (hash != std::string::npos) {
+        fault.occurrence = parseNumber<unsigned>(fault.command.substr(hash + 1), whole);
+        fault.command.erase(hash);
+    }
+    if (fault.command.empty()) {
+        refuse(whole, "there is no command");
+    }
+}
+
+// Reads what stands behind the "=".
+void parseWhat(const std::string& what, Fault& fault, const std::string& whole)
+{
+    const std::size_t colon = what.find(':');
+    const std::string name = what.substr(0, colon);
+    const auto found = forms().find(name);
+    if (found == forms().end()) {
+        refuse(whole, "\"" + name + "\" is no misbehaviour");
+    }
+    const Form& form = found->second;
+    if ((form.places & placeOf(fault.command)) == 0) {
+        refuse(whole, "\"" + name + "\" means nothing for " + fault.command);
+    }
+    if ((form.argument == Argument::None) != (colon == std::string::npos)) {
+        refuse(whole, form.argument == Argument::None ? "it takes no argument" : "an argument is missing");
+    }
+    fault.misbehaviour = form.misbehaviour;
+    if (form.argument == Argument::Number) {
+        fault.number = parseNumber<std::uint64_t>(what.substr(colon + 1), whole);
+    } else if (form.argument == Argument::Text) {
+        fault.text = unescape(what.substr(colon + 1), whole);
+    }
+}
+
 } // namespace
 
 Fault parseFault(const std::string& text)
@@ -113,36 +181,8 @@ Fault parseFault(const std::string& text)
         refuse(text, "there is no =");
     }
     Fault fault;
-    fault.command = text.substr(0, equals);
-    const std::size_t slash = fault.command.find('/');
-    if (slash != std::string::npos) {
-        fault.session = parseNumber<unsigned>(fault.command.substr(0, slash), text);
-        fault.command.erase(0, slash + 1);
-    }
-    const std::size_t hash = fault.command.find('#');
-    if (hash != std::string::npos) {
-        fault.occurrence = parseNumber<unsigned>(fault.command.substr(hash + 1), text);
-        fault.command.erase(hash);
-    }
-    if (fault.command.empty()) {
-        refuse(text, "there is no command");
-    }
-
-    const std::size_t colon = text.find(':', equals);
-    const std::string name = text.substr(equals + 1, colon == std::string::npos ? colon : colon - equals - 1);
-    const auto form = forms().find(name);
-    if (form == forms().end()) {
-        refuse(text, "\"" + name + "\" is no misbehaviour");
-    }
-    if ((form->second.argument == Form::None) != (colon == std::string::npos)) {
-        refuse(text, form->second.argument == Form::None ? "it takes no argument" : "an argument is missing");
-    }
-    fault.misbehaviour = form->second.misbehaviour;
-    if (form->second.argument == Form::Number) {
-        fault.number = parseNumber<std::uint64_t>(text.substr(colon + 1), text);
-    } else if (form->second.argument == Form::Text) {
-        fault.text = unescape(text.substr(colon + 1), text);
-    }
+    parseWhen(text.substr(0, equals), fault, text);
+    parseWhat(text.substr(equals + 1), fault, text);
     return fault;
 }
 

@@ -34,7 +34,8 @@ enum class Misbehaviour
 /// One misbehaviour and when it happens.
 struct Fault
 {
-    /// A command, or GREETING, TLS (the handshake on the control connection) or DATA (a data connection).
+    /// A command, or GREETING, TLS (the handshake on the control connection), LISTEN (the port of a data connection)
+    /// or DATA (the data connection itself).
     std::string command;
     Misbehaviour misbehaviour = Misbehaviour::Drop;
     std::string text;         ///< Reply: the bytes to send
@@ -44,8 +45,8 @@ struct Fault
 };
 
 /// Reads "[SESSION/]COMMAND[#OCCURRENCE]=MISBEHAVIOUR[:ARGUMENT]", for example "SIZE=reply:550 no such file" or
-/// "2/DATA#1=drop-after:1000". In a reply's text, \r \n \\ and \xHH stand for bytes; a line end is added unless the
-/// text ends in \c. Throws `std::invalid_argument`.
+/// "2/DATA#1=drop-after:1000". In a reply's text, \r \n \0 \\ and \xHH stand for bytes; a line end is added unless the
+/// text ends in \c. Throws `std::invalid_argument`, also for a misbehaviour that the command cannot show.
 Fault parseFault(const std::string& text);
 
 /// The faults of one session: counts what happens and finds the fault that it meets.

@@ -3,6 +3,7 @@
 
 #include "Certificates.h"
 #include "Faults.h"
+#include "Transcript.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -21,9 +22,6 @@ enum class TlsMode
     Implicit  ///< from the first byte
 };
 
-/// The lines of one session: what each side said, and what became of the data connections. README.md explains them.
-using Transcript = std::vector<std::string>;
-
 struct ServerConfig
 {
     std::filesystem::path root;
@@ -34,12 +32,13 @@ struct ServerConfig
     bool strictUploadEnd = false; ///< an upload that ends without the client's close_notify is refused with 426
     Certificate certificate;      ///< not used when `tls` is Plain
     std::optional<Certificate> dataCertificate;
-    int minTlsVersion = 0; ///< an OpenSSL version number; 0: OpenSSL's own choice
+    bool dataTickets = false; ///< session tickets on data connections; README.md tells what they cost an upload
+    int minTlsVersion = 0;    ///< an OpenSSL version number; 0: OpenSSL's own choice
     int maxTlsVersion = 0;
     std::uint16_t port = 0; ///< 0: a free one
     std::vector<Fault> faults;
     bool keepTranscripts = true;
-    std::function<void(const Transcript&)> onSessionEnd; ///< called for each session, one at a time
+    std::function<void(const Transcript&)> onSessionEnd; ///< called for each session, one at a time; must not throw
 };
 
 /// An FTP server on 127.0.0.1, with a thread for each session. It serves from construction to destruction.

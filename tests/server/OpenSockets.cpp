@@ -29,7 +29,7 @@ void OpenSockets::interrupt()
     m_changed.notify_all();
 }
 
-bool OpenSockets::wait(std::chrono::milliseconds time)
+bool OpenSockets::wait(std::chrono::microseconds time)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
     return !m_changed.wait_for(lock, time, [this] { return m_interrupted; });

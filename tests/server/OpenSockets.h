@@ -19,7 +19,7 @@ public:
     void interrupt();
 
     /// Waits; false when interrupted meanwhile.
-    bool wait(std::chrono::milliseconds time);
+    bool wait(std::chrono::microseconds time);
 
 private:
     std::mutex m_mutex;

@@ -6,9 +6,10 @@
 
 namespace testserver {
 
-Session::Session(const Shared& shared, boost::asio::ip::tcp::socket socket, OpenSockets& sockets, unsigned number)
+Session::Session(const Shared& shared, boost::asio::ip::tcp::socket socket, OpenSockets& sockets, unsigned number,
+                 Transcript& transcript)
     : m_shared(shared), m_sockets(sockets), m_control(std::move(socket), sockets), m_data(shared.context, sockets),
-      m_faults(shared.config.faults, number)
+      m_faults(shared.config.faults, number), m_transcript(transcript)
 {
 }
 
@@ -24,7 +25,7 @@ void Session::run()
         }
     }
     m_data.close();
-    // Left open at once, the client's last bytes would turn the close into a reset.
+    // Closed at once, the client's last bytes would turn the close into a reset.
     m_control.endTls();
     m_control.close();
 }
@@ -50,7 +51,7 @@ bool Session::startControlTls()
     switch (fault->misbehaviour) {
     case Misbehaviour::Garbage:
         m_control.write("this is no TLS handshake\r\n");
-        m_control.waitForEnd();
+        m_control.closeAfterClient();
         break;
     case Misbehaviour::Stall:
         m_control.waitForEnd();
@@ -61,6 +62,7 @@ bool Session::startControlTls()
     case Misbehaviour::Plain:
         return true;
     default:
+        m_control.closeAfterClient();
         break;
     }
     leave();
@@ -75,7 +77,7 @@ void Session::serve(const std::string& line)
     const std::string command = line.substr(0, blank);
     const std::string argument = blank == std::string::npos ? "" : line.substr(blank + 1);
     const std::string upper = boost::algorithm::to_upper_copy(command);
-    m_transcript.push_back("> " + (upper == "PASS" ? command + " ****" : line));
+    m_transcript.push_back(commandLine(line));
     if (!misbehaves(command)) {
         carryOut(upper, argument);
     }
@@ -126,11 +128,9 @@ void Session::reply(const std::string& text)
 
 void Session::sendReply(const std::string& bytes)
 {
-    std::string line = bytes;
-    while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) {
-        line.pop_back();
+    for (std::string& line : replyLines(bytes)) {
+        m_transcript.push_back(std::move(line));
     }
-    m_transcript.push_back("< " + line);
     bool sent = true;
     if (m_split) {
         m_split = false;
@@ -176,6 +176,9 @@ void Session::closeData(TransferEnd end, const char* moved)
         break;
     case TransferEnd::NoTls:
         reply("425 no TLS on the data connection");
+        break;
+    case TransferEnd::Unreadable:
+        reply("551 cannot be read");
         break;
     case TransferEnd::Unwritable:
         reply("553 cannot be written");

@@ -29,10 +29,11 @@ struct Shared
 class Session
 {
 public:
-    Session(const Shared& shared, boost::asio::ip::tcp::socket socket, OpenSockets& sockets, unsigned number);
+    /// The number of the session counts from 1. What happens is added to the transcript as it happens.
+    Session(const Shared& shared, boost::asio::ip::tcp::socket socket, OpenSockets& sockets, unsigned number,
+            Transcript& transcript);
 
     void run();
-    const Transcript& transcript() const { return m_transcript; }
 
 private:
     // The conversation.
@@ -54,6 +55,7 @@ private:
     void user(const std::string& argument);
     void pass(const std::string& argument);
     void passive(bool extended);
+    void restart(const std::string& argument);
     void size(const std::string& argument);
     void rename(const std::string& argument);
     void remove(const std::string& argument);
@@ -74,7 +76,7 @@ private:
     Connection m_control;
     DataChannel m_data;
     FaultPlan m_faults;
-    Transcript m_transcript;
+    Transcript& m_transcript;
     std::string m_cwd = "/";
     std::string m_user;
     bool m_loggedIn = false;

@@ -2,12 +2,23 @@
 #include "Session.h"
 
 #include <boost/algorithm/string/case_conv.hpp>
+#include <boost/algorithm/string/replace.hpp>
 
-#include <fstream>
+#include <charconv>
 
 namespace testserver {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// A quote in a path is doubled, or the reply's path would end there.
+std::string quotedPath(const std::string& path)
+{
+    return '"' + boost::algorithm::replace_all_copy(path, "\"", "\"\"") + '"';
+}
+
+} // namespace
 
 void Session::carryOut(const std::string& command, const std::string& argument)
 {
@@ -35,8 +46,9 @@ bool Session::carryOutBeforeLogin(const std::string& command, const std::string&
     } else if (command == "PBSZ") {
         reply("200 PBSZ=0");
     } else if (command == "PROT") {
-        m_protected = m_control.hasTls() && argument == "P";
-        reply(m_protected || argument == "C" ? "200 protection set" : "536 protection refused");
+        const std::string level = boost::algorithm::to_upper_copy(argument);
+        m_protected = m_control.hasTls() && level == "P";
+        reply(m_protected || level == "C" ? "200 protection set" : "536 protection refused");
     } else if (command == "FEAT") {
         reply("211-features\r\n AUTH TLS\r\n EPSV\r\n MDTM\r\n PBSZ\r\n PROT\r\n REST STREAM\r\n SIZE\r\n211 end");
     } else if (command == "SYST") {
@@ -61,19 +73,27 @@ bool Session::carryOutSettings(const std::string& command, const std::string& ar
     } else if (command == "PASV") {
         passive(false);
     } else if (command == "REST") {
-        const bool number = !argument.empty() && argument.find_first_not_of("0123456789") == std::string::npos;
-        m_restart = number ? std::stoull(argument) : 0;
-        reply(number ? "350 restart marked" : "501 no number");
+        restart(argument);
     } else {
         return false;
     }
     return true;
 }
 
+void Session::restart(const std::string& argument)
+{
+    std::int64_t offset = 0;
+    const char* const end = argument.data() + argument.size();
+    const auto [behind, failed] = std::from_chars(argument.data(), end, offset);
+    const bool number = failed == std::errc() && behind == end && offset >= 0;
+    m_restart = number ? static_cast<std::uint64_t>(offset) : 0;
+    reply(number ? "350 restart marked" : "501 no number");
+}
+
 bool Session::carryOutOnDirectories(const std::string& command, const std::string& argument)
 {
     if (command == "PWD") {
-        reply("257 \"" + m_cwd + "\"");
+        reply("257 " + quotedPath(m_cwd));
     } else if (command == "CWD") {
         changeDirectory(argument);
     } else if (command == "CDUP") {
@@ -172,32 +192,36 @@ void Session::size(const std::string& argument)
         reply("550 no such file");
         return;
     }
-    reply("213 " + std::to_string(fs::file_size(*m_shared.storage.real(path))));
+    reply("213 " + std::to_string(m_shared.storage.size(path)));
 }
 
 void Session::rename(const std::string& argument)
 {
     const std::size_t blank = argument.find(' ');
-    if (blank == std::string::npos || argument.find(' ', blank + 1) != std::string::npos) {
+    const bool twoNames = blank != std::string::npos && blank > 0 && blank + 1 < argument.size() &&
+                          argument.find(' ', blank + 1) == std::string::npos;
+    if (!twoNames) {
         reply("501 two names, please");
         return;
     }
-    const std::string from = absolute(argument.substr(0, blank));
+    const std::string oldPath = absolute(argument.substr(0, blank));
+    const auto from = m_shared.storage.real(oldPath);
     const auto to = m_shared.storage.real(absolute(argument.substr(blank + 1)));
-    if (!m_shared.storage.isFile(from) || !to) {
+    if (!from || !to || !m_shared.storage.isFile(oldPath)) {
         reply("550 no such file");
         return;
     }
     std::error_code failed;
-    fs::rename(*m_shared.storage.real(from), *to, failed);
+    fs::rename(*from, *to, failed);
     reply(failed ? "553 cannot be renamed" : "250 renamed");
 }
 
 void Session::remove(const std::string& argument)
 {
     const std::string path = absolute(argument);
+    const auto real = m_shared.storage.real(path);
     std::error_code failed;
-    const bool removed = m_shared.storage.isFile(path) && fs::remove(*m_shared.storage.real(path), failed);
+    const bool removed = real && m_shared.storage.isFile(path) && fs::remove(*real, failed);
     reply(removed ? "250 removed" : "550 no such file");
 }
 
@@ -218,7 +242,7 @@ void Session::makeDirectory(const std::string& argument)
     const auto real = m_shared.storage.real(path);
     std::error_code failed;
     const bool made = real && fs::create_directory(*real, failed);
-    reply(made ? "257 \"" + path + "\" made" : "550 cannot be made");
+    reply(made ? "257 " + quotedPath(path) + " made" : "550 cannot be made");
 }
 
 void Session::list(const std::string& argument, bool namesOnly)
@@ -232,7 +256,7 @@ void Session::list(const std::string& argument, bool namesOnly)
     for (const std::string& name : m_shared.storage.names(path)) {
         const std::string child = Storage::absolute(path, name);
         const bool directory = m_shared.storage.isDirectory(child);
-        const auto bytes = m_shared.storage.isFile(child) ? fs::file_size(*m_shared.storage.real(child)) : 0;
+        const std::uint64_t bytes = directory ? 0 : m_shared.storage.size(child);
         lines += namesOnly ? name
                            : std::string(directory ? "drwxr-xr-x" : "-rw-r--r--") + " 1 backup backup " +
                                  std::to_string(bytes) + " Jan 01 00:00 " + name;
@@ -247,14 +271,15 @@ void Session::list(const std::string& argument, bool namesOnly)
 void Session::retrieve(const std::string& argument)
 {
     const std::string path = absolute(argument);
-    if (!m_shared.storage.isFile(path)) {
+    const auto real = m_shared.storage.real(path);
+    if (!real || !m_shared.storage.isFile(path)) {
         m_restart = 0;
         reply("550 no such file");
         return;
     }
     reply("150 data follows");
     if (openData()) {
-        closeData(m_data.sendFile(*m_shared.storage.real(path), m_restart), "sent");
+        closeData(m_data.sendFile(*real, m_restart), "sent");
     }
 }
 
@@ -262,7 +287,8 @@ void Session::store(const std::string& argument, bool append)
 {
     const std::string path = absolute(argument);
     const auto real = m_shared.storage.real(path);
-    if (!real || m_shared.storage.isDirectory(path) || !fs::is_directory(real->parent_path())) {
+    if (!real || !m_shared.storage.isWritable(path)) {
+        m_restart = 0;
         reply("553 cannot be written");
         return;
     }

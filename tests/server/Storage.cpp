@@ -20,6 +20,9 @@ std::string Storage::absolute(const std::string& cwd, const std::string& argumen
 
 std::optional<fs::path> Storage::real(const std::string& absolute) const
 {
+    if (absolute.find('\0') != std::string::npos) {
+        return std::nullopt;
+    }
     std::error_code failed;
     fs::path path = fs::weakly_canonical(m_root / fs::path(absolute).relative_path(), failed);
     if (failed) {
@@ -27,6 +30,10 @@ std::optional<fs::path> Storage::real(const std::string& absolute) const
     }
     if (path.filename().empty()) {
         path = path.parent_path();
+    }
+    // A link that leads nowhere is still there, and to write to it would make what it names.
+    if (fs::is_symlink(path, failed)) {
+        return std::nullopt;
     }
     const auto [end, unused] = std::mismatch(m_root.begin(), m_root.end(), path.begin(), path.end());
     return end == m_root.end() ? std::optional(path) : std::nullopt;
@@ -46,6 +53,22 @@ bool Storage::isFile(const std::string& absolute) const
     return path && fs::is_regular_file(*path, failed);
 }
 
+bool Storage::isWritable(const std::string& absolute) const
+{
+    std::error_code failed;
+    const auto path = real(absolute);
+    return path && (!fs::exists(*path, failed) || fs::is_regular_file(*path, failed)) &&
+           fs::is_directory(path->parent_path(), failed);
+}
+
+std::uint64_t Storage::size(const std::string& absolute) const
+{
+    std::error_code failed;
+    const auto path = real(absolute);
+    const std::uint64_t bytes = path ? fs::file_size(*path, failed) : 0;
+    return failed ? 0 : bytes;
+}
+
 std::vector<std::string> Storage::names(const std::string& absolute) const
 {
     std::vector<std::string> found;
@@ -53,8 +76,9 @@ std::vector<std::string> Storage::names(const std::string& absolute) const
     if (!path) {
         return found;
     }
-    for (const fs::directory_entry& entry : fs::directory_iterator(*path)) {
-        found.push_back(entry.path().filename().string());
+    std::error_code failed;
+    for (fs::directory_iterator entry(*path, failed), end; !failed && entry != end; entry.increment(failed)) {
+        found.push_back(entry->path().filename().string());
     }
     std::sort(found.begin(), found.end());
     return found;

@@ -1,6 +1,7 @@
 #ifndef TESTSERVER_STORAGE_H
 #define TESTSERVER_STORAGE_H
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -23,6 +24,10 @@ public:
 
     bool isDirectory(const std::string& absolute) const;
     bool isFile(const std::string& absolute) const;
+    /// Whether a file can be written there. Devices and pipes cannot: opening one could wait for ever.
+    bool isWritable(const std::string& absolute) const;
+    /// Bytes of a file; 0 for all else.
+    std::uint64_t size(const std::string& absolute) const;
 
     /// The names in a directory, sorted.
     std::vector<std::string> names(const std::string& absolute) const;

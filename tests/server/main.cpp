@@ -1,16 +1,22 @@
-// The test server as a program: prints its port and serves until a signal ends it.
+// The test server as a program: prints its port and serves until a signal, or the end of its input, ends it.
 #include "FtpServer.h"
 
 #include <CLI/CLI.hpp>
 
+#include <poll.h>
+#include <sys/signalfd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <map>
+#include <system_error>
 
 namespace {
 
@@ -43,7 +49,10 @@ void writeFile(const std::filesystem::path& path, const std::string& content)
 void writePair(const std::filesystem::path& folder, const std::string& name, const Certificate& certificate)
 {
     writeFile(folder / (name + ".pem"), certificate.certificatePem);
-    writeFile(folder / (name + ".key"), certificate.privateKeyPem);
+    const std::filesystem::path key = folder / (name + ".key");
+    writeFile(key, certificate.privateKeyPem);
+    // A file that was there before has kept its mode.
+    std::filesystem::permissions(key, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 // A CA, a server certificate of it, and bad ones. The CA's own key is not kept.
@@ -82,6 +91,7 @@ struct Options
     std::string keyFile;
     std::string transcriptFile;
     std::string certificateFolder;
+    bool untilEof = false;
     std::vector<std::string> faults;
 };
 
@@ -91,21 +101,32 @@ void declare(CLI::App& app, Options& options)
         {"plain", TlsMode::Plain}, {"explicit", TlsMode::Explicit}, {"implicit", TlsMode::Implicit}};
     app.add_option("--root", options.config.root, "Folder to serve")->check(CLI::ExistingDirectory);
     app.add_option("--user", options.config.user, "The one user (backup)");
-    app.add_option("--password-file", options.passwordFile, "File whose first line is the password")
-        ->envname("FTP_TEST_PASSWORD_FILE");
+    app.add_option("--password-file", options.passwordFile,
+                   "File whose first line is the password; without it, FTP_TEST_PASSWORD in the environment");
     app.add_option("--tls", options.config.tls, "plain, explicit (as it is by default) or implicit")
         ->transform(CLI::CheckedTransformer(kModes, CLI::ignore_case));
     app.add_flag("--require-tls", options.config.tlsRequiredAtLogin, "Refuse logins without TLS");
     app.add_flag("--strict-upload-end", options.config.strictUploadEnd, "Refuse uploads without close_notify");
     app.add_option("--port", options.config.port, "Port on 127.0.0.1; a free one by default");
-    app.add_option("--certificate", options.certificateFile, "The server's certificate, PEM");
-    app.add_option("--key", options.keyFile, "Its key, PEM");
+    auto* const certificate =
+        app.add_option("--certificate", options.certificateFile, "The server's certificate and those above it, PEM");
+    auto* const key = app.add_option("--key", options.keyFile, "Its key, PEM")->needs(certificate);
+    certificate->needs(key);
+    app.add_flag("--data-tickets", options.config.dataTickets, "Send session tickets on data connections");
+    app.add_flag("--until-eof", options.untilEof, "End when standard input ends");
     app.add_option("--transcript", options.transcriptFile, "File that gets the transcript of each session");
-    app.add_option("--fault", options.faults, "A misbehaviour, such as SIZE=reply:550 no; may be repeated");
+    app.add_option("--fault", options.faults, "A misbehaviour, such as SIZE=reply:550 no; may be repeated")
+        ->allow_extra_args(false);
     app.add_option(
         "--make-certificates", options.certificateFolder,
         "Make a CA, server.pem and bad certificates in this folder; serve with server.pem if --root is given");
-    app.footer("Example:\n  ftp-test-server --root /tmp/served --password-file pw --make-certificates /tmp/certs");
+    app.footer(
+        "Examples:\n"
+        "  ftp-test-server --make-certificates certs\n"
+        "  ftp-test-server --root served --password-file pw --certificate certs/server.pem --key certs/server.key\n"
+        "  FTP_TEST_PASSWORD=x ftp-test-server --root served --tls plain --fault 'DATA=drop-after:1000'\n"
+        "It prints \"listening on 127.0.0.1:PORT\" and serves until SIGTERM or SIGINT.\n"
+        "README.md beside its source has all misbehaviours.");
 }
 
 void complete(Options& options)
@@ -119,6 +140,8 @@ void complete(Options& options)
     }
     if (!options.passwordFile.empty()) {
         config.password = firstLineOf(options.passwordFile);
+    } else if (const char* password = std::getenv("FTP_TEST_PASSWORD")) {
+        config.password = password;
     }
     for (const std::string& fault : options.faults) {
         config.faults.push_back(parseFault(fault));
@@ -135,18 +158,51 @@ void complete(Options& options)
     }
 }
 
-void serveUntilSignal(const ServerConfig& config)
+// A descriptor that becomes readable when a signal asks the program to end.
+class EndSignals
 {
-    // Blocked before the server's threads begin, so that all of them leave the signals to sigwait.
-    sigset_t ends;
-    sigemptyset(&ends);
-    sigaddset(&ends, SIGTERM);
-    sigaddset(&ends, SIGINT);
-    pthread_sigmask(SIG_BLOCK, &ends, nullptr);
-    FtpServer server(config);
+public:
+    // Blocked before the server's threads begin, so that all of them leave the signals alone.
+    EndSignals()
+    {
+        sigset_t signals;
+        sigemptyset(&signals);
+        sigaddset(&signals, SIGTERM);
+        sigaddset(&signals, SIGINT);
+        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+        m_descriptor = ::signalfd(-1, &signals, SFD_CLOEXEC);
+        if (m_descriptor < 0) {
+            throw std::system_error(errno, std::generic_category(), "No descriptor for signals can be had");
+        }
+    }
+    ~EndSignals() { ::close(m_descriptor); }
+    EndSignals(const EndSignals&) = delete;
+    EndSignals& operator=(const EndSignals&) = delete;
+
+    int descriptor() const { return m_descriptor; }
+
+private:
+    int m_descriptor = -1;
+};
+
+bool inputHasEnded()
+{
+    std::array<char, 4096> dropped = {};
+    return ::read(STDIN_FILENO, dropped.data(), dropped.size()) <= 0;
+}
+
+void serve(const Options& options)
+{
+    const EndSignals signals;
+    const FtpServer server(options.config);
     std::cout << "listening on 127.0.0.1:" << server.port() << std::endl;
-    int received = 0;
-    sigwait(&ends, &received);
+    std::array<pollfd, 2> watched = {
+        {{signals.descriptor(), POLLIN, 0}, {options.untilEof ? STDIN_FILENO : -1, POLLIN, 0}}};
+    do {
+        if (::poll(watched.data(), watched.size(), -1) < 0 && errno != EINTR) {
+            throw std::system_error(errno, std::generic_category(), "Waiting for the end fails");
+        }
+    } while (watched[0].revents == 0 && (watched[1].revents == 0 || !inputHasEnded()));
 }
 
 } // namespace
@@ -159,7 +215,7 @@ try {
     CLI11_PARSE(app, argc, argv);
     complete(options);
     if (!options.config.root.empty()) {
-        serveUntilSignal(options.config);
+        serve(options);
     } else if (options.certificateFolder.empty()) {
         std::cerr << "Nothing to do: name a folder to serve with --root.\n";
         return 2;
