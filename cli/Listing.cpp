@@ -1,0 +1,63 @@
+#include "Listing.h"
+
+#include "Descriptor.h"
+
+#include <EscapeControlBytes.h>
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <ostream>
+#include <stdexcept>
+#include <system_error>
+
+namespace {
+
+std::string temporaryFolder()
+{
+    const char* const folder = std::getenv("TMPDIR");
+    return folder != nullptr && *folder != '\0' ? folder : "/tmp";
+}
+
+void printNames(std::istream& listing, std::ostream& out)
+{
+    std::string name;
+    while (std::getline(listing, name)) {
+        if (!name.empty() && name.back() == '\r') {
+            name.pop_back();
+        }
+        out << escapeControlBytes(name) << '\n';
+    }
+}
+
+} // namespace
+
+TemporaryFile::TemporaryFile() : m_path(temporaryFolder() + "/sftpclient-XXXXXX")
+{
+    const Descriptor made(mkstemp(m_path.data()));
+    if (!made.isOpen()) {
+        throw std::system_error(errno, std::generic_category(),
+                                "a temporary file cannot be made in " + temporaryFolder() + " (TMPDIR)");
+    }
+}
+
+TemporaryFile::~TemporaryFile() { unlink(m_path.c_str()); }
+
+void printListing(const std::string& path, std::ostream& out, bool forTerminal)
+{
+    std::ifstream listing(path, std::ios::binary);
+    if (!listing) {
+        throw std::runtime_error("the listing in " + path + " cannot be read");
+    }
+    if (forTerminal) {
+        printNames(listing, out);
+    } else if (listing.peek() != std::ifstream::traits_type::eof()) {
+        // Inserting an empty buffer counts as a failure.
+        out << listing.rdbuf();
+    }
+    if (!out.flush()) {
+        throw std::runtime_error("the listing cannot be written to standard output");
+    }
+}

@@ -1,0 +1,39 @@
+#ifndef SFTPCLIENT_CLI_STANDARDSTREAMS_H
+#define SFTPCLIENT_CLI_STANDARDSTREAMS_H
+
+#include "Descriptor.h"
+
+/// Opens what is closed of the three standard descriptors, on /dev/null: no other file then gets one of their numbers.
+void openStandardDescriptors();
+
+/// Points a standard stream's descriptor to /dev/null as long as this object lives: libcurl writes there what is not
+/// for the user. Throws `std::system_error`.
+/// REQUIRES: one thread alone, as the descriptor belongs to the process.
+class Silenced
+{
+public:
+    explicit Silenced(int descriptor);
+    ~Silenced();
+    Silenced(const Silenced&) = delete;
+    Silenced& operator=(const Silenced&) = delete;
+
+private:
+    int m_descriptor;
+    Descriptor m_original;
+};
+
+/// Gives the host's log a descriptor of its own on standard error as long as this object lives, so that records reach
+/// the user while standard error itself is silenced. Throws `std::system_error`.
+class RecordsApart
+{
+public:
+    RecordsApart();
+    ~RecordsApart();
+    RecordsApart(const RecordsApart&) = delete;
+    RecordsApart& operator=(const RecordsApart&) = delete;
+
+private:
+    Descriptor m_records;
+};
+
+#endif

@@ -1,0 +1,107 @@
+#include "TerminalPrompt.h"
+
+#include "Descriptor.h"
+#include "Password.h"
+#include "UsageError.h"
+
+#include <fcntl.h>
+#include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX's signal sets are not in <csignal>
+#include <sys/signalfd.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace {
+
+[[noreturn]] void throwErrno(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
+
+sigset_t endingSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+        sigaddset(&signals, signal);
+    }
+    return signals;
+}
+
+/// Puts off the signals that would end the process, and a stop from the keyboard, as long as this object lives.
+class PutOffSignals
+{
+public:
+    PutOffSignals()
+    {
+        sigset_t putOff = endingSignals();
+        sigaddset(&putOff, SIGTSTP);
+        pthread_sigmask(SIG_BLOCK, &putOff, &m_before);
+    }
+    ~PutOffSignals() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    PutOffSignals(const PutOffSignals&) = delete;
+    PutOffSignals& operator=(const PutOffSignals&) = delete;
+
+private:
+    sigset_t m_before = {};
+};
+
+/// Keeps a terminal from showing what is typed as long as this object lives.
+class EchoOff
+{
+public:
+    explicit EchoOff(int terminal) : m_terminal(terminal)
+    {
+        if (tcgetattr(m_terminal, &m_before) != 0) {
+            throwErrno("the terminal's mode cannot be read");
+        }
+        termios silent = m_before;
+        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
+        if (tcsetattr(m_terminal, TCSAFLUSH, &silent) != 0) {
+            throwErrno("the terminal's echo cannot be turned off");
+        }
+    }
+    ~EchoOff() { tcsetattr(m_terminal, TCSAFLUSH, &m_before); }
+    EchoOff(const EchoOff&) = delete;
+    EchoOff& operator=(const EchoOff&) = delete;
+
+private:
+    int m_terminal;
+    termios m_before = {};
+};
+
+void show(int terminal, const std::string& text)
+{
+    if (write(terminal, text.data(), text.size()) < 0) {
+        throwErrno("the terminal cannot be written to");
+    }
+}
+
+bool askWithoutEcho(int terminal, const std::string& question, std::string& answer)
+{
+    // Made in this order: the terminal is restored first, then a signal that came meanwhile takes effect.
+    const PutOffSignals putOff;
+    const sigset_t signals = endingSignals();
+    const Descriptor interruption(signalfd(-1, &signals, SFD_CLOEXEC));
+    if (!interruption.isOpen()) {
+        throwErrno("signals cannot be waited for");
+    }
+    const EchoOff echoOff(terminal);
+    show(terminal, question);
+    const bool answered = readSecretLine(terminal, interruption.get(), answer);
+    show(terminal, "\n");
+    return answered;
+}
+
+} // namespace
+
+void promptForPassword(const std::string& user, std::string& password)
+{
+    const Descriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
+    if (!terminal.isOpen()) {
+        throw UsageError("There is no password and no terminal to ask for one: give --password-file FILE, or set "
+                         "SFTPCLIENT_PASSWORD.");
+    }
+    if (!askWithoutEcho(terminal.get(), "Password of " + user + ": ", password)) {
+        throw UsageError("No password was typed.");
+    }
+}

@@ -1,0 +1,74 @@
+#include "Arguments.h"
+#include "CurlGlobal.h"
+#include "Listing.h"
+#include "Operations.h"
+#include "Password.h"
+#include "RequestOf.h"
+#include "StandardStreams.h"
+#include "UsageError.h"
+
+#include <HostLog.h>
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <optional>
+
+namespace {
+
+constexpr int kCommandFailed = 255;
+
+void configureHost(const Arguments& arguments)
+{
+    if (!arguments.configFile.empty()) {
+        setenv("SFTPCLIENT_CONFIG", arguments.configFile.c_str(), 1);
+    }
+    if (arguments.quiet) {
+        HostLog::instance().setFailuresOnly();
+    }
+}
+
+int run(const Arguments& arguments)
+{
+    configureHost(arguments);
+    SFtpRequest request = requestOf(arguments);
+    const WipedAtEnd wiped(request.password);
+    readPassword(arguments.passwordFile, arguments.user, request.password);
+
+    const bool printsListing = arguments.operation == Operation::List && arguments.local.empty();
+    std::optional<TemporaryFile> listing;
+    if (printsListing) {
+        request.localPath = listing.emplace().path();
+    }
+    const RecordsApart recordsApart;
+    const CurlGlobal curl;
+    const Outcome outcome = perform(arguments.operation, request);
+    if (printsListing && outcome.code == 0) {
+        printListing(request.localPath, std::cout, isatty(STDOUT_FILENO) == 1);
+    }
+    (printsListing ? std::cerr : std::cout)
+        << arguments.name << ": " << outcome.code << " " << outcome.text << std::endl;
+    return exitStatusOf(outcome.code);
+}
+
+int fail(int status, const std::exception& error)
+{
+    std::cerr << "sftpclient: " << error.what() << "\n";
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+try {
+    openStandardDescriptors();
+    int status = 0;
+    const std::optional<Arguments> arguments = parseArguments(argc, argv, status);
+    return arguments ? run(*arguments) : status;
+} catch (const UsageError& error) {
+    return fail(kWrongUsage, error);
+} catch (const std::exception& error) {
+    return fail(kCommandFailed, error);
+}

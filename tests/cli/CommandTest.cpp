@@ -1,0 +1,88 @@
+#include "harness/ClosedPort.h"
+#include "harness/LogCapture.h"
+#include "harness/RunCommand.h"
+#include "harness/TextFile.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+namespace {
+
+constexpr char kRefused[] = "7 Couldn't connect to server\n";
+
+std::string withoutLines(const std::string& log)
+{
+    return std::regex_replace(replaceTimes(log), std::regex("\\(\\):[0-9]+ "), "():LINE ");
+}
+
+CommandResult run(std::vector<std::string> form)
+{
+    form.insert(form.end(), {"--user", "me", "--ca", "none"});
+    return runCommand(form, {{"SFTPCLIENT_PASSWORD", "secret"}});
+}
+
+} // namespace
+
+TEST(Command, TellsTheResultAndExitsWithIt)
+{
+    const ClosedPort port;
+    const TextFile file("contents");
+    const std::vector<std::vector<std::string>> forms{{"test", port.url() + "/"},
+                                                      {"ls", port.url() + "/", file.path()},
+                                                      {"put", file.path(), port.url() + "/x"},
+                                                      {"mv", port.url() + "/", "old", "new"},
+                                                      {"rm", port.url() + "/", "name"}};
+    for (const std::vector<std::string>& form : forms) {
+        const CommandResult result = run(form);
+        EXPECT_EQ(result.status, 7);
+        EXPECT_EQ(result.out, form[0] + ": " + kRefused);
+        EXPECT_EQ(result.err.find("secret"), std::string::npos);
+    }
+}
+
+TEST(Command, KeepsStandardOutputForAListing)
+{
+    const ClosedPort port;
+    const CommandResult result = run({"ls", port.url() + "/"});
+    EXPECT_EQ(result.status, 7);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find(std::string("\nls: ") + kRefused), std::string::npos) << result.err;
+}
+
+TEST(Command, HidesTheTraceOfTheSizeCheckAndShowsTheRecords)
+{
+    const ClosedPort port;
+    const CommandResult result = run({"get", port.url() + "/x", "/nowhere/local"});
+    EXPECT_EQ(result.status, 255);
+    EXPECT_EQ(result.out, "get: -1 the library could not run it; see the log records above\n");
+    EXPECT_EQ(withoutLines(result.err),
+              "TIME error SFtpClient request=0 SFtpClient::CheckFileSizeBeforeDownload():LINE "
+              "curl_easy_perform fail, res =Couldn't connect to server\n");
+}
+
+TEST(Command, SaysTwoForALocalFileThatIsNotThere)
+{
+    const ClosedPort port;
+    const CommandResult result = run({"put", "/nowhere/local", port.url() + "/x"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.out, "put: 2 Failed initialization\n");
+}
+
+TEST(Command, LogsFailuresOnlyWhenToldSo)
+{
+    const ClosedPort port;
+    EXPECT_NE(run({"ls", port.url() + "/"}).err.find(" debug "), std::string::npos);
+    const CommandResult quiet = run({"ls", port.url() + "/", "--quiet"});
+    EXPECT_EQ(quiet.err.find(" debug "), std::string::npos) << quiet.err;
+    EXPECT_NE(quiet.err.find(" error "), std::string::npos) << quiet.err;
+}
+
+TEST(Command, ReadsTheConfigurationItIsGiven)
+{
+    const ClosedPort port;
+    const TextFile off("[General]\nCertAuthSwitch=0\n");
+    const std::string unverified = "Establish SSL without cert:none\n";
+    EXPECT_NE(run({"ls", port.url() + "/", "--config", off.path()}).err.find(unverified), std::string::npos);
+    EXPECT_EQ(run({"ls", port.url() + "/"}).err.find(unverified), std::string::npos);
+}

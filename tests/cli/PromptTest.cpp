@@ -1,0 +1,166 @@
+#include "harness/SetVariable.h"
+
+#include <Descriptor.h>
+#include <Password.h>
+#include <UsageError.h>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+#include <utmp.h>
+
+#include <array>
+#include <csignal>
+
+namespace {
+
+std::string readUpTo(int descriptor, const std::string& end)
+{
+    std::string text;
+    char byte = '\0';
+    while (text.find(end) == std::string::npos && read(descriptor, &byte, 1) == 1) {
+        text.append(1, byte);
+    }
+    return text;
+}
+
+std::string readToEnd(int descriptor)
+{
+    std::string text;
+    char byte = '\0';
+    while (read(descriptor, &byte, 1) == 1) {
+        text.append(1, byte);
+    }
+    return text;
+}
+
+/// A child process that asks for a password at a terminal of its own, and this process at the keyboard.
+class Prompt
+{
+public:
+    Prompt()
+    {
+        std::array<int, 2> answer = {-1, -1};
+        if (openpty(&m_keyboard, &m_terminal, nullptr, nullptr, nullptr) != 0 || pipe(answer.data()) != 0) {
+            throw std::runtime_error("no terminal");
+        }
+        m_answer = answer[0];
+        m_child = fork();
+        if (m_child == 0) {
+            ask(answer[1]);
+        }
+        close(answer[1]);
+    }
+    ~Prompt()
+    {
+        close(m_answer);
+        close(m_keyboard);
+        close(m_terminal);
+    }
+    Prompt(const Prompt&) = delete;
+    Prompt& operator=(const Prompt&) = delete;
+
+    std::string shownUpTo(const std::string& end) const { return readUpTo(m_keyboard, end); }
+
+    void type(const std::string& keys) const
+    {
+        ASSERT_EQ(write(m_keyboard, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
+
+    /// What the child read, or how it refused.
+    std::string answer() const { return readToEnd(m_answer); }
+
+    /// Waits for the child's end.
+    int ended() const
+    {
+        int status = 0;
+        return waitpid(m_child, &status, 0) == m_child ? status : -1;
+    }
+
+    /// All that has been shown and not been taken yet.
+    std::string shownRest() const
+    {
+        fcntl(m_keyboard, F_SETFL, O_NONBLOCK);
+        return readToEnd(m_keyboard);
+    }
+
+    bool echoes() const
+    {
+        termios mode = {};
+        return tcgetattr(m_terminal, &mode) == 0 && (mode.c_lflag & ECHO) != 0;
+    }
+
+private:
+    [[noreturn]] void ask(int answer) const
+    {
+        // login_tty takes the standard streams, too.
+        login_tty(m_terminal);
+        std::string text;
+        try {
+            readPassword("", "me", text);
+        } catch (const UsageError& error) {
+            text = error.what();
+        }
+        _exit(write(answer, text.data(), text.size()) < 0 ? 1 : 0);
+    }
+
+    SetVariable m_noPassword{"SFTPCLIENT_PASSWORD", nullptr};
+    int m_keyboard = -1;
+    int m_terminal = -1;
+    int m_answer = -1;
+    pid_t m_child = -1;
+};
+
+constexpr char kQuestion[] = "Password of me: ";
+
+} // namespace
+
+TEST(Prompt, TakesALineAndDoesNotShowIt)
+{
+    const Prompt prompt;
+    EXPECT_EQ(prompt.shownUpTo(kQuestion), kQuestion);
+    EXPECT_FALSE(prompt.echoes());
+    prompt.type("top secret\n");
+    EXPECT_EQ(prompt.answer(), "top secret");
+    EXPECT_EQ(prompt.ended(), 0);
+    EXPECT_EQ(prompt.shownRest(), "\r\n");
+    EXPECT_TRUE(prompt.echoes());
+}
+
+TEST(Prompt, RefusesAnEmptyInputAndRestoresTheTerminal)
+{
+    const Prompt prompt;
+    EXPECT_EQ(prompt.shownUpTo(kQuestion), kQuestion);
+    prompt.type("\x04");
+    EXPECT_EQ(prompt.answer(), "No password was typed.");
+    EXPECT_EQ(prompt.ended(), 0);
+    EXPECT_TRUE(prompt.echoes());
+}
+
+TEST(Prompt, RefusesATooLongLineAndRestoresTheTerminal)
+{
+    const Prompt prompt;
+    EXPECT_EQ(prompt.shownUpTo(kQuestion), kQuestion);
+    prompt.type(std::string(kLongestPassword + 1, 'x') + "\n");
+    EXPECT_EQ(prompt.answer(), "The password must not be longer than 1023 bytes.");
+    EXPECT_EQ(prompt.ended(), 0);
+    EXPECT_EQ(prompt.shownRest(), "");
+    EXPECT_TRUE(prompt.echoes());
+}
+
+TEST(Prompt, RestoresTheTerminalBeforeASignalEndsTheProcess)
+{
+    const Prompt prompt;
+    EXPECT_EQ(prompt.shownUpTo(kQuestion), kQuestion);
+    EXPECT_FALSE(prompt.echoes());
+    prompt.type("half a sec\x03");
+    EXPECT_EQ(prompt.answer(), "");
+    const int ended = prompt.ended();
+    EXPECT_TRUE(WIFSIGNALED(ended) && WTERMSIG(ended) == SIGINT) << ended;
+    EXPECT_TRUE(prompt.echoes());
+    EXPECT_EQ(prompt.shownRest().find("half"), std::string::npos);
+}

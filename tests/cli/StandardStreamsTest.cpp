@@ -1,0 +1,62 @@
+#include "harness/LogCapture.h"
+
+#include <LogProxy.h>
+#include <StandardStreams.h>
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <cstdio>
+
+TEST(Silenced, SwallowsWhatAStreamStillHolds)
+{
+    testing::internal::CaptureStdout();
+    std::printf("before ");
+    {
+        const Silenced silenced(STDOUT_FILENO);
+        std::printf("never seen");
+    }
+    std::printf("after");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "before after");
+}
+
+TEST(Silenced, SwallowsWhatIsWrittenToTheDescriptor)
+{
+    testing::internal::CaptureStderr();
+    {
+        const Silenced silenced(STDERR_FILENO);
+        EXPECT_EQ(write(STDERR_FILENO, "never seen", 10), 10);
+    }
+    EXPECT_EQ(write(STDERR_FILENO, "after", 5), 5);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "after");
+}
+
+TEST(RecordsApart, ReachTheUserWhileStandardErrorIsSilenced)
+{
+    testing::internal::CaptureStderr();
+    {
+        const RecordsApart recordsApart;
+        const Silenced silenced(STDERR_FILENO);
+        EXPECT_GE(std::fputs("password\n", stderr), 0);
+        LogProxy(4, "m", 0, "f()", 1) << 0 << "apart";
+    }
+    LogProxy(4, "m", 0, "f()", 2) << 0 << "as before";
+    EXPECT_EQ(replaceTimes(testing::internal::GetCapturedStderr()),
+              "TIME error m request=0 f():1 apart\nTIME error m request=0 f():2 as before\n");
+}
+
+// In a process of its own, whose standard descriptors are closed.
+TEST(OpenStandardDescriptorsDeathTest, FillsTheGaps)
+{
+    EXPECT_EXIT(
+        {
+            close(STDIN_FILENO);
+            close(STDOUT_FILENO);
+            openStandardDescriptors();
+            const int next = dup(STDERR_FILENO);
+            const bool filled = write(STDOUT_FILENO, "x", 1) == 1 && next > STDERR_FILENO;
+            _exit(filled ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "^$");
+}

@@ -1,0 +1,23 @@
+#ifndef SFTPCLIENT_TESTS_CLI_TEXTFILE_H
+#define SFTPCLIENT_TESTS_CLI_TEXTFILE_H
+
+#include <Listing.h>
+
+#include <string>
+
+/// A temporary file that holds `text`.
+class TextFile
+{
+public:
+    explicit TextFile(const std::string& text);
+
+    const std::string& path() const { return m_file.path(); }
+
+private:
+    TemporaryFile m_file;
+};
+
+/// What a file holds.
+std::string contentsOf(const std::string& path);
+
+#endif

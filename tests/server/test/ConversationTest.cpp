@@ -1,0 +1,286 @@
+// What the server says to each command, over a bare connection in the clear.
+#include "harness/ServerTest.h"
+
+namespace {
+
+using testserver::TlsMode;
+
+class Conversation : public ServerTest
+{
+protected:
+    // Says the commands after a login and gives the transcript of it.
+    Lines say(const Lines& commands)
+    {
+        serve();
+        {
+            const auto client = login();
+            for (const std::string& command : commands) {
+                client->ask(command);
+            }
+            client->finish();
+            client->rest();
+        }
+        return afterLogin();
+    }
+};
+
+TEST_F(Conversation, FromGreetingToGoodbye)
+{
+    serve();
+    {
+        RawClient client(server->port());
+        EXPECT_EQ("220 ready", client.line());
+        EXPECT_EQ("331 password please", client.ask("USER backup"));
+        EXPECT_EQ("230 logged in", client.ask("PASS secret"));
+        EXPECT_EQ("221 goodbye", client.ask("QUIT"));
+        EXPECT_EQ("", client.rest());
+    }
+    EXPECT_EQ(std::vector<Lines>{Lines({"< 220 ready", "> USER backup", "< 331 password please", "> PASS ****",
+                                        "< 230 logged in", "> QUIT", "< 221 goodbye"})},
+              server->transcripts());
+}
+
+TEST_F(Conversation, WrongLogins)
+{
+    serve();
+    RawClient client(server->port());
+    client.line();
+    EXPECT_EQ("530 log in first", client.ask("SIZE a"));
+    EXPECT_EQ("530 login incorrect", client.ask("PASS secret"));
+    client.ask("USER backup");
+    EXPECT_EQ("530 login incorrect", client.ask("PASS Secret"));
+    client.ask("USER somebody");
+    EXPECT_EQ("530 login incorrect", client.ask("PASS secret"));
+    EXPECT_EQ("530 log in first", client.ask("PWD"));
+}
+
+TEST_F(Conversation, TlsDemandedAtLogin)
+{
+    config.tlsRequiredAtLogin = true;
+    serve();
+    RawClient client(server->port());
+    client.line();
+    EXPECT_EQ("530 TLS first", client.ask("USER backup"));
+    EXPECT_EQ("530 TLS first", client.ask("PASS secret"));
+    EXPECT_EQ("504 unknown mechanism", client.ask("AUTH KERBEROS"));
+    EXPECT_EQ("234 TLS next", client.ask("auth tls"));
+}
+
+TEST_F(Conversation, NoTlsOnAPlainServer)
+{
+    config.tls = TlsMode::Plain;
+    EXPECT_EQ(Lines({"> AUTH TLS", "< 502 no TLS here", "> PROT P", "< 536 protection refused", "> PROT C",
+                     "< 200 protection set", "> PBSZ 0", "< 200 PBSZ=0"}),
+              say({"AUTH TLS", "PROT P", "PROT C", "PBSZ 0"}));
+}
+
+TEST_F(Conversation, CommandsBehindAuthAreNotTakenOver)
+{
+    serve();
+    {
+        RawClient client(server->port());
+        client.line();
+        client.send("AUTH TLS\r\nUSER backup\r\n");
+        client.line();
+        client.finish();
+        client.rest();
+    }
+    EXPECT_EQ(std::vector<Lines>{Lines({"< 220 ready", "> AUTH TLS", "< 234 TLS next"})}, server->transcripts());
+}
+
+TEST_F(Conversation, Directories)
+{
+    EXPECT_EQ(Lines({"> PWD",      "< 257 \"/\"",
+                     "> MKD a",    "< 257 \"/a\" made",
+                     "> MKD a",    "< 550 cannot be made",
+                     "> MKD b/c",  "< 550 cannot be made",
+                     "> CWD b",    "< 550 no such directory",
+                     "> CWD a",    "< 250 directory changed",
+                     "> MKD q\"q", "< 257 \"/a/q\"\"q\" made",
+                     "> CWD q\"q", "< 250 directory changed",
+                     "> PWD",      "< 257 \"/a/q\"\"q\"",
+                     "> CDUP",     "< 250 directory changed",
+                     "> CWD ../..", "< 250 directory changed",
+                     "> PWD",      "< 257 \"/\""}),
+              say({"PWD", "MKD a", "MKD a", "MKD b/c", "CWD b", "CWD a", "MKD q\"q", "CWD q\"q", "PWD", "CDUP",
+                   "CWD ../..", "PWD"}));
+    EXPECT_TRUE(std::filesystem::is_directory(served("a")));
+}
+
+TEST_F(Conversation, SizesAndTimes)
+{
+    writeFile(served("a"), "the content");
+    writeFile(served("huge"), "");
+    std::filesystem::resize_file(served("huge"), 53687091200);
+    std::filesystem::create_directory(served("sub"));
+    EXPECT_EQ(Lines({"> SIZE a",    "< 213 11",          "> SIZE huge", "< 213 53687091200", "> SIZE sub",
+                     "< 550 no such file", "> SIZE missing", "< 550 no such file", "> MDTM a",
+                     "< 213 20260101000000", "> MDTM missing", "< 550 no such file"}),
+              say({"SIZE a", "SIZE huge", "SIZE sub", "SIZE missing", "MDTM a", "MDTM missing"}));
+}
+
+TEST_F(Conversation, RenamingAndRemoving)
+{
+    std::filesystem::create_directory(served("sub"));
+    writeFile(served("a"), "a");
+    writeFile(served("sub/b"), "b");
+    EXPECT_EQ(Lines({"> rename a c",        "< 250 renamed",
+                     "> RENAME /sub/b /d",  "< 250 renamed",
+                     "> rename missing x",  "< 550 no such file",
+                     "> rename c sub",      "< 553 cannot be renamed",
+                     "> rename c no/dir",   "< 553 cannot be renamed",
+                     "> rename c",          "< 501 two names, please",
+                     "> rename c ",         "< 501 two names, please",
+                     "> rename  c",         "< 501 two names, please",
+                     "> rename c d e",      "< 501 two names, please",
+                     "> rename",            "< 501 two names, please",
+                     "> rm d",              "< 250 removed",
+                     "> rm d",              "< 550 no such file",
+                     "> rm sub",            "< 550 no such file",
+                     "> rm",                "< 550 no such file"}),
+              say({"rename a c", "RENAME /sub/b /d", "rename missing x", "rename c sub", "rename c no/dir", "rename c",
+                   "rename c ", "rename  c", "rename c d e", "rename", "rm d", "rm d", "rm sub", "rm"}));
+    EXPECT_EQ("a", contentOf(served("c")));
+    EXPECT_FALSE(std::filesystem::exists(served("d")));
+}
+
+TEST_F(Conversation, NothingOutsideTheFolderIsServed)
+{
+    writeFile(folder.path() / "outside", "secret");
+    std::filesystem::create_symlink(folder.path() / "outside", served("link"));
+    std::filesystem::create_symlink(folder.path() / "new", served("dangling"));
+    writeFile(served("a"), "a");
+    EXPECT_EQ(Lines({"> SIZE ../outside", "< 550 no such file", "> RETR ../outside", "< 550 no such file", "> SIZE link",
+                     "< 550 no such file", "> RETR link", "< 550 no such file", "> STOR link", "< 553 cannot be written",
+                     "> STOR dangling", "< 553 cannot be written", "> rm link", "< 550 no such file",
+                     "> rename a link", "< 550 no such file", "> rm ../outside", "< 550 no such file"}),
+              say({"SIZE ../outside", "RETR ../outside", "SIZE link", "RETR link", "STOR link", "STOR dangling",
+                   "rm link", "rename a link", "rm ../outside"}));
+    EXPECT_EQ("secret", contentOf(folder.path() / "outside"));
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "new"));
+}
+
+TEST_F(Conversation, TheSmallOnes)
+{
+    EXPECT_EQ(Lines({"> NOOP", "< 200 ok", "> SYST", "< 215 UNIX Type: L8", "> OPTS UTF8 ON", "< 200 ok", "> TYPE I",
+                     "< 200 type set", "> DELE a", "< 500 unknown command", "> ", "< 500 unknown command"}),
+              say({"NOOP", "SYST", "OPTS UTF8 ON", "TYPE I", "DELE a", ""}));
+}
+
+TEST_F(Conversation, RestartPoints)
+{
+    EXPECT_EQ(Lines({"> REST 0", "< 350 restart marked", "> REST 9223372036854775807", "< 350 restart marked",
+                     "> REST 9223372036854775808", "< 501 no number", "> REST -1", "< 501 no number", "> REST x",
+                     "< 501 no number", "> REST", "< 501 no number", "> REST 5x", "< 501 no number"}),
+              say({"REST 0", "REST 9223372036854775807", "REST 9223372036854775808", "REST -1", "REST x", "REST",
+                   "REST 5x"}));
+}
+
+TEST_F(Conversation, Features)
+{
+    serve();
+    {
+        const auto client = login();
+        EXPECT_EQ("211-features", client->ask("FEAT"));
+        client->finish();
+        EXPECT_EQ(" AUTH TLS\r\n EPSV\r\n MDTM\r\n PBSZ\r\n PROT\r\n REST STREAM\r\n SIZE\r\n211 end\r\n",
+                  client->rest());
+    }
+    EXPECT_EQ(Lines({"> FEAT", "< 211-features", "<  AUTH TLS", "<  EPSV", "<  MDTM", "<  PBSZ", "<  PROT",
+                     "<  REST STREAM", "<  SIZE", "< 211 end"}),
+              afterLogin());
+}
+
+TEST_F(Conversation, TransfersNeedAPort)
+{
+    writeFile(served("a"), "a");
+    serve();
+    {
+        const auto client = login();
+        EXPECT_EQ("150 data follows", client->ask("RETR a"));
+        EXPECT_EQ("425 no data connection", client->line());
+        EXPECT_EQ("550 no such directory", client->ask("NLST missing"));
+        EXPECT_EQ("553 cannot be written", client->ask("STOR no/dir"));
+    }
+    EXPECT_EQ(Lines({"> RETR a", "< 150 data follows", "< 425 no data connection", "> NLST missing",
+                     "< 550 no such directory", "> STOR no/dir", "< 553 cannot be written"}),
+              afterLogin());
+}
+
+TEST_F(Conversation, ADataConnectionInTheClear)
+{
+    writeFile(served("b"), "the content");
+    writeFile(served("a"), "");
+    std::filesystem::create_directory(served("c"));
+    serve();
+    {
+        const auto client = login();
+        std::uint16_t port = client->extendedPassive();
+        EXPECT_EQ(0U, client->ask("NLST").find("150 "));
+        EXPECT_EQ("a\r\nb\r\nc\r\n", RawClient(port).rest());
+        EXPECT_EQ("226 done", client->line());
+        port = client->extendedPassive();
+        client->ask("LIST");
+        EXPECT_EQ("-rw-r--r-- 1 backup backup 0 Jan 01 00:00 a\r\n"
+                  "-rw-r--r-- 1 backup backup 11 Jan 01 00:00 b\r\n"
+                  "drwxr-xr-x 1 backup backup 0 Jan 01 00:00 c\r\n",
+                  RawClient(port).rest());
+        EXPECT_EQ("226 done", client->line());
+        client->ask("REST 4");
+        port = client->extendedPassive();
+        client->ask("RETR b");
+        EXPECT_EQ("content", RawClient(port).rest());
+        EXPECT_EQ("226 done", client->line());
+    }
+    const Lines passive = {"> EPSV", "< 229 Entering Extended Passive Mode (|||PORT|)"};
+    Lines expected = passive;
+    for (const std::string& line : {"> NLST", "< 150 data follows", "= no TLS on data", "= 9 bytes sent", "< 226 done"}) {
+        expected.push_back(line);
+    }
+    const Lines got = afterLogin();
+    ASSERT_LE(expected.size(), got.size());
+    EXPECT_EQ(expected, Lines(got.begin(), got.begin() + static_cast<std::ptrdiff_t>(expected.size())));
+}
+
+TEST_F(Conversation, AppendingAndReplacing)
+{
+    serve();
+    const auto client = login();
+    const auto upload = [&client](const std::string& command, const std::string& content) {
+        const std::uint16_t port = client->extendedPassive();
+        client->ask(command);
+        RawClient data(port);
+        data.send(content);
+        data.finish();
+        data.rest();
+        return client->line();
+    };
+    EXPECT_EQ("226 done", upload("STOR a", "the long content"));
+    EXPECT_EQ("226 done", upload("STOR a", "short"));
+    EXPECT_EQ("short", contentOf(served("a")));
+    EXPECT_EQ("226 done", upload("APPE a", "er"));
+    EXPECT_EQ("shorter", contentOf(served("a")));
+}
+
+TEST_F(Conversation, ALineOfMoreThan64KibibytesEndsIt)
+{
+    serve();
+    {
+        const auto client = login();
+        client->send(std::string(100000, 'x'));
+        client->rest();
+    }
+    EXPECT_EQ(Lines{}, afterLogin());
+}
+
+TEST_F(Conversation, AStoppedServerIsGone)
+{
+    serve();
+    const std::uint16_t port = server->port();
+    EXPECT_FALSE(isRefused(port));
+    server->stop();
+    server.reset();
+    EXPECT_TRUE(isRefused(port));
+}
+
+} // namespace

@@ -1,0 +1,40 @@
+#ifndef SERVERTEST_HARNESS_RAWCLIENT_H
+#define SERVERTEST_HARNESS_RAWCLIENT_H
+
+#include <cstdint>
+#include <string>
+
+/// A TCP connection to 127.0.0.1 that says and reads what it is told to, in the clear.
+class RawClient
+{
+public:
+    explicit RawClient(std::uint16_t port);
+    ~RawClient();
+    RawClient(const RawClient&) = delete;
+    RawClient& operator=(const RawClient&) = delete;
+
+    void send(const std::string& bytes);
+
+    /// The next line without its line end, or what came before the end of the connection.
+    std::string line();
+
+    /// Says a command and gives the line that answers it.
+    std::string ask(const std::string& command);
+
+    /// All that comes until the server ends the connection, and "(reset)" if it ended so.
+    std::string rest();
+
+    /// Ends the client's sending; the server can go on.
+    void finish();
+
+    /// Asks for a port for a data connection with EPSV.
+    std::uint16_t extendedPassive();
+
+private:
+    int m_socket;
+};
+
+/// A connection to the port is refused.
+bool isRefused(std::uint16_t port);
+
+#endif
