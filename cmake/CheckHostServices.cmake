@@ -1,6 +1,6 @@
 # Compares what a library leaves to its host with the list of host services. A symbol that one of the linked libraries
 # supplies carries that library's version; one that is undefined and has no version can come only from the host.
-execute_process(COMMAND ${NM} --dynamic --undefined-only --demangle --with-symbol-versions ${LIBRARY}
+execute_process(COMMAND ${NM} --dynamic --undefined-only --demangle ${LIBRARY}
                 OUTPUT_VARIABLE symbols RESULT_VARIABLE failed)
 if(failed)
     message(FATAL_ERROR "${NM} cannot read ${LIBRARY}.")

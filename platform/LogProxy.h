@@ -28,11 +28,12 @@ public:
     LogProxy& operator=(const LogProxy&) = delete;
 
 private:
-    int m_level = 0;
-    std::string m_module;
-    unsigned long m_requestId = 0;
-    std::string m_function;
-    unsigned int m_line = 0;
+    // For the host's use, as far as it wants them.
+    [[maybe_unused]] int m_level = 0;
+    [[maybe_unused]] std::string m_module;
+    [[maybe_unused]] unsigned long m_requestId = 0;
+    [[maybe_unused]] std::string m_function;
+    [[maybe_unused]] unsigned int m_line = 0;
 };
 
 /// The host's request identifiers, one a thread. The library reads the calling thread's for each record; the host

@@ -5,10 +5,6 @@
 #include <memory>
 #include <string>
 
-/// How a record's time looks.
-constexpr char kTimePattern[] =
-    R"([0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\.[0-9]{3}[+-][0-9]{2}:[0-9]{2})";
-
 /// Catches what the host's log writes as long as this object lives.
 class LogCapture
 {
@@ -32,7 +28,7 @@ private:
     std::unique_ptr<FILE, Close> m_file;
 };
 
-/// `log` with each line's time replaced by "TIME".
+/// `log` with "TIME" in place of what begins a line, wherever that is a record's time and nothing else.
 std::string replaceTimes(const std::string& log);
 
 #endif

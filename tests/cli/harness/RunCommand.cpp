@@ -25,6 +25,7 @@ void redirect(const std::string& path, int descriptor)
     setsid();
     unsetenv("SFTPCLIENT_PASSWORD");
     unsetenv("SFTPCLIENT_CONFIG");
+    setenv("LSAN_OPTIONS", "fast_unwind_on_malloc=0:print_suppressions=0:suppressions=" SFTPCLIENT_LEFT_BEHIND, 1);
     for (const auto& variable : environment) {
         setenv(variable.first.c_str(), variable.second.c_str(), 1);
     }

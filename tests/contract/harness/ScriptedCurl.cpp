@@ -114,6 +114,9 @@ std::string takeValue(Handle& handle, CURLoption option, va_list& arguments)
 
 using namespace scripted;
 
+// The types of these parameters are curl.h's, and clang would rather have others in front of "...".
+#pragma GCC diagnostic ignored "-Wvarargs"
+
 extern "C" CURL* curl_easy_init()
 {
     const memory::Pause pause;
