@@ -82,7 +82,7 @@ protected:
     {
         recorded::openSsl().buffers = 0;
         X509* cert = nullptr;
-        const Lines lines = journalOf([&] { EXPECT_EQ(expected, sftpConvToX509(text, cert)); });
+        Lines lines = journalOf([&] { EXPECT_EQ(expected, sftpConvToX509(text, cert)); });
         converted.reset(cert);
         return lines;
     }

@@ -76,10 +76,8 @@ TEST_F(CertificatesTest, AnAuthorityOfTheSameNameDoesNotEither)
 
 TEST_F(CertificatesTest, ExpiredAndEarly)
 {
-    EXPECT_EQ(X509_V_ERR_CERT_HAS_EXPIRED,
-              verdict(anchor, authority.issue(validBetween(-48h, -24h)).certificatePem));
-    EXPECT_EQ(X509_V_ERR_CERT_NOT_YET_VALID,
-              verdict(anchor, authority.issue(validBetween(24h, 48h)).certificatePem));
+    EXPECT_EQ(X509_V_ERR_CERT_HAS_EXPIRED, verdict(anchor, authority.issue(validBetween(-48h, -24h)).certificatePem));
+    EXPECT_EQ(X509_V_ERR_CERT_NOT_YET_VALID, verdict(anchor, authority.issue(validBetween(24h, 48h)).certificatePem));
 }
 
 TEST_F(CertificatesTest, HostNames)

@@ -39,6 +39,7 @@ TEST(ParseFault, ATextCanEndWithoutALineEnd)
 {
     EXPECT_EQ("220-half", parseFault("GREETING=reply:220-half\\c").text);
     EXPECT_EQ("", parseFault("GREETING=reply:\\c").text);
+    EXPECT_EQ(std::string("a\0", 2), parseFault("GREETING=reply:a\\0\\c").text);
     EXPECT_EQ("\r\n", parseFault("GREETING=reply:").text);
 }
 
@@ -102,6 +103,8 @@ TEST(ParseFault, TheRestIsRefusedWithTheReason)
         {"SIZE=delay:", "\"\" is no number"},
         {"SIZE=delay:-1", "\"-1\" is no number"},
         {"SIZE=delay:18446744073709551616", "\"18446744073709551616\" is too large"},
+        {"SIZE#=drop", "\"\" is no number"},
+        {"SIZE#y=drop", "\"y\" is no number"},
         {"x/SIZE=drop", "\"x\" is no number"},
         {"SIZE#99999999999=drop", "\"99999999999\" is too large"},
         {"SIZE=reply:a\\", "a \\ ends it"},

@@ -1,0 +1,196 @@
+// Each misbehaviour on the control connection, and what the client sees of it.
+#include "harness/CurlClient.h"
+
+#include <chrono>
+
+namespace {
+
+using testserver::TlsMode;
+
+class Misbehaviour : public ServerTest
+{
+};
+
+TEST_F(Misbehaviour, ReplyStandsInPlaceOfTheCommand)
+{
+    writeFile(served("a"), "a");
+    misbehave("rm=reply:250 removed");
+    serve();
+    EXPECT_EQ("250 removed", login()->ask("rm a"));
+    EXPECT_EQ(Lines({"> rm a", "< 250 removed"}), afterLogin());
+    EXPECT_TRUE(std::filesystem::exists(served("a")));
+}
+
+TEST_F(Misbehaviour, ReplyOfAnyBytes)
+{
+    misbehave("SIZE=reply:213-\\0\\xff\\r\\n213 1\\r\\n550 glued\\c");
+    serve();
+    {
+        const auto client = login();
+        client->send("SIZE a\r\n");
+        client->finish();
+        EXPECT_EQ(std::string("213-\0\xff\r\n213 1\r\n550 glued", 24), client->rest());
+    }
+    EXPECT_EQ(Lines({"> SIZE a", "< 213-\\x00\xff", "< 213 1", "< 550 glued"}), afterLogin());
+}
+
+TEST_F(Misbehaviour, TheConversationGoesOnAfterAReply)
+{
+    misbehave("SIZE#1=reply:550 no");
+    writeFile(served("a"), "a");
+    serve();
+    const auto client = login();
+    EXPECT_EQ("550 no", client->ask("SIZE a"));
+    EXPECT_EQ("213 1", client->ask("SIZE a"));
+}
+
+TEST_F(Misbehaviour, DropEndsItWithoutAReply)
+{
+    misbehave("SIZE=drop");
+    serve();
+    {
+        const auto client = login();
+        client->send("SIZE a\r\n");
+        EXPECT_EQ("", client->rest());
+    }
+    EXPECT_EQ(Lines{"> SIZE a"}, afterLogin());
+}
+
+TEST_F(Misbehaviour, ResetIsAReset)
+{
+    misbehave("SIZE=reset");
+    serve();
+    const auto client = login();
+    client->send("SIZE a\r\n");
+    EXPECT_EQ("(reset)", client->rest());
+}
+
+TEST_F(Misbehaviour, StallLastsUntilTheClientLeaves)
+{
+    misbehave("SIZE=stall");
+    serve();
+    {
+        const auto client = login();
+        client->send("SIZE a\r\nNOOP\r\nQUIT\r\n");
+        client->finish();
+        EXPECT_EQ("", client->rest());
+    }
+    EXPECT_EQ(Lines{"> SIZE a"}, afterLogin());
+}
+
+TEST_F(Misbehaviour, DelayPutsTheReplyOff)
+{
+    using Clock = std::chrono::steady_clock;
+    misbehave("NOOP=delay:50");
+    serve();
+    const auto client = login();
+    const auto before = Clock::now();
+    EXPECT_EQ("200 ok", client->ask("NOOP"));
+    EXPECT_LE(std::chrono::milliseconds(50), Clock::now() - before);
+}
+
+TEST_F(Misbehaviour, SplitKeepsTheBytes)
+{
+    misbehave("PWD=split");
+    serve();
+    {
+        const auto client = login();
+        EXPECT_EQ("257 \"/\"", client->ask("PWD"));
+        EXPECT_EQ("200 ok", client->ask("NOOP"));
+    }
+    EXPECT_EQ(Lines({"> PWD", "< 257 \"/\"", "> NOOP", "< 200 ok"}), afterLogin());
+}
+
+TEST_F(Misbehaviour, PadMakesTheReplyLong)
+{
+    misbehave("NOOP#1=pad:70000");
+    serve();
+    const auto client = login();
+    EXPECT_EQ("200 ok" + std::string(69994, '.'), client->ask("NOOP"));
+    EXPECT_EQ("200 ok", client->ask("NOOP"));
+}
+
+TEST_F(Misbehaviour, TheGreetingCanBeBadToo)
+{
+    misbehave("1/GREETING=reply:421 full");
+    misbehave("2/GREETING=drop");
+    misbehave("3/GREETING=reply:\\c");
+    serve();
+    EXPECT_EQ("421 full", RawClient(server->port()).line());
+    EXPECT_EQ("", RawClient(server->port()).rest());
+    {
+        RawClient silent(server->port());
+        silent.finish();
+        EXPECT_EQ("", silent.rest());
+    }
+    EXPECT_EQ("220 ready", RawClient(server->port()).line());
+    EXPECT_EQ(std::vector<Lines>({{"< 421 full"}, {}, {"< "}, {"< 220 ready"}}), server->transcripts());
+}
+
+class TlsMisbehaviour : public CurlTest, public testing::WithParamInterface<TlsMode>
+{
+protected:
+    TlsMisbehaviour() { config.tls = GetParam(); }
+
+    // What libcurl makes of the fault at the handshake.
+    CURLcode meet(const std::string& fault)
+    {
+        misbehave(fault);
+        serve();
+        CurlClient meets = client();
+        // Only a stall takes so long.
+        curl_easy_setopt(meets.handle(), CURLOPT_CONNECTTIMEOUT_MS, fault == "TLS=stall" ? 300L : 60000L);
+        return meets.list("");
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Mode, TlsMisbehaviour, testing::Values(TlsMode::Explicit, TlsMode::Implicit));
+
+TEST_P(TlsMisbehaviour, Garbage)
+{
+    const CURLcode code = meet("TLS=garbage");
+    // Read together with the 234, the garbage is a second reply to libcurl.
+    EXPECT_TRUE(code == CURLE_SSL_CONNECT_ERROR || code == CURLE_WEIRD_SERVER_REPLY) << code;
+}
+
+TEST_P(TlsMisbehaviour, Close) { EXPECT_EQ(CURLE_SSL_CONNECT_ERROR, meet("TLS=close")); }
+
+TEST_P(TlsMisbehaviour, Reset)
+{
+    const CURLcode code = meet("TLS=reset");
+    // The reset may overtake the 234, or the connection's establishment.
+    EXPECT_TRUE(code == CURLE_SSL_CONNECT_ERROR || code == CURLE_RECV_ERROR || code == CURLE_COULDNT_CONNECT) << code;
+}
+
+TEST_P(TlsMisbehaviour, Stall) { EXPECT_EQ(CURLE_OPERATION_TIMEDOUT, meet("TLS=stall")); }
+
+TEST_F(Misbehaviour, AfterAuthTheServerGoesOnInTheClear)
+{
+    misbehave("TLS=plain");
+    serve();
+    const auto client = login();
+    EXPECT_EQ("234 TLS next", client->ask("AUTH TLS"));
+    EXPECT_EQ("200 ok", client->ask("NOOP"));
+}
+
+TEST_F(Misbehaviour, AnImplicitServerGreetsInTheClear)
+{
+    config.tls = TlsMode::Implicit;
+    misbehave("TLS=plain");
+    serve();
+    EXPECT_EQ("220 ready", RawClient(server->port()).line());
+}
+
+class TlsSession : public CurlTest
+{
+};
+
+TEST_F(TlsSession, DroppedUnderTls)
+{
+    misbehave("PWD=drop");
+    serve();
+    EXPECT_EQ(CURLE_RECV_ERROR, client().list(""));
+    EXPECT_EQ("> PWD", server->transcripts().at(0).back());
+}
+
+} // namespace
