@@ -13,7 +13,7 @@ namespace asio = boost::asio;
 
 namespace {
 
-constexpr std::size_t kLongestLine = 64 * 1024;
+constexpr std::size_t kLongestLine = std::size_t{64} * 1024;
 
 }
 

@@ -14,7 +14,7 @@ namespace testserver {
 
 namespace {
 
-constexpr std::size_t kBlock = 64 * 1024;
+constexpr std::size_t kBlock = std::size_t{64} * 1024;
 const char* const kGarbage = "this is no TLS handshake\r\n";
 
 bool does(const Fault* fault, Misbehaviour misbehaviour)

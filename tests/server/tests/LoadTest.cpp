@@ -46,6 +46,7 @@ TEST_F(Load, DownloadsAtOnce)
     writeFile(served("a"), content);
     serve();
     std::vector<std::thread> threads;
+    threads.reserve(kSessions);
     std::vector<int> results(kSessions, -1);
     for (int& result : results) {
         threads.emplace_back([this, &result, &content] {
@@ -63,7 +64,7 @@ TEST_F(Load, DownloadsAtOnce)
 
 TEST_F(Load, StopEndsWhateverSessionsAreDoing)
 {
-    writeFile(served("large"), std::string(20000000, 'x'));
+    writeFile(served("large"), manyBytes(20000000));
     misbehave("SYST=stall");
     misbehave("NOOP=delay:3600000");
     misbehave("3/DATA=slow:1");

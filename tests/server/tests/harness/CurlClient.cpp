@@ -1,8 +1,6 @@
 #include "harness/CurlClient.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <random>
 
 using testserver::TlsMode;
@@ -47,8 +45,7 @@ std::size_t CurlClient::take(char* bytes, std::size_t one, std::size_t count, vo
 std::size_t CurlClient::give(char* bytes, std::size_t one, std::size_t count, void* client)
 {
     std::string& unsent = static_cast<CurlClient*>(client)->m_unsent;
-    const std::size_t given = std::min(one * count, unsent.size());
-    std::memcpy(bytes, unsent.data(), given);
+    const std::size_t given = unsent.copy(bytes, one * count);
     unsent.erase(0, given);
     return given;
 }
