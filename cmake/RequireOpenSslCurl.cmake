@@ -3,17 +3,16 @@
 find_package(CURL 7.85 REQUIRED)
 find_package(OpenSSL 3.0 REQUIRED)
 
-if(NOT DEFINED SFTPCLIENT_CURL_TLS OR NOT SFTPCLIENT_CURL_TLS_OF STREQUAL "${CURL_LIBRARIES}")
-    try_run(ran compiled
-        ${CMAKE_CURRENT_BINARY_DIR}/curl-tls ${CMAKE_CURRENT_LIST_DIR}/CurlTlsBackend.cpp
-        LINK_LIBRARIES CURL::libcurl
-        RUN_OUTPUT_VARIABLE backend)
-    if(NOT compiled OR NOT ran EQUAL 0)
-        message(FATAL_ERROR "A program that asks libcurl (${CURL_LIBRARIES}) for its TLS back end cannot be built and "
-                            "run; install libcurl4-openssl-dev.")
-    endif()
-    set(SFTPCLIENT_CURL_TLS "${backend}" CACHE INTERNAL "TLS back end of libcurl")
-    set(SFTPCLIENT_CURL_TLS_OF "${CURL_LIBRARIES}" CACHE INTERNAL "The libcurl that was asked")
+# Asked anew each time: the library behind the same path may have been exchanged.
+unset(asked CACHE)
+unset(compiled CACHE)
+try_run(asked compiled
+    ${CMAKE_CURRENT_BINARY_DIR}/curl-tls ${CMAKE_CURRENT_LIST_DIR}/CurlTlsBackend.cpp
+    LINK_LIBRARIES CURL::libcurl
+    RUN_OUTPUT_VARIABLE SFTPCLIENT_CURL_TLS)
+if(NOT compiled OR NOT asked EQUAL 0)
+    message(FATAL_ERROR "A program that asks libcurl (${CURL_LIBRARIES}) for its TLS back end cannot be built and run; "
+                        "install libcurl4-openssl-dev.")
 endif()
 
 if(NOT SFTPCLIENT_CURL_TLS MATCHES "^OpenSSL/")

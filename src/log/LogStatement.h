@@ -16,14 +16,14 @@ constexpr int kLogFailure = 4;
 static const std::string kModuleName("SFtpClient");
 
 /// Opens a record of the calling thread. A function of its own so that the identifier is read after the arguments,
-/// the function's name among them, have been made.
-inline LogProxy openRecord(int level, const std::string& function, unsigned int line)
+/// the function's name among them, have been made. Static, as the module's name is: each source file uses its own.
+static inline LogProxy openRecord(int level, const std::string& function, unsigned int line)
 {
     return {level, kModuleName, TSP_RequestID.get(), function, line};
 }
 
 /// Opens a record that belongs to no request: it carries 0 and does not read the thread's identifier.
-inline LogProxy openRecordWithoutRequest(int level, const std::string& function, unsigned int line)
+static inline LogProxy openRecordWithoutRequest(int level, const std::string& function, unsigned int line)
 {
     return {level, kModuleName, 0, function, line};
 }

@@ -12,7 +12,10 @@ boost::shared_ptr<ISFtpClient> ISFtpClient::CreateClient()
     return boost::shared_ptr<ISFtpClient>(new CurlSFtpClient);
 }
 
-ISFtpClient* ISFtpClient::GetInstance()
+// Named, because clang's signature text would put the "*" of a plain pointer before the function's name in the record.
+using ClientPointer = ISFtpClient*;
+
+ClientPointer ISFtpClient::GetInstance()
 {
     try {
         return new CurlSFtpClient;

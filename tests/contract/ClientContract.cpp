@@ -23,6 +23,9 @@ const Wrapper kWrappers[] = {
      "UploadFileToSFtpServer, Create  CurlHttpClient object failed."},
 };
 
+// Each of its words is too long for a string to hold without an allocation.
+constexpr const char* kLongStatusLine = "protocol-of-a-long-name 00000000000000000000200 a-text-of-a-good-length";
+
 class ClientContract : public Contract
 {
 protected:
@@ -172,6 +175,29 @@ TEST_F(ClientContract, AnInstanceThatCannotBeMadeIsNullWithARecord)
                   memory::failAllocation(1);
                   EXPECT_EQ(nullptr, ISFtpClient::GetInstance());
               }));
+}
+
+TEST_F(ClientContract, ExceptionsOfOtherKindsPass)
+{
+    EXPECT_EQ(Lines{}, journalOf([] {
+                  memory::failAllocationStrangely(1);
+                  EXPECT_THROW(ISFtpClient::GetInstance(), memory::ForeignException);
+              }));
+    for (const Wrapper& wrapper : kWrappers) {
+        EXPECT_EQ(Lines{}, journalOf([&] {
+                      memory::failAllocationStrangely(1);
+                      EXPECT_THROW((client.get()->*wrapper.call)(request, 90), memory::ForeignException);
+                  }));
+    }
+    CurlSFtpResponse transfer;
+    EXPECT_EQ(Lines{}, journalOf([&] {
+                  // The third: the list of pieces and the second piece come before the trimmed copy.
+                  for (unsigned nth = 1; nth < 6; ++nth) {
+                      memory::failAllocationStrangely(nth);
+                      EXPECT_THROW(transfer.ParseStatusLine(kLongStatusLine), memory::ForeignException) << nth;
+                  }
+              }));
+    EXPECT_EQ(0U, transfer.statusCode);
 }
 
 TEST_F(ClientContract, AClientThatCannotBeMadeThrowsAndLeavesNothing)

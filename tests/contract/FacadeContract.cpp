@@ -120,6 +120,15 @@ TEST_F(FacadeContract, WithoutALibcurlTextTheErrorTextSaysUnknown)
     EXPECT_EQ(record(kOperations[0], kOperations[0].failed + std::string("|UnKown error")), *(lines.end() - 2));
 }
 
+TEST_F(FacadeContract, AnEmptyLibcurlTextIsATextToo)
+{
+    scripted::curl().emptyTexts = true;
+    performGives(CURLE_LOGIN_DENIED);
+    SFtpClient facade;
+    run(facade, kOperations[0], 67);
+    EXPECT_EQ("", errorText);
+}
+
 TEST_F(FacadeContract, WithoutAResponseTheResultIsMinusOne)
 {
     scripted::curl().handles = false;

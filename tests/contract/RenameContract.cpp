@@ -15,8 +15,13 @@ protected:
     {
         return journalOf([&] {
             CurlSFtpResponse transfer;
+            {
+                const memory::Pause pause;
+                keepMembers(transfer);
+            }
             EXPECT_EQ(expected, transfer.ReNameSFtpFile(request, timeout));
             EXPECT_EQ(code, transfer.m_ErrorCode);
+            expectMembersKept(transfer);
         });
     }
 
@@ -24,7 +29,7 @@ protected:
     {
         return Lines({"handle 1 made", "credentials joined", "open /dev/null w+"}) + tlsStep(1) +
                Lines({"list of its own: " + command, "1 POSTQUOTE = [" + command + "]", "1 URL = " + request.remotePath,
-                      "1 PORT = 60021", "1 USERPWD = operator:correct horse battery", "1 perform",
+                      "1 PORT = 4000060021", "1 USERPWD = operator:correct horse battery", "1 perform",
                       "credentials wiped"});
     }
 
@@ -69,9 +74,9 @@ TEST_F(RenameContract, SuccessClosesTheStreamBeforeItsRecord)
 
 TEST_F(RenameContract, FailureLogsTheCodeBeforeItClosesTheStream)
 {
-    for (const CURLcode code : {CURLE_QUOTE_ERROR, CURLE_REMOTE_ACCESS_DENIED, CURLE_COULDNT_CONNECT}) {
+    for (int code = 1; code < 128; ++code) {
         scripted::curl().made = 0;
-        performGives(code);
+        performGives(static_cast<CURLcode>(code));
         EXPECT_EQ(untilPerformed("rename /backup/a.bak /backup/b.bak") + failure(code), rename(false, code));
     }
 }
@@ -83,6 +88,7 @@ TEST_F(RenameContract, TheDirectoryIsWhatFollowsTheLastColon)
     expectCommand("scheme://host:21/x:y/", "rename /a.bak /b.bak");
     expectCommand("scheme://host:21/data", "rename /dataa.bak /datab.bak");
     expectCommand("scheme://host:21/", "rename /a.bak /b.bak");
+    expectCommand("scheme://host:21/a?b#c%20d/", "rename /a?b#c%20d/a.bak /a?b#c%20d/b.bak");
 }
 
 TEST_F(RenameContract, AnEmptyNewNameEndsTheCommandInTheDirectory)

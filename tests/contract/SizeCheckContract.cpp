@@ -17,11 +17,16 @@ protected:
 
     static Lines untilPerformed()
     {
-        return {"handle 1 made",    "credentials joined",
-                "1 VERBOSE = 1",    "1 URL = ftp://server:2121/backup/a.bak",
-                "1 PORT = 60021",   "1 USERPWD = operator:correct horse battery",
-                "1 NOPROGRESS = 1", "1 NOBODY = 1",
-                "1 HEADER = 1",     "1 FILETIME = 1",
+        return {"handle 1 made",
+                "credentials joined",
+                "1 VERBOSE = 1",
+                "1 URL = ftp://server:2121/backup/a.bak",
+                "1 PORT = 4000060021",
+                "1 USERPWD = operator:correct horse battery",
+                "1 NOPROGRESS = 1",
+                "1 NOBODY = 1",
+                "1 HEADER = 1",
+                "1 FILETIME = 1",
                 "1 perform"};
     }
 
@@ -55,6 +60,7 @@ TEST_F(SizeCheckContract, ASizeBelowTheLimitPasses)
 {
     expectSize(1048576, kLimit, true);
     expectSize(0, kLimit, true);
+    expectSize(1, kLimit, true);
     expectSize(53687091199, kLimit, true);
 }
 
@@ -91,8 +97,9 @@ TEST_F(SizeCheckContract, TheRetentionDatabaseHasALimitOfItsOwn)
 
 TEST_F(SizeCheckContract, AnyOtherNameHasTheLargeLimit)
 {
-    for (const char* localPath : {"/data/retentiondb.db", "/data/RetentionDB.db/", "/data/", "", "RetentionDB.db.bak",
-                                  "/data/OldRetentionDB.db", "/data/RetentionDB.db/x"}) {
+    for (const char* localPath :
+         {"/data/retentiondb.db", "/data/RetentionDB.db/", "/data/", "", "RetentionDB.db.bak",
+          "/data/OldRetentionDB.db", "RetentionDB.dbx", "\\RetentionDB.db", "/data/RetentionDB.db/x"}) {
         request.localPath = localPath;
         expectSize(104857600, kLimit, true);
     }
@@ -107,7 +114,7 @@ TEST_F(SizeCheckContract, AMissingFilePassesWithItsRecord)
 
 TEST_F(SizeCheckContract, AnyOtherFailureIsRefused)
 {
-    for (int code = 1; code < 100; ++code) {
+    for (int code = 1; code < 128; ++code) {
         if (code == CURLE_REMOTE_FILE_NOT_FOUND) {
             continue;
         }

@@ -3,6 +3,7 @@
 #include "tls/TlsTrust.h"
 #include "transfer/CurlSFtpResponse.h"
 
+#include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/ssl.h>
@@ -132,7 +133,7 @@ TEST_F(TlsContract, NoneWithTheSwitchOffVerifiesNothing)
 
 TEST_F(TlsContract, NoneWithTheSwitchOnIsTakenForACertificate)
 {
-    for (const int value : {1, -1, 2}) {
+    for (const int value : {1, -1, 2, 256, 65536}) {
         recording::host().certAuthSwitch = value;
         EXPECT_EQ(begin() + Lines({"config General/CertAuthSwitch default true"}) + withCertificate(), setCert("none"));
     }
@@ -170,6 +171,25 @@ TEST_F(TlsContract, OnlyTheFirstOfTwoIsConverted)
 {
     convert(pemOf(first.get()) + pemOf(second.get()), SECURITYSS_SUCCESS);
     EXPECT_EQ(0, X509_cmp(first.get(), converted.get()));
+}
+
+TEST_F(TlsContract, TextBeforeTheCertificateIsPassedOver)
+{
+    const std::string text = std::string(70000, '#') + "\n" + pemOf(first.get());
+    EXPECT_EQ("BIO_new_mem_buf 2" + size(text), convert(text, SECURITYSS_SUCCESS)[1]);
+    EXPECT_EQ(0, X509_cmp(first.get(), converted.get()));
+}
+
+TEST_F(TlsContract, OpensslsErrorsAreLeftWhereTheyAre)
+{
+    ERR_clear_error();
+    ERR_raise(ERR_LIB_USER, ERR_R_FATAL);
+    const unsigned long raised = ERR_peek_error();
+    hook(pemOf(first.get()), CURLE_OK);
+    hook(derOf(first.get()), CURLE_OK);
+    EXPECT_EQ(raised, ERR_peek_error());
+    EXPECT_NE(raised, ERR_peek_last_error()) << "the attempt to read DER as PEM has left its own";
+    ERR_clear_error();
 }
 
 TEST_F(TlsContract, AnythingElseIsRefused)
@@ -225,10 +245,17 @@ TEST_F(TlsContract, TheHookAddsTheCertificateAndReleasesItsOwn)
 
 TEST_F(TlsContract, TheHookWorksOnACopyOfTheText)
 {
+    const std::string text = pemOf(first.get());
+    hook(text, CURLE_OK);
+    EXPECT_NE(static_cast<const void*>(text.data()), recorded::openSsl().bytes);
+}
+
+TEST_F(TlsContract, TheSameCertificateTwiceIsOne)
+{
     const std::string text = derOf(first.get());
     hook(text, CURLE_OK);
     hook(text, CURLE_OK);
-    EXPECT_EQ(1, certificatesInStore()) << "the same certificate twice is one";
+    EXPECT_EQ(1, certificatesInStore());
     hook(pemOf(second.get()), CURLE_OK);
     EXPECT_EQ(2, certificatesInStore());
 }

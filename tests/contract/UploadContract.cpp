@@ -38,7 +38,7 @@ protected:
                 "1 WRITEDATA = the transfer object",
                 "1 UPLOAD = 1",
                 "1 URL = ftp://server:2121/backup/a.bak",
-                "1 PORT = 60021",
+                "1 PORT = 4000060021",
                 "1 USERPWD = operator:correct horse battery",
                 "1 FTP_CREATE_MISSING_DIRS = 2",
                 "1 CONNECTTIMEOUT = 20",
@@ -79,10 +79,10 @@ TEST_F(UploadContract, TheSizeHas64Bits)
 
 TEST_F(UploadContract, AFailedTransferIsLoggedAndStillTrue)
 {
-    for (const CURLcode code : {CURLE_LOGIN_DENIED, CURLE_COULDNT_CONNECT, CURLE_UPLOAD_FAILED}) {
+    for (int code = 1; code < 128; ++code) {
         scripted::curl().made = 0;
-        performGives(code);
-        EXPECT_EQ(untilPerformed("17") + failure(code, code), upload(true, code));
+        performGives(static_cast<CURLcode>(code));
+        EXPECT_EQ(untilPerformed("17") + failure(code, code == 9 ? 78 : code), upload(true, code));
     }
 }
 
@@ -117,8 +117,23 @@ TEST_F(UploadContract, WhatTheServerSendsIsCollected)
         return CURLE_OK;
     };
     CurlSFtpResponse transfer;
+    transfer.recvData = "zero ";
     EXPECT_TRUE(transfer.UploadFileToSFtpServer(request, 90));
-    EXPECT_EQ("one two", transfer.recvData);
+    EXPECT_EQ("zero one two", transfer.recvData);
+}
+
+TEST_F(UploadContract, HoweverMuchItIs)
+{
+    const std::string block(1024 * 1024, 'x');
+    scripted::curl().perform = [&](scripted::Handle& handle) {
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_EQ(block.size(), handle.receive(block));
+        }
+        return CURLE_OK;
+    };
+    CurlSFtpResponse transfer;
+    EXPECT_TRUE(transfer.UploadFileToSFtpServer(request, 90));
+    EXPECT_EQ(3 * block.size(), transfer.recvData.size());
 }
 
 TEST_F(UploadContract, TheStreamGivesTheFile)

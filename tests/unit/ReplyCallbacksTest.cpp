@@ -93,6 +93,13 @@ TEST_F(ReplyCallbacks, ALineWithAColonIsAHeader)
     EXPECT_EQ(Lines{}, takeRecords());
 }
 
+TEST_F(ReplyCallbacks, AColonIsFoundHoweverFarBehind)
+{
+    const std::string name(70000, 'n');
+    EXPECT_EQ(name.size() + 7, give(CurlSFtpResponse::GetHeaderCallback, name + ": value"));
+    EXPECT_EQ((Headers{{name, {"value"}}}), transfer.headers);
+}
+
 TEST_F(ReplyCallbacks, ALineWithoutAColonIsAStatus)
 {
     EXPECT_EQ(10U, give(CurlSFtpResponse::GetHeaderCallback, "V1 226 OK\n", 5));

@@ -28,7 +28,7 @@ Contract::Contract()
     request.userName = "operator";
     request.password = kPassword;
     request.caCert = "the certificate";
-    request.port = 60021; // beyond 15 bits, and not the one in the URL
+    request.port = 4000060021; // of all 32 bits, and not the one in the URL
     scripted::curl().names[&request.caCert] = "the request's caCert";
 }
 
@@ -60,6 +60,24 @@ std::string Contract::contentOf(const std::string& path)
 void Contract::writeFile(const std::string& path, const std::string& content)
 {
     std::ofstream(path, std::ios::binary) << content;
+}
+
+void Contract::keepMembers(CurlSFtpResponse& transfer)
+{
+    transfer.statusCode = 200;
+    transfer.statusText = "kept";
+    transfer.recvData = "kept";
+    transfer.headers["kept"] = {"kept"};
+    transfer.cert = "kept";
+}
+
+void Contract::expectMembersKept(const CurlSFtpResponse& transfer)
+{
+    EXPECT_EQ(200U, transfer.statusCode);
+    EXPECT_EQ("kept", transfer.statusText);
+    EXPECT_EQ("kept", transfer.recvData);
+    EXPECT_EQ((std::map<std::string, std::set<std::string>>{{"kept", {"kept"}}}), transfer.headers);
+    EXPECT_EQ("kept", transfer.cert);
 }
 
 Lines Contract::tlsStep(int handle)

@@ -8,6 +8,8 @@
 #include "harness/RecordingHost.h"
 #include "harness/ScriptedCurl.h"
 
+#include "transfer/CurlSFtpResponse.h"
+
 #include <SFtpRequest.h>
 
 #include <gtest/gtest.h>
@@ -37,6 +39,10 @@ protected:
     std::string path(const std::string& name) const { return m_folder + "/" + name; }
     static std::string contentOf(const std::string& path);
     static void writeFile(const std::string& path, const std::string& content);
+
+    /// Gives the members of a transfer object that no operation may touch values of their own, and looks for them.
+    static void keepMembers(CurlSFtpResponse& transfer);
+    static void expectMembersKept(const CurlSFtpResponse& transfer);
 
     /// What the TLS step does to a handle when the request carries a certificate.
     static Lines tlsStep(int handle);

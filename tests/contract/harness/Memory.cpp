@@ -23,6 +23,8 @@ thread_local std::size_t livingCount = 0;
 thread_local const char* secretText = nullptr;
 thread_local unsigned pauses = 0;
 thread_local unsigned countdown = 0;
+thread_local bool foreign = false;
+bool begun = false; // set by the first watch, when the process is well past its start
 thread_local unsigned freedSecrets = 0;
 
 bool contains(const void* block, std::size_t size)
@@ -33,6 +35,9 @@ bool contains(const void* block, std::size_t size)
 void* allocate(std::size_t size)
 {
     if (memory::watched() && countdown != 0 && --countdown == 0) {
+        if (foreign) {
+            throw memory::ForeignException();
+        }
         throw std::bad_alloc();
     }
     void* block = std::malloc(size == 0 ? 1 : size);
@@ -80,6 +85,7 @@ namespace memory {
 
 Watch::Watch(const char* secret)
 {
+    begun = true;
     livingCount = 0;
     freedSecrets = 0;
     secretText = secret;
@@ -97,7 +103,17 @@ Pause::~Pause() { --pauses; }
 
 bool watched() { return secretText != nullptr && pauses == 0; }
 
-void failAllocation(unsigned nth) { countdown = nth; }
+void failAllocation(unsigned nth)
+{
+    countdown = nth;
+    foreign = false;
+}
+
+void failAllocationStrangely(unsigned nth)
+{
+    countdown = nth;
+    foreign = true;
+}
 
 bool holdsSecret()
 {
@@ -129,11 +145,14 @@ void operator delete[](void* block, std::size_t /*size*/) noexcept { std::free(b
 
 extern "C" void free(void* block) noexcept
 {
-    if (block != nullptr && secretText != nullptr) {
-        if (memory::watched() && contains(block, malloc_usable_size(block))) {
+    if (block != nullptr && begun) {
+        const std::size_t size = malloc_usable_size(block);
+        if (memory::watched() && contains(block, size)) {
             ++freedSecrets;
         }
         forget(block);
+        // No block begins with what another left behind: the harness's own journal quotes the secret.
+        std::memset(block, 0, size);
     }
     if (const Free next = nextFree()) {
         next(block);

@@ -31,6 +31,14 @@ bool watched();
 /// Makes the nth allocation from now on, counted while watched, fail; 0 makes none fail.
 void failAllocation(unsigned nth);
 
+/// Not derived from `std::exception`.
+struct ForeignException
+{
+};
+
+/// The same, but with a `ForeignException`.
+void failAllocationStrangely(unsigned nth);
+
 /// Whether a living block holds the secret.
 bool holdsSecret();
 

@@ -51,6 +51,7 @@ extern "C" BIO* BIO_new_mem_buf(const void* bytes, int length)
         return real(bytes, length);
     }
     const memory::Pause pause;
+    openSsl().bytes = bytes;
     const std::string name = "BIO_new_mem_buf " + std::to_string(++openSsl().buffers);
     if (!noteCall(name, " of " + std::to_string(length) + " bytes")) {
         return nullptr;

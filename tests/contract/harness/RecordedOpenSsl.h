@@ -11,6 +11,7 @@ struct OpenSsl
     /// The call that fails: a function's name, for BIO_new_mem_buf with the count of the call ("BIO_new_mem_buf 2").
     std::string fails;
     int buffers = 0;
+    const void* bytes = nullptr; ///< what the last buffer reads from
 };
 
 OpenSsl& openSsl();

@@ -168,6 +168,9 @@ extern "C" const char* curl_easy_strerror(CURLcode code)
 {
     const memory::Pause pause;
     static std::map<int, std::string> texts;
+    if (curl().emptyTexts) {
+        return "";
+    }
     return curl().texts ? texts.try_emplace(code, text(code)).first->second.c_str() : nullptr;
 }
 

@@ -33,9 +33,10 @@ private:
 /// How libcurl behaves in this test. Tests change it; the harness sets it back.
 struct Curl
 {
-    bool handles = true; ///< whether curl_easy_init gives handles
-    bool lists = true;   ///< whether curl_slist_append makes lists
-    bool texts = true;   ///< whether curl_easy_strerror knows texts
+    bool handles = true;     ///< whether curl_easy_init gives handles
+    bool lists = true;       ///< whether curl_slist_append makes lists
+    bool texts = true;       ///< whether curl_easy_strerror knows texts
+    bool emptyTexts = false; ///< whether the texts that it knows are empty
     std::function<CURLcode(Handle&)> perform = [](Handle&) { return CURLE_OK; };
     CURLcode getinfo = CURLE_OK;
     bool tellsSize = true;                    ///< whether a successful curl_easy_getinfo writes
