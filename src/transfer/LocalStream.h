@@ -3,10 +3,11 @@
 
 #include <cstdio>
 #include <memory>
+#include <tuple>
 
 struct LocalStreamClose
 {
-    void operator()(FILE* stream) const { static_cast<void>(fclose(stream)); }
+    void operator()(FILE* stream) const { std::ignore = fclose(stream); }
 };
 
 /// A local file, open for one operation.
@@ -14,6 +15,6 @@ using LocalStream = std::unique_ptr<FILE, LocalStreamClose>;
 
 /// Makes every write reach the file at once, so that a full disk shows while libcurl can still report it, not in the
 /// closing that nobody checks.
-inline void writeUnbuffered(const LocalStream& stream) { static_cast<void>(setvbuf(stream.get(), nullptr, _IONBF, 0)); }
+inline void writeUnbuffered(const LocalStream& stream) { std::ignore = setvbuf(stream.get(), nullptr, _IONBF, 0); }
 
 #endif
