@@ -1,0 +1,102 @@
+#include "Server.h"
+
+#include <fstream>
+
+// Data ports: none of these daemons is given a range, so each takes one that is free.
+// No daemon writes a log of its own into the system, a pid file or a list of who is logged in.
+
+namespace {
+
+std::string writeConfiguration(const std::string& folder, const std::string& text)
+{
+    const std::string path = folder + "/daemon.conf";
+    std::ofstream(path) << text;
+    return path;
+}
+
+// Debian 12's libcurl does not wait for the server to close a data connection, and with TLS 1.3 the end of an upload
+// can be lost to that. Where the test uploads over TLS, the server is therefore kept to TLS 1.2, through OpenSSL's own
+// configuration, because vsftpd has no setting for it.
+Start withTls12(Start start, const std::string& folder)
+{
+    const std::string path = folder + "/openssl.cnf";
+    std::ofstream(path) << "openssl_conf = openssl\n[openssl]\nssl_conf = ssl\n[ssl]\nsystem_default = limits\n"
+                        << "[limits]\nMaxProtocol = TLSv1.2\n";
+    start.environment.push_back("OPENSSL_CONF=" + path);
+    return start;
+}
+
+Start vsftpd(const std::string& folder, const std::string& settings)
+{
+    const std::string configuration = "listen=NO\nbackground=NO\nanonymous_enable=NO\nlocal_enable=YES\n"
+                                      "write_enable=YES\nchroot_local_user=YES\nallow_writeable_chroot=YES\n"
+                                      "pam_service_name=vsftpd\nnopriv_user=nobody\nsecure_chroot_dir=/run/sshd\n"
+                                      "xferlog_enable=NO\nssl_enable=YES\nrequire_ssl_reuse=YES\nssl_ciphers=HIGH\n"
+                                      "rsa_cert_file=" +
+                                      folder + "/cert.pem\nrsa_private_key_file=" + folder + "/key.pem\n" + settings;
+    return {{"/opt/vsftpd/usr/sbin/vsftpd", writeConfiguration(folder, configuration)}};
+}
+
+Start proftpd(const std::string& folder, const std::string& settings)
+{
+    const std::string configuration = "ServerType inetd\nServerName test\nUser nobody\nGroup nogroup\n"
+                                      "UseReverseDNS off\nUseIPv6 off\nRequireValidShell off\nUseFtpUsers off\n"
+                                      "DefaultRoot ~\nWtmpLog off\nTransferLog none\nSystemLog " +
+                                      folder + "/system.log\nScoreboardFile " + folder +
+                                      "/scoreboard\nModulePath /opt/proftpd-mod-crypto/usr/lib/proftpd\n"
+                                      "AuthOrder mod_auth_unix.c\nAuthPAM off\nDelayEngine off\n" +
+                                      settings;
+    return {{"/opt/proftpd-core/usr/sbin/proftpd", "--config", writeConfiguration(folder, configuration)}};
+}
+
+std::string proftpdTls(const std::string& folder, const std::string& settings)
+{
+    return "LoadModule mod_tls.c\nTLSEngine on\nTLSLog " + folder + "/tls.log\nTLSECCertificateFile " + folder +
+           "/cert.pem\nTLSECCertificateKeyFile " + folder + "/key.pem\n" + settings;
+}
+
+Start pureFtpd(const std::string& folder, const std::string& tls)
+{
+    return {{"/opt/pure-ftpd/usr/sbin/pure-ftpd", "--login", "unix", "--noanonymous", "--chrooteveryone",
+             "--dontresolve", "--minuid", "1", "--syslogfacility", "none", "--tls", tls, "--certfile",
+             folder + "/cert.pem," + folder + "/key.pem"}};
+}
+
+} // namespace
+
+Start vsftpdExplicit(const std::string& folder)
+{
+    return vsftpd(folder, "force_local_logins_ssl=NO\nforce_local_data_ssl=NO\n");
+}
+
+Start vsftpdTlsAtLogin(const std::string& folder)
+{
+    return vsftpd(folder, "force_local_logins_ssl=YES\nforce_local_data_ssl=YES\n");
+}
+
+Start vsftpdImplicit(const std::string& folder)
+{
+    return withTls12(vsftpd(folder, "implicit_ssl=YES\nforce_local_logins_ssl=YES\nforce_local_data_ssl=YES\n"),
+                     folder);
+}
+
+Start proftpdExplicit(const std::string& folder) { return proftpd(folder, proftpdTls(folder, "TLSRequired off\n")); }
+
+Start proftpdTlsAtLogin(const std::string& folder) { return proftpd(folder, proftpdTls(folder, "TLSRequired on\n")); }
+
+Start proftpdImplicit(const std::string& folder)
+{
+    return withTls12(proftpd(folder, proftpdTls(folder, "TLSRequired on\nTLSOptions UseImplicitSSL\n")), folder);
+}
+
+Start proftpdClear(const std::string& folder) { return proftpd(folder, ""); }
+
+Start proftpdSftp(const std::string& folder)
+{
+    return proftpd(folder, "LoadModule mod_sftp.c\nSFTPEngine on\nSFTPAuthMethods password\nSFTPLog " + folder +
+                               "/sftp.log\nSFTPHostKey " + folder + "/host_key\n");
+}
+
+Start pureFtpdExplicit(const std::string& folder) { return pureFtpd(folder, "1"); }
+
+Start pureFtpdTlsAtLogin(const std::string& folder) { return pureFtpd(folder, "2"); }

@@ -1,0 +1,79 @@
+#include "PrivateSystem.h"
+
+#include <crypt.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <system_error>
+
+namespace {
+
+std::string hashed(const std::string& password)
+{
+    crypt_data data = {};
+    const char* const hash = crypt_r(password.c_str(), "$5$rounds=1000$servers", &data);
+    if (hash == nullptr || *hash == '*') {
+        throw std::runtime_error("libcrypt cannot hash with SHA-256; Debian's can.");
+    }
+    return hash;
+}
+
+void require(bool done, const std::string& what)
+{
+    if (!done) {
+        throw std::system_error(errno, std::generic_category(), what);
+    }
+}
+
+void bind(const std::string& source, const std::string& target)
+{
+    require(mount(source.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) == 0,
+            source + " cannot be mounted on " + target + "; does " + target + " exist?");
+}
+
+void makeEmpty(const std::string& target)
+{
+    require(mount("tmpfs", target.c_str(), "tmpfs", 0, "mode=0755") == 0, "No tmpfs can be mounted on " + target);
+}
+
+} // namespace
+
+PrivateSystem::PrivateSystem(const std::string& folder, const std::string& served, const std::string& packages)
+    : m_etc(folder + "/etc"), m_served(served), m_packages(packages)
+{
+    std::filesystem::create_directories(m_etc + "/pam.d");
+    const std::string user(kUser);
+    const std::string identifiers = std::to_string(kUserId) + ":" + std::to_string(kUserId);
+    std::ofstream(m_etc + "/passwd") << "root:x:0:0:root:/root:/bin/sh\n"
+                                     << "nobody:x:65534:65534:nobody:/nonexistent:/usr/sbin/nologin\n"
+                                     << "sshd:x:2120:65534::/run/sshd:/usr/sbin/nologin\n"
+                                     << user << ":x:" << identifiers << "::/srv:/bin/sh\n";
+    std::ofstream(m_etc + "/group") << "root:x:0:\nnogroup:x:65534:\n" << user << ":x:" << kUserId << ":\n";
+    std::ofstream(m_etc + "/shadow") << "root:*:19000:0:99999:7:::\nnobody:*:19000:0:99999:7:::\n"
+                                     << "sshd:*:19000:0:99999:7:::\n"
+                                     << user << ":" << hashed(kPassword) << ":19000:0:99999:7:::\n";
+    std::filesystem::permissions(m_etc + "/shadow", std::filesystem::perms::owner_read);
+    std::ofstream(m_etc + "/pam.d/vsftpd") << "auth required pam_unix.so\naccount required pam_unix.so\n"
+                                           << "session required pam_permit.so\n";
+    require(chown(m_served.c_str(), kUserId, kUserId) == 0, m_served + " cannot be given to the daemon's user");
+}
+
+void PrivateSystem::enter() const
+{
+    require(unshare(CLONE_NEWNS) == 0, "No mount namespace can be had; it takes root, with CAP_SYS_ADMIN");
+    require(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "The mounts cannot be made private");
+    for (const char* const name : {"passwd", "group", "shadow", "pam.d"}) {
+        bind(m_etc + "/" + name, std::string("/etc/") + name);
+    }
+    bind(m_served, "/srv");
+    bind(m_packages, "/opt");
+    makeEmpty("/run");
+    makeEmpty("/var/log");
+    require(mkdir("/run/sshd", 0755) == 0, "No folder can be made in /run");
+}

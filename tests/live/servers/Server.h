@@ -1,0 +1,52 @@
+#ifndef SERVERS_SERVER_H
+#define SERVERS_SERVER_H
+
+#include <string>
+#include <vector>
+
+/// One value for each of the six operations.
+template <typename Value>
+struct Six
+{
+    Value test, upload, list, download, rename, remove;
+};
+
+/// How a daemon is started for one connection.
+struct Start
+{
+    std::vector<std::string> command;
+    std::vector<std::string> environment = {"PATH=/usr/sbin:/usr/bin:/sbin:/bin"};
+};
+
+/// A daemon in one of its configurations, and what the library's operations are to give there.
+struct Server
+{
+    std::string id;      ///< the name of its test
+    std::string title;   ///< its name in the matrix
+    std::string package; ///< what must be unpacked, and the word that switches it off
+    std::string scheme;  ///< of the URLs
+    std::string root;    ///< the path in the URLs at which the user's files are
+    Six<int> expected;
+    std::string remark; ///< why that is so
+
+    /// Writes the configuration into `folder`, which holds the certificate's PEM files cert.pem and key.pem. What
+    /// the command names under /opt is among the unpacked packages.
+    Start (*configure)(const std::string& folder);
+};
+
+const std::vector<Server>& servers();
+
+// What `servers` is made from: one function a daemon and configuration.
+Start vsftpdExplicit(const std::string& folder);
+Start vsftpdImplicit(const std::string& folder);
+Start vsftpdTlsAtLogin(const std::string& folder);
+Start proftpdExplicit(const std::string& folder);
+Start proftpdImplicit(const std::string& folder);
+Start proftpdTlsAtLogin(const std::string& folder);
+Start proftpdClear(const std::string& folder);
+Start proftpdSftp(const std::string& folder);
+Start pureFtpdExplicit(const std::string& folder);
+Start pureFtpdTlsAtLogin(const std::string& folder);
+Start opensshSftp(const std::string& folder);
+
+#endif
