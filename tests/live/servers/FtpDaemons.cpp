@@ -9,7 +9,7 @@ namespace {
 
 std::string writeConfiguration(const std::string& folder, const std::string& text)
 {
-    const std::string path = folder + "/daemon.conf";
+    std::string path = folder + "/daemon.conf";
     std::ofstream(path) << text;
     return path;
 }
@@ -30,11 +30,11 @@ Start vsftpd(const std::string& folder, const std::string& settings)
 {
     const std::string configuration = "listen=NO\nbackground=NO\nanonymous_enable=NO\nlocal_enable=YES\n"
                                       "write_enable=YES\nchroot_local_user=YES\nallow_writeable_chroot=YES\n"
-                                      "pam_service_name=vsftpd\nnopriv_user=nobody\nsecure_chroot_dir=/run/sshd\n"
+                                      "pam_service_name=vsftpd\nnopriv_user=nobody\nsecure_chroot_dir=/run/empty\n"
                                       "xferlog_enable=NO\nssl_enable=YES\nrequire_ssl_reuse=YES\nssl_ciphers=HIGH\n"
                                       "rsa_cert_file=" +
                                       folder + "/cert.pem\nrsa_private_key_file=" + folder + "/key.pem\n" + settings;
-    return {{"/opt/vsftpd/usr/sbin/vsftpd", writeConfiguration(folder, configuration)}};
+    return {{"/run/packages/vsftpd/usr/sbin/vsftpd", writeConfiguration(folder, configuration)}};
 }
 
 Start proftpd(const std::string& folder, const std::string& settings)
@@ -43,10 +43,10 @@ Start proftpd(const std::string& folder, const std::string& settings)
                                       "UseReverseDNS off\nUseIPv6 off\nRequireValidShell off\nUseFtpUsers off\n"
                                       "DefaultRoot ~\nWtmpLog off\nTransferLog none\nSystemLog " +
                                       folder + "/system.log\nScoreboardFile " + folder +
-                                      "/scoreboard\nModulePath /opt/proftpd-mod-crypto/usr/lib/proftpd\n"
+                                      "/scoreboard\nModulePath /run/packages/proftpd-mod-crypto/usr/lib/proftpd\n"
                                       "AuthOrder mod_auth_unix.c\nAuthPAM off\nDelayEngine off\n" +
                                       settings;
-    return {{"/opt/proftpd-core/usr/sbin/proftpd", "--config", writeConfiguration(folder, configuration)}};
+    return {{"/run/packages/proftpd-core/usr/sbin/proftpd", "--config", writeConfiguration(folder, configuration)}};
 }
 
 std::string proftpdTls(const std::string& folder, const std::string& settings)
@@ -57,7 +57,7 @@ std::string proftpdTls(const std::string& folder, const std::string& settings)
 
 Start pureFtpd(const std::string& folder, const std::string& tls)
 {
-    return {{"/opt/pure-ftpd/usr/sbin/pure-ftpd", "--login", "unix", "--noanonymous", "--chrooteveryone",
+    return {{"/run/packages/pure-ftpd/usr/sbin/pure-ftpd", "--login", "unix", "--noanonymous", "--chrooteveryone",
              "--dontresolve", "--minuid", "1", "--syslogfacility", "none", "--tls", tls, "--certfile",
              folder + "/cert.pem," + folder + "/key.pem"}};
 }

@@ -34,7 +34,7 @@ void require(bool done, const std::string& what)
 void bind(const std::string& source, const std::string& target)
 {
     require(mount(source.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) == 0,
-            source + " cannot be mounted on " + target + "; does " + target + " exist?");
+            source + " cannot be mounted on " + target);
 }
 
 void makeEmpty(const std::string& target)
@@ -53,7 +53,7 @@ PrivateSystem::PrivateSystem(const std::string& folder, const std::string& serve
     std::ofstream(m_etc + "/passwd") << "root:x:0:0:root:/root:/bin/sh\n"
                                      << "nobody:x:65534:65534:nobody:/nonexistent:/usr/sbin/nologin\n"
                                      << "sshd:x:2120:65534::/run/sshd:/usr/sbin/nologin\n"
-                                     << user << ":x:" << identifiers << "::/srv:/bin/sh\n";
+                                     << user << ":x:" << identifiers << "::/run/served:/bin/sh\n";
     std::ofstream(m_etc + "/group") << "root:x:0:\nnogroup:x:65534:\n" << user << ":x:" << kUserId << ":\n";
     std::ofstream(m_etc + "/shadow") << "root:*:19000:0:99999:7:::\nnobody:*:19000:0:99999:7:::\n"
                                      << "sshd:*:19000:0:99999:7:::\n"
@@ -66,14 +66,17 @@ PrivateSystem::PrivateSystem(const std::string& folder, const std::string& serve
 
 void PrivateSystem::enter() const
 {
-    require(unshare(CLONE_NEWNS) == 0, "No mount namespace can be had; it takes root, with CAP_SYS_ADMIN");
+    require(unshare(CLONE_NEWNS) == 0,
+            "No mount namespace can be had; run this as root, in a container with CAP_SYS_ADMIN");
     require(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "The mounts cannot be made private");
     for (const char* const name : {"passwd", "group", "shadow", "pam.d"}) {
         bind(m_etc + "/" + name, std::string("/etc/") + name);
     }
-    bind(m_served, "/srv");
-    bind(m_packages, "/opt");
-    makeEmpty("/run");
     makeEmpty("/var/log");
-    require(mkdir("/run/sshd", 0755) == 0, "No folder can be made in /run");
+    makeEmpty("/run");
+    for (const char* const name : {"/run/sshd", "/run/empty", "/run/served", "/run/packages"}) {
+        require(mkdir(name, 0755) == 0, std::string(name) + " cannot be made");
+    }
+    bind(m_served, "/run/served");
+    bind(m_packages, "/run/packages");
 }

@@ -3,9 +3,9 @@
 
 #include <string>
 
-/// The machine as a daemon is to see it: with one user of its own, whose files are in /srv, and with nothing of the
-/// real machine that the daemon could change. The daemons look their users up in the machine's own files, so these
-/// are replaced, in a mount namespace that goes with the last process in it.
+/// The machine as a daemon is to see it: with one user of its own, whose files are in /run/served, with the unpacked
+/// packages in /run/packages, and nothing else in /run and /var/log. The daemons look users up in the machine's own
+/// files, so these are replaced, in a mount namespace that goes with the last process in it.
 class PrivateSystem
 {
 public:
@@ -13,7 +13,7 @@ public:
     static constexpr const char* kPassword = "correct horse battery";
     static constexpr unsigned int kUserId = 2121;
 
-    /// folder: where the replaced files are made. served: the user's files. packages: seen as /opt.
+    /// folder: where the replaced files are made.
     PrivateSystem(const std::string& folder, const std::string& served, const std::string& packages);
 
     /// Lets the calling thread, and what it starts from now on, see this system. Throws `std::system_error`.

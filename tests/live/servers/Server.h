@@ -18,6 +18,21 @@ struct Start
     std::vector<std::string> environment = {"PATH=/usr/sbin:/usr/bin:/sbin:/bin"};
 };
 
+/// What a listing names: the folder's files, or also "." and "..".
+enum class Listing
+{
+    Files,
+    FilesAndDots
+};
+
+/// Whether a data connection must continue the control connection's TLS session.
+enum class DataTls
+{
+    None,
+    AnySession,
+    SameSession
+};
+
 /// A daemon in one of its configurations, and what the library's operations are to give there.
 struct Server
 {
@@ -26,11 +41,13 @@ struct Server
     std::string package; ///< what must be unpacked, and the word that switches it off
     std::string scheme;  ///< of the URLs
     std::string root;    ///< the path in the URLs at which the user's files are
+    Listing listing;
+    DataTls dataTls;
     Six<int> expected;
     std::string remark; ///< why that is so
 
-    /// Writes the configuration into `folder`, which holds the certificate's PEM files cert.pem and key.pem. What
-    /// the command names under /opt is among the unpacked packages.
+    /// Writes the configuration into `folder`, which holds the certificate's PEM files cert.pem and key.pem, and for
+    /// SFTP the host_key. The command goes by the paths of `PrivateSystem`.
     Start (*configure)(const std::string& folder);
 };
 

@@ -8,6 +8,6 @@ Start opensshSftp(const std::string& folder)
     const std::string path = folder + "/daemon.conf";
     std::ofstream(path) << "HostKey " << folder << "/host_key\nUsePAM no\nPasswordAuthentication yes\n"
                         << "PubkeyAuthentication no\nUseDNS no\nPidFile none\nPrintMotd no\nPrintLastLog no\n"
-                        << "Subsystem sftp /opt/openssh-sftp-server/usr/lib/openssh/sftp-server\n";
-    return {{"/opt/openssh-server/usr/sbin/sshd", "-i", "-e", "-f", path}};
+                        << "Subsystem sftp /run/packages/openssh-sftp-server/usr/lib/openssh/sftp-server\n";
+    return {{"/run/packages/openssh-server/usr/sbin/sshd", "-i", "-e", "-f", path}};
 }

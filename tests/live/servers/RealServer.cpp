@@ -1,0 +1,94 @@
+#include "RealServer.h"
+
+#include "PrivateSystem.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+
+namespace {
+
+constexpr const char* kOff = "SFTPCLIENT_SERVERS_OFF";
+
+bool isSwitchedOff(const std::string& package)
+{
+    const char* const off = std::getenv(kOff);
+    return off != nullptr && (" " + std::string(off) + " ").find(" " + package + " ") != std::string::npos;
+}
+
+} // namespace
+
+void PrintTo(const Server& server, std::ostream* stream) { *stream << server.title; }
+
+std::string idOf(const testing::TestParamInfo<Server>& of) { return of.param.id; }
+
+void RealServer::SetUp()
+{
+    if (isSwitchedOff(server.package)) {
+        GTEST_SKIP() << server.package << " is switched off by " << kOff << ".";
+    }
+    ASSERT_NO_FATAL_FAILURE(requireRunnable());
+    start();
+}
+
+RealServer::~RealServer()
+{
+    if (HasFailure()) {
+        // Standard output is redirected; the base prints what went there.
+        for (const char* const log : {"stderr.log", "system.log", "tls.log", "sftp.log"}) {
+            std::cout << server.title << ", " << log << ":\n" << contentOf(daemonFile(log)) << "\n";
+        }
+    }
+}
+
+void RealServer::keep(const std::string& name, const std::string& content) const
+{
+    const std::filesystem::path path = served(name);
+    std::filesystem::create_directories(path.parent_path());
+    writeFile(path, content);
+    for (const std::filesystem::path& each : {path.parent_path(), path}) {
+        EXPECT_EQ(0, chown(each.c_str(), PrivateSystem::kUserId, PrivateSystem::kUserId));
+    }
+}
+
+void RealServer::aimAt(const std::string& path)
+{
+    request.remotePath = server.scheme + "://localhost:" + std::to_string(request.port) + server.root + path;
+    request.localPath = local("file");
+}
+
+void RealServer::requireRunnable() const
+{
+    const std::string otherwise =
+        std::string(", or put ") + server.package + " into the variable " + kOff + " to do without it.";
+    ASSERT_TRUE(exists(std::string(SERVERS_FOLDER) + "/" + server.package))
+        << server.package << " is not in " << SERVERS_FOLDER << ": run scripts/servers" << otherwise;
+    ASSERT_EQ(0U, geteuid()) << server.package << " needs root, to change to the user who logs in and to see a system "
+                             << "of its own: run this as root" << otherwise;
+}
+
+void RealServer::start()
+{
+    std::filesystem::create_directory(daemonFile(""));
+    writeFile(daemonFile("cert.pem"), config.certificate.certificatePem);
+    writeFile(daemonFile("key.pem"), config.certificate.privateKeyPem);
+    if (server.scheme == "sftp") {
+        makeHostKey();
+    }
+    trustByDefault(authority.certificatePem());
+    request.userName = PrivateSystem::kUser;
+    request.password = PrivateSystem::kPassword;
+    const Start how = server.configure(daemonFile(""));
+    m_daemon = std::make_unique<Inetd>(PrivateSystem(daemonFile(""), served(""), SERVERS_FOLDER), how.command,
+                                       how.environment, daemonFile("stderr.log"));
+    request.port = m_daemon->port();
+}
+
+void RealServer::makeHostKey() const
+{
+    const std::string command = "ssh-keygen -q -t ecdsa -m PEM -N '' -f '" + daemonFile("host_key") + "' </dev/null";
+    // NOLINTNEXTLINE(cert-env33-c): the command is the test's own, with a path that mkdtemp made.
+    ASSERT_EQ(0, std::system(command.c_str())) << "ssh-keygen made no host key; install openssh-client.";
+}
