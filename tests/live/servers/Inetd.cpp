@@ -10,9 +10,8 @@
 
 #include <cerrno>
 #include <csignal>
+#include <fstream>
 #include <future>
-#include <iostream>
-#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -121,6 +120,7 @@ void Inetd::start(int connection)
     if (error == 0) {
         m_daemons.push_back(daemon);
     } else {
-        std::cerr << m_command.front() << " cannot be started: " << std::generic_category().message(error) << "\n";
+        std::ofstream(m_log, std::ios::app)
+            << m_command.front() << " cannot be started: " << std::generic_category().message(error) << "\n";
     }
 }

@@ -67,7 +67,7 @@ PrivateSystem::PrivateSystem(const std::string& folder, const std::string& serve
 void PrivateSystem::enter() const
 {
     require(unshare(CLONE_NEWNS) == 0,
-            "No mount namespace can be had; run this as root, in a container with CAP_SYS_ADMIN");
+            "No mount namespace can be had; run this as root, and with CAP_SYS_ADMIN, or switch the server off");
     require(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "The mounts cannot be made private");
     for (const char* const name : {"passwd", "group", "shadow", "pam.d"}) {
         bind(m_etc + "/" + name, std::string("/etc/") + name);
