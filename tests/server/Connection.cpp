@@ -95,6 +95,15 @@ void Connection::waitForEnd()
     }
 }
 
+void Connection::stall(std::chrono::milliseconds limit)
+{
+    if (limit.count() == 0) {
+        waitForEnd();
+    } else {
+        m_sockets.wait(limit);
+    }
+}
+
 void Connection::endTls()
 {
     if (m_tls == nullptr) {

@@ -6,6 +6,7 @@
 
 #include <boost/asio/ip/tcp.hpp>
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -42,6 +43,9 @@ public:
 
     /// Reads and drops everything until the client leaves.
     void waitForEnd();
+
+    /// Leaves the client without an answer until it leaves, or for as long as the limit allows; 0 is no limit.
+    void stall(std::chrono::milliseconds limit);
 
     /// Announces the end to the client (close_notify) and waits for its answer.
     void endTls();

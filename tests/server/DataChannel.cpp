@@ -24,8 +24,8 @@ bool does(const Fault* fault, Misbehaviour misbehaviour)
 
 } // namespace
 
-DataChannel::DataChannel(boost::asio::io_context& context, OpenSockets& sockets)
-    : m_context(context), m_sockets(sockets), m_acceptor(context)
+DataChannel::DataChannel(boost::asio::io_context& context, OpenSockets& sockets, std::chrono::milliseconds stallLimit)
+    : m_context(context), m_sockets(sockets), m_stallLimit(stallLimit), m_acceptor(context)
 {
 }
 
@@ -56,12 +56,13 @@ bool DataChannel::waitForClient()
     return (watched[0].revents & POLLIN) != 0;
 }
 
-// Waits without reading until the client leaves. What it has sent can hide that it closed the data connection, so the
-// control connection counts too.
-void DataChannel::waitForLeave()
+// Waits without reading until the client leaves, or for as long as the limit allows. What it has sent can hide that it
+// closed the data connection, so the control connection counts too.
+void DataChannel::stall()
 {
     std::array<pollfd, 2> watched = {{{m_connection->socket(), POLLRDHUP, 0}, {m_control, POLLRDHUP, 0}}};
-    while (::poll(watched.data(), watched.size(), -1) < 0 && errno == EINTR) {
+    const int limit = m_stallLimit.count() == 0 ? -1 : static_cast<int>(m_stallLimit.count());
+    while (::poll(watched.data(), watched.size(), limit) < 0 && errno == EINTR) {
     }
 }
 
@@ -92,7 +93,7 @@ TransferEnd DataChannel::secure(SSL_CTX* tls)
         return TransferEnd::Aborted;
     }
     if (does(m_fault, Misbehaviour::Stall)) {
-        waitForLeave();
+        stall();
         return TransferEnd::Aborted;
     }
     // In the clear, garbage would be data like any other.
@@ -123,7 +124,7 @@ TransferEnd DataChannel::atLimit()
         m_connection->reset();
         return TransferEnd::Aborted;
     case Misbehaviour::StallAfter:
-        waitForLeave();
+        stall();
         return TransferEnd::Aborted;
     default:
         m_connection->close();

@@ -7,6 +7,7 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -30,7 +31,8 @@ enum class TransferEnd
 class DataChannel
 {
 public:
-    DataChannel(boost::asio::io_context& context, OpenSockets& sockets);
+    /// A stall ends after the limit, or with 0 when the client leaves.
+    DataChannel(boost::asio::io_context& context, OpenSockets& sockets, std::chrono::milliseconds stallLimit);
     ~DataChannel();
 
     /// Listens on a free port and gives it; with `Refuse` nobody listens there.
@@ -52,7 +54,7 @@ public:
 
 private:
     bool waitForClient();
-    void waitForLeave();
+    void stall();
     TransferEnd secure(SSL_CTX* tls);
     bool pace(std::size_t count);
     std::uint64_t limit() const;
@@ -62,6 +64,7 @@ private:
 
     boost::asio::io_context& m_context;
     OpenSockets& m_sockets;
+    std::chrono::milliseconds m_stallLimit;
     boost::asio::ip::tcp::acceptor m_acceptor;
     std::unique_ptr<Connection> m_connection;
     const Fault* m_fault = nullptr;

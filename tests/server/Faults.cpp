@@ -37,6 +37,8 @@ const std::map<std::string, Form>& forms()
 {
     static const std::map<std::string, Form> known = {
         {"reply", {Misbehaviour::Reply, Argument::Text, kCommand}},
+        {"last", {Misbehaviour::Last, Argument::Text, kCommand}},
+        {"endless", {Misbehaviour::Endless, Argument::Text, kCommand}},
         {"drop", {Misbehaviour::Drop, Argument::None, kCommand}},
         {"reset", {Misbehaviour::Reset, Argument::None, kCommand | kTls}},
         {"stall", {Misbehaviour::Stall, Argument::None, kCommand | kTls | kData}},

@@ -12,6 +12,8 @@ enum class Misbehaviour
 {
     // in place of, or around, a command
     Reply,
+    Last,
+    Endless,
     Drop,
     Reset,
     Stall,
@@ -34,11 +36,11 @@ enum class Misbehaviour
 /// One misbehaviour and when it happens.
 struct Fault
 {
-    /// A command, or GREETING, TLS (the handshake on the control connection), LISTEN (the port of a data connection)
-    /// or DATA (the data connection itself).
+    /// A command, or GREETING, TLS (the handshake on the control connection), LISTEN (the port of a data connection),
+    /// DATA (the data connection itself) or DONE (the reply after it).
     std::string command;
     Misbehaviour misbehaviour = Misbehaviour::Drop;
-    std::string text;         ///< Reply: the bytes to send
+    std::string text;         ///< Reply, Last, Endless: the bytes to send
     std::uint64_t number = 0; ///< Delay: milliseconds; Slow: bytes a second; Pad and ...After: bytes
     unsigned occurrence = 0;  ///< the nth of its kind in a session; 0: each
     unsigned session = 0;     ///< the nth session of the server; 0: each

@@ -5,6 +5,7 @@
 #include "Faults.h"
 #include "Transcript.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -35,7 +36,8 @@ struct ServerConfig
     bool dataTickets = false; ///< session tickets on data connections; README.md tells what they cost an upload
     int minTlsVersion = 0;    ///< an OpenSSL version number; 0: OpenSSL's own choice
     int maxTlsVersion = 0;
-    std::uint16_t port = 0; ///< 0: a free one
+    std::chrono::milliseconds stallLimit{0}; ///< after which a stall ends like a drop; 0: when the client leaves
+    std::uint16_t port = 0;                  ///< 0: a free one
     std::vector<Fault> faults;
     bool keepTranscripts = true;
     std::function<void(const Transcript&)> onSessionEnd; ///< called for each session, one at a time; must not throw

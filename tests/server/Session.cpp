@@ -8,8 +8,9 @@ namespace testserver {
 
 Session::Session(const Shared& shared, boost::asio::ip::tcp::socket socket, OpenSockets& sockets, unsigned number,
                  Transcript& transcript)
-    : m_shared(shared), m_sockets(sockets), m_control(std::move(socket), sockets), m_data(shared.context, sockets),
-      m_faults(shared.config.faults, number), m_transcript(transcript)
+    : m_shared(shared), m_sockets(sockets), m_control(std::move(socket), sockets),
+      m_data(shared.context, sockets, shared.config.stallLimit), m_faults(shared.config.faults, number),
+      m_transcript(transcript)
 {
 }
 
@@ -54,7 +55,7 @@ bool Session::startControlTls()
         m_control.closeAfterClient();
         break;
     case Misbehaviour::Stall:
-        m_control.waitForEnd();
+        m_control.stall(m_shared.config.stallLimit);
         break;
     case Misbehaviour::Reset:
         m_control.reset();
@@ -94,12 +95,20 @@ bool Session::misbehaves(const std::string& command)
     case Misbehaviour::Reply:
         sendReply(fault->text);
         return true;
+    case Misbehaviour::Last:
+        sendReply(fault->text);
+        m_control.closeAfterClient();
+        leave();
+        return true;
+    case Misbehaviour::Endless:
+        sendEndlessly(fault->text);
+        return true;
     case Misbehaviour::Reset:
         m_control.reset();
         leave();
         return true;
     case Misbehaviour::Stall:
-        m_control.waitForEnd();
+        m_control.stall(m_shared.config.stallLimit);
         leave();
         return true;
     case Misbehaviour::Delay:
@@ -145,6 +154,15 @@ void Session::sendReply(const std::string& bytes)
     }
 }
 
+// The transcript tells it once, however often it goes out.
+void Session::sendEndlessly(const std::string& bytes)
+{
+    sendReply(bytes);
+    while (m_control.write(bytes)) {
+    }
+    leave();
+}
+
 bool Session::openData()
 {
     const Fault* fault = m_faults.next("DATA");
@@ -164,6 +182,9 @@ void Session::closeData(TransferEnd end, const char* moved)
     }
     m_data.close();
     m_restart = 0;
+    if (misbehaves("DONE")) {
+        return;
+    }
     switch (end) {
     case TransferEnd::Complete:
         reply("226 done");

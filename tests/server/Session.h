@@ -43,6 +43,7 @@ private:
     bool misbehaves(const std::string& command);
     void reply(const std::string& text);
     void sendReply(const std::string& bytes);
+    void sendEndlessly(const std::string& bytes);
     void leave();
 
     // The commands.

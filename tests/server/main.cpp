@@ -92,6 +92,7 @@ struct Options
     std::string transcriptFile;
     std::string certificateFolder;
     bool untilEof = false;
+    unsigned stallLimit = 0;
     std::vector<std::string> faults;
 };
 
@@ -113,6 +114,9 @@ void declare(CLI::App& app, Options& options)
     auto* const key = app.add_option("--key", options.keyFile, "Its key, PEM")->needs(certificate);
     certificate->needs(key);
     app.add_flag("--data-tickets", options.config.dataTickets, "Send session tickets on data connections");
+    app.add_option("--stall-limit", options.stallLimit,
+                   "Milliseconds after which a stall ends; 0, the default, is no limit")
+        ->check(CLI::NonNegativeNumber);
     app.add_flag("--until-eof", options.untilEof, "End when standard input ends");
     app.add_option("--transcript", options.transcriptFile, "File that gets the transcript of each session");
     app.add_option("--fault", options.faults, "A misbehaviour, such as SIZE=reply:550 no; may be repeated")
@@ -147,6 +151,7 @@ void complete(Options& options)
         config.faults.push_back(parseFault(fault));
     }
     config.keepTranscripts = false;
+    config.stallLimit = std::chrono::milliseconds(options.stallLimit);
     if (!options.transcriptFile.empty()) {
         config.onSessionEnd = [path = options.transcriptFile](const Transcript& transcript) {
             std::ofstream file(path, std::ios::app);

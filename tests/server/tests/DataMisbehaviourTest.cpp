@@ -138,6 +138,28 @@ TEST_F(DataMisbehaviour, StallAfterStopsReadingAnUpload)
     EXPECT_EQ(1000U, contentOf(served("up")).size());
 }
 
+TEST_F(DataMisbehaviour, AStallCanHaveALimit)
+{
+    config.stallLimit = std::chrono::milliseconds(50);
+    const Seen seen = retrieve("DATA=stall-after:1000");
+    EXPECT_TRUE(begin(1000) == seen.data);
+    EXPECT_EQ("426 transfer aborted", seen.reply);
+}
+
+TEST_F(DataMisbehaviour, TheReplyAfterTheDataCanBeBadToo)
+{
+    const Seen seen = retrieve("DONE=reply:451 broken");
+    EXPECT_TRUE(begin(kSize) == seen.data);
+    EXPECT_EQ("451 broken", seen.reply);
+    EXPECT_EQ("< 451 broken", afterLogin().back());
+}
+
+TEST_F(DataMisbehaviour, TheConnectionCanEndInPlaceOfTheReplyAfterTheData)
+{
+    EXPECT_EQ("", retrieve("DONE=drop").reply);
+    EXPECT_EQ("= 300000 bytes sent", afterLogin().back());
+}
+
 TEST_F(DataMisbehaviour, Refuse)
 {
     misbehave("LISTEN=refuse");

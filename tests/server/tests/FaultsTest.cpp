@@ -57,6 +57,8 @@ TEST(ParseFault, EachMisbehaviourHasItsPlaces)
         Misbehaviour misbehaviour;
     };
     const Row rows[] = {
+        {"PASS=last:5", Misbehaviour::Last},
+        {"DONE=endless:5", Misbehaviour::Endless},
         {"PASS=drop", Misbehaviour::Drop},
         {"PASS=reset", Misbehaviour::Reset},
         {"PASS=stall", Misbehaviour::Stall},

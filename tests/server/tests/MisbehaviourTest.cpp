@@ -44,6 +44,45 @@ TEST_F(Misbehaviour, TheConversationGoesOnAfterAReply)
     EXPECT_EQ("213 1", client->ask("SIZE a"));
 }
 
+TEST_F(Misbehaviour, LastEndsItAfterAReply)
+{
+    misbehave("SIZE=last:213 1\\r\\n21\\c");
+    serve();
+    {
+        const auto client = login();
+        client->send("SIZE a\r\n");
+        EXPECT_EQ("213 1\r\n21", client->rest());
+    }
+    EXPECT_EQ(Lines({"> SIZE a", "< 213 1", "< 21"}), afterLogin());
+}
+
+TEST_F(Misbehaviour, EndlessLastsUntilTheClientLeaves)
+{
+    misbehave("NOOP=endless:200-more");
+    serve();
+    {
+        const auto client = login();
+        client->send("NOOP\r\n");
+        for (int i = 0; i < 10000; ++i) {
+            ASSERT_EQ("200-more", client->line());
+        }
+    }
+    EXPECT_EQ(Lines({"> NOOP", "< 200-more"}), afterLogin());
+}
+
+TEST_F(Misbehaviour, AStallCanHaveALimit)
+{
+    using Clock = std::chrono::steady_clock;
+    config.stallLimit = std::chrono::milliseconds(50);
+    misbehave("NOOP=stall");
+    serve();
+    const auto client = login();
+    const auto before = Clock::now();
+    client->send("NOOP\r\n");
+    EXPECT_EQ("", client->rest());
+    EXPECT_LE(std::chrono::milliseconds(50), Clock::now() - before);
+}
+
 TEST_F(Misbehaviour, DropEndsItWithoutAReply)
 {
     misbehave("SIZE=drop");
