@@ -134,7 +134,7 @@ private:
     void receive(Visit& visit, asio::ip::tcp::socket socket, unsigned number)
     {
         blockSigpipe();
-        const Shared shared{m_config, m_storage, m_context, m_tls.control.get(), m_tls.data.get()};
+        const Shared shared{m_config, m_storage, m_meetingPoint, m_context, m_tls.control.get(), m_tls.data.get()};
         Transcript transcript;
         try {
             Session session(shared, std::move(socket), visit.sockets, number, transcript);
@@ -173,6 +173,7 @@ private:
     const ServerConfig m_config;
     const Storage m_storage;
     const TlsContexts m_tls;
+    MeetingPoint m_meetingPoint;
     asio::io_context m_context;
     asio::ip::tcp::acceptor m_acceptor;
     std::uint16_t m_port = 0;

@@ -120,11 +120,24 @@ bool Session::misbehaves(const std::string& command)
     case Misbehaviour::Pad:
         m_pad = fault->number;
         return false;
+    case Misbehaviour::Meet:
+        return !meet(fault->number);
     default:
         m_control.close();
         leave();
         return true;
     }
+}
+
+// Waits for other sessions; false when the client has left meanwhile.
+bool Session::meet(std::uint64_t sessions)
+{
+    if (!m_shared.meetingPoint.wait(sessions, m_control.socket())) {
+        leave();
+        return false;
+    }
+    m_transcript.push_back("= " + std::to_string(sessions) + " sessions met");
+    return true;
 }
 
 void Session::reply(const std::string& text)

@@ -5,6 +5,7 @@
 #include "DataChannel.h"
 #include "Faults.h"
 #include "FtpServer.h"
+#include "MeetingPoint.h"
 #include "OpenSockets.h"
 #include "Storage.h"
 
@@ -15,11 +16,12 @@
 
 namespace testserver {
 
-/// What all sessions of a server share; none of it changes.
+/// What all sessions of a server share; none of it changes but the meeting point, which is made for many threads.
 struct Shared
 {
     const ServerConfig& config;
     const Storage& storage;
+    MeetingPoint& meetingPoint;
     boost::asio::io_context& context;
     SSL_CTX* controlTls;
     SSL_CTX* dataTls;
@@ -41,6 +43,7 @@ private:
     bool startControlTls();
     void serve(const std::string& line);
     bool misbehaves(const std::string& command);
+    bool meet(std::uint64_t sessions);
     void reply(const std::string& text);
     void sendReply(const std::string& bytes);
     void sendEndlessly(const std::string& bytes);

@@ -65,6 +65,7 @@ TEST(ParseFault, EachMisbehaviourHasItsPlaces)
         {"PASS=delay:5", Misbehaviour::Delay},
         {"PASS=split", Misbehaviour::Split},
         {"PASS=pad:5", Misbehaviour::Pad},
+        {"PASS=meet:5", Misbehaviour::Meet},
         {"GREETING=stall", Misbehaviour::Stall},
         {"TLS=garbage", Misbehaviour::Garbage},
         {"TLS=close", Misbehaviour::Close},

@@ -67,6 +67,7 @@ TEST_F(Load, StopEndsWhateverSessionsAreDoing)
     writeFile(served("large"), manyBytes(20000000));
     misbehave("SYST=stall");
     misbehave("NOOP=delay:3600000");
+    misbehave("FEAT=meet:2");
     misbehave("3/DATA=slow:1");
     misbehave("6/DATA=stall");
     serve();
@@ -77,8 +78,10 @@ TEST_F(Load, StopEndsWhateverSessionsAreDoing)
     const auto waiting = login();
     const auto silent = login();
     const auto full = login();
+    const auto alone = login();
     stalled->send("SYST\r\n");
     delayed->send("NOOP\r\n");
+    alone->send("FEAT\r\n");
     const RawClient slowData(slow->extendedPassive());
     slow->ask("RETR large");
     waiting->extendedPassive();
@@ -88,7 +91,7 @@ TEST_F(Load, StopEndsWhateverSessionsAreDoing)
     const RawClient fullData(full->extendedPassive());
     full->ask("RETR large");
     server->stop();
-    EXPECT_EQ(7U, server->transcripts().size());
+    EXPECT_EQ(8U, server->transcripts().size());
     EXPECT_EQ("", idle->rest());
     server->stop();
 }

@@ -1,6 +1,7 @@
 // Each misbehaviour on the control connection, and what the client sees of it.
 #include "harness/CurlClient.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace {
@@ -147,6 +148,44 @@ TEST_F(Misbehaviour, PadMakesTheReplyLong)
     const auto client = login();
     EXPECT_EQ("200 ok" + std::string(69994, '.'), client->ask("NOOP"));
     EXPECT_EQ("200 ok", client->ask("NOOP"));
+}
+
+TEST_F(Misbehaviour, MeetWaitsForAllAgainAndAgain)
+{
+    misbehave("NOOP=meet:2");
+    misbehave("PWD=meet:2");
+    serve();
+    {
+        const auto first = login();
+        const auto second = login();
+        first->send("NOOP\r\n");
+        EXPECT_EQ("257 \"/\"", second->ask("PWD"));
+        EXPECT_EQ("200 ok", first->line());
+        second->send("NOOP\r\n");
+        EXPECT_EQ("257 \"/\"", first->ask("PWD"));
+        EXPECT_EQ("200 ok", second->line());
+        first->send("NOOP\r\n");
+        first->finish();
+        EXPECT_EQ("", first->rest());
+    }
+    for (const Lines& transcript : server->transcripts()) {
+        EXPECT_EQ(2, std::count(transcript.begin(), transcript.end(), "= 2 sessions met"));
+    }
+}
+
+TEST_F(Misbehaviour, MeetDoesNotCountWhoLeaves)
+{
+    misbehave("NOOP=meet:2");
+    serve();
+    for (int visit = 0; visit < 3; ++visit) {
+        const auto alone = login();
+        alone->send("NOOP\r\n");
+        alone->finish();
+        EXPECT_EQ("", alone->rest());
+    }
+    for (const Lines& transcript : server->transcripts()) {
+        EXPECT_EQ("> NOOP", transcript.back());
+    }
 }
 
 TEST_F(Misbehaviour, TheGreetingCanBeBadToo)
