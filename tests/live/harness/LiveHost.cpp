@@ -5,14 +5,18 @@
 #include <SecuritySS.h>
 
 #include <atomic>
-#include <mutex>
 #include <utility>
 
 namespace {
 
+struct Record
+{
+    unsigned long identifier;
+    std::string text;
+};
+
 std::atomic<int> certAuthSwitch{1};
-std::mutex mutex;
-std::vector<std::string> records;
+thread_local std::vector<Record> records;
 
 } // namespace
 
@@ -22,8 +26,20 @@ void setCertAuthSwitch(int value) { certAuthSwitch = value; }
 
 std::vector<std::string> takeRecords()
 {
-    const std::lock_guard<std::mutex> lock(mutex);
-    return std::exchange(records, {});
+    std::vector<std::string> texts;
+    for (Record& record : std::exchange(records, {})) {
+        texts.push_back(std::move(record.text));
+    }
+    return texts;
+}
+
+std::vector<std::string> takeRecordsWithIdentifiers()
+{
+    std::vector<std::string> texts;
+    for (const Record& record : std::exchange(records, {})) {
+        texts.push_back(std::to_string(record.identifier) + " " + record.text);
+    }
+    return texts;
 }
 
 } // namespace live
@@ -36,8 +52,7 @@ LogProxy::LogProxy(int level, const std::string& module, unsigned long requestId
 
 LogProxy::~LogProxy()
 {
-    const std::lock_guard<std::mutex> lock(mutex);
-    records.push_back(std::to_string(m_level) + " " + m_function + ": " + str().substr(1));
+    records.push_back({m_requestId, std::to_string(m_level) + " " + m_function + ": " + str().substr(1)});
 }
 
 unsigned long& ThreadRequestId::get()

@@ -1,0 +1,39 @@
+#ifndef THREADS_HARNESS_CROWD_H
+#define THREADS_HARNESS_CROWD_H
+
+#include "harness/Live.h"
+
+#include <functional>
+
+/// A live test whose calls come from many threads at the same time.
+class Crowd : public Live
+{
+protected:
+    static constexpr unsigned kThreads = 32;
+
+    Crowd();
+
+    /// Holds the reply to this command until all threads wait for one that is held so.
+    void holdAt(const std::string& command);
+
+    /// Runs the task on all threads, which set out together. What they find wrong is the test's failure.
+    static void run(const std::function<Lines(unsigned thread)>& task);
+
+    /// How often the server held a session until all were there.
+    std::size_t held();
+};
+
+/// What is wrong with a value: nothing, or one line that says so.
+template <typename Value>
+Lines compare(const std::string& what, const Value& expected, const Value& found)
+{
+    if (expected == found) {
+        return {};
+    }
+    return {what + " is " + testing::PrintToString(found) + ", not " + testing::PrintToString(expected)};
+}
+
+/// The same for a file's content, byte for byte, without quoting it.
+Lines compareBytes(const std::string& what, const std::string& expected, const std::string& found);
+
+#endif
