@@ -1,0 +1,20 @@
+# Each gate has a canary at least.
+cmake_minimum_required(VERSION 3.25)
+
+set(watched "")
+foreach(planting IN LISTS PLANTINGS)
+    file(STRINGS ${planting} gate REGEX "^gate: ")
+    string(REGEX MATCH "scripts/[a-z/-]+" gate "${gate}")
+    list(APPEND watched ${gate})
+endforeach()
+
+file(GLOB gates RELATIVE ${SOURCE_DIR} ${SOURCE_DIR}/scripts/test ${SOURCE_DIR}/scripts/gates/*)
+list(REMOVE_ITEM gates scripts/gates/canaries)
+if(gates STREQUAL "")
+    message(FATAL_ERROR "There are no gates in ${SOURCE_DIR}/scripts/gates.")
+endif()
+list(REMOVE_ITEM gates ${watched})
+if(gates)
+    list(JOIN gates ", " gates)
+    message(FATAL_ERROR "Nothing shows that these can fail: ${gates}. Add a planting to tests/gates/plantings.")
+endif()
