@@ -24,6 +24,9 @@ thread_local const char* secretText = nullptr;
 thread_local unsigned pauses = 0;
 thread_local unsigned countdown = 0;
 thread_local bool foreign = false;
+thread_local bool functionsToo = false;
+thread_local bool forGood = false;
+thread_local const char* unmetFirst = nullptr;
 bool begun = false; // set by the first watch, when the process is well past its start
 thread_local unsigned freedSecrets = 0;
 
@@ -32,9 +35,37 @@ bool contains(const void* block, std::size_t size)
     return secretText != nullptr && memmem(block, size, secretText, std::strlen(secretText)) != nullptr;
 }
 
+// True where the countdown has come to this need.
+bool runsOut(const char* who)
+{
+    if (!memory::watched() || countdown == 0) {
+        return false;
+    }
+    if (countdown > 1) {
+        --countdown;
+        return false;
+    }
+    if (!forGood) {
+        countdown = 0;
+    }
+    if (unmetFirst == nullptr) {
+        unmetFirst = who;
+    }
+    return true;
+}
+
+void countDown(unsigned nth, bool strangely, bool withFunctions, bool lasting)
+{
+    countdown = nth;
+    foreign = strangely;
+    functionsToo = withFunctions;
+    forGood = lasting;
+    unmetFirst = nullptr;
+}
+
 void* allocate(std::size_t size)
 {
-    if (memory::watched() && countdown != 0 && --countdown == 0) {
+    if (runsOut("operator new")) {
         if (foreign) {
             throw memory::ForeignException();
         }
@@ -103,17 +134,15 @@ Pause::~Pause() { --pauses; }
 
 bool watched() { return secretText != nullptr && pauses == 0; }
 
-void failAllocation(unsigned nth)
-{
-    countdown = nth;
-    foreign = false;
-}
+void failAllocation(unsigned nth) { countDown(nth, false, false, false); }
 
-void failAllocationStrangely(unsigned nth)
-{
-    countdown = nth;
-    foreign = true;
-}
+void failAllocationStrangely(unsigned nth) { countDown(nth, true, false, false); }
+
+void runShort(unsigned nth, Shortage shortage) { countDown(nth, false, true, shortage == Shortage::ForGood); }
+
+bool unmet(const char* who) { return functionsToo && runsOut(who); }
+
+const char* firstUnmet() { return unmetFirst; }
 
 bool holdsSecret()
 {

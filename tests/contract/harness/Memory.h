@@ -39,6 +39,23 @@ struct ForeignException
 /// The same, but with a `ForeignException`.
 void failAllocationStrangely(unsigned nth);
 
+/// Whether memory runs short once, or from then on.
+enum class Shortage
+{
+    Once,
+    ForGood
+};
+
+/// Leaves the nth need from now on unmet. A need is a watched allocation, or a call of a function that allocates and
+/// that the harness stands in for; such a call fails as the function does when memory runs out.
+void runShort(unsigned nth, Shortage shortage);
+
+/// For the harness: a need of the function `who`; true where it goes unmet.
+bool unmet(const char* who);
+
+/// Whose need went unmet first since `runShort`, "operator new" for a plain allocation; null where none did.
+const char* firstUnmet();
+
 /// Whether a living block holds the secret.
 bool holdsSecret();
 

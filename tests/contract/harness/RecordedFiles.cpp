@@ -28,11 +28,12 @@ Function* next(const char* name)
 
 FILE* openNoted(const char* path, const char* mode)
 {
+    const bool starved = memory::unmet("fopen");
     const memory::Pause pause;
     const std::string call = std::string("open ") + path + " " + mode;
-    if (files().cannotOpen == path) {
+    if (starved || files().cannotOpen == path) {
         journal::note(call + " fails");
-        errno = EACCES;
+        errno = starved ? ENOMEM : EACCES;
         return nullptr;
     }
     FILE* stream = next<FILE*(const char*, const char*)>("fopen")(path, mode);

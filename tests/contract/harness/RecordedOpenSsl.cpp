@@ -26,9 +26,9 @@ Function* next(const char* name)
 }
 
 // Notes one call of the library, not OpenSSL's calls of its own; false when it is to fail.
-bool noteCall(const std::string& name, const std::string& about)
+bool noteCall(const std::string& name, const std::string& about, bool starved = false)
 {
-    const bool fails = openSsl().fails == name;
+    const bool fails = starved || openSsl().fails == name;
     journal::note(name + about + (fails ? " fails" : ""));
     return !fails;
 }
@@ -50,10 +50,11 @@ extern "C" BIO* BIO_new_mem_buf(const void* bytes, int length)
     if (!memory::watched()) {
         return real(bytes, length);
     }
+    const bool starved = memory::unmet("BIO_new_mem_buf");
     const memory::Pause pause;
     openSsl().bytes = bytes;
     const std::string name = "BIO_new_mem_buf " + std::to_string(++openSsl().buffers);
-    if (!noteCall(name, " of " + std::to_string(length) + " bytes")) {
+    if (!noteCall(name, " of " + std::to_string(length) + " bytes", starved)) {
         return nullptr;
     }
     BIO* buffer = real(bytes, length);
@@ -78,9 +79,10 @@ extern "C" X509* PEM_read_bio_X509(BIO* buffer, X509** out, pem_password_cb* pas
     if (!memory::watched()) {
         return real(buffer, out, password, about);
     }
+    const bool starved = memory::unmet("PEM_read_bio_X509");
     const memory::Pause pause;
     const bool bare = out == nullptr && password == nullptr && about == nullptr;
-    if (!noteCall("PEM_read_bio_X509", nameOf(buffer) + (bare ? "" : " with arguments"))) {
+    if (!noteCall("PEM_read_bio_X509", nameOf(buffer) + (bare ? "" : " with arguments"), starved)) {
         return nullptr;
     }
     X509* cert = real(buffer, out, password, about);
@@ -96,8 +98,9 @@ extern "C" X509* d2i_X509_bio(BIO* buffer, X509** out)
     if (!memory::watched()) {
         return real(buffer, out);
     }
+    const bool starved = memory::unmet("d2i_X509_bio");
     const memory::Pause pause;
-    if (!noteCall("d2i_X509_bio", nameOf(buffer) + (out == nullptr ? "" : " with argument"))) {
+    if (!noteCall("d2i_X509_bio", nameOf(buffer) + (out == nullptr ? "" : " with argument"), starved)) {
         return nullptr;
     }
     X509* cert = real(buffer, out);
@@ -123,8 +126,9 @@ extern "C" int X509_STORE_add_cert(X509_STORE* store, X509* cert)
     if (!memory::watched()) {
         return real(store, cert);
     }
+    const bool starved = memory::unmet("X509_STORE_add_cert");
     const memory::Pause pause;
-    return noteCall("X509_STORE_add_cert", nameOf(cert)) ? real(store, cert) : 0;
+    return noteCall("X509_STORE_add_cert", nameOf(cert), starved) ? real(store, cert) : 0;
 }
 
 extern "C" void X509_free(X509* cert)

@@ -7,6 +7,7 @@
 #include <LogProxy.h>
 
 #include <memory>
+#include <new>
 #include <streambuf>
 #include <vector>
 
@@ -29,6 +30,9 @@ public:
 protected:
     std::streamsize xsputn(const char* characters, std::streamsize count) override
     {
+        if (memory::unmet("a record's text")) {
+            throw std::bad_alloc(); // the stream keeps it and goes bad
+        }
         const memory::Pause pause;
         if (m_begun) {
             m_text += '|';
@@ -65,6 +69,9 @@ using namespace recording;
 LogProxy::LogProxy(int level, const std::string& module, unsigned long requestId, const std::string& function,
                    unsigned int line)
 {
+    if (memory::unmet("a record")) {
+        throw std::bad_alloc();
+    }
     const memory::Pause pause;
     m_level = level;
     m_module = module;

@@ -119,8 +119,9 @@ using namespace scripted;
 
 extern "C" CURL* curl_easy_init()
 {
+    const bool starved = memory::unmet("curl_easy_init");
     const memory::Pause pause;
-    if (!curl().handles) {
+    if (starved || !curl().handles) {
         journal::note("curl_easy_init gives nothing");
         return nullptr;
     }
@@ -131,6 +132,13 @@ extern "C" CURL* curl_easy_init()
 
 extern "C" CURLcode curl_easy_setopt(CURL* curl, CURLoption option, ...)
 {
+    // libcurl copies strings, and nothing else.
+    const curl_easyoption* known = curl_easy_option_by_id(option);
+    if (known != nullptr && known->type == CURLOT_STRING && memory::unmet(known->name)) {
+        const memory::Pause pause;
+        journal::note(std::to_string(handleOf(curl).number()) + " " + known->name + " is not taken");
+        return CURLE_OUT_OF_MEMORY;
+    }
     const memory::Pause pause;
     va_list arguments;
     va_start(arguments, option);
@@ -142,11 +150,12 @@ extern "C" CURLcode curl_easy_setopt(CURL* curl, CURLoption option, ...)
 
 extern "C" CURLcode curl_easy_perform(CURL* handle)
 {
+    const bool starved = memory::unmet("curl_easy_perform");
     {
         const memory::Pause pause;
         journal::note(std::to_string(handleOf(handle).number()) + " perform");
     }
-    return curl().perform(handleOf(handle));
+    return starved ? CURLE_OUT_OF_MEMORY : curl().perform(handleOf(handle));
 }
 
 extern "C" CURLcode curl_easy_getinfo(CURL* handle, CURLINFO info, ...)
@@ -183,9 +192,10 @@ extern "C" void curl_easy_cleanup(CURL* handle)
 
 extern "C" curl_slist* curl_slist_append(curl_slist* list, const char* text)
 {
+    const bool starved = memory::unmet("curl_slist_append");
     const memory::Pause pause;
     journal::note(std::string("list of ") + (list == nullptr ? "its own" : "another") + ": " + text);
-    if (!curl().lists) {
+    if (starved || !curl().lists) {
         return nullptr;
     }
     // The library never frees its lists, so this harness keeps them.

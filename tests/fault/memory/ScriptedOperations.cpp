@@ -1,0 +1,179 @@
+#include "harness/ScriptedWalk.h"
+
+#include <ISFtpClient.h>
+#include <SFtpClient.h>
+
+#include <algorithm>
+#include <map>
+#include <ostream>
+#include <vector>
+
+namespace {
+
+using memory::Shortage;
+
+constexpr int kNoClient = -1001;
+constexpr int kNoResponse = -1002;
+
+struct ReleaseClient
+{
+    void operator()(ISFtpClient* client) const { ISFtpClient::ReleaseInstance(client); }
+};
+using Client = std::unique_ptr<ISFtpClient, ReleaseClient>;
+
+template <int (SFtpClient::*Call)(const SFtpRequest&, std::string&)>
+int throughFacade(const SFtpRequest& request)
+{
+    std::string errorText = "as it was";
+    SFtpClient facade;
+    const int result = (facade.*Call)(request, errorText);
+    const memory::Pause pause;
+    // 78 is how the facade reports 9, whose text it keeps.
+    const int textOf = result == CURLE_REMOTE_FILE_NOT_FOUND ? CURLE_REMOTE_ACCESS_DENIED : result;
+    EXPECT_EQ(result > 0 ? scripted::text(textOf) : "as it was", errorText);
+    return result;
+}
+
+template <boost::shared_ptr<ISFtpResponse> (ISFtpClient::*Call)(const SFtpRequest&, uint32_t)>
+int throughClient(const SFtpRequest& request)
+{
+    const Client client(ISFtpClient::GetInstance());
+    if (!client) {
+        return kNoClient;
+    }
+    const boost::shared_ptr<ISFtpResponse> response = (client.get()->*Call)(request, 90);
+    return response ? response->GetErrCode() : kNoResponse;
+}
+
+int connectionTest(const SFtpRequest& request)
+{
+    const Client client(ISFtpClient::GetInstance());
+    return client ? client->TestSConnect(request, 90) : kNoClient;
+}
+
+struct Operation
+{
+    const char* name;
+    int (*run)(const SFtpRequest&);
+    int refused = CURLE_REMOTE_FILE_NOT_FOUND; ///< its result where libcurl's is 9
+};
+
+std::ostream& operator<<(std::ostream& stream, const Operation& operation) { return stream << operation.name; }
+
+const Operation kFacadeOperations[] = {
+    {"FacadeList", throughFacade<&SFtpClient::Listsftpdir>},
+    {"FacadeDownload", throughFacade<&SFtpClient::DownLoadSFtpFile>, -1},
+    {"FacadeRename", throughFacade<&SFtpClient::ReNameSFtpFile>},
+    {"FacadeDelete", throughFacade<&SFtpClient::DelSFtpFile>},
+    {"FacadeUpload", throughFacade<&SFtpClient::UploadFileToSFtpServer>},
+};
+
+const Operation kClientOperations[] = {
+    {"ClientList", throughClient<&ISFtpClient::Listsftpdir>},
+    {"ClientDownload", throughClient<&ISFtpClient::DownLoadSFtpFile>},
+    {"ClientRename", throughClient<&ISFtpClient::ReNameSFtpFile>},
+    {"ClientDelete", throughClient<&ISFtpClient::DelSFtpFile>},
+    {"ClientUpload", throughClient<&ISFtpClient::UploadFileToSFtpServer>},
+};
+
+const Operation kConnectionTest = {"ClientConnectionTest", connectionTest, CURLE_REMOTE_ACCESS_DENIED};
+
+// What an operation may come to when one need goes unmet and all after it are met. The facade's -1 is a client or a
+// response that was not made, or a size check that refused.
+//
+// Success is right where an operation does not depend on what was lost: the words of a record, which the stream drops
+// by itself, and the kind of a client certificate that nobody gives (libcurl's default is the same).
+//
+// A login that libcurl had no memory to copy goes unnoticed: the transfer runs without it, and it is the server that
+// refuses.
+const std::map<std::string, std::set<int>> kOutcomes = {
+    {"operator new", {kThrown, kNoClient, kNoResponse, -1, CURLE_FAILED_INIT, CURLE_WRITE_ERROR}},
+    {"a record", {kThrown}},
+    {"a record's text", {CURLE_OK}},
+    {"fopen", {CURLE_FAILED_INIT}},
+    {"curl_easy_init", {kNoResponse, -1}},
+    {"curl_slist_append", {kThrown}},
+    {"URL", {CURLE_URL_MALFORMAT, -1}},
+    {"USERPWD", {CURLE_LOGIN_DENIED, -1}},
+    {"SSLCERTTYPE", {CURLE_OK}},
+    {"curl_easy_perform", {CURLE_OUT_OF_MEMORY, -1}},
+    {"BIO_new_mem_buf", {CURLE_SSL_CACERT_BADFILE}},
+    {"PEM_read_bio_X509", {CURLE_SSL_CACERT_BADFILE}},
+    {"X509_STORE_add_cert", {CURLE_FAILED_INIT}},
+};
+
+class ScriptedOperations : public ScriptedWalk, public testing::WithParamInterface<Operation>
+{
+};
+
+TEST_P(ScriptedOperations, OneUnmetNeedEndsInTheRightWay)
+{
+    walk(GetParam().run, CURLE_OK, Shortage::Once, [this](const Outcome& outcome) {
+        EXPECT_EQ(1U, kOutcomes.at(outcome.who).count(outcome.result)) << "result " << outcome.result;
+        if (outcome.result != CURLE_OK && outcome.result != kThrown) {
+            expectTold(outcome);
+        }
+    });
+}
+
+// Each failure is recorded, and no record can be made either: std::bad_alloc passes, and nothing else comes out. Only
+// the words of the very last record are lost without a consequence.
+TEST_P(ScriptedOperations, NoMemoryAnyMoreThrows)
+{
+    unsigned successes = 0;
+    walk(GetParam().run, CURLE_OK, Shortage::ForGood, [&](const Outcome& outcome) {
+        if (outcome.result == CURLE_OK) {
+            ++successes;
+            EXPECT_STREQ("a record's text", outcome.who);
+        } else {
+            EXPECT_EQ(kThrown, outcome.result);
+            EXPECT_EQ(0U, successes) << "an earlier shortage was survived, a later one not";
+        }
+    });
+}
+
+// A failure that is no shortage's stays one, whatever is lost on the way to its records and its text.
+TEST_P(ScriptedOperations, AFailureIsNeverTurnedIntoSuccess)
+{
+    performGives(CURLE_REMOTE_ACCESS_DENIED);
+    const int usual = GetParam().refused;
+    walk(GetParam().run, usual, Shortage::Once, [&](const Outcome& outcome) {
+        if (outcome.who == std::string("a record's text")) {
+            EXPECT_EQ(usual, outcome.result);
+        }
+        EXPECT_NE(CURLE_OK, outcome.result);
+    });
+    walk(GetParam().run, usual, Shortage::ForGood, [&](const Outcome& outcome) {
+        EXPECT_TRUE(outcome.result == kThrown || outcome.result == usual) << outcome.result;
+    });
+}
+
+std::string nameOf(const testing::TestParamInfo<Operation>& parameter) { return parameter.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(Each, ScriptedOperations, testing::ValuesIn(kFacadeOperations), nameOf);
+INSTANTIATE_TEST_SUITE_P(EachOfTheClient, ScriptedOperations, testing::ValuesIn(kClientOperations), nameOf);
+INSTANTIATE_TEST_SUITE_P(NoResponse, ScriptedOperations, testing::Values(kConnectionTest), nameOf);
+
+class ScriptedResponses : public ScriptedOperations
+{
+};
+
+TEST_P(ScriptedResponses, AreEmptyOnlyWhereTheyCouldNotBeMade)
+{
+    std::vector<int> results;
+    walk(GetParam().run, CURLE_OK, Shortage::Once, [&](const Outcome& outcome) {
+        results.push_back(outcome.result);
+        if (outcome.result == kNoResponse) {
+            EXPECT_NE(std::string::npos, outcome.journal.back().find("Create  CurlHttpClient object failed."));
+        }
+    });
+    // The client; then the response, its libcurl handle and the shared pointer's own block.
+    const std::vector<int> beginning = {kNoClient, kNoResponse, kNoResponse, kNoResponse};
+    ASSERT_LT(beginning.size(), results.size());
+    EXPECT_EQ(beginning, std::vector<int>(results.begin(), results.begin() + 4));
+    EXPECT_EQ(0, std::count(results.begin() + 4, results.end(), kNoResponse));
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, ScriptedResponses, testing::ValuesIn(kClientOperations), nameOf);
+
+} // namespace
