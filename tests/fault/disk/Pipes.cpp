@@ -1,0 +1,89 @@
+#include "harness/Disk.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <fstream>
+#include <future>
+#include <utility>
+
+namespace {
+
+// A pipe as the local file. Both of its ends are open here, so that opening it does not wait.
+class Pipes : public Disk
+{
+protected:
+    Pipes()
+    {
+        request.localPath = local("pipe");
+        EXPECT_EQ(0, mkfifo(request.localPath.c_str(), 0600));
+        m_writer = open(request.localPath.c_str(), O_RDWR);
+        m_reader = open(request.localPath.c_str(), O_RDONLY);
+        EXPECT_LE(0, m_reader);
+        serve();
+    }
+
+    ~Pipes() override
+    {
+        closeWriter();
+        closeReader();
+    }
+
+    // Lets the reader see the end, once nobody else writes.
+    void closeWriter() { static_cast<void>(::close(std::exchange(m_writer, -1))); }
+    void closeReader() { static_cast<void>(::close(std::exchange(m_reader, -1))); }
+
+    std::string readToTheEnd() const
+    {
+        std::string bytes;
+        std::array<char, 4096> block = {};
+        for (;;) {
+            const ssize_t got = ::read(m_reader, block.data(), block.size());
+            if (got <= 0) {
+                return bytes;
+            }
+            bytes.append(block.data(), static_cast<std::size_t>(got));
+        }
+    }
+
+private:
+    int m_writer = -1;
+    int m_reader = -1;
+};
+
+TEST_F(Pipes, TakeWhatIsDownloaded)
+{
+    // More than a pipe holds: it has to be read meanwhile.
+    const std::string content(300000, 'x');
+    writeFile(served("a.bak"), content);
+    std::future<std::string> taken = std::async(std::launch::async, [this] { return readToTheEnd(); });
+    EXPECT_EQ(0, download());
+    closeWriter();
+    EXPECT_TRUE(content == taken.get());
+}
+
+TEST_F(Pipes, TakeWhatIsListed)
+{
+    writeFile(served("a.bak"), "");
+    EXPECT_EQ(0, list());
+    closeWriter();
+    EXPECT_EQ("a.bak\n", readToTheEnd());
+}
+
+// A pipe tells no size, so libcurl announces an empty file, and finds that it has sent more.
+TEST_F(Pipes, AreUploadedToTheEndAndReportedAsPartial)
+{
+    closeWriter();
+    closeReader();
+    const std::string content(300000, 'x');
+    const std::future<void> writer =
+        std::async(std::launch::async, [&] { std::ofstream(request.localPath, std::ios::binary) << content; });
+    EXPECT_EQ(18, upload());
+    EXPECT_EQ(kPartial, errorText);
+    EXPECT_TRUE(content == contentOf(served("sent.bak")));
+    EXPECT_EQ(uploadNotWhole(), live::takeRecords());
+}
+
+} // namespace

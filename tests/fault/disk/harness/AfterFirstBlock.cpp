@@ -1,0 +1,36 @@
+#include "harness/AfterFirstBlock.h"
+
+#include <dlfcn.h>
+
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+thread_local AfterFirstBlock* current = nullptr;
+
+} // namespace
+
+AfterFirstBlock::AfterFirstBlock(std::function<void()> happening) : m_happening(std::move(happening))
+{
+    current = this;
+}
+
+AfterFirstBlock::~AfterFirstBlock() { current = nullptr; }
+
+void AfterFirstBlock::blockWasRead()
+{
+    AfterFirstBlock* const waiting = std::exchange(current, nullptr);
+    if (waiting != nullptr) {
+        std::exchange(waiting->m_happening, nullptr)();
+    }
+}
+
+// libcurl reads the file through this function of the C library, before which this program's one stands.
+extern "C" size_t fread(void* buffer, size_t size, size_t count, FILE* stream)
+{
+    static auto* const next = reinterpret_cast<size_t (*)(void*, size_t, size_t, FILE*)>(dlsym(RTLD_NEXT, "fread"));
+    const size_t read = next(buffer, size, count, stream);
+    AfterFirstBlock::blockWasRead();
+    return read;
+}

@@ -1,0 +1,33 @@
+#ifndef DISK_HARNESS_DISK_H
+#define DISK_HARNESS_DISK_H
+
+#include "harness/Live.h"
+
+#include <string>
+
+/// The base of the tests with local files that cannot be opened, read or written to the end. Of each operation is
+/// asserted that it gives its stream and its libcurl handle back.
+class Disk : public Live
+{
+protected:
+    int download() { return run(&SFtpClient::DownLoadSFtpFile, "/a.bak"); }
+    int list() { return run(&SFtpClient::Listsftpdir, "/"); }
+    int upload() { return run(&SFtpClient::UploadFileToSFtpServer, "/sent.bak"); }
+
+    // All the records of a failed operation, from the one that tells why.
+    static Lines downloadFailed(const std::string& why, const std::string& text);
+    static Lines listFailed(const std::string& why, const std::string& text);
+    static Lines uploadNotOpened();
+    static Lines uploadNotWhole();
+
+    static constexpr const char* kNotOpened = "Failed initialization";
+    static constexpr const char* kPartial = "Transferred a partial file";
+    static constexpr const char* kNotWritten = "Failed writing received data to disk/application";
+
+private:
+    using Call = int (SFtpClient::*)(const SFtpRequest&, std::string&);
+
+    int run(Call call, const std::string& path);
+};
+
+#endif
