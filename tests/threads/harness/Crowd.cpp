@@ -30,9 +30,6 @@ private:
 
 } // namespace
 
-// The machine's own store has far more certificates, and each connection reads them anew.
-Crowd::Crowd() { trustByDefault(testserver::CertificateAuthority("Nobody's CA").certificatePem()); }
-
 void Crowd::holdAt(const std::string& command)
 {
     config.faults.push_back(testserver::parseFault(command + "=meet:" + std::to_string(kThreads)));

@@ -11,8 +11,6 @@ class Crowd : public Live
 protected:
     static constexpr unsigned kThreads = 32;
 
-    Crowd();
-
     /// Holds the reply to this command until all threads wait for one that is held so.
     void holdAt(const std::string& command);
 
