@@ -10,6 +10,7 @@
 
 #include <array>
 #include <map>
+#include <set>
 #include <sstream>
 #include <thread>
 #include <vector>
@@ -95,6 +96,46 @@ TEST(HostLogDeathTest, LeavesOutWhatIsNoFailure)
             _exit(0);
         },
         testing::ExitedWithCode(0), "^[^ ]+ error m request=0 f\\(\\):3 failure\n$");
+}
+
+TEST(HostLog, LosesNoRecordWhenItIsSentElsewhereMeanwhile)
+{
+    constexpr unsigned kThreads = 8;
+    constexpr unsigned kRecords = 100;
+    std::string log;
+    {
+        const LogCapture first;
+        {
+            const LogCapture second;
+            std::vector<std::thread> writers;
+            for (unsigned i = 0; i < kThreads; ++i) {
+                writers.emplace_back([i] {
+                    for (unsigned record = 0; record < kRecords; ++record) {
+                        LogProxy(1, "m", i, "f()", record) << 0;
+                    }
+                });
+            }
+            for (unsigned turn = 0; turn < kRecords; ++turn) {
+                HostLog::instance().setDescriptor(turn % 2 == 0 ? first.descriptor() : second.descriptor());
+            }
+            for (std::thread& writer : writers) {
+                writer.join();
+            }
+            log = second.withoutTimes();
+        }
+        log += first.withoutTimes();
+    }
+    std::multiset<std::string> expected;
+    for (unsigned i = 0; i < kThreads * kRecords; ++i) {
+        expected.insert("TIME debug m request=" + std::to_string(i / kRecords) +
+                        " f():" + std::to_string(i % kRecords) + " ");
+    }
+    std::multiset<std::string> found;
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);) {
+        found.insert(line);
+    }
+    EXPECT_EQ(found, expected);
 }
 
 // Records far longer than what a pipe takes at once: unless each is written under a lock, they mix.

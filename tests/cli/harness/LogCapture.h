@@ -14,6 +14,9 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
+    /// Where the log goes.
+    int descriptor() const { return fileno(m_file.get()); }
+
     /// All that was written so far.
     std::string text() const;
 
