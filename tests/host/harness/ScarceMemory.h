@@ -1,5 +1,5 @@
-#ifndef SFTPCLIENT_TESTS_CLI_SCARCEMEMORY_H
-#define SFTPCLIENT_TESTS_CLI_SCARCEMEMORY_H
+#ifndef SFTPCLIENT_TESTS_HOST_SCARCEMEMORY_H
+#define SFTPCLIENT_TESTS_HOST_SCARCEMEMORY_H
 
 /// Lets operator new fail on this thread from a certain allocation on, the first being 1, as long as this object lives.
 class ScarceMemory
