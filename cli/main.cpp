@@ -1,5 +1,4 @@
 #include "Arguments.h"
-#include "CurlGlobal.h"
 #include "Listing.h"
 #include "Operations.h"
 #include "Password.h"
@@ -7,6 +6,7 @@
 #include "StandardStreams.h"
 #include "UsageError.h"
 
+#include <CurlProcess.h>
 #include <HostLog.h>
 
 #include <unistd.h>
@@ -43,7 +43,7 @@ int run(const Arguments& arguments)
         request.localPath = listing.emplace().path();
     }
     const RecordsApart recordsApart;
-    const CurlGlobal curl;
+    const CurlProcess curl;
     const Outcome outcome = perform(arguments.operation, request);
     if (printsListing && outcome.code == 0) {
         printListing(request.localPath, std::cout, isatty(STDOUT_FILENO) == 1);

@@ -1,92 +1,150 @@
 #include "HostLog.h"
 
-#include <spdlog/logger.h>
-#include <spdlog/sinks/base_sink.h>
+#include "LogFile.h"
 
-#include <unistd.h>
+#include <spdlog/pattern_formatter.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <mutex>
-
-/// Writes each line with one system call, so that it also stays whole among what other processes write to a pipe.
-class DescriptorSink : public spdlog::sinks::base_sink<std::mutex>
-{
-public:
-    void setDescriptor(int descriptor)
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        m_descriptor = descriptor;
-    }
-
-protected:
-    void sink_it_(const spdlog::details::log_msg& message) override
-    {
-        spdlog::memory_buf_t line;
-        formatter_->format(message, line);
-        writeAll(line.data(), line.size());
-    }
-
-    void flush_() override {}
-
-private:
-    void writeAll(const char* data, size_t size) const
-    {
-        while (size > 0) {
-            const ssize_t written = ::write(m_descriptor, data, size);
-            if (written < 0 && errno == EINTR) {
-                continue;
-            }
-            if (written <= 0) {
-                return;
-            }
-            data += written;
-            size -= static_cast<size_t>(written);
-        }
-    }
-
-    int m_descriptor = STDERR_FILENO;
-};
+#include <exception>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace {
 
-spdlog::level::level_enum spdlogLevel(int level)
+LogLevel levelOf(const LogRecord& record)
+{
+    switch (record.level) {
+    case 1:
+        return LogLevel::Debug;
+    case 2:
+        return LogLevel::Info;
+    default:
+        return LogLevel::Error;
+    }
+}
+
+spdlog::level::level_enum spdlogLevel(LogLevel level)
 {
     switch (level) {
-    case 1:
+    case LogLevel::Debug:
         return spdlog::level::debug;
-    case 2:
+    case LogLevel::Info:
         return spdlog::level::info;
     default:
         return spdlog::level::err;
     }
 }
 
+std::unique_ptr<spdlog::formatter> formatterFor(LogFormat format)
+{
+    const bool json = format == LogFormat::Json;
+    return std::make_unique<spdlog::pattern_formatter>(json ? R"({"time":"%Y-%m-%dT%H:%M:%S.%e%z","level":"%l",%v})"
+                                                            : "%Y-%m-%dT%H:%M:%S.%e%z %l %v",
+                                                       spdlog::pattern_time_type::local, "\n");
+}
+
+std::unique_ptr<LogFile> openFile(const HostLogSettings& settings)
+try {
+    return settings.file.empty() ? nullptr
+                                 : std::make_unique<LogFile>(settings.file, settings.maxBytes, settings.files);
+} catch (const std::exception& error) {
+    throw std::runtime_error("The log cannot be written to " + settings.file + ": " + error.what() +
+                             ". Name another file, or make this one writable.");
+}
+
 } // namespace
 
-HostLog& HostLog::instance()
+HostLog& HostLog::instance() noexcept
 {
-    static HostLog* const log = new HostLog;
+    // Never destroyed, and not on the heap: it must also be there to say that memory is out.
+    alignas(HostLog) static std::array<std::byte, sizeof(HostLog)> place;
+    static HostLog* const log = new (place.data()) HostLog;
     return *log;
 }
 
-HostLog::HostLog()
-    : m_sink(std::make_shared<DescriptorSink>()), m_logger(std::make_unique<spdlog::logger>("host", m_sink))
-{
-    m_logger->set_level(spdlog::level::debug);
-    m_logger->set_pattern("%Y-%m-%dT%H:%M:%S.%e%z %l %v");
-    m_logger->set_error_handler([](const std::string&) { reportLostRecord(); });
-}
+HostLog::HostLog() noexcept = default;
 
 HostLog::~HostLog() = default;
 
-void HostLog::write(int level, const std::string& text) { m_logger->log(spdlogLevel(level), text); }
-
-void HostLog::setDescriptor(int descriptor) { m_sink->setDescriptor(descriptor); }
-
-void HostLog::setFailuresOnly() { m_logger->set_level(spdlog::level::err); }
-
-void HostLog::reportLostRecord() noexcept
+void HostLog::apply(const HostLogSettings& settings)
 {
-    static_cast<void>(std::fputs("A log record was lost: out of memory.\n", stderr));
+    std::unique_ptr<LogFile> file = openFile(settings);
+    std::unique_ptr<spdlog::formatter> formatter = formatterFor(settings.format);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_level = settings.level;
+    m_format = settings.format;
+    m_formatter = std::move(formatter);
+    m_file = std::move(file);
+}
+
+void HostLog::write(const LogRecord& record) noexcept
+{
+    if (levelOf(record) < m_level) {
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    try {
+        tellWhatWasLost();
+        writeLine(record);
+    } catch (const std::bad_alloc&) {
+        lose("out of memory");
+    } catch (const std::exception& error) {
+        lose(error.what());
+    }
+}
+
+void HostLog::countLost(const char* why) noexcept
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    lose(why);
+}
+
+void HostLog::setDescriptor(int descriptor)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_standardError.setDescriptor(descriptor);
+}
+
+void HostLog::setFailuresOnly() { m_level = LogLevel::Error; }
+
+void HostLog::writeLine(const LogRecord& record)
+{
+    if (!m_formatter) {
+        m_formatter = formatterFor(m_format);
+    }
+    const std::string text = m_format == LogFormat::Json ? asJson(record) : asText(record);
+    spdlog::memory_buf_t line;
+    m_formatter->format({spdlog::string_view_t(), spdlogLevel(levelOf(record)), text}, line);
+    if (m_file) {
+        m_file->write({line.data(), line.size()});
+    } else {
+        m_standardError.write({line.data(), line.size()});
+    }
+}
+
+void HostLog::tellWhatWasLost()
+{
+    if (m_lost > 0) {
+        const std::string text = "log records lost: " + std::to_string(m_lost) + " (" + m_whyLost.data() + ")";
+        writeLine({static_cast<int>(LogLevel::Error), "SFtpClientHost", 0, "HostLog::write()", __LINE__, text});
+        m_lost = 0;
+    }
+}
+
+// Without memory of its own, for that may be what is missing.
+void HostLog::lose(const char* why) noexcept
+{
+    if (++m_lost > 1) {
+        return;
+    }
+    std::snprintf(m_whyLost.data(), m_whyLost.size(), "%s", why);
+    std::array<char, 320> line = {};
+    const int length = std::snprintf(line.data(), line.size(), "Log records are being lost: %s\n", m_whyLost.data());
+    try {
+        m_standardError.write({line.data(), static_cast<std::size_t>(length)});
+    } catch (const std::exception&) {
+        return;
+    }
 }

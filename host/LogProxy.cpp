@@ -1,7 +1,8 @@
 #include <LogProxy.h>
 
 #include "HostLog.h"
-#include "RecordText.h"
+
+#include <exception>
 
 LogProxy::LogProxy(int level, const std::string& module, unsigned long requestId, const std::string& function,
                    unsigned int line)
@@ -9,12 +10,17 @@ LogProxy::LogProxy(int level, const std::string& module, unsigned long requestId
 {
 }
 
+// It may be destroyed while another exception passes: a second one would end the host.
 LogProxy::~LogProxy()
 {
     try {
-        HostLog::instance().write(m_level, recordText(m_module, m_requestId, m_function, m_line, str()));
-    } catch (...) {
-        // It may be destroyed while another exception passes: a second one would end the host.
-        HostLog::reportLostRecord();
+        const std::string written = str();
+        std::string_view text = written;
+        if (!text.empty() && text.front() == '0') {
+            text.remove_prefix(1);
+        }
+        HostLog::instance().write({m_level, m_module, m_requestId, m_function, m_line, text});
+    } catch (const std::exception&) {
+        HostLog::instance().countLost("out of memory");
     }
 }

@@ -1,56 +1,38 @@
 #include "harness/LogCapture.h"
 #include "harness/SetVariable.h"
+#include "harness/TemporaryFolder.h"
 
 #include <ConfigReader.h>
+#include <HostConfiguration.h>
 
 #include <gtest/gtest.h>
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <atomic>
-#include <filesystem>
-#include <fstream>
-#include <thread>
-#include <vector>
-
 namespace {
 
-constexpr char kVariable[] = "SFTPCLIENT_CONFIG";
+int certAuthSwitch(bool defaultValue = true) { return ConfigReader::getInt("General", "CertAuthSwitch", defaultValue); }
 
 class ConfigReaderTest : public testing::Test
 {
 protected:
-    ~ConfigReaderTest() override { std::filesystem::remove(m_path); }
-
-    int switchIn(const std::string& contents)
+    int switchIn(const std::string& content)
     {
-        std::ofstream(m_path) << contents;
-        return ConfigReader::getInt("General", "CertAuthSwitch", true);
+        load(content);
+        return certAuthSwitch();
     }
 
-    std::string m_path = testing::TempDir() + "ConfigReaderTest-" + std::to_string(getpid()) + ".ini";
-    SetVariable m_variable{kVariable, m_path.c_str()};
+    void load(const std::string& content) { HostConfiguration::instance().load(m_folder.write("test.ini", content)); }
+
+    TemporaryFolder m_folder;
     LogCapture m_log;
 };
 
-} // namespace
-
-TEST_F(ConfigReaderTest, GivesTheDefaultWithoutAFile)
-{
-    for (const char* const value : {static_cast<const char*>(nullptr), ""}) {
-        const SetVariable variable(kVariable, value);
-        EXPECT_EQ(ConfigReader::getInt("General", "CertAuthSwitch", true), 1);
-        EXPECT_EQ(ConfigReader::getInt("General", "CertAuthSwitch", false), 0);
-    }
-    EXPECT_EQ(m_log.text(), "");
-}
-
 TEST_F(ConfigReaderTest, GivesTheDefaultForAMissingKey)
 {
-    std::ofstream(m_path) << "[General]\nOther=7\n[Else]\nCertAuthSwitch=7\n[A.B]\nC=7\n";
-    EXPECT_EQ(ConfigReader::getInt("General", "CertAuthSwitch", true), 1);
-    EXPECT_EQ(ConfigReader::getInt("General", "CertAuthSwitch", false), 0);
+    load("[General]\nOther=7\n[Else]\nCertAuthSwitch=7\n[A.B]\nC=7\n");
+    EXPECT_EQ(certAuthSwitch(true), 1);
+    EXPECT_EQ(certAuthSwitch(false), 0);
     EXPECT_EQ(ConfigReader::getInt("Missing", "CertAuthSwitch", false), 0);
     EXPECT_EQ(ConfigReader::getInt("A", "B.C", false), 0);
     EXPECT_EQ(ConfigReader::getInt("A.B", "C", false), 7);
@@ -62,52 +44,87 @@ TEST_F(ConfigReaderTest, GivesTheInteger)
     EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=0\n"), 0);
     EXPECT_EQ(switchIn("; note\n# note\n\n [General] \r\n  CertAuthSwitch = 0 \r\n"), 0);
     EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=2147483647"), 2147483647);
-    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=-3\n"), -3);
+    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=-2147483648\n"), -2147483647 - 1);
     EXPECT_EQ(m_log.text(), "");
 }
 
 TEST_F(ConfigReaderTest, CountsWhatIsNoIntegerAsOneAndSaysSo)
 {
-    for (const std::string value : {"off", "0x0", "0 0", "+0", "", "0.0", "0 ; off", "00000000004294967296"}) {
+    for (const std::string value :
+         {"off", "0x0", "0 0", "+0", "", "0.0", "0 ; off", "00000000004294967296", "99999999999999999999"}) {
         const LogCapture log;
         EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=" + value + "\n"), 1) << value;
         const std::string record = log.withoutTimes();
         EXPECT_EQ(record.find("TIME error SFtpClientHost request=0 ConfigReader::getInt():"), 0U) << record;
         EXPECT_NE(record.find(" [General] CertAuthSwitch counts as 1: \"" + value +
-                              "\" is no integer. Correct the file that SFTPCLIENT_CONFIG names.\n"),
+                              "\" is no integer from -2147483648 to 2147483647. "
+                              "Correct the configuration file and reload it.\n"),
                   std::string::npos)
             << record;
     }
 }
 
-TEST_F(ConfigReaderTest, CountsAFileItCannotReadAsOneAndSaysSo)
+TEST_F(ConfigReaderTest, AnswersFromMemoryUntilTheReload)
 {
-    EXPECT_EQ(ConfigReader::getInt("General", "CertAuthSwitch", false), 1);
-    EXPECT_NE(m_log.text().find(" counts as 1: " + m_path), std::string::npos) << m_log.text();
-    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=0\nCertAuthSwitch=0\n"), 1);
-    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=0\n[General]\nCertAuthSwitch=0\n"), 1);
-    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch\n"), 1);
-    const SetVariable folder(kVariable, testing::TempDir().c_str());
-    EXPECT_EQ(ConfigReader::getInt("General", "CertAuthSwitch", false), 1);
-    const std::string log = m_log.text();
-    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 5) << log;
+    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=0\n"), 0);
+    m_folder.write("test.ini", "[General]\nCertAuthSwitch=1\n");
+    EXPECT_EQ(certAuthSwitch(), 0);
+    HostConfiguration::instance().reload();
+    EXPECT_EQ(certAuthSwitch(), 1);
 }
 
-TEST_F(ConfigReaderTest, AnswersManyThreads)
+// The configuration as it is before anything was loaded: each in a process of its own. Standard error has the log.
+class ConfigReaderDeathTest : public testing::Test
 {
-    std::ofstream(m_path) << "[General]\nCertAuthSwitch=5\n";
-    std::atomic<int> right{0};
-    std::vector<std::thread> threads;
-    threads.reserve(8);
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&right] {
-            for (int ask = 0; ask < 100; ++ask) {
-                right += ConfigReader::getInt("General", "CertAuthSwitch", true) == 5 ? 1 : 0;
-            }
-        });
+protected:
+    ConfigReaderDeathTest() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+
+    static constexpr char kVariable[] = "SFTPCLIENT_CONFIG";
+
+    [[noreturn]] static void answerOfTheFirstQuestion(const char* path)
+    {
+        const SetVariable variable(kVariable, path);
+        _exit(certAuthSwitch(false) + 10);
     }
-    for (std::thread& thread : threads) {
-        thread.join();
+
+    [[noreturn]] static void answerOfTheFirstQuestionTo(const std::string& content)
+    {
+        int answer = 0;
+        {
+            const TemporaryFolder folder;
+            const SetVariable variable(kVariable, folder.write("first.ini", content).c_str());
+            answer = certAuthSwitch(false);
+        }
+        _exit(answer + 10);
     }
-    EXPECT_EQ(right, 800);
+};
+
+TEST_F(ConfigReaderDeathTest, GivesTheDefaultWithoutAFile)
+{
+    EXPECT_EXIT(answerOfTheFirstQuestion(nullptr), testing::ExitedWithCode(10), "^$");
 }
+
+TEST_F(ConfigReaderDeathTest, ReadsTheFileThatTheVariableNames)
+{
+    EXPECT_EXIT(answerOfTheFirstQuestionTo("[General]\nCertAuthSwitch=5\n"), testing::ExitedWithCode(15), "^$");
+}
+
+TEST_F(ConfigReaderDeathTest, CountsAFileItCannotReadAsOneAndSaysSo)
+{
+    EXPECT_EXIT(
+        answerOfTheFirstQuestion("/nowhere/missing.ini"), testing::ExitedWithCode(11),
+        "error SFtpClientHost request=0 ConfigReader::getInt\\(\\):[0-9]+ \\[General\\] CertAuthSwitch counts as 1: "
+        "/nowhere/missing.ini: cannot open file. Correct the configuration file and reload it.\n$");
+    EXPECT_EXIT(answerOfTheFirstQuestion("/tmp"), testing::ExitedWithCode(11), " counts as 1: /tmp");
+}
+
+TEST_F(ConfigReaderDeathTest, CountsWhatIsNoIniFileAsOneAndSaysSo)
+{
+    for (const char* const content :
+         {"[General]\nCertAuthSwitch=0\nCertAuthSwitch=0\n",
+          "[General]\nCertAuthSwitch=0\n[General]\nCertAuthSwitch=0\n", "[General]\nCertAuthSwitch\n"}) {
+        EXPECT_EXIT(answerOfTheFirstQuestionTo(content), testing::ExitedWithCode(11), " counts as 1: /.*first.ini\\(");
+    }
+}
+
+} // namespace

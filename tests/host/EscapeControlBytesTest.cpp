@@ -21,9 +21,18 @@ TEST(EscapeControlBytes, KeepsItsOwnMarkApart) { EXPECT_EQ(escapeControlBytes(R"
 
 TEST(EscapeControlBytes, KeepsUtf8ButForItsControls)
 {
-    EXPECT_EQ(escapeControlBytes("\xc3\xbc \xc3\x9b \xc2\xa0"), "\xc3\xbc \xc3\x9b \xc2\xa0");
+    EXPECT_EQ(escapeControlBytes("\xc3\xbc \xc3\x9b \xc2\xa0 \xe2\x82\xac \xf0\x9f\x98\x80"),
+              "\xc3\xbc \xc3\x9b \xc2\xa0 \xe2\x82\xac \xf0\x9f\x98\x80");
     EXPECT_EQ(escapeControlBytes("\xc2\x80 \xc2\x9b"
                                  "2J \xc2\x9f"),
               R"(\xc2\x80 \xc2\x9b2J \xc2\x9f)");
-    EXPECT_EQ(escapeControlBytes("end \xc2"), "end \xc2");
+}
+
+TEST(EscapeControlBytes, WritesWhatIsNoUtf8InHex)
+{
+    EXPECT_EQ(escapeControlBytes("end \xc2"), R"(end \xc2)");
+    EXPECT_EQ(escapeControlBytes("\x9b"
+                                 "2J gr\xfc\xdf"
+                                 "e"),
+              R"(\x9b2J gr\xfc\xdfe)");
 }

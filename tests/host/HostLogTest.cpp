@@ -1,27 +1,39 @@
+#include "harness/AppliedSettings.h"
 #include "harness/LogCapture.h"
 
 #include <HostLog.h>
 #include <LogProxy.h>
-#include <RecordText.h>
 
 #include <gtest/gtest.h>
 
 #include <unistd.h>
 
-#include <array>
-#include <map>
-#include <set>
-#include <sstream>
-#include <thread>
-#include <vector>
-
 namespace {
 
-std::string lineOf(int level, const std::string& text)
+std::string lineOf(int level, const std::string& text, const HostLogSettings& settings = {})
 {
     const LogCapture capture;
+    const AppliedSettings applied(settings);
     LogProxy(level, "SFtpClient", 7, "SFtpClient::Listsftpdir()", 41) << text;
     return capture.withoutTimes();
+}
+
+std::string jsonOf(int level, const std::string& text)
+{
+    HostLogSettings settings;
+    settings.format = LogFormat::Json;
+    return lineOf(level, text, settings);
+}
+
+std::string levelsThatPass(LogLevel lowest)
+{
+    HostLogSettings settings;
+    settings.level = lowest;
+    std::string passed;
+    for (const int level : {1, 2, 4, 3, 0}) {
+        passed += lineOf(level, "0x", settings).empty() ? "" : std::to_string(level);
+    }
+    return passed;
 }
 
 } // namespace
@@ -44,24 +56,55 @@ TEST(HostLog, NamesTheLevels)
 
 TEST(HostLog, LeavesOutOneLeadingZeroAndNoMore)
 {
-    EXPECT_EQ(recordText("m", 1, "f()", 2, "0text"), "m request=1 f():2 text");
-    EXPECT_EQ(recordText("m", 1, "f()", 2, "00 bytes"), "m request=1 f():2 0 bytes");
-    EXPECT_EQ(recordText("m", 1, "f()", 2, "0"), "m request=1 f():2 ");
-    EXPECT_EQ(recordText("m", 1, "f()", 2, ""), "m request=1 f():2 ");
-    EXPECT_EQ(recordText("m", 1, "f()", 2, "10"), "m request=1 f():2 10");
+    const std::string begin = "TIME info SFtpClient request=7 SFtpClient::Listsftpdir():41 ";
+    EXPECT_EQ(lineOf(2, "00 bytes"), begin + "0 bytes\n");
+    EXPECT_EQ(lineOf(2, "0"), begin + "\n");
+    EXPECT_EQ(lineOf(2, ""), begin + "\n");
+    EXPECT_EQ(lineOf(2, "10"), begin + "10\n");
 }
 
 TEST(HostLog, KeepsARecordOnOneLine)
 {
-    EXPECT_EQ(lineOf(1, "0550 a\r\nTIME error forged \x1b[31m"),
-              "TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 550 a\\r\\nTIME error forged \\x1b[31m\n");
-    EXPECT_EQ(recordText("m\n", 1, "f\n()", 2, "0"), "m\\n request=1 f\\n():2 ");
+    EXPECT_EQ(lineOf(1, "0550 a\r\nTIME error forged \x1b[31m \xff"),
+              "TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 550 a\\r\\nTIME error forged \\x1b[31m "
+              "\\xff\n");
+    const LogCapture capture;
+    LogProxy(1, "m\n", 1, "f\n()", 2) << 0;
+    EXPECT_EQ(capture.withoutTimes(), "TIME debug m\\n request=1 f\\n():2 \n");
 }
 
 TEST(HostLog, TakesTextAsItIs)
 {
     EXPECT_EQ(lineOf(1, "0{} {0} %s %v"),
               "TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 {} {0} %s %v\n");
+}
+
+TEST(HostLog, WritesOneJsonObjectARecord)
+{
+    const std::string begin =
+        R"*(","module":"SFtpClient","request":7,"function":"SFtpClient::Listsftpdir()","line":41,)*";
+    EXPECT_EQ(jsonOf(4, "0550 \"a\"\r\n{} %v \xff"),
+              R"({"time":"TIME","level":"error)" + begin + R"("text":"550 \"a\"\r\n{} %v )" + "\xef\xbf\xbd\"}\n");
+    EXPECT_EQ(jsonOf(1, "0"), R"({"time":"TIME","level":"debug)" + begin + "\"text\":\"\"}\n");
+}
+
+TEST(HostLog, EscapesAllTextsOfAJsonObject)
+{
+    const LogCapture capture;
+    HostLogSettings settings;
+    settings.format = LogFormat::Json;
+    const AppliedSettings applied(settings);
+    LogProxy(2, "m\n", 18446744073709551615UL, "f\"()", 4294967295U) << 0 << "x";
+    EXPECT_EQ(capture.withoutTimes(),
+              std::string(R"({"time":"TIME","level":"info","module":"m\n","request":18446744073709551615,)") +
+                  R"*("function":"f\"()","line":4294967295,"text":"x"})*" + "\n");
+}
+
+TEST(HostLog, LeavesOutWhatIsBelowItsLevel)
+{
+    EXPECT_EQ(levelsThatPass(LogLevel::Debug), "12430");
+    EXPECT_EQ(levelsThatPass(LogLevel::Info), "2430");
+    EXPECT_EQ(levelsThatPass(LogLevel::Error), "430");
 }
 
 TEST(HostLog, WritesARecordWhileAnotherIsOpen)
@@ -96,92 +139,4 @@ TEST(HostLogDeathTest, LeavesOutWhatIsNoFailure)
             _exit(0);
         },
         testing::ExitedWithCode(0), "^[^ ]+ error m request=0 f\\(\\):3 failure\n$");
-}
-
-TEST(HostLog, LosesNoRecordWhenItIsSentElsewhereMeanwhile)
-{
-    constexpr unsigned kThreads = 8;
-    constexpr unsigned kRecords = 100;
-    std::string log;
-    {
-        const LogCapture first;
-        {
-            const LogCapture second;
-            std::vector<std::thread> writers;
-            for (unsigned i = 0; i < kThreads; ++i) {
-                writers.emplace_back([i] {
-                    for (unsigned record = 0; record < kRecords; ++record) {
-                        LogProxy(1, "m", i, "f()", record) << 0;
-                    }
-                });
-            }
-            for (unsigned turn = 0; turn < kRecords; ++turn) {
-                HostLog::instance().setDescriptor(turn % 2 == 0 ? first.descriptor() : second.descriptor());
-            }
-            for (std::thread& writer : writers) {
-                writer.join();
-            }
-            log = second.withoutTimes();
-        }
-        log += first.withoutTimes();
-    }
-    std::multiset<std::string> expected;
-    for (unsigned i = 0; i < kThreads * kRecords; ++i) {
-        expected.insert("TIME debug m request=" + std::to_string(i / kRecords) +
-                        " f():" + std::to_string(i % kRecords) + " ");
-    }
-    std::multiset<std::string> found;
-    std::istringstream lines(log);
-    for (std::string line; std::getline(lines, line);) {
-        found.insert(line);
-    }
-    EXPECT_EQ(found, expected);
-}
-
-// Records far longer than what a pipe takes at once: unless each is written under a lock, they mix.
-TEST(HostLog, WritesRecordsWholeFromManyThreads)
-{
-    constexpr unsigned kThreads = 8;
-    constexpr unsigned kRecords = 50;
-    constexpr size_t kLength = 100000;
-    std::array<int, 2> ends = {};
-    ASSERT_EQ(pipe(ends.data()), 0);
-    HostLog::instance().setDescriptor(ends[1]);
-
-    std::string log;
-    std::thread reader([&log, &ends] {
-        std::array<char, 65536> block = {};
-        for (ssize_t count = 0; (count = read(ends[0], block.data(), block.size())) > 0;) {
-            log.append(block.data(), static_cast<size_t>(count));
-        }
-    });
-    std::vector<std::thread> writers;
-    for (unsigned i = 0; i < kThreads; ++i) {
-        writers.emplace_back([i] {
-            for (unsigned record = 0; record < kRecords; ++record) {
-                LogProxy(1, "m", i, "f()", record) << 0 << std::string(kLength, static_cast<char>('a' + i));
-            }
-        });
-    }
-    for (std::thread& writer : writers) {
-        writer.join();
-    }
-    HostLog::instance().setDescriptor(STDERR_FILENO);
-    close(ends[1]);
-    reader.join();
-    close(ends[0]);
-
-    std::map<std::string, unsigned> seen;
-    std::istringstream lines(log);
-    for (std::string line; std::getline(lines, line);) {
-        ++seen[line.substr(line.find(' '))];
-    }
-    EXPECT_EQ(seen.size(), kThreads * kRecords);
-    for (unsigned i = 0; i < kThreads; ++i) {
-        for (unsigned record = 0; record < kRecords; ++record) {
-            const std::string expected = " debug m request=" + std::to_string(i) + " f():" + std::to_string(record) +
-                                         " " + std::string(kLength, static_cast<char>('a' + i));
-            ASSERT_EQ(seen[expected], 1U) << "thread " << i << ", record " << record;
-        }
-    }
 }

@@ -1,39 +1,104 @@
+#include "harness/AppliedSettings.h"
+#include "harness/LogCapture.h"
 #include "harness/ScarceMemory.h"
+#include "harness/TemporaryFolder.h"
 
 #include <LogProxy.h>
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <filesystem>
 #include <memory>
 #include <string>
 
 namespace {
 
-std::string writeWithFailureFrom(long allocation)
+constexpr long kNone = 1000;
+constexpr char kLost[] = "Log records are being lost: out of memory\n";
+
+void writeWithFailureFrom(long allocation)
 {
     auto record = std::make_unique<LogProxy>(4, "m", 0, "f()", 1);
     *record << 0 << std::string(1000, 'x');
-    testing::internal::CaptureStderr();
-    {
-        const ScarceMemory memory(allocation);
-        record.reset();
+    const ScarceMemory memory(allocation);
+    record.reset();
+}
+
+bool holds(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+std::string allFilesIn(const std::string& folder)
+{
+    std::string content;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        content += contentOf(entry.path());
     }
-    return testing::internal::GetCapturedStderr();
+    return content;
+}
+
+// Lets each allocation of a record fail in turn, until there are no more: each time the record is written or told of as
+// lost, and the next one counts it.
+void expectToldOfEachAllocation(const HostLogSettings& settings, const std::string& folder)
+{
+    const AppliedSettings applied(settings);
+    long allocation = 1;
+    for (bool lost = true; lost; ++allocation) {
+        const LogCapture standardError;
+        writeWithFailureFrom(allocation);
+        const std::string said = standardError.text();
+        lost = said == kLost;
+        const std::string written = said + allFilesIn(folder);
+        ASSERT_TRUE(lost || holds(written, std::string(1000, 'x'))) << allocation << ": " << written;
+
+        LogProxy(4, "m", 0, "f()", 2) << 0 << "after";
+        const std::string log = standardError.text() + allFilesIn(folder);
+        ASSERT_TRUE(holds(log, "after")) << allocation;
+        ASSERT_EQ(holds(log, "log records lost: 1 (out of memory)"), lost) << allocation << ": " << log;
+        std::filesystem::remove_all(folder);
+        std::filesystem::create_directory(folder);
+        ASSERT_LT(allocation, kNone);
+    }
+    EXPECT_GT(allocation, 4);
 }
 
 } // namespace
 
 TEST(LostRecord, IsToldOfWhicheverAllocationFails)
 {
-    const std::string lost = "A log record was lost: out of memory.\n";
-    const std::string written = writeWithFailureFrom(1000);
-    ASSERT_NE(written.find(" error m request=0 f():1 xxx"), std::string::npos) << written;
+    const TemporaryFolder folder;
+    expectToldOfEachAllocation({}, folder.path());
+}
 
-    long allocation = 1;
-    while (writeWithFailureFrom(allocation) == lost) {
-        ++allocation;
-        ASSERT_LT(allocation, 1000);
-    }
-    EXPECT_GT(allocation, 3);
-    EXPECT_NE(writeWithFailureFrom(allocation).find(" error m request=0 f():1 xxx"), std::string::npos);
+TEST(LostRecord, IsToldOfInJsonToo)
+{
+    const TemporaryFolder folder;
+    HostLogSettings settings;
+    settings.format = LogFormat::Json;
+    expectToldOfEachAllocation(settings, folder.path());
+}
+
+// Each record makes the file give way to a new one, so that allocations fail amid a rotation too.
+TEST(LostRecord, IsToldOfBesidesRotatedFiles)
+{
+    const TemporaryFolder folder;
+    HostLogSettings settings;
+    settings.file = folder.file("log");
+    settings.maxBytes = 1;
+    expectToldOfEachAllocation(settings, folder.path());
+}
+
+// In a process of its own, in which the log has not been used before.
+TEST(LostRecordDeathTest, IsToldOfWhenItIsTheFirst)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            writeWithFailureFrom(1);
+            writeWithFailureFrom(2);
+            LogProxy(4, "m", 0, "f()", 2) << 0 << "after";
+            _exit(0);
+        },
+        testing::ExitedWithCode(0),
+        "^Log records are being lost: out of memory\n[^\n]*log records lost: 2 \\(out of memory\\)\n[^\n]* after\n$");
 }

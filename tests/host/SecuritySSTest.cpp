@@ -1,10 +1,195 @@
+#include "harness/LogCapture.h"
+#include "harness/TemporaryFolder.h"
+
+#include <Certificates.h>
+#include <CurlProcess.h>
+#include <FtpServer.h>
+#include <HostConfiguration.h>
 #include <SecuritySS.h>
 
+#include <curl/curl.h>
 #include <gtest/gtest.h>
+#include <openssl/tls1.h>
 
-TEST(SecuritySS, AnswersSuccessAndSetsNothing)
+#include <memory>
+#include <string>
+
+namespace {
+
+/// A server, and a handle that logs in to it; libcurl's trace tells what the handshake came to.
+class SecuritySSTest : public testing::Test
+{
+protected:
+    SecuritySSTest() : m_curl(curl_easy_init())
+    {
+        m_server.root = m_folder.path();
+        m_server.tls = testserver::TlsMode::Implicit;
+        m_server.password = "secret";
+        m_server.certificate = m_authority.issue();
+        HostConfiguration::instance().load(m_folder.write("empty.ini", ""));
+    }
+
+    void configure(const std::string& section)
+    {
+        HostConfiguration::instance().load(m_folder.write("test.ini", "[Security]\n" + section));
+    }
+
+    SecuritySS_RC enrich()
+    {
+        std::string cert = "none";
+        const SecuritySS_RC answer = SecuritySS::enrichSSL(m_curl.get(), cert);
+        EXPECT_EQ(cert, "none");
+        return answer;
+    }
+
+    /// What comes of logging in to a server that speaks `lowest` to `highest`.
+    CURLcode connect(int lowest, int highest)
+    {
+        m_server.minTlsVersion = lowest;
+        m_server.maxTlsVersion = highest;
+        const testserver::FtpServer server(m_server);
+        const std::string url = "ftps://localhost:" + std::to_string(server.port()) + "/";
+        const std::string ca = m_folder.write("ca.pem", m_authority.certificatePem());
+        CURL* const curl = m_curl.get();
+        curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+        curl_easy_setopt(curl, CURLOPT_USERPWD, "backup:secret");
+        curl_easy_setopt(curl, CURLOPT_NOBODY, 1L);
+        curl_easy_setopt(curl, CURLOPT_CAINFO, ca.c_str());
+        curl_easy_setopt(curl, CURLOPT_FRESH_CONNECT, 1L);
+        curl_easy_setopt(curl, CURLOPT_FORBID_REUSE, 1L);
+        curl_easy_setopt(curl, CURLOPT_VERBOSE, 1L);
+        curl_easy_setopt(curl, CURLOPT_DEBUGFUNCTION, trace);
+        curl_easy_setopt(curl, CURLOPT_DEBUGDATA, &m_trace);
+        m_trace.clear();
+        return curl_easy_perform(curl);
+    }
+
+    CURLcode connect() { return connect(0, 0); }
+
+    /// "VERSION / CIPHER", as they were agreed on.
+    std::string agreed() const
+    {
+        const std::string mark = "SSL connection using ";
+        const std::size_t begin = m_trace.find(mark);
+        return begin == std::string::npos
+                   ? "nothing"
+                   : m_trace.substr(begin + mark.size(), m_trace.find('\n', begin) - begin - mark.size());
+    }
+
+    static int trace(CURL* /*curl*/, curl_infotype kind, char* text, std::size_t size, void* all)
+    {
+        if (kind == CURLINFO_TEXT) {
+            static_cast<std::string*>(all)->append(text, size);
+        }
+        return 0;
+    }
+
+    struct Cleanup
+    {
+        void operator()(CURL* curl) const { curl_easy_cleanup(curl); }
+    };
+
+    TemporaryFolder m_folder;
+    LogCapture m_log;
+    CurlProcess m_process;
+    testserver::CertificateAuthority m_authority;
+    testserver::ServerConfig m_server;
+    std::unique_ptr<CURL, Cleanup> m_curl;
+    std::string m_trace;
+};
+
+// OpenSSL itself refuses TLS 1.1 unless it is told otherwise.
+constexpr char kEverything[] = "ALL:@SECLEVEL=0";
+
+TEST_F(SecuritySSTest, LeavesTheCiphersToLibcurlWithoutAConfiguration)
+{
+    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
+    EXPECT_EQ(connect(), CURLE_OK);
+    EXPECT_EQ(agreed(), "TLSv1.3 / TLS_AES_256_GCM_SHA384");
+    EXPECT_EQ(connect(TLS1_2_VERSION, TLS1_2_VERSION), CURLE_OK);
+    EXPECT_EQ(agreed(), "TLSv1.2 / ECDHE-ECDSA-AES256-GCM-SHA384");
+    EXPECT_EQ(m_log.text(), "");
+}
+
+TEST_F(SecuritySSTest, RefusesAServerThatSpeaksTls11AtMost)
+{
+    // What the security service is there to prevent works without it.
+    curl_easy_setopt(m_curl.get(), CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_0));
+    curl_easy_setopt(m_curl.get(), CURLOPT_SSL_CIPHER_LIST, kEverything);
+    ASSERT_EQ(connect(TLS1_1_VERSION, TLS1_1_VERSION), CURLE_OK);
+    ASSERT_EQ(agreed().substr(0, 9), "TLSv1.1 /");
+
+    configure(std::string("CipherList=") + kEverything + "\n");
+    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
+    EXPECT_EQ(connect(TLS1_1_VERSION, TLS1_1_VERSION), CURLE_SSL_CONNECT_ERROR);
+    EXPECT_EQ(agreed(), "nothing");
+    EXPECT_EQ(connect(TLS1_1_VERSION, TLS1_2_VERSION), CURLE_OK);
+    EXPECT_EQ(agreed().substr(0, 9), "TLSv1.2 /");
+}
+
+TEST_F(SecuritySSTest, SetsTheCipherListOfTheConfiguration)
+{
+    configure("CipherList=ECDHE-ECDSA-CHACHA20-POLY1305:ECDHE-ECDSA-AES128-GCM-SHA256\n");
+    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
+    EXPECT_EQ(connect(TLS1_2_VERSION, TLS1_2_VERSION), CURLE_OK);
+    EXPECT_EQ(agreed(), "TLSv1.2 / ECDHE-ECDSA-CHACHA20-POLY1305");
+}
+
+TEST_F(SecuritySSTest, SetsTheTls13CiphersOfTheConfiguration)
+{
+    configure("Tls13Ciphers=TLS_CHACHA20_POLY1305_SHA256\n");
+    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
+    EXPECT_EQ(connect(TLS1_3_VERSION, TLS1_3_VERSION), CURLE_OK);
+    EXPECT_EQ(agreed(), "TLSv1.3 / TLS_CHACHA20_POLY1305_SHA256");
+}
+
+TEST_F(SecuritySSTest, RefusesAServerWithoutACommonCipher)
+{
+    // The server's certificate is not one of RSA.
+    configure("CipherList=ECDHE-RSA-AES256-GCM-SHA384\n");
+    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
+    EXPECT_EQ(connect(TLS1_2_VERSION, TLS1_2_VERSION), CURLE_SSL_CONNECT_ERROR);
+    EXPECT_EQ(agreed(), "nothing");
+}
+
+TEST_F(SecuritySSTest, LeavesAnUnknownCipherToTheConnection)
+{
+    configure("CipherList=NO-SUCH-CIPHER\n");
+    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
+    EXPECT_EQ(connect(), CURLE_SSL_CIPHER);
+}
+
+TEST_F(SecuritySSTest, AnswersFailureWhenLibcurlRefuses)
 {
     std::string cert = "none";
-    EXPECT_EQ(SecuritySS::enrichSSL(nullptr, cert), SECURITYSS_SUCCESS);
-    EXPECT_EQ(cert, "none");
+    EXPECT_EQ(SecuritySS::enrichSSL(nullptr, cert), SECURITYSS_FAILURE);
+    const std::string record = m_log.withoutTimes();
+    EXPECT_EQ(record.find("TIME error SFtpClientHost request=0 SecuritySS::enrichSSL():"), 0U) << record;
+    EXPECT_NE(record.find(" The TLS settings cannot be made: libcurl refuses TLS 1.2 as the lowest version: A libcurl "
+                          "function was given a bad argument. Do not use this handle.\n"),
+              std::string::npos)
+        << record;
 }
+
+// libcurl takes no text of more than 8000000 bytes.
+TEST_F(SecuritySSTest, NamesTheListThatLibcurlRefuses)
+{
+    for (const std::string key : {"CipherList", "Tls13Ciphers"}) {
+        const LogCapture log;
+        configure(key + "=" + std::string(8000001, 'x') + "\n");
+        EXPECT_EQ(enrich(), SECURITYSS_FAILURE);
+        EXPECT_NE(log.text().find("libcurl refuses " + key + " of section Security: "), std::string::npos)
+            << log.text();
+    }
+}
+
+TEST_F(SecuritySSTest, AnswersFailureToAMisspeltKey)
+{
+    configure("Cipherlist=ECDHE-ECDSA-AES256-GCM-SHA384\n");
+    EXPECT_EQ(enrich(), SECURITYSS_FAILURE);
+    EXPECT_NE(m_log.text().find("[Security] has a key \"Cipherlist\", but knows only CipherList, Tls13Ciphers"),
+              std::string::npos)
+        << m_log.text();
+}
+
+} // namespace

@@ -13,6 +13,8 @@ namespace {
 
 // A 0 stands for any digit, the "+" for a "-" as well.
 constexpr char kTimeShape[] = "0000-00-00T00:00:00.000+00:00";
+constexpr std::size_t kTimeLength = sizeof kTimeShape - 1;
+constexpr char kJsonBegin[] = "{\"time\":\"";
 
 bool fits(char character, char shape)
 {
@@ -22,10 +24,17 @@ bool fits(char character, char shape)
     return character == shape || (shape == '+' && character == '-');
 }
 
-bool isTime(const std::string& word)
+std::string replaceTime(std::string line)
 {
-    const std::string shape = kTimeShape;
-    return std::equal(word.begin(), word.end(), shape.begin(), shape.end(), fits);
+    const std::string json = kJsonBegin;
+    const bool isJson = line.compare(0, json.size(), json) == 0;
+    const std::size_t at = isJson ? json.size() : 0;
+    const std::string time = line.substr(at, kTimeLength + 1);
+    const std::string shape = std::string(kTimeShape) + (isJson ? '"' : ' ');
+    if (std::equal(time.begin(), time.end(), shape.begin(), shape.end(), fits)) {
+        line.replace(at, kTimeLength, "TIME");
+    }
+    return line;
 }
 
 } // namespace
@@ -60,9 +69,7 @@ std::string replaceTimes(const std::string& log)
     std::string replaced;
     std::istringstream lines(log);
     for (std::string line; std::getline(lines, line);) {
-        const std::string::size_type blank = line.find(' ');
-        replaced.append(blank != std::string::npos && isTime(line.substr(0, blank)) ? "TIME" + line.substr(blank)
-                                                                                    : line);
+        replaced.append(replaceTime(line));
         replaced.append(lines.eof() ? "" : "\n");
     }
     return replaced;

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-/// Catches what the host's log writes as long as this object lives.
+/// Catches what the host's log writes to standard error as long as this object lives.
 class LogCapture
 {
 public:
@@ -31,7 +31,7 @@ private:
     std::unique_ptr<FILE, Close> m_file;
 };
 
-/// `log` with "TIME" in place of what begins a line, wherever that is a record's time and nothing else.
+/// `log` with "TIME" in place of a record's time, where that begins a line, or a line's JSON object, and is one.
 std::string replaceTimes(const std::string& log);
 
 #endif

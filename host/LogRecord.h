@@ -1,0 +1,26 @@
+#ifndef SFTPCLIENT_HOST_LOGRECORD_H
+#define SFTPCLIENT_HOST_LOGRECORD_H
+
+#include <string>
+#include <string_view>
+
+/// One record on its way to the log. The texts are the caller's.
+struct LogRecord
+{
+    int level; ///< 1 detail, 2 normal end; 4, or a number that has no meaning, failure
+    std::string_view module;
+    unsigned long requestId;
+    std::string_view function;
+    unsigned int line;
+    std::string_view text;
+};
+
+/// What a line of text says after time and level: "SFtpClient request=7 SFtpClient::Listsftpdir():41 end". Control
+/// characters and bytes that are no UTF-8 are escaped: paths and what servers say are not trusted.
+std::string asText(const LogRecord& record);
+
+/// What a JSON object says after time and level, without the braces: "module":"SFtpClient","request":7,... The texts
+/// are escaped as `jsonText` tells.
+std::string asJson(const LogRecord& record);
+
+#endif

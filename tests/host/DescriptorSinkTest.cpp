@@ -1,0 +1,127 @@
+#include "harness/FileSizeLimit.h"
+#include "harness/TemporaryFolder.h"
+
+#include <DescriptorSink.h>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+
+#include <array>
+#include <csignal>
+#include <string>
+#include <system_error>
+#include <thread>
+
+namespace {
+
+int failureOf(DescriptorSink& sink, const std::string& line)
+{
+    try {
+        sink.write(line);
+    } catch (const std::system_error& error) {
+        return error.code().value();
+    }
+    return 0;
+}
+
+class DescriptorSinkTest : public testing::Test
+{
+protected:
+    DescriptorSinkTest()
+    {
+        EXPECT_EQ(pipe2(m_ends.data(), O_CLOEXEC), 0);
+        m_sink.setDescriptor(m_ends[1]);
+    }
+    ~DescriptorSinkTest() override
+    {
+        closeEnd(0);
+        closeEnd(1);
+    }
+
+    void closeEnd(std::size_t end)
+    {
+        if (m_ends[end] >= 0) {
+            close(m_ends[end]);
+            m_ends[end] = -1;
+        }
+    }
+
+    std::array<int, 2> m_ends = {-1, -1};
+    DescriptorSink m_sink;
+};
+
+TEST_F(DescriptorSinkTest, SurvivesAPipeThatNobodyReads)
+{
+    closeEnd(0);
+    EXPECT_EQ(failureOf(m_sink, "lost\n"), EPIPE);
+    sigset_t pending = {};
+    sigpending(&pending);
+    EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+    sigset_t blocked = {};
+    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
+}
+
+TEST_F(DescriptorSinkTest, LeavesTheHostASignalThatItBlocksItself)
+{
+    sigset_t sigpipe = {};
+    sigemptyset(&sigpipe);
+    sigaddset(&sigpipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &sigpipe, nullptr);
+    closeEnd(0);
+    EXPECT_EQ(failureOf(m_sink, "lost\n"), EPIPE);
+    const timespec atOnce = {};
+    EXPECT_EQ(sigtimedwait(&sigpipe, nullptr, &atOnce), SIGPIPE);
+    pthread_sigmask(SIG_UNBLOCK, &sigpipe, nullptr);
+}
+
+TEST_F(DescriptorSinkTest, WaitsForRoomInAPipeThatDoesNotBlock)
+{
+    ASSERT_EQ(fcntl(m_ends[1], F_SETFL, O_NONBLOCK), 0);
+    const std::string line = std::string(1000000, 'x') + "\n";
+    std::string read;
+    std::thread reader([this, &read] {
+        std::array<char, 1000> block = {};
+        for (ssize_t count = 0; (count = ::read(m_ends[0], block.data(), block.size())) > 0;) {
+            read.append(block.data(), static_cast<std::size_t>(count));
+        }
+    });
+    EXPECT_EQ(failureOf(m_sink, line), 0);
+    closeEnd(1);
+    reader.join();
+    EXPECT_TRUE(read == line);
+}
+
+TEST_F(DescriptorSinkTest, SaysThatTheDescriptorIsClosed)
+{
+    const int number = m_ends[1];
+    closeEnd(1);
+    try {
+        m_sink.write("lost\n");
+        FAIL() << "written to a closed descriptor";
+    } catch (const std::system_error& error) {
+        EXPECT_EQ(error.what(), "descriptor " + std::to_string(number) + ": Bad file descriptor");
+    }
+}
+
+TEST_F(DescriptorSinkTest, BeginsANewLineAfterATornOne)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.file("log");
+    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    ASSERT_GE(descriptor, 0);
+    m_sink.setDescriptor(descriptor);
+    {
+        const FileSizeLimit full(6);
+        EXPECT_EQ(failureOf(m_sink, "1st\n"), 0);
+        EXPECT_EQ(failureOf(m_sink, "2nd\n"), EFBIG);
+        EXPECT_EQ(failureOf(m_sink, "3rd\n"), EFBIG);
+    }
+    EXPECT_EQ(failureOf(m_sink, "4th\n"), 0);
+    EXPECT_EQ(failureOf(m_sink, "5th\n"), 0);
+    close(descriptor);
+    EXPECT_EQ(contentOf(path), "1st\n2n\n4th\n5th\n");
+}
+
+} // namespace

@@ -1,0 +1,177 @@
+#include "harness/SetVariable.h"
+#include "harness/TemporaryFolder.h"
+
+#include <HostConfiguration.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr char kVariable[] = "SFTPCLIENT_CONFIG";
+
+class HostConfigurationTest : public testing::Test
+{
+protected:
+    std::string value(const std::string& key = "Key")
+    {
+        return m_configuration.values()->find("General", key).value_or("none");
+    }
+
+    static std::string failureOf(const std::function<void()>& action)
+    {
+        try {
+            action();
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "no failure";
+    }
+
+    TemporaryFolder m_folder;
+    HostConfiguration m_configuration;
+};
+
+TEST_F(HostConfigurationTest, HasNoValuesWithoutAFile)
+{
+    for (const char* const name : {static_cast<const char*>(nullptr), ""}) {
+        const SetVariable variable(kVariable, name);
+        HostConfiguration configuration;
+        EXPECT_FALSE(configuration.values()->find("General", "Key"));
+    }
+}
+
+TEST_F(HostConfigurationTest, ReadsOnceAndAgainOnRequest)
+{
+    const std::string path = m_folder.write("a.ini", "[General]\nKey=old\n");
+    const SetVariable variable(kVariable, path.c_str());
+    EXPECT_EQ(value(), "old");
+    m_folder.write("a.ini", "[General]\nKey=new\n");
+    EXPECT_EQ(value(), "old");
+    m_configuration.reload();
+    EXPECT_EQ(value(), "new");
+}
+
+TEST_F(HostConfigurationTest, PrefersTheFileThatTheHostNames)
+{
+    const std::string other = m_folder.write("variable.ini", "[General]\nKey=variable\n");
+    const SetVariable variable(kVariable, other.c_str());
+    m_configuration.load(m_folder.write("named.ini", "[General]\nKey=named\n"));
+    EXPECT_EQ(value(), "named");
+    m_folder.write("named.ini", "[General]\nKey=named anew\n");
+    m_configuration.reload();
+    EXPECT_EQ(value(), "named anew");
+}
+
+TEST_F(HostConfigurationTest, FollowsTheVariableOnReload)
+{
+    {
+        const std::string path = m_folder.write("a.ini", "[General]\nKey=a\n");
+        const SetVariable variable(kVariable, path.c_str());
+        EXPECT_EQ(value(), "a");
+    }
+    const std::string path = m_folder.write("b.ini", "[General]\nKey=b\n");
+    const SetVariable variable(kVariable, path.c_str());
+    EXPECT_EQ(value(), "a");
+    m_configuration.reload();
+    EXPECT_EQ(value(), "b");
+}
+
+TEST_F(HostConfigurationTest, KeepsTheOldValuesWhenAReloadFails)
+{
+    const std::string path = m_folder.write("a.ini", "[General]\nKey=old\n");
+    m_configuration.load(path);
+    m_folder.write("a.ini", "[General]\nKey=new\nKey=newer\n");
+    EXPECT_EQ(failureOf([this] { m_configuration.reload(); }), path + "(3): duplicate key name");
+    EXPECT_EQ(value(), "old");
+    ASSERT_EQ(std::remove(path.c_str()), 0);
+    EXPECT_EQ(failureOf([this] { m_configuration.reload(); }), path + ": cannot open file");
+    EXPECT_EQ(value(), "old");
+}
+
+TEST_F(HostConfigurationTest, KeepsTheOldFileWhenAnotherCannotBeLoaded)
+{
+    m_configuration.load(m_folder.write("a.ini", "[General]\nKey=old\n"));
+    EXPECT_EQ(failureOf([this] { m_configuration.load(m_folder.file("missing.ini")); }),
+              m_folder.file("missing.ini") + ": cannot open file");
+    EXPECT_EQ(value(), "old");
+    m_folder.write("a.ini", "[General]\nKey=new\n");
+    m_configuration.reload();
+    EXPECT_EQ(value(), "new");
+}
+
+TEST_F(HostConfigurationTest, SaysEachTimeThatTheFirstReadingFailed)
+{
+    const std::string path = m_folder.file("late.ini");
+    const SetVariable variable(kVariable, path.c_str());
+    EXPECT_EQ(failureOf([this] { value(); }), path + ": cannot open file");
+    m_folder.write("late.ini", "[General]\nKey=late\n");
+    EXPECT_EQ(failureOf([this] { value(); }), path + ": cannot open file");
+    m_configuration.reload();
+    EXPECT_EQ(value(), "late");
+}
+
+TEST_F(HostConfigurationTest, LeavesValuesToThoseWhoHoldThem)
+{
+    m_configuration.load(m_folder.write("a.ini", "[General]\nKey=old\n"));
+    const std::shared_ptr<const IniFile> held = m_configuration.values();
+    m_configuration.load(m_folder.write("b.ini", "[General]\nKey=new\n"));
+    EXPECT_EQ(held->find("General", "Key"), "old");
+    EXPECT_EQ(value(), "new");
+}
+
+// Both keys change together in the file: who sees them differ has seen half a reading.
+TEST_F(HostConfigurationTest, IsNeverSeenHalfRead)
+{
+    const std::string even = m_folder.write("even.ini", "[General]\nKey=even\nOther=even\n");
+    const std::string odd = m_folder.write("odd.ini", "[General]\nKey=odd\nOther=odd\n");
+    m_configuration.load(even);
+    std::atomic<bool> over{false};
+    std::atomic<int> torn{0};
+    std::atomic<int> asked{0};
+    std::vector<std::thread> readers;
+    for (int i = 0; i < 8; ++i) {
+        readers.emplace_back([&] {
+            while (!over) {
+                const std::shared_ptr<const IniFile> values = m_configuration.values();
+                torn += values->find("General", "Key") == values->find("General", "Other") ? 0 : 1;
+                ++asked;
+            }
+        });
+    }
+    for (int i = 0; i < 200 || asked < 1000; ++i) {
+        m_configuration.load(i % 2 == 0 ? odd : even);
+        m_configuration.reload();
+    }
+    over = true;
+    for (std::thread& reader : readers) {
+        reader.join();
+    }
+    EXPECT_EQ(torn, 0);
+}
+
+TEST_F(HostConfigurationTest, ReadsOnceForManyThreadsAtTheirFirstQuestion)
+{
+    const std::string path = m_folder.write("a.ini", "[General]\nKey=a\n");
+    const SetVariable variable(kVariable, path.c_str());
+    std::vector<std::shared_ptr<const IniFile>> seen(16);
+    std::vector<std::thread> threads;
+    for (auto& values : seen) {
+        threads.emplace_back([this, &values] { values = m_configuration.values(); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (const auto& values : seen) {
+        EXPECT_EQ(values, seen.front());
+    }
+}
+
+} // namespace

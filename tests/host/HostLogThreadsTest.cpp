@@ -1,0 +1,163 @@
+#include "harness/AppliedSettings.h"
+#include "harness/LogCapture.h"
+#include "harness/TemporaryFolder.h"
+
+#include <HostLog.h>
+#include <LogProxy.h>
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr unsigned kThreads = 32;
+
+void onThreads(const std::function<void(unsigned thread)>& work)
+{
+    std::vector<std::thread> threads;
+    threads.reserve(kThreads);
+    for (unsigned i = 0; i < kThreads; ++i) {
+        threads.emplace_back(work, i);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+std::string textOf(unsigned thread, std::size_t length) { return std::string(length, static_cast<char>('0' + thread)); }
+
+void writeRecords(unsigned thread, unsigned count, std::size_t length)
+{
+    for (unsigned record = 0; record < count; ++record) {
+        LogProxy(1, "m", thread, "f()", record) << 0 << textOf(thread, length);
+    }
+}
+
+// Each record of `writeRecords` once, whole, and nothing else.
+void expectAllRecords(const std::string& log, unsigned count, std::size_t length)
+{
+    std::map<std::string, unsigned> seen;
+    std::istringstream lines(replaceTimes(log));
+    for (std::string line; std::getline(lines, line);) {
+        ++seen[line];
+    }
+    EXPECT_EQ(seen.size(), kThreads * count);
+    for (unsigned thread = 0; thread < kThreads; ++thread) {
+        for (unsigned record = 0; record < count; ++record) {
+            const std::string expected = "TIME debug m request=" + std::to_string(thread) +
+                                         " f():" + std::to_string(record) + " " + textOf(thread, length);
+            ASSERT_EQ(seen[expected], 1U) << "thread " << thread << ", record " << record;
+        }
+    }
+}
+
+std::string readAll(int descriptor)
+{
+    std::string text;
+    std::array<char, 65536> block = {};
+    for (ssize_t count = 0; (count = read(descriptor, block.data(), block.size())) > 0;) {
+        text.append(block.data(), static_cast<size_t>(count));
+    }
+    return text;
+}
+
+} // namespace
+
+// Records far longer than what a pipe takes at once: unless each is written under a lock, they mix.
+TEST(HostLogThreads, RecordsAreWholeInAPipe)
+{
+    std::array<int, 2> ends = {};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    HostLog::instance().setDescriptor(ends[1]);
+    std::string log;
+    std::thread reader([&log, &ends] { log = readAll(ends[0]); });
+    onThreads([](unsigned thread) { writeRecords(thread, 10, 100000); });
+    HostLog::instance().setDescriptor(STDERR_FILENO);
+    close(ends[1]);
+    reader.join();
+    close(ends[0]);
+    expectAllRecords(log, 10, 100000);
+}
+
+TEST(HostLogThreads, RecordsAreWholeInRotatedFiles)
+{
+    const TemporaryFolder folder;
+    HostLogSettings settings;
+    settings.file = folder.file("log");
+    settings.maxBytes = 20000;
+    settings.files = 1000;
+    {
+        const AppliedSettings applied(settings);
+        onThreads([](unsigned thread) { writeRecords(thread, 100, 300); });
+    }
+    std::string log;
+    std::size_t files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+        EXPECT_LE(entry.file_size(), settings.maxBytes);
+        log += contentOf(entry.path());
+        ++files;
+    }
+    EXPECT_GT(files, 50U);
+    expectAllRecords(log, 100, 300);
+}
+
+// Format and file change together, under writers: a record that saw half a change would be in the wrong file.
+TEST(HostLogThreads, SettingsChangeBetweenRecords)
+{
+    const TemporaryFolder folder;
+    HostLogSettings text;
+    text.file = folder.file("text");
+    HostLogSettings json;
+    json.file = folder.file("json");
+    json.format = LogFormat::Json;
+    const AppliedSettings applied(text);
+    std::thread changer([&] {
+        for (int i = 0; i < 100; ++i) {
+            HostLog::instance().apply(i % 2 == 0 ? json : text);
+        }
+    });
+    onThreads([](unsigned thread) { writeRecords(thread, 100, 10); });
+    changer.join();
+    HostLog::instance().apply(text);
+
+    std::size_t count = 0;
+    for (const std::string name : {"text", "json"}) {
+        std::istringstream lines(replaceTimes(contentOf(folder.file(name))));
+        for (std::string line; std::getline(lines, line); ++count) {
+            const std::string begin = name == "json" ? R"({"time":"TIME","level":"debug",)" : "TIME debug m request=";
+            ASSERT_EQ(line.compare(0, begin.size(), begin), 0) << name << ": " << line;
+            ASSERT_EQ(line.back() == '}', name == "json") << name << ": " << line;
+        }
+    }
+    EXPECT_EQ(count, kThreads * 100U);
+}
+
+TEST(HostLogThreads, NoRecordIsLostWhenTheyAreSentElsewhereMeanwhile)
+{
+    std::string log;
+    {
+        const LogCapture first;
+        {
+            const LogCapture second;
+            std::thread changer([&] {
+                for (int i = 0; i < 100; ++i) {
+                    HostLog::instance().setDescriptor(i % 2 == 0 ? first.descriptor() : second.descriptor());
+                }
+            });
+            onThreads([](unsigned thread) { writeRecords(thread, 100, 10); });
+            changer.join();
+            log = second.withoutTimes();
+        }
+        log += first.withoutTimes();
+    }
+    expectAllRecords(log, 100, 10);
+}

@@ -1,0 +1,122 @@
+#include "harness/AppliedSettings.h"
+#include "harness/FileSizeLimit.h"
+#include "harness/LogCapture.h"
+#include "harness/TemporaryFolder.h"
+
+#include <HostLog.h>
+#include <LogProxy.h>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <regex>
+
+namespace {
+
+void write(const std::string& text) { LogProxy(2, "m", 1, "f()", 2) << 0 << text; }
+
+HostLogSettings to(const std::string& file)
+{
+    HostLogSettings settings;
+    settings.file = file;
+    return settings;
+}
+
+std::string withoutLine(const std::string& log)
+{
+    return std::regex_replace(replaceTimes(log), std::regex("(HostLog::write\\(\\)(:|\",\"line\":))[0-9]+"), "$1LINE");
+}
+
+} // namespace
+
+TEST(LostRecords, AreToldOnceWhileADeviceIsFull)
+{
+    const LogCapture standardError;
+    const AppliedSettings applied(to("/dev/full"));
+    write("1st");
+    write("2nd");
+    write("3rd");
+    EXPECT_EQ(standardError.text(),
+              "Log records are being lost: Failed writing to file /dev/full: No space left on device\n");
+    HostLog::instance().apply({});
+    write("4th");
+    EXPECT_EQ(withoutLine(standardError.text()),
+              "Log records are being lost: Failed writing to file /dev/full: No space left on device\n"
+              "TIME error SFtpClientHost request=0 HostLog::write():LINE log records lost: 3 "
+              "(Failed writing to file /dev/full: No space left on device)\n"
+              "TIME info m request=1 f():2 4th\n");
+}
+
+TEST(LostRecords, AreCountedInTheFileWhenTheDiskHasRoomAgain)
+{
+    const TemporaryFolder folder;
+    const LogCapture standardError;
+    HostLogSettings settings = to(folder.file("log"));
+    settings.format = LogFormat::Json;
+    const AppliedSettings applied(settings);
+    // Standard error goes to a file here, and must have room for what is said of the loss.
+    const std::string text(500, 'x');
+    write(text);
+    {
+        const FileSizeLimit full(std::filesystem::file_size(settings.file) + 10);
+        write("1st");
+        write("2nd");
+    }
+    write("whole again");
+    const std::string why = "Failed writing to file " + settings.file + ": File too large";
+    EXPECT_EQ(standardError.text(), "Log records are being lost: " + why + "\n");
+    const std::string begin = R"*({"time":"TIME","level":"info","module":"m","request":1,"function":"f()","line":2,)*";
+    EXPECT_EQ(withoutLine(contentOf(settings.file)),
+              begin + "\"text\":\"" + text + "\"}\n" +
+                  R"*({"time":"TIME","level":"error","module":"SFtpClientHost","request":0,)*" +
+                  R"*("function":"HostLog::write()","line":LINE,"text":"log records lost: 2 ()*" + why + ")\"}\n" +
+                  begin + "\"text\":\"whole again\"}\n");
+}
+
+TEST(LostRecords, OfAClosedDescriptorAreCountedOnTheNextOne)
+{
+    const int closed = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 100);
+    ASSERT_EQ(close(closed), 0);
+    HostLog::instance().setDescriptor(closed);
+    write("1st");
+    write("2nd");
+    const LogCapture standardError;
+    write("3rd");
+    EXPECT_EQ(withoutLine(standardError.text()),
+              "TIME error SFtpClientHost request=0 HostLog::write():LINE log records lost: 2 (descriptor " +
+                  std::to_string(closed) + ": Bad file descriptor)\nTIME info m request=1 f():2 3rd\n");
+}
+
+TEST(LostRecords, AreNoneWhenTheFolderWasRemoved)
+{
+    const TemporaryFolder folder;
+    const LogCapture standardError;
+    const AppliedSettings applied(to(folder.file("sub/log")));
+    write("1st");
+    std::filesystem::remove_all(folder.file("sub"));
+    write("2nd");
+    EXPECT_EQ(standardError.text(), "");
+    EXPECT_EQ(replaceTimes(contentOf(folder.file("sub/log"))), "TIME info m request=1 f():2 2nd\n");
+}
+
+TEST(LostRecords, AreNoneWhenSettingsAreRefused)
+{
+    const TemporaryFolder folder;
+    const LogCapture standardError;
+    const AppliedSettings applied(to(folder.file("log")));
+    const std::string impossible = folder.file("log") + "/log";
+    try {
+        HostLog::instance().apply(to(impossible));
+        FAIL() << "a file within a file";
+    } catch (const std::runtime_error& error) {
+        const std::string text = error.what();
+        EXPECT_EQ(text.find("The log cannot be written to " + impossible + ": "), 0U) << text;
+        EXPECT_NE(text.find(". Name another file, or make this one writable."), std::string::npos) << text;
+    }
+    write("as before");
+    EXPECT_EQ(standardError.text(), "");
+    EXPECT_EQ(replaceTimes(contentOf(folder.file("log"))), "TIME info m request=1 f():2 as before\n");
+}

@@ -1,0 +1,57 @@
+#include <LogProxy.h>
+#include <RequestIdScope.h>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <thread>
+
+TEST(ThreadRequestId, IsEachThreadsOwnAndStartsAtZero)
+{
+    unsigned long before = 99;
+    unsigned long after = 99;
+    TSP_RequestID.get() = 5;
+    std::thread([&before, &after] {
+        before = TSP_RequestID.get();
+        TSP_RequestID.get() = 6;
+        after = TSP_RequestID.get();
+    }).join();
+    EXPECT_EQ(before, 0U);
+    EXPECT_EQ(after, 6U);
+    EXPECT_EQ(TSP_RequestID.get(), 5U);
+    TSP_RequestID.get() = 0;
+}
+
+TEST(RequestIdScope, LastsAsLongAsItsObject)
+{
+    {
+        const RequestIdScope outer(18446744073709551615UL);
+        EXPECT_EQ(TSP_RequestID.get(), 18446744073709551615UL);
+        {
+            const RequestIdScope inner(7);
+            EXPECT_EQ(TSP_RequestID.get(), 7U);
+        }
+        EXPECT_EQ(TSP_RequestID.get(), 18446744073709551615UL);
+    }
+    EXPECT_EQ(TSP_RequestID.get(), 0U);
+}
+
+TEST(RequestIdScope, EndsWithAnException)
+{
+    try {
+        const RequestIdScope scope(7);
+        throw std::runtime_error("on the way out");
+    } catch (const std::runtime_error&) {
+        EXPECT_EQ(TSP_RequestID.get(), 0U);
+    }
+}
+
+TEST(RequestIdScope, IsItsThreadsOwn)
+{
+    const RequestIdScope here(1);
+    std::thread([] {
+        const RequestIdScope there(2);
+        EXPECT_EQ(TSP_RequestID.get(), 2U);
+    }).join();
+    EXPECT_EQ(TSP_RequestID.get(), 1U);
+}

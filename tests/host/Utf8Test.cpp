@@ -1,0 +1,66 @@
+#include <Utf8.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+// What UTF-8 has for a number, written as its definition says; surrogates and what is too large are not left out.
+std::string encoded(char32_t number)
+{
+    const auto tail = [number](unsigned shift) { return static_cast<char>(0x80U | ((number >> shift) & 0x3fU)); };
+    if (number < 0x80) {
+        return {static_cast<char>(number)};
+    }
+    if (number < 0x800) {
+        return {static_cast<char>(0xc0U | (number >> 6U)), tail(0)};
+    }
+    if (number < 0x10000) {
+        return {static_cast<char>(0xe0U | (number >> 12U)), tail(6), tail(0)};
+    }
+    return {static_cast<char>(0xf0U | (number >> 18U)), tail(12), tail(6), tail(0)};
+}
+
+} // namespace
+
+TEST(Utf8, KnowsEveryCharacter)
+{
+    for (char32_t number = 0; number < 0x110000; ++number) {
+        const std::string text = encoded(number);
+        const bool surrogate = number >= 0xd800 && number <= 0xdfff;
+        ASSERT_EQ(utf8Length(text + "x"), surrogate ? 0 : text.size()) << number;
+    }
+    EXPECT_EQ(utf8Length(encoded(0x110000)), 0U);
+    EXPECT_EQ(utf8Length(encoded(0x1fffff)), 0U);
+}
+
+TEST(Utf8, RefusesEveryCharacterCutShort)
+{
+    for (const char32_t number : {0x80U, 0x7ffU, 0x800U, 0xffffU, 0x10000U, 0x10ffffU}) {
+        std::string text = encoded(number);
+        while (text.size() > 1) {
+            text.pop_back();
+            EXPECT_EQ(utf8Length(text), 0U) << number;
+            EXPECT_EQ(utf8Length(text + "x"), 0U) << number;
+            EXPECT_EQ(utf8Length(text + "\xc3\xbc"), 0U) << number;
+        }
+    }
+    EXPECT_EQ(utf8Length(""), 0U);
+}
+
+TEST(Utf8, RefusesOverlongFormsAndStrayBytes)
+{
+    for (const char* const text : {"\xc0\x80", "\xc1\xbf", "\xe0\x80\x80", "\xe0\x9f\xbf", "\xf0\x80\x80\x80",
+                                   "\xf0\x8f\xbf\xbf", "\x80", "\xbf", "\xf5\x80\x80\x80", "\xfe", "\xff"}) {
+        EXPECT_EQ(utf8Length(text), 0U);
+    }
+}
+
+TEST(Utf8, KnowsTheControlCharacters)
+{
+    for (char32_t number = 0; number < 0x200; ++number) {
+        const bool control = number < 0x20 || (number >= 0x7f && number <= 0x9f);
+        EXPECT_EQ(isControl(encoded(number)), control) << number;
+    }
+}
