@@ -1,6 +1,8 @@
 #ifndef SFTPCLIENT_TESTS_HOST_LOGCAPTURE_H
 #define SFTPCLIENT_TESTS_HOST_LOGCAPTURE_H
 
+#include "harness/ReplaceTimes.h"
+
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -30,8 +32,5 @@ private:
     };
     std::unique_ptr<FILE, Close> m_file;
 };
-
-/// `log` with "TIME" in place of a record's time, where that begins a line, or a line's JSON object, and is one.
-std::string replaceTimes(const std::string& log);
 
 #endif

@@ -1,0 +1,9 @@
+#ifndef SFTPCLIENT_TESTS_HOST_REPLACETIMES_H
+#define SFTPCLIENT_TESTS_HOST_REPLACETIMES_H
+
+#include <string>
+
+/// `log` with "TIME" in place of a record's time, where that begins a line, or a line's JSON object, and is one.
+std::string replaceTimes(const std::string& log);
+
+#endif
