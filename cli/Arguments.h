@@ -2,7 +2,6 @@
 #define SFTPCLIENT_CLI_ARGUMENTS_H
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 enum class Operation
@@ -15,7 +14,8 @@ enum class Operation
     Remove
 };
 
-/// What the command line said. What was not given is empty, or 0.
+/// What the command is to do, from the command line, the environment and the configuration file together. What was not
+/// given is empty, or 0.
 struct Arguments
 {
     Operation operation = Operation::Test;
@@ -26,17 +26,16 @@ struct Arguments
     std::string newName;
     uint32_t port = 0;
     std::string user;
-    std::string ca;
     std::string passwordFile;
+    bool passwordFromInput = false;
+    bool netrc = false;
+    std::string netrcFile;
+    std::string ca;
     std::string configFile;
     bool quiet = false;
 };
 
 /// Exit status where the command could not be run as it was given.
 constexpr int kWrongUsage = 2;
-
-/// Reads the command line. Where there is nothing to run, because help was asked for or the usage is wrong, it prints
-/// what is to be said, sets `status` to the exit status and returns nothing.
-std::optional<Arguments> parseArguments(int argc, const char* const* argv, int& status);
 
 #endif

@@ -1,6 +1,6 @@
 #include "Operations.h"
 
-#include "StandardStreams.h"
+#include "output/StandardStreams.h"
 
 #include <ISFtpClient.h>
 #include <SFtpClient.h>

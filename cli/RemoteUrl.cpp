@@ -1,8 +1,10 @@
 #include "RemoteUrl.h"
 
 #include "Checks.h"
+#include "PercentCode.h"
 #include "UsageError.h"
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
 
@@ -53,20 +55,32 @@ RemoteUrl::RemoteUrl(const std::string& text) : m_text(text)
         throw UsageError("URL must begin with ftp://, ftps:// or sftp://.");
     }
     const std::string::size_type authority = schemeEnd + 3;
-    const std::string::size_type path = text.find_first_of("/?#", authority);
-    if (path != std::string::npos) {
-        m_path = text.substr(path);
+    const std::string::size_type path = std::min(text.find_first_of("/?#", authority), text.size());
+    m_path = text.substr(path);
+    const std::string::size_type host = text.find_last_of('@', path - 1) + 1;
+    if (host > authority) {
+        takeUser(text.substr(authority, host - 1 - authority));
+        m_text.erase(authority, host - authority);
     }
-    splitAuthority(text.substr(authority, path == std::string::npos ? path : path - authority));
+    splitAuthority(text.substr(std::max(authority, host), path - std::max(authority, host)));
+}
+
+void RemoteUrl::takeUser(const std::string& login)
+{
+    // Whoever can list processes would read the password.
+    if (login.find(':') != std::string::npos) {
+        throw UsageError("URL must not hold a password: leave it out and give it with --password-file FILE, with "
+                         "--password-stdin, or in the environment variable SFTPCLIENT_PASSWORD.");
+    }
+    m_user = percentDecoded(login);
+    if (m_user.empty()) {
+        throw UsageError("URL must name a user before the @: write ftp://user@host/, or leave the @ out.");
+    }
+    refuseControlBytes("The user in the URL", m_user);
 }
 
 void RemoteUrl::splitAuthority(const std::string& authority)
 {
-    // Whoever can list processes would read the password.
-    if (authority.find('@') != std::string::npos) {
-        throw UsageError("URL must not hold a login: give the user with --user and keep the password off the command "
-                         "line.");
-    }
     const std::string::size_type bracket = authority.rfind(']');
     const std::string::size_type colon = authority.find(':', bracket == std::string::npos ? 0 : bracket);
     m_host = authority.substr(0, colon);
@@ -91,6 +105,8 @@ uint32_t RemoteUrl::port(uint32_t chosen) const
     return m_port != 0 ? m_port : portOfScheme(m_scheme);
 }
 
+std::string RemoteUrl::host() const { return m_host.front() == '[' ? m_host.substr(1, m_host.size() - 2) : m_host; }
+
 const std::string& RemoteUrl::forListing() const
 {
     if (!m_path.empty() && !endsInSlash(m_path)) {
@@ -110,4 +126,28 @@ std::string RemoteUrl::forDirectoryCommand(uint32_t chosen) const
     const uint32_t shown = m_port != 0 ? m_port : port(chosen);
     const std::string directory = endsInSlash(m_path) ? m_path : m_path + "/";
     return scheme + "://" + m_host + ":" + std::to_string(shown) + directory;
+}
+
+std::string RemoteUrl::forUpload(const std::string& localPath) const
+{
+    if (!m_path.empty() && !endsInSlash(m_path)) {
+        return m_text;
+    }
+    const std::string name = localPath.substr(localPath.rfind('/') + 1);
+    refuseControlBytes("The name of LOCAL", name);
+    return m_text + (m_path.empty() ? "/" : "") + percentEncoded(name);
+}
+
+std::string RemoteUrl::fileName() const
+{
+    // libcurl takes ";type=a" at the end for the kind of transfer.
+    const std::string path = m_path.substr(0, m_path.rfind(";type="));
+    const std::string name = percentDecoded(path.substr(path.rfind('/') + 1));
+    const bool isPlain = !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
+                         path.find_first_of("?#") == std::string::npos;
+    if (!isPlain) {
+        throw UsageError("The URL's last name is none for a local file: name the file to write after the URL.");
+    }
+    refuseControlBytes("The URL's last name", name);
+    return name;
 }

@@ -4,6 +4,11 @@
 #include "RemoteUrl.h"
 #include "UsageError.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -17,8 +22,22 @@ std::string remotePathOf(const Arguments& arguments, const RemoteUrl& url)
     case Operation::Move:
     case Operation::Remove:
         return url.forDirectoryCommand(arguments.port);
+    case Operation::Put:
+        return url.forUpload(arguments.local);
     default:
         return url.text();
+    }
+}
+
+std::string localPathOf(const Arguments& arguments, const RemoteUrl& url)
+{
+    switch (arguments.operation) {
+    case Operation::Move:
+        return arguments.newName;
+    case Operation::Get:
+        return arguments.local.empty() ? url.fileName() : arguments.local;
+    default:
+        return arguments.local;
     }
 }
 
@@ -49,11 +68,6 @@ std::string certificateOf(const Arguments& arguments, const RemoteUrl& url)
 
 void checkNames(const Arguments& arguments)
 {
-    refuseControlBytes("--user", arguments.user);
-    // The library joins user and password with a ":", and libcurl takes the first one for that.
-    if (arguments.user.empty() || arguments.user.find(':') != std::string::npos) {
-        throw UsageError("--user must not be empty or hold a \":\".");
-    }
     if (arguments.operation == Operation::Move) {
         refuseAllButOneWord("OLD", arguments.remoteName);
         refuseAllButOneWord("NEW", arguments.newName);
@@ -62,17 +76,31 @@ void checkNames(const Arguments& arguments)
     }
 }
 
+// The library answers with nothing but a 2.
+void checkLocalFile(const Arguments& arguments)
+{
+    struct stat status = {};
+    const bool isThere = !arguments.local.empty() && stat(arguments.local.c_str(), &status) == 0;
+    if (isThere && S_ISDIR(status.st_mode)) {
+        throw UsageError(arguments.local + " is a directory: name the file itself.");
+    }
+    if (arguments.operation == Operation::Put && access(arguments.local.c_str(), R_OK) != 0) {
+        throw UsageError("The file " + arguments.local + " cannot be read (" + std::strerror(errno) +
+                         "): name one that can be.");
+    }
+}
+
 } // namespace
 
 SFtpRequest requestOf(const Arguments& arguments)
 {
     checkNames(arguments);
+    checkLocalFile(arguments);
     const RemoteUrl url(arguments.url);
     SFtpRequest request;
     request.remotePath = remotePathOf(arguments, url);
     request.remoteFileName = arguments.remoteName;
-    request.localPath = arguments.operation == Operation::Move ? arguments.newName : arguments.local;
-    request.userName = arguments.user;
+    request.localPath = localPathOf(arguments, url);
     request.caCert = certificateOf(arguments, url);
     request.port = url.port(arguments.port);
     return request;

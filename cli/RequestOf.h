@@ -5,7 +5,7 @@
 
 #include <SFtpRequest.h>
 
-/// The library's request for what the command line said, still without the password. Throws `UsageError` for what
+/// The library's request for what the command line said, still without the login. Throws `UsageError` for what
 /// would reach the server as something else than was meant.
 SFtpRequest requestOf(const Arguments& arguments);
 

@@ -1,12 +1,14 @@
-#include "Arguments.h"
-#include "Listing.h"
 #include "Operations.h"
-#include "Password.h"
 #include "RequestOf.h"
-#include "StandardStreams.h"
 #include "UsageError.h"
+#include "credentials/Login.h"
+#include "credentials/Password.h"
+#include "output/Listing.h"
+#include "output/StandardStreams.h"
+#include "usage/CommandLine.h"
 
 #include <CurlProcess.h>
+#include <EscapeControlBytes.h>
 #include <HostLog.h>
 
 #include <unistd.h>
@@ -35,7 +37,7 @@ int run(const Arguments& arguments)
     configureHost(arguments);
     SFtpRequest request = requestOf(arguments);
     const WipedAtEnd wiped(request.password);
-    readPassword(arguments.passwordFile, arguments.user, request.password);
+    readLogin(arguments, request);
 
     const bool printsListing = arguments.operation == Operation::List && arguments.local.empty();
     std::optional<TemporaryFile> listing;
@@ -55,7 +57,7 @@ int run(const Arguments& arguments)
 
 int fail(int status, const std::exception& error)
 {
-    std::cerr << "sftpclient: " << error.what() << "\n";
+    std::cerr << "sftpclient: " << escapeControlBytes(error.what()) << "\n";
     return status;
 }
 

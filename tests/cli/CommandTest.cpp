@@ -55,14 +55,6 @@ TEST(Command, HidesTheTraceOfTheSizeCheckAndShowsTheRecords)
     EXPECT_NE(log.find(" curl_easy_perform fail, res =Couldn't connect to server\n"), std::string::npos) << log;
 }
 
-TEST(Command, SaysTwoForALocalFileThatIsNotThere)
-{
-    const ClosedPort port;
-    const CommandResult result = run({"put", "/nowhere/local", port.url() + "/x"});
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.out, "put: 2 Failed initialization\n");
-}
-
 TEST(Command, LogsFailuresOnlyWhenToldSo)
 {
     const ClosedPort port;

@@ -1,12 +1,9 @@
-#include "harness/SetVariable.h"
 #include "harness/TextFile.h"
 
-#include <Password.h>
 #include <UsageError.h>
+#include <credentials/Password.h>
 
 #include <gtest/gtest.h>
-
-using namespace std::string_literals;
 
 namespace {
 
@@ -14,7 +11,7 @@ std::string passwordFrom(const std::string& contents)
 {
     const TextFile file(contents);
     std::string password;
-    readPassword(file.path(), "me", password);
+    readPasswordFile(file.path(), password);
     return password;
 }
 
@@ -39,31 +36,6 @@ TEST(Password, IsTheFirstLineOfTheFileWithoutItsEnd)
     EXPECT_EQ(passwordFrom("\nnot this\n"), "");
 }
 
-TEST(Password, FromTheFileComesBeforeTheEnvironment)
-{
-    const SetVariable variable("SFTPCLIENT_PASSWORD", "other");
-    EXPECT_EQ(passwordFrom("secret\n"), "secret");
-}
-
-TEST(Password, ComesFromTheEnvironmentWithoutAFile)
-{
-    const SetVariable variable("SFTPCLIENT_PASSWORD", "secret");
-    std::string password;
-    readPassword("", "me", password);
-    EXPECT_EQ(password, "secret");
-}
-
-TEST(Password, IsRefusedWithAControlByte)
-{
-    const std::string refusal = "The password must not hold a control byte (a line break, a tab, ...).";
-    EXPECT_EQ(refusalOf("a\tb\n"), refusal);
-    EXPECT_EQ(refusalOf("a\0b\n"s), refusal);
-    EXPECT_EQ(refusalOf("a\r\r\n"), refusal);
-    const SetVariable variable("SFTPCLIENT_PASSWORD", "a\nb");
-    std::string password;
-    EXPECT_THROW(readPassword("", "me", password), UsageError);
-}
-
 TEST(Password, HasALongestLength)
 {
     const std::string longest(kLongestPassword, 'x');
@@ -78,7 +50,7 @@ TEST(Password, IsMissingFromAnEmptyOrUnreadableFile)
     EXPECT_EQ(refusalOf("").find("The password file "), 0U);
     std::string password;
     try {
-        readPassword("/nowhere/password", "me", password);
+        readPasswordFile("/nowhere/password", password);
         FAIL() << "taken";
     } catch (const UsageError& error) {
         EXPECT_STREQ(error.what(), "The password file /nowhere/password cannot be read (No such file or directory): "

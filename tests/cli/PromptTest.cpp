@@ -1,8 +1,7 @@
-#include "harness/SetVariable.h"
-
 #include <Descriptor.h>
-#include <Password.h>
 #include <UsageError.h>
+#include <credentials/Password.h>
+#include <credentials/TerminalPrompt.h>
 
 #include <gtest/gtest.h>
 
@@ -101,14 +100,13 @@ private:
         login_tty(m_terminal);
         std::string text;
         try {
-            readPassword("", "me", text);
+            promptForPassword("me", text);
         } catch (const UsageError& error) {
             text = error.what();
         }
         _exit(write(answer, text.data(), text.size()) < 0 ? 1 : 0);
     }
 
-    SetVariable m_noPassword{"SFTPCLIENT_PASSWORD", nullptr};
     int m_keyboard = -1;
     int m_terminal = -1;
     int m_answer = -1;

@@ -14,7 +14,6 @@ Arguments argumentsFor(Operation operation)
     Arguments arguments;
     arguments.operation = operation;
     arguments.url = "ftps://host/dir/";
-    arguments.user = "me";
     arguments.ca = "none";
     arguments.local = "local";
     arguments.remoteName = "old";
@@ -39,7 +38,7 @@ TEST(RequestOf, FillsInWhatATransferReads)
     const SFtpRequest request = requestOf(argumentsFor(Operation::Get));
     EXPECT_EQ(request.remotePath, "ftps://host/dir/");
     EXPECT_EQ(request.localPath, "local");
-    EXPECT_EQ(request.userName, "me");
+    EXPECT_EQ(request.userName, "");
     EXPECT_EQ(request.password, "");
     EXPECT_EQ(request.caCert, "none");
     EXPECT_EQ(request.port, 990U);
@@ -85,9 +84,11 @@ TEST(RequestOf, RefusesACertificateThatItCannotRead)
 
 TEST(RequestOf, AsksForTheCertificateWhereTheOperationReadsIt)
 {
+    const TextFile local("contents");
     for (const Operation operation :
          {Operation::Test, Operation::List, Operation::Get, Operation::Put, Operation::Move, Operation::Remove}) {
         Arguments arguments = argumentsFor(operation);
+        arguments.local = local.path();
         arguments.ca = "";
         EXPECT_EQ(refusalOf(arguments), operation == Operation::Put ? "taken"
                                                                     : "The server's CA certificate is missing: give "
@@ -115,13 +116,34 @@ TEST(RequestOf, RefusesNamesThatBreakACommand)
     }
 }
 
-TEST(RequestOf, RefusesAUserThatBreaksTheLogin)
+TEST(RequestOf, NamesTheLocalFileAsTheUrlDoes)
 {
     Arguments arguments = argumentsFor(Operation::Get);
-    arguments.user = "me\r\nDELE x";
-    EXPECT_EQ(refusalOf(arguments), "--user must not hold a control byte (a line break, a tab, ...).");
-    for (const std::string user : {"", "a:b"}) {
-        arguments.user = user;
-        EXPECT_EQ(refusalOf(arguments), "--user must not be empty or hold a \":\".");
+    arguments.local = "";
+    arguments.url = "ftps://me@host/dir/a%20b.bak";
+    EXPECT_EQ(requestOf(arguments).localPath, "a b.bak");
+    EXPECT_EQ(requestOf(arguments).remotePath, "ftps://host/dir/a%20b.bak");
+}
+
+TEST(RequestOf, NamesTheRemoteFileAsTheLocalOne)
+{
+    const TextFile local("contents");
+    const std::string name = local.path().substr(local.path().rfind('/') + 1);
+    Arguments arguments = argumentsFor(Operation::Put);
+    arguments.local = local.path();
+    EXPECT_EQ(requestOf(arguments).remotePath, "ftps://host/dir/" + name);
+    EXPECT_EQ(requestOf(arguments).localPath, local.path());
+}
+
+TEST(RequestOf, RefusesALocalFileThatTheLibraryCouldNotOpen)
+{
+    Arguments arguments = argumentsFor(Operation::Put);
+    arguments.local = "/nowhere/local";
+    EXPECT_EQ(refusalOf(arguments),
+              "The file /nowhere/local cannot be read (No such file or directory): name one that can be.");
+    for (const Operation operation : {Operation::Put, Operation::Get, Operation::List}) {
+        arguments = argumentsFor(operation);
+        arguments.local = "/";
+        EXPECT_EQ(refusalOf(arguments), "/ is a directory: name the file itself.");
     }
 }

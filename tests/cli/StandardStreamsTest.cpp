@@ -1,7 +1,7 @@
 #include "harness/LogCapture.h"
 
 #include <LogProxy.h>
-#include <StandardStreams.h>
+#include <output/StandardStreams.h>
 
 #include <gtest/gtest.h>
 

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 
 namespace {
@@ -19,12 +20,27 @@ void redirect(const std::string& path, int descriptor)
     }
 }
 
+// What the machine's user has set must not reach the command.
+void clearSettings()
+{
+    std::vector<std::string> names{"XDG_CONFIG_HOME"};
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        const std::string name(*variable, std::strcspn(*variable, "="));
+        if (name.rfind("SFTPCLIENT_", 0) == 0) {
+            names.push_back(name);
+        }
+    }
+    for (const std::string& name : names) {
+        unsetenv(name.c_str());
+    }
+    setenv("HOME", "/nowhere", 1);
+}
+
 [[noreturn]] void becomeCommand(const std::vector<std::string>& arguments,
                                 const std::vector<std::pair<std::string, std::string>>& environment)
 {
     setsid();
-    unsetenv("SFTPCLIENT_PASSWORD");
-    unsetenv("SFTPCLIENT_CONFIG");
+    clearSettings();
     setenv("LSAN_OPTIONS", "fast_unwind_on_malloc=0:print_suppressions=0:suppressions=" SFTPCLIENT_LEFT_BEHIND, 1);
     for (const auto& variable : environment) {
         setenv(variable.first.c_str(), variable.second.c_str(), 1);

@@ -1,7 +1,7 @@
 #ifndef SFTPCLIENT_TESTS_CLI_TEXTFILE_H
 #define SFTPCLIENT_TESTS_CLI_TEXTFILE_H
 
-#include <Listing.h>
+#include <output/Listing.h>
 
 #include <string>
 

@@ -1,8 +1,8 @@
-#include "TerminalPrompt.h"
+#include "credentials/TerminalPrompt.h"
 
 #include "Descriptor.h"
-#include "Password.h"
 #include "UsageError.h"
+#include "credentials/Password.h"
 
 #include <fcntl.h>
 #include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX's signal sets are not in <csignal>

@@ -1,4 +1,4 @@
-#include "StandardStreams.h"
+#include "output/StandardStreams.h"
 
 #include <HostLog.h>
 

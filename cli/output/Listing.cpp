@@ -1,4 +1,4 @@
-#include "Listing.h"
+#include "output/Listing.h"
 
 #include "Descriptor.h"
 

@@ -1,8 +1,6 @@
-#include "Password.h"
+#include "credentials/Password.h"
 
-#include "Checks.h"
 #include "Descriptor.h"
-#include "TerminalPrompt.h"
 #include "UsageError.h"
 
 #include <fcntl.h>
@@ -10,7 +8,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <system_error>
 
@@ -39,18 +36,6 @@ Readiness waitForInput(int descriptor, int interruption)
         }
     }
     return waits[1].revents != 0 ? Readiness::Interrupted : Readiness::Input;
-}
-
-void readPasswordFile(const std::string& file, std::string& password)
-{
-    const Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!opened.isOpen()) {
-        throw UsageError("The password file " + file + " cannot be read (" + std::strerror(errno) +
-                         "): name one that can be.");
-    }
-    if (!readSecretLine(opened.get(), -1, password)) {
-        throw UsageError("The password file " + file + " is empty: write the password into its first line.");
-    }
 }
 
 } // namespace
@@ -91,15 +76,21 @@ bool readSecretLine(int descriptor, int interruption, std::string& line)
     return true;
 }
 
-void readPassword(const std::string& file, const std::string& user, std::string& password)
+void readPasswordFile(const std::string& file, std::string& password)
 {
-    const char* const fromEnvironment = std::getenv("SFTPCLIENT_PASSWORD");
-    if (!file.empty()) {
-        readPasswordFile(file, password);
-    } else if (fromEnvironment != nullptr) {
-        password = fromEnvironment;
-    } else {
-        promptForPassword(user, password);
+    const Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!opened.isOpen()) {
+        throw UsageError("The password file " + file + " cannot be read (" + std::strerror(errno) +
+                         "): name one that can be.");
     }
-    refuseControlBytes("The password", password);
+    if (!readSecretLine(opened.get(), -1, password)) {
+        throw UsageError("The password file " + file + " is empty: write the password into its first line.");
+    }
+}
+
+void readPasswordFromInput(std::string& password)
+{
+    if (!readSecretLine(STDIN_FILENO, -1, password)) {
+        throw UsageError("Standard input is empty: write the password to it, or leave --password-stdin out.");
+    }
 }

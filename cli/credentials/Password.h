@@ -1,16 +1,19 @@
-#ifndef SFTPCLIENT_CLI_PASSWORD_H
-#define SFTPCLIENT_CLI_PASSWORD_H
+#ifndef SFTPCLIENT_CLI_CREDENTIALS_PASSWORD_H
+#define SFTPCLIENT_CLI_CREDENTIALS_PASSWORD_H
 
 #include <string>
 
 /// The longest password that is taken, in bytes.
 constexpr std::string::size_type kLongestPassword = 1023;
 
-/// Reads the password into `password`: the first line of the file `file`; or where that is empty, the environment
-/// variable SFTPCLIENT_PASSWORD; or where there is none, what the user types at the terminal after a prompt that names
-/// `user`. No other copy of it is left behind. Throws `UsageError` when there is no password, or one that a server's
-/// command cannot hold.
-void readPassword(const std::string& file, const std::string& user, std::string& password);
+/// Each reads the password into `password` and leaves no other copy of it behind. Each throws `UsageError` when there
+/// is none to read.
+
+/// The first line of the file `file`.
+void readPasswordFile(const std::string& file, std::string& password);
+
+/// The first line of standard input.
+void readPasswordFromInput(std::string& password);
 
 /// Overwrites `text` with zero bytes when it goes out of scope.
 class WipedAtEnd

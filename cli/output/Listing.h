@@ -1,5 +1,5 @@
-#ifndef SFTPCLIENT_CLI_LISTING_H
-#define SFTPCLIENT_CLI_LISTING_H
+#ifndef SFTPCLIENT_CLI_OUTPUT_LISTING_H
+#define SFTPCLIENT_CLI_OUTPUT_LISTING_H
 
 #include <iosfwd>
 #include <string>

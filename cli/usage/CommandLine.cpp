@@ -1,0 +1,202 @@
+#include "usage/CommandLine.h"
+
+#include "RemoteUrl.h"
+#include "UsageError.h"
+#include "usage/Commands.h"
+#include "usage/HelpTexts.h"
+#include "usage/Options.h"
+#include "usage/Settings.h"
+#include "usage/Suggest.h"
+
+#include <EscapeControlBytes.h>
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <iostream>
+#include <vector>
+
+namespace {
+
+constexpr char kDescription[] = "Runs one operation of libSFtpClient against a remote file server.";
+
+bool belongsTo(const Option& option, const Command& command)
+{
+    return !option.forPutAlone || command.operation == Operation::Put;
+}
+
+// The command line's grammar, made from the tables of operations and options.
+class Grammar
+{
+public:
+    explicit Grammar(Arguments& arguments) : m_app(kDescription, "sftpclient")
+    {
+        m_app.footer(generalNotes());
+        m_app.set_help_flag("-h,--help", "Print this help");
+        m_app.set_version_flag("--version", versionText(), "Print the versions of the command and its libraries");
+        m_app.require_subcommand(0, 1);
+        for (const Command& command : commands()) {
+            addForm(command, arguments);
+        }
+    }
+
+    CLI::App& app() { return m_app; }
+
+    TypedOptions typed() const
+    {
+        TypedOptions typed;
+        for (const auto& option : m_options) {
+            if (option.second->count() > 0) {
+                typed[option.first->name] = option.second->results().back();
+            }
+        }
+        return typed;
+    }
+
+private:
+    void addForm(const Command& command, Arguments& arguments)
+    {
+        CLI::App* const form = m_app.add_subcommand(command.name, command.description);
+        form->set_help_flag("-h,--help", "Print this help");
+        form->footer(notesOf(command));
+        form->callback([&command, &arguments] {
+            arguments.operation = command.operation;
+            arguments.name = command.name;
+        });
+        for (const Positional& word : command.positionals) {
+            form->add_option(word.name, arguments.*word.value, word.description)
+                ->required(word.required)
+                ->type_name("");
+        }
+        for (const Option& option : options()) {
+            if (belongsTo(option, command)) {
+                addOption(*form, option);
+            }
+        }
+    }
+
+    void addOption(CLI::App& form, const Option& option)
+    {
+        const bool isSwitch = *option.value == '\0';
+        CLI::Option* const added = isSwitch ? form.add_flag(option.name, option.description)
+                                            : form.add_option(option.name, option.description)->type_name(option.value);
+        // So that a script's options can be overruled by its caller's.
+        added->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+        m_options.emplace_back(&option, added);
+    }
+
+    CLI::App m_app;
+    std::vector<std::pair<const Option*, CLI::Option*>> m_options;
+};
+
+std::vector<std::string> operationNames()
+{
+    std::vector<std::string> names;
+    for (const Command& command : commands()) {
+        names.emplace_back(command.name);
+    }
+    return names;
+}
+
+// "get, put or ls".
+std::string list(const std::vector<std::string>& names)
+{
+    std::string text = names.front();
+    for (std::size_t i = 1; i < names.size(); ++i) {
+        text += (i + 1 < names.size() ? ", " : " or ") + names[i];
+    }
+    return text;
+}
+
+std::vector<std::string> optionNames(const CLI::App& form)
+{
+    std::vector<std::string> names;
+    for (const CLI::Option* const option : form.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    return names;
+}
+
+// The option's name alone: what follows it may be meant as a password.
+std::string nameIn(const std::string& word)
+{
+    const bool isLong = word.compare(0, 2, "--") == 0;
+    return escapeControlBytes(isLong ? word.substr(0, word.find('=')) : word.substr(0, 2));
+}
+
+std::string complaintAbout(const std::string& word, const CLI::App& app)
+{
+    const std::vector<CLI::App*> forms = app.get_subcommands();
+    if (word.size() > 1 && word.front() == '-') {
+        const CLI::App& form = forms.empty() ? app : *forms.front();
+        const std::string name = nameIn(word);
+        return "There is no option " + name + suggestionFor(name, optionNames(form));
+    }
+    const std::string shown = escapeControlBytes(word);
+    return forms.empty() ? "There is no operation " + shown + suggestionFor(word, operationNames())
+                         : shown + " is one word too many for " + forms.front()->get_name() + ".";
+}
+
+// An unknown word explains more than what is missing because of it, and an unknown option more than its value.
+std::string complaintOf(const CLI::ParseError& error, const CLI::App& app)
+{
+    const std::vector<std::string> unknown = app.remaining(true);
+    const auto option = std::find_if(unknown.begin(), unknown.end(),
+                                     [](const std::string& word) { return word.size() > 1 && word.front() == '-'; });
+    if (option != unknown.end()) {
+        return complaintAbout(*option, app);
+    }
+    return unknown.empty() ? std::string(error.what()) + "." : complaintAbout(unknown.front(), app);
+}
+
+std::string helpFor(const CLI::App& app)
+{
+    const std::vector<CLI::App*> forms = app.get_subcommands();
+    return "sftpclient " + (forms.empty() ? "" : forms.front()->get_name() + " ") + "--help";
+}
+
+int explain(const CLI::ParseError& error, const CLI::App& app)
+{
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        return app.exit(error);
+    }
+    std::cerr << "sftpclient: " << complaintOf(error, app) << "\nRun " << helpFor(app) << " for the usage.\n";
+    return kWrongUsage;
+}
+
+// What the URL says belongs to the command line, and so goes before the environment and the configuration file.
+void addUrl(const RemoteUrl& url, TypedOptions& typed)
+{
+    if (!url.user().empty()) {
+        const auto user = typed.emplace("--user", url.user()).first;
+        if (user->second != url.user()) {
+            throw UsageError("URL and --user name different users: give one of them.");
+        }
+    }
+    if (url.ownPort() != 0) {
+        typed.emplace("--port", std::to_string(url.ownPort()));
+    }
+}
+
+} // namespace
+
+std::optional<Arguments> parseArguments(int argc, const char* const* argv, int& status)
+{
+    Arguments arguments;
+    Grammar grammar(arguments);
+    try {
+        grammar.app().parse(argc, argv);
+        if (grammar.app().get_subcommands().empty()) {
+            throw CLI::RequiredError("Name an operation: " + list(operationNames()), CLI::ExitCodes::RequiredError);
+        }
+    } catch (const CLI::ParseError& error) {
+        status = explain(error, grammar.app());
+        return std::nullopt;
+    }
+    TypedOptions typed = grammar.typed();
+    addUrl(RemoteUrl(arguments.url), typed);
+    applySettings(typed, arguments);
+    return arguments;
+}

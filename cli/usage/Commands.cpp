@@ -1,0 +1,52 @@
+#include "usage/Commands.h"
+
+const std::vector<Command>& commands()
+{
+    static const std::vector<Command> kCommands{
+        {Operation::Get,
+         "get",
+         "Fetch a file",
+         {{"URL", &Arguments::url, "The file", true},
+          {"LOCAL", &Arguments::local, "File to write; without it the URL's last name", false}},
+         "  sftpclient get ftps://backup@host/weekly/sunday.bak --ca ca.pem\n"
+         "  sftpclient get ftps://host/weekly/sunday.bak /restore/sunday.bak --user backup --ca ca.pem --trace\n"},
+        {Operation::Put,
+         "put",
+         "Send a file",
+         {{"LOCAL", &Arguments::local, "File to send", true},
+          {"URL", &Arguments::url,
+           "The file to write, or a directory, ending in \"/\",\nfor one of the same name. Missing directories are "
+           "created",
+           true}},
+         "  sftpclient put sunday.bak ftps://backup@host/weekly/\n"
+         "  sftpclient put sunday.bak ftps://backup@host/weekly/old.bak --password-file password --retry 3\n"},
+        {Operation::List,
+         "ls",
+         "List the names in a directory",
+         {{"URL", &Arguments::url, "The directory, ending in \"/\"", true},
+          {"LOCAL", &Arguments::local, "File to write; without it the names go to standard output", false}},
+         "  sftpclient ls ftps://backup@host/weekly/ --ca ca.pem\n"
+         "  sftpclient ls ftps://backup@host/weekly/ names.txt --ca ca.pem --quiet\n"},
+        {Operation::Move,
+         "mv",
+         "Rename a file within a directory",
+         {{"URL", &Arguments::url, "The directory", true},
+          {"OLD", &Arguments::remoteName, "The file's name", true},
+          {"NEW", &Arguments::newName, "Its new name", true}},
+         "  sftpclient mv sftp://backup@host/weekly/ sunday.bak monday.bak\n"
+         "  sftpclient mv ftps://backup@host:2990/weekly/ sunday.bak monday.bak --ca ca.pem\n"},
+        {Operation::Remove,
+         "rm",
+         "Delete a file",
+         {{"URL", &Arguments::url, "The directory", true}, {"NAME", &Arguments::remoteName, "The file's name", true}},
+         "  sftpclient rm sftp://backup@host/weekly/ sunday.bak\n"
+         "  sftpclient rm ftps://host/weekly/ sunday.bak --netrc --ca ca.pem\n"},
+        {Operation::Test,
+         "test",
+         "Test whether the server can be reached and logged in to",
+         {{"URL", &Arguments::url, "What to visit: a directory, ending in \"/\", is best", true}},
+         "  sftpclient test ftps://backup@host/ --ca ca.pem --trace\n"
+         "  sftpclient test ftp://backup@host/ --ca none --config unverified.ini\n"},
+    };
+    return kCommands;
+}

@@ -1,0 +1,92 @@
+#include "usage/ConfigFile.h"
+
+#include "UsageError.h"
+#include "usage/Options.h"
+#include "usage/Suggest.h"
+
+#include <boost/property_tree/ini_parser.hpp>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+constexpr char kSection[] = "sftpclient";
+
+// A file that names another in its own place would be half obeyed.
+constexpr char kOwnKey[] = "config";
+
+std::string textOf(const char* variable)
+{
+    const char* const text = std::getenv(variable);
+    return text == nullptr ? "" : text;
+}
+
+std::string usualPlace()
+{
+    const std::string configured = textOf("XDG_CONFIG_HOME");
+    const std::string home = textOf("HOME");
+    if (configured.empty() && home.empty()) {
+        return {};
+    }
+    return (configured.empty() ? home + "/.config" : configured) + "/sftpclient/config";
+}
+
+std::vector<std::string> knownKeys()
+{
+    std::vector<std::string> keys;
+    for (const Option& option : options()) {
+        if (keyOf(option) != kOwnKey) {
+            keys.push_back(keyOf(option));
+        }
+    }
+    return keys;
+}
+
+boost::property_tree::ptree readIni(const std::string& path)
+try {
+    boost::property_tree::ptree sections;
+    boost::property_tree::read_ini(path, sections);
+    return sections;
+} catch (const boost::property_tree::ini_parser_error& error) {
+    const std::string line = error.line() == 0 ? "" : " in line " + std::to_string(error.line());
+    throw UsageError("The configuration file " + path + " cannot be used (" + error.message() + line +
+                     "): correct it, or name another with --config.");
+}
+
+} // namespace
+
+ConfigFile::ConfigFile(const std::string& path) : m_path(path)
+{
+    const boost::property_tree::ptree sections = readIni(path);
+    const auto section = sections.find(kSection);
+    if (section == sections.not_found()) {
+        return;
+    }
+    const std::vector<std::string> known = knownKeys();
+    for (const auto& entry : section->second) {
+        if (std::find(known.begin(), known.end(), entry.first) == known.end()) {
+            throw UsageError("\"" + entry.first + "\" in " + path + " is no option" +
+                             suggestionFor(entry.first, known) + " Correct section [sftpclient] of the file.");
+        }
+        m_values[entry.first] = entry.second.data();
+    }
+}
+
+const std::string* ConfigFile::find(const std::string& key) const
+{
+    const auto found = m_values.find(key);
+    return found == m_values.end() ? nullptr : &found->second;
+}
+
+std::optional<ConfigFile> findConfigFile(const std::string& path)
+{
+    if (!path.empty()) {
+        return ConfigFile(path);
+    }
+    const std::string usual = usualPlace();
+    return usual.empty() || access(usual.c_str(), F_OK) != 0 ? std::nullopt : std::optional<ConfigFile>(usual);
+}

@@ -1,0 +1,60 @@
+#include "usage/HelpTexts.h"
+
+#include <curl/curl.h>
+
+namespace {
+
+constexpr char kNotes[] =
+    "\nExamples:\n"
+    "  sftpclient test ftps://backup@host/ --ca ca.pem\n"
+    "  sftpclient get ftps://backup@host/weekly/sunday.bak --ca ca.pem\n"
+    "  sftpclient get --help\n"
+    "\n"
+    "Login: the user comes from the URL (ftps://user@host/) or --user, else from the netrc file; the password\n"
+    "from --password-file or --password-stdin, else from the environment variable SFTPCLIENT_PASSWORD, else\n"
+    "from the netrc file, else from a prompt at the terminal; never from the command line.\n"
+    "\n"
+    "Settings: each option can also be set in the environment (SFTPCLIENT_PORT for --port) and in section\n"
+    "[sftpclient] of the configuration file (port=2121). The command line goes before the environment, the\n"
+    "environment before the file.\n"
+    "\n"
+    "Output: standard output carries what was asked for, the names of ls; everything else goes to\n"
+    "standard error, the result last, as one line \"OPERATION: CODE TEXT\": \"get: 67 Login denied\". CODE is\n"
+    "libcurl's, or -1 where the library could not run the operation; the log records say why.\n"
+    "\n"
+    "Exit status: 0 for result 0, libcurl's code for any other, 255 for -1 and for a failure of the\n"
+    "command itself, 2 for wrong usage.\n";
+
+constexpr char kCertificate[] =
+    "\n--ca names a file with one CA certificate, PEM or DER, that is trusted besides the machine's own. With\n"
+    "none the server is not verified, if the configuration file has CertAuthSwitch=0 in section [General];\n"
+    "else the result is 77. A file named none is ./none.\n";
+
+constexpr char kCertificateRule[] = "For ftp: and ftps: URLs one of the two must be given.\n";
+
+constexpr char kCertificateOfPut[] =
+    "\nThe server's CA must be in the machine's own trust store: put does not use --ca. With an ftp: URL,\n"
+    "login and data go in the clear.\n";
+
+} // namespace
+
+std::string generalNotes() { return kNotes; }
+
+std::string notesOf(const Command& command)
+{
+    const std::string examples = std::string("\nExamples:\n") + command.examples;
+    const std::string certificate =
+        command.operation == Operation::Put ? kCertificateOfPut : std::string(kCertificate) + kCertificateRule;
+    return examples + certificate +
+           "\nsftpclient --help tells where login and settings come from, and the exit status.\n";
+}
+
+std::string versionText()
+{
+    const curl_version_info_data* const libcurl = curl_version_info(CURLVERSION_NOW);
+    std::string text = std::string("sftpclient ") + SFTPCLIENT_VERSION + "\nlibcurl/" + libcurl->version;
+    for (const char* const library : {libcurl->ssl_version, libcurl->libssh_version}) {
+        text += library == nullptr ? std::string() : std::string("\n") + library;
+    }
+    return text;
+}

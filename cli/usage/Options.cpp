@@ -1,0 +1,84 @@
+#include "usage/Options.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <stdexcept>
+
+namespace {
+
+constexpr unsigned kHighestPort = 65535;
+
+unsigned toNumber(const std::string& text, unsigned lowest, unsigned highest)
+{
+    unsigned number = 0;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result read = std::from_chars(text.data(), end, number);
+    if (read.ec != std::errc() || read.ptr != end || number < lowest || number > highest) {
+        throw std::invalid_argument("must be a number from " + std::to_string(lowest) + " to " +
+                                    std::to_string(highest));
+    }
+    return number;
+}
+
+bool toSwitch(const std::string& text)
+{
+    for (const char* const on : {"true", "yes", "on", "1"}) {
+        if (text == on) {
+            return true;
+        }
+    }
+    for (const char* const off : {"false", "no", "off", "0"}) {
+        if (text == off) {
+            return false;
+        }
+    }
+    throw std::invalid_argument("must be true or false");
+}
+
+template <std::string Arguments::*member>
+void storeText(Arguments& arguments, const std::string& text)
+{
+    if (text.empty()) {
+        throw std::invalid_argument("must not be empty");
+    }
+    arguments.*member = text;
+}
+
+template <bool Arguments::*member>
+void storeSwitch(Arguments& arguments, const std::string& text)
+{
+    arguments.*member = toSwitch(text);
+}
+
+void storePort(Arguments& arguments, const std::string& text) { arguments.port = toNumber(text, 1, kHighestPort); }
+
+} // namespace
+
+const std::vector<Option>& options()
+{
+    static const std::vector<Option> kOptions{
+        {"--user", "NAME", "Name to log in with, if the URL has none", storeText<&Arguments::user>},
+        {"--password-file", "FILE", "File whose first line is the password", storeText<&Arguments::passwordFile>},
+        {"--password-stdin", "", "Read the password from standard input", storeSwitch<&Arguments::passwordFromInput>},
+        {"--netrc", "", "Look for the login in ~/.netrc", storeSwitch<&Arguments::netrc>},
+        {"--netrc-file", "FILE", "Look for the login in this file of the same form", storeText<&Arguments::netrcFile>},
+        {"--ca", "FILE|none", "CA certificate of the server, or none (see below)", storeText<&Arguments::ca>},
+        {"--port", "PORT", "1 to 65535, if it is not the URL's, or else 21,\nftps 990, sftp 22", storePort},
+        {"--config", "FILE", "Configuration file, if not ~/.config/sftpclient/config",
+         storeText<&Arguments::configFile>},
+        {"--quiet", "", "Log failures only", storeSwitch<&Arguments::quiet>},
+    };
+    return kOptions;
+}
+
+std::string variableOf(const Option& option)
+{
+    std::string name = "SFTPCLIENT_" + keyOf(option);
+    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char character) {
+        return character == '-' ? '_' : static_cast<char>(std::toupper(character));
+    });
+    return name;
+}
+
+std::string keyOf(const Option& option) { return option.name + 2; }

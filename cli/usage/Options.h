@@ -1,0 +1,29 @@
+#ifndef SFTPCLIENT_CLI_USAGE_OPTIONS_H
+#define SFTPCLIENT_CLI_USAGE_OPTIONS_H
+
+#include "Arguments.h"
+
+#include <string>
+#include <vector>
+
+/// An option of the command. The same name, differently spelt, sets it in the environment and in the configuration
+/// file: --password-file, SFTPCLIENT_PASSWORD_FILE and password-file.
+struct Option
+{
+    const char* name;  // with its "--"
+    const char* value; // what the help calls its value; empty for a switch, whose value is yes or no
+    const char* description;
+    void (*store)(Arguments& arguments, const std::string& text); // throws std::invalid_argument: what it must be
+    bool forPutAlone = false;
+};
+
+/// All options, in the order in which the help shows them.
+const std::vector<Option>& options();
+
+/// "SFTPCLIENT_PASSWORD_FILE" for "--password-file".
+std::string variableOf(const Option& option);
+
+/// "password-file" for "--password-file".
+std::string keyOf(const Option& option);
+
+#endif
