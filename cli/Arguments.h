@@ -1,6 +1,7 @@
 #ifndef SFTPCLIENT_CLI_ARGUMENTS_H
 #define SFTPCLIENT_CLI_ARGUMENTS_H
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -33,6 +34,11 @@ struct Arguments
     std::string ca;
     std::string configFile;
     bool quiet = false;
+    bool trace = false;
+    bool json = false;
+    bool verifies = true; // put compares the sizes
+    unsigned retries = 0;
+    std::chrono::milliseconds retryDelay{1000}; // before the first
 };
 
 /// Exit status where the command could not be run as it was given.

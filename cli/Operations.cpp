@@ -5,27 +5,26 @@
 #include <ISFtpClient.h>
 #include <SFtpClient.h>
 
-#include <curl/curl.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr uint32_t kTimeout = 90;
-constexpr int kNotRun = -1;
 constexpr int kFailedStatus = 255;
 
-int call(Operation operation, const SFtpRequest& request, std::string& errorText)
+} // namespace
+
+int perform(Operation operation, const SFtpRequest& request, std::string& errorText)
 {
+    const Silenced output(STDOUT_FILENO);
     SFtpClient client;
     switch (operation) {
     case Operation::Test:
         return ISFtpClient::CreateClient()->TestSConnect(request, kTimeout);
     case Operation::List:
         return client.Listsftpdir(request, errorText);
-    case Operation::Get: {
-        const Silenced trace(STDERR_FILENO);
+    case Operation::Get:
         return client.DownLoadSFtpFile(request, errorText);
-    }
     case Operation::Put:
         return client.UploadFileToSFtpServer(request, errorText);
     case Operation::Move:
@@ -34,20 +33,6 @@ int call(Operation operation, const SFtpRequest& request, std::string& errorText
         return client.DelSFtpFile(request, errorText);
     }
     return kNotRun;
-}
-
-} // namespace
-
-Outcome perform(Operation operation, const SFtpRequest& request)
-{
-    const Silenced output(STDOUT_FILENO);
-    std::string errorText;
-    const int code = call(operation, request, errorText);
-    if (code == kNotRun) {
-        return {code, "the library could not run it; see the log records above"};
-    }
-    // The library has no text for success, nor for any result of a connection test.
-    return {code, errorText.empty() ? curl_easy_strerror(static_cast<CURLcode>(code)) : errorText};
 }
 
 int exitStatusOf(int code) { return code == kNotRun ? kFailedStatus : code; }

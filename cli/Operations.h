@@ -7,17 +7,14 @@
 
 #include <string>
 
-/// The library's answer: its result, and what to tell the user about it.
-struct Outcome
-{
-    int code;
-    std::string text;
-};
+/// The library's result where it could not run an operation at all.
+constexpr int kNotRun = -1;
 
-/// Runs the operation. What libcurl itself prints meanwhile goes nowhere: the contents of what a connection test or a
-/// rename visits, and the trace of the size check before a download, which holds the password.
-/// REQUIRES: one thread alone, and records that do not go to descriptor 2, or a download's are lost.
-Outcome perform(Operation operation, const SFtpRequest& request);
+/// Runs the operation once and gives the library's result. `errorText` is replaced by libcurl's text, where there is
+/// one. What libcurl prints to standard output meanwhile goes nowhere: header lines of the size check, and the contents
+/// of what a connection test or a rename visits.
+/// REQUIRES: one thread alone.
+int perform(Operation operation, const SFtpRequest& request, std::string& errorText);
 
 /// The exit status for a result.
 int exitStatusOf(int code);

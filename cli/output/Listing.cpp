@@ -21,15 +21,13 @@ std::string temporaryFolder()
     return folder != nullptr && *folder != '\0' ? folder : "/tmp";
 }
 
-void printNames(std::istream& listing, std::ostream& out)
+std::ifstream openListing(const std::string& path)
 {
-    std::string name;
-    while (std::getline(listing, name)) {
-        if (!name.empty() && name.back() == '\r') {
-            name.pop_back();
-        }
-        out << escapeControlBytes(name) << '\n';
+    std::ifstream listing(path, std::ios::binary);
+    if (!listing) {
+        throw std::runtime_error("the listing in " + path + " cannot be read");
     }
+    return listing;
 }
 
 } // namespace
@@ -45,14 +43,26 @@ TemporaryFile::TemporaryFile() : m_path(temporaryFolder() + "/sftpclient-XXXXXX"
 
 TemporaryFile::~TemporaryFile() { unlink(m_path.c_str()); }
 
+std::vector<std::string> namesIn(const std::string& path)
+{
+    std::ifstream listing = openListing(path);
+    std::vector<std::string> names;
+    for (std::string name; std::getline(listing, name);) {
+        if (!name.empty() && name.back() == '\r') {
+            name.pop_back();
+        }
+        names.push_back(name);
+    }
+    return names;
+}
+
 void printListing(const std::string& path, std::ostream& out, bool forTerminal)
 {
-    std::ifstream listing(path, std::ios::binary);
-    if (!listing) {
-        throw std::runtime_error("the listing in " + path + " cannot be read");
-    }
+    std::ifstream listing = openListing(path);
     if (forTerminal) {
-        printNames(listing, out);
+        for (const std::string& name : namesIn(path)) {
+            out << escapeControlBytes(name) << '\n';
+        }
     } else if (listing.peek() != std::ifstream::traits_type::eof()) {
         // Inserting an empty buffer counts as a failure.
         out << listing.rdbuf();

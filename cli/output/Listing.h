@@ -3,6 +3,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 /// An empty file of its own name, readable by its owner alone, that is deleted with this object. Throws
 /// `std::system_error`.
@@ -19,6 +20,10 @@ public:
 private:
     std::string m_path;
 };
+
+/// The names in the listing in the file `path`, without the ends of their lines. Throws `std::runtime_error` when it
+/// cannot be read.
+std::vector<std::string> namesIn(const std::string& path);
 
 /// Copies the listing in the file `path` to `out`: byte for byte, or for a terminal, one escaped name a line. Throws
 /// `std::runtime_error` when the file cannot be read or `out` takes no more.

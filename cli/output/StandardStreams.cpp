@@ -1,7 +1,5 @@
 #include "output/StandardStreams.h"
 
-#include <HostLog.h>
-
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -49,10 +47,3 @@ Silenced::~Silenced()
     static_cast<void>(std::fflush(nullptr));
     dup2(m_original.get(), m_descriptor);
 }
-
-RecordsApart::RecordsApart() : m_records(duplicate(STDERR_FILENO))
-{
-    HostLog::instance().setDescriptor(m_records.get());
-}
-
-RecordsApart::~RecordsApart() { HostLog::instance().setDescriptor(STDERR_FILENO); }

@@ -22,18 +22,4 @@ private:
     Descriptor m_original;
 };
 
-/// Gives the host's log a descriptor of its own on standard error as long as this object lives, so that records reach
-/// the user while standard error itself is silenced. Throws `std::system_error`.
-class RecordsApart
-{
-public:
-    RecordsApart();
-    ~RecordsApart();
-    RecordsApart(const RecordsApart&) = delete;
-    RecordsApart& operator=(const RecordsApart&) = delete;
-
-private:
-    Descriptor m_records;
-};
-
 #endif

@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <stdexcept>
 
 namespace {
 
 constexpr unsigned kHighestPort = 65535;
+constexpr unsigned kMostRetries = 1000;
+constexpr double kLongestDelay = 3600;
 
 unsigned toNumber(const std::string& text, unsigned lowest, unsigned highest)
 {
@@ -53,6 +56,24 @@ void storeSwitch(Arguments& arguments, const std::string& text)
 
 void storePort(Arguments& arguments, const std::string& text) { arguments.port = toNumber(text, 1, kHighestPort); }
 
+void storeNoVerify(Arguments& arguments, const std::string& text) { arguments.verifies = !toSwitch(text); }
+
+void storeRetries(Arguments& arguments, const std::string& text)
+{
+    arguments.retries = toNumber(text, 0, kMostRetries);
+}
+
+void storeRetryDelay(Arguments& arguments, const std::string& text)
+{
+    double seconds = -1;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result read = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
+    if (read.ec != std::errc() || read.ptr != end || !(seconds >= 0 && seconds <= kLongestDelay)) {
+        throw std::invalid_argument("must be a number of seconds from 0 to 3600");
+    }
+    arguments.retryDelay = std::chrono::milliseconds(std::llround(seconds * 1000));
+}
+
 } // namespace
 
 const std::vector<Option>& options()
@@ -67,7 +88,15 @@ const std::vector<Option>& options()
         {"--port", "PORT", "1 to 65535, if it is not the URL's, or else 21,\nftps 990, sftp 22", storePort},
         {"--config", "FILE", "Configuration file, if not ~/.config/sftpclient/config",
          storeText<&Arguments::configFile>},
-        {"--quiet", "", "Log failures only", storeSwitch<&Arguments::quiet>},
+        {"--no-verify", "", "Do not compare the file's size on the server afterwards", storeNoVerify, true},
+        {"--retry", "N", "Try again up to N times after a fault that may pass:\nresult 7, 28, 35, 52, 55 or 56",
+         storeRetries},
+        {"--retry-delay", "SECONDS", "Wait so long before trying again (1), and each time\ntwice as long",
+         storeRetryDelay},
+        {"--json", "", "Write the result to standard output, as a JSON object", storeSwitch<&Arguments::json>},
+        {"--trace", "", "Show what libcurl and the server say to each other,\nthe login masked",
+         storeSwitch<&Arguments::trace>},
+        {"--quiet", "", "Log failures only, and show no progress", storeSwitch<&Arguments::quiet>},
     };
     return kOptions;
 }

@@ -1,6 +1,3 @@
-#include "harness/LogCapture.h"
-
-#include <LogProxy.h>
 #include <output/StandardStreams.h>
 
 #include <gtest/gtest.h>
@@ -30,20 +27,6 @@ TEST(Silenced, SwallowsWhatIsWrittenToTheDescriptor)
     }
     EXPECT_EQ(write(STDERR_FILENO, "after", 5), 5);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "after");
-}
-
-TEST(RecordsApart, ReachTheUserWhileStandardErrorIsSilenced)
-{
-    testing::internal::CaptureStderr();
-    {
-        const RecordsApart recordsApart;
-        const Silenced silenced(STDERR_FILENO);
-        EXPECT_GE(std::fputs("password\n", stderr), 0);
-        LogProxy(4, "m", 0, "f()", 1) << 0 << "apart";
-    }
-    LogProxy(4, "m", 0, "f()", 2) << 0 << "as before";
-    EXPECT_EQ(replaceTimes(testing::internal::GetCapturedStderr()),
-              "TIME error m request=0 f():1 apart\nTIME error m request=0 f():2 as before\n");
 }
 
 // In a process of its own, whose standard descriptors are closed.

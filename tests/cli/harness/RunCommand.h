@@ -7,13 +7,16 @@
 
 struct CommandResult
 {
-    int status; // the exit status, or -1 when a signal ended the command
+    int status; // the exit status, or the negative number of the signal that ended the command
     std::string out;
     std::string err;
 };
 
-/// Runs the command, without a terminal and with `environment` (names and values) for its variables SFTPCLIENT_...
-CommandResult runCommand(const std::vector<std::string>& arguments,
-                         const std::vector<std::pair<std::string, std::string>>& environment = {});
+using Variables = std::vector<std::pair<std::string, std::string>>;
+
+/// Runs the command to its end, without a terminal, in `folder` (or else in this process's), with `input` on its
+/// standard input.
+CommandResult runCommand(const std::vector<std::string>& arguments, const Variables& environment = {},
+                         const std::string& folder = {}, const std::string& input = {});
 
 #endif

@@ -1,0 +1,132 @@
+#include "OperationRun.h"
+
+#include "Operations.h"
+#include "transfer/Interruption.h"
+#include "transfer/Retry.h"
+#include "transfer/UploadCheck.h"
+
+#include <EscapeControlBytes.h>
+
+#include <chrono>
+#include <iostream>
+
+namespace {
+
+// The size check is the first transfer of a download; by the second one the local file has been emptied.
+constexpr unsigned kTransfersOfDownload = 2;
+
+std::string textOf(CURLcode code) { return std::to_string(code) + " " + curl_easy_strerror(code); }
+
+std::string inSeconds(std::chrono::milliseconds delay)
+{
+    std::string text = std::to_string(std::chrono::duration<double>(delay).count());
+    text.erase(text.find_last_not_of('0') + 1);
+    return text.substr(0, text.back() == '.' ? text.size() - 1 : text.size()) + " s";
+}
+
+} // namespace
+
+Result OperationRun::run()
+{
+    const auto begin = std::chrono::steady_clock::now();
+    m_result.operation = m_arguments.name;
+    m_result.url = m_request.remotePath;
+    Retry retry(m_arguments.retries, m_arguments.retryDelay);
+    attempt();
+    while (retry.isLeft() && mayPass()) {
+        const std::chrono::milliseconds delay = retry.next();
+        std::cerr << m_result.operation << ": " << m_result.code << " " << m_result.text << "; trying again in "
+                  << inSeconds(delay) << std::endl;
+        Interruption::wait(delay);
+        if (Interruption::signal() == 0) {
+            ++m_result.attempts;
+            attempt();
+        }
+    }
+    if (m_arguments.operation == Operation::Put && m_result.code == 0 && m_arguments.verifies) {
+        checkUpload();
+    }
+    if (Interruption::signal() != 0 && m_result.code != 0) {
+        describeInterruption(Interruption::signal());
+    }
+    m_result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    return m_result;
+}
+
+void OperationRun::attempt()
+{
+    m_watch.restart();
+    std::string libraryText;
+    m_result.code = perform(m_arguments.operation, m_request, libraryText);
+    m_result.bytes = m_watch.lastBytes();
+    describe(libraryText);
+}
+
+bool OperationRun::mayPass() const
+{
+    const CURLcode fault = m_result.code == kNotRun ? m_watch.lastResult() : static_cast<CURLcode>(m_result.code);
+    return isPassingFault(fault) && Interruption::signal() == 0;
+}
+
+void OperationRun::describe(const std::string& libraryText)
+{
+    if (m_result.code != kNotRun) {
+        // The library has no text for success, nor for any result of a connection test.
+        m_result.text = libraryText.empty() ? curl_easy_strerror(static_cast<CURLcode>(m_result.code)) : libraryText;
+    } else if (m_watch.lastResult() != CURLE_OK) {
+        m_result.text = "the size check before the download failed: " + textOf(m_watch.lastResult());
+    } else if (m_watch.transfers() > 0) {
+        m_result.text = "the size check before the download refused: the server does not tell the file's size, or it "
+                        "is above the library's limit; the log records above say which";
+    } else {
+        m_result.text = "the library could not run it; see the log records above";
+    }
+}
+
+void OperationRun::checkUpload()
+{
+    const std::int64_t sent = m_result.bytes;
+    const bool comparable = canCompareSize(m_request.remotePath);
+    const RemoteSize size = comparable ? askSize(m_request) : RemoteSize();
+    if (Interruption::signal() != 0) {
+        m_result.code = CURLE_ABORTED_BY_CALLBACK;
+        return;
+    }
+    m_result.sizeChecked = size.bytes.has_value();
+    if (size.bytes && *size.bytes != sent) {
+        m_result.code = CURLE_PARTIAL_FILE;
+        m_result.text = "the server has " + std::to_string(*size.bytes) + " bytes of the " + std::to_string(sent) +
+                        " that were sent: the file there is damaged. Send it again; where that happens often, limit "
+                        "the server to TLS 1.2 or install libcurl 8.9 or newer";
+    } else if (comparable && !size.bytes) {
+        std::cerr << m_result.operation
+                  << ": the size on the server was not checked: " << escapeControlBytes(size.whyNot) << "\n";
+    }
+}
+
+void OperationRun::describeInterruption(int signal)
+{
+    m_result.signal = nameOfSignal(signal);
+    m_result.code = CURLE_ABORTED_BY_CALLBACK;
+    m_result.text = "interrupted by " + m_result.signal + "; " + whatIsLeft();
+}
+
+std::string OperationRun::whatIsLeft() const
+{
+    const std::string bytes = std::to_string(m_result.bytes) + " bytes";
+    switch (m_arguments.operation) {
+    case Operation::Get:
+        return m_watch.transfers() < kTransfersOfDownload ? "nothing was fetched"
+                                                          : m_request.localPath + " holds the first " + bytes;
+    case Operation::Put:
+        return m_result.bytes == 0 ? "nothing was sent" : "the server may hold up to " + bytes + " of the file";
+    case Operation::List:
+        return m_arguments.local.empty() ? "nothing is left of it" : m_request.localPath + " holds " + bytes;
+    case Operation::Move:
+    case Operation::Remove:
+        return "whether the server has carried it out is not known";
+    case Operation::Test:
+        break;
+    }
+    return "nothing was tested to its end";
+}

@@ -1,0 +1,40 @@
+#ifndef SFTPCLIENT_CLI_OPERATIONRUN_H
+#define SFTPCLIENT_CLI_OPERATIONRUN_H
+
+#include "Arguments.h"
+#include "output/JsonResult.h"
+#include "transfer/OperationWatch.h"
+
+#include <SFtpRequest.h>
+
+#include <string>
+
+/// One operation from its first attempt to its end: tried again after passing faults as often as was asked for, and
+/// after an upload, the size on the server checked.
+class OperationRun
+{
+public:
+    /// All three are used as long as the object lives; `watch` must see the transfers.
+    OperationRun(const Arguments& arguments, const SFtpRequest& request, OperationWatch& watch)
+        : m_arguments(arguments), m_request(request), m_watch(watch)
+    {
+    }
+
+    /// REQUIRES: an `Interruption`.
+    Result run();
+
+private:
+    void attempt();
+    bool mayPass() const;
+    void checkUpload();
+    void describe(const std::string& libraryText);
+    void describeInterruption(int signal);
+    std::string whatIsLeft() const;
+
+    const Arguments& m_arguments;
+    const SFtpRequest& m_request;
+    OperationWatch& m_watch;
+    Result m_result;
+};
+
+#endif

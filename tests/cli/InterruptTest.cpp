@@ -1,0 +1,113 @@
+#include "harness/Served.h"
+#include "harness/TerminalCommand.h"
+#include "harness/TextFile.h"
+
+#include <csignal>
+#include <filesystem>
+
+namespace {
+
+// What was shown after the last control sequence.
+std::string lastShown(const TerminalCommand& command)
+{
+    const std::string shown = command.shown();
+    const std::string::size_type cleared = shown.rfind("\r\x1b[K");
+    return cleared == std::string::npos ? shown : shown.substr(cleared + 4);
+}
+
+class Interrupt : public Served
+{
+protected:
+    TerminalCommand start(const std::vector<std::string>& form)
+    {
+        Variables variables = environment();
+        variables.emplace_back("TMPDIR", local(""));
+        return TerminalCommand(withCa(form), variables, local(""));
+    }
+};
+
+} // namespace
+
+TEST_F(Interrupt, LeavesAndNamesWhatADownloadHasFetched)
+{
+    writeFile(served("file"), std::string(4000, 'x'));
+    serve({"2/DATA=stall-after:1000"});
+    TerminalCommand command = start({"get", url("/file")});
+    command.shownUpTo("1000 B of 3.9 KiB, 25 %");
+    command.type("\x03");
+    EXPECT_EQ(command.wait(), -SIGINT);
+    EXPECT_NE(lastShown(command).find("\r\nget: 42 interrupted by SIGINT; file holds the first 1000 bytes\r\n"),
+              std::string::npos)
+        << command.shown();
+    EXPECT_EQ(contentsOf(local("file")), std::string(1000, 'x'));
+}
+
+TEST_F(Interrupt, ByAnotherProcessIsTheSame)
+{
+    writeFile(served("file"), std::string(4000, 'x'));
+    serve({"2/DATA=stall-after:1000"});
+    TerminalCommand command = start({"get", url("/file"), "--json"});
+    command.shownUpTo("1000 B of 3.9 KiB, 25 %");
+    command.signal(SIGTERM);
+    EXPECT_EQ(command.wait(), -SIGTERM);
+    EXPECT_NE(command.shown().find("\"signal\":\"SIGTERM\""), std::string::npos) << command.shown();
+}
+
+TEST_F(Interrupt, LeavesTheLocalFileAloneBeforeTheDownload)
+{
+    writeFile(local("file"), "as it was");
+    serve({"1/SIZE=stall"});
+    TerminalCommand command = start({"get", url("/file"), "--trace"});
+    command.shownUpTo("> SIZE file");
+    command.type("\x03");
+    EXPECT_EQ(command.wait(), -SIGINT);
+    EXPECT_NE(command.shown().find("get: 42 interrupted by SIGINT; nothing was fetched\r\n"), std::string::npos)
+        << command.shown();
+    EXPECT_EQ(contentsOf(local("file")), "as it was");
+}
+
+TEST_F(Interrupt, RemovesTheTemporaryFileOfAListing)
+{
+    serve({"NLST=stall"});
+    TerminalCommand command = start({"ls", url(), "--trace"});
+    command.shownUpTo("> NLST");
+    EXPECT_FALSE(std::filesystem::is_empty(local("")));
+    command.type("\x03");
+    EXPECT_EQ(command.wait(), -SIGINT);
+    EXPECT_NE(command.shown().find("ls: 42 interrupted by SIGINT; nothing is left of it\r\n"), std::string::npos);
+    EXPECT_TRUE(std::filesystem::is_empty(local("")));
+}
+
+TEST_F(Interrupt, SaysThatARenameMayHaveHappened)
+{
+    serve({"rename=stall"});
+    TerminalCommand command = start({"mv", url(), "old", "new", "--trace"});
+    command.shownUpTo("> rename /old /new");
+    command.type("\x03");
+    EXPECT_EQ(command.wait(), -SIGINT);
+    EXPECT_NE(command.shown().find("mv: 42 interrupted by SIGINT; whether the server has carried it out is not known"),
+              std::string::npos);
+}
+
+TEST_F(Interrupt, EndsTheCheckOfAnUpload)
+{
+    writeFile(local("file"), "contents");
+    serve({"SIZE=stall"});
+    TerminalCommand command = start({"put", "file", url(), "--trace"});
+    command.shownUpTo("> SIZE file");
+    command.type("\x03");
+    EXPECT_EQ(command.wait(), -SIGINT);
+    EXPECT_NE(command.shown().find("put: 42 interrupted by SIGINT; the server may hold up to 8 bytes of the file"),
+              std::string::npos) << command.shown();
+}
+
+TEST_F(Interrupt, EndsTheWaitBeforeTryingAgain)
+{
+    serve({"GREETING=drop"});
+    TerminalCommand command = start({"ls", url(), "--retry=1", "--retry-delay=3600"});
+    command.shownUpTo("; trying again in 3600 s");
+    command.type("\x03");
+    EXPECT_EQ(command.wait(), -SIGINT);
+    EXPECT_NE(command.shown().find("ls: 42 interrupted by SIGINT; "), std::string::npos);
+    EXPECT_EQ(sessions().size(), 1U);
+}

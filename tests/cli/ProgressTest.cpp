@@ -1,0 +1,43 @@
+#include <output/Progress.h>
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr std::int64_t kMebi = 1048576;
+
+} // namespace
+
+TEST(ProgressText, TellsHowFarAndHowLong)
+{
+    EXPECT_EQ(progressText(12 * kMebi, 48 * kMebi, 2s), "12.0 MiB of 48.0 MiB, 25 %, 6.0 MiB/s, 6 s left");
+    EXPECT_EQ(progressText(kMebi, 1000 * kMebi, 1s), "1.0 MiB of 1000.0 MiB, 0 %, 1.0 MiB/s, 17 min left");
+    EXPECT_EQ(progressText(kMebi, 100000 * kMebi, 1s), "1.0 MiB of 97.7 GiB, 0 %, 1.0 MiB/s, 28 h left");
+    EXPECT_EQ(progressText(1023, 1023, 1s), "1023 B of 1023 B, 100 %, 1023 B/s");
+}
+
+TEST(ProgressText, LeavesOutWhatIsUnknown)
+{
+    EXPECT_EQ(progressText(2048, 0, 2s), "2.0 KiB, 1.0 KiB/s");
+    EXPECT_EQ(progressText(0, 2048, 5s), "0 B of 2.0 KiB, 0 %");
+    EXPECT_EQ(progressText(512, 2048, 0s), "512 B of 2.0 KiB, 25 %");
+}
+
+TEST(Progress, IsWrittenOverAndClearedOnce)
+{
+    std::ostringstream terminal;
+    Progress progress(terminal);
+    progress.start();
+    progress.clear();
+    EXPECT_EQ(terminal.str(), "");
+    progress.show(1, 0);
+    const std::string shown = terminal.str();
+    EXPECT_EQ(shown.find("\r\x1b[K1 B"), 0U);
+    progress.clear();
+    progress.clear();
+    EXPECT_EQ(terminal.str(), shown + "\r\x1b[K");
+}

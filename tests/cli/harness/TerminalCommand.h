@@ -1,0 +1,40 @@
+#ifndef SFTPCLIENT_TESTS_CLI_TERMINALCOMMAND_H
+#define SFTPCLIENT_TESTS_CLI_TERMINALCOMMAND_H
+
+#include "harness/Process.h"
+#include "harness/RunCommand.h"
+
+#include <Descriptor.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+/// The command at a terminal of its own, and this process at the keyboard.
+class TerminalCommand
+{
+public:
+    explicit TerminalCommand(const std::vector<std::string>& arguments, const Variables& environment = {},
+                             const std::string& folder = {});
+
+    /// Waits until `text` is shown. What was shown until then.
+    std::string shownUpTo(const std::string& text);
+
+    void type(const std::string& keys) const;
+    void signal(int number) const { m_process->signal(number); }
+
+    /// Waits for the command's end; see `Process::wait`.
+    int wait();
+
+    /// All that has been shown, with the terminal's line ends. Whole after `wait`.
+    const std::string& shown() const { return m_shown; }
+
+private:
+    bool readMore();
+
+    std::unique_ptr<Descriptor> m_keyboard;
+    std::unique_ptr<Process> m_process;
+    std::string m_shown;
+};
+
+#endif
