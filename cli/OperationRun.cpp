@@ -1,6 +1,7 @@
 #include "OperationRun.h"
 
 #include "Operations.h"
+#include "output/Hint.h"
 #include "transfer/Interruption.h"
 #include "transfer/Retry.h"
 #include "transfer/UploadCheck.h"
@@ -62,14 +63,17 @@ void OperationRun::attempt()
     describe(libraryText);
 }
 
-bool OperationRun::mayPass() const
+// libcurl's result, also where the library hides it behind a -1.
+CURLcode OperationRun::fault() const
 {
-    const CURLcode fault = m_result.code == kNotRun ? m_watch.lastResult() : static_cast<CURLcode>(m_result.code);
-    return isPassingFault(fault) && Interruption::signal() == 0;
+    return m_result.code == kNotRun ? m_watch.lastResult() : static_cast<CURLcode>(m_result.code);
 }
+
+bool OperationRun::mayPass() const { return isPassingFault(fault()) && Interruption::signal() == 0; }
 
 void OperationRun::describe(const std::string& libraryText)
 {
+    m_result.hint = hintFor(fault());
     if (m_result.code != kNotRun) {
         // The library has no text for success, nor for any result of a connection test.
         m_result.text = libraryText.empty() ? curl_easy_strerror(static_cast<CURLcode>(m_result.code)) : libraryText;
@@ -107,6 +111,7 @@ void OperationRun::checkUpload()
 void OperationRun::describeInterruption(int signal)
 {
     m_result.signal = nameOfSignal(signal);
+    m_result.hint.clear();
     m_result.code = CURLE_ABORTED_BY_CALLBACK;
     m_result.text = "interrupted by " + m_result.signal + "; " + whatIsLeft();
 }

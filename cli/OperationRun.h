@@ -25,6 +25,7 @@ public:
 
 private:
     void attempt();
+    CURLcode fault() const;
     bool mayPass() const;
     void checkUpload();
     void describe(const std::string& libraryText);

@@ -63,6 +63,9 @@ void report(const Arguments& arguments, Result result, const std::string& listin
     } else if (listed && arguments.local.empty()) {
         printListing(listing, std::cout, isatty(STDOUT_FILENO) == 1);
     }
+    if (!result.hint.empty()) {
+        std::cerr << "hint: " << result.hint << "\n";
+    }
     std::cerr << result.operation << ": " << result.code << " " << escapeControlBytes(result.text) << std::endl;
     if (arguments.json) {
         printJson(result);

@@ -10,6 +10,9 @@ std::string jsonOf(const Result& result)
                                   {"code", result.code},           {"name", nameOfResult(result.code)},
                                   {"text", result.text},           {"bytes", result.bytes},
                                   {"seconds", result.seconds},     {"attempts", result.attempts}};
+    if (!result.hint.empty()) {
+        object["hint"] = result.hint;
+    }
     if (result.names) {
         object["names"] = *result.names;
     }

@@ -34,6 +34,7 @@ public:
         m_app.footer(generalNotes());
         m_app.set_help_flag("-h,--help", "Print this help");
         m_app.set_version_flag("--version", versionText(), "Print the versions of the command and its libraries");
+        m_app.get_formatter()->label("SUBCOMMAND", "OPERATION");
         m_app.require_subcommand(0, 1);
         for (const Command& command : commands()) {
             addForm(command, arguments);
@@ -57,6 +58,7 @@ private:
     void addForm(const Command& command, Arguments& arguments)
     {
         CLI::App* const form = m_app.add_subcommand(command.name, command.description);
+        form->group("Operations");
         form->set_help_flag("-h,--help", "Print this help");
         form->footer(notesOf(command));
         form->callback([&command, &arguments] {

@@ -5,7 +5,7 @@
 namespace {
 
 constexpr char kNotes[] =
-    "\nExamples:\n"
+    "Examples:\n"
     "  sftpclient test ftps://backup@host/ --ca ca.pem\n"
     "  sftpclient get ftps://backup@host/weekly/sunday.bak --ca ca.pem\n"
     "  sftpclient get --help\n"
@@ -18,12 +18,14 @@ constexpr char kNotes[] =
     "[sftpclient] of the configuration file (port=2121). The command line goes before the environment, the\n"
     "environment before the file.\n"
     "\n"
-    "Output: standard output carries what was asked for, the names of ls; everything else goes to\n"
-    "standard error, the result last, as one line \"OPERATION: CODE TEXT\": \"get: 67 Login denied\". CODE is\n"
-    "libcurl's, or -1 where the library could not run the operation; the log records say why.\n"
+    "Output: standard output carries what was asked for alone: the names of ls, and with --json the result.\n"
+    "Everything else goes to standard error, the result last, as one line \"OPERATION: CODE TEXT\", for example\n"
+    "\"get: 67 Login denied\". CODE is libcurl's, or -1 where the library could not run the operation.\n"
     "\n"
-    "Exit status: 0 for result 0, libcurl's code for any other, 255 for -1 and for a failure of the\n"
-    "command itself, 2 for wrong usage.\n";
+    "Exit status: 0 for result 0, libcurl's code for any other, 255 for -1 and for a failure of the command\n"
+    "itself, 2 for wrong usage (and for libcurl's 2), 128 and the signal's number after an interruption.\n"
+    "\n"
+    "The manual page sftpclient(1) tells more.";
 
 constexpr char kCertificate[] =
     "\n--ca names a file with one CA certificate, PEM or DER, that is trusted besides the machine's own. With\n"
@@ -42,11 +44,11 @@ std::string generalNotes() { return kNotes; }
 
 std::string notesOf(const Command& command)
 {
-    const std::string examples = std::string("\nExamples:\n") + command.examples;
+    const std::string examples = std::string("Examples:\n") + command.examples;
     const std::string certificate =
         command.operation == Operation::Put ? kCertificateOfPut : std::string(kCertificate) + kCertificateRule;
     return examples + certificate +
-           "\nsftpclient --help tells where login and settings come from, and the exit status.\n";
+           "\nsftpclient --help tells where login and settings come from, and the exit status.";
 }
 
 std::string versionText()

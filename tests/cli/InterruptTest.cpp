@@ -98,7 +98,8 @@ TEST_F(Interrupt, EndsTheCheckOfAnUpload)
     command.type("\x03");
     EXPECT_EQ(command.wait(), -SIGINT);
     EXPECT_NE(command.shown().find("put: 42 interrupted by SIGINT; the server may hold up to 8 bytes of the file"),
-              std::string::npos) << command.shown();
+              std::string::npos)
+        << command.shown();
 }
 
 TEST_F(Interrupt, EndsTheWaitBeforeTryingAgain)

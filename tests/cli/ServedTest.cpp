@@ -77,6 +77,7 @@ TEST_F(Served, ExitsWithTheResult)
     const CommandResult refused = run({"test", url()}, {{"SFTPCLIENT_PASSWORD", "wrong"}});
     EXPECT_EQ(refused.status, 67);
     EXPECT_EQ(lastLine(refused.err), "test: 67 Login denied");
+    EXPECT_NE(refused.err.find("\nhint: check user and password; "), std::string::npos) << refused.err;
     EXPECT_EQ(runCommand({"ls", url(), "--ca", "none"}, environment()).status, 77);
 }
 
@@ -139,4 +140,14 @@ TEST_F(Served, LetsAnUnverifiedServerPassWhereTheConfigurationSaysSo)
     serve();
     writeFile(local("config"), "[General]\nCertAuthSwitch=0\n[sftpclient]\nca=none\n");
     EXPECT_EQ(runCommand({"test", url(), "--config", "config"}, environment(), local("")).status, 0);
+}
+
+TEST_F(Served, HintsAtWhatTheSizeCheckOfADownloadMet)
+{
+    config.tls = testserver::TlsMode::Implicit;
+    serve();
+    const CommandResult result =
+        runCommand(withCa({"get", url("/file")}), {{"SFTPCLIENT_PASSWORD", config.password}}, local(""));
+    EXPECT_EQ(result.status, 255);
+    EXPECT_NE(result.err.find("hint: the server's certificate is not trusted; "), std::string::npos) << result.err;
 }

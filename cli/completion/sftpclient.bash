@@ -1,0 +1,54 @@
+# Completes the words of sftpclient in bash: source this file, or install it as
+# /usr/share/bash-completion/completions/sftpclient. It needs nothing but bash.
+
+_sftpclient() {
+    local operations="get put ls mv rm test"
+    local options="--help --user --password-file --password-stdin --netrc --netrc-file --ca --port --config --retry
+        --retry-delay --json --trace --quiet"
+    local word=${COMP_WORDS[COMP_CWD]} before=${COMP_WORDS[COMP_CWD - 1]} operation=${COMP_WORDS[1]}
+    COMPREPLY=()
+
+    if [ "$COMP_CWD" -eq 1 ]; then
+        mapfile -t COMPREPLY < <(compgen -W "$operations --help --version" -- "$word")
+        return
+    fi
+
+    # bash takes "--ca=file" for three words.
+    if [ "$word" = = ]; then
+        word=
+    elif [ "$before" = = ]; then
+        before=${COMP_WORDS[COMP_CWD - 2]}
+    fi
+    case $before in
+        --password-file | --netrc-file | --config)
+            mapfile -t COMPREPLY < <(compgen -f -- "$word")
+            return
+            ;;
+        --ca)
+            mapfile -t COMPREPLY < <(compgen -f -W none -- "$word")
+            return
+            ;;
+        --user)
+            mapfile -t COMPREPLY < <(compgen -u -- "$word")
+            return
+            ;;
+        --port | --retry | --retry-delay)
+            return
+            ;;
+    esac
+
+    case $word in
+        -*)
+            [ "$operation" = put ] && options="$options --no-verify"
+            mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
+            ;;
+        *)
+            # Local files; what is on the server is not known here.
+            case $operation in
+                get | put | ls) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+            esac
+            ;;
+    esac
+}
+
+complete -o filenames -F _sftpclient sftpclient
