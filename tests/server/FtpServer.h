@@ -29,6 +29,7 @@ struct ServerConfig
     std::string user = "backup";
     std::string password;
     TlsMode tls = TlsMode::Explicit;
+    std::string startDirectory = "/"; ///< where a login leads, as in a server that does not confine its users
     bool tlsRequiredAtLogin = false;
     bool strictUploadEnd = false; ///< an upload that ends without the client's close_notify is refused with 426
     Certificate certificate;      ///< not used when `tls` is Plain

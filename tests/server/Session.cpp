@@ -10,7 +10,7 @@ Session::Session(const Shared& shared, boost::asio::ip::tcp::socket socket, Open
                  Transcript& transcript)
     : m_shared(shared), m_sockets(sockets), m_control(std::move(socket), sockets),
       m_data(shared.context, sockets, shared.config.stallLimit), m_faults(shared.config.faults, number),
-      m_transcript(transcript)
+      m_transcript(transcript), m_cwd(shared.config.startDirectory)
 {
 }
 

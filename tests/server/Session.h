@@ -81,7 +81,7 @@ private:
     DataChannel m_data;
     FaultPlan m_faults;
     Transcript& m_transcript;
-    std::string m_cwd = "/";
+    std::string m_cwd;
     std::string m_user;
     bool m_loggedIn = false;
     bool m_protected = false;

@@ -124,7 +124,7 @@ bool Session::carryOutOnFiles(const std::string& command, const std::string& arg
         store(argument, true);
     } else if (command == "RENAME") {
         rename(argument);
-    } else if (command == "RM") {
+    } else if (command == "RM" || command == "DELE") {
         remove(argument);
     } else {
         return false;

@@ -66,6 +66,22 @@ TEST_F(Conversation, TlsDemandedAtLogin)
     EXPECT_EQ("234 TLS next", client.ask("auth tls"));
 }
 
+TEST_F(Conversation, DeleIsAnotherNameOfRm)
+{
+    writeFile(served("a"), "a");
+    EXPECT_EQ(Lines({"> DELE a", "< 250 removed", "> DELE a", "< 550 no such file"}), say({"DELE a", "DELE a"}));
+    EXPECT_FALSE(std::filesystem::exists(served("a")));
+}
+
+TEST_F(Conversation, ALoginLeadsToTheStartDirectory)
+{
+    std::filesystem::create_directory(served("home"));
+    writeFile(served("home/a"), "a");
+    config.startDirectory = "/home";
+    EXPECT_EQ(Lines({"> PWD", "< 257 \"/home\"", "> SIZE a", "< 213 1", "> SIZE /a", "< 550 no such file"}),
+              say({"PWD", "SIZE a", "SIZE /a"}));
+}
+
 TEST_F(Conversation, NoTlsOnAPlainServer)
 {
     config.tls = TlsMode::Plain;
@@ -178,8 +194,8 @@ TEST_F(Conversation, NothingOutsideTheFolderIsServed)
 TEST_F(Conversation, TheSmallOnes)
 {
     EXPECT_EQ(Lines({"> NOOP", "< 200 ok", "> SYST", "< 215 UNIX Type: L8", "> OPTS UTF8 ON", "< 200 ok", "> TYPE I",
-                     "< 200 type set", "> DELE a", "< 500 unknown command", "> ", "< 500 unknown command"}),
-              say({"NOOP", "SYST", "OPTS UTF8 ON", "TYPE I", "DELE a", ""}));
+                     "< 200 type set", "> SITE a", "< 500 unknown command", "> ", "< 500 unknown command"}),
+              say({"NOOP", "SYST", "OPTS UTF8 ON", "TYPE I", "SITE a", ""}));
 }
 
 TEST_F(Conversation, RestartPoints)
