@@ -12,7 +12,8 @@ enum class Operation
     Get,
     Put,
     Move,
-    Remove
+    Remove,
+    Doctor
 };
 
 /// What the command is to do, from the command line, the environment and the configuration file together. What was not
@@ -39,6 +40,9 @@ struct Arguments
     bool verifies = true; // put compares the sizes
     unsigned retries = 0;
     std::chrono::milliseconds retryDelay{1000}; // before the first
+    bool clearLogin = false;                    // doctor may send the password in the clear
+    bool writes = false;                        // doctor tries a round trip
+    std::chrono::seconds timeout{20};           // of doctor's own connections
 };
 
 /// Exit status where the command could not be run as it was given.

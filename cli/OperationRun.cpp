@@ -131,6 +131,7 @@ std::string OperationRun::whatIsLeft() const
     case Operation::Remove:
         return "whether the server has carried it out is not known";
     case Operation::Test:
+    case Operation::Doctor:
         break;
     }
     return "nothing was tested to its end";

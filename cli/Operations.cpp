@@ -31,6 +31,8 @@ int perform(Operation operation, const SFtpRequest& request, std::string& errorT
         return client.ReNameSFtpFile(request, errorText);
     case Operation::Remove:
         return client.DelSFtpFile(request, errorText);
+    case Operation::Doctor:
+        break;
     }
     return kNotRun;
 }

@@ -18,6 +18,7 @@ std::string remotePathOf(const Arguments& arguments, const RemoteUrl& url)
 {
     switch (arguments.operation) {
     case Operation::List:
+    case Operation::Doctor:
         return url.forListing();
     case Operation::Move:
     case Operation::Remove:

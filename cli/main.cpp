@@ -1,5 +1,6 @@
 #include "RunOperation.h"
 #include "UsageError.h"
+#include "doctor/DoctorCommand.h"
 #include "output/StandardStreams.h"
 #include "usage/CommandLine.h"
 
@@ -23,6 +24,8 @@ int run(const Arguments& arguments)
     case Operation::Move:
     case Operation::Remove:
         return runOperation(arguments);
+    case Operation::Doctor:
+        return runDoctor(arguments);
     }
     return kCommandFailed;
 }

@@ -2,9 +2,9 @@
 # /usr/share/bash-completion/completions/sftpclient. It needs nothing but bash.
 
 _sftpclient() {
-    local operations="get put ls mv rm test"
-    local options="--help --user --password-file --password-stdin --netrc --netrc-file --ca --port --config --retry
-        --retry-delay --json --trace --quiet"
+    local operations="get put ls mv rm test doctor"
+    local options="--help --user --password-file --password-stdin --netrc --netrc-file --ca --port --config --json"
+    local transfer="--retry --retry-delay --trace --quiet"
     local word=${COMP_WORDS[COMP_CWD]} before=${COMP_WORDS[COMP_CWD - 1]} operation=${COMP_WORDS[1]}
     COMPREPLY=()
 
@@ -32,14 +32,18 @@ _sftpclient() {
             mapfile -t COMPREPLY < <(compgen -u -- "$word")
             return
             ;;
-        --port | --retry | --retry-delay)
+        --port | --retry | --retry-delay | --timeout)
             return
             ;;
     esac
 
     case $word in
         -*)
-            [ "$operation" = put ] && options="$options --no-verify"
+            case $operation in
+                doctor) options="$options --clear-login --write --timeout" ;;
+                put) options="$options $transfer --no-verify" ;;
+                *) options="$options $transfer" ;;
+            esac
             mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
             ;;
         *)

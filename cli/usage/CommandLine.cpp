@@ -20,11 +20,6 @@ namespace {
 
 constexpr char kDescription[] = "Runs one operation of libSFtpClient against a remote file server.";
 
-bool belongsTo(const Option& option, const Command& command)
-{
-    return !option.forPutAlone || command.operation == Operation::Put;
-}
-
 // The command line's grammar, made from the tables of operations and options.
 class Grammar
 {
@@ -71,7 +66,7 @@ private:
                 ->type_name("");
         }
         for (const Option& option : options()) {
-            if (belongsTo(option, command)) {
+            if (belongsTo(option, command.operation)) {
                 addOption(*form, option);
             }
         }

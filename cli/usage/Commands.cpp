@@ -47,6 +47,12 @@ const std::vector<Command>& commands()
          {{"URL", &Arguments::url, "What to visit: a directory, ending in \"/\", is best", true}},
          "  sftpclient test ftps://backup@host/ --ca ca.pem --trace\n"
          "  sftpclient test ftp://backup@host/ --ca none --config unverified.ini\n"},
+        {Operation::Doctor,
+         "doctor",
+         "Find out which operations will work on a server",
+         {{"URL", &Arguments::url, "A directory on the server, ending in \"/\"", true}},
+         "  sftpclient doctor ftps://backup@host/weekly/ --ca ca.pem\n"
+         "  sftpclient doctor ftps://backup@host/weekly/ --ca ca.pem --write --json\n"},
     };
     return kCommands;
 }

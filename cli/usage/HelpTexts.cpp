@@ -23,7 +23,8 @@ constexpr char kNotes[] =
     "\"get: 67 Login denied\". CODE is libcurl's, or -1 where the library could not run the operation.\n"
     "\n"
     "Exit status: 0 for result 0, libcurl's code for any other, 255 for -1 and for a failure of the command\n"
-    "itself, 2 for wrong usage (and for libcurl's 2), 128 and the signal's number after an interruption.\n"
+    "itself, 2 for wrong usage (and for libcurl's 2), 128 and the signal's number after an interruption; doctor\n"
+    "has its own.\n"
     "\n"
     "The manual page sftpclient(1) tells more.";
 
@@ -38,6 +39,18 @@ constexpr char kCertificateOfPut[] =
     "\nThe server's CA must be in the machine's own trust store: put does not use --ca. With an ftp: URL,\n"
     "login and data go in the clear.\n";
 
+constexpr char kDoctor[] =
+    "\nThe report tells what will work and what to change where something will not. Without --write nothing is\n"
+    "changed on the server, and what only writing shows is taken to be well.\n"
+    "\n"
+    "The password is sent over TLS to a server that the library trusts, and to nobody else, unless\n"
+    "--clear-login says so. With an ftp: URL, put and the size check of get send it in the clear: without\n"
+    "--clear-login only the user's name is sent that way, and where the server then asks for the password, the\n"
+    "two remain unknown.\n"
+    "\n"
+    "The report goes to standard output. Exit status: 0 when all operations will work, 1 when one will fail, 3\n"
+    "when none will fail but one is unknown, 2 for wrong usage, 255 for a failure of the command itself.\n";
+
 } // namespace
 
 std::string generalNotes() { return kNotes; }
@@ -47,7 +60,7 @@ std::string notesOf(const Command& command)
     const std::string examples = std::string("Examples:\n") + command.examples;
     const std::string certificate =
         command.operation == Operation::Put ? kCertificateOfPut : std::string(kCertificate) + kCertificateRule;
-    return examples + certificate +
+    return examples + certificate + (command.operation == Operation::Doctor ? kDoctor : "") +
            "\nsftpclient --help tells where login and settings come from, and the exit status.";
 }
 

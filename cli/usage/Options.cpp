@@ -11,6 +11,7 @@ namespace {
 constexpr unsigned kHighestPort = 65535;
 constexpr unsigned kMostRetries = 1000;
 constexpr double kLongestDelay = 3600;
+constexpr unsigned kLongestTimeout = 600;
 
 unsigned toNumber(const std::string& text, unsigned lowest, unsigned highest)
 {
@@ -74,6 +75,11 @@ void storeRetryDelay(Arguments& arguments, const std::string& text)
     arguments.retryDelay = std::chrono::milliseconds(std::llround(seconds * 1000));
 }
 
+void storeTimeout(Arguments& arguments, const std::string& text)
+{
+    arguments.timeout = std::chrono::seconds(toNumber(text, 1, kLongestTimeout));
+}
+
 } // namespace
 
 const std::vector<Option>& options()
@@ -88,17 +94,36 @@ const std::vector<Option>& options()
         {"--port", "PORT", "1 to 65535, if it is not the URL's, or else 21,\nftps 990, sftp 22", storePort},
         {"--config", "FILE", "Configuration file, if not ~/.config/sftpclient/config",
          storeText<&Arguments::configFile>},
-        {"--no-verify", "", "Do not compare the file's size on the server afterwards", storeNoVerify, true},
+        {"--no-verify", "", "Do not compare the file's size on the server afterwards", storeNoVerify, Use::Put},
         {"--retry", "N", "Try again up to N times after a fault that may pass:\nresult 7, 28, 35, 52, 55 or 56",
-         storeRetries},
+         storeRetries, Use::Operations},
         {"--retry-delay", "SECONDS", "Wait so long before trying again (1), and each time\ntwice as long",
-         storeRetryDelay},
+         storeRetryDelay, Use::Operations},
         {"--json", "", "Write the result to standard output, as a JSON object", storeSwitch<&Arguments::json>},
         {"--trace", "", "Show what libcurl and the server say to each other,\nthe login masked",
-         storeSwitch<&Arguments::trace>},
-        {"--quiet", "", "Log failures only, and show no progress", storeSwitch<&Arguments::quiet>},
+         storeSwitch<&Arguments::trace>, Use::Operations},
+        {"--quiet", "", "Log failures only, and show no progress", storeSwitch<&Arguments::quiet>, Use::Operations},
+        {"--clear-login", "", "Let the password go in the clear, with an ftp: URL", storeSwitch<&Arguments::clearLogin>,
+         Use::Doctor},
+        {"--write", "", "Send, list, fetch, rename and delete a small file through\nthe library, and clean up",
+         storeSwitch<&Arguments::writes>, Use::Doctor},
+        {"--timeout", "SECONDS", "How long to wait for a connection, and for a reply (20)", storeTimeout, Use::Doctor},
     };
     return kOptions;
+}
+
+bool belongsTo(const Option& option, Operation operation)
+{
+    switch (option.use) {
+    case Use::Operations:
+        return operation != Operation::Doctor;
+    case Use::Put:
+        return operation == Operation::Put;
+    case Use::Doctor:
+        return operation == Operation::Doctor;
+    default:
+        return true;
+    }
 }
 
 std::string variableOf(const Option& option)

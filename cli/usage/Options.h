@@ -6,6 +6,14 @@
 #include <string>
 #include <vector>
 
+enum class Use
+{
+    Everywhere,
+    Operations, // of the library: everywhere but doctor
+    Put,
+    Doctor
+};
+
 /// An option of the command. The same name, differently spelt, sets it in the environment and in the configuration
 /// file: --password-file, SFTPCLIENT_PASSWORD_FILE and password-file.
 struct Option
@@ -14,11 +22,14 @@ struct Option
     const char* value; // what the help calls its value; empty for a switch, whose value is yes or no
     const char* description;
     void (*store)(Arguments& arguments, const std::string& text); // throws std::invalid_argument: what it must be
-    bool forPutAlone = false;
+    Use use = Use::Everywhere;
 };
 
 /// All options, in the order in which the help shows them.
 const std::vector<Option>& options();
+
+/// Whether `operation` has the option.
+bool belongsTo(const Option& option, Operation operation);
 
 /// "SFTPCLIENT_PASSWORD_FILE" for "--password-file".
 std::string variableOf(const Option& option);

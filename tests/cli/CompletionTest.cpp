@@ -43,7 +43,7 @@ Names optionsOf(const Command& command)
 {
     Names names{"--help"};
     for (const Option& option : options()) {
-        if (!option.forPutAlone || command.operation == Operation::Put) {
+        if (belongsTo(option, command.operation)) {
             names.insert(option.name);
         }
     }
@@ -107,6 +107,7 @@ TEST_F(Completion, KnowsEveryOptionThatTakesAValue)
 {
     for (const Option& option : options()) {
         const bool takesValue = *option.value != '\0';
-        EXPECT_EQ(inFolder({"put", option.name, "--"}).count("--trace"), takesValue ? 0U : 1U) << option.name;
+        const std::string operation = option.use == Use::Doctor ? "doctor" : "put";
+        EXPECT_EQ(inFolder({operation, option.name, "--"}).count("--json"), takesValue ? 0U : 1U) << option.name;
     }
 }

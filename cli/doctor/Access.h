@@ -1,0 +1,36 @@
+#ifndef SFTPCLIENT_CLI_DOCTOR_ACCESS_H
+#define SFTPCLIENT_CLI_DOCTOR_ACCESS_H
+
+#include "doctor/OpenSslObjects.h"
+#include "doctor/Report.h"
+#include "doctor/Secret.h"
+
+#include <SFtpRequest.h>
+
+#include <chrono>
+#include <string>
+
+namespace doctor {
+
+/// What every probe needs to know: the server, the login, and how long to wait.
+struct Access
+{
+    /// Takes URL, port, login and CA from a request for a listing. `limit` is for connecting, and for each reply.
+    /// REQUIRES: `request` outlives this object; its URL begins with ftp:, ftps: or sftp:.
+    Access(const SFtpRequest& request, std::chrono::milliseconds limit);
+
+    const SFtpRequest& request;
+    std::chrono::milliseconds limit;
+    Secret secret;
+    Scheme scheme;
+    std::string host; ///< without the brackets of an IPv6 address
+    std::string path; ///< of the directory, decoded; for FTP, what follows the first "/" counts from the login's own
+    Trust trust;
+};
+
+/// The first certificate in a PEM text, or the one whose DER form the text is; null where there is none.
+X509Certificate readCertificate(const std::string& text);
+
+} // namespace doctor
+
+#endif

@@ -1,0 +1,16 @@
+#ifndef SFTPCLIENT_CLI_DOCTOR_CERTIFICATEDIAGNOSIS_H
+#define SFTPCLIENT_CLI_DOCTOR_CERTIFICATEDIAGNOSIS_H
+
+#include "doctor/Diagnosis.h"
+
+namespace doctor {
+
+/// Why a visit did not trust the server's certificate.
+Diagnosis diagnoseCertificate(const Report& report, const Visit& visit, bool bare);
+
+/// Why the certificates to trust cannot be used.
+Diagnosis diagnoseCaFile(const Report& report, bool bare);
+
+} // namespace doctor
+
+#endif

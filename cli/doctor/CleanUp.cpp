@@ -1,0 +1,50 @@
+#include "doctor/CleanUp.h"
+
+#include "doctor/Access.h"
+#include "doctor/LibraryVisit.h"
+#include "doctor/RoundTrip.h"
+
+#include <algorithm>
+
+namespace doctor {
+
+namespace {
+
+bool names(const Visit& visit, const std::string& name)
+{
+    return std::any_of(visit.names.begin(), visit.names.end(),
+                       [&name](const std::string& each) { return each.substr(each.rfind('/') + 1) == name; });
+}
+
+bool removedOne(const Visit& visit)
+{
+    return std::any_of(visit.dialogue.begin(), visit.dialogue.end(), [](const Exchange& each) {
+        return each.command.compare(0, 5, "DELE ") == 0 && each.reply.code / 100 == 2;
+    });
+}
+
+} // namespace
+
+void cleanUp(const Question& question, const Report& report, RoundTrip& roundTrip)
+{
+    const Access access(question.request, question.limit);
+    Errand errand;
+    errand.url = question.request.remotePath;
+    errand.namesOnly = true;
+    errand.tlsStep = report.test.loggedIn();
+    const std::vector<std::string> files = {roundTrip.name, renamed(roundTrip.name)};
+    for (const std::string& file : files) {
+        errand.afterLogin.push_back(access.scheme == Scheme::Sftp ? "rm \"" + access.path + file + "\""
+                                                                  : "DELE " + access.path.substr(1) + file);
+    }
+    const Visit cleaned = visit(access, errand);
+    for (const std::string& file : files) {
+        if (names(cleaned, file)) {
+            roundTrip.leftBehind.push_back(question.request.remotePath + file);
+        }
+    }
+    // At most one of the two names is there: where one was removed, no listing is needed.
+    roundTrip.leftUnknown = !cleaned.succeeded() && roundTrip.remove != 0 && !removedOne(cleaned);
+}
+
+} // namespace doctor

@@ -1,0 +1,33 @@
+#ifndef SFTPCLIENT_CLI_DOCTOR_DIAGNOSIS_H
+#define SFTPCLIENT_CLI_DOCTOR_DIAGNOSIS_H
+
+#include "doctor/Report.h"
+
+#include <string>
+
+namespace doctor {
+
+struct Diagnosis
+{
+    std::string reason;
+    std::string remedy;
+};
+
+/// Why nobody gets as far as a login.
+Diagnosis diagnoseContact(const Report& report);
+
+/// Why a visit failed. `bare`: it was one without the library's TLS step.
+Diagnosis diagnoseVisit(const Report& report, const Visit& visit, bool bare);
+
+/// Why a login without TLS is refused with this reply.
+Diagnosis diagnoseClearLogin(const Reply& reply);
+
+/// What the server said, for a reason: "(530 TLS first)", or nothing.
+std::string quote(const Reply& reply);
+
+/// Of all versions that the server offers, whether one is new enough for the library.
+bool offersUsableTls(const Report& report);
+
+} // namespace doctor
+
+#endif

@@ -1,0 +1,46 @@
+#ifndef SFTPCLIENT_CLI_DOCTOR_DIALOGUE_H
+#define SFTPCLIENT_CLI_DOCTOR_DIALOGUE_H
+
+#include "doctor/Report.h"
+#include "doctor/Secret.h"
+
+#include <curl/curl.h>
+
+#include <string>
+#include <vector>
+
+namespace doctor {
+
+/// Takes down what libcurl and the server say to each other on the control connection. Of PASS only the word is kept.
+class Dialogue
+{
+public:
+    explicit Dialogue(const Secret& secret) : m_secret(secret) { m_exchanges.emplace_back(); }
+
+    /// Lets the handle report here. REQUIRES: this object outlives the handle's transfers.
+    void listenTo(CURL* handle);
+
+    void addCommand(const std::string& line);
+    /// One line, or a part of one, as it arrived.
+    void addReply(const std::string& bytes);
+
+    /// The dialogue so far; it begins with the greeting, whose command is empty.
+    const std::vector<Exchange>& exchanges() const { return m_exchanges; }
+
+private:
+    static int report(CURL* handle, curl_infotype kind, char* bytes, size_t count, void* self) noexcept;
+
+    const Secret& m_secret;
+    std::vector<Exchange> m_exchanges;
+    std::string m_unfinished;
+};
+
+/// Whether a line ends a reply: three digits and a blank, or three digits alone.
+bool endsReply(const std::string& line);
+
+/// The reply that this last line of it makes.
+Reply replyOf(const std::string& lastLine);
+
+} // namespace doctor
+
+#endif

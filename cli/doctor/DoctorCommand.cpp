@@ -1,0 +1,96 @@
+#include "doctor/DoctorCommand.h"
+
+#include "RemoteUrl.h"
+#include "RequestOf.h"
+#include "UsageError.h"
+#include "credentials/Login.h"
+#include "credentials/Password.h"
+#include "doctor/Examination.h"
+#include "doctor/Renderers.h"
+#include "doctor/WriteTrial.h"
+
+#include <CurlProcess.h>
+#include <EscapeControlBytes.h>
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <stdexcept>
+
+namespace {
+
+using namespace doctor;
+
+// Empty where the library would find another directory by it.
+std::string commandUrlOf(const Arguments& arguments)
+{
+    try {
+        return RemoteUrl(arguments.url).forDirectoryCommand(arguments.port);
+    } catch (const UsageError&) {
+        return {};
+    }
+}
+
+Question questionOf(const Arguments& arguments)
+{
+    Question question;
+    question.request = requestOf(arguments);
+    question.commandUrl = commandUrlOf(arguments);
+    question.clearLogin = arguments.clearLogin;
+    question.limit = arguments.timeout;
+    const bool inTheClear = question.request.remotePath.compare(0, 4, "ftp:") == 0;
+    if (arguments.writes && inTheClear && !arguments.clearLogin) {
+        throw UsageError("With an ftp: URL, --write sends the password in the clear, because the library's upload "
+                         "does: add --clear-login to agree, or use an ftps: URL.");
+    }
+    return question;
+}
+
+// Somebody who interrupts a trial still has to know what is left of it.
+void obey(int signal, const Report& report)
+{
+    for (const std::string& file : report.roundTrip->leftBehind) {
+        std::cerr << "sftpclient: left behind: " << escapeControlBytes(file) << "\n";
+    }
+    if (report.roundTrip->leftUnknown) {
+        std::cerr << "sftpclient: perhaps left behind: " << report.roundTrip->name << "\n";
+    }
+    static_cast<void>(std::signal(signal, SIG_DFL));
+    static_cast<void>(std::raise(signal));
+}
+
+void render(const Report& report, const std::vector<Verdict>& verdicts, bool asJson)
+{
+    if (asJson) {
+        renderJson(report, verdicts, std::cout);
+    } else {
+        renderTable(report, verdicts, isatty(STDOUT_FILENO) == 1, std::cout);
+    }
+    if (!std::cout.flush()) {
+        throw std::runtime_error("the report cannot be written to standard output");
+    }
+}
+
+} // namespace
+
+int runDoctor(const Arguments& arguments)
+{
+    if (!arguments.configFile.empty()) {
+        setenv("SFTPCLIENT_CONFIG", arguments.configFile.c_str(), 1);
+    }
+    Question question = questionOf(arguments);
+    const WipedAtEnd wiped(question.request.password);
+    readLogin(arguments, question.request);
+
+    const CurlProcess curl;
+    Report report = examine(question);
+    const int signal = arguments.writes ? tryWriting(question, report) : 0;
+    if (signal != 0) {
+        obey(signal, report);
+    }
+    const std::vector<Verdict> verdicts = predict(report);
+    render(report, verdicts, arguments.json);
+    return exitStatusOf(verdicts);
+}

@@ -1,0 +1,204 @@
+#include "doctor/Findings.h"
+
+#include "doctor/Diagnosis.h"
+#include "doctor/TlsFindings.h"
+
+#include <curl/curl.h>
+
+namespace doctor {
+
+namespace {
+
+constexpr char kNotTried[] = "not tried";
+
+using Findings = std::vector<Finding>;
+
+std::string joined(const std::vector<std::string>& texts)
+{
+    std::string all;
+    for (const std::string& text : texts) {
+        all += (all.empty() ? "" : ", ") + text;
+    }
+    return all;
+}
+
+void addLibcurl(const Report& report, Findings& findings)
+{
+    constexpr unsigned int kWaitsBeforeData = 0x075801;
+    const Libcurl& libcurl = report.libcurl;
+    findings.push_back(
+        {"libcurl", libcurl.speaksScheme ? Grade::Ok : Grade::Fail,
+         libcurl.version + " (" + libcurl.backEnds + ")" + (libcurl.speaksScheme ? "" : ", which knows no such URLs")});
+    const bool dataOverTls = report.scheme != Scheme::Sftp && report.listing.succeeded();
+    if (libcurl.number == kWaitsBeforeData && dataOverTls) {
+        findings.push_back({"libcurl's pace", Grade::Warn,
+                            "this libcurl waits 0.2 to 1 second before each transfer over TLS; 8.5 does not"});
+    }
+    if (!report.proxy.empty()) {
+        findings.push_back(
+            {"proxy", Grade::Warn,
+             "the environment variable " + report.proxy + " sends the library's connections through a proxy"});
+    }
+}
+
+void addContact(const Report& report, Findings& findings)
+{
+    const Contact& contact = report.contact;
+    const bool found = contact.code != CURLE_COULDNT_RESOLVE_HOST && !contact.addresses.empty();
+    findings.push_back({"name", found ? Grade::Ok : Grade::Fail,
+                        found ? report.host + " is " + joined(contact.addresses) : diagnoseContact(report).reason});
+    if (!found) {
+        return;
+    }
+    const bool connected = contact.code == CURLE_OK;
+    findings.push_back(
+        {"connection", connected ? Grade::Ok : Grade::Fail,
+         connected ? contact.address + " port " + std::to_string(report.port) : diagnoseContact(report).reason});
+    if (contact.greeting.ending == Ending::NotTried) {
+        return;
+    }
+    const bool welcome =
+        report.scheme == Scheme::Sftp ? contact.greeting.ending == Ending::Complete : contact.greeting.isPositive();
+    findings.push_back({"greeting", welcome ? Grade::Ok : Grade::Fail,
+                        welcome ? contact.greeting.text : diagnoseContact(report).reason});
+}
+
+Finding loginFinding(const std::string& probe, const Report& report, const Visit& visit, bool bare)
+{
+    if (!visit.made) {
+        return {probe, Grade::None, kNotTried};
+    }
+    const bool loggedIn = report.scheme == Scheme::Sftp
+                              ? visit.code == CURLE_OK || visit.code == CURLE_REMOTE_FILE_NOT_FOUND
+                              : visit.loggedIn();
+    return {probe, loggedIn ? Grade::Ok : Grade::Fail,
+            loggedIn ? "accepted" : diagnoseVisit(report, visit, bare).reason};
+}
+
+Finding refusal(const std::string& probe, const Reply& reply, const std::string& sent)
+{
+    return {probe, Grade::Fail, "refused " + quote(reply) + sent};
+}
+
+Finding clearLoginWithConsent(const std::string& probe, const Report& report)
+{
+    const Visit& visit = report.bare;
+    const Reply* const password = visit.replyTo("PASS");
+    const Reply* const user = visit.replyTo("USER");
+    const std::string sent = password != nullptr ? "; the password was sent in the clear, as --clear-login allows" : "";
+    if (visit.loggedIn() || user == nullptr) {
+        Finding finding = loginFinding(probe, report, visit, true);
+        finding.seen += sent;
+        return finding;
+    }
+    return refusal(probe, password != nullptr ? *password : *user, sent);
+}
+
+Finding clearLogin(const Report& report)
+{
+    constexpr char kProbe[] = "login without TLS";
+    constexpr char kSent[] = "; only the user's name was sent in the clear";
+    if (report.bare.made) {
+        return clearLoginWithConsent(kProbe, report);
+    }
+    const Reply& reply = report.clearUser;
+    if (reply.ending == Ending::NotTried) {
+        return {kProbe, Grade::None, kNotTried};
+    }
+    if (reply.ending != Ending::Complete || reply.code >= 400) {
+        return refusal(kProbe, reply, kSent);
+    }
+    return {kProbe, Grade::Warn, "may begin " + quote(reply) + kSent};
+}
+
+Finding sizeFinding(const Report& report)
+{
+    const Reply* const bare = report.bare.replyTo("SIZE");
+    const Reply* const reply = bare != nullptr ? bare : report.test.replyTo("SIZE");
+    if (reply == nullptr || reply->ending != Ending::Complete) {
+        return {"SIZE", Grade::None, kNotTried};
+    }
+    const bool known = reply->code == 550 || reply->code == 213;
+    return {"SIZE", known ? Grade::Ok : Grade::Fail,
+            (known ? "known; of a file that is not there: " : "not known: ") + reply->text};
+}
+
+Finding verbFinding(const Report& report, const std::string& verb)
+{
+    const Reply* const reply = report.test.replyTo(verb + " ");
+    if (reply == nullptr || reply->ending != Ending::Complete) {
+        return {verb, Grade::None, kNotTried};
+    }
+    const bool known = reply->code == 550 || reply->code == 551 || reply->code == 553 || reply->code / 10 == 45;
+    if (known) {
+        return {verb, Grade::Ok, "known; of a file that is not there: " + reply->text};
+    }
+    return {verb, reply->code < 400 ? Grade::Warn : Grade::Fail,
+            (reply->code < 400 ? "accepted for a file that is not there: " : "not known: ") + reply->text};
+}
+
+Finding listingFinding(const std::string& probe, const Report& report, const Visit& visit)
+{
+    if (!visit.made || (!visit.loggedIn() && report.scheme != Scheme::Sftp)) {
+        return {probe, Grade::None, kNotTried};
+    }
+    if (!visit.succeeded()) {
+        return {probe, Grade::Fail, diagnoseVisit(report, visit, false).reason};
+    }
+    return {probe, Grade::Ok, std::to_string(visit.names.size()) + (visit.names.size() == 1 ? " line" : " lines")};
+}
+
+void addVisits(const Report& report, Findings& findings)
+{
+    const bool ssh = report.scheme == Scheme::Sftp;
+    findings.push_back(loginFinding(ssh ? "login" : "login over TLS", report, report.test, false));
+    if (report.scheme == Scheme::Ftp) {
+        findings.push_back(clearLogin(report));
+    } else if (report.scheme == Scheme::Ftps) {
+        findings.push_back(loginFinding("login by the machine's trust store", report, report.bare, true));
+    }
+    findings.push_back(listingFinding("listing in full", report, report.test));
+    findings.push_back(listingFinding("listing of names", report, report.listing));
+    if (!ssh) {
+        findings.push_back(sizeFinding(report));
+        findings.push_back(verbFinding(report, "rename"));
+        findings.push_back(verbFinding(report, "rm"));
+    }
+}
+
+void addRoundTrip(const RoundTrip& roundTrip, Findings& findings)
+{
+    if (!roundTrip.stopped.empty()) {
+        findings.push_back({"round trip", Grade::Warn, roundTrip.stopped});
+    }
+    if (roundTrip.list == 0 && roundTrip.put == 0 && !roundTrip.listed) {
+        findings.push_back({"round trip", Grade::Warn, "the listing does not name the file that was sent"});
+    }
+    for (const std::string& name : roundTrip.leftBehind) {
+        findings.push_back({"left behind", Grade::Fail, name + ": remove it by hand"});
+    }
+    if (roundTrip.leftUnknown) {
+        findings.push_back({"left behind", Grade::Fail,
+                            "perhaps " + roundTrip.name + " or " + roundTrip.name +
+                                ".renamed: the server could not be asked; look, and remove it by hand"});
+    }
+}
+
+} // namespace
+
+std::vector<Finding> findingsOf(const Report& report)
+{
+    Findings findings;
+    addLibcurl(report, findings);
+    addContact(report, findings);
+    if (report.contact.code == CURLE_OK) {
+        addSecurity(report, findings);
+        addVisits(report, findings);
+    }
+    if (report.roundTrip) {
+        addRoundTrip(*report.roundTrip, findings);
+    }
+    return findings;
+}
+
+} // namespace doctor

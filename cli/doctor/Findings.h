@@ -1,0 +1,32 @@
+#ifndef SFTPCLIENT_CLI_DOCTOR_FINDINGS_H
+#define SFTPCLIENT_CLI_DOCTOR_FINDINGS_H
+
+#include "doctor/Report.h"
+
+#include <string>
+#include <vector>
+
+namespace doctor {
+
+enum class Grade
+{
+    Ok,
+    Warn,
+    Fail,
+    None ///< not tried, or of no weight
+};
+
+/// What one probe saw, in a line.
+struct Finding
+{
+    std::string probe;
+    Grade grade = Grade::None;
+    std::string seen;
+};
+
+/// The report's facts in the order in which they were found out.
+std::vector<Finding> findingsOf(const Report& report);
+
+} // namespace doctor
+
+#endif

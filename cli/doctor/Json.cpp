@@ -1,0 +1,92 @@
+#include "doctor/Renderers.h"
+
+#include <EscapeControlBytes.h>
+
+#include <nlohmann/json.hpp>
+
+#include <ostream>
+
+namespace doctor {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const char* wordOf(Grade grade)
+{
+    switch (grade) {
+    case Grade::Ok:
+        return "ok";
+    case Grade::Warn:
+        return "warn";
+    case Grade::Fail:
+        return "fail";
+    default:
+        return "none";
+    }
+}
+
+const char* wordOf(Outlook outlook)
+{
+    switch (outlook) {
+    case Outlook::Works:
+        return "works";
+    case Outlook::Fails:
+        return "fails";
+    default:
+        return "unknown";
+    }
+}
+
+Json jsonOf(const Finding& finding)
+{
+    return {{"probe", finding.probe}, {"grade", wordOf(finding.grade)}, {"seen", escapeControlBytes(finding.seen)}};
+}
+
+Json jsonOf(const Verdict& verdict)
+{
+    Json json = {{"operation", verdict.operation}, {"outlook", wordOf(verdict.outlook)}};
+    json["code"] = verdict.code ? Json(*verdict.code) : Json(nullptr);
+    json["reason"] = escapeControlBytes(verdict.reason);
+    json["remedy"] = escapeControlBytes(verdict.remedy);
+    return json;
+}
+
+Json certificatesOf(const Tls& tls)
+{
+    Json all = Json::array();
+    for (const Certificate& each : tls.chain) {
+        all.push_back({{"subject", escapeControlBytes(each.subject)},
+                       {"issuer", escapeControlBytes(each.issuer)},
+                       {"serial", each.serial},
+                       {"notBefore", each.notBefore},
+                       {"notAfter", each.notAfter}});
+    }
+    return all;
+}
+
+Json leftBehindBy(const Report& report)
+{
+    return report.roundTrip ? Json(report.roundTrip->leftBehind) : Json::array();
+}
+
+} // namespace
+
+void renderJson(const Report& report, const std::vector<Verdict>& verdicts, std::ostream& out)
+{
+    Json json = {{"url", report.url}, {"libcurl", report.libcurl.version}, {"status", exitStatusOf(verdicts)}};
+    json["operations"] = Json::array();
+    for (const Verdict& each : verdicts) {
+        json["operations"].push_back(jsonOf(each));
+    }
+    json["findings"] = Json::array();
+    for (const Finding& each : findingsOf(report)) {
+        json["findings"].push_back(jsonOf(each));
+    }
+    json["certificates"] = certificatesOf(report.tls);
+    json["hostKey"] = report.hostKey.fingerprint.empty() ? Json(nullptr) : Json(report.hostKey.fingerprint);
+    json["leftBehind"] = leftBehindBy(report);
+    out << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+} // namespace doctor

@@ -1,0 +1,19 @@
+#ifndef SFTPCLIENT_CLI_DOCTOR_RENDERERS_H
+#define SFTPCLIENT_CLI_DOCTOR_RENDERERS_H
+
+#include "doctor/Findings.h"
+#include "doctor/Verdicts.h"
+
+#include <iosfwd>
+
+namespace doctor {
+
+/// For people: a table of findings, a table of verdicts, and what to change. All control bytes are escaped.
+void renderTable(const Report& report, const std::vector<Verdict>& verdicts, bool inColour, std::ostream& out);
+
+/// For machines: one JSON object in UTF-8, whose form docs/doctor.md tells. Bytes that are no UTF-8 are replaced.
+void renderJson(const Report& report, const std::vector<Verdict>& verdicts, std::ostream& out);
+
+} // namespace doctor
+
+#endif

@@ -1,0 +1,169 @@
+#ifndef SFTPCLIENT_CLI_DOCTOR_REPORT_H
+#define SFTPCLIENT_CLI_DOCTOR_REPORT_H
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The facts that the probes bring home. They say what was seen, never what it means: `Verdicts` does that.
+///
+/// Texts that come from a server are as it sent them, but for the password, which is hidden. Whoever shows them
+/// escapes their control bytes.
+namespace doctor {
+
+enum class Scheme
+{
+    Ftp,
+    Ftps,
+    Sftp
+};
+
+/// What the request's CA certificate amounts to.
+enum class Trust
+{
+    Certificate, ///< one that can be read
+    Unreadable,
+    Nobody,        ///< "none", and the configuration allows it: the server is not verified
+    NobodyRefused, ///< "none", and the configuration does not allow it
+    NotGiven       ///< as for sftp: URLs, which need none
+};
+
+/// The libcurl that does the work.
+struct Libcurl
+{
+    unsigned int number = 0; ///< as libcurl counts: 0x075801 is 7.88.1
+    std::string version;
+    std::string backEnds; ///< for TLS and SSH
+    bool speaksScheme = true;
+};
+
+enum class Ending
+{
+    NotTried,
+    Complete,
+    Silent, ///< nothing came in time
+    Closed, ///< the server hung up
+    Garbled ///< something came that is no reply
+};
+
+/// What the server said to something.
+struct Reply
+{
+    Ending ending = Ending::NotTried;
+    int code = 0;
+    std::string text; ///< the last line, code included
+
+    bool isPositive() const { return ending == Ending::Complete && code >= 200 && code < 400; }
+};
+
+/// The way to the server, up to its greeting.
+struct Contact
+{
+    int code = 0;                       ///< libcurl's for finding the name and connecting
+    std::vector<std::string> addresses; ///< the name's
+    std::string address;                ///< the one that answered
+    Reply greeting;
+};
+
+struct Certificate
+{
+    std::string subject;
+    std::string issuer;
+    std::string serial;
+    std::string notBefore;
+    std::string notAfter;
+};
+
+/// An attempt to speak one version of TLS.
+struct TlsVersion
+{
+    std::string name; ///< "TLS 1.3"
+    Ending ending = Ending::NotTried;
+    bool offered = false;
+    std::string detail = {}; ///< the cipher suite, or why there was no TLS
+};
+
+struct Tls
+{
+    Reply auth; ///< to the request for TLS; not tried with implicit TLS
+    std::array<TlsVersion, 4> versions = {{{"TLS 1.3"}, {"TLS 1.2"}, {"TLS 1.1"}, {"TLS 1.0"}}};
+    std::vector<Certificate> chain; ///< the server's own first
+    bool namesHost = false;
+};
+
+struct HostKey
+{
+    std::string type;
+    std::string fingerprint; ///< "SHA256:..."; empty: none was seen
+};
+
+/// One command in a dialogue and what the server said to it.
+struct Exchange
+{
+    std::string command; ///< empty for the greeting
+    Reply reply;
+};
+
+/// One visit with libcurl, made as an operation of the library makes it.
+struct Visit
+{
+    bool made = false;
+    int code = 0;
+    std::string error;              ///< libcurl's own words for a failure
+    long verifyResult = 0;          ///< OpenSSL's verdict on the certificate; 0 is good
+    std::string entryPath;          ///< the directory that the login led to
+    std::vector<std::string> names; ///< what a listing of names held
+    std::vector<Exchange> dialogue;
+
+    bool succeeded() const { return made && code == 0; }
+    /// The reply to the last command that begins with `beginning`, or null.
+    const Reply* replyTo(const std::string& beginning) const;
+    bool loggedIn() const;
+};
+
+/// A full round trip through the library, with a file of its own: libcurl's code of each step that was made, or -1.
+struct RoundTrip
+{
+    std::string name; ///< the file's
+    std::optional<int> put;
+    std::optional<int> list;
+    std::optional<int> get;
+    std::optional<int> rename;
+    std::optional<int> remove;
+    bool listed = false;    ///< the listing named the file
+    bool unchanged = false; ///< what came back is what was sent
+    std::string stopped;    ///< why it ended early, if it did
+    std::vector<std::string> leftBehind;
+    bool leftUnknown = false; ///< whether something was left behind could not be found out
+};
+
+struct Report
+{
+    // The question.
+    Scheme scheme = Scheme::Ftp;
+    std::string url;
+    std::string host;
+    unsigned int port = 0;
+    Trust trust = Trust::Certificate;
+    bool clearLogin = false;      ///< the user agrees to a login without TLS
+    std::string commandDirectory; ///< the directory that rename and delete name in their commands; empty: none can be
+    std::string proxy;            ///< the environment variable that sends libcurl to a proxy, if there is one
+
+    // The facts.
+    Libcurl libcurl;
+    Contact contact;
+    Tls tls;
+    HostKey hostKey;
+    Reply clearUser; ///< to the user's name alone, without TLS
+    Visit test;      ///< as the connection test visits; asked about SIZE, rename and rm on the way
+    Visit listing;   ///< as the listing visits
+    Visit bare;      ///< as the upload and the size check log in: without the library's TLS step
+    Visit bareAgain; ///< the same in another way, where that one did not get as far as data
+    std::optional<RoundTrip> roundTrip;
+};
+
+} // namespace doctor
+
+#endif

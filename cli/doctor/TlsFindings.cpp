@@ -1,0 +1,122 @@
+#include "doctor/TlsFindings.h"
+
+#include "doctor/Diagnosis.h"
+
+#include <curl/curl.h>
+
+namespace doctor {
+
+namespace {
+
+using Findings = std::vector<Finding>;
+
+void addHostKey(const Report& report, Findings& findings)
+{
+    const HostKey& key = report.hostKey;
+    findings.push_back({"TLS", Grade::None, "not applicable: SSH protects the connection"});
+    findings.push_back({"host key", Grade::None,
+                        key.fingerprint.empty() ? "not seen"
+                                                : key.type + " " + key.fingerprint +
+                                                      "; libcurl compares it with nothing, so compare it yourself"});
+}
+
+void addRequest(const Report& report, Findings& findings)
+{
+    const Reply& reply = report.tls.auth;
+    if (report.scheme == Scheme::Ftps) {
+        findings.push_back({"request for TLS", Grade::None, "not applicable: TLS begins with the first byte"});
+    } else if (reply.ending == Ending::NotTried) {
+        findings.push_back({"request for TLS", Grade::None, "not tried"});
+    } else {
+        findings.push_back({"request for TLS", reply.isPositive() ? Grade::Ok : Grade::Fail,
+                            reply.text.empty() ? "no reply" : reply.text});
+    }
+}
+
+Finding versionFinding(const TlsVersion& version, bool isOld)
+{
+    if (version.ending == Ending::NotTried) {
+        return {version.name, Grade::None, "not tried"};
+    }
+    if (!version.offered) {
+        return {version.name, Grade::None, "not offered: " + version.detail};
+    }
+    return {version.name, isOld ? Grade::Warn : Grade::Ok,
+            "offered: " + version.detail + (isOld ? "; the library does not use it" : "")};
+}
+
+void addVersions(const Report& report, Findings& findings)
+{
+    const auto& versions = report.tls.versions;
+    for (std::size_t i = 0; i < versions.size(); ++i) {
+        findings.push_back(versionFinding(versions[i], i >= 2));
+    }
+    constexpr unsigned int kWaitsForTheServersClose = 0x080900;
+    if (report.scheme == Scheme::Ftps && versions[0].offered && report.libcurl.number < kWaitsForTheServersClose) {
+        findings.push_back({"libcurl's uploads", Grade::Warn,
+                            "this libcurl can lose the end of an upload over TLS 1.3; 8.9 does not"});
+    }
+}
+
+void addChain(const Report& report, Findings& findings)
+{
+    for (const Certificate& each : report.tls.chain) {
+        findings.push_back({"certificate", Grade::None,
+                            each.subject + ", issued by " + each.issuer + ", valid from " + each.notBefore + " to " +
+                                each.notAfter + ", serial " + each.serial});
+    }
+}
+
+std::string whoIsTrusted(const Report& report)
+{
+    return report.trust == Trust::Certificate ? "the given CA or one in the machine's trust store"
+                                              : "a CA in the machine's trust store";
+}
+
+void addTrust(const Report& report, Findings& findings)
+{
+    const Visit& visit = report.test;
+    if (!visit.made || report.tls.chain.empty()) {
+        return;
+    }
+    if (report.trust == Trust::Nobody) {
+        findings.push_back({"trust", Grade::Warn, "the server is not verified: CA none, and CertAuthSwitch is 0"});
+        return;
+    }
+    const bool refused = visit.code == CURLE_PEER_FAILED_VERIFICATION || visit.code == CURLE_SSL_CACERT_BADFILE;
+    if (refused) {
+        findings.push_back({"trust", Grade::Fail, diagnoseVisit(report, visit, false).reason});
+    } else if (visit.loggedIn() || visit.replyTo("USER") != nullptr) {
+        findings.push_back({"trust", Grade::Ok, "the certificate is issued by " + whoIsTrusted(report)});
+    }
+}
+
+void addName(const Report& report, Findings& findings)
+{
+    if (report.tls.chain.empty()) {
+        return;
+    }
+    const std::string who = report.scheme == Scheme::Ftps ? "; only the upload and the size check compare it"
+                                                          : "; the library does not compare it";
+    const Grade unnamed = report.scheme == Scheme::Ftps ? Grade::Fail : Grade::None;
+    findings.push_back(
+        {"host name", report.tls.namesHost ? Grade::Ok : unnamed,
+         "the certificate " + std::string(report.tls.namesHost ? "names " : "does not name ") + report.host + who});
+}
+
+} // namespace
+
+void addSecurity(const Report& report, Findings& findings)
+{
+    if (report.scheme == Scheme::Sftp) {
+        addHostKey(report, findings);
+        return;
+    }
+    addRequest(report, findings);
+    addVersions(report, findings);
+    addChain(report, findings);
+    addTrust(report, findings);
+    addName(report, findings);
+}
+
+} // namespace doctor

@@ -1,0 +1,280 @@
+#include "doctor/Verdicts.h"
+
+#include "doctor/Diagnosis.h"
+#include "doctor/RoundTripVerdicts.h"
+#include "doctor/Silence.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+
+namespace doctor {
+
+namespace {
+
+constexpr int kRefusedByTheLibrary = -1;
+constexpr unsigned int kWaitsForTheServersClose = 0x080900;
+
+Verdict works(std::string reason = {}, std::string remedy = {})
+{
+    return {{}, Outlook::Works, 0, std::move(reason), std::move(remedy)};
+}
+
+Verdict fails(std::optional<int> code, Diagnosis why)
+{
+    return {{}, Outlook::Fails, code, std::move(why.reason), std::move(why.remedy)};
+}
+
+Verdict unknown(std::string reason, std::string remedy)
+{
+    return {{}, Outlook::Unknown, std::nullopt, std::move(reason), std::move(remedy)};
+}
+
+// The library tells a refused directory as a missing file.
+int asReported(int code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
+
+// The code of an operation that ends like the connection test: also of one that could not be tried.
+int codeOf(const Report& report, const Visit& visit)
+{
+    if (visit.made) {
+        return visit.code;
+    }
+    if (report.contact.code != CURLE_OK) {
+        return report.contact.code;
+    }
+    return isSilent(report) ? CURLE_OPERATION_TIMEDOUT : report.test.code;
+}
+
+const Visit& listingVisit(const Report& report) { return report.listing.made ? report.listing : report.test; }
+
+Verdict failsLike(const Report& report, const Visit& visit, bool bare)
+{
+    return fails(asReported(codeOf(report, visit)), diagnoseVisit(report, visit, bare));
+}
+
+Verdict predictTest(const Report& report)
+{
+    if (report.test.succeeded()) {
+        return works();
+    }
+    // Alone of all, it answers with libcurl's code unchanged.
+    return fails(codeOf(report, report.test), diagnoseVisit(report, report.test, false));
+}
+
+Verdict predictList(const Report& report)
+{
+    const Visit& visit = listingVisit(report);
+    return visit.succeeded() ? works() : failsLike(report, visit, false);
+}
+
+// Login and data connection of an upload, for ftp: URLs when only the user's name may be sent in the clear.
+Verdict predictByUserAlone(const Report& report)
+{
+    const Reply& reply = report.clearUser;
+    if (reply.ending == Ending::NotTried) {
+        return failsLike(report, report.test, false);
+    }
+    if (reply.ending != Ending::Complete || reply.code >= 400) {
+        const bool closed = reply.ending == Ending::Closed;
+        const bool timedOut = reply.code == 421 || reply.ending == Ending::Silent;
+        const int code = timedOut ? CURLE_OPERATION_TIMEDOUT : CURLE_LOGIN_DENIED;
+        return fails(closed ? CURLE_RECV_ERROR : code, diagnoseClearLogin(reply));
+    }
+    return unknown("it logs in without TLS, and the server lets that begin " + quote(reply),
+                   "Run doctor with --clear-login to try that login, which sends the password in the clear; an ftps: "
+                   "URL would need none.");
+}
+
+Verdict predictUploadOverSsh(const Report& report)
+{
+    if (report.test.made && report.test.code == CURLE_REMOTE_FILE_NOT_FOUND) {
+        return works("it makes the missing directory");
+    }
+    return report.test.succeeded() ? works() : failsLike(report, report.test, false);
+}
+
+Verdict cautionAboutLostEnds()
+{
+    return works("but this libcurl can lose the end of an upload over TLS 1.3 and report success",
+                 "Use libcurl 8.9 or newer, or limit the server to TLS 1.2, or compare the sizes after each upload.");
+}
+
+Verdict successfulUpload(const Report& report, const std::string& reason)
+{
+    const bool loses = report.scheme == Scheme::Ftps && report.tls.versions[0].offered &&
+                       report.libcurl.number < kWaitsForTheServersClose;
+    return loses ? cautionAboutLostEnds() : works(reason);
+}
+
+Verdict predictUpload(const Report& report)
+{
+    if (report.scheme == Scheme::Sftp) {
+        return predictUploadOverSsh(report);
+    }
+    if (!report.bare.made) {
+        return predictByUserAlone(report);
+    }
+    const bool missing = report.bare.code == CURLE_REMOTE_ACCESS_DENIED;
+    const Visit& visit = report.bareAgain.made ? report.bareAgain : report.bare;
+    if (visit.succeeded()) {
+        return successfulUpload(report, missing ? "it makes the missing directory" : "");
+    }
+    if (visit.code != CURLE_FTP_COULDNT_RETR_FILE) {
+        return failsLike(report, visit, true);
+    }
+    if (report.scheme == Scheme::Ftp && report.listing.succeeded()) {
+        const Reply* const reply = report.bare.replyTo("NLST");
+        return fails(CURLE_UPLOAD_FAILED,
+                     {"it sends its data without TLS, which the server refuses " + quote(reply ? *reply : Reply{}),
+                      "Use implicit TLS, with an ftps: URL, or SFTP; or allow data connections without TLS at the "
+                      "server."});
+    }
+    return unknown("the server refuses every listing, so its data connection could not be tried",
+                   "Run doctor with --write to try an upload.");
+}
+
+const Reply* sizeReply(const Report& report)
+{
+    const Reply* const bare = report.bare.replyTo("SIZE");
+    return bare != nullptr ? bare : report.test.replyTo("SIZE");
+}
+
+// The size check logs in as the upload does, but needs no data connection.
+Verdict predictSizeCheck(const Report& report)
+{
+    if (report.scheme == Scheme::Sftp) {
+        const bool passes =
+            report.test.succeeded() || (report.test.made && report.test.code == CURLE_REMOTE_FILE_NOT_FOUND);
+        return passes ? works() : failsLike(report, report.test, false);
+    }
+    if (!report.bare.made) {
+        return predictByUserAlone(report);
+    }
+    if (!report.bare.loggedIn() || report.bare.code == CURLE_REMOTE_ACCESS_DENIED) {
+        return failsLike(report, report.bare, true);
+    }
+    if (report.bare.code == CURLE_FTP_COULDNT_SET_TYPE) {
+        return failsLike(report, report.bare, true);
+    }
+    const Reply* const size = sizeReply(report);
+    if (size == nullptr || size->ending != Ending::Complete) {
+        return unknown("the server was not asked for a size", "Run doctor with --write to try a download.");
+    }
+    if (size->code != 213 && size->code != 550) {
+        return fails(std::nullopt, {"the server does not tell sizes " + quote(*size), "Turn on SIZE at the server."});
+    }
+    return works();
+}
+
+Verdict predictDownload(const Report& report)
+{
+    Verdict check = predictSizeCheck(report);
+    if (check.outlook == Outlook::Fails) {
+        check.code = kRefusedByTheLibrary;
+        check.reason = "the size check before it: " + check.reason;
+        return check;
+    }
+    // A file needs what a listing needs, but for the server's leave to list.
+    const bool transfers = report.test.succeeded() || report.listing.succeeded();
+    if (!transfers && listingVisit(report).code == CURLE_FTP_COULDNT_RETR_FILE) {
+        return unknown("the server refuses every listing, so its data connection could not be tried",
+                       "Run doctor with --write to try a download.");
+    }
+    if (!transfers) {
+        return failsLike(report, report.test, false);
+    }
+    if (check.outlook == Outlook::Unknown) {
+        check.reason = "the size check before it: " + check.reason;
+    }
+    return check;
+}
+
+bool namesAnotherDirectory(const Report& report)
+{
+    const std::string& entry = report.test.entryPath;
+    return report.scheme != Scheme::Sftp && !entry.empty() && entry != "/" &&
+           report.commandDirectory.compare(0, 2, "//") != 0;
+}
+
+Diagnosis unknownVerb(const std::string& verb, const Reply& reply)
+{
+    return {"the server does not know the command \"" + verb + "\" " + quote(reply),
+            "Use SFTP, with an sftp: URL, where libcurl carries the command out itself: the common FTP servers know "
+            "neither "
+            "\"rename\" nor \"rm\"."};
+}
+
+// The command was for a file that is not there.
+Verdict predictCommand(const Report& report, const std::string& verb)
+{
+    if (report.commandDirectory.empty()) {
+        return unknown(
+            "the URL's path holds \":\", \"%\", \"?\" or \"#\", where the library may take another directory",
+            "Use a directory above it, and name the rest together with the file.");
+    }
+    if (!report.test.succeeded()) {
+        return failsLike(report, report.test, false);
+    }
+    if (report.scheme == Scheme::Sftp) {
+        return works();
+    }
+    const Reply* const reply = report.test.replyTo(verb + " ");
+    if (reply == nullptr || reply->ending != Ending::Complete) {
+        return unknown("the server did not answer the command \"" + verb + "\"",
+                       "Run doctor with --write to try it on a file of its own.");
+    }
+    if (reply->code < 400) {
+        return unknown("the server accepts the command \"" + verb + "\" for a file that is not there " + quote(*reply),
+                       "Run doctor with --write to try it on a file of its own.");
+    }
+    const bool looked = reply->code == 550 || reply->code == 551 || reply->code == 553 || reply->code / 10 == 45;
+    if (!looked) {
+        return fails(CURLE_QUOTE_ERROR, unknownVerb(verb, *reply));
+    }
+    if (namesAnotherDirectory(report)) {
+        return fails(CURLE_QUOTE_ERROR,
+                     {"the login leads to " + report.test.entryPath + ", but the command \"" + verb +
+                          "\" counts the URL's path from the server's root",
+                      "Confine the user to that directory at the server, or write the whole path behind two slashes: "
+                      "//home/user/."});
+    }
+    return works();
+}
+
+Verdict named(const char* operation, Verdict verdict)
+{
+    verdict.operation = operation;
+    return verdict;
+}
+
+} // namespace
+
+std::vector<Verdict> predict(const Report& report)
+{
+    std::vector<Verdict> verdicts = {named("download", predictDownload(report)),
+                                     named("upload", predictUpload(report)),
+                                     named("rename", predictCommand(report, "rename")),
+                                     named("delete", predictCommand(report, "rm")),
+                                     named("list", predictList(report)),
+                                     named("test", predictTest(report))};
+    if (report.roundTrip) {
+        applyRoundTrip(*report.roundTrip, verdicts);
+    }
+    return verdicts;
+}
+
+int exitStatusOf(const std::vector<Verdict>& verdicts)
+{
+    constexpr int kOneFails = 1;
+    constexpr int kOneIsUnknown = 3;
+    const auto has = [&verdicts](Outlook outlook) {
+        return std::any_of(verdicts.begin(), verdicts.end(),
+                           [outlook](const Verdict& each) { return each.outlook == outlook; });
+    };
+    if (has(Outlook::Fails)) {
+        return kOneFails;
+    }
+    return has(Outlook::Unknown) ? kOneIsUnknown : 0;
+}
+
+} // namespace doctor

@@ -1,0 +1,154 @@
+// Servers that say nothing, too much, or what a terminal should not see.
+#include "doctor/Renderers.h"
+#include "harness/Examined.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <sstream>
+
+namespace {
+
+class HostileServer : public Examined
+{
+protected:
+    /// For servers that make the doctor wait. A busy machine must answer in that time where the server does.
+    void waitBriefly() { question.limit = std::chrono::seconds(4); }
+
+    std::string tableOf(const doctor::Report& report)
+    {
+        std::ostringstream stream;
+        renderTable(report, predict(report), false, stream);
+        return stream.str();
+    }
+    static nlohmann::json jsonOf(const doctor::Report& report)
+    {
+        std::ostringstream stream;
+        renderJson(report, predict(report), stream);
+        return nlohmann::json::parse(stream.str());
+    }
+};
+
+bool holdsControlByte(const std::string& text)
+{
+    return std::any_of(text.begin(), text.end(), [](char character) {
+        const auto byte = static_cast<unsigned char>(character);
+        return (byte < 0x20 && byte != '\n') || byte == 0x7f;
+    });
+}
+
+TEST_F(HostileServer, ControlBytesAreEscaped)
+{
+    misbehave("GREETING=reply:220 \\x1b[2J\\x07\\x9b\\x00 hi");
+    misbehave("rm=reply:500 \\x1b]0;title\\x07");
+    serveAndAsk();
+    const doctor::Report report = examine(question);
+    EXPECT_FALSE(holdsControlByte(tableOf(report))) << tableOf(report);
+    EXPECT_NE(std::string::npos, tableOf(report).find("220 \\x1b[2J\\x07"));
+    EXPECT_FALSE(holdsControlByte(jsonOf(report).dump()));
+}
+
+TEST_F(HostileServer, ASilentGreetingIsWaitedForOnce)
+{
+    waitBriefly();
+    misbehave("GREETING=stall");
+    serveAndAsk();
+    question.clearLogin = true;
+    EXPECT_EQ("FFFFFF", outlooksOf(predict(examine(question))));
+    EXPECT_EQ(1U, sessions().size());
+}
+
+TEST_F(HostileServer, ASilentAuthIsWaitedForOnce)
+{
+    waitBriefly();
+    misbehave("AUTH=stall");
+    serveAndAsk();
+    EXPECT_EQ("F?FFFF", outlooksOf(predict(examine(question))));
+    EXPECT_EQ(3U, sessions().size()) << "greeting, AUTH, and the user's name in the clear";
+}
+
+TEST_F(HostileServer, ASilentHandshakeIsWaitedForOnce)
+{
+    waitBriefly();
+    misbehave("TLS=stall");
+    serveAndAsk();
+    EXPECT_EQ("F?FFFF", outlooksOf(predict(examine(question))));
+    EXPECT_EQ(3U, sessions().size());
+}
+
+TEST_F(HostileServer, ASilentImplicitHandshakeIsWaitedForOnce)
+{
+    waitBriefly();
+    config.tls = testserver::TlsMode::Implicit;
+    misbehave("TLS=stall");
+    serveAndAsk();
+    const doctor::Report report = examine(question);
+    EXPECT_EQ("FFFFFF", outlooksOf(predict(report)));
+    EXPECT_EQ("the server falls silent when TLS is to begin", predict(report).back().reason);
+    EXPECT_EQ(2U, sessions().size()) << "the connection, and the handshake";
+}
+
+TEST_F(HostileServer, ASilentLoginIsWaitedForOnce)
+{
+    waitBriefly();
+    misbehave("PASS=stall");
+    serveAndAsk();
+    EXPECT_EQ("F?FFFF", outlooksOf(predict(examine(question))));
+}
+
+TEST_F(HostileServer, AnImplicitServerBehindAnFtpUrlIsRecognised)
+{
+    waitBriefly();
+    config.tls = testserver::TlsMode::Implicit;
+    serve();
+    askAbout("ftp" + url("/").substr(4));
+    const doctor::Verdict test = predict(examine(question)).back();
+    EXPECT_EQ("If it expects TLS from the first byte, use an ftps: URL; else look at the server, or at a firewall "
+              "before it.",
+              test.remedy);
+}
+
+TEST_F(HostileServer, AnSshServerBehindAnFtpUrlIsRecognised)
+{
+    waitBriefly();
+    misbehave("GREETING=reply:SSH-2.0-OpenSSH_9.2");
+    serveAndAsk();
+    EXPECT_EQ("Use an sftp: URL, or the port of the FTP server.", predict(examine(question)).back().remedy);
+}
+
+TEST_F(HostileServer, AnFtpServerBehindAnSftpUrlIsRecognised)
+{
+    waitBriefly();
+    serve();
+    askAbout("sftp" + url("/").substr(3));
+    const doctor::Verdict test = predict(examine(question)).back();
+    EXPECT_EQ("no SSH server answers there (220 ready)", test.reason);
+}
+
+TEST_F(HostileServer, AnEndlessGreetingEnds)
+{
+    misbehave("GREETING=pad:1000000");
+    serveAndAsk();
+    const doctor::Report report = examine(question);
+    EXPECT_EQ("FFFFFF", outlooksOf(predict(report)));
+    EXPECT_LT(tableOf(report).size(), 50000U);
+}
+
+TEST_F(HostileServer, AReplyOfManyBytesIsTakenWhole)
+{
+    misbehave("SIZE=pad:3000");
+    serveAndAsk();
+    EXPECT_EQ("??WWWW", outlooksOf(predict(examine(question))));
+}
+
+TEST_F(HostileServer, NamesThatDoNotResolve)
+{
+    request.port = 21;
+    askAbout("ftp://no-such-host.invalid/");
+    const doctor::Report report = examine(question);
+    EXPECT_EQ("FFFFFF", outlooksOf(predict(report)));
+    EXPECT_EQ(6, predict(report).back().code);
+    EXPECT_EQ("the name no-such-host.invalid has no address", predict(report).back().reason);
+}
+
+} // namespace

@@ -1,0 +1,134 @@
+// The password: never in a report, and never in the clear without the user's consent.
+#include "doctor/Dialogue.h"
+#include "doctor/Renderers.h"
+#include "harness/DoctorProcess.h"
+#include "harness/Kinds.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace {
+
+std::string everythingAbout(const doctor::Report& report)
+{
+    std::ostringstream all;
+    renderTable(report, predict(report), true, all);
+    renderJson(report, predict(report), all);
+    return all.str();
+}
+
+bool isInTheClear(const testserver::Transcript& session)
+{
+    return std::find(session.begin(), session.end(), "= TLS on control") == session.end();
+}
+
+bool sends(const testserver::Transcript& session, const std::string& command)
+{
+    return std::any_of(session.begin(), session.end(),
+                       [&command](const std::string& line) { return line.compare(0, command.size(), command) == 0; });
+}
+
+class Secrecy : public OfAKind
+{
+};
+
+TEST_P(Secrecy, KeepsThePasswordOutOfTheReport)
+{
+    const std::string all = everythingAbout(examine(question));
+    EXPECT_EQ(std::string::npos, all.find(request.password)) << all;
+    EXPECT_EQ("", out->content() + err->content());
+}
+
+TEST_P(Secrecy, SendsNoPasswordInTheClearWithoutConsent)
+{
+    question.clearLogin = false;
+    examine(question);
+    for (const testserver::Transcript& session : sessions()) {
+        EXPECT_FALSE(isInTheClear(session) && sends(session, "> PASS"));
+    }
+}
+
+std::vector<Kind> listeningKinds()
+{
+    std::vector<Kind> those = kinds();
+    those.erase(std::remove_if(those.begin(), those.end(), [](const Kind& each) { return each.id == "Refused"; }),
+                those.end());
+    return those;
+}
+
+INSTANTIATE_TEST_SUITE_P(OnAServer, Secrecy, testing::ValuesIn(listeningKinds()), nameOf);
+
+class SecrecyOf : public Examined
+{
+};
+
+TEST_F(SecrecyOf, APasswordThatTheServerRepeats)
+{
+    const std::string echo = "=reply:550 you said " + config.password;
+    for (const char* const command : {"SIZE", "rename", "rm", "NLST"}) {
+        misbehave(command + echo);
+    }
+    misbehave("GREETING=reply:220 try " + config.password);
+    serveAndAsk();
+    question.clearLogin = true;
+    const std::string all = everythingAbout(examine(question));
+    EXPECT_EQ(std::string::npos, all.find(config.password)) << all;
+    EXPECT_NE(std::string::npos, all.find("550 you said ****")) << all;
+}
+
+TEST_F(SecrecyOf, EverythingThatTheCommandPrints)
+{
+    misbehave("rm=reply:550 you said " + config.password);
+    serve();
+    writeFile(local("ca.pem"), request.caCert);
+    for (const char* const form : {"--json", "--write"}) {
+        DoctorProcess process({url("/"), "--user", config.user, "--ca", local("ca.pem"), "--clear-login", form},
+                              config.password);
+        process.wait();
+        EXPECT_NE("", process.out());
+        EXPECT_EQ(std::string::npos, (process.out() + process.err()).find(config.password)) << process.out();
+    }
+}
+
+TEST_F(SecrecyOf, TheCountOfWrongPasswords)
+{
+    request.password = "wrong";
+    serveAndAsk();
+    question.clearLogin = true;
+    examine(question);
+    std::size_t logins = 0;
+    for (const testserver::Transcript& session : sessions()) {
+        logins += sends(session, "> PASS") ? 1U : 0U;
+    }
+    EXPECT_EQ(1U, logins) << "a user can be locked out";
+}
+
+TEST(SecretTest, IsHiddenWhereverItStands)
+{
+    const std::string password = "ab";
+    EXPECT_EQ("**** c ****", doctor::Secret(password).hiddenIn("ab c ab"));
+    const std::string none;
+    EXPECT_EQ("ab", doctor::Secret(none).hiddenIn("ab"));
+    const std::string stars = "**";
+    EXPECT_EQ("********", doctor::Secret(stars).hiddenIn("****"));
+}
+
+TEST(DialogueTest, KeepsOfPassOnlyTheWord)
+{
+    const std::string password = "secret";
+    const doctor::Secret secret(password);
+    doctor::Dialogue dialogue(secret);
+    dialogue.addReply("220-hello\r\n220 re");
+    dialogue.addReply("ady\r\n");
+    dialogue.addCommand("PASS secret\r\n");
+    dialogue.addReply("230-some\r\n lines\r\n230 in, secret\r\n");
+    dialogue.addCommand("QUIT\r\n");
+    ASSERT_EQ(3U, dialogue.exchanges().size());
+    EXPECT_EQ("220 ready", dialogue.exchanges()[0].reply.text);
+    EXPECT_EQ("PASS", dialogue.exchanges()[1].command);
+    EXPECT_EQ(230, dialogue.exchanges()[1].reply.code);
+    EXPECT_EQ("230 in, ****", dialogue.exchanges()[1].reply.text);
+    EXPECT_EQ(doctor::Ending::NotTried, dialogue.exchanges()[2].reply.ending);
+}
+
+} // namespace

@@ -1,0 +1,26 @@
+// What the doctor predicts, against what the library's operations then do on the same server.
+#include "harness/Truth.h"
+#include "harness/Kinds.h"
+
+namespace {
+
+class Truth : public OfAKind
+{
+protected:
+    std::vector<int> truth()
+    {
+        return truthOf(question, local("scratch"),
+                       [this](const std::string& name, const std::string& content) { keep(name, content); });
+    }
+};
+
+TEST_P(Truth, IsWhatWasPredicted)
+{
+    const std::vector<doctor::Verdict> verdicts = predict(examine(question));
+    EXPECT_EQ(GetParam().outlooks, outlooksOf(verdicts));
+    expectTruth(verdicts, truth());
+}
+
+INSTANTIATE_TEST_SUITE_P(OfAServer, Truth, testing::ValuesIn(kinds()), nameOf);
+
+} // namespace

@@ -1,0 +1,44 @@
+#include "harness/DoctorProcess.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+void expectRefusal(const std::vector<std::string>& arguments, const std::string& message)
+{
+    DoctorProcess process(arguments, "secret");
+    EXPECT_EQ(2, process.wait());
+    EXPECT_EQ("", process.out());
+    EXPECT_EQ("sftpclient: " + message + "\n", process.err());
+}
+
+TEST(DoctorUsage, NeedsAUrlAndAUser)
+{
+    expectRefusal({"--user", "me"}, "URL is required.\nRun sftpclient doctor --help for the usage.");
+    expectRefusal({"ftp://host/", "--ca", "none"},
+                  "There is no user: write it into the URL (ftps://user@host/), or give --user NAME.");
+}
+
+TEST(DoctorUsage, NeedsADirectory)
+{
+    expectRefusal({"ftp://host/dir", "--user", "me", "--ca", "none"},
+                  "The URL of a directory ends in \"/\": write ftp://host/dir/.");
+}
+
+TEST(DoctorUsage, BoundsTheTimeout)
+{
+    for (const std::string seconds : {"0", "601"}) {
+        expectRefusal({"ftp://host/", "--user", "me", "--timeout", seconds},
+                      "--timeout must be a number from 1 to 600.");
+    }
+}
+
+TEST(DoctorUsage, HelpTellsTheExitStatus)
+{
+    DoctorProcess process({"--help"}, "");
+    EXPECT_EQ(0, process.wait());
+    EXPECT_EQ("", process.err());
+    EXPECT_NE(std::string::npos, process.out().find("Exit status: 0 when all operations will work"));
+}
+
+} // namespace

@@ -1,0 +1,289 @@
+// From facts to predictions, without a server.
+#include "doctor/Verdicts.h"
+
+#include "harness/Examined.h"
+
+#include <ostream>
+
+namespace {
+
+using doctor::Ending;
+using doctor::Exchange;
+using doctor::Outlook;
+using doctor::Reply;
+using doctor::Report;
+using doctor::Scheme;
+using doctor::Verdict;
+using doctor::Visit;
+
+Reply reply(int code, const std::string& text = "text")
+{
+    return {Ending::Complete, code, std::to_string(code) + " " + text};
+}
+
+Visit visitWith(int code, const std::vector<Exchange>& dialogue)
+{
+    Visit visit;
+    visit.made = true;
+    visit.code = code;
+    visit.error = "libcurl's words";
+    visit.entryPath = "/";
+    visit.dialogue = dialogue;
+    return visit;
+}
+
+std::vector<Exchange> dialogueUpTo(const std::vector<Exchange>& last)
+{
+    std::vector<Exchange> dialogue = {{"", reply(220)},          {"USER backup", reply(331)}, {"PASS", reply(230)},
+                                      {"PWD", reply(257)},       {"TYPE I", reply(200)},      {"SIZE name", reply(550)},
+                                      {"CWD weekly", reply(250)}};
+    dialogue.insert(dialogue.end(), last.begin(), last.end());
+    return dialogue;
+}
+
+Visit listed(const std::string& verb) { return visitWith(0, dialogueUpTo({{verb, reply(226)}})); }
+
+/// A server where everything works, over explicit TLS and with a login in the clear.
+Report fine()
+{
+    Report report;
+    report.scheme = Scheme::Ftp;
+    report.url = "ftp://host:21/weekly/";
+    report.host = "host";
+    report.port = 21;
+    report.clearLogin = true;
+    report.commandDirectory = "/weekly/";
+    report.libcurl.number = 0x075801;
+    report.contact.addresses = {"192.0.2.1"};
+    report.contact.address = "192.0.2.1";
+    report.contact.greeting = reply(220);
+    report.tls.auth = reply(234);
+    report.tls.versions[0].ending = Ending::Complete;
+    report.tls.versions[0].offered = true;
+    report.tls.namesHost = true;
+    report.test = visitWith(
+        0,
+        dialogueUpTo({{"LIST", reply(226)}, {"rename /weekly/x /weekly/y", reply(550)}, {"rm /weekly/x", reply(550)}}));
+    report.listing = listed("NLST");
+    report.bare = listed("NLST");
+    return report;
+}
+
+Report fineWithUserAlone(const Reply& toUser)
+{
+    Report report = fine();
+    report.clearLogin = false;
+    report.bare = {};
+    report.clearUser = toUser;
+    return report;
+}
+
+/// A change of the fine server, and what becomes of the outlooks: download, upload, rename, delete, list, test.
+struct Change
+{
+    const char* id;
+    const char* outlooks;
+    std::vector<int> codes; ///< 99: none is told
+    Report report;
+};
+
+void PrintTo(const Change& change, std::ostream* stream) { *stream << change.id; }
+
+template <typename Edit>
+Report changed(Edit edit)
+{
+    Report report = fine();
+    edit(report);
+    return report;
+}
+
+void answerVerbs(Report& report, const Reply& each)
+{
+    report.test.dialogue[report.test.dialogue.size() - 2].reply = each;
+    report.test.dialogue.back().reply = each;
+}
+
+const std::vector<Change>& changes()
+{
+    constexpr int kNone = 99;
+    static const std::vector<Change> all = {
+        {"None", "WWWWWW", {0, 0, 0, 0, 0, 0}, fine()},
+        {"UserAloneGoesOn", "??WWWW", {kNone, kNone, 0, 0, 0, 0}, fineWithUserAlone(reply(331))},
+        {"UserAloneIs530", "FFWWWW", {-1, 67, 0, 0, 0, 0}, fineWithUserAlone(reply(530))},
+        {"UserAloneIs421", "FFWWWW", {-1, 28, 0, 0, 0, 0}, fineWithUserAlone(reply(421))},
+        {"UserAloneIsDropped", "FFWWWW", {-1, 56, 0, 0, 0, 0}, fineWithUserAlone({Ending::Closed, 0, ""})},
+        {"UserAloneIsNotAnswered", "FFWWWW", {-1, 28, 0, 0, 0, 0}, fineWithUserAlone({Ending::Silent, 0, ""})},
+        {"UserAloneButNotTrusted",
+         "FFFFFF",
+         {-1, 67, 60, 60, 60, 60},
+         [] {
+             Report report = fineWithUserAlone(reply(530));
+             report.test = visitWith(60, {});
+             report.listing = {};
+             return report;
+         }()},
+        {"UserAloneGoesOnButNotTrusted",
+         "F?FFFF",
+         {60, kNone, 60, 60, 60, 60},
+         [] {
+             Report report = fineWithUserAlone(reply(331));
+             report.test = visitWith(60, {});
+             report.listing = {};
+             return report;
+         }()},
+        {"NameUnknown", "FFFFFF", {-1, 6, 6, 6, 6, 6}, changed([](Report& r) {
+             r = Report();
+             r.commandDirectory = "/";
+             r.contact.code = 6;
+         })},
+        {"ConnectingTimesOut", "FFFFFF", {-1, 28, 28, 28, 28, 28}, changed([](Report& r) {
+             r = Report();
+             r.commandDirectory = "/";
+             r.contact.code = 28;
+         })},
+        {"SilentGreeting", "FFFFFF", {-1, 28, 28, 28, 28, 28}, changed([](Report& r) {
+             r = Report();
+             r.commandDirectory = "/";
+             r.contact.greeting.ending = Ending::Silent;
+         })},
+        {"SilentHandshake", "FWFFFF", {28, 0, 28, 28, 28, 28}, changed([](Report& r) {
+             r.tls.versions[0] = {"TLS 1.3", Ending::Silent, false, ""};
+             r.test = {};
+             r.listing = {};
+         })},
+        {"ClearDataRefused", "WFWWWW", {0, 25, 0, 0, 0, 0}, changed([](Report& r) {
+             r.bare = visitWith(19, dialogueUpTo({{"NLST", reply(522)}}));
+             r.bareAgain = visitWith(19, dialogueUpTo({{"LIST", reply(522)}}));
+         })},
+        {"EveryListingRefused", "??FFFF", {kNone, kNone, 19, 19, 19, 19}, changed([](Report& r) {
+             r.test = visitWith(19, dialogueUpTo({{"LIST", reply(550)}}));
+             r.listing = r.bare = r.bareAgain = visitWith(19, dialogueUpTo({{"NLST", reply(550)}}));
+         })},
+        {"SizeIs502", "FWWWWW", {-1, 0, 0, 0, 0, 0}, changed([](Report& r) { r.bare.dialogue[5].reply = reply(502); })},
+        {"SizeIs213", "WWWWWW", {0, 0, 0, 0, 0, 0}, changed([](Report& r) { r.bare.dialogue[5].reply = reply(213); })},
+        {"SizeNotAnswered", "?WWWWW", {kNone, 0, 0, 0, 0, 0}, changed([](Report& r) {
+             r.bare.dialogue[5].reply = {};
+         })},
+        {"VerbsAre500", "WWFFWW", {0, 0, 21, 21, 0, 0}, changed([](Report& r) { answerVerbs(r, reply(500)); })},
+        {"VerbsAre501", "WWFFWW", {0, 0, 21, 21, 0, 0}, changed([](Report& r) { answerVerbs(r, reply(501)); })},
+        {"VerbsAre450", "WWWWWW", {0, 0, 0, 0, 0, 0}, changed([](Report& r) { answerVerbs(r, reply(450)); })},
+        {"VerbsAre553", "WWWWWW", {0, 0, 0, 0, 0, 0}, changed([](Report& r) { answerVerbs(r, reply(553)); })},
+        {"VerbsAre202", "WW??WW", {0, 0, kNone, kNone, 0, 0}, changed([](Report& r) { answerVerbs(r, reply(202)); })},
+        {"VerbsNotAnswered", "WW??WW", {0, 0, kNone, kNone, 0, 0}, changed([](Report& r) { answerVerbs(r, {}); })},
+        {"DirectoryForNoCommand", "WW??WW", {0, 0, kNone, kNone, 0, 0}, changed([](Report& r) {
+             r.commandDirectory.clear();
+         })},
+        {"LoginLeadsElsewhere", "WWFFWW", {0, 0, 21, 21, 0, 0}, changed([](Report& r) { r.test.entryPath = "/home"; })},
+        {"LoginLeadsElsewhereButAbsolute", "WWWWWW", {0, 0, 0, 0, 0, 0}, changed([](Report& r) {
+             r.test.entryPath = "/home";
+             r.commandDirectory = "//home/weekly/";
+         })},
+        {"UnknownScheme", "FFFFFF", {-1, 1, 1, 1, 1, 1}, changed([](Report& r) {
+             r.scheme = Scheme::Sftp;
+             r.libcurl.speaksScheme = false;
+             r.test = visitWith(1, {});
+             r.listing = r.bare = {};
+         })},
+    };
+    return all;
+}
+
+class Verdicts : public testing::TestWithParam<Change>
+{
+};
+
+TEST_P(Verdicts, FollowFromTheFacts)
+{
+    const std::vector<Verdict> verdicts = predict(GetParam().report);
+    EXPECT_EQ(GetParam().outlooks, outlooksOf(verdicts));
+    ASSERT_EQ(GetParam().codes.size(), verdicts.size());
+    for (std::size_t i = 0; i < verdicts.size(); ++i) {
+        EXPECT_EQ(GetParam().codes[i], verdicts[i].code.value_or(99)) << verdicts[i].operation;
+        if (verdicts[i].outlook != Outlook::Works) {
+            EXPECT_NE("", verdicts[i].reason) << verdicts[i].operation;
+            EXPECT_NE("", verdicts[i].remedy) << verdicts[i].operation;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(When, Verdicts, testing::ValuesIn(changes()),
+                         [](const testing::TestParamInfo<Change>& of) { return std::string(of.param.id); });
+
+struct Loss
+{
+    Scheme scheme;
+    unsigned int libcurl;
+    bool tls13;
+    bool cautioned;
+};
+
+TEST(VerdictsOnUploads, CautionOnlyWhereTheEndCanBeLost)
+{
+    const Loss cases[] = {{Scheme::Ftps, 0x075801, true, true},
+                          {Scheme::Ftps, 0x0808ff, true, true},
+                          {Scheme::Ftps, 0x080900, true, false},
+                          {Scheme::Ftps, 0x075801, false, false},
+                          {Scheme::Ftp, 0x075801, true, false}};
+    for (const Loss& each : cases) {
+        Report report = fine();
+        report.scheme = each.scheme;
+        report.libcurl.number = each.libcurl;
+        report.tls.versions[0].offered = each.tls13;
+        const Verdict upload = predict(report)[1];
+        EXPECT_EQ(Outlook::Works, upload.outlook);
+        EXPECT_EQ(each.cautioned, !upload.remedy.empty()) << each.libcurl << " " << each.tls13;
+    }
+}
+
+TEST(VerdictsAfterARoundTrip, AreWhatItShowed)
+{
+    Report report = fine();
+    answerVerbs(report, reply(202));
+    doctor::RoundTrip& trip = report.roundTrip.emplace();
+    trip.put = 25;
+    trip.list = 0;
+    trip.rename = 0;
+    trip.remove = 21;
+    const std::vector<Verdict> verdicts = predict(report);
+    EXPECT_EQ("WFWFWW", outlooksOf(verdicts));
+    EXPECT_EQ(25, verdicts[1].code);
+    EXPECT_NE("", verdicts[1].remedy);
+    EXPECT_EQ("", verdicts[2].reason);
+}
+
+TEST(VerdictsAfterARoundTrip, KeepAReasonThatWasPredicted)
+{
+    Report report = fine();
+    answerVerbs(report, reply(500));
+    report.roundTrip.emplace().rename = 21;
+    const Verdict rename = predict(report)[2];
+    EXPECT_EQ("the server does not know the command \"rename\" (500 text)", rename.reason);
+}
+
+TEST(VerdictsAfterARoundTrip, KnowALossThatNobodyReported)
+{
+    Report report = fine();
+    doctor::RoundTrip& trip = report.roundTrip.emplace();
+    trip.put = trip.get = 0;
+    trip.unchanged = false;
+    EXPECT_EQ("WFWWWW", outlooksOf(predict(report)));
+    trip.unchanged = true;
+    EXPECT_EQ("WWWWWW", outlooksOf(predict(report)));
+}
+
+TEST(ExitStatus, TellsTheWorst)
+{
+    const auto statusOf = [](const std::vector<Outlook>& outlooks) {
+        std::vector<Verdict> verdicts;
+        for (const Outlook each : outlooks) {
+            verdicts.emplace_back();
+            verdicts.back().outlook = each;
+        }
+        return exitStatusOf(verdicts);
+    };
+    EXPECT_EQ(0, statusOf({Outlook::Works, Outlook::Works}));
+    EXPECT_EQ(1, statusOf({Outlook::Unknown, Outlook::Fails, Outlook::Works}));
+    EXPECT_EQ(3, statusOf({Outlook::Unknown, Outlook::Works}));
+}
+
+} // namespace

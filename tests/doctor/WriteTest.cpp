@@ -1,0 +1,238 @@
+// "doctor --write": what it shows, and that nothing stays on the server.
+#include "harness/DoctorProcess.h"
+#include "harness/Examined.h"
+
+#include <nlohmann/json.hpp>
+
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <filesystem>
+
+namespace {
+
+class Write : public Examined
+{
+protected:
+    std::vector<std::string> arguments(const std::string& target)
+    {
+        writeFile(local("ca.pem"), request.caCert);
+        return {target, "--user", config.user, "--ca", local("ca.pem"), "--clear-login", "--write", "--json"};
+    }
+
+    /// Runs it and takes its report.
+    int write(const std::string& directory = "/")
+    {
+        serve();
+        DoctorProcess process(arguments(url(directory)), config.password);
+        const int status = process.wait();
+        m_said = process.out() + process.err();
+        m_report = nlohmann::json::parse(process.out());
+        return status;
+    }
+
+    std::string outlookOf(const std::string& operation) const
+    {
+        for (const auto& each : m_report["operations"]) {
+            if (each["operation"] == operation) {
+                return each["outlook"].get<std::string>() + " " + (each["code"].is_null() ? "" : each["code"].dump());
+            }
+        }
+        return "not told";
+    }
+
+    bool nothingIsLeft() const { return std::filesystem::is_empty(served("")); }
+    std::size_t leftBehind() const { return m_report["leftBehind"].size(); }
+    std::string said() const { return m_said; }
+
+    std::string m_said;
+    nlohmann::json m_report;
+};
+
+TEST_F(Write, LeavesNothingBehindWhenAllWorks)
+{
+    EXPECT_EQ(0, write());
+    for (const char* const operation : {"download", "upload", "rename", "delete", "list", "test"}) {
+        EXPECT_EQ("works 0", outlookOf(operation)) << operation;
+    }
+    EXPECT_TRUE(nothingIsLeft());
+    EXPECT_EQ(0U, leftBehind());
+}
+
+TEST_F(Write, CleansUpInADirectoryToo)
+{
+    std::filesystem::create_directories(served("weekly/the backups"));
+    misbehave("rm=reply:550 read-only");
+    EXPECT_EQ(3, write("/weekly/the%20backups/")) << "rename and delete stay unknown";
+    EXPECT_EQ("works 0", outlookOf("upload"));
+    EXPECT_TRUE(std::filesystem::is_empty(served("weekly/the backups"))) << said();
+    EXPECT_EQ(0U, leftBehind()) << said();
+}
+
+TEST_F(Write, RunsThroughTheLibrary)
+{
+    EXPECT_EQ(0, write());
+    std::string all;
+    for (const testserver::Transcript& session : sessions()) {
+        for (const std::string& line : session) {
+            all += line + "\n";
+        }
+    }
+    for (const char* const command : {"> STOR sftpclient-doctor-", "> RETR sftpclient-doctor-",
+                                      "> rename /sftpclient-doctor-", "> rm /sftpclient-doctor-"}) {
+        EXPECT_NE(std::string::npos, all.find(command)) << command;
+    }
+}
+
+struct Failure
+{
+    const char* id;
+    std::vector<std::string> faults;
+    const char* operation;
+    const char* outlook;
+};
+
+void PrintTo(const Failure& failure, std::ostream* stream) { *stream << failure.id; }
+
+const Failure kFailures[] = {
+    {"Put", {"STOR=reply:553 read-only"}, "upload", "fails 25"},
+    {"PutMidway", {"9/DATA=drop-after:1000"}, "upload", "fails"},
+    {"List", {"NLST=reply:550 no"}, "list", "fails 19"},
+    {"Get", {"RETR=reply:550 no"}, "download", "fails 78"},
+    {"Rename", {"rename=reply:553 read-only"}, "rename", "fails 21"},
+    {"RenameUnknown", {"rename=reply:500 unknown command", "rm=reply:500 unknown command"}, "rename", "fails 21"},
+    {"Delete", {"rm=reply:550 read-only"}, "delete", "fails 21"},
+    {"DeleteClaimed", {"rm=reply:250 done"}, "delete", "works 0"},
+    {"NoTls", {"AUTH=reply:502 no"}, "list", "fails 64"},
+};
+
+class WriteFailing : public Write, public testing::WithParamInterface<Failure>
+{
+};
+
+TEST_P(WriteFailing, LeavesNothingBehindEither)
+{
+    for (const std::string& fault : GetParam().faults) {
+        misbehave(fault);
+    }
+    write();
+    EXPECT_EQ(0U, outlookOf(GetParam().operation).find(GetParam().outlook)) << said();
+    EXPECT_TRUE(nothingIsLeft()) << said();
+    EXPECT_EQ(0U, leftBehind()) << said();
+    EXPECT_EQ(std::string::npos, said().find("left behind")) << said();
+}
+
+INSTANTIATE_TEST_SUITE_P(AtAStep, WriteFailing, testing::ValuesIn(kFailures),
+                         [](const testing::TestParamInfo<Failure>& of) { return std::string(of.param.id); });
+
+TEST_F(Write, NamesWhatCannotBeRemoved)
+{
+    misbehave("rm=reply:550 read-only");
+    misbehave("DELE=reply:550 read-only");
+    EXPECT_EQ(1, write());
+    EXPECT_FALSE(nothingIsLeft());
+    ASSERT_EQ(1U, leftBehind()) << said();
+    const std::string left = m_report["leftBehind"][0];
+    EXPECT_TRUE(exists(served(left.substr(left.rfind('/'))))) << left;
+}
+
+TEST_F(Write, SaysSoWhenTheContentCameBackDifferent)
+{
+    misbehave("RETR=delay:0");
+    misbehave("9/DATA=claim-after:1000");
+    EXPECT_EQ(1, write());
+    EXPECT_TRUE(nothingIsLeft());
+    EXPECT_EQ("fails 0", outlookOf("upload")) << said();
+}
+
+TEST_F(Write, GivesUpOnAServerThatHangs)
+{
+    misbehave("RETR=stall");
+    serve();
+    std::vector<std::string> words = arguments(url("/"));
+    words.insert(words.end(), {"--timeout", "4"});
+    DoctorProcess process(words, config.password);
+    process.wait();
+    EXPECT_NE(std::string::npos, process.out().find("given up")) << process.out();
+    EXPECT_TRUE(nothingIsLeft());
+}
+
+/// Waits for a file to be written in a folder.
+class FileWatch
+{
+public:
+    explicit FileWatch(const std::string& folder) : m_watch(inotify_init1(IN_CLOEXEC))
+    {
+        if (m_watch < 0 || inotify_add_watch(m_watch, folder.c_str(), IN_CLOSE_WRITE) < 0) {
+            throw std::runtime_error(folder + " cannot be watched.");
+        }
+    }
+    ~FileWatch() { close(m_watch); }
+    FileWatch(const FileWatch&) = delete;
+    FileWatch& operator=(const FileWatch&) = delete;
+
+    void wait() const
+    {
+        std::array<char, 4096> events = {};
+        ASSERT_GT(read(m_watch, events.data(), events.size()), 0);
+    }
+
+private:
+    int m_watch;
+};
+
+class WriteInterrupted : public Write, public testing::WithParamInterface<int>
+{
+};
+
+TEST_P(WriteInterrupted, CleansUpAndObeys)
+{
+    misbehave("RETR=stall");
+    serve();
+    const FileWatch watch(served(""));
+    DoctorProcess process(arguments(url("/")), config.password);
+    watch.wait();
+    process.signal(GetParam());
+    EXPECT_EQ(-GetParam(), process.wait());
+    EXPECT_TRUE(nothingIsLeft());
+    EXPECT_EQ("", process.out());
+    EXPECT_EQ("", process.err());
+}
+
+TEST_P(WriteInterrupted, NamesWhatItCannotRemove)
+{
+    misbehave("RETR=stall");
+    misbehave("DELE=reply:550 read-only");
+    serve();
+    const FileWatch watch(served(""));
+    DoctorProcess process(arguments(url("/")), config.password);
+    watch.wait();
+    process.signal(GetParam());
+    EXPECT_EQ(-GetParam(), process.wait());
+    EXPECT_FALSE(nothingIsLeft());
+    EXPECT_EQ(0U, process.err().find("sftpclient: left behind: ftp://localhost:")) << process.err();
+}
+
+INSTANTIATE_TEST_SUITE_P(BySignal, WriteInterrupted, testing::Values(SIGINT, SIGTERM, SIGHUP));
+
+TEST_F(Write, IsNotTriedWhereTheDirectoryWouldStayBehind)
+{
+    serve();
+    DoctorProcess process(arguments(url("/missing/")), config.password);
+    process.wait();
+    EXPECT_NE(std::string::npos, process.out().find("the directory is not there")) << process.out();
+    EXPECT_TRUE(nothingIsLeft());
+}
+
+TEST_F(Write, NeedsConsentForAnFtpUrl)
+{
+    serve();
+    DoctorProcess process({url("/"), "--user", "backup", "--ca", "none", "--write"}, config.password);
+    EXPECT_EQ(2, process.wait());
+    EXPECT_NE(std::string::npos, process.err().find("add --clear-login to agree")) << process.err();
+    EXPECT_TRUE(sessions().empty());
+}
+
+} // namespace

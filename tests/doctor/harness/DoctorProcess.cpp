@@ -1,0 +1,63 @@
+#include "harness/DoctorProcess.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <system_error>
+
+namespace {
+
+std::vector<char*> pointersTo(std::vector<std::string>& words)
+{
+    std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+} // namespace
+
+// Spawned, because the test server's threads run in this process: between a fork and an exec little is allowed then.
+DoctorProcess::DoctorProcess(const std::vector<std::string>& arguments, const std::string& password)
+{
+    std::vector<std::string> words = {SFTPCLIENT_COMMAND, "doctor"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> variables = {
+        "SFTPCLIENT_PASSWORD=" + password,
+        "LSAN_OPTIONS=fast_unwind_on_malloc=0:print_suppressions=0:suppressions=" SFTPCLIENT_LEFT_BEHIND};
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, m_out.path().c_str(), O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, m_err.path().c_str(), O_WRONLY, 0);
+    const int error = posix_spawn(&m_process, SFTPCLIENT_COMMAND, &files, nullptr, pointersTo(words).data(),
+                                  pointersTo(variables).data());
+    posix_spawn_file_actions_destroy(&files);
+    if (error != 0) {
+        throw std::system_error(error, std::generic_category(), SFTPCLIENT_COMMAND);
+    }
+}
+
+DoctorProcess::~DoctorProcess()
+{
+    if (m_process > 0) {
+        signal(SIGKILL);
+        wait();
+    }
+}
+
+void DoctorProcess::signal(int number) const { kill(m_process, number); }
+
+int DoctorProcess::wait()
+{
+    int status = 0;
+    waitpid(m_process, &status, 0);
+    m_process = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}

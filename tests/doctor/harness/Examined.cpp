@@ -1,0 +1,24 @@
+#include "harness/Examined.h"
+
+void Examined::serveAndAsk(const std::string& directory)
+{
+    serve();
+    askAbout(url(directory));
+}
+
+void Examined::askAbout(const std::string& url)
+{
+    request.remotePath = url;
+    question.request = request;
+    question.commandUrl = url;
+}
+
+std::string outlooksOf(const std::vector<doctor::Verdict>& verdicts)
+{
+    std::string outlooks;
+    for (const doctor::Verdict& each : verdicts) {
+        const bool fails = each.outlook == doctor::Outlook::Fails;
+        outlooks += each.outlook == doctor::Outlook::Works ? 'W' : fails ? 'F' : '?';
+    }
+    return outlooks;
+}

@@ -1,0 +1,29 @@
+#ifndef DOCTOR_HARNESS_EXAMINED_H
+#define DOCTOR_HARNESS_EXAMINED_H
+
+#include "doctor/Examination.h"
+#include "doctor/Verdicts.h"
+#include "harness/Live.h"
+
+#include <string>
+#include <vector>
+
+/// The base of the tests that let the doctor loose on a server: a test server on demand, and a question about it.
+class Examined : public Live
+{
+protected:
+    /// Starts the server and asks about this directory of it. The URL's scheme is the one that the server speaks.
+    void serveAndAsk(const std::string& directory = "/");
+
+    /// Asks about a directory of the server that the request is aimed at.
+    void askAbout(const std::string& url);
+
+    void misbehave(const std::string& fault) { config.faults.push_back(testserver::parseFault(fault)); }
+
+    doctor::Question question;
+};
+
+/// The six outlooks in the order of the verdicts: W for works, F for fails, ? for unknown.
+std::string outlooksOf(const std::vector<doctor::Verdict>& verdicts);
+
+#endif

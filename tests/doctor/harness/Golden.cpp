@@ -1,0 +1,62 @@
+#include "harness/Golden.h"
+
+#include "doctor/Renderers.h"
+#include "doctor/Verdicts.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <sstream>
+
+namespace {
+
+struct Replacement
+{
+    const char* pattern;
+    const char* text;
+};
+
+const Replacement kReplacements[] = {
+    {"localhost:[0-9]+", "localhost:PORT"},
+    {"port [0-9]+", "port PORT"},
+    {"localhost is [0-9a-f.:, ]+", "localhost is ADDRESSES"},
+    {"(127\\.0\\.0\\.1|::1) port", "ADDRESS port"},
+    {"valid from [^,]+,", "valid from DATE to DATE,"},
+    {"serial [0-9A-F]+", "serial SERIAL"},
+    {"SHA256:[0-9A-Za-z+/]+", "SHA256:FINGERPRINT"},
+    {"after [0-9]+ ms", "after TIME"},
+    {"sftpclient-doctor-[0-9a-f]{16}", "sftpclient-doctor-NAME"},
+    {"SSH-2.0-[^\n]+", "SSH-2.0-SOFTWARE"},
+};
+
+} // namespace
+
+std::string normalisedTable(const doctor::Report& report)
+{
+    doctor::Report fixed = report;
+    fixed.libcurl.number = 0x075801;
+    fixed.libcurl.version = "7.88.1";
+    fixed.libcurl.backEnds = "OpenSSL, libssh2";
+    std::ostringstream stream;
+    renderTable(fixed, predict(fixed), false, stream);
+    std::string text = stream.str();
+    for (const Replacement& each : kReplacements) {
+        text = std::regex_replace(text, std::regex(each.pattern), each.text);
+    }
+    return text;
+}
+
+void expectGolden(const std::string& name, const std::string& text)
+{
+    const std::string path = std::string(GOLDEN_FOLDER) + "/" + name + ".txt";
+    if (std::getenv("SFTPCLIENT_WRITE_GOLDEN") != nullptr) {
+        std::ofstream(path, std::ios::binary) << text;
+    }
+    std::ifstream file(path, std::ios::binary);
+    ASSERT_TRUE(file) << path << " is not there; SFTPCLIENT_WRITE_GOLDEN=1 writes it";
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), text)
+        << path << "; SFTPCLIENT_WRITE_GOLDEN=1 writes it anew";
+}

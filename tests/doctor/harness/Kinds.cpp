@@ -1,0 +1,157 @@
+#include "harness/Kinds.h"
+
+#include <openssl/tls1.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <iterator>
+#include <ostream>
+
+namespace {
+
+using namespace std::chrono_literals;
+using testserver::CertificateAuthority;
+using testserver::CertificateOptions;
+using testserver::TlsMode;
+
+void implicit(World& world)
+{
+    world.config.tls = TlsMode::Implicit;
+    world.machineTrusts = world.authority.certificatePem();
+}
+
+void anotherCa(World& world) { world.request.caCert = CertificateAuthority("Another CA").certificatePem(); }
+
+void wrongHost(World& world)
+{
+    CertificateOptions options;
+    options.dnsNames = {"elsewhere.example"};
+    options.addresses = {};
+    world.config.certificate = world.authority.issue(options);
+}
+
+void validBetween(World& world, std::chrono::hours from, std::chrono::hours to)
+{
+    CertificateOptions options;
+    options.notBefore = from;
+    options.notAfter = to;
+    world.config.certificate = world.authority.issue(options);
+}
+
+void limitTls(World& world, int version)
+{
+    world.config.minTlsVersion = version;
+    world.config.maxTlsVersion = version;
+}
+
+template <typename... Texts>
+void faults(World& world, Texts... texts)
+{
+    (world.config.faults.push_back(testserver::parseFault(texts)), ...);
+}
+
+} // namespace
+
+const std::vector<Kind>& kinds()
+{
+    static const std::vector<Kind> all = {
+        {"Fine", "WWWWWW", [](World&) {}},
+        {"FineInADirectory", "WWWWWW", [](World& w) { w.directory = "/weekly/backups/"; }},
+        {"FineImplicit", "WWWWWW", [](World& w) { implicit(w); }},
+        {"FineTls12", "WWWWWW", [](World& w) { limitTls(w, TLS1_2_VERSION); }},
+        {"FineTls13", "WWWWWW", [](World& w) { limitTls(w, TLS1_3_VERSION); }},
+        {"FineWithoutEpsv", "WWWWWW", [](World& w) { faults(w, "EPSV=reply:500 no"); }},
+        {"WrongCa", "FWFFFF", [](World& w) { anotherCa(w); }},
+        {"WrongCaImplicitButTheMachineTrusts", "WWWWWW", [](World& w) { implicit(w), anotherCa(w); }},
+        {"ImplicitUnknownToTheMachine", "FFWWWW",
+         [](World& w) { implicit(w), w.machineTrusts = CertificateAuthority("Another CA").certificatePem(); }},
+        {"UnreadableCa", "FWFFFF", [](World& w) { w.request.caCert = "no certificate"; }},
+        {"NoCaThoughDemanded", "FWFFFF", [](World& w) { w.request.caCert = "none"; }},
+        {"NoCaAndNoneDemanded", "WWWWWW", [](World& w) { w.request.caCert = "none", live::setCertAuthSwitch(0); }},
+        {"Expired", "FWFFFF", [](World& w) { validBetween(w, -48h, -24h); }},
+        {"NotYetValid", "FWFFFF", [](World& w) { validBetween(w, 24h, 48h); }},
+        {"SelfSigned", "FWFFFF", [](World& w) { w.config.certificate = testserver::makeSelfSigned(); }},
+        {"WrongHost", "WWWWWW", [](World& w) { wrongHost(w); }},
+        {"WrongHostImplicit", "FFWWWW", [](World& w) { implicit(w), wrongHost(w); }},
+        {"ExpiredImplicit", "FFFFFF", [](World& w) { implicit(w), validBetween(w, -48h, -24h); }},
+        {"OldTlsOnly", "FWFFFF", [](World& w) { limitTls(w, TLS1_1_VERSION); }},
+        {"NoTls", "FWFFFF", [](World& w) { w.config.tls = TlsMode::Plain; }},
+        {"TlsDemandedAtLogin", "FFWWWW", [](World& w) { w.config.tlsRequiredAtLogin = true; }},
+        {"ImplicitUrlOfAnExplicitServer", "FFFFFF", [](World& w) { w.scheme = "ftps"; }},
+        {"HandshakeClosed", "FWFFFF", [](World& w) { faults(w, "TLS=close"); }},
+        {"HandshakeGarbage", "FWFFFF", [](World& w) { faults(w, "TLS=garbage"); }},
+        {"AuthDropped", "FWFFFF", [](World& w) { faults(w, "AUTH=drop"); }},
+        {"ProtectionRefused", "FWFFFF", [](World& w) { faults(w, "PROT=reply:536 no"); }},
+        {"WrongPassword", "FFFFFF", [](World& w) { w.request.password = "wrong"; }},
+        {"AccountWanted", "FFFFFF", [](World& w) { faults(w, "PASS=reply:332 account"); }},
+        {"LoginEndedBy421", "FFFFFF", [](World& w) { faults(w, "USER=reply:421 too many"); }},
+        {"UserDropped", "FFFFFF", [](World& w) { faults(w, "USER=drop"); }},
+        {"Refused", "FFFFFF", [](World& w) { w.listening = false; }},
+        {"GreetingRefuses", "FFFFFF", [](World& w) { faults(w, "GREETING=reply:530 go away"); }},
+        {"GreetingIs421", "FFFFFF", [](World& w) { faults(w, "GREETING=reply:421 too many"); }},
+        {"GreetingDropped", "FFFFFF", [](World& w) { faults(w, "GREETING=drop"); }},
+        {"MissingDirectory", "FWFFFF", [](World& w) { w.directory = "/missing/", w.directoryOnDisk = "none"; }},
+        {"NoVerbs", "WWFFWW",
+         [](World& w) { faults(w, "rename=reply:500 unknown command", "rm=reply:502 not implemented"); }},
+        {"VerbsOfAnotherForm", "WWFFWW", [](World& w) { faults(w, "rename=reply:501 what", "rm=reply:504 what"); }},
+        {"OnlyRm", "WWFWWW", [](World& w) { faults(w, "rename=reply:500 unknown command"); }},
+        {"LoginLeadsElsewhere", "WWFFWW",
+         [](World& w) {
+             w.config.startDirectory = "/home", w.directory = "/weekly/", w.directoryOnDisk = "/home/weekly/";
+         }},
+        {"LoginLeadsElsewhereAndTheUrlSaysSo", "WWWWWW",
+         [](World& w) {
+             w.config.startDirectory = "/home", w.directory = "//home/weekly/", w.directoryOnDisk = "/home/weekly/";
+         }},
+        {"NoSize", "FWWWWW", [](World& w) { faults(w, "SIZE=reply:500 unknown command"); }},
+        {"SizeDenied", "FWWWWW", [](World& w) { faults(w, "SIZE=reply:502 off"); }},
+        {"NamesRefused", "WWWWFW", [](World& w) { faults(w, "NLST=reply:550 no"); }},
+        {"NamesRefusedImplicit", "WWWWFW", [](World& w) { implicit(w), faults(w, "NLST=reply:550 no"); }},
+        {"ListingRefused", "WWFFWF", [](World& w) { faults(w, "LIST=reply:550 no"); }},
+        {"TypeRefused", "FFFFFF", [](World& w) { faults(w, "TYPE=reply:504 no"); }},
+        {"DataPortClosed", "FFFFFF", [](World& w) { faults(w, "LISTEN=refuse"); }},
+        {"DataUnavailable", "FFFFFF", [](World& w) { faults(w, "EPSV=reply:425 no", "PASV=reply:425 no"); }},
+    };
+    return all;
+}
+
+void PrintTo(const Kind& kind, std::ostream* stream) { *stream << kind.id; }
+
+std::string nameOf(const testing::TestParamInfo<Kind>& of) { return of.param.id; }
+
+std::vector<Kind> kindsNamed(const std::vector<std::string>& ids)
+{
+    std::vector<Kind> those;
+    std::copy_if(kinds().begin(), kinds().end(), std::back_inserter(those),
+                 [&ids](const Kind& each) { return std::find(ids.begin(), ids.end(), each.id) != ids.end(); });
+    return those;
+}
+
+OfAKind::OfAKind()
+{
+    World world{config, request, authority};
+    GetParam().make(world);
+    if (!world.machineTrusts.empty()) {
+        trustByDefault(world.machineTrusts);
+    }
+    const std::string onDisk = world.directoryOnDisk.empty() ? world.directory : world.directoryOnDisk;
+    if (onDisk != "none") {
+        m_folder = served(onDisk);
+        std::filesystem::create_directories(m_folder);
+    }
+    serve();
+    const std::string path = url(world.directory);
+    askAbout(world.scheme.empty() ? path : world.scheme + path.substr(path.find(':')));
+    question.clearLogin = true;
+    if (!world.listening) {
+        stopServing();
+    }
+}
+
+void OfAKind::keep(const std::string& name, const std::string& content) const
+{
+    if (!m_folder.empty()) {
+        writeFile(m_folder + "/" + name, content);
+    }
+}

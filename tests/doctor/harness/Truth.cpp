@@ -1,0 +1,84 @@
+#include "harness/Truth.h"
+
+#include <ISFtpClient.h>
+#include <SFtpClient.h>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace {
+
+using doctor::Outlook;
+using doctor::Question;
+using doctor::Verdict;
+
+SFtpRequest forFile(const Question& question, const std::string& name, const std::string& local)
+{
+    SFtpRequest request = question.request;
+    request.remotePath += name;
+    request.localPath = local;
+    return request;
+}
+
+SFtpRequest forCommand(const Question& question, const std::string& name, const std::string& newName = {})
+{
+    SFtpRequest request = question.request;
+    request.remotePath = question.commandUrl;
+    request.remoteFileName = name;
+    request.localPath = newName;
+    return request;
+}
+
+// libcurl mistakes a failure of TLS on a data connection for one of EPSV, and clear text in place of a handshake for a
+// reply: which code it reports is a race.
+bool isDataFailure(int code) { return code == 13 || code == 35 || code == 56 || code == 60; }
+bool isHandshakeFailure(int code) { return code == 8 || code == 35; }
+
+bool mayStandFor(int code, int truth)
+{
+    return code == truth || (isDataFailure(code) && isDataFailure(truth)) ||
+           (isHandshakeFailure(code) && isHandshakeFailure(truth));
+}
+
+} // namespace
+
+std::vector<int> truthOf(const Question& question, const std::string& scratch,
+                         const std::function<void(const std::string&, const std::string&)>& keep)
+{
+    SFtpClient client;
+    std::string text;
+    keep("fetched.bak", "the content");
+    keep("old.bak", "the content");
+    keep("gone.bak", "the content");
+    const int download = client.DownLoadSFtpFile(forFile(question, "fetched.bak", scratch), text);
+    const int rename = client.ReNameSFtpFile(forCommand(question, "old.bak", "new.bak"), text);
+    const int remove = client.DelSFtpFile(forCommand(question, "gone.bak"), text);
+    SFtpRequest listing = question.request;
+    listing.localPath = scratch;
+    const int list = client.Listsftpdir(listing, text);
+    const int test = ISFtpClient::CreateClient()->TestSConnect(question.request, 90);
+    // The last, because it makes a missing directory.
+    std::ofstream(scratch) << "the content";
+    const int upload = client.UploadFileToSFtpServer(forFile(question, "sent.bak", scratch), text);
+    return {download, upload, rename, remove, list, test};
+}
+
+void expectTruth(const std::vector<Verdict>& verdicts, const std::vector<int>& truth)
+{
+    ASSERT_EQ(truth.size(), verdicts.size());
+    for (std::size_t i = 0; i < truth.size(); ++i) {
+        const Verdict& verdict = verdicts[i];
+        EXPECT_NE(Outlook::Unknown, verdict.outlook) << verdict.operation << ": " << verdict.reason;
+        EXPECT_EQ(truth[i] == 0, verdict.outlook == Outlook::Works)
+            << verdict.operation << " gives " << truth[i] << "; " << verdict.reason;
+        if (verdict.code) {
+            EXPECT_TRUE(mayStandFor(*verdict.code, truth[i]))
+                << verdict.operation << " gives " << truth[i] << ", not " << *verdict.code << "; " << verdict.reason;
+        }
+        if (verdict.outlook == Outlook::Fails) {
+            EXPECT_NE("", verdict.reason) << verdict.operation;
+            EXPECT_NE("", verdict.remedy) << verdict.operation;
+        }
+    }
+}

@@ -1,0 +1,112 @@
+// The doctor against the file servers of Debian.
+#include "RealServer.h"
+#include "doctor/CleanUp.h"
+#include "doctor/RoundTrip.h"
+#include "harness/Examined.h"
+#include "harness/Golden.h"
+#include "harness/Truth.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+class Daemons : public RealServer
+{
+protected:
+    doctor::Question ask()
+    {
+        keep("weekly/seen.bak", "");
+        aimAt("weekly/");
+        doctor::Question question;
+        question.request = request;
+        question.commandUrl = request.remotePath;
+        question.clearLogin = true;
+        return question;
+    }
+};
+
+TEST_P(Daemons, DoAsPredicted)
+{
+    const doctor::Question question = ask();
+    const std::vector<doctor::Verdict> verdicts = predict(examine(question));
+    expectTruth(verdicts, truthOf(question, local("scratch"), [this](const std::string& name, const std::string& text) {
+                    keep("weekly/" + name, text);
+                }));
+}
+
+TEST_P(Daemons, AreKnownToRefuseTheClearByTheUsersNameAlone)
+{
+    doctor::Question question = ask();
+    question.clearLogin = false;
+    const doctor::Verdict upload = predict(examine(question))[1];
+    const bool refused = server.expected.upload != 0;
+    const bool inTheClear = server.scheme == "ftp";
+    EXPECT_EQ(refused      ? doctor::Outlook::Fails
+              : inTheClear ? doctor::Outlook::Unknown
+                           : doctor::Outlook::Works,
+              upload.outlook)
+        << upload.reason;
+    if (refused) {
+        EXPECT_EQ(server.expected.upload, upload.code);
+    }
+}
+
+TEST_P(Daemons, AreLeftAsTheyWere)
+{
+    const doctor::Question question = ask();
+    doctor::Report report = examine(question);
+    doctor::RoundTrip& roundTrip = report.roundTrip.emplace();
+    roundTrip.name = doctor::uniqueName();
+    makeRoundTrip(question, roundTrip.name, [&roundTrip](const doctor::StepResult& each) { record(each, roundTrip); });
+    EXPECT_EQ(server.expected.upload, roundTrip.put);
+    EXPECT_EQ(server.expected.list, roundTrip.list);
+    // A trip that ends right after the upload, too.
+    keep("weekly/" + doctor::renamed(roundTrip.name), "");
+    cleanUp(question, report, roundTrip);
+    EXPECT_FALSE(exists(served("weekly/" + roundTrip.name)));
+    EXPECT_FALSE(exists(served("weekly/" + doctor::renamed(roundTrip.name))));
+    EXPECT_TRUE(exists(served("weekly/seen.bak")));
+    EXPECT_TRUE(roundTrip.leftBehind.empty());
+    EXPECT_FALSE(roundTrip.leftUnknown);
+}
+
+TEST_P(Daemons, HaveATable) { expectGolden(server.id, normalisedTable(examine(ask()))); }
+
+std::vector<Server> thoseWithSsh()
+{
+    std::vector<Server> those;
+    std::copy_if(servers().begin(), servers().end(), std::back_inserter(those),
+                 [](const Server& each) { return each.scheme == "sftp"; });
+    return those;
+}
+
+class SshDaemons : public Daemons
+{
+protected:
+    void expectPrediction(const doctor::Question& question, const std::string& outlooks)
+    {
+        const std::vector<doctor::Verdict> verdicts = predict(examine(question));
+        EXPECT_EQ(outlooks, outlooksOf(verdicts));
+        expectTruth(verdicts, truthOf(question, local("scratch"), [](const std::string&, const std::string&) {}));
+    }
+};
+
+TEST_P(SshDaemons, RefuseAWrongPasswordAsPredicted)
+{
+    request.password = "wrong";
+    expectPrediction(ask(), "FFFFFF");
+}
+
+TEST_P(SshDaemons, MissADirectoryAsPredicted)
+{
+    doctor::Question question = ask();
+    question.request.remotePath += "missing/";
+    question.commandUrl = question.request.remotePath;
+    expectPrediction(question, "FWFFFF");
+}
+
+INSTANTIATE_TEST_SUITE_P(OfDebian, SshDaemons, testing::ValuesIn(thoseWithSsh()), idOf);
+INSTANTIATE_TEST_SUITE_P(OfDebian, Daemons, testing::ValuesIn(servers()), idOf);
+
+} // namespace
