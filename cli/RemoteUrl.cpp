@@ -142,7 +142,7 @@ std::string RemoteUrl::fileName() const
 {
     // libcurl takes ";type=a" at the end for the kind of transfer.
     const std::string path = m_path.substr(0, m_path.rfind(";type="));
-    const std::string name = percentDecoded(path.substr(path.rfind('/') + 1));
+    std::string name = percentDecoded(path.substr(path.rfind('/') + 1));
     const bool isPlain = !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
                          path.find_first_of("?#") == std::string::npos;
     if (!isPlain) {

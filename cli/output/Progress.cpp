@@ -1,6 +1,7 @@
 #include "output/Progress.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <ostream>
 
@@ -27,10 +28,10 @@ std::string amountText(double bytes)
 std::string timeText(double seconds)
 {
     if (seconds < 2 * kMinute) {
-        return std::to_string(static_cast<std::int64_t>(seconds + 0.5)) + " s";
+        return std::to_string(std::lround(seconds)) + " s";
     }
-    return seconds < 2 * kHour ? std::to_string(static_cast<std::int64_t>(seconds / kMinute + 0.5)) + " min"
-                               : std::to_string(static_cast<std::int64_t>(seconds / kHour + 0.5)) + " h";
+    return seconds < 2 * kHour ? std::to_string(std::lround(seconds / kMinute)) + " min"
+                               : std::to_string(std::lround(seconds / kHour)) + " h";
 }
 
 } // namespace

@@ -69,6 +69,6 @@ void endBySignal(int signal)
     sigemptyset(&mask);
     sigaddset(&mask, signal);
     pthread_sigmask(SIG_UNBLOCK, &mask, nullptr);
-    raise(signal);
+    static_cast<void>(raise(signal));
     _exit(128 + signal);
 }

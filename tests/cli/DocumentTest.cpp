@@ -5,9 +5,9 @@
 
 #include <usage/Options.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
-#include <regex>
 #include <sstream>
 
 namespace {
@@ -44,12 +44,22 @@ std::string replaceEach(std::string text, const std::string& from, const std::st
     return text;
 }
 
+// With `word` in place of each number that follows `mark`.
+std::string withoutNumbers(std::string text, const std::string& mark, const std::string& word)
+{
+    for (std::string::size_type at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
+        at += mark.size();
+        const std::string::size_type end = std::min(text.find_first_not_of("0123456789.e-", at), text.size());
+        text.replace(at, end - at, word);
+    }
+    return text;
+}
+
 // What differs from one run to the next.
 std::string comparable(const std::string& output)
 {
-    const std::string ports = std::regex_replace(replaceTimes(output), std::regex("\\|\\|\\|[0-9]+\\|"), "|||PORT|");
-    const std::string lines = std::regex_replace(ports, std::regex("\\(\\):[0-9]+ "), "():LINE ");
-    return std::regex_replace(lines, std::regex("\"seconds\":[0-9.e-]+"), "\"seconds\":SECONDS");
+    const std::string ports = withoutNumbers(replaceTimes(output), "(|||", "PORT");
+    return withoutNumbers(withoutNumbers(ports, "():", "LINE"), "\"seconds\":", "SECONDS");
 }
 
 /// The servers that the document speaks of, and a folder with the files that it uses.

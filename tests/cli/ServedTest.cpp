@@ -101,8 +101,10 @@ TEST_F(Served, LogsInFromEverySource)
     writeFile(local(".netrc"), "default login backup password \"" + config.password + "\"\n");
     writeFile(local("config"), "[sftpclient]\nuser=backup\npassword-file=password\nca=" + folder() + "/ca.pem\n");
     const std::string ca = folder() + "/ca.pem";
-    const auto status = [this](const std::vector<std::string>& form, const Variables& variables,
+    const auto status = [this](const std::vector<std::string>& form, Variables variables,
                                const std::string& input = "") {
+        const Variables trusted = trust();
+        variables.insert(variables.end(), trusted.begin(), trusted.end());
         return runCommand(form, variables, local(""), input).status;
     };
     EXPECT_EQ(status({"test", url(), "--ca", ca, "--password-file", "password"}, {}), 0);
@@ -146,8 +148,8 @@ TEST_F(Served, HintsAtWhatTheSizeCheckOfADownloadMet)
 {
     config.tls = testserver::TlsMode::Implicit;
     serve();
-    const CommandResult result =
-        runCommand(withCa({"get", url("/file")}), {{"SFTPCLIENT_PASSWORD", config.password}}, local(""));
+    writeFile(local("other-ca.pem"), testserver::CertificateAuthority("Another CA").certificatePem());
+    const CommandResult result = run({"get", url("/file")}, {{"SFTPCLIENT_DEFAULT_TRUST", local("other-ca.pem")}});
     EXPECT_EQ(result.status, 255);
     EXPECT_NE(result.err.find("hint: the server's certificate is not trusted; "), std::string::npos) << result.err;
 }

@@ -53,8 +53,7 @@ TEST_F(Terminal, EscapesNames)
 TEST_F(Terminal, AsksForThePassword)
 {
     serve();
-    Variables variables;
-    TerminalCommand command(withCa({"test", url(), "--quiet"}), variables, local(""));
+    TerminalCommand command(withCa({"test", url(), "--quiet"}), trust(), local(""));
     command.shownUpTo("Password of backup: ");
     command.type(config.password + "\n");
     EXPECT_EQ(command.wait(), 0);

@@ -125,7 +125,7 @@ Process::~Process()
 {
     if (m_process > 0) {
         signal(SIGKILL);
-        wait();
+        waitpid(m_process, nullptr, 0);
     }
 }
 

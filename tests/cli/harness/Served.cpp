@@ -60,11 +60,16 @@ std::vector<std::string> Served::withCa(std::vector<std::string> form) const
     return form;
 }
 
+Variables Served::trust() const
+{
+    return {{"SFTPCLIENT_DEFAULT_TRUST", m_folder + "/ca.pem"}, {"LD_PRELOAD", SFTPCLIENT_TRUST_LIBRARY}};
+}
+
 Variables Served::environment() const
 {
-    return {{"SFTPCLIENT_PASSWORD", config.password},
-            {"SFTPCLIENT_DEFAULT_TRUST", m_folder + "/ca.pem"},
-            {"LD_PRELOAD", SFTPCLIENT_TRUST_LIBRARY}};
+    Variables variables = trust();
+    variables.emplace_back("SFTPCLIENT_PASSWORD", config.password);
+    return variables;
 }
 
 void Served::writeFile(const std::string& path, const std::string& content)

@@ -34,7 +34,10 @@ protected:
     /// `form` with the CA.
     std::vector<std::string> withCa(std::vector<std::string> form) const;
 
-    /// The password, and the CA in place of the machine's trust store.
+    /// The CA in place of the machine's trust store, which besides is slow to read.
+    Variables trust() const;
+
+    /// The same, and the password.
     Variables environment() const;
 
     std::vector<testserver::Transcript> sessions() { return m_server->transcripts(); }
