@@ -1,7 +1,8 @@
 # The certificate hook receives libcurl's TLS context as an OpenSSL SSL_CTX. A libcurl with another TLS back end
 # accepts the hook and never calls it, so that a transfer would silently trust the wrong servers: refuse it here.
-find_package(CURL 7.85 REQUIRED)
-find_package(OpenSSL 3.0 REQUIRED)
+# Global, for targets that are linked from a consumer's folders name them.
+find_package(CURL 7.85 REQUIRED GLOBAL)
+find_package(OpenSSL 3.0 REQUIRED GLOBAL)
 
 # Asked anew each time: the library behind the same path may have been exchanged.
 unset(asked CACHE)

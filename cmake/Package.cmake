@@ -1,0 +1,54 @@
+# Debian packages of what is installed: the library, what hosts are built with, and the command.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME sftpclient)
+set(CPACK_PACKAGE_VENDOR "The authors of libSFtpClient")
+# Each package says in its description's first line what it is.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(CPACK_PACKAGE_CONTACT "The authors of libSFtpClient <libsftpclient@debian.example.org>")
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_COMPONENTS_ALL runtime development command)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# The library's own package is not installed while the packages are made: the command names it below.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+set(library libsftpclient${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${library})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "file transfers over FTP with TLS for host applications
+A shared library with which a host application moves files to and from a
+remote file server. The host supplies logging, configuration and security.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libsftpclient-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "${library} (= ${PROJECT_VERSION}), libboost-dev, libcurl4-openssl-dev, libssl-dev, libspdlog-dev")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "file transfers over FTP with TLS - development files
+Headers, CMake and pkg-config files of libSFtpClient, and a static library
+with host services for applications that have none of their own.")
+
+set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME sftpclient)
+set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS "${library} (>= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_COMMAND_DESCRIPTION "file transfers over FTP with TLS - command
+Runs each operation of libSFtpClient from the command line, and finds out why
+a server refuses them.")
+foreach(component RUNTIME DEVELOPMENT COMMAND)
+    set(package ${CPACK_DEBIAN_${component}_PACKAGE_NAME})
+    string(TOLOWER ${component} destination)
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright ${PROJECT_BINARY_DIR}/changelog.gz
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${destination} EXCLUDE_FROM_ALL)
+endforeach()
+execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/packaging/changelog
+                OUTPUT_FILE ${PROJECT_BINARY_DIR}/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
+
+include(CPack)

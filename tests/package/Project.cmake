@@ -1,0 +1,12 @@
+# A CMake project of a host's: configured, built and run.
+include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
+
+set(options -DCMAKE_PREFIX_PATH=${PREFIX} -DSFTPCLIENT_SOURCE=${SOURCE_DIR})
+if(SANITIZE)
+    list(APPEND options -DCMAKE_CXX_FLAGS=-fsanitize=${SANITIZE})
+endif()
+file(REMOVE_RECURSE ${SCRATCH})
+must_succeed(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/consumers/${CONSUMER} -B ${SCRATCH} -G ${GENERATOR}
+             -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 ${options})
+must_succeed(${CMAKE_COMMAND} --build ${SCRATCH} --parallel 2)
+must_ask_and_log(${SCRATCH}/host "${kReadyServices}")
