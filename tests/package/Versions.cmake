@@ -1,0 +1,10 @@
+# The version is told in two places that CMake does not write.
+file(STRINGS ${SOURCE_DIR}/packaging/changelog first LIMIT_COUNT 1)
+if(NOT first MATCHES "^libsftpclient \\(([0-9.]+)\\) " OR NOT CMAKE_MATCH_1 STREQUAL VERSION)
+    message(FATAL_ERROR "packaging/changelog begins with \"${first}\", but this is version ${VERSION}.")
+endif()
+file(STRINGS ${SOURCE_DIR}/CHANGELOG.md releases REGEX "^## ")
+list(GET releases 0 newest)
+if(NOT newest STREQUAL "## ${VERSION}")
+    message(FATAL_ERROR "CHANGELOG.md begins with \"${newest}\", but this is version ${VERSION}.")
+endif()
