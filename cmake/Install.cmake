@@ -43,8 +43,12 @@ function(sftpclient_install_host)
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
     install(EXPORT SFtpClientHostTargets NAMESPACE SFtpClient:: DESTINATION ${SFTPCLIENT_INSTALL_CMAKEDIR}
         COMPONENT development)
-    file(GLOB headers ${PROJECT_SOURCE_DIR}/host/*.h)
-    install(FILES ${headers} DESTINATION ${SFTPCLIENT_INSTALL_INCLUDEDIR}/host COMPONENT development)
+    # What a host uses, and what that includes.
+    foreach(header CurlProcess.h EscapeControlBytes.h HostConfiguration.h HostLog.h HostLogSettings.h HostTlsSettings.h
+            RequestIdScope.h DescriptorSink.h IniFile.h LogRecord.h)
+        install(FILES ${PROJECT_SOURCE_DIR}/host/${header} DESTINATION ${SFTPCLIENT_INSTALL_INCLUDEDIR}/host
+            COMPONENT development)
+    endforeach()
     sftpclient_install_pkgconfig(sftpclient-host.pc)
 endfunction()
 
@@ -54,6 +58,9 @@ function(sftpclient_install_command)
         set_target_properties(sftpclient PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
     endif()
     install(TARGETS sftpclient RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT command)
+    install(FILES ${PROJECT_SOURCE_DIR}/cli/sftpclient.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT command)
+    install(FILES ${PROJECT_SOURCE_DIR}/cli/completion/sftpclient.bash RENAME sftpclient
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT command)
 endfunction()
 
 function(sftpclient_install_package_files)
