@@ -47,8 +47,10 @@ std::unique_ptr<spdlog::formatter> formatterFor(LogFormat format)
 
 std::unique_ptr<LogFile> openFile(const HostLogSettings& settings)
 try {
-    return settings.file.empty() ? nullptr
-                                 : std::make_unique<LogFile>(settings.file, settings.maxBytes, settings.files);
+    if (settings.file.empty()) {
+        return nullptr;
+    }
+    return std::make_unique<LogFile>(settings.file, settings.maxBytes, settings.files);
 } catch (const std::exception& error) {
     throw std::runtime_error("The log cannot be written to " + settings.file + ": " + error.what() +
                              ". Name another file, or make this one writable.");
@@ -139,7 +141,7 @@ void HostLog::lose(const char* why) noexcept
     if (++m_lost > 1) {
         return;
     }
-    std::snprintf(m_whyLost.data(), m_whyLost.size(), "%s", why);
+    static_cast<void>(std::snprintf(m_whyLost.data(), m_whyLost.size(), "%s", why));
     std::array<char, 320> line = {};
     const int length = std::snprintf(line.data(), line.size(), "Log records are being lost: %s\n", m_whyLost.data());
     try {

@@ -1,4 +1,4 @@
-#include "harness/ReplaceTimes.h"
+#include "harness/LogShape.h"
 #include "harness/RunProgram.h"
 #include "harness/TemporaryFolder.h"
 
@@ -9,7 +9,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <regex>
 #include <sstream>
 
 namespace {
@@ -43,8 +42,8 @@ protected:
 
     ProgramResult runMinimalHost(const std::string& name)
     {
-        const std::string ini = m_folder.write("host.ini", "[Log]\nTarget=" + m_folder.file("host.log") + "\n");
-        return run({MINIMAL_HOST, ini, m_ca, url(name), m_local});
+        const std::string log = "[Log]\nTarget=" + m_folder.file("host.log") + "\n";
+        return run({MINIMAL_HOST, m_folder.write("host.ini", m_general + log), m_ca, url(name), m_local});
     }
 
     ProgramResult runOwnHost(const std::string& name) { return run({OWN_HOST, m_ca, url(name), m_local}); }
@@ -61,14 +60,15 @@ protected:
     /// The log file's content; the file is gone afterwards.
     std::string takeLog() const
     {
-        const std::string log = replaceTimes(contentOf(m_folder.file("host.log")));
+        const std::string log = replaceLines(replaceTimes(contentOf(m_folder.file("host.log"))));
         std::filesystem::remove(m_folder.file("host.log"));
-        return std::regex_replace(log, std::regex(":[0-9]+ (?=[a-zA-Z])"), ":LINE ");
+        return log;
     }
 
     TemporaryFolder m_folder;
     std::string m_local = m_folder.file("fetched.bak");
     testserver::CertificateAuthority m_authority;
+    std::string m_general;
     std::string m_ca = m_folder.write("ca.pem", m_authority.certificatePem());
     testserver::ServerConfig m_config;
     std::unique_ptr<testserver::FtpServer> m_server;
@@ -145,6 +145,23 @@ TEST_F(ExamplesTest, OwnHostDownloads)
                   "SFtpClient #1 level 2 CurlSFtpResponse::DownLoadSFtpFile() DownLoadSFtpFile():end \n");
         EXPECT_TRUE(std::filesystem::remove(m_local));
     }
+}
+
+// Without a certificate to go by, the configuration service decides.
+TEST_F(ExamplesTest, MinimalHostGoesByItsCertAuthSwitch)
+{
+    m_folder.write("ca.pem", "none");
+    serve(TlsMode::Explicit);
+    EXPECT_EQ(lastLineOf(runMinimalHost("sunday.bak").out).substr(0, 10), "result 77 ");
+    m_general = "[General]\nCertAuthSwitch=0\n";
+    EXPECT_EQ(lastLineOf(runMinimalHost("sunday.bak").out), "result 0 \n");
+}
+
+TEST_F(ExamplesTest, OwnHostTrustsNoUnknownServer)
+{
+    m_folder.write("ca.pem", "none");
+    serve(TlsMode::Explicit);
+    EXPECT_EQ(lastLineOf(runOwnHost("sunday.bak").out).substr(0, 10), "result 77 ");
 }
 
 TEST_F(ExamplesTest, TellHowTheyAreUsed)

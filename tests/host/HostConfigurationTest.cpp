@@ -137,6 +137,7 @@ TEST_F(HostConfigurationTest, IsNeverSeenHalfRead)
     std::atomic<int> torn{0};
     std::atomic<int> asked{0};
     std::vector<std::thread> readers;
+    readers.reserve(8);
     for (int i = 0; i < 8; ++i) {
         readers.emplace_back([&] {
             while (!over) {
@@ -163,6 +164,7 @@ TEST_F(HostConfigurationTest, ReadsOnceForManyThreadsAtTheirFirstQuestion)
     const SetVariable variable(kVariable, path.c_str());
     std::vector<std::shared_ptr<const IniFile>> seen(16);
     std::vector<std::thread> threads;
+    threads.reserve(seen.size());
     for (auto& values : seen) {
         threads.emplace_back([this, &values] { values = m_configuration.values(); });
     }

@@ -18,7 +18,7 @@ public:
     ~FileSizeLimit()
     {
         setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
+        static_cast<void>(std::signal(SIGXFSZ, m_handler));
     }
     FileSizeLimit(const FileSizeLimit&) = delete;
     FileSizeLimit& operator=(const FileSizeLimit&) = delete;

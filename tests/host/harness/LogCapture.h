@@ -1,7 +1,7 @@
 #ifndef SFTPCLIENT_TESTS_HOST_LOGCAPTURE_H
 #define SFTPCLIENT_TESTS_HOST_LOGCAPTURE_H
 
-#include "harness/ReplaceTimes.h"
+#include "harness/LogShape.h"
 
 #include <cstdio>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "harness/ReplaceTimes.h"
+#include "harness/LogShape.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -32,6 +32,19 @@ std::string replaceTime(std::string line)
     return line;
 }
 
+bool endsWith(const std::string& text, const std::string& end)
+{
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+// "f():12 " or "f:12 " in text, "\"line\":12," in JSON; other numbers follow a colon too.
+bool isLineNumber(const std::string& before, char after)
+{
+    const char last = before.size() < 2 ? '\0' : before[before.size() - 2];
+    const bool afterFunction = last == ')' || (last >= 'a' && last <= 'z');
+    return endsWith(before, "\"line\":") || (after == ' ' && endsWith(before, ":") && afterFunction);
+}
+
 } // namespace
 
 std::string replaceTimes(const std::string& log)
@@ -41,6 +54,24 @@ std::string replaceTimes(const std::string& log)
     for (std::string line; std::getline(lines, line);) {
         replaced.append(replaceTime(line));
         replaced.append(lines.eof() ? "" : "\n");
+    }
+    return replaced;
+}
+
+std::string replaceLines(const std::string& log)
+{
+    constexpr char kDigits[] = "0123456789";
+    std::string replaced;
+    for (std::size_t at = 0; at < log.size();) {
+        const std::size_t number = std::min(log.find_first_of(kDigits, at), log.size());
+        const std::size_t end = std::min(log.find_first_not_of(kDigits, number), log.size());
+        replaced.append(log, at, number - at);
+        if (number < end && end < log.size() && isLineNumber(replaced, log[end])) {
+            replaced.append("LINE");
+        } else {
+            replaced.append(log, number, end - number);
+        }
+        at = end;
     }
     return replaced;
 }
