@@ -15,8 +15,9 @@ using Clock = std::chrono::steady_clock;
 
 // What a call may take that is not told how long to wait: the library's time-out for connecting.
 constexpr double kLongest = 20;
-// On top of a response time-out: libcurl may notice up to a second late, and the machine may be busy.
-constexpr double kLateness = 3;
+// On top of a response time-out: libcurl may notice up to a second late, and the machine may be busy. It stays below
+// every other limit that could end a call, of which the shortest are 20 seconds.
+constexpr double kLateness = 7;
 
 std::chrono::duration<double> durationOf(const std::function<void()>& action)
 {
