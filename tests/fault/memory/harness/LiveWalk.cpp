@@ -61,6 +61,7 @@ void LiveWalk::walk(const Piece& piece, heap::Whose whose, heap::Shortage shorta
     // Makes what libcurl, OpenSSL and the standard streams make once and keep.
     piece.prepare();
     ASSERT_EQ(0, piece.run());
+    sessions(); // the descriptors of the server, too, are counted
 
     const Outcome usual = run(piece, 0, whose, shortage);
     ASSERT_EQ(0, usual.result);
