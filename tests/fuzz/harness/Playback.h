@@ -1,0 +1,53 @@
+#ifndef FUZZ_HARNESS_PLAYBACK_H
+#define FUZZ_HARNESS_PLAYBACK_H
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+/// A server that says what it is given, whatever the client asks.
+///
+/// A script is replies, with a "~" between two of them: the first greets, and one more goes out whenever the client has
+/// said something, or is silent. When there are no more, the connection closes. "@" in a reply is the port of the data
+/// connection, "#" the same as EPSV's older sister writes it. What follows a "^" goes over each data connection, which
+/// then closes; whatever the client sends there is dropped.
+class Playback
+{
+public:
+    Playback();
+    ~Playback();
+    Playback(const Playback&) = delete;
+    Playback& operator=(const Playback&) = delete;
+
+    std::uint16_t controlPort() const { return m_controlPort; }
+    std::uint16_t dataPort() const { return m_dataPort; }
+
+    /// What the connections that follow hear.
+    void load(const std::string& script);
+
+    /// Waits until so many connections, since the program began, have come to their end.
+    void waitForEndOf(unsigned connections);
+
+private:
+    void countEnd();
+    void serveControl();
+    void serveData();
+    void play(int connection);
+
+    int m_control = -1;
+    int m_data = -1;
+    std::uint16_t m_controlPort = 0;
+    std::uint16_t m_dataPort = 0;
+    std::mutex m_mutex;
+    std::condition_variable m_ended;
+    std::vector<std::string> m_replies;
+    std::string m_content;
+    unsigned m_endedConnections = 0;
+    std::thread m_controlThread;
+    std::thread m_dataThread;
+};
+
+#endif
