@@ -13,8 +13,8 @@ LogProxy::LogProxy(int level, const std::string& module, unsigned long requestId
 
 LogProxy::~LogProxy()
 {
-    std::cerr << "own record: " << m_level << " " << m_module << " " << m_requestId << " " << m_function << " "
-              << str() << "\n";
+    std::cerr << "own record: " << m_level << " " << m_module << " " << m_requestId << " " << m_function << " " << str()
+              << "\n";
 }
 
 ThreadRequestId TSP_RequestID;
