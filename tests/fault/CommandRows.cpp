@@ -20,7 +20,7 @@ const Rows& renameRows()
         Row("HalfAndClosed", kRename, {"rename=last:250 rena\\c"}, {56}).basedOn(kTool).leaving(kNoFile),
         Row("Split", kRename, {"rename=split"}, {0}).basedOn(kTool).leaving(kAll),
         Row("SeveralLines", kRename, {"rename=reply:550-one\\r\\n550 two"}, {21}).basedOn(kTool).leaving(kNoFile),
-        Row("AMebibyte", kRename, {"rename=pad:1048576"}, {56, 28}).because(kLongLine).basedOn(kTool).leaving(kAll),
+        Row("AMebibyte", kRename, {"rename=pad:1048576"}, {56, 100}).because(kLongLine).basedOn(kTool).leaving(kAll),
     };
     return all;
 }

@@ -58,7 +58,8 @@ const Rows& type()
             .leaving(kAll),
         Row("ZeroBytes", kDownload, {"TYPE=reply:200 \\0\\0"}, {0, 8})
             .because("Later releases refuse zero bytes.")
-            .basedOn(kTool),
+            .basedOn(kTool)
+            .leavingAfter(0, kAll),
     };
     return all;
 }

@@ -78,9 +78,9 @@ const Rows& done()
         Row("SilenceThenClosed", kDownload, {"DONE=stall"}, {56}).basedOn(kTool).on(boundedStall).leaving(kAll),
         Row("HalfAndClosed", kDownload, {"DONE=last:226 do\\c"}, {56}).basedOn(kTool).leaving(kAll),
         Row("Split", kDownload, {"DONE=split"}, {0}).basedOn(kTool).leaving(kAll),
-        Row("AMebibyte", kDownload, {"DONE=pad:1048576"}, {56, 28}).because(kLongLine).basedOn(kTool).leaving(kAll),
+        Row("AMebibyte", kDownload, {"DONE=pad:1048576"}, {56, 100}).because(kLongLine).basedOn(kTool).leaving(kAll),
         Row("EndlessLines", kDownload, {"DONE=endless:226-and another thing"}, {56, 28})
-            .because(kLongLine)
+            .because(kEndless)
             .basedOn(kTool)
             .leaving(kAll),
     };

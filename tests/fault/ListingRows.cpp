@@ -29,10 +29,11 @@ const Rows& data()
     static const Rows all = {
         Row("DroppedWith426", kList, {"DATA=drop-after:7"}, {18, 56}).because(kUnannounced).leaving("a.bak\n"),
         Row("DroppedWithSuccessClaimed", kList, {"DATA=drop-after:7", "DONE=reply:226 done"}, {0, 56})
-            .because(kUnannounced),
+            .because(kUnannounced)
+            .leaving("a.bak\n"),
         Row("ClosedEarlyWithSuccessClaimed", kList, {"DATA=claim-after:7"}, {0}).leaving("a.bak\n").basedOn(kTool),
-        Row("Unannounced", kList, {"DATA=no-close-notify"}, {0, 56}).because(kUnannounced),
-        Row("ResetAfterSome", kList, {"DATA=reset-after:7"}, {56}),
+        Row("Unannounced", kList, {"DATA=no-close-notify"}, {0, 56}).because(kUnannounced).leaving(kNames),
+        Row("ResetAfterSome", kList, {"DATA=reset-after:7"}, {56}).leavingAtMost("a.bak\n"),
         Row("ClosedInPlaceOfTls", kList, {"DATA=close"}, {13, 35, 60}).because(kDataTls).leaving(""),
         Row("GarbageInPlaceOfTls", kList, {"DATA=garbage"}, {13, 35, 60}).because(kDataTls).leaving(""),
         Row("NoTls", kList, {"DATA=plain"}, {13, 35, 60}).because(kDataTls).leaving(""),
@@ -46,6 +47,7 @@ const Rows& data()
             .because(kUnannounced)
             .on(boundedStall)
             .leaving("a.bak\n"),
+        Row("StalledInPlaceOfTls", kList, {"DATA=stall"}, {13, 35, 60}).because(kDataTls).on(boundedStall).leaving(""),
     };
     return all;
 }

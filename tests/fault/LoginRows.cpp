@@ -37,7 +37,7 @@ const Rows& pass()
         Row("Reset", kConnect, {"PASS=reset"}, {56}),
         Row("Silence", kList, {"PASS=stall"}, {28}).waiting(1),
         Row("Split", kList, {"PASS=split"}, {0}).basedOn(kTool).leaving(kNames),
-        Row("AMebibyte", kConnect, {"PASS=pad:1048576"}, {56, 28}).because(kLongLine).basedOn(kTool),
+        Row("AMebibyte", kConnect, {"PASS=pad:1048576"}, {56, 100}).because(kLongLine).basedOn(kTool),
     };
     return all;
 }
@@ -71,15 +71,18 @@ const Rows& pwd()
     static const Rows all = {
         Row("Reply550", kList, {"PWD=reply:550 no"}, {0}).leaving(kNames),
         Row("WithoutQuotes", kDownload, {"PWD=reply:257 here"}, {0}).leaving(kAll),
-        Row("QuoteLeftOpen", kList, {"PWD=reply:257 \"/"}, {0, 8}).because("8.21.0 refuses a quote left open."),
+        Row("QuoteLeftOpen", kList, {"PWD=reply:257 \"/"}, {0, 8})
+            .because("8.21.0 refuses a quote left open.")
+            .leavingAfter(0, kNames),
         Row("Reply421", kConnect, {"PWD=reply:421 closing"}, {28}).basedOn(kTool),
         Row("Closed", kUpload, {"PWD=drop"}, {56}).basedOn(kTool).leaving(kNoFile),
         Row("Reset", kConnect, {"PWD=reset"}, {56}).basedOn(kTool),
         Row("Silence", kList, {"PWD=stall"}, {28}).basedOn(kDocumented).waiting(1),
         Row("ZeroBytes", kList, {"PWD=reply:257 \"/\\0\\0\" here"}, {0, 8})
             .because("Later releases refuse zero bytes.")
-            .basedOn(kTool),
-        Row("AMebibyte", kConnect, {"PWD=pad:1048576"}, {56, 28}).because(kLongLine).basedOn(kTool),
+            .basedOn(kTool)
+            .leavingAfter(0, kNames),
+        Row("AMebibyte", kConnect, {"PWD=pad:1048576"}, {56, 100}).because(kLongLine).basedOn(kTool),
         Row("TwoReplies", kConnect, {"PWD=reply:257 \"/\"\\r\\n421 closing"}, {28}).basedOn(kTool),
     };
     return all;

@@ -21,7 +21,7 @@ const Rows& epsv()
         Row("Silence", kList, {"EPSV=stall"}, {28}).waiting(1).leaving(""),
         Row("SilenceThenClosed", kRename, {"EPSV=stall"}, {56}).basedOn(kTool).on(boundedStall).leaving(kNoFile),
         Row("Split", kDownload, {"EPSV=split"}, {0}).basedOn(kTool).leaving(kAll),
-        Row("AMebibyte", kDownload, {"EPSV=pad:1048576"}, {56, 28}).because(kLongLine).basedOn(kTool).leaving(""),
+        Row("AMebibyte", kDownload, {"EPSV=pad:1048576"}, {56, 100}).because(kLongLine).basedOn(kTool).leaving(""),
     };
     return all;
 }

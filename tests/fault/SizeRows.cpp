@@ -14,9 +14,11 @@ const Rows& check()
         Row("MissingForTheCheckOnly", kChecked, {"1/SIZE=reply:550 no such file"}, {0}).leaving(kAll),
         Row("Reply500", kChecked, {"1/SIZE=reply:500 unknown"}, {-1}).leaving(kNoFile),
         Row("Reply530", kChecked, {"1/SIZE=reply:530 no"}, {-1}).leaving(kNoFile),
-        Row("NoNumber", kChecked, {"1/SIZE=reply:213 abc"}, {0, -1}).because(unknown),
-        Row("Empty", kChecked, {"1/SIZE=reply:213 "}, {0, -1}).because(unknown),
-        Row("TwentyFourDigits", kChecked, {"1/SIZE=reply:213 123456789012345678901234"}, {0, -1}).because(unknown),
+        Row("NoNumber", kChecked, {"1/SIZE=reply:213 abc"}, {0, -1}).because(unknown).leavingAfter(0, kAll),
+        Row("Empty", kChecked, {"1/SIZE=reply:213 "}, {0, -1}).because(unknown).leavingAfter(0, kAll),
+        Row("TwentyFourDigits", kChecked, {"1/SIZE=reply:213 123456789012345678901234"}, {0, -1})
+            .because(unknown)
+            .leavingAfter(0, kAll),
         Row("Negative", kChecked, {"1/SIZE=reply:213 -5"}, {0}).leaving(kAll),
         Row("AboveTheLimit", kChecked, {"1/SIZE=reply:213 53687091200"}, {-1}).basedOn(kDocumented).leaving(kNoFile),
         Row("BelowTheLimit", kChecked, {"1/SIZE=reply:213 53687091199"}, {0}).basedOn(kDocumented).leaving(kAll),
@@ -43,7 +45,7 @@ const Rows& within()
         Row("SilenceThenClosed", kDownload, {"SIZE=stall"}, {56}).basedOn(kTool).on(boundedStall).leaving(""),
         Row("Split", kDownload, {"SIZE=split"}, {0}).basedOn(kTool).leaving(kAll),
         Row("SeveralLines", kDownload, {"SIZE=reply:213-5000\\r\\n213 100000"}, {0}).basedOn(kTool).leaving(kAll),
-        Row("AMebibyte", kDownload, {"SIZE=pad:1048576"}, {56, 28}).because(kLongLine).basedOn(kTool).leaving(""),
+        Row("AMebibyte", kDownload, {"SIZE=pad:1048576"}, {56, 100}).because(kLongLine).basedOn(kTool).leaving(""),
     };
     return all;
 }

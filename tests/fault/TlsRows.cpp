@@ -22,7 +22,7 @@ const Rows& auth()
         Row("Reply334AndClosed", kConnect, {"AUTH=last:334 go on"}, {35}),
         Row("Split", kList, {"AUTH=split"}, {0}).basedOn(kTool).leaving(kNames),
         Row("WithoutALineEnd", kList, {"AUTH=reply:234 TLS n\\c"}, {28}).waiting(1),
-        Row("AMebibyte", kConnect, {"AUTH=pad:1048576"}, {56, 28}).because(kLongLine).basedOn(kTool),
+        Row("AMebibyte", kConnect, {"AUTH=pad:1048576"}, {56, 100}).because(kLongLine).basedOn(kTool),
     };
     return all;
 }

@@ -17,7 +17,8 @@ protected:
     void arrange();
 
     void expectCode(int code) const;
-    void expectLeft() const;
+    /// `code` is what the operation has ended with.
+    void expectLeft(int code) const;
 
     const FaultCase& row() const { return GetParam(); }
     /// The file that the operation writes or changes.

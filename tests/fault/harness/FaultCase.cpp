@@ -43,17 +43,32 @@ FaultCase FaultCase::waiting(unsigned seconds) const { return with(*this, &Fault
 
 FaultCase FaultCase::leaving(const std::string& text) const
 {
-    return with(*this, &FaultCase::left, std::optional<Left>(Left{text, std::nullopt}));
+    return with(*this, &FaultCase::left, std::optional<Left>(Left{text, std::nullopt, false, std::nullopt}));
 }
 
 FaultCase FaultCase::leaving(std::size_t bytes) const
 {
-    return with(*this, &FaultCase::left, std::optional<Left>(Left{"", bytes}));
+    return with(*this, &FaultCase::left, std::optional<Left>(Left{"", bytes, false, std::nullopt}));
+}
+
+FaultCase FaultCase::leavingAtMost(const std::string& text) const
+{
+    return with(*this, &FaultCase::left, std::optional<Left>(Left{text, std::nullopt, true, std::nullopt}));
 }
 
 FaultCase FaultCase::leavingAtMost(std::size_t bytes) const
 {
-    return with(*this, &FaultCase::left, std::optional<Left>(Left{"", bytes, true}));
+    return with(*this, &FaultCase::left, std::optional<Left>(Left{"", bytes, true, std::nullopt}));
+}
+
+FaultCase FaultCase::leavingAfter(int code, const std::string& text) const
+{
+    return with(*this, &FaultCase::left, std::optional<Left>(Left{text, std::nullopt, false, code}));
+}
+
+FaultCase FaultCase::leavingAfter(int code, std::size_t bytes) const
+{
+    return with(*this, &FaultCase::left, std::optional<Left>(Left{"", bytes, false, code}));
 }
 
 FaultCase FaultCase::at(const std::string& remote) const { return with(*this, &FaultCase::path, remote); }

@@ -47,6 +47,7 @@ struct Left
     std::string text;
     std::optional<std::size_t> bytes; ///< in place of a text: so many of the file that moves
     bool orLess = false;              ///< fewer will do, because how many arrived is a matter of time
+    std::optional<int> code; ///< only where this was the result; the other codes of the row leave something else
 };
 
 /// One row: a server that misbehaves, an operation that meets it, and how that must end.
@@ -61,7 +62,10 @@ struct FaultCase
     FaultCase waiting(unsigned seconds) const;
     FaultCase leaving(const std::string& text) const;
     FaultCase leaving(std::size_t bytes) const;
+    FaultCase leavingAtMost(const std::string& text) const;
     FaultCase leavingAtMost(std::size_t bytes) const;
+    FaultCase leavingAfter(int code, const std::string& text) const;
+    FaultCase leavingAfter(int code, std::size_t bytes) const;
     FaultCase at(const std::string& remote) const;
     FaultCase on(void (*change)(Scene&)) const;
     /// The `curl` command has no option for what the row needs.

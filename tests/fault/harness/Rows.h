@@ -28,7 +28,9 @@ constexpr const char* kResetWithData =
     "The data connection breaks off in its handshake, which libcurl takes for a failed EPSV: "
     "it meets the reset as it sends PASV (55), or as it reads (56).";
 constexpr const char* kGlued = "Read together with the 234, the text is a second reply, else a bad handshake.";
-constexpr const char* kLongLine = "7.88.1 refuses so many header bytes (56); from 8.14 on it reads until the time-out.";
+constexpr const char* kLongLine =
+    "7.88.1 refuses so many header bytes (56); from 8.14 on libcurl refuses so long a line (100).";
+constexpr const char* kEndless = "7.88.1 refuses so many header bytes (56); from 8.14 on it reads until the time-out.";
 constexpr const char* kDataTls = "libcurl takes a failed handshake on the data connection for a failed EPSV and mostly "
                                  "reports that (13); how far it got is a race.";
 constexpr const char* kUnannounced = "From 8.14 on libcurl asks for a close_notify at the end of the data.";
