@@ -58,7 +58,11 @@ function(sftpclient_install_command)
         set_target_properties(sftpclient PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
     endif()
     install(TARGETS sftpclient RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT command)
-    install(FILES ${PROJECT_SOURCE_DIR}/cli/sftpclient.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT command)
+    # Compressed, as Debian wants manual pages, and without a name and a time, so that each build makes the same.
+    execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/cli/sftpclient.1
+                    OUTPUT_FILE ${PROJECT_BINARY_DIR}/sftpclient.1.gz COMMAND_ERROR_IS_FATAL ANY)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/cli/sftpclient.1)
+    install(FILES ${PROJECT_BINARY_DIR}/sftpclient.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT command)
     install(FILES ${PROJECT_SOURCE_DIR}/cli/completion/sftpclient.bash RENAME sftpclient
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT command)
 endfunction()
