@@ -14,6 +14,7 @@ enum class LogLevel
     Error = 4  ///< failures only
 };
 
+/// What a record looks like in the log.
 enum class LogFormat
 {
     Text, ///< one line a record
@@ -23,11 +24,11 @@ enum class LogFormat
 /// Where the log goes and what it looks like.
 struct HostLogSettings
 {
-    std::string file; ///< empty: standard error
-    LogLevel level = LogLevel::Debug;
-    LogFormat format = LogFormat::Text;
-    std::size_t maxBytes = 10485760; ///< a file is not made larger by a record, unless that one record is
-    std::size_t files = 5;           ///< the one that is written to and the older ones together, at least 1
+    std::string file;                   ///< empty: standard error
+    LogLevel level = LogLevel::Debug;   ///< the least that gets in
+    LogFormat format = LogFormat::Text; ///< what a record looks like
+    std::size_t maxBytes = 10485760;    ///< a file is not made larger by a record, unless that one record is
+    std::size_t files = 5;              ///< the one that is written to and the older ones together, at least 1
 };
 
 /// The settings of section `Log`: `Target` ("stderr" or a file), `Level` ("debug", "info" or "error"), `Format` ("text"

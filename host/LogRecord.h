@@ -7,12 +7,12 @@
 /// One record on its way to the log. The texts are the caller's.
 struct LogRecord
 {
-    int level; ///< 1 detail, 2 normal end; 4, or a number that has no meaning, failure
-    std::string_view module;
-    unsigned long requestId;
-    std::string_view function;
-    unsigned int line;
-    std::string_view text;
+    int level;                 ///< 1 detail, 2 normal end; 4, or a number that has no meaning, failure
+    std::string_view module;   ///< who wrote it: "SFtpClient" for the library
+    unsigned long requestId;   ///< of the thread that wrote it, or 0
+    std::string_view function; ///< where it was written
+    unsigned int line;         ///< and in which line
+    std::string_view text;     ///< not trusted: it may hold what a server said
 };
 
 /// What a line of text says after time and level: "SFtpClient request=7 SFtpClient::Listsftpdir():41 end". Control

@@ -12,6 +12,7 @@
 class RequestIdScope
 {
 public:
+    /// Makes `identifier` the calling thread's.
     explicit RequestIdScope(unsigned long identifier) : m_before(std::exchange(TSP_RequestID.get(), identifier)) {}
     ~RequestIdScope() { TSP_RequestID.get() = m_before; }
     RequestIdScope(const RequestIdScope&) = delete;

@@ -11,7 +11,12 @@
 /// The client below `SFtpClient`: the same operations, answering with response objects, and a connection test.
 ///
 /// Every operation blocks its caller until libcurl is done. A client keeps nothing between calls, so any number of
-/// threads may call one client, or many, at the same time.
+/// threads may call one client, or many, at the same time, and with the same request, which is only read. What calls
+/// print on standard output interleaves.
+///
+/// Signals: the connection test, the download and the upload leave SIGPIPE alone; the listing, the rename and the
+/// delete let libcurl set it aside for the whole process while they run. A host ignores SIGPIPE itself, once, before
+/// its first thread.
 ///
 /// REQUIRES, for every operation: the host has called `curl_global_init` and supplies the host services
 /// (platform/); the request stays unchanged until the call returns.

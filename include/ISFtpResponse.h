@@ -7,7 +7,10 @@
 ///
 /// Travels as `boost::shared_ptr<ISFtpResponse>`; an empty pointer means that no response could be made and never
 /// means success. A response holds a libcurl handle until its last owner lets go, so keep none longer than needed.
-/// One thread at a time may use a response.
+///
+/// One thread at a time may use a response, and that may be another thread than the one that ran the operation: a
+/// response can be handed on. Its records carry the request identifier of the thread that calls. The last owner may let
+/// go on any thread; that can take a while, for libcurl then says goodbye to the server.
 class __attribute__((visibility("default"))) ISFtpResponse
 {
 public:

@@ -15,15 +15,24 @@ class ISFtpClient;
 ///   else libcurl's result code (9 is reported as 78); `errorText` is replaced by libcurl's text for it.
 /// Of the library itself only `std::bad_alloc` is thrown.
 ///
-/// Threads: one object may be used from many threads at the same time; do not destroy it while a call runs.
+/// Threads: one object may be used from many threads at the same time; do not destroy it while a call runs. Many calls
+/// may also be given the same request at the same time, for it is only read; each needs an `errorText` of its own. What
+/// calls print on standard output and standard error interleaves.
+///
+/// Signals: the library sends none and installs no handler. The download and the upload leave SIGPIPE alone; the
+/// listing, the rename, the delete and the size check let libcurl set it aside for the whole process while they run. A
+/// host ignores SIGPIPE itself, once, before its first thread.
 ///
 /// REQUIRES, for every operation: the host has called `curl_global_init` and supplies the host services
 /// (platform/); the request stays unchanged until the call returns.
 class __attribute__((visibility("default"))) SFtpClient
 {
 public:
-    /// Never fails visibly: where the client below could not be made, every operation answers -1.
+    /// Where the client below could not be made, a record says so and every operation answers -1. Throws
+    /// `std::bad_alloc` where memory does not even suffice for that record.
     SFtpClient();
+
+    /// REQUIRES: no call running on it.
     virtual ~SFtpClient();
 
     /// Copies would give the same client back twice.

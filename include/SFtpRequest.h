@@ -7,17 +7,18 @@
 /// What one operation needs to know: the server, the login, the file.
 ///
 /// A plain record that the host fills and owns. The library reads it during one call, never changes it and keeps no
-/// reference to it afterwards. It must not change while a call that was given it is running.
+/// reference to it afterwards. It must not change while a call that was given it is running. Any number of calls on any
+/// number of threads may be given the same one at the same time.
 ///
 /// Which operation reads which field:
 ///
-///   field               download  rename  delete  list  upload  connection test
-///   remotePath          yes       yes     yes     yes   yes     yes
-///   remoteFileName      no        yes     yes     no    no      no
-///   localPath           yes       yes     no      yes   yes     no
-///   userName, password  yes       yes     yes     yes   yes     yes
-///   caCert              yes       yes     yes     yes   no      yes
-///   port                yes       yes     yes     yes   yes     yes
+///     field               download  rename  delete  list  upload  connection test
+///     remotePath          yes       yes     yes     yes   yes     yes
+///     remoteFileName      no        yes     yes     no    no      no
+///     localPath           yes       yes     no      yes   yes     no
+///     userName, password  yes       yes     yes     yes   yes     yes
+///     caCert              yes       yes     yes     yes   no      yes
+///     port                yes       yes     yes     yes   yes     yes
 struct SFtpRequest
 {
     /// The full URL, handed to libcurl as it stands: of the file for a download or an upload, of the directory for
@@ -33,7 +34,10 @@ struct SFtpRequest
     /// Rename: the new name, relative to the directory of `remotePath`.
     std::string localPath;
 
+    /// The user to log in as. A ":" in it cuts it short there, and what follows counts as part of the password.
     std::string userName;
+
+    /// The password. The library wipes its own copy before a call returns; this one is the host's to wipe.
     std::string password;
 
     /// One CA certificate, as PEM text or as the bytes of its DER form, that is trusted besides libcurl's own trust

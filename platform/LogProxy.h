@@ -36,8 +36,8 @@ private:
     [[maybe_unused]] unsigned int m_line = 0;
 };
 
-/// The host's request identifiers, one a thread. The library reads the calling thread's for each record; the host
-/// sets it.
+/// The host's request identifiers, one a thread. The library reads it for each record, on the thread that calls it (a
+/// response that was handed to another thread included); the host sets it.
 class ThreadRequestId
 {
 public:
@@ -45,6 +45,7 @@ public:
     unsigned long& get();
 };
 
+/// The one object, defined by the host. It must be there before the first record and until after the last.
 extern ThreadRequestId TSP_RequestID;
 
 #endif

@@ -3,10 +3,11 @@
 
 #include <string>
 
+/// The security service's answers.
 enum SecuritySS_RC
 {
-    SECURITYSS_SUCCESS = 0,
-    SECURITYSS_FAILURE = 3
+    SECURITYSS_SUCCESS = 0, ///< done
+    SECURITYSS_FAILURE = 3  ///< not done, or only in part: the handle must not be used
 };
 
 /// The host's security service. Called from every thread that uses the library.

@@ -15,7 +15,8 @@
 
 /// The transfer object: performs one operation and then stands as its response.
 ///
-/// It owns one libcurl easy handle from construction to destruction. One thread at a time may use it.
+/// It owns one libcurl easy handle from construction to destruction. One thread at a time may use it, not always the
+/// same.
 ///
 /// The operations return true on success and leave libcurl's result in `m_ErrorCode`, which keeps its first value, 2,
 /// where no transfer took place. A failure writes a log record. `timeout` has an effect on the listing alone.
@@ -32,12 +33,20 @@ public:
     int GetErrCode() override;
     std::string GetErrString() override;
 
+    /// As `ISFtpClient::DownLoadSFtpFile`, on this object.
     bool DownLoadSFtpFile(const SFtpRequest& request, uint32_t timeout);
+
+    /// As `ISFtpClient::ReNameSFtpFile`, on this object.
     bool ReNameSFtpFile(const SFtpRequest& request, uint32_t timeout);
+
+    /// As `ISFtpClient::DelSFtpFile`, on this object.
     bool DelSFtpFile(const SFtpRequest& request, uint32_t timeout);
+
+    /// As `ISFtpClient::Listsftpdir`, on this object.
     bool Listsftpdir(const SFtpRequest& request, uint32_t timeout);
 
-    /// True even when the transfer fails; false only when the local file could not be opened or measured.
+    /// As `ISFtpClient::UploadFileToSFtpServer`, on this object. True even when the transfer fails; false only when the
+    /// local file could not be opened or measured.
     bool UploadFileToSFtpServer(const SFtpRequest& request, uint32_t timeout);
 
     /// For the host: keeps `certText` in `cert` ("none" when it is empty) and lets the host's security service add its
@@ -63,13 +72,13 @@ public:
     static size_t GetHeaderCallback(void* ptr, size_t size, size_t nmemb, void* self);
 
     // What the callbacks collect is the host's to read, the handle its to register them on.
-    uint32_t statusCode;
-    std::string statusText; // never cleared: each status line adds its words
-    int m_ErrorCode;
-    std::string recvData;
-    std::map<std::string, std::set<std::string>> headers;
-    CURL* curlHandle;
-    std::string cert;
+    uint32_t statusCode;    ///< of the last status line that had one; 0 at first
+    std::string statusText; ///< never cleared: each status line adds its words
+    int m_ErrorCode;        ///< libcurl's result, untranslated; 2 until a transfer was made
+    std::string recvData;   ///< what `GetDataCallback` received; it grows without limit
+    std::map<std::string, std::set<std::string>> headers; ///< the values of each name, told apart by letter case
+    CURL* curlHandle;                                     ///< this object's, never null; cleaned up with it
+    std::string cert;                                     ///< of `SetCert`
 };
 
 #endif
