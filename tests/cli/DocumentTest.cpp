@@ -62,8 +62,30 @@ std::string comparable(const std::string& output)
     return withoutNumbers(withoutNumbers(ports, "():", "LINE"), "\"seconds\":", "SECONDS");
 }
 
-/// The servers that the document speaks of, and a folder with the files that it uses.
-class Document : public Served
+// README.md and the guides that have sessions.
+std::vector<std::string> documentsWithSessions()
+{
+    std::vector<std::string> found;
+    std::vector<std::filesystem::path> documents{std::filesystem::path(SFTPCLIENT_SOURCE) / "README.md"};
+    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(SFTPCLIENT_SOURCE) / "docs")) {
+        documents.push_back(entry.path());
+    }
+    for (const std::filesystem::path& document : documents) {
+        if (document.extension() == ".md" && !sessionsIn(contentsOf(document)).empty()) {
+            found.push_back(document.string());
+        }
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+std::string nameOf(const testing::TestParamInfo<std::string>& document)
+{
+    return std::filesystem::path(document.param).stem().string();
+}
+
+/// The servers that the documents speak of, and a folder with the files that they use.
+class Document : public Served, public testing::WithParamInterface<std::string>
 {
 protected:
     Document()
@@ -76,6 +98,7 @@ protected:
         addServer("backup.example.com", {});
         addServer("busy.example.com", {"1/GREETING=reply:421 too many users", "2/GREETING=drop"});
         addServer("lossy.example.com", {"SIZE=reply:213 16384"});
+        addServer("common.example.com", {"rename=reply:500 unknown command", "rm=reply:500 unknown command"});
     }
 
     std::string outputOf(const std::string& command) const
@@ -120,18 +143,22 @@ private:
 
 } // namespace
 
-TEST_F(Document, ShowsWhatHappens)
+TEST_P(Document, ShowsWhatHappens)
 {
-    const std::vector<Shown> sessions = sessionsIn(contentsOf(SFTPCLIENT_DOCUMENT));
-    ASSERT_GT(sessions.size(), 10U);
+    const std::vector<Shown> sessions = sessionsIn(contentsOf(GetParam()));
+    ASSERT_FALSE(sessions.empty());
     for (const Shown& shown : sessions) {
         EXPECT_EQ(comparable(outputOf(shown.command)), comparable(shown.output)) << shown.command;
     }
 }
 
+INSTANTIATE_TEST_SUITE_P(Each, Document, testing::ValuesIn(documentsWithSessions()), nameOf);
+
+TEST(Documents, AreFound) { EXPECT_GE(documentsWithSessions().size(), 3U); }
+
 TEST(DocumentOptions, AreAllThatThereAre)
 {
-    const std::string document = contentsOf(SFTPCLIENT_DOCUMENT);
+    const std::string document = contentsOf(SFTPCLIENT_SOURCE "/docs/command.md");
     for (const Option& option : options()) {
         const std::string::size_type at = document.find("\n| `" + std::string(option.name));
         ASSERT_NE(at, std::string::npos) << option.name;
