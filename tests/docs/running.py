@@ -1,0 +1,142 @@
+"""Runs the documents' blocks. Each function returns what went wrong, a line or more for each."""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+
+from documents import ROOT, all_blocks
+from server import HOST, Server
+
+
+class Place:
+    """A folder for the blocks of one document, and what the build has to offer them."""
+
+    def __init__(self, setup, folder):
+        self.setup = setup
+        self.folder = pathlib.Path(folder)
+        shutil.rmtree(self.folder, ignore_errors=True)
+        (self.folder / "work").mkdir(parents=True)
+        self.work = self.folder / "work"
+
+    def run(self, command, **more):
+        """The command's exit status and all that it said. The machine's trust store is the test server's CA."""
+        environment = {
+            **os.environ,
+            "PKG_CONFIG_PATH": self.setup["prefix"] + "/" + self.setup["libdir"] + "/pkgconfig",
+            "SFTPCLIENT_PASSWORD": "secret",
+            **more,
+        }
+        ended = subprocess.run(command, cwd=self.work, env=environment, stdin=subprocess.DEVNULL, text=True,
+                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, errors="replace", check=False)
+        return ended.returncode, ended.stdout
+
+    def flags(self, *packages):
+        status, said = self.run(["pkg-config", "--cflags", "--libs", *packages])
+        if status:
+            raise RuntimeError(said)
+        return [*said.split(), "-Wl,-rpath," + self.setup["prefix"] + "/" + self.setup["libdir"], *self.sanitizer()]
+
+    def sanitizer(self):
+        return ["-fsanitize=" + self.setup["sanitize"]] if self.setup["sanitize"] else []
+
+    def run_against_server(self, command):
+        """Runs a program that was built for it, and looks whether it logged in."""
+        with Server(self.setup["server"], self.folder / "server", "implicit") as server:
+            shutil.copy(server.ca, self.work / "ca.pem")
+            # The program has the host and the port of the document; the loader gives it these.
+            status, said = self.run(command, LD_PRELOAD=self.setup["trust"], SFTPCLIENT_DEFAULT_TRUST=str(server.ca),
+                                    DOCUMENT_PORT=str(server.port), ASAN_OPTIONS="verify_asan_link_order=0")
+        if status:
+            return status, said
+        return (0, said) if server.logins() else (1, said + "It ended with 0, but did not log in.")
+
+
+def for_this_server(text):
+    """A program's text with the test server's host and port, which is known only when it runs."""
+    adapted = text.replace(HOST, "localhost")
+    adapted = re.sub(r"port = 990;", 'port = static_cast<unsigned>(std::stoul(std::getenv("DOCUMENT_PORT")));', adapted)
+    return adapted if adapted == text else "#include <cstdlib>\n#include <string>\n" + adapted
+
+
+def write_files(place, blocks):
+    """Puts blocks that have a name into the folder, programs for the test server."""
+    for block in blocks:
+        if block.name:
+            (place.work / block.name).write_text(for_this_server(block.text) if block.language == "cpp" else block.text)
+
+
+def is_program(block):
+    return re.search(r"^int main\(", block.text, re.MULTILINE) is not None
+
+
+def run_program(place, block, blocks, readme):
+    """Compiles and runs a program; host services without one with the README's program."""
+    write_files(place, blocks)
+    (place.work / "block.cpp").write_text(for_this_server(block.text))
+    sources, packages = ["block.cpp"], ["sftpclient-host", "libcurl"]
+    if not is_program(block):
+        (place.work / "readme.cpp").write_text(for_this_server(readme.text))
+        sources, packages = ["readme.cpp", "block.cpp"], ["sftpclient", "libcurl"]
+    status, said = place.run([place.setup["compiler"], "-std=c++17", "-O0", "-Wall", "-Wextra", "-Werror", *sources,
+                              "-o", "block", *place.flags(*packages)])
+    if not status:
+        status, said = place.run_against_server(["./block"])
+    if not status and not is_program(block) and "DownLoadSFtpFile():end" not in said:
+        status = "no record"
+    return [f"{block}: {status}\n{said}"] if status else []
+
+
+def build_project(place, block, blocks, readme):
+    """Configures and builds with the installed package, or with the sources, and runs what was built."""
+    write_files(place, blocks)
+    text = block.text
+    target = re.search(r"target_link_libraries\((\S+)", text)
+    if not target:
+        return [f"{block}: it links nothing"]
+    if "add_executable(" not in text:
+        (place.work / "block.cpp").write_text(for_this_server(readme.text))
+        executable = f"add_executable({target.group(1)} block.cpp)\n"
+        text = text.replace("target_link_libraries(", executable + "target_link_libraries(", 1)
+    if "project(" not in text:
+        text = "cmake_minimum_required(VERSION 3.25)\nproject(consumer LANGUAGES CXX)\n" + text
+    (place.work / "CMakeLists.txt").write_text(text)
+    (place.work / "libSFtpClient").symlink_to(ROOT)
+    configure = ["cmake", "-S", ".", "-B", "build", "-G", "Ninja",
+                 "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0",
+                 "-DCMAKE_PREFIX_PATH=" + place.setup["prefix"], "-DCMAKE_CXX_COMPILER=" + place.setup["compiler"],
+                 "-DCMAKE_CXX_FLAGS=" + " ".join(place.sanitizer())]
+    build = ["cmake", "--build", "build", "--parallel", "2", "--target", target.group(1)]
+    for command in (configure, build):
+        status, said = place.run(command)
+        if status:
+            return [f"{block}: {status}\n{said}"]
+    status, said = place.run_against_server([f"build/{target.group(1)}"])
+    return [f"{block}: {status}\n{said}"] if status else []
+
+
+def read_settings(place, block, known_keys):
+    """Reads a configuration file as hosts do."""
+    (place.work / "block.ini").write_text(block.text)
+    status, said = place.run([place.setup["settings"], "block.ini"])
+    wrong = [f"{block}: {said}"] if status else []
+    return wrong + [f"{block}: host/README.md does not know {key}" for key in keys_in(block.text) - known_keys]
+
+
+def keys_in(ini):
+    """Every key with its section."""
+    keys, begun = set(), ""
+    for line in ini.split("\n"):
+        if line.startswith("["):
+            begun = line
+        elif "=" in line and line[0] not in ";#":
+            keys.add(begun + line.split("=")[0])
+    return keys
+
+
+def blocks_by_document(documents, *languages):
+    """Pairs of a block and all blocks of its document."""
+    every = all_blocks(documents)
+    return [(block, [other for other in every if other.document == block.document])
+            for block in every if block.language in languages]
