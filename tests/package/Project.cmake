@@ -3,7 +3,8 @@ include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 set(options -DCMAKE_PREFIX_PATH=${PREFIX} -DSFTPCLIENT_SOURCE=${SOURCE_DIR})
 if(SANITIZE)
-    list(APPEND options -DCMAKE_CXX_FLAGS=-fsanitize=${SANITIZE})
+    # The second for the library, where it is built along: it then leaves more undefined than the host services.
+    list(APPEND options -DCMAKE_CXX_FLAGS=-fsanitize=${SANITIZE} -DSFTPCLIENT_SANITIZE=${SANITIZE})
 endif()
 file(REMOVE_RECURSE ${SCRATCH})
 must_succeed(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/consumers/${CONSUMER} -B ${SCRATCH} -G ${GENERATOR}
