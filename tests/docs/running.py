@@ -106,7 +106,8 @@ def build_project(place, block, blocks, readme):
     configure = ["cmake", "-S", ".", "-B", "build", "-G", "Ninja",
                  "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0",
                  "-DCMAKE_PREFIX_PATH=" + place.setup["prefix"], "-DCMAKE_CXX_COMPILER=" + place.setup["compiler"],
-                 "-DCMAKE_CXX_FLAGS=" + " ".join(place.sanitizer())]
+                 "-DCMAKE_CXX_FLAGS=" + " ".join(place.sanitizer()),
+                 "-DSFTPCLIENT_SANITIZE=" + place.setup["sanitize"]]
     build = ["cmake", "--build", "build", "--parallel", "2", "--target", target.group(1)]
     for command in (configure, build):
         status, said = place.run(command)
