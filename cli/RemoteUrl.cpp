@@ -63,6 +63,8 @@ RemoteUrl::RemoteUrl(const std::string& text) : m_text(text)
         m_text.erase(authority, host - authority);
     }
     splitAuthority(text.substr(std::max(authority, host), path - std::max(authority, host)));
+    // libcurl would refuse most of them, too, but only when it has logged in.
+    refuseControlBytes("The path in the URL", percentDecoded(m_path));
 }
 
 void RemoteUrl::takeUser(const std::string& login)
@@ -148,6 +150,5 @@ std::string RemoteUrl::fileName() const
     if (!isPlain) {
         throw UsageError("The URL's last name is none for a local file: name the file to write after the URL.");
     }
-    refuseControlBytes("The URL's last name", name);
     return name;
 }
