@@ -23,5 +23,7 @@ std::string jsonOf(const Result& result)
         object["signal"] = result.signal;
     }
     constexpr int kOneLine = -1;
-    return object.dump(kOneLine, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    // In ASCII alone: standard output may be a terminal, which obeys DEL and the control characters beyond it.
+    constexpr bool kAscii = true;
+    return object.dump(kOneLine, ' ', kAscii, nlohmann::ordered_json::error_handler_t::replace);
 }

@@ -22,7 +22,7 @@ struct Result
     std::string signal;                            // that ended it
 };
 
-/// One JSON object on one line. Bytes that are no UTF-8 are replaced by U+FFFD.
+/// One JSON object on one line, in ASCII. Bytes that are no UTF-8 are replaced by U+FFFD.
 std::string jsonOf(const Result& result);
 
 #endif

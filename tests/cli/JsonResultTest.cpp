@@ -36,6 +36,14 @@ TEST(JsonResult, IsValidForAnyBytes)
     EXPECT_EQ(nlohmann::json::parse(jsonOf(result))["names"][2], "\xef\xbf\xbd");
 }
 
+TEST(JsonResult, HoldsNothingThatATerminalObeys)
+{
+    Result result;
+    result.names = {"\x1b[2J", "\x7f", "\xc2\x9b", "\xc3\xa9"};
+    EXPECT_NE(jsonOf(result).find(R"("names":["\u001b[2J","\u007f","\u009b","\u00e9"])"), std::string::npos)
+        << jsonOf(result);
+}
+
 TEST_F(Served, GivesTheResultAsOneJsonObject)
 {
     writeFile(served("file"), "contents");
