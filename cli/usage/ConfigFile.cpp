@@ -57,18 +57,36 @@ try {
                      "): correct it, or name another with --config.");
 }
 
+bool isOneOf(const std::vector<std::string>& known, const std::string& key)
+{
+    return std::find(known.begin(), known.end(), key) != known.end();
+}
+
+// They would be passed over without a word.
+void refuseOptionsAboveSections(const std::string& path, const boost::property_tree::ptree& sections,
+                                const std::vector<std::string>& known)
+{
+    for (const auto& entry : sections) {
+        if (!entry.second.data().empty() && isOneOf(known, entry.first)) {
+            throw UsageError("\"" + entry.first + "\" in " + path +
+                             " stands above all sections: write it below the line [sftpclient].");
+        }
+    }
+}
+
 } // namespace
 
 ConfigFile::ConfigFile(const std::string& path) : m_path(path)
 {
     const boost::property_tree::ptree sections = readIni(path);
+    const std::vector<std::string> known = knownKeys();
+    refuseOptionsAboveSections(path, sections, known);
     const auto section = sections.find(kSection);
     if (section == sections.not_found()) {
         return;
     }
-    const std::vector<std::string> known = knownKeys();
     for (const auto& entry : section->second) {
-        if (std::find(known.begin(), known.end(), entry.first) == known.end()) {
+        if (!isOneOf(known, entry.first)) {
             throw UsageError("\"" + entry.first + "\" in " + path + " is no option" +
                              suggestionFor(entry.first, known) + " Correct section [sftpclient] of the file.");
         }

@@ -4,9 +4,11 @@
 #include "usage/ConfigFile.h"
 #include "usage/Options.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <optional>
 #include <stdexcept>
+#include <vector>
 
 namespace {
 
@@ -45,27 +47,45 @@ try {
     throw UsageError(setting->source + " " + error.what() + ".");
 }
 
+using OpenOptions = std::vector<const Option*>;
+
+bool givesPassword(const Option* option)
+{
+    return keyOf(*option) == "password-file" || keyOf(*option) == "password-stdin";
+}
+
+// Stores what one place sets; the options that it leaves open are for the next place to set.
+template <typename Place>
+OpenOptions storeFrom(const Place& settingOf, const OpenOptions& options, Arguments& arguments)
+{
+    OpenOptions open;
+    for (const Option* const option : options) {
+        const std::optional<Setting> setting = settingOf(*option);
+        store(*option, setting, arguments);
+        if (!setting) {
+            open.push_back(option);
+        }
+    }
+    // One of the two leaves the other one nothing to set.
+    if (!arguments.passwordFile.empty() || arguments.passwordFromInput) {
+        open.erase(std::remove_if(open.begin(), open.end(), givesPassword), open.end());
+    }
+    return open;
+}
+
 } // namespace
 
 void applySettings(const TypedOptions& typed, Arguments& arguments)
 {
-    std::vector<const Option*> open;
+    OpenOptions open;
     for (const Option& option : options()) {
-        std::optional<Setting> setting = typedSetting(option, typed);
-        if (!setting) {
-            setting = environmentSetting(option);
-        }
-        store(option, setting, arguments);
-        if (!setting) {
-            open.push_back(&option);
-        }
+        open.push_back(&option);
     }
+    open = storeFrom([&typed](const Option& option) { return typedSetting(option, typed); }, open, arguments);
+    open = storeFrom(environmentSetting, open, arguments);
     const std::optional<ConfigFile> file = findConfigFile(arguments.configFile);
-    if (!file) {
-        return;
+    if (file) {
+        storeFrom([&file](const Option& option) { return fileSetting(option, *file); }, open, arguments);
+        arguments.configFile = file->path();
     }
-    for (const Option* const option : open) {
-        store(*option, fileSetting(*option, *file), arguments);
-    }
-    arguments.configFile = file->path();
 }

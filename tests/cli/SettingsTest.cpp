@@ -51,6 +51,18 @@ TEST_F(Settings, TakeTheCommandLineBeforeTheEnvironmentBeforeTheFile)
     EXPECT_EQ(arguments.configFile, file.path());
 }
 
+TEST_F(Settings, TakeThePasswordFromTheFirstPlaceThatSaysWhereItIs)
+{
+    const TextFile file("[sftpclient]\npassword-file=file\n");
+    const std::string path = file.path();
+    EXPECT_EQ(applied({{"--config", path}, {"--password-stdin", "true"}}).passwordFile, "");
+    EXPECT_EQ(applied({{"--config", path}, {"--password-stdin", "false"}}).passwordFile, "file");
+    const SetVariable input("SFTPCLIENT_PASSWORD_STDIN", "true");
+    EXPECT_EQ(applied({{"--config", path}}).passwordFile, "");
+    EXPECT_TRUE(applied({{"--config", path}}).passwordFromInput);
+    EXPECT_FALSE(applied({{"--password-file", "typed"}}).passwordFromInput);
+}
+
 TEST_F(Settings, TakeAnEmptyVariableForNone)
 {
     const TextFile file("[sftpclient]\nuser=file\n");
@@ -118,7 +130,11 @@ TEST_F(Settings, RefuseAFileThatIsNone)
               "The configuration file " + broken.path() +
                   " cannot be used ('=' character not found in line in line 2): correct it, or name another with "
                   "--config.");
-    const TextFile foreign("[other]\nprot=1\n");
+    const TextFile above("user=me\n[sftpclient]\nport=1\n");
+    EXPECT_EQ(refusalOf({{"--config", above.path()}}), "\"user\" in " + above.path() +
+                                                           " stands above all sections: write it below the line "
+                                                           "[sftpclient].");
+    const TextFile foreign("mine=1\n[other]\nprot=1\n");
     EXPECT_EQ(refusalOf({{"--config", foreign.path()}}), "taken");
 }
 
