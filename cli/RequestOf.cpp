@@ -77,17 +77,39 @@ void checkNames(const Arguments& arguments)
     }
 }
 
-// The library answers with nothing but a 2.
-void checkLocalFile(const Arguments& arguments)
+void requireReadable(const std::string& file)
 {
-    struct stat status = {};
-    const bool isThere = !arguments.local.empty() && stat(arguments.local.c_str(), &status) == 0;
-    if (isThere && S_ISDIR(status.st_mode)) {
-        throw UsageError(arguments.local + " is a directory: name the file itself.");
+    if (access(file.c_str(), R_OK) != 0) {
+        throw UsageError("The file " + file + " cannot be read (" + std::strerror(errno) + "): name one that can be.");
     }
-    if (arguments.operation == Operation::Put && access(arguments.local.c_str(), R_OK) != 0) {
-        throw UsageError("The file " + arguments.local + " cannot be read (" + std::strerror(errno) +
+}
+
+void requireWritable(const std::string& file)
+{
+    const std::string folder = file.substr(0, file.rfind('/') + 1) + ".";
+    const bool canBe = access(file.c_str(), W_OK) == 0 || (errno == ENOENT && access(folder.c_str(), W_OK | X_OK) == 0);
+    if (!canBe) {
+        throw UsageError("The file " + file + " cannot be written (" + std::strerror(errno) +
                          "): name one that can be.");
+    }
+}
+
+// The library answers with nothing but a 2.
+void checkLocalFile(Operation operation, const std::string& file)
+{
+    const bool isRead = operation == Operation::Put;
+    const bool isWritten = operation == Operation::Get || (operation == Operation::List && !file.empty());
+    if (!isRead && !isWritten) {
+        return;
+    }
+    struct stat status = {};
+    if (stat(file.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
+        throw UsageError(file + " is a directory: name the file itself.");
+    }
+    if (isRead) {
+        requireReadable(file);
+    } else {
+        requireWritable(file);
     }
 }
 
@@ -96,12 +118,12 @@ void checkLocalFile(const Arguments& arguments)
 SFtpRequest requestOf(const Arguments& arguments)
 {
     checkNames(arguments);
-    checkLocalFile(arguments);
     const RemoteUrl url(arguments.url);
     SFtpRequest request;
     request.remotePath = remotePathOf(arguments, url);
     request.remoteFileName = arguments.remoteName;
     request.localPath = localPathOf(arguments, url);
+    checkLocalFile(arguments.operation, request.localPath);
     request.caCert = certificateOf(arguments, url);
     request.port = url.port(arguments.port);
     return request;

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace std::string_literals;
 
 namespace {
@@ -145,5 +148,28 @@ TEST(RequestOf, RefusesALocalFileThatTheLibraryCouldNotOpen)
         arguments = argumentsFor(operation);
         arguments.local = "/";
         EXPECT_EQ(refusalOf(arguments), "/ is a directory: name the file itself.");
+        arguments.local = "/dev/null/local";
+        EXPECT_EQ(refusalOf(arguments), std::string("The file /dev/null/local cannot be ") +
+                                            (operation == Operation::Put ? "read" : "written") +
+                                            " (Not a directory): name one that can be.");
     }
+    for (const Operation operation : {Operation::Get, Operation::List}) {
+        arguments = argumentsFor(operation);
+        arguments.local = "/nowhere/local";
+        EXPECT_EQ(refusalOf(arguments),
+                  "The file /nowhere/local cannot be written (No such file or directory): name one that can be.");
+        arguments.local = "/dev/full";
+        EXPECT_EQ(refusalOf(arguments), "taken");
+    }
+}
+
+TEST(RequestOf, RefusesALastNameThatIsADirectoryHere)
+{
+    const std::string folder = "requestof-" + std::to_string(getpid());
+    ASSERT_EQ(mkdir(folder.c_str(), 0700), 0);
+    Arguments arguments = argumentsFor(Operation::Get);
+    arguments.local = "";
+    arguments.url = "ftps://host/" + folder;
+    EXPECT_EQ(refusalOf(arguments), folder + " is a directory: name the file itself.");
+    EXPECT_EQ(rmdir(folder.c_str()), 0);
 }
