@@ -11,8 +11,8 @@ constexpr std::pair<CURLcode, const char*> kHints[] = {
     {CURLE_FTP_WEIRD_PASV_REPLY, "no data connection came about; check that the server's passive ports are open, and "
                                  "with --trace, its certificate"},
     {CURLE_PARTIAL_FILE, "the transfer ended early; the server's log, or --trace, says why"},
-    {CURLE_QUOTE_ERROR, "the server refused the command; mv and rm need a server that knows \"rename OLD NEW\" and "
-                        "\"rm PATH\", or an sftp: URL"},
+    {CURLE_QUOTE_ERROR, "the server refused the command: look with ls whether the file is there; mv and rm need a "
+                        "server that knows \"rename OLD NEW\" and \"rm PATH\", or an sftp: URL"},
     {CURLE_WRITE_ERROR, "the local file could not be written; check the disk's space"},
     {CURLE_UPLOAD_FAILED, "the server refused the file; check the directory's rights and space there"},
     {CURLE_OPERATION_TIMEDOUT, "the server did not answer in time, or has no place left (421); check the network, or "
