@@ -166,8 +166,17 @@ void addVisits(const Report& report, Findings& findings)
     }
 }
 
+bool isComplete(const RoundTrip& roundTrip)
+{
+    return roundTrip.put == 0 && roundTrip.list == 0 && roundTrip.listed && roundTrip.get == 0 && roundTrip.unchanged &&
+           roundTrip.rename == 0 && roundTrip.remove == 0;
+}
+
 void addRoundTrip(const RoundTrip& roundTrip, Findings& findings)
 {
+    if (isComplete(roundTrip)) {
+        findings.push_back({"round trip", Grade::Ok, "a small file was sent, listed, fetched, renamed and removed"});
+    }
     if (!roundTrip.stopped.empty()) {
         findings.push_back({"round trip", Grade::Warn, roundTrip.stopped});
     }

@@ -44,6 +44,17 @@ protected:
     }
 
     bool nothingIsLeft() const { return std::filesystem::is_empty(served("")); }
+    /// What the report says of the round trip as a whole.
+    std::string roundTrip() const
+    {
+        for (const auto& each : m_report["findings"]) {
+            if (each["probe"] == "round trip") {
+                return each["grade"].get<std::string>() + ": " + each["seen"].get<std::string>();
+            }
+        }
+        return "not told";
+    }
+
     std::size_t leftBehind() const { return m_report["leftBehind"].size(); }
     std::string said() const { return m_said; }
 
@@ -57,6 +68,7 @@ TEST_F(Write, LeavesNothingBehindWhenAllWorks)
     for (const char* const operation : {"download", "upload", "rename", "delete", "list", "test"}) {
         EXPECT_EQ("works 0", outlookOf(operation)) << operation;
     }
+    EXPECT_EQ("ok: a small file was sent, listed, fetched, renamed and removed", roundTrip());
     EXPECT_TRUE(nothingIsLeft());
     EXPECT_EQ(0U, leftBehind());
 }
@@ -67,6 +79,7 @@ TEST_F(Write, CleansUpInADirectoryToo)
     misbehave("rm=reply:550 read-only");
     EXPECT_EQ(3, write("/weekly/the%20backups/")) << "rename and delete stay unknown";
     EXPECT_EQ("works 0", outlookOf("upload"));
+    EXPECT_EQ("not told", roundTrip());
     EXPECT_TRUE(std::filesystem::is_empty(served("weekly/the backups"))) << said();
     EXPECT_EQ(0U, leftBehind()) << said();
 }
