@@ -55,9 +55,14 @@ void printJson(const Result& result)
     }
 }
 
-void report(const Arguments& arguments, Result result, const std::string& listing)
+bool isListed(const Arguments& arguments, const Result& result)
 {
-    const bool listed = arguments.operation == Operation::List && result.code == 0;
+    return arguments.operation == Operation::List && result.code == 0;
+}
+
+void report(const Arguments& arguments, Result result, std::istream& listing)
+{
+    const bool listed = isListed(arguments, result);
     if (listed && arguments.json) {
         result.names = namesIn(listing);
     } else if (listed && arguments.local.empty()) {
@@ -79,12 +84,18 @@ int runInOrder(const Arguments& arguments)
     const WipedAtEnd wiped(request.password);
     readLogin(arguments, request);
     const Interruption interruption;
-    std::optional<TemporaryFile> listing;
+    std::optional<TemporaryFile> temporary;
     if (arguments.operation == Operation::List && arguments.local.empty()) {
-        request.localPath = listing.emplace().path();
+        request.localPath = temporary.emplace().path();
     }
     const Result result = performWatched(arguments, request);
-    report(arguments, result, request.localPath);
+    std::ifstream listing;
+    if (isListed(arguments, result)) {
+        listing = openListing(request.localPath);
+    }
+    // Before anything is written: a reader that leaves early ends the process by SIGPIPE, which would leave the file.
+    temporary.reset();
+    report(arguments, result, listing);
     return exitStatusOf(result.code);
 }
 

@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <fstream>
 #include <ostream>
 #include <stdexcept>
 #include <system_error>
@@ -19,15 +18,6 @@ std::string temporaryFolder()
 {
     const char* const folder = std::getenv("TMPDIR");
     return folder != nullptr && *folder != '\0' ? folder : "/tmp";
-}
-
-std::ifstream openListing(const std::string& path)
-{
-    std::ifstream listing(path, std::ios::binary);
-    if (!listing) {
-        throw std::runtime_error("the listing in " + path + " cannot be read");
-    }
-    return listing;
 }
 
 } // namespace
@@ -43,9 +33,17 @@ TemporaryFile::TemporaryFile() : m_path(temporaryFolder() + "/sftpclient-XXXXXX"
 
 TemporaryFile::~TemporaryFile() { unlink(m_path.c_str()); }
 
-std::vector<std::string> namesIn(const std::string& path)
+std::ifstream openListing(const std::string& path)
 {
-    std::ifstream listing = openListing(path);
+    std::ifstream listing(path, std::ios::binary);
+    if (!listing) {
+        throw std::runtime_error("the listing in " + path + " cannot be read");
+    }
+    return listing;
+}
+
+std::vector<std::string> namesIn(std::istream& listing)
+{
     std::vector<std::string> names;
     for (std::string name; std::getline(listing, name);) {
         if (!name.empty() && name.back() == '\r') {
@@ -56,11 +54,10 @@ std::vector<std::string> namesIn(const std::string& path)
     return names;
 }
 
-void printListing(const std::string& path, std::ostream& out, bool forTerminal)
+void printListing(std::istream& listing, std::ostream& out, bool forTerminal)
 {
-    std::ifstream listing = openListing(path);
     if (forTerminal) {
-        for (const std::string& name : namesIn(path)) {
+        for (const std::string& name : namesIn(listing)) {
             out << escapeControlBytes(name) << '\n';
         }
     } else if (listing.peek() != std::ifstream::traits_type::eof()) {

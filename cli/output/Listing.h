@@ -1,6 +1,7 @@
 #ifndef SFTPCLIENT_CLI_OUTPUT_LISTING_H
 #define SFTPCLIENT_CLI_OUTPUT_LISTING_H
 
+#include <fstream>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -21,12 +22,14 @@ private:
     std::string m_path;
 };
 
-/// The names in the listing in the file `path`, without the ends of their lines. Throws `std::runtime_error` when it
-/// cannot be read.
-std::vector<std::string> namesIn(const std::string& path);
+/// Opens the listing in the file `path`. Throws `std::runtime_error` when it cannot be read.
+std::ifstream openListing(const std::string& path);
 
-/// Copies the listing in the file `path` to `out`: byte for byte, or for a terminal, one escaped name a line. Throws
-/// `std::runtime_error` when the file cannot be read or `out` takes no more.
-void printListing(const std::string& path, std::ostream& out, bool forTerminal);
+/// The names in a listing, without the ends of their lines.
+std::vector<std::string> namesIn(std::istream& listing);
+
+/// Copies a listing to `out`: byte for byte, or for a terminal, one escaped name a line. Throws `std::runtime_error`
+/// when `out` takes no more.
+void printListing(std::istream& listing, std::ostream& out, bool forTerminal);
 
 #endif

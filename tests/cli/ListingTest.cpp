@@ -1,9 +1,15 @@
+#include "harness/Process.h"
+#include "harness/Served.h"
 #include "harness/TextFile.h"
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <filesystem>
 #include <sstream>
 #include <stdexcept>
 
@@ -13,9 +19,9 @@ namespace {
 
 std::string printed(const std::string& listing, bool forTerminal)
 {
-    const TextFile file(listing);
+    std::istringstream in(listing);
     std::ostringstream out;
-    printListing(file.path(), out, forTerminal);
+    printListing(in, out, forTerminal);
     return out.str();
 }
 
@@ -36,13 +42,38 @@ TEST(Listing, IsEscapedForATerminal)
 
 TEST(Listing, SaysWhenItCannotBePrinted)
 {
-    const TextFile file("a\r\n");
+    std::istringstream listing("a\r\n");
     std::ostringstream full;
     full.setstate(std::ios::badbit);
-    EXPECT_THROW(printListing(file.path(), full, false), std::runtime_error);
-    EXPECT_THROW(printListing(file.path(), full, true), std::runtime_error);
-    std::ostringstream out;
-    EXPECT_THROW(printListing("/nowhere/listing", out, false), std::runtime_error);
+    EXPECT_THROW(printListing(listing, full, false), std::runtime_error);
+    EXPECT_THROW(printListing(listing, full, true), std::runtime_error);
+    EXPECT_THROW(openListing("/nowhere/listing"), std::runtime_error);
+}
+
+TEST_F(Served, LeavesNoFileBehindWhenNobodyReadsTheListing)
+{
+    writeFile(served("file"), "");
+    serve();
+    const std::string temporary = folder() + "/temporary";
+    const std::string pipe = folder() + "/pipe";
+    std::filesystem::create_directory(temporary);
+    for (const std::string output : {"--json=false", "--json"}) {
+        ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+        const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        const TextFile err("");
+        ProcessSetup setup;
+        setup.words = withCa({SFTPCLIENT_COMMAND, "ls", url(), output});
+        setup.environment = environment();
+        setup.environment.emplace_back("TMPDIR", temporary);
+        setup.folder = local("");
+        setup.out = pipe;
+        setup.err = err.path();
+        Process command(setup);
+        close(reader);
+        EXPECT_EQ(command.wait(), -SIGPIPE) << output;
+        EXPECT_TRUE(std::filesystem::is_empty(temporary)) << output;
+        std::filesystem::remove(pipe);
+    }
 }
 
 TEST(TemporaryFile, IsThereAsLongAsItsObject)

@@ -94,6 +94,7 @@ public:
         sigemptyset(&signals);
         sigaddset(&signals, SIGINT);
         sigaddset(&signals, SIGTERM);
+        sigaddset(&signals, SIGPIPE);
         posix_spawnattr_setsigdefault(&m_attributes, &signals);
         posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF);
     }
