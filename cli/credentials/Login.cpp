@@ -34,7 +34,7 @@ bool readGivenPassword(const Arguments& arguments, std::string& password)
         readPasswordFromInput(password);
         return true;
     }
-    if (fromEnvironment != nullptr) {
+    if (fromEnvironment != nullptr && *fromEnvironment != '\0') {
         password = fromEnvironment;
         return true;
     }

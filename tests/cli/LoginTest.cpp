@@ -49,6 +49,10 @@ TEST_F(Login, TakesThePasswordFromTheFirstSourceThatThereIs)
 {
     m_arguments.netrcFile = m_netrc.path();
     EXPECT_EQ(login(), "me:from netrc");
+    {
+        const SetVariable variable(kVariable, "");
+        EXPECT_EQ(login(), "me:from netrc") << "an empty variable counts as none";
+    }
     const SetVariable variable(kVariable, "from environment");
     EXPECT_EQ(login(), "me:from environment");
     m_arguments.passwordFile = m_file.path();
