@@ -39,7 +39,7 @@ const Rows& silent()
             implicitTls(scene);
             scene.scheme = "ftp";
         }),
-        Row("AMebibyte", kList, {"GREETING=pad:1048576"}, {56, 100}).because(kLongLine).waiting(1),
+        Row("AMebibyte", kList, {"GREETING=pad:1048576"}, {56, 100}).because(kLongLine).waiting(kAmple),
         Row("EndlessLines", kList, {"GREETING=endless:220-and another thing"}, {56, 28}).because(kEndless).waiting(1),
     };
     return all;

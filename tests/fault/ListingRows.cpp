@@ -5,9 +5,6 @@ namespace {
 
 using namespace rows;
 
-// Where what comes before the silence counts too, no reply may come too late on a busy machine.
-constexpr unsigned kAmple = 3;
-
 const Rows& nlst()
 {
     static const Rows all = {

@@ -22,6 +22,9 @@ constexpr Operation kUpload = Operation::Upload;
 constexpr Basis kTool = Basis::Tool;
 constexpr Basis kDocumented = Basis::Documented;
 
+// Where more counts than the silence, no reply may come too late on a busy machine.
+constexpr unsigned kAmple = 3;
+
 // Reasons for more than one code.
 constexpr const char* kReset = "The reset can overtake what was sent before it, even the taking of the connection.";
 constexpr const char* kResetWithData =
