@@ -1,4 +1,4 @@
-# Each gate has a canary at least.
+# CI runs each gate, and each has a canary at least.
 cmake_minimum_required(VERSION 3.25)
 
 set(watched "")
@@ -9,10 +9,18 @@ foreach(planting IN LISTS PLANTINGS)
 endforeach()
 
 file(GLOB gates RELATIVE ${SOURCE_DIR} ${SOURCE_DIR}/scripts/test ${SOURCE_DIR}/scripts/gates/*)
-list(REMOVE_ITEM gates scripts/gates/canaries)
 if(gates STREQUAL "")
     message(FATAL_ERROR "There are no gates in ${SOURCE_DIR}/scripts/gates.")
 endif()
+
+file(READ ${SOURCE_DIR}/.ci/run ci)
+foreach(gate IN LISTS gates)
+    if(NOT ci MATCHES "\nrun ${gate}[ \n]")
+        message(FATAL_ERROR "CI does not run ${gate}. Add it to .ci/run.")
+    endif()
+endforeach()
+
+list(REMOVE_ITEM gates scripts/gates/canaries)
 list(REMOVE_ITEM gates ${watched})
 if(gates)
     list(JOIN gates ", " gates)
