@@ -5,10 +5,10 @@ _sftpclient() {
     local operations="get put ls mv rm test doctor"
     local options="--help --user --password-file --password-stdin --netrc --netrc-file --ca --port --config --json"
     local transfer="--retry --retry-delay --trace --quiet"
-    local word=${COMP_WORDS[COMP_CWD]} before=${COMP_WORDS[COMP_CWD - 1]} operation=${COMP_WORDS[1]}
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} operation=${COMP_WORDS[1]}
     COMPREPLY=()
 
-    if [ "$COMP_CWD" -eq 1 ]; then
+    if [ "$COMP_CWORD" -eq 1 ]; then
         mapfile -t COMPREPLY < <(compgen -W "$operations --help --version" -- "$word")
         return
     fi
@@ -17,7 +17,7 @@ _sftpclient() {
     if [ "$word" = = ]; then
         word=
     elif [ "$before" = = ]; then
-        before=${COMP_WORDS[COMP_CWD - 2]}
+        before=${COMP_WORDS[COMP_CWORD - 2]}
     fi
     case $before in
         --password-file | --netrc-file | --config)

@@ -1,4 +1,5 @@
 #include "harness/Process.h"
+#include "harness/TerminalCommand.h"
 #include "harness/TextFile.h"
 
 #include <usage/Commands.h>
@@ -22,7 +23,7 @@ Names offered(const std::vector<std::string>& words, const std::string& folder =
     const TemporaryFile err;
     ProcessSetup setup;
     setup.words = {"/bin/bash", "-c",
-                   "source \"$0\" || exit 1; COMP_WORDS=(\"$@\"); COMP_CWD=$(($# - 1)); _sftpclient; "
+                   "source \"$0\" || exit 1; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _sftpclient; "
                    "[ ${#COMPREPLY[@]} -eq 0 ] || printf '%s\\n' \"${COMPREPLY[@]}\"",
                    SFTPCLIENT_COMPLETION, "sftpclient"};
     setup.words.insert(setup.words.end(), words.begin(), words.end());
@@ -110,4 +111,18 @@ TEST_F(Completion, KnowsEveryOptionThatTakesAValue)
         const std::string operation = option.use == Use::Doctor ? "doctor" : "put";
         EXPECT_EQ(inFolder({operation, option.name, "--"}).count("--json"), takesValue ? 0U : 1U) << option.name;
     }
+}
+
+// The other tests call the function as bash does, and would not notice if they and it agreed on something else.
+TEST(CompletionAtATerminal, IsThereForTheTabulatorKey)
+{
+    ProcessSetup setup;
+    setup.words = {"/bin/bash", "--norc", "--noprofile", "-i"};
+    setup.environment = {{"TERM", "dumb"}, {"INPUTRC", "/dev/null"}};
+    TerminalCommand bash(setup);
+    bash.type("source " SFTPCLIENT_COMPLETION "; sftpclient() { printf '<%s>' \"$*\"; exit; }; PS1='rea''dy> '\n");
+    bash.shownUpTo("ready> ");
+    bash.type("sftpclient doc\t--wr\t\n");
+    EXPECT_NO_THROW(bash.shownUpTo("<doctor --write>")) << bash.shown();
+    bash.wait();
 }

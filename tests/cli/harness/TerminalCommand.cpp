@@ -7,8 +7,27 @@
 #include <array>
 #include <stdexcept>
 
+namespace {
+
+ProcessSetup setupOf(const std::vector<std::string>& arguments, const Variables& environment, const std::string& folder)
+{
+    ProcessSetup setup;
+    setup.words = {SFTPCLIENT_COMMAND};
+    setup.words.insert(setup.words.end(), arguments.begin(), arguments.end());
+    setup.environment = environment;
+    setup.folder = folder;
+    return setup;
+}
+
+} // namespace
+
 TerminalCommand::TerminalCommand(const std::vector<std::string>& arguments, const Variables& environment,
                                  const std::string& folder)
+    : TerminalCommand(setupOf(arguments, environment, folder))
+{
+}
+
+TerminalCommand::TerminalCommand(ProcessSetup setup)
 {
     int keyboard = -1;
     int terminal = -1;
@@ -24,11 +43,6 @@ TerminalCommand::TerminalCommand(const std::vector<std::string>& arguments, cons
     tcsetattr(terminal, TCSANOW, &mode);
     // Until the command has it open: reading from the keyboard fails when nobody has.
     const Descriptor open(terminal);
-    ProcessSetup setup;
-    setup.words = {SFTPCLIENT_COMMAND};
-    setup.words.insert(setup.words.end(), arguments.begin(), arguments.end());
-    setup.environment = environment;
-    setup.folder = folder;
     setup.terminal = name.data();
     m_process = std::make_unique<Process>(setup);
 }

@@ -10,10 +10,11 @@
 #include <string>
 #include <vector>
 
-/// The command at a terminal of its own, and this process at the keyboard.
+/// The command, or another program, at a terminal of its own, and this process at the keyboard.
 class TerminalCommand
 {
 public:
+    explicit TerminalCommand(ProcessSetup setup);
     explicit TerminalCommand(const std::vector<std::string>& arguments, const Variables& environment = {},
                              const std::string& folder = {});
 
