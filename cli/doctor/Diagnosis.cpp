@@ -33,9 +33,11 @@ Diagnosis diagnoseGreeting(const Report& report)
                 "Use the port of the SSH server, or an ftp: or ftps: URL if this is an FTP server."};
     }
     if (greeting.ending == Ending::Silent) {
-        return {"the server takes the connection and says nothing",
-                "If it expects TLS from the first byte, use an ftps: URL; else look at the server, or at a firewall "
-                "before it."};
+        const std::string remedy = report.scheme == Scheme::Ftps
+                                       ? "Look at the server, or at a firewall before it."
+                                       : "If it expects TLS from the first byte, use an ftps: URL; else look at the "
+                                         "server, or at a firewall before it.";
+        return {"the server takes the connection and says nothing", remedy};
     }
     return {"the server turns clients away " + quote(greeting),
             "Ask the server's administrator: it may have too many clients, or not want this machine's address."};

@@ -108,6 +108,15 @@ TEST_F(HostileServer, AnImplicitServerBehindAnFtpUrlIsRecognised)
               test.remedy);
 }
 
+TEST_F(HostileServer, AnFtpsUrlIsNoRemedyForAnFtpsUrl)
+{
+    waitBriefly();
+    config.tls = testserver::TlsMode::Implicit;
+    misbehave("GREETING=stall");
+    serveAndAsk();
+    EXPECT_EQ("Look at the server, or at a firewall before it.", predict(examine(question)).back().remedy);
+}
+
 TEST_F(HostileServer, AnSshServerBehindAnFtpUrlIsRecognised)
 {
     waitBriefly();
