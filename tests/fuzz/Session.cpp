@@ -1,6 +1,6 @@
 // A whole session with a server whose replies are the fuzzer's: the first byte chooses the operation, the rest is the
-// script of the playback. All goes in the clear, as far as an operation goes without TLS; the others get up to the
-// request for TLS and what is answered to it.
+// script of the playback, which also says where TLS begins. No certificate is asked for, so that each handshake comes
+// about that is one.
 #include "harness/OwnPorts.h"
 #include "harness/Playback.h"
 #include "harness/Require.h"

@@ -1,20 +1,20 @@
 #include "harness/Playback.h"
 
 #include "harness/Require.h"
+#include "harness/Wire.h"
+
+#include <Certificates.h>
 
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
+#include <csignal>
 #include <tuple>
 #include <utility>
 
 namespace {
-
-// A client that waits for the rest of a reply is not kept waiting for long.
-constexpr int kSilence = 20;
 
 std::pair<int, std::uint16_t> listenOnFreePort()
 {
@@ -30,30 +30,13 @@ std::pair<int, std::uint16_t> listenOnFreePort()
     return {listener, ntohs(address.sin_port)};
 }
 
-void send(int connection, const std::string& bytes)
-{
-    static_cast<void>(::send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL));
-}
-
-bool readable(int connection, int milliseconds)
-{
-    pollfd watched = {connection, POLLIN, 0};
-    return poll(&watched, 1, milliseconds) > 0;
-}
-
 // Negative when the listener was shut down. A call of accept() that waits has already taken a descriptor, and whoever
 // counts descriptors would find it missing: so the waiting is poll()'s.
 int nextConnection(int listener)
 {
-    readable(listener, -1);
+    pollfd watched = {listener, POLLIN, 0};
+    poll(&watched, 1, -1);
     return accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-}
-
-// False when the client has left.
-bool hear(int connection)
-{
-    std::array<char, 4096> heard = {};
-    return recv(connection, heard.data(), heard.size(), 0) > 0;
 }
 
 void replaceAll(std::string& text, const std::string& what, const std::string& with)
@@ -63,10 +46,19 @@ void replaceAll(std::string& text, const std::string& what, const std::string& w
     }
 }
 
+testserver::ServerConfig explicitTls()
+{
+    testserver::ServerConfig config;
+    config.tls = testserver::TlsMode::Explicit;
+    config.certificate = testserver::makeSelfSigned();
+    return config;
+}
+
 } // namespace
 
-Playback::Playback()
+Playback::Playback() : m_tls(explicitTls())
 {
+    std::signal(SIGPIPE, SIG_IGN); // OpenSSL writes to clients that have left
     std::tie(m_control, m_controlPort) = listenOnFreePort();
     std::tie(m_data, m_dataPort) = listenOnFreePort();
     m_controlThread = std::thread([this] { serveControl(); });
@@ -118,7 +110,6 @@ void Playback::serveControl()
 {
     for (int connection = 0; (connection = nextConnection(m_control)) >= 0;) {
         play(connection);
-        close(connection);
         countEnd();
     }
 }
@@ -131,11 +122,17 @@ void Playback::serveData()
             const std::lock_guard<std::mutex> lock(m_mutex);
             content = m_content;
         }
-        send(connection, content);
-        shutdown(connection, SHUT_WR);
-        while (readable(connection, kSilence) && hear(connection)) {
+        {
+            Wire wire(connection);
+            if (!content.empty() && content.front() == '!') {
+                wire.beginTls(m_tls.data.get());
+                content.erase(0, 1);
+            }
+            wire.send(content);
+            wire.finish();
+            while (wire.hear()) {
+            }
         }
-        close(connection);
         countEnd();
     }
 }
@@ -147,9 +144,15 @@ void Playback::play(int connection)
         const std::lock_guard<std::mutex> lock(m_mutex);
         replies = m_replies;
     }
-    for (const std::string& reply : replies) {
-        send(connection, reply);
-        if (readable(connection, kSilence) && !hear(connection)) {
+    Wire wire(connection);
+    for (std::string& reply : replies) {
+        const bool tls = !reply.empty() && reply.back() == '!';
+        reply.resize(reply.size() - (tls ? 1 : 0));
+        wire.send(reply);
+        if (tls) {
+            wire.beginTls(m_tls.control.get());
+        }
+        if (!wire.hear()) {
             return;
         }
     }

@@ -1,6 +1,8 @@
 #ifndef FUZZ_HARNESS_PLAYBACK_H
 #define FUZZ_HARNESS_PLAYBACK_H
 
+#include <TlsContexts.h>
+
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -12,8 +14,9 @@
 ///
 /// A script is replies, with a "~" between two of them: the first greets, and one more goes out whenever the client has
 /// said something, or is silent. When there are no more, the connection closes. "@" in a reply is the port of the data
-/// connection, "#" the same as EPSV's older sister writes it. What follows a "^" goes over each data connection, which
-/// then closes; whatever the client sends there is dropped.
+/// connection, "#" the same as EPSV's older sister writes it. A "!" at the end of a reply is not sent: TLS begins in
+/// its place. What follows a "^" goes over each data connection, which then closes, and a "!" there begins TLS first;
+/// whatever the client sends there is dropped.
 class Playback
 {
 public:
@@ -37,6 +40,7 @@ private:
     void serveData();
     void play(int connection);
 
+    const testserver::TlsContexts m_tls;
     int m_control = -1;
     int m_data = -1;
     std::uint16_t m_controlPort = 0;
