@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstdlib>
 
 namespace {
 
@@ -24,15 +25,17 @@ int lowestFreeDescriptor()
     return descriptor;
 }
 
-// Without a name of its own, so that nothing is left where the fuzzer ends in the middle.
+// The path of a file without a name, so that nothing is left where the fuzzer ends in the middle.
+std::string fileWith(const std::string& content)
+{
+    const int file = memfd_create("fuzz", MFD_CLOEXEC);
+    require(write(file, content.data(), content.size()) == ssize_t(content.size()), "the file is written");
+    return "/proc/self/fd/" + std::to_string(file);
+}
+
 const std::string& fileToSend()
 {
-    static const std::string path = [] {
-        const std::string content(3000, 'u');
-        const int file = memfd_create("upload", MFD_CLOEXEC);
-        require(write(file, content.data(), content.size()) == ssize_t(content.size()), "the file to send is there");
-        return "/proc/self/fd/" + std::to_string(file);
-    }();
+    static const std::string path = fileWith(std::string(3000, 'u'));
     return path;
 }
 
@@ -83,6 +86,8 @@ Playback& playback()
     // Made after libcurl is ready, and there until the program ends.
     static Playback server;
     static const bool prepared = [] {
+        // Nobody is verified, but libcurl would read all of the machine's store for each connection.
+        setenv("SFTPCLIENT_DEFAULT_TRUST", fileWith(server.certificatePem()).c_str(), 1);
         curl_global_init(CURL_GLOBAL_DEFAULT);
         allowPortsOnly(server.controlPort(), server.dataPort());
         return true;

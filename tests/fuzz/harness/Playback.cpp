@@ -3,8 +3,6 @@
 #include "harness/Require.h"
 #include "harness/Wire.h"
 
-#include <Certificates.h>
-
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -46,17 +44,17 @@ void replaceAll(std::string& text, const std::string& what, const std::string& w
     }
 }
 
-testserver::ServerConfig explicitTls()
+testserver::ServerConfig explicitTls(const testserver::Certificate& certificate)
 {
     testserver::ServerConfig config;
     config.tls = testserver::TlsMode::Explicit;
-    config.certificate = testserver::makeSelfSigned();
+    config.certificate = certificate;
     return config;
 }
 
 } // namespace
 
-Playback::Playback() : m_tls(explicitTls())
+Playback::Playback() : m_certificate(testserver::makeSelfSigned()), m_tls(explicitTls(m_certificate))
 {
     std::signal(SIGPIPE, SIG_IGN); // OpenSSL writes to clients that have left
     std::tie(m_control, m_controlPort) = listenOnFreePort();

@@ -1,6 +1,7 @@
 #ifndef FUZZ_HARNESS_PLAYBACK_H
 #define FUZZ_HARNESS_PLAYBACK_H
 
+#include <Certificates.h>
 #include <TlsContexts.h>
 
 #include <condition_variable>
@@ -28,6 +29,9 @@ public:
     std::uint16_t controlPort() const { return m_controlPort; }
     std::uint16_t dataPort() const { return m_dataPort; }
 
+    /// The certificate that TLS shows.
+    const std::string& certificatePem() const { return m_certificate.certificatePem; }
+
     /// What the connections that follow hear.
     void load(const std::string& script);
 
@@ -40,6 +44,7 @@ private:
     void serveData();
     void play(int connection);
 
+    const testserver::Certificate m_certificate;
     const testserver::TlsContexts m_tls;
     int m_control = -1;
     int m_data = -1;
