@@ -1,0 +1,79 @@
+"""The same work for each client: the library, the bare program, curl and lftp."""
+
+import dataclasses
+import pathlib
+from collections.abc import Callable
+
+TOOLS = ["curl", "lftp"]
+
+
+@dataclasses.dataclass(frozen=True)
+class Work:
+    """One call. `path` is what its URL names; `local` and `remote` mean what they mean to the library."""
+
+    name: str
+    operation: str
+    path: str
+    local: str = "/dev/null"
+    remote: str = "-"
+    before: Callable = lambda: None
+    size: int = 0
+
+
+def program(server, name, work, threads=1, calls=1, trust=None):
+    """A call of one of our two programs, made ready when it is wanted."""
+
+    def prepare():
+        work.before()
+        words = [work.operation, server.url(work.path), work.local, work.remote]
+        return [server.build / "bench" / f"bench-{name}", *words, threads, calls], server.environment(trust)
+
+    return prepare
+
+
+def curl(server, work):
+    folder = pathlib.PurePosixPath("/") / work.path
+    options = {
+        "download": ["--output", work.local],
+        "upload": ["--upload-file", work.local],
+        "list": ["--list-only", "--output", work.local],
+        "test": ["--output", "/dev/null"],
+        "rename": ["--output", "/dev/null", "--quote", f"-rename {folder / work.remote} {folder / work.local}"],
+        "delete": ["--output", "/dev/null", "--quote", f"-rm {folder / work.remote}"],
+    }[work.operation]
+    login = ["--disable", "--silent", "--cacert", server.machine_trust, "--user", f"backup:{server.password}"]
+    return _prepared(work, ["curl", *login, *options, server.url(work.path)], server)
+
+
+def lftp(server, work):
+    folder = pathlib.PurePosixPath("/") / work.path
+    does = {
+        "download": f"cat /{work.path} > {work.local}",
+        "upload": f"put {work.local} -o /{work.path}",
+        "list": f"nlist /{work.path} > {work.local}",
+        "test": f"ls /{work.path} > /dev/null",
+        "rename": f"quote rename {folder / work.remote} {folder / work.local} > /dev/null",
+        "delete": f"rm {folder / work.remote}",
+    }[work.operation]
+    settings = f"set ssl:ca-file {server.machine_trust}; set net:max-retries 1; set net:timeout 60; "
+    login = f"open --user backup --env-password {server.url('')}; "
+    environment = {"LFTP_PASSWORD": server.password}
+    return _prepared(work, ["lftp", "--norc", "-c", settings + login + does], server, environment)
+
+
+def _prepared(work, command, server, environment=None):
+    def prepare():
+        work.before()
+        return command, {**server.environment(), **(environment or {})}
+
+    return prepare
+
+
+def everyone(server, work):
+    """The two that are compared most in every round, the tools in every third."""
+    return {
+        "bare": program(server, "bare", work),
+        "library": program(server, "library", work),
+        "curl/3": curl(server, work),
+        "lftp/3": lftp(server, work),
+    }

@@ -1,0 +1,44 @@
+"""The arithmetic behind the tables."""
+
+import unittest
+
+import figures
+
+
+class Spreads(unittest.TestCase):
+    def test_an_odd_number_has_one_in_the_middle(self):
+        self.assertEqual(figures.Spread(3, 1, 9), figures.Spread.of([9, 1, 3]))
+
+    def test_an_even_number_has_the_mean_of_two(self):
+        self.assertEqual(figures.Spread(2.5, 1, 9), figures.Spread.of([9, 1, 3, 2]))
+
+    def test_none_at_all_is_no_figure(self):
+        self.assertRaises(ValueError, figures.Spread.of, [])
+
+    def test_it_is_written_with_its_ends(self):
+        self.assertEqual("1.004 (0.97–1.10)", str(figures.Spread(1.0042, 0.972, 1.1)))
+
+
+class Ratios(unittest.TestCase):
+    def test_each_round_has_a_ratio_of_its_own(self):
+        # Of the medians, 2 / 2, it would be 1.
+        self.assertEqual(figures.Spread(2, 0.5, 2), figures.ratios([2, 20, 1], [1, 10, 2]))
+
+    def test_runs_without_a_partner_are_refused(self):
+        self.assertRaises(ValueError, figures.ratios, [1, 2], [1])
+
+    def test_a_further_unit_is_what_is_left_without_the_first(self):
+        self.assertEqual(128, figures.per_unit(3847, 11911, 63))
+
+
+class GoalsTest(unittest.TestCase):
+    def test_the_summary_names_who_missed(self):
+        goals = figures.Goals()
+        self.assertEqual("met", goals.judge("small", "a", True))
+        self.assertEqual("NOT MET", goals.judge("small", "b", False))
+        goals.judge("fast", "a", True)
+        self.assertEqual([["small", "1 of 2", "b"], ["fast", "1 of 1", "–"]], goals.summary())
+
+
+if __name__ == "__main__":
+    unittest.main()
