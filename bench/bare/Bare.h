@@ -45,13 +45,6 @@ int bareList(const SFtpRequest& request);
 int bareRename(const SFtpRequest& request);
 int bareDelete(const SFtpRequest& request);
 
-/// The listing's options, on a handle that is not performed yet.
-void setListing(const Handle& handle, const SFtpRequest& request, const Stream& stream);
-
-/// The listing on libcurl's multi interface, which is asked to go on every 10 ms at least: without the time that the
-/// easy interface waits before a data connection over TLS.
-int bareListPolled(const SFtpRequest& request);
-
 /// The listing twice on one handle: the second one finds its connection there.
 int bareListTwice(const SFtpRequest& request);
 

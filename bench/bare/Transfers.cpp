@@ -19,6 +19,17 @@ Stream openUnbuffered(const std::string& path)
     return stream;
 }
 
+// The listing's options, on a handle that is not performed yet.
+void setListing(const Handle& handle, const SFtpRequest& request, const Stream& stream)
+{
+    requireTls(handle, request);
+    aim(handle, request);
+    set(handle, CURLOPT_FTP_RESPONSE_TIMEOUT, 90L);
+    set(handle, CURLOPT_DIRLISTONLY, 1L);
+    set(handle, CURLOPT_WRITEFUNCTION, writeToFile);
+    set(handle, CURLOPT_WRITEDATA, stream.get());
+}
+
 } // namespace
 
 int bareSizeCheck(const SFtpRequest& request)
@@ -74,16 +85,6 @@ int bareUpload(const SFtpRequest& request)
     return curl_easy_perform(handle.get());
 }
 
-void setListing(const Handle& handle, const SFtpRequest& request, const Stream& stream)
-{
-    requireTls(handle, request);
-    aim(handle, request);
-    set(handle, CURLOPT_FTP_RESPONSE_TIMEOUT, 90L);
-    set(handle, CURLOPT_DIRLISTONLY, 1L);
-    set(handle, CURLOPT_WRITEFUNCTION, writeToFile);
-    set(handle, CURLOPT_WRITEDATA, stream.get());
-}
-
 int bareList(const SFtpRequest& request)
 {
     const Handle handle(curl_easy_init());
@@ -93,4 +94,16 @@ int bareList(const SFtpRequest& request)
     }
     setListing(handle, request, stream);
     return curl_easy_perform(handle.get());
+}
+
+int bareListTwice(const SFtpRequest& request)
+{
+    const Handle handle(curl_easy_init());
+    const Stream stream = openUnbuffered(request.localPath);
+    if (!stream) {
+        return -1;
+    }
+    setListing(handle, request, stream);
+    const CURLcode first = curl_easy_perform(handle.get());
+    return first != CURLE_OK ? first : curl_easy_perform(handle.get());
 }

@@ -20,13 +20,17 @@ class Work:
     size: int = 0
 
 
-def program(server, name, work, threads=1, calls=1, trust=None):
-    """A call of one of our two programs, made ready when it is wanted."""
+def program(server, name, work, threads=1, calls=1, trust=None, polled=False):
+    """A call of one of our two programs, made ready when it is wanted. `polled` takes out libcurl's wait before data
+    connections."""
+    environment = server.environment(trust)
+    if polled:
+        environment["BENCH_POLLED"] = "1"
 
     def prepare():
         work.before()
         words = [work.operation, server.url(work.path), work.local, work.remote]
-        return [server.build / "bench" / f"bench-{name}", *words, threads, calls], server.environment(trust)
+        return [server.build / "bench" / f"bench-{name}", *words, threads, calls], environment
 
     return prepare
 
@@ -70,10 +74,14 @@ def _prepared(work, command, server, environment=None):
 
 
 def everyone(server, work):
-    """The two that are compared most in every round, the tools in every third."""
     return {
         "bare": program(server, "bare", work),
         "library": program(server, "library", work),
-        "curl/3": curl(server, work),
-        "lftp/3": lftp(server, work),
+        "curl": curl(server, work),
+        "lftp": lftp(server, work),
     }
+
+
+def pair(server, work, threads=1, calls=1, trust=None):
+    """The library and the bare program, both without libcurl's wait, which comes by chance."""
+    return {name: program(server, name, work, threads, calls, trust, polled=True) for name in ("bare", "library")}

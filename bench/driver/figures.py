@@ -1,24 +1,41 @@
 """What is made of single measurements: medians, ratios of runs side by side, and how they stand to a goal."""
 
 import dataclasses
+import math
 import statistics
 
 
 @dataclasses.dataclass(frozen=True)
 class Spread:
-    """The median of some figures, with the least and the greatest of them."""
+    """The median of some figures, with the least and the greatest of them, and with the two between which the median of
+    very many would lie, 19 times out of 20."""
 
     median: float
     least: float
     greatest: float
+    low: float
+    high: float
 
     @staticmethod
     def of(figures):
-        figures = list(figures)
-        return Spread(statistics.median(figures), min(figures), max(figures))
+        figures = sorted(figures)
+        left_out = outside(len(figures))
+        return Spread(
+            statistics.median(figures), figures[0], figures[-1], figures[left_out], figures[len(figures) - 1 - left_out]
+        )
 
     def __str__(self):
         return f"{self.median:.3f} ({self.least:.2f}–{self.greatest:.2f})"
+
+
+def outside(count):
+    """How many figures at each end can be left out: as many as are all on one side of the true median by chance, like
+    coins, at most once in 40 times."""
+    number, chance = 0, 0.5**count
+    while chance <= 0.025:
+        number += 1
+        chance += math.comb(count, number) * 0.5**count
+    return max(0, number - 1)
 
 
 def ratios(numerators, denominators):
@@ -33,6 +50,9 @@ def per_unit(small, large, units):
     return (large - small) / units
 
 
+MET, UNDECIDED, MISSED = "met", "undecided", "NOT MET"
+
+
 @dataclasses.dataclass
 class Goals:
     """Goals that figures are held to, and what came of it."""
@@ -40,14 +60,24 @@ class Goals:
     judged: list = dataclasses.field(default_factory=list)
 
     def judge(self, goal, subject, met):
-        self.judged.append((goal, subject, met))
-        return "met" if met else "NOT MET"
+        return self._note(goal, subject, MET if met else MISSED)
+
+    def judge_spread(self, goal, subject, spread, least=-math.inf, greatest=math.inf):
+        """Undecided is a median that misses the goal by no more than chance can make of so few runs."""
+        if least <= spread.median <= greatest:
+            return self._note(goal, subject, MET)
+        return self._note(goal, subject, UNDECIDED if spread.low <= greatest and spread.high >= least else MISSED)
+
+    def _note(self, goal, subject, verdict):
+        self.judged.append((goal, subject, verdict))
+        return verdict
 
     def summary(self):
-        """One row a goal, in the order in which they were judged first: goal, how many met it, and who did not."""
+        """One row a goal, in the order in which they were judged first: how many met it, and who did not."""
         rows = []
         for goal in dict.fromkeys(goal for goal, _, _ in self.judged):
-            of_goal = [(subject, met) for each, subject, met in self.judged if each == goal]
-            missed = [subject for subject, met in of_goal if not met]
-            rows.append([goal, f"{len(of_goal) - len(missed)} of {len(of_goal)}", ", ".join(missed) or "–"])
+            of_goal = [(subject, verdict) for each, subject, verdict in self.judged if each == goal]
+            by = {each: [subject for subject, verdict in of_goal if verdict == each] for each in (MET, UNDECIDED, MISSED)}
+            others = (", ".join(by[each]) or "–" for each in (UNDECIDED, MISSED))
+            rows.append([goal, f"{len(by[MET])} of {len(of_goal)}", *others])
         return rows

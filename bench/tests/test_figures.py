@@ -1,5 +1,6 @@
 """The arithmetic behind the tables."""
 
+import statistics
 import unittest
 
 import figures
@@ -7,22 +8,29 @@ import figures
 
 class Spreads(unittest.TestCase):
     def test_an_odd_number_has_one_in_the_middle(self):
-        self.assertEqual(figures.Spread(3, 1, 9), figures.Spread.of([9, 1, 3]))
+        self.assertEqual(figures.Spread(3, 1, 9, 1, 9), figures.Spread.of([9, 1, 3]))
 
     def test_an_even_number_has_the_mean_of_two(self):
-        self.assertEqual(figures.Spread(2.5, 1, 9), figures.Spread.of([9, 1, 3, 2]))
+        self.assertEqual(figures.Spread(2.5, 1, 9, 1, 9), figures.Spread.of([9, 1, 3, 2]))
+
+    def test_chance_leaves_out_as_many_as_the_tables_of_the_sign_test_say(self):
+        self.assertEqual([0, 0, 0, 1, 5, 6, 16], [figures.outside(count) for count in (1, 5, 8, 9, 20, 24, 48)])
+
+    def test_with_enough_runs_the_ends_do_not_count(self):
+        spread = figures.Spread.of(range(24))
+        self.assertEqual((0, 6, 11.5, 17, 23), (spread.least, spread.low, spread.median, spread.high, spread.greatest))
 
     def test_none_at_all_is_no_figure(self):
-        self.assertRaises(ValueError, figures.Spread.of, [])
+        self.assertRaises(statistics.StatisticsError, figures.Spread.of, [])
 
     def test_it_is_written_with_its_ends(self):
-        self.assertEqual("1.004 (0.97–1.10)", str(figures.Spread(1.0042, 0.972, 1.1)))
+        self.assertEqual("1.004 (0.97–1.10)", str(figures.Spread(1.0042, 0.972, 1.1, 1, 1)))
 
 
 class Ratios(unittest.TestCase):
     def test_each_round_has_a_ratio_of_its_own(self):
         # Of the medians, 2 / 2, it would be 1.
-        self.assertEqual(figures.Spread(2, 0.5, 2), figures.ratios([2, 20, 1], [1, 10, 2]))
+        self.assertEqual(figures.Spread(2, 0.5, 2, 0.5, 2), figures.ratios([2, 20, 1], [1, 10, 2]))
 
     def test_runs_without_a_partner_are_refused(self):
         self.assertRaises(ValueError, figures.ratios, [1, 2], [1])
@@ -37,7 +45,19 @@ class GoalsTest(unittest.TestCase):
         self.assertEqual("met", goals.judge("small", "a", True))
         self.assertEqual("NOT MET", goals.judge("small", "b", False))
         goals.judge("fast", "a", True)
-        self.assertEqual([["small", "1 of 2", "b"], ["fast", "1 of 1", "–"]], goals.summary())
+        self.assertEqual([["small", "1 of 2", "–", "b"], ["fast", "1 of 1", "–", "–"]], goals.summary())
+
+    def test_a_miss_that_can_be_chance_is_undecided(self):
+        goals = figures.Goals()
+        for subject, median, low, high in [
+            ("a", 1.01, 0.9, 1.2),
+            ("b", 1.02, 1.01, 1.2),
+            ("c", 1.02, 1.011, 1.2),
+            ("d", 0.98, 0.9, 0.99),
+            ("e", 0.98, 0.9, 0.989),
+        ]:
+            goals.judge_spread("near", subject, figures.Spread(median, 0, 2, low, high), 0.99, 1.01)
+        self.assertEqual([["near", "1 of 5", "b, d", "c, e"]], goals.summary())
 
 
 if __name__ == "__main__":

@@ -65,6 +65,7 @@ private:
     void remove(const std::string& argument);
     void changeDirectory(const std::string& argument);
     void makeDirectory(const std::string& argument);
+    std::string details(const std::string& directory, const std::string& name) const;
     void list(const std::string& argument, bool namesOnly);
     void retrieve(const std::string& argument);
     void store(const std::string& argument, bool append);

@@ -245,6 +245,15 @@ void Session::makeDirectory(const std::string& argument)
     reply(made ? "257 " + quotedPath(path) + " made" : "550 cannot be made");
 }
 
+std::string Session::details(const std::string& directory, const std::string& name) const
+{
+    const std::string path = Storage::absolute(directory, name);
+    const bool isDirectory = m_shared.storage.isDirectory(path);
+    const std::uint64_t bytes = isDirectory ? 0 : m_shared.storage.size(path);
+    return std::string(isDirectory ? "drwxr-xr-x" : "-rw-r--r--") + " 1 backup backup " + std::to_string(bytes) +
+           " Jan 01 00:00 " + name;
+}
+
 void Session::list(const std::string& argument, bool namesOnly)
 {
     const std::string path = absolute(argument);
@@ -254,13 +263,8 @@ void Session::list(const std::string& argument, bool namesOnly)
     }
     std::string lines;
     for (const std::string& name : m_shared.storage.names(path)) {
-        const std::string child = Storage::absolute(path, name);
-        const bool directory = m_shared.storage.isDirectory(child);
-        const std::uint64_t bytes = directory ? 0 : m_shared.storage.size(child);
-        lines += namesOnly ? name
-                           : std::string(directory ? "drwxr-xr-x" : "-rw-r--r--") + " 1 backup backup " +
-                                 std::to_string(bytes) + " Jan 01 00:00 " + name;
-        lines += "\r\n";
+        // The names alone come without a look at each file: there can be a hundred thousand.
+        lines += (namesOnly ? name : details(path, name)) + "\r\n";
     }
     reply("150 data follows");
     if (openData()) {

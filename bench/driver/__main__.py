@@ -1,0 +1,122 @@
+"""usage: driver BUILD [quick|keep]
+
+Measures, and writes tables and plots into build/bench. "quick" makes few rounds with small files, to try it out;
+"keep" measures nothing and puts the last full run into docs/performance.md.
+"""
+
+import csv
+import dataclasses
+import pathlib
+import shutil
+import sys
+
+import counts
+import fixed
+import machine
+import micro
+import plots
+import report
+import serving
+import sizes
+import threads
+import transfers
+from figures import Goals
+from measuring import Recorder
+from works import GIB, MIB
+
+TOP = pathlib.Path(__file__).resolve().parents[2]
+RESULTS = TOP / "build/bench"
+DOCUMENT = TOP / "docs/performance.md"
+PLOTS = TOP / "docs/performance"
+
+
+@dataclasses.dataclass(frozen=True)
+class Effort:
+    """How much is done of what. Sizes and numbers of names go with their rounds."""
+
+    sizes: dict
+    names: dict
+    small_rounds: int
+    threads: list
+    thread_rounds: int
+    calls_at_once: int
+    memory_sizes: list
+    count_size: int
+    micro_repetitions: int
+
+
+FULL = Effort(
+    sizes={MIB: 24, 64 * MIB: 48, GIB: 24},
+    names={1: 24, 1000: 24, 100_000: 24},
+    small_rounds=24,
+    threads=[1, 2, 4, 8, 16, 32, 64, 128, 256],
+    thread_rounds=15,
+    calls_at_once=64,
+    memory_sizes=[MIB, 16 * MIB, 256 * MIB, GIB, 10 * GIB],
+    count_size=64 * MIB,
+    micro_repetitions=10,
+)
+QUICK = Effort(
+    sizes={MIB: 4, 64 * MIB: 4},
+    names={1: 4, 1000: 4},
+    small_rounds=4,
+    threads=[1, 4, 16],
+    thread_rounds=3,
+    calls_at_once=8,
+    memory_sizes=[MIB, 16 * MIB, 256 * MIB],
+    count_size=4 * MIB,
+    micro_repetitions=3,
+)
+SUITES = [counts, transfers, sizes, threads, fixed, micro]
+
+
+def measure(build, effort):
+    """All suites. Gives the tables and what was recorded for them."""
+    recorder = Recorder(build, lambda text: print(text, file=sys.stderr, flush=True))
+    goals = Goals()
+    tables = []
+    for suite in SUITES:
+        # A server each, so that none inherits another's files.
+        with serving.Server(build) as server:
+            tables += suite.suite(server, recorder, goals, effort)
+    tables.insert(0, report.Table("Goals", "", ["goal", "met", "undecided", "not met by"], goals.summary()))
+    return tables, recorder
+
+
+def write(tables, recorder, about):
+    shutil.rmtree(RESULTS, ignore_errors=True)
+    RESULTS.mkdir(parents=True)
+    (RESULTS / "tables.md").write_text("\n".join(map(report.markdown, [about, *tables])))
+    (RESULTS / "tables.csv").write_text(report.comma_separated([about, *tables]))
+    with open(RESULTS / "runs.csv", "w", newline="", encoding="utf-8") as file:
+        csv.writer(file, lineterminator="\n").writerows([recorder.HEAD, *recorder.rows])
+    plots.draw_all(recorder, tables, RESULTS)
+
+
+def keep():
+    tables = RESULTS / "tables.md"
+    if not tables.exists():
+        sys.exit("There is no run to keep: scripts/bench makes one.")
+    if "quick" in tables.read_text().partition("\n\n")[0]:
+        sys.exit("The last run was a quick one, which is no run to keep: scripts/bench makes one.")
+    DOCUMENT.write_text(report.put_between_marks(DOCUMENT.read_text(), tables.read_text()))
+    PLOTS.mkdir(exist_ok=True)
+    for plot in RESULTS.glob("*.svg"):
+        shutil.copy(plot, PLOTS)
+
+
+def main(build, mode):
+    if mode == "keep":
+        keep()
+        return
+    load_before = machine.load()
+    tables, recorder = measure(build, QUICK if mode == "quick" else FULL)
+    title = "The machine" + (", for a quick run" if mode == "quick" else "")
+    about = report.Table(title, "", ["what", "which"], machine.describe(load_before))
+    write(tables, recorder, about)
+    print("\n".join(map(report.terminal, [about, *tables])))
+    print(f"\nTables and plots are in {RESULTS}.")
+
+
+if __name__ == "__main__":
+    main(pathlib.Path(sys.argv[1]), sys.argv[2] if len(sys.argv) > 2 else "full")

@@ -1,0 +1,42 @@
+"""What the figures were measured on."""
+
+import datetime
+import os
+import pathlib
+import platform
+import subprocess
+
+
+def _first_line(*command):
+    return subprocess.run(command, capture_output=True, text=True, check=True).stdout.splitlines()[0]
+
+
+def _processor():
+    for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines():
+        if line.startswith("model name"):
+            return line.partition(":")[2].strip()
+    return platform.machine()
+
+
+def _distribution():
+    for line in pathlib.Path("/etc/os-release").read_text().splitlines():
+        if line.startswith("PRETTY_NAME="):
+            return line.partition("=")[2].strip('"')
+    return "unknown"
+
+
+def load():
+    return f"{os.getloadavg()[0]:.2f}"
+
+
+def describe(load_before):
+    return [
+        ("day", datetime.datetime.now(datetime.timezone.utc).strftime("%-d %B %Y, %H:%M UTC")),
+        ("processor", f"{_processor()}, {os.cpu_count()} cores"),
+        ("system", f"{_distribution()}, Linux {platform.release()}"),
+        # "curl 7.88.1 (x86_64-pc-linux-gnu) libcurl/7.88.1 OpenSSL/3.0.19 zlib/1.2.13 ..."
+        ("libcurl and its TLS", " ".join(_first_line("curl", "--version").split()[3:5])),
+        ("lftp", _first_line("lftp", "--version").split("|")[1].strip()),
+        ("compiler", _first_line("g++", "--version")),
+        ("load before and after", f"{load_before} and {load()}"),
+    ]

@@ -1,0 +1,56 @@
+"""Tables, for the terminal, for a document and for a spreadsheet."""
+
+import csv
+import dataclasses
+import io
+
+
+@dataclasses.dataclass
+class Table:
+    title: str
+    remark: str
+    head: list
+    rows: list = dataclasses.field(default_factory=list)
+    plot: str = ""
+
+
+def markdown(table):
+    lines = [f"### {table.title}", "", *([table.remark, ""] if table.remark else [])]
+    lines.append("| " + " | ".join(table.head) + " |")
+    lines.append("|---" + "|---:" * (len(table.head) - 1) + "|")
+    lines += ["| " + " | ".join(map(str, row)) + " |" for row in table.rows]
+    if table.plot:
+        lines += ["", f"![{table.title}](performance/{table.plot})"]
+    return "\n".join(lines) + "\n"
+
+
+def terminal(table):
+    cells = [list(map(str, row)) for row in [table.head, *table.rows]]
+    widths = [max(len(row[column]) for row in cells) for column in range(len(table.head))]
+    lines = ["", table.title]
+    for row in cells:
+        words = [row[0].ljust(widths[0])] + [word.rjust(width) for word, width in zip(row[1:], widths[1:])]
+        lines.append("  " + "  ".join(words))
+    return "\n".join(lines)
+
+
+def comma_separated(tables):
+    """All tables below one another, each line with its table's title in front."""
+    text = io.StringIO()
+    writer = csv.writer(text, lineterminator="\n")
+    for table in tables:
+        for row in [table.head, *table.rows]:
+            writer.writerow([table.title, *row])
+    return text.getvalue()
+
+
+BEGIN = "<!-- measured: scripts/bench keep writes what is between these two lines -->"
+END = "<!-- end of what is measured -->"
+
+
+def put_between_marks(document, measured):
+    before, begin, rest = document.partition(BEGIN)
+    _, end, after = rest.partition(END)
+    if not begin or not end:
+        raise ValueError(f'There must be a line "{BEGIN}" and, below it, a line "{END}".')
+    return f"{before}{BEGIN}\n\n{measured.strip()}\n\n{END}{after}"

@@ -1,0 +1,106 @@
+"""Suite: each operation, alone in a process, for the library, the bare program, curl and lftp."""
+
+import works
+from clients import TOOLS, everyone, pair
+from figures import MET, Spread, ratios
+from report import Table
+
+MIB = works.MIB
+SUITE = "operations"
+PAIRS = "pairs"
+# The peak of a process this small goes up and down by the page.
+MEMORY_GOAL_KIB = 2048
+MEMORY_GOAL = "peak memory within 2 MiB of the bare program"
+LARGE = 64 * MIB
+TIME_GOALS = {
+    "wall": "wall time within 1 % of the bare program, 64 MiB and more",
+    "cpu": "CPU time within 1 % of the bare program, 64 MiB and more",
+}
+
+
+def suite(server, recorder, goals, effort):
+    pairs, measured = {}, {}
+    for work, rounds in _work(server, effort):
+        pairs[work] = recorder.alternate(PAIRS, work.name, rounds, pair(server, work))
+        measured[work] = recorder.alternate(SUITE, work.name, max(1, rounds // 4), everyone(server, work))
+    return [_beside_bare(pairs, goals), _beside_tools(measured, goals), _absolute(measured)]
+
+
+def _work(server, effort):
+    for size, rounds in effort.sizes.items():
+        yield works.download(server, size), rounds
+        yield works.upload(server, size), rounds
+        # The next one needs the room.
+        (server.served / "uploaded.bak").unlink()
+    for names, rounds in effort.names.items():
+        yield works.listing(server, names), rounds
+    for work in works.on_one_file(server):
+        yield work, effort.small_rounds
+
+
+def _of(runs, what):
+    return [getattr(run, what) for run in runs]
+
+
+def _beside_bare(measured, goals):
+    table = Table(
+        "Beside the bare program",
+        "Ratios of the library's runs to the bare program's, pair by pair: median (least–greatest). libcurl's wait is "
+        "taken out of both. Goals: wall and CPU time 0.99 to 1.01 where 64 MiB or more are moved, peak memory within "
+        "2 MiB at any size.",
+        ["operation", "pairs", "wall time", "CPU time", "user time", "peak memory", "goals"],
+        plot="cpu.svg",
+    )
+    for work, runs in measured.items():
+        library, bare = runs["library"], runs["bare"]
+        compared = {what: ratios(_of(library, what), _of(bare, what)) for what in ("wall", "cpu", "user")}
+        more = Spread.of(with_it.peak - without.peak for with_it, without in zip(library, bare))
+        verdicts = {"memory": goals.judge_spread(MEMORY_GOAL, work.name, more, greatest=MEMORY_GOAL_KIB)}
+        if work.size >= LARGE:
+            for what, goal in TIME_GOALS.items():
+                verdicts[what] = goals.judge_spread(goal, work.name, compared[what], 0.99, 1.01)
+        memory = f"{more.median:+.0f} KiB ({more.least:+.0f} to {more.greatest:+.0f})"
+        table.rows.append([work.name, len(bare), *compared.values(), memory, _verdict(verdicts)])
+    return table
+
+
+def _verdict(verdicts):
+    others = [f"{what} {verdict}" for what, verdict in verdicts.items() if verdict != MET]
+    return ", ".join(others) or MET
+
+
+def _beside_tools(measured, goals):
+    table = Table(
+        "Beside curl and lftp",
+        "Ratios of the library's runs to the tool's in the same round: median (least–greatest). Below 1, the library "
+        "takes less. The tools read their settings besides.",
+        ["operation", "rounds", "wall, to curl", "CPU, to curl", "wall, to lftp", "CPU, to lftp", "goal"],
+    )
+    for work, runs in measured.items():
+        library = runs["library"]
+        row = [work.name, len(library)]
+        for tool in TOOLS:
+            row += [ratios(_of(library, what), _of(runs[tool], what)) for what in ("wall", "cpu")]
+        verdict = "–"
+        if work.operation == "download" and work.size >= works.GIB:
+            verdict = goals.judge_spread("less CPU time than lftp for 1 GiB down", work.name, row[-1], greatest=1)
+        table.rows.append([*row, verdict])
+    return table
+
+
+def _absolute(measured):
+    clients = ["library", "bare", *TOOLS]
+    table = Table(
+        "What each took",
+        "Medians of the rounds with all four, libcurl's wait included: wall time / user time / system time in seconds, "
+        "and peak memory in MiB.",
+        ["operation", *clients],
+    )
+    for work, runs in measured.items():
+        row = [work.name]
+        for client in clients:
+            wall, user, system = (Spread.of(_of(runs[client], what)).median for what in ("wall", "user", "system"))
+            peak = Spread.of(_of(runs[client], "peak")).median / 1024
+            row.append(f"{wall:.3f} / {user:.3f} / {system:.3f}, {peak:.1f}")
+        table.rows.append(row)
+    return table

@@ -1,0 +1,37 @@
+"""Tables as they are written, and as they are kept in the document."""
+
+import unittest
+
+import report
+
+TABLE = report.Table("Title", "What it says.", ["operation", "ratio"], [["list", "1.00"], ["a, b", 2]], plot="cpu.svg")
+
+
+class Report(unittest.TestCase):
+    def test_markdown(self):
+        self.assertEqual(
+            "### Title\n\nWhat it says.\n\n| operation | ratio |\n|---|---:|\n| list | 1.00 |\n| a, b | 2 |\n\n"
+            "![Title](performance/cpu.svg)\n",
+            report.markdown(TABLE),
+        )
+
+    def test_terminal(self):
+        self.assertEqual("\nTitle\n  operation  ratio\n  list        1.00\n  a, b           2", report.terminal(TABLE))
+
+    def test_comma_separated(self):
+        self.assertEqual(
+            'Title,operation,ratio\nTitle,list,1.00\nTitle,"a, b",2\n', report.comma_separated([TABLE])
+        )
+
+    def test_what_stands_around_the_measured_part_is_kept(self):
+        document = f"above\n{report.BEGIN}\nold\n{report.END}\nbelow\n"
+        once = report.put_between_marks(document, "new\n")
+        self.assertEqual(f"above\n{report.BEGIN}\n\nnew\n\n{report.END}\nbelow\n", once)
+        self.assertEqual(once, report.put_between_marks(once, "new"))
+
+    def test_a_document_without_marks_is_left_alone(self):
+        self.assertRaises(ValueError, report.put_between_marks, "above\n", "new")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,71 @@
+"""Each suite from end to end, with the least that there can be: what it needs is there, and its rows are complete."""
+
+import os
+import unittest
+from types import SimpleNamespace
+
+import clients
+import fixed
+import measuring
+import micro
+import serving
+import sizes
+import threads
+import transfers
+import works
+from figures import Goals
+
+MIB = works.MIB
+EFFORT = SimpleNamespace(
+    sizes={MIB: 1},
+    names={10: 1},
+    small_rounds=1,
+    threads=[1, 2],
+    thread_rounds=1,
+    calls_at_once=2,
+    memory_sizes=[MIB, 2 * MIB],
+)
+
+
+class Suites(unittest.TestCase):
+    def setUp(self):
+        self.server = self.enterContext(serving.Server(os.environ["BENCH_BUILD"]))
+        self.recorder = measuring.Recorder(self.server.build, lambda text: None)
+        self.goals = Goals()
+
+    def rows(self, suite):
+        tables = suite.suite(self.server, self.recorder, self.goals, EFFORT)
+        for table in tables:
+            for row in table.rows:
+                self.assertEqual(len(table.head), len(row), table.title)
+        return [row[0] for row in tables[0].rows]
+
+    def test_transfers(self):
+        expected = ["download 1 MiB", "upload 1 MiB", "list 10 names", "rename", "delete", "connection test"]
+        self.assertEqual(expected, self.rows(transfers))
+
+    def test_threads(self):
+        expected = ["list 1,000 names"] * 2 + ["download 1 MiB"] * 2
+        self.assertEqual(expected, self.rows(threads))
+
+    def test_sizes(self):
+        self.assertEqual(["1 MiB", "2 MiB"], self.rows(sizes))
+
+    def test_fixed_costs(self):
+        self.assertEqual(4, len(self.rows(fixed)))
+
+    def test_a_failed_call_ends_the_benchmark(self):
+        missing = clients.Work("missing", "list", "no-such-folder/")
+        call = clients.program(self.server, "library", missing)
+        with self.assertRaisesRegex(RuntimeError, r"^bench-library list .* ended with 78\.$"):
+            self.recorder.alternate("suite", "missing", 1, {"library": call})
+
+
+class Micro(unittest.TestCase):
+    def test_every_piece_is_timed(self):
+        found = micro.run(os.environ["BENCH_BUILD"], "--benchmark_min_time=0.001")
+        self.assertEqual(micro.PIECES.keys(), found.keys())
+
+
+if __name__ == "__main__":
+    unittest.main()
