@@ -61,7 +61,7 @@ def main(build, keep):
         sys.exit(
             "The library's own code has grown:\n  "
             + "\n  ".join(wrong)
-            + "\nIf that is what the change is for, run scripts/gates/instructions keep and commit bench/instructions.txt."
+            + "\nIf the change is worth it, run scripts/gates/instructions keep and commit bench/instructions.txt."
         )
 
 

@@ -63,7 +63,8 @@ def threads(recorder, tables, path):
         for number, kind in enumerate(kinds)
     )
     lines = ", ".join(
-        f'$kind{number} using 1:{column} with linespoints dt {number + 1} lc rgb "{COLOURS[name]}" title "{kind}, {name}"'
+        f"$kind{number} using 1:{column} with linespoints dt {number + 1} "
+        f'lc rgb "{COLOURS[name]}" title "{kind}, {name}"'
         for number, kind in enumerate(kinds)
         for column, name in ((2, "library"), (3, "bare"))
     )

@@ -21,7 +21,8 @@ class Server:
         self._keep_transcript = keep_transcript
 
     def __enter__(self):
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="sftpclient-bench-", dir=MEMORY if MEMORY.is_dir() else None))
+        place = MEMORY if MEMORY.is_dir() else None
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="sftpclient-bench-", dir=place))
         try:
             self.served = self.folder / "served"
             self.served.mkdir()

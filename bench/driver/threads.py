@@ -13,8 +13,8 @@ def suite(server, recorder, goals, effort):
     table = Table(
         "Many calls at once",
         "Calls per second, and the library's as a ratio to the bare program's: median (least–greatest). Goal: 0.97 or "
-        "more. The trust store holds one certificate here, and libcurl's wait is taken out, so that threads meet in the "
-        "library and not there.",
+        "more. The trust store holds one certificate here, and libcurl's wait is taken out, so that threads meet in "
+        "the library and not there.",
         ["work", "threads", "calls", "library", "bare", "ratio", "goal"],
         plot="threads.svg",
     )

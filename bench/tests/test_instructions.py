@@ -5,7 +5,7 @@ import unittest
 import callgrind
 import instructions
 
-# Two objects; the library's function calls one of the other, whose 70 are told twice: with the call, and where they are.
+# Two objects; the library's function calls one of the other, whose 70 are told where they are and with the call.
 COUNTS = """\
 events: Ir
 
