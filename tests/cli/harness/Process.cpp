@@ -22,7 +22,6 @@ std::vector<std::string> environmentOf(const ProcessSetup& setup)
         }
     }
     variables["HOME"] = "/nowhere";
-    variables["LSAN_OPTIONS"] = "fast_unwind_on_malloc=0:print_suppressions=0:suppressions=" SFTPCLIENT_LEFT_BEHIND;
     // A library that is preloaded comes before the sanitizer's.
     variables["ASAN_OPTIONS"] = "verify_asan_link_order=0";
     for (const auto& variable : setup.environment) {

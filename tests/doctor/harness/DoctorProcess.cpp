@@ -28,9 +28,10 @@ DoctorProcess::DoctorProcess(const std::vector<std::string>& arguments, const st
 {
     std::vector<std::string> words = {SFTPCLIENT_COMMAND, "doctor"};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<std::string> variables = {
-        "SFTPCLIENT_PASSWORD=" + password,
-        "LSAN_OPTIONS=fast_unwind_on_malloc=0:print_suppressions=0:suppressions=" SFTPCLIENT_LEFT_BEHIND};
+    // The lists that rename and delete leave behind are kept in sight of leak detection; what is preloaded comes before
+    // the sanitizer's library.
+    std::vector<std::string> variables = {"SFTPCLIENT_PASSWORD=" + password, "LD_PRELOAD=" SFTPCLIENT_KEPT_LISTS,
+                                          "ASAN_OPTIONS=verify_asan_link_order=0"};
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
     posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
