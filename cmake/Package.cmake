@@ -18,6 +18,8 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The library's own package is not installed while the packages are made: the command names it below.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+# What is packaged against this release goes on with every later one of the same SOVERSION.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 set(library libsftpclient${PROJECT_VERSION_MAJOR})
