@@ -22,7 +22,8 @@
 /// (platform/); the request stays unchanged until the call returns.
 ///
 /// The five transfers answer with a response, failed or not, whose `GetErrCode` tells the outcome. The pointer is
-/// empty only when the response could not be made (a record says why). `std::bad_alloc` may pass.
+/// empty only when the response could not be made (a record says why). `std::bad_alloc` may pass, and what
+/// the host's services throw.
 class __attribute__((visibility("default"))) ISFtpClient
 {
 public:

@@ -13,7 +13,7 @@ class ISFtpClient;
 ///   0    success; `errorText` is left as it was,
 ///   -1   the library could not run it; `errorText` is left as it was and a log record says why,
 ///   else libcurl's result code (9 is reported as 78); `errorText` is replaced by libcurl's text for it.
-/// Of the library itself only `std::bad_alloc` is thrown.
+/// Of the library itself only `std::bad_alloc` is thrown; what the host's services throw passes.
 ///
 /// Threads: one object may be used from many threads at the same time; do not destroy it while a call runs. Many calls
 /// may also be given the same request at the same time, for it is only read; each needs an `errorText` of its own. What
@@ -69,7 +69,9 @@ public:
 
     /// Asks the server for the size of `remotePath`. True when a download may go on: the size is known and below the
     /// limit (104857600 bytes for a local file named "RetentionDB.db", 53687091200 bytes for any other), or there is
-    /// no such remote file, so that the download itself can report it.
+    /// no such remote file, so that the download itself can report it. False otherwise; a record says why. Of
+    /// `localPath` only the name counts. Connecting, and each reply of the server, may take as long as libcurl allows
+    /// (300 and 120 seconds).
     ///
     /// The check runs without the library's TLS step: with an ftp: URL it logs in in the clear, with an ftps: URL the
     /// server is verified against libcurl's own trust store. libcurl's trace of it, with the password, goes to the

@@ -11,7 +11,7 @@ public:
     ///
     /// The library asks for one value: `CertAuthSwitch` of section `General`, with the default true. 0 allows
     /// transfers to a server that is not verified, for requests whose certificate text is "none"; anything else
-    /// forbids them.
+    /// forbids them. What is thrown ends the operation and passes to the library's caller.
     static int getInt(const std::string& section, const std::string& key, bool defaultValue);
 };
 

@@ -15,7 +15,9 @@ class SecuritySS
 {
 public:
     /// Adds the host's own TLS settings to a libcurl easy handle (`CURL*`), which stays the library's.
-    /// `cert` is the certificate text that belongs to the handle, or "none".
+    /// `cert` is the certificate text that belongs to the handle, or "none"; the service may change it, and the library
+    /// does nothing more with it. Called by `CurlSFtpResponse::SetCert` alone, to whose caller the answer goes, and
+    /// whatever is thrown.
     static SecuritySS_RC enrichSSL(void* curl, std::string& cert);
 };
 

@@ -8,6 +8,9 @@
 
 #include <string>
 
+// What includes this header is built with libcurl's and OpenSSL's headers, and linked with OpenSSL where it frees a
+// certificate.
+
 /// Sets the TLS options of a transfer: TLS required on the control and the data connection, the server's chain
 /// verified against libcurl's trust store and `cert` (one certificate, PEM or DER). For the exact text "none" the
 /// host's configuration may switch the verification off. The host name is never compared.

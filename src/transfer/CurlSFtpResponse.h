@@ -20,6 +20,9 @@
 ///
 /// The operations return true on success and leave libcurl's result in `m_ErrorCode`, which keeps its first value, 2,
 /// where no transfer took place. A failure writes a log record. `timeout` has an effect on the listing alone.
+///
+/// REQUIRES: the host has called `curl_global_init` and supplies the host services (platform/). What includes this
+/// header is built with libcurl's headers, and linked with libcurl where it uses `curlHandle`.
 class __attribute__((visibility("default"))) CurlSFtpResponse : public ISFtpResponse
 {
 public:
