@@ -39,13 +39,14 @@ Start vsftpd(const std::string& folder, const std::string& settings)
 
 Start proftpd(const std::string& folder, const std::string& settings)
 {
-    const std::string configuration = "ServerType inetd\nServerName test\nUser nobody\nGroup nogroup\n"
-                                      "UseReverseDNS off\nUseIPv6 off\nRequireValidShell off\nUseFtpUsers off\n"
-                                      "DefaultRoot ~\nWtmpLog off\nTransferLog none\nSystemLog " +
-                                      folder + "/system.log\nScoreboardFile " + folder +
-                                      "/scoreboard\nModulePath /run/packages/proftpd-mod-crypto/usr/lib/proftpd\n"
-                                      "AuthOrder mod_auth_unix.c\nAuthPAM off\nDelayEngine off\n" +
-                                      settings;
+    const std::string configuration =
+        "ServerType inetd\nServerName test\nUser nobody\nGroup nogroup\n"
+        "DefaultAddress 127.0.0.1\nUseReverseDNS off\nUseIPv6 off\nRequireValidShell off\nUseFtpUsers off\n"
+        "DefaultRoot ~\nWtmpLog off\nTransferLog none\nSystemLog " +
+        folder + "/system.log\nScoreboardFile " + folder +
+        "/scoreboard\nModulePath /run/packages/proftpd-mod-crypto/usr/lib/proftpd\n"
+        "AuthOrder mod_auth_unix.c\nAuthPAM off\nDelayEngine off\n" +
+        settings;
     return {{"/run/packages/proftpd-core/usr/sbin/proftpd", "--config", writeConfiguration(folder, configuration)}};
 }
 
