@@ -21,6 +21,7 @@ if(NOT found STREQUAL expected)
     list(JOIN found "\n  " found)
     list(JOIN expected "\n  " expected)
     file(REMOVE ${LIBRARY})
-    message(FATAL_ERROR "${LIBRARY} must leave exactly the host services undefined, as listed in ${EXPECTED}:\n"
-                        "  ${expected}\nbut it leaves\n  ${found}")
+    message(FATAL_ERROR "The library must leave exactly the host services undefined.\n"
+                        "  library: ${LIBRARY}\n  list: ${EXPECTED}\n"
+                        "The list has\n  ${expected}\nbut the library leaves\n  ${found}")
 endif()

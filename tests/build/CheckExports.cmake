@@ -41,7 +41,8 @@ list(REMOVE_ITEM unlisted ${listed})
 if(missing OR unlisted)
     list(JOIN missing "\n  " missing)
     list(JOIN unlisted "\n  " unlisted)
-    message(FATAL_ERROR "${LIBRARY} must export what ${MAP} lists.\nListed, but not exported:\n  ${missing}\n"
+    message(FATAL_ERROR "The library must export what its map lists.\n  library: ${LIBRARY}\n  map: ${MAP}\n"
+                        "Listed, but not exported:\n  ${missing}\n"
                         "Exported, but not listed:\n  ${unlisted}\n"
                         "Hosts rely on every export: bring the library and the list together again.")
 endif()
