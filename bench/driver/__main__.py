@@ -46,12 +46,12 @@ class Effort:
 
 
 FULL = Effort(
-    sizes={MIB: 24, 64 * MIB: 48, GIB: 24},
+    sizes={MIB: 24, 64 * MIB: 160, GIB: 40},
     names={1: 24, 1000: 24, 100_000: 24},
     small_rounds=24,
     threads=[1, 2, 4, 8, 16, 32, 64, 128, 256],
-    thread_rounds=15,
-    calls_at_once=64,
+    thread_rounds=24,
+    calls_at_once=128,
     memory_sizes=[MIB, 16 * MIB, 256 * MIB, GIB, 10 * GIB],
     count_size=64 * MIB,
     micro_repetitions=10,

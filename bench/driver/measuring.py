@@ -1,6 +1,7 @@
 """Runs commands and keeps what each of them took."""
 
 import dataclasses
+import random
 import subprocess
 
 
@@ -33,7 +34,7 @@ def measure(build, command, environment):
 
 
 class Recorder:
-    """Measures in alternation, and keeps every single run for runs.csv."""
+    """Measures in rounds, and keeps every single run for runs.csv."""
 
     HEAD = ["suite", "work", "client", "round", "wall s", "user s", "system s", "peak KiB"]
 
@@ -41,15 +42,18 @@ class Recorder:
         self.build = build
         self.say = say
         self.rows = []
+        # The same draws in every benchmark.
+        self._draw = random.Random(0)
 
     def alternate(self, suite, work, rounds, clients):
         """`clients` maps each name to what makes its command ready: a function that gives command and environment.
-        Gives the runs of each, round by round."""
+        Gives the runs of each, round by round. Their order within a round is drawn: what goes to and fro in the machine,
+        such as the processor that a process gets, would always meet the same one."""
         self.say(f"{suite}: {work}, {rounds} rounds")
         runs = {name: [] for name in clients}
         for number in range(rounds):
-            for name, prepare in clients.items():
-                run = measure(self.build, *prepare())
+            for name in self._draw.sample(list(clients), len(clients)):
+                run = measure(self.build, *clients[name]())
                 runs[name].append(run)
                 self.rows.append([suite, work, name, number, run.wall, run.user, run.system, run.peak])
         return runs

@@ -54,6 +54,20 @@ class Suites(unittest.TestCase):
     def test_fixed_costs(self):
         self.assertEqual(4, len(self.rows(fixed)))
 
+    def test_each_has_its_turn_in_every_round_and_the_order_varies(self):
+        turns = []
+
+        def client(name):
+            return lambda: turns.append(name) or (["true"], None)
+
+        names = ["bare", "library", "curl"]
+        runs = self.recorder.alternate("suite", "nothing", 24, {name: client(name) for name in names})
+        rounds = [tuple(turns[at : at + 3]) for at in range(0, len(turns), 3)]
+        self.assertEqual([24] * 3, [len(runs[name]) for name in names])
+        self.assertEqual({tuple(sorted(names))}, {tuple(sorted(each)) for each in rounds})
+        self.assertEqual(6, len(set(rounds)))
+        self.assertEqual(turns, [row[2] for row in self.recorder.rows])
+
     def test_a_failed_call_ends_the_benchmark(self):
         missing = clients.Work("missing", "list", "no-such-folder/")
         call = clients.program(self.server, "library", missing)
