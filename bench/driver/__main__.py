@@ -41,6 +41,7 @@ class Effort:
     thread_rounds: int
     calls_at_once: int
     memory_sizes: list
+    memory_rounds: int
     count_size: int
     micro_repetitions: int
 
@@ -53,6 +54,7 @@ FULL = Effort(
     thread_rounds=24,
     calls_at_once=128,
     memory_sizes=[MIB, 16 * MIB, 256 * MIB, GIB, 10 * GIB],
+    memory_rounds=5,
     count_size=64 * MIB,
     micro_repetitions=10,
 )
@@ -64,15 +66,15 @@ QUICK = Effort(
     thread_rounds=3,
     calls_at_once=8,
     memory_sizes=[MIB, 16 * MIB, 256 * MIB],
+    memory_rounds=1,
     count_size=4 * MIB,
     micro_repetitions=3,
 )
 SUITES = [counts, transfers, sizes, threads, fixed, micro]
 
 
-def measure(build, effort):
-    """All suites. Gives the tables and what was recorded for them."""
-    recorder = Recorder(build, lambda text: print(text, file=sys.stderr, flush=True))
+def measure(build, effort, recorder):
+    """All suites. Gives their tables."""
     goals = Goals()
     tables = []
     for suite in SUITES:
@@ -80,17 +82,21 @@ def measure(build, effort):
         with serving.Server(build) as server:
             tables += suite.suite(server, recorder, goals, effort)
     tables.insert(0, report.Table("Goals", "", ["goal", "met", "undecided", "not met by"], goals.summary()))
-    return tables, recorder
+    return tables
 
 
-def write(tables, recorder, about):
+def write_runs(recorder):
     shutil.rmtree(RESULTS, ignore_errors=True)
     RESULTS.mkdir(parents=True)
-    (RESULTS / "tables.md").write_text("\n".join(map(report.markdown, [about, *tables])))
-    (RESULTS / "tables.csv").write_text(report.comma_separated([about, *tables]))
     with open(RESULTS / "runs.csv", "w", newline="", encoding="utf-8") as file:
         csv.writer(file, lineterminator="\n").writerows([recorder.HEAD, *recorder.rows])
-    plots.draw_all(recorder, tables, RESULTS)
+
+
+def write(tables, recorder):
+    (RESULTS / "tables.md").write_text("\n".join(map(report.markdown, tables)))
+    (RESULTS / "tables.csv").write_text(report.comma_separated(tables))
+    (RESULTS / PLOTS.name).mkdir()
+    plots.draw_all(recorder, tables, RESULTS / PLOTS.name)
 
 
 def keep():
@@ -101,7 +107,7 @@ def keep():
         sys.exit("The last run was a quick one, which is no run to keep: scripts/bench makes one.")
     DOCUMENT.write_text(report.put_between_marks(DOCUMENT.read_text(), tables.read_text()))
     PLOTS.mkdir(exist_ok=True)
-    for plot in RESULTS.glob("*.svg"):
+    for plot in (RESULTS / PLOTS.name).glob("*.svg"):
         shutil.copy(plot, PLOTS)
 
 
@@ -109,12 +115,17 @@ def main(build, mode):
     if mode == "keep":
         keep()
         return
-    load_before = machine.load()
-    tables, recorder = measure(build, QUICK if mode == "quick" else FULL)
+    machine.allow_many_files()
     title = "The machine" + (", for a quick run" if mode == "quick" else "")
-    about = report.Table(title, "", ["what", "which"], machine.describe(load_before))
-    write(tables, recorder, about)
-    print("\n".join(map(report.terminal, [about, *tables])))
+    about = report.Table(title, "", ["what", "which"], machine.describe(machine.load(), serving.place()))
+    recorder = Recorder(build, lambda text: print(text, file=sys.stderr, flush=True))
+    try:
+        tables = [about, *measure(build, QUICK if mode == "quick" else FULL, recorder)]
+    finally:
+        # Also what a failure leaves.
+        write_runs(recorder)
+    print("\n".join(map(report.terminal, tables)))
+    write(tables, recorder)
     print(f"\nTables and plots are in {RESULTS}.")
 
 

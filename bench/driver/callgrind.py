@@ -25,6 +25,7 @@ def parse(lines, library=LIBRARY):
     """Adds up callgrind's own costs. The line after `calls=` holds what was called, which is counted where it is."""
     names = {}
     own = total = 0
+    told = None
     in_library = skip = False
     for line in lines:
         line = line.rstrip("\n")
@@ -43,8 +44,10 @@ def parse(lines, library=LIBRARY):
         # A called function's object is named too, as "cob=", and may be named there first.
         elif line.startswith("cob=") and (found := _OBJECT.match(line[1:])):
             names.setdefault(found.group(1), found.group(2))
-        elif line.startswith("totals: ") and total != int(line.split()[1]):
-            raise ValueError(f"The costs add up to {total}, but callgrind says {line}.")
+        elif line.startswith("totals: "):
+            told = int(line.split()[1])
+    if total != told:
+        raise ValueError(f"The costs add up to {total}, but callgrind says {told}.")
     return Count(own, total)
 
 

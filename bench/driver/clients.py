@@ -52,14 +52,18 @@ def curl(server, work):
 def lftp(server, work):
     folder = pathlib.PurePosixPath("/") / work.path
     does = {
-        "download": f"cat /{work.path} > {work.local}",
+        "download": f"get /{work.path} -o {server.discard()}",
         "upload": f"put {work.local} -o /{work.path}",
         "list": f"nlist /{work.path} > {work.local}",
         "test": f"ls /{work.path} > /dev/null",
         "rename": f"quote rename {folder / work.remote} {folder / work.local} > /dev/null",
         "delete": f"rm {folder / work.remote}",
     }[work.operation]
-    settings = f"set ssl:ca-file {server.machine_trust}; set net:max-retries 1; set net:timeout 60; "
+    settings = f"set ssl:ca-file {server.machine_trust}; set ssl:verify-certificate yes; "
+    settings += "set ftp:ssl-protect-data yes; set ftp:ssl-protect-list yes; "
+    settings += "set net:max-retries 1; set net:timeout 60; "
+    # It would give /dev/null the server's time, and put an older file aside.
+    settings += "set ftp:use-mdtm no; set xfer:clobber yes; set xfer:make-backup no; "
     login = f"open --user backup --env-password {server.url('')}; "
     environment = {"LFTP_PASSWORD": server.password}
     return _prepared(work, ["lftp", "--norc", "-c", settings + login + does], server, environment)

@@ -5,6 +5,11 @@ import math
 import statistics
 
 
+RATIO = "{:.3f} ({:.2f}–{:.2f})"
+DIFFERENCE = "{:+.0f} ({:+.0f} to {:+.0f})"
+AMOUNT = "{:.0f} ({:.0f}–{:.0f})"
+
+
 @dataclasses.dataclass(frozen=True)
 class Spread:
     """The median of some figures, with the least and the greatest of them, and with the two between which the median of
@@ -15,17 +20,27 @@ class Spread:
     greatest: float
     low: float
     high: float
+    form: str = RATIO
 
     @staticmethod
-    def of(figures):
+    def of(figures, form=RATIO):
         figures = sorted(figures)
         left_out = outside(len(figures))
         return Spread(
-            statistics.median(figures), figures[0], figures[-1], figures[left_out], figures[len(figures) - 1 - left_out]
+            statistics.median(figures),
+            figures[0],
+            figures[-1],
+            figures[left_out],
+            figures[len(figures) - 1 - left_out],
+            form,
         )
 
     def __str__(self):
-        return f"{self.median:.3f} ({self.least:.2f}–{self.greatest:.2f})"
+        return self.form.format(*self.cells())
+
+    def cells(self):
+        """What a spreadsheet shows in cells of their own."""
+        return [self.median, self.least, self.greatest]
 
 
 def outside(count):

@@ -4,7 +4,7 @@ import dataclasses
 
 import works
 from clients import program
-from figures import Spread
+from figures import DIFFERENCE, Spread
 from report import Table
 
 SUITE = "fixed costs"
@@ -13,8 +13,10 @@ SUITE = "fixed costs"
 def suite(server, recorder, goals, effort):
     table = Table(
         "Fixed costs of a call",
-        "Differences in milliseconds between two runs of the bare program side by side: median (least–greatest).",
-        ["cost", "with", "without", "wall time", "CPU time"],
+        "Differences between two runs of the bare program side by side: median (least to greatest), in milliseconds "
+        "and KiB. What comes by chance has two values and no middle: so many of the runs with it, and without it, idled for "
+        "more than a tenth of a second.",
+        ["cost", "with", "without", "wall time", "idle with", "idle without", "CPU time", "peak memory"],
     )
     lists = works.listing(server, 1)
     size = dataclasses.replace(works.download(server, works.MIB), operation="size")
@@ -34,7 +36,11 @@ def suite(server, recorder, goals, effort):
             ("easy interface", "multi interface"),
             {"with": bare(lists), "without": bare(lists, polled=True)},
         ),
-        ("a download's size check, which logs in by itself", ("size check", "nothing"), {"with": bare(size)}),
+        (
+            "a download's size check, which logs in by itself",
+            ("size check", "nothing"),
+            {"with": bare(size), "without": bare(size, calls=0)},
+        ),
         (
             "a connection for each call",
             ("2 listings, 2 connections", "2 listings, 1 connection"),
@@ -42,12 +48,16 @@ def suite(server, recorder, goals, effort):
         ),
     ]:
         runs = recorder.alternate(SUITE, cost, effort.small_rounds, pair)
-        table.rows.append([cost, *names, *(_milliseconds(runs, what) for what in ("wall", "cpu"))])
+        idle = [f"{_idle(runs[name])} of {len(runs[name])}" for name in ("with", "without")]
+        differences = [_difference(runs, what, factor) for what, factor in (("wall", 1000), ("cpu", 1000), ("peak", 1))]
+        table.rows.append([cost, *names, differences[0], *idle, *differences[1:]])
     return [table]
 
 
-def _milliseconds(runs, what):
-    above = [getattr(run, what) for run in runs["with"]]
-    below = [getattr(run, what) for run in runs.get("without", [])] or [0] * len(above)
-    spread = Spread.of(1000 * (more - less) for more, less in zip(above, below))
-    return f"{spread.median:.0f} ({spread.least:.0f}–{spread.greatest:.0f})"
+def _difference(runs, what, factor):
+    pairs = zip(runs["with"], runs["without"])
+    return Spread.of((factor * (getattr(more, what) - getattr(less, what)) for more, less in pairs), DIFFERENCE)
+
+
+def _idle(runs):
+    return sum(run.wall - run.cpu > 0.1 for run in runs)

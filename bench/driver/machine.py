@@ -4,6 +4,7 @@ import datetime
 import os
 import pathlib
 import platform
+import resource
 import subprocess
 
 
@@ -29,14 +30,28 @@ def load():
     return f"{os.getloadavg()[0]:.2f}"
 
 
-def describe(load_before):
+def _memory():
+    return f"{os.sysconf('SC_PHYS_PAGES') * os.sysconf('SC_PAGE_SIZE') / (1 << 30):.0f} GiB"
+
+
+def allow_many_files():
+    """256 threads have more sockets than most systems let a process open unasked."""
+    needed = 4096
+    _, most = resource.getrlimit(resource.RLIMIT_NOFILE)
+    if most != resource.RLIM_INFINITY and most < needed:
+        raise RuntimeError(f"A process may open only {most} files here; {needed} are needed: ulimit -Hn {needed}.")
+    resource.setrlimit(resource.RLIMIT_NOFILE, (needed, most))
+
+
+def describe(load_before, place):
     return [
         ("day", datetime.datetime.now(datetime.timezone.utc).strftime("%-d %B %Y, %H:%M UTC")),
-        ("processor", f"{_processor()}, {os.cpu_count()} cores"),
+        ("processor", f"{_processor()}, {os.cpu_count()} cores, {_memory()} of memory"),
         ("system", f"{_distribution()}, Linux {platform.release()}"),
         # "curl 7.88.1 (x86_64-pc-linux-gnu) libcurl/7.88.1 OpenSSL/3.0.19 zlib/1.2.13 ..."
         ("libcurl and its TLS", " ".join(_first_line("curl", "--version").split()[3:5])),
         ("lftp", _first_line("lftp", "--version").split("|")[1].strip()),
         ("compiler", _first_line("g++", "--version")),
-        ("load before and after", f"{load_before} and {load()}"),
+        ("the server's files", str(place)),
+        ("load before", load_before),
     ]

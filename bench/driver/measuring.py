@@ -47,8 +47,8 @@ class Recorder:
 
     def alternate(self, suite, work, rounds, clients):
         """`clients` maps each name to what makes its command ready: a function that gives command and environment.
-        Gives the runs of each, round by round. Their order within a round is drawn: what goes to and fro in the machine,
-        such as the processor that a process gets, would always meet the same one."""
+        Gives the runs of each, round by round. Their order within a round is drawn: what goes to and fro in the
+        machine, such as the processor that a process gets, would always meet the same one."""
         self.say(f"{suite}: {work}, {rounds} rounds")
         runs = {name: [] for name in clients}
         for number in range(rounds):

@@ -1,5 +1,6 @@
 """Plots of the tables, drawn by gnuplot."""
 
+import statistics
 import subprocess
 
 COLOURS = {"library": "#1b6ca8", "bare": "#e08e1b", "curl": "#5b9f5b", "lftp": "#9b5b9b"}
@@ -26,8 +27,7 @@ def _draw(path, script):
 
 
 def _median(recorder, suite, work, client, figure):
-    found = sorted(figure(row) for row in recorder.rows if row[:3] == [suite, work, client])
-    return found[len(found) // 2]
+    return statistics.median(figure(row) for row in recorder.rows if row[:3] == [suite, work, client])
 
 
 def _works(recorder, suite):
@@ -79,7 +79,7 @@ plot {lines}
 
 def memory(tables, path):
     table = next(each for each in tables if each.plot == "memory.svg")
-    rows = [[row[0].replace(",", ""), row[1] / 1024, row[2] / 1024] for row in table.rows]
+    rows = [[row[0].replace(",", ""), row[1].median / 1024, row[2].median / 1024] for row in table.rows]
     _draw(path, _block("data", rows) + f"""
 set xlabel "size of the file"
 set ylabel "peak memory in MiB"

@@ -4,6 +4,8 @@ import csv
 import dataclasses
 import io
 
+from figures import Spread
+
 
 @dataclasses.dataclass
 class Table:
@@ -35,13 +37,34 @@ def terminal(table):
 
 
 def comma_separated(tables):
-    """All tables below one another, each line with its table's title in front."""
+    """All tables below one another, each line with its table's title in front, and each figure in a cell of its own."""
     text = io.StringIO()
     writer = csv.writer(text, lineterminator="\n")
     for table in tables:
-        for row in [table.head, *table.rows]:
-            writer.writerow([table.title, *row])
+        writer.writerow([table.title, *_head_cells(table)])
+        for row in table.rows:
+            writer.writerow([table.title, *_row_cells(table, row)])
     return text.getvalue()
+
+
+def _has_spreads(table, column):
+    return any(isinstance(row[column], Spread) for row in table.rows)
+
+
+def _head_cells(table):
+    for column, name in enumerate(table.head):
+        yield name
+        if _has_spreads(table, column):
+            yield from (f"{name}, least", f"{name}, greatest")
+
+
+def _row_cells(table, row):
+    for column, cell in enumerate(row):
+        if isinstance(cell, Spread):
+            yield from cell.cells()
+        else:
+            yield cell
+            yield from ("", "") if _has_spreads(table, column) else ()
 
 
 BEGIN = "<!-- measured: scripts/bench keep writes what is between these two lines -->"

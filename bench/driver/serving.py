@@ -10,6 +10,17 @@ import tempfile
 BUNDLE = pathlib.Path("/etc/ssl/certs/ca-certificates.crt")
 # Files in memory: what a disk takes is no concern of what is compared.
 MEMORY = pathlib.Path("/dev/shm")
+# For the largest upload, and the little besides.
+ROOM = (1 << 30) + (64 << 20)
+
+
+def place():
+    """Where the served files go: a container's /dev/shm may be too small."""
+    enough = MEMORY.is_dir() and shutil.disk_usage(MEMORY).free >= ROOM
+    chosen = MEMORY if enough else pathlib.Path(tempfile.gettempdir())
+    if shutil.disk_usage(chosen).free < ROOM:
+        raise RuntimeError(f"{MEMORY} and {chosen} have too little room: one of them needs {ROOM >> 20} MiB.")
+    return chosen
 
 
 class Server:
@@ -21,8 +32,7 @@ class Server:
         self._keep_transcript = keep_transcript
 
     def __enter__(self):
-        place = MEMORY if MEMORY.is_dir() else None
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="sftpclient-bench-", dir=place))
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="sftpclient-bench-", dir=place()))
         try:
             self.served = self.folder / "served"
             self.served.mkdir()
@@ -79,11 +89,19 @@ class Server:
     def environment(self, trust=None):
         """What the programs under measurement find in their environment."""
         return {
-            **os.environ,
+            # A proxy would be measured, too.
+            **{name: value for name, value in os.environ.items() if not name.lower().endswith("_proxy")},
             "BENCH_PASSWORD": self.password,
             "BENCH_CA": str(self.certificate),
             "SFTPCLIENT_DEFAULT_TRUST": str(trust or self.machine_trust),
         }
+
+    def discard(self):
+        """/dev/null by another name: a client that first removes or renames its target takes the link."""
+        link = self.folder / "discard"
+        link.unlink(missing_ok=True)
+        link.symlink_to("/dev/null")
+        return link
 
     def make_file(self, name, size):
         """A file of zeros that takes no room. Nothing on the way looks at what the bytes are."""

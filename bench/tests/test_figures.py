@@ -25,6 +25,7 @@ class Spreads(unittest.TestCase):
 
     def test_it_is_written_with_its_ends(self):
         self.assertEqual("1.004 (0.97–1.10)", str(figures.Spread(1.0042, 0.972, 1.1, 1, 1)))
+        self.assertEqual("+4 (-9 to +12)", str(figures.Spread.of([4, -9, 12], figures.DIFFERENCE)))
 
 
 class Ratios(unittest.TestCase):

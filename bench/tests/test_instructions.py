@@ -43,6 +43,9 @@ class Callgrind(unittest.TestCase):
     def test_costs_that_were_overlooked_are_noticed(self):
         self.assertRaises(ValueError, callgrind.parse, COUNTS.replace("197", "198").splitlines())
 
+    def test_counts_that_end_before_their_total_are_noticed(self):
+        self.assertRaises(ValueError, callgrind.parse, COUNTS.replace("totals: 197\n", "").splitlines())
+
 
 class Comparison(unittest.TestCase):
     def test_two_per_cent_more_are_let_pass(self):

@@ -3,6 +3,7 @@
 import unittest
 
 import report
+from figures import Spread
 
 TABLE = report.Table("Title", "What it says.", ["operation", "ratio"], [["list", "1.00"], ["a, b", 2]], plot="cpu.svg")
 
@@ -21,6 +22,14 @@ class Report(unittest.TestCase):
     def test_comma_separated(self):
         self.assertEqual(
             'Title,operation,ratio\nTitle,list,1.00\nTitle,"a, b",2\n', report.comma_separated([TABLE])
+        )
+
+    def test_each_figure_has_a_cell_of_its_own_in_a_spreadsheet(self):
+        rows = [["list", Spread.of([1, 2, 4]), "met"], ["rm", "–", ""]]
+        table = report.Table("Title", "", ["work", "ratio", "goal"], rows)
+        self.assertEqual(
+            'Title,work,ratio,"ratio, least","ratio, greatest",goal\nTitle,list,2,1,4,met\nTitle,rm,–,,,\n',
+            report.comma_separated([table]),
         )
 
     def test_what_stands_around_the_measured_part_is_kept(self):

@@ -1,4 +1,5 @@
-"""Each suite from end to end, with the least that there can be: what it needs is there, and its rows are complete."""
+"""The suites that measure calls, from end to end, with the least that there can be: what they need is there, and their
+rows are complete."""
 
 import os
 import unittest
@@ -24,6 +25,7 @@ EFFORT = SimpleNamespace(
     thread_rounds=1,
     calls_at_once=2,
     memory_sizes=[MIB, 2 * MIB],
+    memory_rounds=1,
 )
 
 
