@@ -6,6 +6,7 @@ Measures, and writes tables and plots into build/bench. "quick" makes few rounds
 
 import csv
 import dataclasses
+import os
 import pathlib
 import shutil
 import sys
@@ -71,6 +72,7 @@ QUICK = Effort(
     micro_repetitions=3,
 )
 SUITES = [counts, transfers, sizes, threads, fixed, micro]
+ONE_CALL_AT_A_TIME = [transfers, sizes, fixed]
 
 
 def measure(build, effort, recorder):
@@ -78,8 +80,12 @@ def measure(build, effort, recorder):
     goals = Goals()
     tables = []
     for suite in SUITES:
+        client_on, server_on = machine.processors(apart=suite in ONE_CALL_AT_A_TIME)
+        # What is started from here on runs where this process may.
+        os.sched_setaffinity(0, server_on)
         # A server each, so that none inherits another's files.
         with serving.Server(build) as server:
+            os.sched_setaffinity(0, client_on)
             tables += suite.suite(server, recorder, goals, effort)
     tables.insert(0, report.Table("Goals", "", ["goal", "met", "undecided", "not met by"], goals.summary()))
     return tables
