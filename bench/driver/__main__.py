@@ -128,8 +128,9 @@ def main(build, mode):
     try:
         tables = [about, *measure(build, QUICK if mode == "quick" else FULL, recorder)]
     finally:
-        # Also what a failure leaves.
-        write_runs(recorder)
+        # Also what a failure leaves; but one before the first run leaves the last benchmark's.
+        if recorder.rows:
+            write_runs(recorder)
     print("\n".join(map(report.terminal, tables)))
     write(tables, recorder)
     print(f"\nTables and plots are in {RESULTS}.")

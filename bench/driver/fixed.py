@@ -14,8 +14,8 @@ def suite(server, recorder, goals, effort):
     table = Table(
         "Fixed costs of a call",
         "Differences between two runs of the bare program side by side: median (least to greatest), in milliseconds "
-        "and KiB. What comes by chance has two values and no middle: so many of the runs with it, and without it, idled for "
-        "more than a tenth of a second.",
+        "and KiB. What comes by chance has two values and no middle: so many of the runs with it, and without it, idled "
+        "for more than a tenth of a second.",
         ["cost", "with", "without", "wall time", "idle with", "idle without", "CPU time", "peak memory"],
     )
     lists = works.listing(server, 1)

@@ -49,10 +49,11 @@ def _memory():
 def allow_many_files():
     """256 threads have more sockets than most systems let a process open unasked."""
     needed = 4096
-    _, most = resource.getrlimit(resource.RLIMIT_NOFILE)
+    now, most = resource.getrlimit(resource.RLIMIT_NOFILE)
     if most != resource.RLIM_INFINITY and most < needed:
         raise RuntimeError(f"A process may open only {most} files here; {needed} are needed: ulimit -Hn {needed}.")
-    resource.setrlimit(resource.RLIMIT_NOFILE, (needed, most))
+    if now != resource.RLIM_INFINITY and now < needed:
+        resource.setrlimit(resource.RLIMIT_NOFILE, (needed, most))
 
 
 def describe(load_before, place):

@@ -1,5 +1,6 @@
-"""Which processors the client and the server get."""
+"""Which processors the client and the server get, and how many files they may open."""
 
+import resource
 import unittest
 from unittest import mock
 
@@ -22,6 +23,26 @@ class Processors(unittest.TestCase):
     def test_a_single_one_is_shared(self):
         with having({1}):
             self.assertEqual(({1}, {1}), machine.processors(apart=True))
+
+
+class Files(unittest.TestCase):
+    def limits_after(self, now, most):
+        """What the limits are set to where they are these; None where they are left alone."""
+        with mock.patch("resource.getrlimit", return_value=(now, most)), mock.patch("resource.setrlimit") as set_to:
+            machine.allow_many_files()
+        return set_to.call_args and set_to.call_args.args[1]
+
+    def test_a_low_limit_is_raised(self):
+        self.assertEqual((4096, 524288), self.limits_after(1024, 524288))
+        self.assertEqual((4096, resource.RLIM_INFINITY), self.limits_after(1024, resource.RLIM_INFINITY))
+
+    def test_a_limit_that_suffices_is_left_alone(self):
+        self.assertIsNone(self.limits_after(4096, 4096))
+        self.assertIsNone(self.limits_after(resource.RLIM_INFINITY, resource.RLIM_INFINITY))
+
+    def test_one_that_cannot_be_raised_is_told(self):
+        with self.assertRaisesRegex(RuntimeError, "only 1024 files .* ulimit -Hn 4096"):
+            self.limits_after(1024, 1024)
 
 
 if __name__ == "__main__":
