@@ -3,6 +3,7 @@
 import dataclasses
 import math
 import statistics
+from typing import ClassVar
 
 
 RATIO = "{:.3f} ({:.2f}–{:.2f})"
@@ -21,6 +22,7 @@ class Spread:
     low: float
     high: float
     form: str = RATIO
+    FIGURES: ClassVar = ["", "least", "greatest"]
 
     @staticmethod
     def of(figures, form=RATIO):

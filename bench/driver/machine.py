@@ -56,7 +56,11 @@ def allow_many_files():
         resource.setrlimit(resource.RLIMIT_NOFILE, (needed, most))
 
 
-def describe(load_before, place):
+def _certificates(bundle):
+    return bundle.read_text().count("-----BEGIN CERTIFICATE-----")
+
+
+def describe(load_before, place, trust_store):
     return [
         ("day", datetime.datetime.now(datetime.timezone.utc).strftime("%-d %B %Y, %H:%M UTC")),
         ("processor", f"{_processor()}, {os.cpu_count()} cores, {_memory()} of memory"),
@@ -66,5 +70,6 @@ def describe(load_before, place):
         ("lftp", _first_line("lftp", "--version").split("|")[1].strip()),
         ("compiler", _first_line("g++", "--version")),
         ("the server's files", str(place)),
+        ("certificates in the trust store", _certificates(trust_store)),
         ("load before", load_before),
     ]

@@ -4,8 +4,6 @@ import csv
 import dataclasses
 import io
 
-from figures import Spread
-
 
 @dataclasses.dataclass
 class Table:
@@ -47,24 +45,24 @@ def comma_separated(tables):
     return text.getvalue()
 
 
-def _has_spreads(table, column):
-    return any(isinstance(row[column], Spread) for row in table.rows)
+def _figures(table, column):
+    """What the figures of a column's cells are called: those of a cell that has several tell it themselves."""
+    for row in table.rows:
+        if hasattr(row[column], "FIGURES"):
+            return row[column].FIGURES
+    return [""]
 
 
 def _head_cells(table):
     for column, name in enumerate(table.head):
-        yield name
-        if _has_spreads(table, column):
-            yield from (f"{name}, least", f"{name}, greatest")
+        yield from (f"{name}, {figure}" if figure else name for figure in _figures(table, column))
 
 
 def _row_cells(table, row):
     for column, cell in enumerate(row):
-        if isinstance(cell, Spread):
-            yield from cell.cells()
-        else:
-            yield cell
-            yield from ("", "") if _has_spreads(table, column) else ()
+        figures = _figures(table, column)
+        cells = cell.cells() if hasattr(cell, "cells") else [cell]
+        yield from cells + [""] * (len(figures) - len(cells))
 
 
 BEGIN = "<!-- measured: scripts/bench keep writes what is between these two lines -->"

@@ -1,5 +1,8 @@
 """Suite: each operation, alone in a process, for the library, the bare program, curl and lftp."""
 
+import dataclasses
+from typing import ClassVar
+
 import works
 from clients import TOOLS, everyone, pair
 from figures import DIFFERENCE, MET, Spread, ratios
@@ -24,7 +27,7 @@ def suite(server, recorder, goals, effort):
     pairs, measured = {}, {}
     for work, rounds in _work(server, effort):
         pairs[work] = recorder.alternate(PAIRS, work.name, rounds, pair(server, work))
-        measured[work] = recorder.alternate(SUITE, work.name, max(1, rounds // 4), everyone(server, work))
+        measured[work] = recorder.alternate(SUITE, work.name, _tool_rounds(rounds), everyone(server, work))
     return [_beside_bare(pairs, goals), _beside_tools(measured, goals), _absolute(measured)]
 
 
@@ -38,6 +41,11 @@ def _work(server, effort):
         yield works.listing(server, names), rounds
     for work in works.on_one_file(server):
         yield work, effort.small_rounds
+
+
+def _tool_rounds(pairs):
+    """The tools differ by more than the bare program does, so fewer runs show it."""
+    return max(1, min(24, pairs // 4))
 
 
 def _of(runs, what):
@@ -95,6 +103,28 @@ def _beside_tools(measured, goals):
     return table
 
 
+@dataclasses.dataclass(frozen=True)
+class Took:
+    """What the runs of one client took, each figure the median."""
+
+    wall: float
+    user: float
+    system: float
+    peak_mib: float
+    FIGURES: ClassVar = ["wall s", "user s", "system s", "peak MiB"]
+
+    @staticmethod
+    def of(runs):
+        wall, user, system, peak = (Spread.of(_of(runs, what)).median for what in ("wall", "user", "system", "peak"))
+        return Took(wall, user, system, peak / 1024)
+
+    def __str__(self):
+        return f"{self.wall:.3f} / {self.user:.3f} / {self.system:.3f}, {self.peak_mib:.1f}"
+
+    def cells(self):
+        return [self.wall, self.user, self.system, self.peak_mib]
+
+
 def _absolute(measured):
     clients = ["library", "bare", *TOOLS]
     table = Table(
@@ -105,10 +135,5 @@ def _absolute(measured):
         plot="cpu.svg",
     )
     for work, runs in measured.items():
-        row = [work.name]
-        for client in clients:
-            wall, user, system = (Spread.of(_of(runs[client], what)).median for what in ("wall", "user", "system"))
-            peak = Spread.of(_of(runs[client], "peak")).median / 1024
-            row.append(f"{wall:.3f} / {user:.3f} / {system:.3f}, {peak:.1f}")
-        table.rows.append(row)
+        table.rows.append([work.name, *(Took.of(runs[client]) for client in clients)])
     return table
