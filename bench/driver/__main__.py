@@ -11,6 +11,8 @@ import pathlib
 import shutil
 import sys
 
+import beside_bare
+import beside_tools
 import counts
 import fixed
 import machine
@@ -20,7 +22,6 @@ import report
 import serving
 import sizes
 import threads
-import transfers
 from figures import Goals
 from measuring import Recorder
 from works import GIB, MIB
@@ -33,55 +34,66 @@ PLOTS = TOP / "docs/performance"
 
 @dataclasses.dataclass(frozen=True)
 class Effort:
-    """How much is done of what. Sizes and numbers of names go with their rounds."""
+    """How much is done of what. Sizes and numbers of names go with their pairs of runs."""
 
     sizes: dict
     names: dict
-    small_rounds: int
+    small_pairs: int
     threads: list
     thread_rounds: int
     calls_at_once: int
     memory_sizes: list
     memory_rounds: int
+    fixed_rounds: int
     count_size: int
     micro_repetitions: int
 
 
 FULL = Effort(
-    # The goals within 1 % need as many: on a virtual machine two runs of the same easily differ by 12 %.
-    sizes={MIB: 24, 64 * MIB: 320, GIB: 120},
+    # The goals within 1 % need as many: on a virtual machine, two runs of the same easily differ by 5 %.
+    sizes={MIB: 24, 64 * MIB: 200, GIB: 100},
     names={1: 24, 1000: 24, 100_000: 24},
-    small_rounds=24,
+    small_pairs=24,
     threads=[1, 2, 4, 8, 16, 32, 64, 128, 256],
-    thread_rounds=24,
+    thread_rounds=40,
     calls_at_once=128,
     memory_sizes=[MIB, 16 * MIB, 256 * MIB, GIB, 10 * GIB],
     memory_rounds=5,
+    fixed_rounds=24,
     count_size=64 * MIB,
     micro_repetitions=10,
 )
 QUICK = Effort(
     sizes={MIB: 4, 64 * MIB: 4},
     names={1: 4, 1000: 4},
-    small_rounds=4,
+    small_pairs=4,
     threads=[1, 4, 16],
     thread_rounds=3,
     calls_at_once=8,
     memory_sizes=[MIB, 16 * MIB, 256 * MIB],
     memory_rounds=1,
+    fixed_rounds=4,
     count_size=4 * MIB,
     micro_repetitions=3,
 )
-SUITES = [counts, transfers, sizes, threads, fixed, micro]
-ONE_CALL_AT_A_TIME = [transfers, sizes, fixed]
+# Each with the processors for what it starts.
+SUITES = {
+    counts: machine.everywhere,
+    beside_bare: machine.together,
+    beside_tools: machine.apart,
+    sizes: machine.apart,
+    threads: machine.everywhere,
+    fixed: machine.apart,
+    micro: machine.everywhere,
+}
 
 
 def measure(build, effort, recorder):
     """All suites. Gives their tables."""
     goals = Goals()
     tables = []
-    for suite in SUITES:
-        client_on, server_on = machine.processors(apart=suite in ONE_CALL_AT_A_TIME)
+    for suite, placed in SUITES.items():
+        client_on, server_on = placed()
         # What is started from here on runs where this process may.
         os.sched_setaffinity(0, server_on)
         # A server each, so that none inherits another's files.
@@ -124,7 +136,8 @@ def main(build, mode):
         return
     machine.allow_many_files()
     title = "The machine" + (", for a quick run" if mode == "quick" else "")
-    about = report.Table(title, "", ["what", "which"], machine.describe(machine.load(), serving.place(), serving.BUNDLE))
+    described = machine.describe(machine.load(), serving.place(), serving.BUNDLE)
+    about = report.Table(title, "", ["what", "which"], described)
     recorder = Recorder(build, lambda text: print(text, file=sys.stderr, flush=True))
     try:
         tables = [about, *measure(build, QUICK if mode == "quick" else FULL, recorder)]

@@ -94,7 +94,8 @@ class Goals:
         rows = []
         for goal in dict.fromkeys(goal for goal, _, _ in self.judged):
             of_goal = [(subject, verdict) for each, subject, verdict in self.judged if each == goal]
-            by = {each: [subject for subject, verdict in of_goal if verdict == each] for each in (MET, UNDECIDED, MISSED)}
+            verdicts = (MET, UNDECIDED, MISSED)
+            by = {each: [subject for subject, verdict in of_goal if verdict == each] for each in verdicts}
             others = (", ".join(by[each]) or "–" for each in (UNDECIDED, MISSED))
             rows.append([goal, f"{len(by[MET])} of {len(of_goal)}", *others])
         return rows

@@ -14,8 +14,8 @@ def suite(server, recorder, goals, effort):
     table = Table(
         "Fixed costs of a call",
         "Differences between two runs of the bare program side by side: median (least to greatest), in milliseconds "
-        "and KiB. What comes by chance has two values and no middle: so many of the runs with it, and without it, idled "
-        "for more than a tenth of a second.",
+        "and KiB. What comes by chance has two values and no middle: so many of the runs with it, and without it, "
+        "idled for more than a tenth of a second.",
         ["cost", "with", "without", "wall time", "idle with", "idle without", "CPU time", "peak memory"],
     )
     lists = works.listing(server, 1)
@@ -47,7 +47,7 @@ def suite(server, recorder, goals, effort):
             {"with": bare(lists, calls=2), "without": bare(twice)},
         ),
     ]:
-        runs = recorder.alternate(SUITE, cost, effort.small_rounds, pair)
+        runs = recorder.alternate(SUITE, cost, effort.fixed_rounds, pair)
         idle = [f"{_idle(runs[name])} of {len(runs[name])}" for name in ("with", "without")]
         differences = [_difference(runs, what, factor) for what, factor in (("wall", 1000), ("cpu", 1000), ("peak", 1))]
         table.rows.append([cost, *names, differences[0], *idle, *differences[1:]])

@@ -29,13 +29,21 @@ def _distribution():
 _PROCESSORS = os.sched_getaffinity(0)
 
 
-def processors(apart):
-    """Those for the client and those for the server. Left to itself, the kernel puts the two together or apart by turns,
-    and a large download takes 1.4 times as long together."""
-    if not apart or len(_PROCESSORS) == 1:
-        return _PROCESSORS, _PROCESSORS
-    first = min(_PROCESSORS)
-    return {first}, _PROCESSORS - {first}
+def everywhere():
+    """The processors for the client and those for the server: wherever the kernel puts them."""
+    return _PROCESSORS, _PROCESSORS
+
+
+def together():
+    """On one processor, what two runs take differs least: neither waits for the other's processor to wake up."""
+    first = {min(_PROCESSORS)}
+    return first, first
+
+
+def apart():
+    """Left to itself, the kernel would put the two together and apart by turns."""
+    first = {min(_PROCESSORS)}
+    return first, _PROCESSORS - first or first
 
 
 def load():

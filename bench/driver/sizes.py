@@ -4,7 +4,7 @@ import works
 from clients import program
 from figures import AMOUNT, DIFFERENCE, Spread
 from report import Table
-from transfers import MEMORY_GOAL, MEMORY_GOAL_KIB
+from beside_bare import MEMORY_GOAL, MEMORY_GOAL_KIB
 
 SUITE = "memory"
 FLAT_KIB = 1024

@@ -14,8 +14,8 @@ def suite(server, recorder, goals, effort):
         "Many calls at once",
         "Calls per second, and the library's as a ratio to the bare program's: median (least–greatest). Goal: 0.97 or "
         "more. The trust store holds one certificate here, and libcurl's wait is taken out, so that threads meet in "
-        "the library and not there; in its place each waiting thread wakes every millisecond, which many threads pay in "
-        "CPU time. The server shares the processors, so the ratio of the clients' CPU time stands beside.",
+        "the library and not there; in its place each waiting thread wakes every millisecond, which many threads pay "
+        "in CPU time. The server shares the processors, so the ratio of the clients' CPU time stands beside.",
         ["work", "threads", "calls", "library", "bare", "ratio", "CPU time", "goal"],
         plot="threads.svg",
     )
@@ -35,7 +35,8 @@ def suite(server, recorder, goals, effort):
 
 
 def _measure(server, recorder, work, threads, effort):
-    calls = max(1, effort.calls_at_once // threads)
+    # More than one each: a thread takes as long to start as a call.
+    calls = max(2, effort.calls_at_once // threads)
     both = pair(server, work, threads, calls, server.small_trust)
     runs = recorder.alternate(SUITE, f"{work.name}, {threads} threads", effort.thread_rounds, both)
     return threads * calls, runs

@@ -52,3 +52,16 @@ def on_one_file(server):
 
 def of_each_operation(server, size=MIB, names=1000):
     return [download(server, size), upload(server, size), listing(server, names), *on_one_file(server)]
+
+
+def of_every_size(server, effort):
+    """Each operation, as small and as large as it is measured, and how many pairs of runs of it there shall be."""
+    for size, pairs in effort.sizes.items():
+        yield download(server, size), pairs
+        yield upload(server, size), pairs
+        # The next one needs the room.
+        (server.served / "uploaded.bak").unlink()
+    for names, pairs in effort.names.items():
+        yield listing(server, names), pairs
+    for work in on_one_file(server):
+        yield work, effort.small_pairs

@@ -12,17 +12,21 @@ def having(processors):
 
 
 class Processors(unittest.TestCase):
+    def test_everywhere_is_what_this_process_has(self):
+        with having({1, 2, 3}):
+            self.assertEqual(({1, 2, 3}, {1, 2, 3}), machine.everywhere())
+
+    def test_together_they_share_one(self):
+        with having({1, 2, 3}):
+            self.assertEqual(({1}, {1}), machine.together())
+
     def test_apart_they_share_none(self):
         with having({1, 2, 3}):
-            self.assertEqual(({1}, {2, 3}), machine.processors(apart=True))
-
-    def test_together_they_share_all(self):
-        with having({1, 2, 3}):
-            self.assertEqual(({1, 2, 3}, {1, 2, 3}), machine.processors(apart=False))
+            self.assertEqual(({1}, {2, 3}), machine.apart())
 
     def test_a_single_one_is_shared(self):
         with having({1}):
-            self.assertEqual(({1}, {1}), machine.processors(apart=True))
+            self.assertEqual(({1}, {1}), machine.apart())
 
 
 class Files(unittest.TestCase):

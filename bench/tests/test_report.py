@@ -3,9 +3,9 @@
 import unittest
 
 import report
+from beside_tools import Took
 from figures import Spread
 from measuring import Run
-from transfers import Took
 
 TABLE = report.Table("Title", "What it says.", ["operation", "ratio"], [["list", "1.00"], ["a, b", 2]], plot="cpu.svg")
 
@@ -33,12 +33,12 @@ class Report(unittest.TestCase):
             'Title,work,ratio,"ratio, least","ratio, greatest",goal\nTitle,list,2,1,4,met\nTitle,rm,–,,,\n',
             report.comma_separated([table]),
         )
-        runs = [Run(1.0, 0.25, 0.5, 2048), Run(3.0, 0.75, 0.5, 4096)]
+        runs = [Run(1.0, 0.25, 0.125, 2048), Run(3.0, 0.75, 0.375, 4096)]
         self.assertEqual(
-            'Title,work,"lftp, wall s","lftp, user s","lftp, system s","lftp, peak MiB"\nTitle,rm,2.0,0.5,0.5,3.0\n',
+            'Title,work,"lftp, wall s","lftp, user s","lftp, system s","lftp, peak MiB"\nTitle,rm,2.0,0.5,0.25,3.0\n',
             report.comma_separated([report.Table("Title", "", ["work", "lftp"], [["rm", Took.of(runs)]])]),
         )
-        self.assertEqual("2.000 / 0.500 / 0.500, 3.0", str(Took.of(runs)))
+        self.assertEqual("2.000 / 0.500 / 0.250, 3.0", str(Took.of(runs)))
 
     def test_what_stands_around_the_measured_part_is_kept(self):
         document = f"above\n{report.BEGIN}\nold\n{report.END}\nbelow\n"

@@ -5,6 +5,8 @@ import os
 import unittest
 from types import SimpleNamespace
 
+import beside_bare
+import beside_tools
 import clients
 import fixed
 import measuring
@@ -12,7 +14,6 @@ import micro
 import serving
 import sizes
 import threads
-import transfers
 import works
 from figures import Goals
 
@@ -20,13 +21,15 @@ MIB = works.MIB
 EFFORT = SimpleNamespace(
     sizes={MIB: 1},
     names={10: 1},
-    small_rounds=1,
+    small_pairs=1,
     threads=[1, 2],
     thread_rounds=1,
     calls_at_once=2,
     memory_sizes=[MIB, 2 * MIB],
     memory_rounds=1,
+    fixed_rounds=1,
 )
+OPERATIONS = ["download 1 MiB", "upload 1 MiB", "list 10 names", "rename", "delete", "connection test"]
 
 
 class Suites(unittest.TestCase):
@@ -42,9 +45,11 @@ class Suites(unittest.TestCase):
                 self.assertEqual(len(table.head), len(row), table.title)
         return [row[0] for row in tables[0].rows]
 
-    def test_transfers(self):
-        expected = ["download 1 MiB", "upload 1 MiB", "list 10 names", "rename", "delete", "connection test"]
-        self.assertEqual(expected, self.rows(transfers))
+    def test_beside_the_bare_program(self):
+        self.assertEqual(OPERATIONS, self.rows(beside_bare))
+
+    def test_beside_the_tools(self):
+        self.assertEqual(OPERATIONS, self.rows(beside_tools))
 
     def test_threads(self):
         expected = ["list 1,000 names"] * 2 + ["download 1 MiB"] * 2

@@ -200,8 +200,7 @@ Diagnosis unknownVerb(const std::string& verb, const Reply& reply)
 {
     return {"the server does not know the command \"" + verb + "\" " + quote(reply),
             "Use SFTP, with an sftp: URL, where libcurl carries the command out itself: the common FTP servers know "
-            "neither "
-            "\"rename\" nor \"rm\"."};
+            "neither \"rename\" nor \"rm\"."};
 }
 
 // The command was for a file that is not there.
