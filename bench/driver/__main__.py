@@ -1,7 +1,7 @@
 """usage: driver BUILD [quick|keep]
 
-Measures, and writes tables and plots into build/bench. "quick" makes few rounds with small files, to try it out;
-"keep" measures nothing and puts the last full run into docs/performance.md.
+Measures, and writes tables and plots into build/bench. "quick" makes few rounds with small files, to try it out, and
+writes into build/bench/quick; "keep" measures nothing and puts the last full run into docs/performance.md.
 """
 
 import csv
@@ -104,26 +104,24 @@ def measure(build, effort, recorder):
     return tables
 
 
-def write_runs(recorder):
-    shutil.rmtree(RESULTS, ignore_errors=True)
-    RESULTS.mkdir(parents=True)
-    with open(RESULTS / "runs.csv", "w", newline="", encoding="utf-8") as file:
+def write_runs(recorder, results):
+    shutil.rmtree(results, ignore_errors=True)
+    results.mkdir(parents=True)
+    with open(results / "runs.csv", "w", newline="", encoding="utf-8") as file:
         csv.writer(file, lineterminator="\n").writerows([recorder.HEAD, *recorder.rows])
 
 
-def write(tables, recorder):
-    (RESULTS / "tables.md").write_text("\n".join(map(report.markdown, tables)))
-    (RESULTS / "tables.csv").write_text(report.comma_separated(tables))
-    (RESULTS / PLOTS.name).mkdir()
-    plots.draw_all(recorder, tables, RESULTS / PLOTS.name)
+def write(tables, recorder, results):
+    (results / "tables.md").write_text("\n".join(map(report.markdown, tables)))
+    (results / "tables.csv").write_text(report.comma_separated(tables))
+    (results / PLOTS.name).mkdir()
+    plots.draw_all(recorder, tables, results / PLOTS.name)
 
 
 def keep():
     tables = RESULTS / "tables.md"
     if not tables.exists():
-        sys.exit("There is no run to keep: scripts/bench makes one.")
-    if "quick" in tables.read_text().partition("\n\n")[0]:
-        sys.exit("The last run was a quick one, which is no run to keep: scripts/bench makes one.")
+        sys.exit("There is no full run to keep: scripts/bench makes one.")
     DOCUMENT.write_text(report.put_between_marks(DOCUMENT.read_text(), tables.read_text()))
     PLOTS.mkdir(exist_ok=True)
     for plot in (RESULTS / PLOTS.name).glob("*.svg"):
@@ -135,19 +133,22 @@ def main(build, mode):
         keep()
         return
     machine.allow_many_files()
-    title = "The machine" + (", for a quick run" if mode == "quick" else "")
+    effort, results, title = {
+        "full": (FULL, RESULTS, "The machine"),
+        "quick": (QUICK, RESULTS / "quick", "The machine, for a quick run"),
+    }[mode]
     described = machine.describe(machine.load(), serving.place(), serving.BUNDLE)
     about = report.Table(title, "", ["what", "which"], described)
     recorder = Recorder(build, lambda text: print(text, file=sys.stderr, flush=True))
     try:
-        tables = [about, *measure(build, QUICK if mode == "quick" else FULL, recorder)]
+        tables = [about, *measure(build, effort, recorder)]
     finally:
         # Also what a failure leaves; but one before the first run leaves the last benchmark's.
         if recorder.rows:
-            write_runs(recorder)
+            write_runs(recorder, results)
     print("\n".join(map(report.terminal, tables)))
-    write(tables, recorder)
-    print(f"\nTables and plots are in {RESULTS}.")
+    write(tables, recorder, results)
+    print(f"\nTables and plots are in {results}.")
 
 
 if __name__ == "__main__":

@@ -22,7 +22,7 @@ def suite(server, recorder, goals, effort):
         "Ratios of the library's runs to the bare program's, pair by pair: median (least–greatest). libcurl's wait is "
         "taken out of both, and they share one processor with the server. Goals: wall and CPU time 0.99 to 1.01 where "
         "64 MiB or more are moved, peak memory within 2 MiB at any size. Peak memory is in KiB more. System time has "
-        "no ratio where the clock's tick took it for zero.",
+        "no ratio where the clock's tick took it for zero in any run of the bare program.",
         ["operation", "pairs", "wall time", "CPU time", "user time", "system time", "peak memory", "goals"],
     )
     for work, pairs in works.of_every_size(server, effort):
@@ -43,6 +43,6 @@ def _compare(work, library, bare, goals):
 
 
 def ratios_of(library, other, what):
-    """The runs' ratios in one figure; none where the clock's tick took it for zero."""
+    """The runs' ratios in one figure; none where the clock's tick took any of the other's for zero."""
     below = [getattr(run, what) for run in other]
     return ratios([getattr(run, what) for run in library], below) if all(below) else "–"

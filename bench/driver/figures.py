@@ -22,7 +22,7 @@ class Spread:
     low: float
     high: float
     form: str = RATIO
-    FIGURES: ClassVar = ["", "least", "greatest"]
+    FIGURES: ClassVar = ["", "least", "greatest", "19 of 20 from", "19 of 20 to"]
 
     @staticmethod
     def of(figures, form=RATIO):
@@ -38,11 +38,11 @@ class Spread:
         )
 
     def __str__(self):
-        return self.form.format(*self.cells())
+        return self.form.format(self.median, self.least, self.greatest)
 
     def cells(self):
         """What a spreadsheet shows in cells of their own."""
-        return [self.median, self.least, self.greatest]
+        return [self.median, self.least, self.greatest, self.low, self.high]
 
 
 def outside(count):

@@ -3,6 +3,8 @@
 import statistics
 import subprocess
 
+import beside_tools
+
 COLOURS = {"library": "#1b6ca8", "bare": "#e08e1b", "curl": "#5b9f5b", "lftp": "#9b5b9b"}
 STYLE = """
 set terminal svg size 860,420 font "sans-serif,12" background "white"
@@ -37,8 +39,8 @@ def _works(recorder, suite):
 def cpu(recorder, path):
     """A group of bars for each operation."""
     rows = [
-        [work, *(_median(recorder, "operations", work, name, lambda row: row[5] + row[6]) for name in COLOURS)]
-        for work in _works(recorder, "operations")
+        [work, *(_median(recorder, beside_tools.SUITE, work, name, lambda row: row[5] + row[6]) for name in COLOURS)]
+        for work in _works(recorder, beside_tools.SUITE)
     ]
     bars = ", ".join(
         f'$data using {column + 2}:xtic(1) title "{name}" lc rgb "{colour}"'
@@ -79,7 +81,7 @@ plot {lines}
 
 def memory(tables, path):
     table = next(each for each in tables if each.plot == "memory.svg")
-    rows = [[row[0].replace(",", ""), row[1].median / 1024, row[2].median / 1024] for row in table.rows]
+    rows = [[row[0], row[1].median / 1024, row[2].median / 1024] for row in table.rows]
     _draw(path, _block("data", rows) + f"""
 set xlabel "size of the file"
 set ylabel "peak memory in MiB"

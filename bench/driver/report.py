@@ -35,7 +35,7 @@ def terminal(table):
 
 
 def comma_separated(tables):
-    """All tables below one another, each line with its table's title in front, and each figure in a cell of its own."""
+    """All tables below one another, each line with its table's title in front, and the figures of a spread in cells of their own."""
     text = io.StringIO()
     writer = csv.writer(text, lineterminator="\n")
     for table in tables:

@@ -1,10 +1,10 @@
 """Suite: peak memory against the size of the file. It must not depend on it."""
 
 import works
+from beside_bare import MEMORY_GOAL, MEMORY_GOAL_KIB
 from clients import program
 from figures import AMOUNT, DIFFERENCE, Spread
 from report import Table
-from beside_bare import MEMORY_GOAL, MEMORY_GOAL_KIB
 
 SUITE = "memory"
 FLAT_KIB = 1024

@@ -35,7 +35,7 @@ def suite(server, recorder, goals, effort):
 
 
 def _measure(server, recorder, work, threads, effort):
-    # More than one each: a thread takes as long to start as a call.
+    # More than one each, so that most of a run is calls, and not the process's start.
     calls = max(2, effort.calls_at_once // threads)
     both = pair(server, work, threads, calls, server.small_trust)
     runs = recorder.alternate(SUITE, f"{work.name}, {threads} threads", effort.thread_rounds, both)

@@ -55,7 +55,8 @@ def of_each_operation(server, size=MIB, names=1000):
 
 
 def of_every_size(server, effort):
-    """Each operation, as small and as large as it is measured, and how many pairs of runs of it there shall be."""
+    """Each operation, as small and as large as it is measured, and how many pairs of runs of it there shall be.
+    Each is to be measured before the next is asked for: their files take the place of one another."""
     for size, pairs in effort.sizes.items():
         yield download(server, size), pairs
         yield upload(server, size), pairs

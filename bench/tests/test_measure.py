@@ -23,6 +23,12 @@ class Suite:
 
 class Measure(unittest.TestCase):
     def test_each_suite_has_its_processors(self):
+        placed = {suite.__name__: where.__name__ for suite, where in driver.SUITES.items()}
+        expected = {"beside_bare": "together", "beside_tools": "apart", "sizes": "apart", "fixed": "apart"}
+        anywhere = {"counts": "everywhere", "threads": "everywhere", "micro": "everywhere"}
+        self.assertEqual({**expected, **anywhere}, placed)
+
+    def test_client_and_server_run_where_the_suite_places_them(self):
         before = os.sched_getaffinity(0)
         first = {min(before)}
         self.addCleanup(os.sched_setaffinity, 0, before)

@@ -27,10 +27,11 @@ class Report(unittest.TestCase):
         )
 
     def test_each_figure_has_a_cell_of_its_own_in_a_spreadsheet(self):
-        rows = [["list", Spread.of([1, 2, 4]), "met"], ["rm", "–", ""]]
+        rows = [["list", Spread.of(range(24)), "met"], ["rm", "–", ""]]
         table = report.Table("Title", "", ["work", "ratio", "goal"], rows)
         self.assertEqual(
-            'Title,work,ratio,"ratio, least","ratio, greatest",goal\nTitle,list,2,1,4,met\nTitle,rm,–,,,\n',
+            'Title,work,ratio,"ratio, least","ratio, greatest","ratio, 19 of 20 from","ratio, 19 of 20 to",goal\n'
+            "Title,list,11.5,0,23,6,17,met\nTitle,rm,–,,,,,\n",
             report.comma_separated([table]),
         )
         runs = [Run(1.0, 0.25, 0.125, 2048), Run(3.0, 0.75, 0.375, 4096)]
