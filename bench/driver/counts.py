@@ -15,7 +15,7 @@ def suite(server, recorder, goals, effort):
         "Instructions",
         "What libSFtpClient.so itself executes in one call, that as a share of all the process executes, and how many "
         "more the whole process executes than the bare program's: what is called for it, such as composing records, "
-        "and loading it, which is all of the row \"no call\". Goals: fewer than 20,000 a call, less than 0.1 %.",
+        'and loading it, which is all of the row "no call". Goals: fewer than 20,000 a call, less than 0.1 %.',
         ["operation", "own", "own per MiB", "share", "whole process", "more than bare", "goals"],
     )
     operations = works.of_each_operation(server)

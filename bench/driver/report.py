@@ -35,7 +35,8 @@ def terminal(table):
 
 
 def comma_separated(tables):
-    """All tables below one another, each line with its table's title in front, and the figures of a spread in cells of their own."""
+    """All tables below one another, each line with its table's title in front. Where a cell has several figures, each
+    gets a cell of its own."""
     text = io.StringIO()
     writer = csv.writer(text, lineterminator="\n")
     for table in tables:

@@ -1,12 +1,16 @@
 """Which figures are held to which goals, with made-up runs."""
 
 import unittest
+from types import SimpleNamespace
 from unittest import mock
 
 import beside_bare
 import beside_tools
 import callgrind
 import counts
+import fixed
+import sizes
+import threads
 import works
 from clients import Work
 from figures import Goals
@@ -86,6 +90,91 @@ class BesideTheTools(unittest.TestCase):
 
     def test_a_smaller_one_has_no_goal(self):
         self.assertEqual([], self.summary(runs(1), runs(1), size=64 * MIB))
+
+
+class MemoryAgainstSize(unittest.TestCase):
+    def summary(self, small, large):
+        """The summary of the goals where the library's peak is first the one, then the other."""
+        goals, recorder, peaks = Goals(), Recorder(), iter((small, large))
+
+        def alternate(*_):
+            return {"library": runs(1, peak=next(peaks)), "bare": runs(1)}
+
+        with (
+            mock.patch.object(sizes, "program"),
+            mock.patch.object(works, "download", return_value=Work("download", "download", "file")),
+            mock.patch.object(recorder, "alternate", alternate),
+        ):
+            sizes.suite(None, recorder, goals, SimpleNamespace(memory_sizes=[MIB, 16 * MIB], memory_rounds=1))
+        return [row[1:] for row in goals.summary()]
+
+    def test_it_is_flat_within_a_mib(self):
+        met = ["2 of 2", "–", "–"]
+        self.assertEqual([met, ["1 of 1", "–", "–"]], self.summary(1000, 2024))
+        self.assertEqual([met, ["0 of 1", "–", "1025 KiB apart"]], self.summary(1000, 2025))
+        self.assertEqual([met, ["0 of 1", "–", "1025 KiB apart"]], self.summary(2025, 1000))
+
+    def test_it_is_near_the_bare_programs_at_every_size(self):
+        self.assertEqual(["1 of 2", "–", "download 16 MiB"], self.summary(3000, 3049)[0])
+
+
+class ManyCallsAtOnce(unittest.TestCase):
+    def rows(self, library, threads_at_once=2, calls_at_once=128):
+        asked = []
+
+        def alternate(suite, work, rounds, clients):
+            return {"library": runs(*library, peak=1300), "bare": runs(2, peak=1200)}
+
+        def pair(server, work, number, calls, trust):
+            asked.append((number, calls, trust))
+
+        recorder = Recorder()
+        effort = SimpleNamespace(threads=[threads_at_once], thread_rounds=1, calls_at_once=calls_at_once)
+        server = SimpleNamespace(small_trust="one certificate")
+        with (
+            mock.patch.object(recorder, "alternate", alternate),
+            mock.patch.object(threads, "pair", pair),
+            mock.patch.object(threads, "_memory_per_call", return_value=[]),
+            mock.patch.object(works, "listing", return_value=Work("list", "list", "folder/")),
+            mock.patch.object(works, "download", return_value=Work("download", "download", "file")),
+        ):
+            table = threads.suite(server, recorder, Goals(), effort)[0]
+        return table.rows, asked
+
+    def test_each_row_has_both_rates_and_their_ratio(self):
+        row = self.rows([4])[0][0]
+        self.assertEqual(["list", 2, 128, "32.0", "64.0"], row[:5])
+        self.assertEqual((0.5, 1.0, "NOT MET"), (row[5].median, row[6].median, row[7]))
+
+    def test_a_little_slower_is_as_good(self):
+        self.assertEqual("met", self.rows([2 / 0.971])[0][0][-1])
+        self.assertEqual("NOT MET", self.rows([2 / 0.969])[0][0][-1])
+
+    def test_each_thread_makes_two_calls_or_more_with_a_small_trust_store(self):
+        self.assertEqual([(2, 64, "one certificate")] * 2, self.rows([2])[1])
+        self.assertEqual([(256, 2, "one certificate")] * 2, self.rows([2], threads_at_once=256)[1])
+
+    def test_a_further_call_takes_what_a_further_thread_adds(self):
+        measured = {1: (2, {"library": runs(1, peak=1000), "bare": runs(1, peak=900)})}
+        measured[5] = (10, {"library": runs(1, peak=1800), "bare": runs(1, peak=1300)})
+        self.assertEqual([200, 100, 2], [spread.median for spread in threads._memory_per_call(measured)])
+
+
+class FixedCosts(unittest.TestCase):
+    def test_each_is_a_difference_and_idle_runs_are_counted(self):
+        costs = {"with": runs(1.25, 1.0, peak=1300), "without": runs(1.0, 1.25, peak=1000, user=0.25)}
+        recorder = Recorder()
+        with (
+            mock.patch.object(fixed, "program"),
+            mock.patch.object(works, "listing", return_value=Work("list", "list", "folder/")),
+            mock.patch.object(works, "download", return_value=Work("download", "download", "file")),
+            mock.patch.object(recorder, "alternate", lambda *_: costs),
+        ):
+            table = fixed.suite(mock.Mock(), recorder, Goals(), SimpleNamespace(fixed_rounds=2))[0]
+        wall, *idle, cpu, peak = table.rows[0][3:]
+        self.assertEqual((-250, 250), (wall.least, wall.greatest))
+        self.assertEqual(["1 of 2", "2 of 2"], idle)
+        self.assertEqual((250, 300), (cpu.median, peak.median))
 
 
 class Instructions(unittest.TestCase):

@@ -1,6 +1,8 @@
 """Which processors the client and the server get, and how many files they may open."""
 
+import pathlib
 import resource
+import tempfile
 import unittest
 from unittest import mock
 
@@ -27,6 +29,16 @@ class Processors(unittest.TestCase):
     def test_a_single_one_is_shared(self):
         with having({1}):
             self.assertEqual(({1}, {1}), machine.apart())
+
+
+class Description(unittest.TestCase):
+    def test_it_counts_the_certificates(self):
+        with tempfile.NamedTemporaryFile("w") as bundle:
+            bundle.write(2 * "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n")
+            bundle.flush()
+            described = dict(machine.describe("0.71", "/dev/shm", pathlib.Path(bundle.name)))
+        self.assertEqual(2, described["certificates in the trust store"])
+        self.assertEqual(("/dev/shm", "0.71"), (described["the server's files"], described["load before"]))
 
 
 class Files(unittest.TestCase):
