@@ -1,13 +1,11 @@
 #include "output/LoginMask.h"
 
-#include "PercentCode.h"
-#include "credentials/Password.h"
-
 #include <strings.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
+#include <utility>
 
 namespace {
 
@@ -21,19 +19,15 @@ bool isWordByte(const std::string& line, std::string::size_type at)
     return at < line.size() && std::isalnum(static_cast<unsigned char>(line[at])) != 0;
 }
 
-void replaceAll(std::string& line, const std::string& text, bool wordsAlone)
+void replaceWord(std::string& line, const std::string& word)
 {
-    if (text.empty()) {
-        return;
-    }
-    std::string::size_type at = line.find(text);
+    std::string::size_type at = word.empty() ? std::string::npos : line.find(word);
     while (at != std::string::npos) {
-        const bool partOfWord = (at > 0 && isWordByte(line, at - 1)) || isWordByte(line, at + text.size());
-        if (wordsAlone && partOfWord) {
-            at = line.find(text, at + 1);
+        if ((at > 0 && isWordByte(line, at - 1)) || isWordByte(line, at + word.size())) {
+            at = line.find(word, at + 1);
         } else {
-            line.replace(at, text.size(), kMask);
-            at = line.find(text, at + sizeof kMask - 1);
+            line.replace(at, word.size(), kMask);
+            at = line.find(word, at + sizeof kMask - 1);
         }
     }
 }
@@ -51,28 +45,16 @@ bool maskArgument(std::string& line)
     return false;
 }
 
-void wipe(std::string& text) { const WipedAtEnd wiped(text); }
-
 } // namespace
 
-LoginMask::LoginMask(const std::string& user, const std::string& password)
-    : m_user(user), m_password(password), m_encodedPassword(percentEncoded(password))
-{
-}
-
-LoginMask::~LoginMask()
-{
-    wipe(m_password);
-    wipe(m_encodedPassword);
-}
+LoginMask::LoginMask(const std::string& user, const std::string& password) : m_user(user), m_password(user, password) {}
 
 std::string LoginMask::masked(curl_infotype type, const std::string& line) const
 {
     std::string shown = line;
     if (!maskArgument(shown)) {
-        replaceAll(shown, m_password, false);
-        replaceAll(shown, m_encodedPassword, false);
-        replaceAll(shown, type == CURLINFO_HEADER_OUT ? std::string() : m_user, true);
+        shown = m_password.hiddenIn(std::move(shown));
+        replaceWord(shown, type == CURLINFO_HEADER_OUT ? std::string() : m_user);
     }
     return shown;
 }

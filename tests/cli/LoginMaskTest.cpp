@@ -1,4 +1,5 @@
 #include <output/LoginMask.h>
+#include <output/PasswordMask.h>
 #include <output/Trace.h>
 
 #include <gtest/gtest.h>
@@ -42,6 +43,24 @@ TEST(LoginMask, HidesTheUserInWhatIsAnswered)
 }
 
 TEST(LoginMask, LeavesTheRestAloneWithoutALogin) { EXPECT_EQ(LoginMask("", "").masked(CURLINFO_TEXT, "a b"), "a b"); }
+
+TEST(PasswordMask, HidesEveryForm)
+{
+    const PasswordMask mask("me", "p\\a \"\xc3\xa4");
+    for (const char* const form : {"p\\a \"\xc3\xa4", "p%5ca%20%22%c3%a4", "p%5Ca%20%22%C3%A4", "p\\\\a \\\"\xc3\xa4",
+                                   "p\\x5ca\\x20\\x22\\xC3\\xa4", "%70%5Ca \\\"\xc3%a4", "bWU6cFxhICLDpA"}) {
+        EXPECT_EQ("<****>", mask.hiddenIn(std::string("<") + form + ">"));
+    }
+    EXPECT_EQ("p\\a \"", mask.hiddenIn("p\\a \"")) << "a part alone is not the password";
+}
+
+TEST(PasswordMask, HidesShortOnesAndThoseOfTheMask)
+{
+    EXPECT_EQ("22**** x", PasswordMask("me", "0").hiddenIn("220 x"));
+    EXPECT_EQ("[hidden]", PasswordMask("me", "***").hiddenIn("***"));
+    EXPECT_EQ("****", PasswordMask("me", "a****b").hiddenIn("aa****bb")) << "hiding one puts together another";
+    EXPECT_EQ("220 x", PasswordMask("me", "").hiddenIn("220 x"));
+}
 
 TEST(Trace, WritesALineForEach)
 {
