@@ -1,0 +1,21 @@
+#ifndef SFTPCLIENT_SESSION_ENTRIES_H
+#define SFTPCLIENT_SESSION_ENTRIES_H
+
+#include <SFtpSession.h>
+
+#include <optional>
+#include <string_view>
+
+namespace session {
+
+/// The entry that a line of MLSD or MLST tells ("type=file;size=5;modify=20260101000000; name"); nothing for the
+/// directory itself, its parent, and what is no such line.
+std::optional<RemoteEntry> entryOfFacts(std::string_view line);
+
+/// The entry that a line of a listing as "ls -l" writes it tells; nothing for "." and "..", and what is no such line.
+/// Without a time: it would be the server's own, and nobody says which zone that is.
+std::optional<RemoteEntry> entryOfLongLine(std::string_view line);
+
+} // namespace session
+
+#endif

@@ -1,0 +1,43 @@
+#ifndef SFTPCLIENT_SESSION_OPERATIONS_H
+#define SFTPCLIENT_SESSION_OPERATIONS_H
+
+#include "Access.h"
+#include "Call.h"
+#include "Connection.h"
+
+#include <SFtpSession.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// What a session does, one function each: over a connection that is the call's alone. Each throws `Failure`, and what
+/// the caller's functions throw.
+namespace session {
+
+/// What an operation works with.
+struct Work
+{
+    Connection& connection;
+    Access& access;
+    Call& call;
+};
+
+void test(const Work& work);
+void renameFile(const Work& work);
+void deleteFile(const Work& work);
+void makeDirectory(const Work& work);
+void removeDirectory(const Work& work);
+
+/// The names in the directory, one a line.
+void listNames(const Work& work, const DataSink& sink);
+std::vector<RemoteEntry> listEntries(const Work& work);
+RemoteEntry statEntry(const Work& work);
+
+/// `limit`: the least size that is refused, with 63.
+void download(const Work& work, const DataSink& sink, std::int64_t limit);
+void upload(const Work& work, const DataSource& source, std::int64_t size);
+
+} // namespace session
+
+#endif

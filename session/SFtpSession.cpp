@@ -1,0 +1,231 @@
+#include "SFtpSession.h"
+
+#include "Access.h"
+#include "ArrivingFile.h"
+#include "Call.h"
+#include "Failure.h"
+#include "LeavingFile.h"
+#include "Operations.h"
+#include "OptionsCheck.h"
+#include "Pool.h"
+#include "Record.h"
+#include "StopSwitch.h"
+#include "Text.h"
+#include "ThreadState.h"
+
+#include <istream>
+#include <ostream>
+#include <utility>
+
+using namespace session;
+
+namespace {
+
+// In bytes; a file of exactly the limit is refused. The library's own rule.
+constexpr std::int64_t kRetentionDatabaseLimit = 104857600;
+constexpr std::int64_t kFileLimit = 53687091200;
+
+std::int64_t sizeLimitOf(const std::string& localPath)
+{
+    return localPath.substr(localPath.rfind('/') + 1) == "RetentionDB.db" ? kRetentionDatabaseLimit : kFileLimit;
+}
+
+// What becomes of a connection that had been kept and was found dead: the server has carried nothing out.
+bool diedWhileKept(const Connection& connection, const Call& call, CURLcode code)
+{
+    const bool lost = code == CURLE_RECV_ERROR || code == CURLE_SEND_ERROR || code == CURLE_GOT_NOTHING ||
+                      code == CURLE_OPERATION_TIMEDOUT || code == CURLE_FTP_WEIRD_SERVER_REPLY;
+    const std::size_t heard = connection.replies().lines().size();
+    return lost && (heard == 0 || (heard == 1 && connection.replies().lastCode() == 421)) && !call.hasMoved() &&
+           call.verdict() == CURLE_OK;
+}
+
+} // namespace
+
+class SFtpSession::Engine
+{
+public:
+    explicit Engine(SessionOptions options)
+        : m_options(std::move(options)), m_pool(m_options.maxConnections, m_options.idleTimeout, m_stop)
+    {
+        checkOptions(m_options);
+    }
+
+    /// Runs one operation over a connection of its own, and makes a result and a record of its end.
+    template <typename Operation>
+    int call(const char* function, const SFtpRequest& request, std::string& errorText, const Operation& operation)
+    {
+        const ThreadState left;
+        const std::string name = std::string("SFtpSession::") + function + "()";
+        try {
+            run(request, operation);
+        } catch (const Failure& failure) {
+            errorText = failure.text;
+            record(kLogFailure, name, __LINE__,
+                   shown(request.remotePath, request.password) + ": " + std::to_string(failure.code) + " " +
+                       failure.text);
+            return failure.code;
+        }
+        record(kLogEnd, name, __LINE__, shown(request.remotePath, request.password) + ": end");
+        return 0;
+    }
+
+    StopSwitch& stop() { return m_stop; }
+
+private:
+    template <typename Operation>
+    void run(const SFtpRequest& request, const Operation& operation)
+    {
+        Access access(request, m_options);
+        Call call(m_options, m_stop);
+        if (const CURLcode verdict = call.verdict()) {
+            throw refusal(verdict, call.reason());
+        }
+        if (!tryToRun(access, call, operation, false)) {
+            tryToRun(access, call, operation, true);
+        }
+    }
+
+    // False where the operation may be tried once more, with a fresh connection.
+    template <typename Operation>
+    bool tryToRun(Access& access, Call& call, const Operation& operation, bool fresh)
+    {
+        const std::unique_ptr<Pool::Lease> lease = m_pool.take(access.identity(), call, fresh);
+        Connection& connection = lease->connection();
+        const bool kept = connection.isKept();
+        try {
+            try {
+                operation(Work{connection, access, call});
+            } catch (const Failure& failure) {
+                if (connection.newestTls || !refusesTls12(connection, failure)) {
+                    throw;
+                }
+                connection.newestTls = true;
+                operation(Work{connection, access, call});
+            }
+            return true;
+        } catch (const Failure& failure) {
+            if (kept && !fresh && diedWhileKept(connection, call, failure.code)) {
+                connection.giveUp();
+                return false;
+            }
+            throw;
+        }
+    }
+
+    // A server that has nothing but TLS 1.3: nothing has been said to it but that.
+    static bool refusesTls12(const Connection& connection, const Failure& failure)
+    {
+        return failure.code == CURLE_SSL_CONNECT_ERROR &&
+               connection.detail().find("protocol version") != std::string::npos;
+    }
+
+    const SessionOptions m_options;
+    StopSwitch m_stop;
+    Pool m_pool;
+};
+
+SFtpSession::SFtpSession(SessionOptions options) : m_engine(std::make_unique<Engine>(std::move(options))) {}
+
+SFtpSession::~SFtpSession() = default;
+
+int SFtpSession::Listsftpdir(const SFtpRequest& request, std::string& errorText)
+{
+    return m_engine->call("Listsftpdir", request, errorText, [&](const Work& work) {
+        ArrivingFile file(request.localPath);
+        listNames(work, [&file](const char* bytes, std::size_t count) { return file.write(bytes, count); });
+        file.takePlace();
+    });
+}
+
+int SFtpSession::DownLoadSFtpFile(const SFtpRequest& request, std::string& errorText)
+{
+    return m_engine->call("DownLoadSFtpFile", request, errorText, [&](const Work& work) {
+        ArrivingFile file(request.localPath);
+        download(
+            work, [&file](const char* bytes, std::size_t count) { return file.write(bytes, count); },
+            sizeLimitOf(request.localPath));
+        file.takePlace();
+    });
+}
+
+int SFtpSession::ReNameSFtpFile(const SFtpRequest& request, std::string& errorText)
+{
+    return m_engine->call("ReNameSFtpFile", request, errorText, renameFile);
+}
+
+int SFtpSession::DelSFtpFile(const SFtpRequest& request, std::string& errorText)
+{
+    return m_engine->call("DelSFtpFile", request, errorText, deleteFile);
+}
+
+int SFtpSession::UploadFileToSFtpServer(const SFtpRequest& request, std::string& errorText)
+{
+    return m_engine->call("UploadFileToSFtpServer", request, errorText, [&](const Work& work) {
+        const LeavingFile file(request.localPath);
+        upload(
+            work, [&file](char* bytes, std::size_t count) { return file.read(bytes, count); }, file.size());
+    });
+}
+
+int SFtpSession::TestSConnect(const SFtpRequest& request, std::string& errorText)
+{
+    return m_engine->call("TestSConnect", request, errorText, test);
+}
+
+int SFtpSession::ListEntries(const SFtpRequest& request, std::vector<RemoteEntry>& entries, std::string& errorText)
+{
+    return m_engine->call("ListEntries", request, errorText, [&](const Work& work) { entries = listEntries(work); });
+}
+
+int SFtpSession::StatEntry(const SFtpRequest& request, RemoteEntry& entry, std::string& errorText)
+{
+    return m_engine->call("StatEntry", request, errorText, [&](const Work& work) { entry = statEntry(work); });
+}
+
+int SFtpSession::MakeSFtpDir(const SFtpRequest& request, std::string& errorText)
+{
+    return m_engine->call("MakeSFtpDir", request, errorText, makeDirectory);
+}
+
+int SFtpSession::RemoveSFtpDir(const SFtpRequest& request, std::string& errorText)
+{
+    return m_engine->call("RemoveSFtpDir", request, errorText, removeDirectory);
+}
+
+int SFtpSession::DownLoadTo(const SFtpRequest& request, const DataSink& sink, std::string& errorText)
+{
+    return m_engine->call("DownLoadTo", request, errorText,
+                          [&](const Work& work) { download(work, sink, kFileLimit); });
+}
+
+int SFtpSession::DownLoadTo(const SFtpRequest& request, std::ostream& out, std::string& errorText)
+{
+    return DownLoadTo(
+        request,
+        [&out](const char* bytes, std::size_t count) {
+            return static_cast<bool>(out.write(bytes, static_cast<std::streamsize>(count)));
+        },
+        errorText);
+}
+
+int SFtpSession::UploadFrom(const SFtpRequest& request, const DataSource& source, std::string& errorText,
+                            std::int64_t size)
+{
+    return m_engine->call("UploadFrom", request, errorText, [&](const Work& work) { upload(work, source, size); });
+}
+
+int SFtpSession::UploadFrom(const SFtpRequest& request, std::istream& in, std::string& errorText, std::int64_t size)
+{
+    return UploadFrom(
+        request,
+        [&in](char* bytes, std::size_t count) {
+            in.read(bytes, static_cast<std::streamsize>(count));
+            return static_cast<std::size_t>(in.gcount());
+        },
+        errorText, size);
+}
+
+void SFtpSession::Cancel() noexcept { m_engine->stop().turnOn(); }
+
+void SFtpSession::ClearCancel() noexcept { m_engine->stop().turnOff(); }

@@ -1,0 +1,64 @@
+#include "Text.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace session {
+
+namespace {
+
+constexpr char kDigits[] = "0123456789ABCDEF";
+
+bool isControl(char character)
+{
+    const auto byte = static_cast<unsigned char>(character);
+    return byte < 0x20 || byte == 0x7f;
+}
+
+bool isPlain(char character)
+{
+    const auto byte = static_cast<unsigned char>(character);
+    return byte < 0x80 &&
+           (std::isalnum(byte) != 0 || std::string_view("-._~").find(character) != std::string_view::npos);
+}
+
+void appendCoded(std::string& text, std::string_view sign, char character)
+{
+    const auto byte = static_cast<unsigned char>(character);
+    text.append(sign).append(1, kDigits[byte >> 4U]).append(1, kDigits[byte & 0xfU]);
+}
+
+} // namespace
+
+bool holdsControlByte(std::string_view text) { return std::any_of(text.begin(), text.end(), isControl); }
+
+std::string shown(std::string_view text, const std::string& secret)
+{
+    std::string visible;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (!secret.empty() && text.compare(i, secret.size(), secret) == 0) {
+            visible.append("****");
+            i += secret.size() - 1;
+        } else if (isControl(text[i])) {
+            appendCoded(visible, "\\x", text[i]);
+        } else {
+            visible.append(1, text[i]);
+        }
+    }
+    return visible;
+}
+
+std::string percentEncoded(std::string_view text)
+{
+    std::string encoded;
+    for (const char character : text) {
+        if (isPlain(character)) {
+            encoded.append(1, character);
+        } else {
+            appendCoded(encoded, "%", character);
+        }
+    }
+    return encoded;
+}
+
+} // namespace session

@@ -1,0 +1,207 @@
+#include "Transfer.h"
+
+#include "SetOption.h"
+#include "Text.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace session {
+
+namespace {
+
+// libcurl reports a refused directory in a way that hosts know as a missing file.
+CURLcode asReported(CURLcode code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
+
+} // namespace
+
+Transfer::Transfer(Connection& connection, Access& access, Call& call)
+    : m_connection(connection), m_access(access), m_call(call), m_handle(connection.renew()),
+      m_after(nullptr, curl_slist_free_all)
+{
+    access.applyTo(m_handle, connection, call);
+    set(m_handle, CURLOPT_NOPROGRESS, 0L);
+    set(m_handle, CURLOPT_XFERINFOFUNCTION, progress);
+    set(m_handle, CURLOPT_XFERINFODATA, this);
+    set(m_handle, CURLOPT_WRITEFUNCTION, write);
+    set(m_handle, CURLOPT_WRITEDATA, this);
+}
+
+void Transfer::visit(const std::string& url) { set(m_handle, CURLOPT_URL, url.c_str()); }
+
+void Transfer::withoutData() { set(m_handle, CURLOPT_NOBODY, 1L); }
+
+void Transfer::after(const std::vector<std::string>& commands)
+{
+    for (const std::string& command : commands) {
+        curl_slist* const longer = curl_slist_append(m_after.get(), command.c_str());
+        if (longer == nullptr) {
+            throw std::bad_alloc();
+        }
+        static_cast<void>(m_after.release());
+        m_after.reset(longer);
+    }
+    set(m_handle, CURLOPT_POSTQUOTE, m_after.get());
+}
+
+void Transfer::receive(const DataSink& sink) { m_sink = sink; }
+
+void Transfer::send(const DataSource& source, std::int64_t size)
+{
+    m_source = source;
+    m_sizeToSend = size;
+    set(m_handle, CURLOPT_UPLOAD, 1L);
+    set(m_handle, CURLOPT_READFUNCTION, read);
+    set(m_handle, CURLOPT_READDATA, this);
+    set(m_handle, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
+}
+
+void Transfer::run()
+{
+    if (const CURLcode code = tryToRun()) {
+        throw failure(code);
+    }
+}
+
+CURLcode Transfer::tryToRun()
+{
+    set(m_handle, CURLOPT_HEADERFUNCTION, hear);
+    set(m_handle, CURLOPT_HEADERDATA, this);
+    const CURLcode code = m_connection.run(m_call);
+    m_call.endTransfer();
+    if (m_call.hasThrown()) {
+        m_connection.giveUp();
+        m_call.rethrow();
+    }
+    return m_foundCode != CURLE_OK ? m_foundCode : code;
+}
+
+bool Transfer::dataWasOpened() const
+{
+    const std::vector<std::string>& lines = replies().lines();
+    return std::any_of(lines.begin(), lines.end(), [](const std::string& line) {
+        return line.compare(0, 3, "150") == 0 || line.compare(0, 3, "125") == 0;
+    });
+}
+
+Failure Transfer::failure(CURLcode code) const
+{
+    std::string text = curl_easy_strerror(code);
+    const auto add = [&text](const std::string& more) {
+        if (!more.empty() && more != text) {
+            text += ": " + more;
+        }
+    };
+    if (!m_found.empty()) {
+        add(m_found);
+    } else if (!m_access.hostKeyRefusal().empty()) {
+        add(m_access.hostKeyRefusal());
+    } else if (m_call.verdict() == code) {
+        add(m_call.reason());
+    } else {
+        add(shown(m_connection.detail(), m_access.request().password));
+    }
+    const std::string& reply = m_connection.replies().last();
+    if (!reply.empty()) {
+        text += " (the server's last reply: " + shown(reply, m_access.request().password) + ")";
+    }
+    return {asReported(code), text};
+}
+
+size_t Transfer::write(char* bytes, size_t /*one*/, size_t count, void* self) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    try {
+        return transfer.take(bytes, count);
+    } catch (...) {
+        transfer.m_call.keepException();
+        return 0;
+    }
+}
+
+size_t Transfer::take(const char* bytes, size_t count)
+{
+    if (!m_sink) {
+        return count; // the contents of what is only visited
+    }
+    if (!m_sink(bytes, count)) {
+        if (m_found.empty()) {
+            m_found = "the receiver of the bytes refused them";
+        }
+        return 0;
+    }
+    m_call.moved(count);
+    return count;
+}
+
+size_t Transfer::read(char* bytes, size_t /*one*/, size_t count, void* self) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    try {
+        return transfer.give(bytes, count);
+    } catch (...) {
+        transfer.m_call.keepException();
+        return CURL_READFUNC_ABORT;
+    }
+}
+
+// libcurl asks no more when it has as many bytes as were announced: whether there are more must be looked for.
+size_t Transfer::give(char* bytes, size_t count)
+{
+    const size_t given = m_source(bytes, count);
+    m_sent += static_cast<std::int64_t>(given);
+    if (m_sizeToSend >= 0 && (m_sent > m_sizeToSend || (given == 0 && m_sent < m_sizeToSend))) {
+        m_foundCode = CURLE_READ_ERROR;
+        m_found = "the source has " + std::string(given == 0 ? "only " : "more than ") +
+                  std::to_string(given == 0 ? m_sent : m_sizeToSend) + " of the " + std::to_string(m_sizeToSend) +
+                  " bytes that were announced";
+        return CURL_READFUNC_ABORT;
+    }
+    m_call.moved(given);
+    if (given == 0 || m_sent == m_sizeToSend) {
+        m_call.finishing();
+    }
+    return given;
+}
+
+size_t Transfer::hear(char* bytes, size_t one, size_t count, void* self) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    if (Connection::hear(bytes, one, count, &transfer.m_connection) != count) {
+        return 0;
+    }
+    if (!transfer.m_comparesSize) {
+        return count;
+    }
+    const long long there = sizeInReply(transfer.replies().last());
+    if (there < 0 || transfer.replies().lastCode() != 213 || there == transfer.m_sent) {
+        return count;
+    }
+    try {
+        transfer.m_foundCode = CURLE_PARTIAL_FILE;
+        transfer.m_found = "the server has " + std::to_string(there) + " of the " + std::to_string(transfer.m_sent) +
+                           " bytes that were sent";
+    } catch (...) {
+        transfer.m_call.keepException();
+    }
+    return 0;
+}
+
+int Transfer::progress(void* self, curl_off_t toReceive, curl_off_t /*received*/, curl_off_t /*toSend*/,
+                       curl_off_t /*sent*/) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    try {
+        if (transfer.m_sink && toReceive > 0) {
+            transfer.m_call.setTotal(toReceive);
+        }
+        transfer.m_call.report();
+        return transfer.m_call.verdict() == CURLE_OK ? 0 : 1;
+    } catch (...) {
+        transfer.m_call.keepException();
+        return 1;
+    }
+}
+
+} // namespace session

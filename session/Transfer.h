@@ -1,0 +1,81 @@
+#ifndef SFTPCLIENT_SESSION_TRANSFER_H
+#define SFTPCLIENT_SESSION_TRANSFER_H
+
+#include "Access.h"
+#include "Call.h"
+#include "Connection.h"
+#include "Failure.h"
+
+#include <SFtpSession.h>
+
+#include <curl/curl.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace session {
+
+/// One transfer of libcurl's over a connection: set up step by step, then run.
+class Transfer
+{
+public:
+    /// REQUIRES: all three outlive this object; no other transfer is being made with the connection.
+    Transfer(Connection& connection, Access& access, Call& call);
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+
+    void visit(const std::string& url);
+    /// No data connection: only what `after` and the way to the directory bring about.
+    void withoutData();
+    /// Commands to the server when everything else is done. A "*" in front lets one fail.
+    void after(const std::vector<std::string>& commands);
+    /// Where received bytes go.
+    void receive(const DataSink& sink);
+    /// Where bytes to send come from; `size` -1 where it is not known.
+    void send(const DataSource& source, std::int64_t size);
+    /// For what only one operation needs.
+    CURL* handle() { return m_handle; }
+
+    /// Ends an upload whose file is not whole on the server before `after` goes on: the reply to SIZE must tell what
+    /// was sent.
+    void requireSentSize() { m_comparesSize = true; }
+
+    /// Makes the transfer; throws `Failure` where it fails, and what sink, source or the host's progress have thrown.
+    void run();
+    /// The same, but returns libcurl's code of a failure other than the call's own end.
+    CURLcode tryToRun();
+
+    const Replies& replies() const { return m_connection.replies(); }
+    /// Whether the server has agreed to take or to send bytes (FTP).
+    bool dataWasOpened() const;
+    /// What to throw for a transfer that ended with this code.
+    Failure failure(CURLcode code) const;
+
+private:
+    static size_t write(char* bytes, size_t one, size_t count, void* self) noexcept;
+    static size_t read(char* bytes, size_t one, size_t count, void* self) noexcept;
+    static size_t hear(char* bytes, size_t one, size_t count, void* self) noexcept;
+    static int progress(void* self, curl_off_t toReceive, curl_off_t received, curl_off_t toSend,
+                        curl_off_t sent) noexcept;
+    size_t take(const char* bytes, size_t count);
+    size_t give(char* bytes, size_t count);
+
+    Connection& m_connection;
+    Access& m_access;
+    Call& m_call;
+    CURL* m_handle;
+    std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> m_after;
+    DataSink m_sink;
+    DataSource m_source;
+    std::int64_t m_sizeToSend = -1;
+    std::int64_t m_sent = 0;
+    bool m_comparesSize = false;
+    std::string m_found; // what the session itself found wrong
+    CURLcode m_foundCode = CURLE_OK;
+};
+
+} // namespace session
+
+#endif
