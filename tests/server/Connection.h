@@ -25,6 +25,8 @@ public:
     /// Does the server's side of the handshake; false when it fails, and the connection is in the clear as before.
     bool startTls(SSL_CTX* context);
     bool hasTls() const { return m_tls != nullptr; }
+    /// Whether the TLS session is an earlier one that goes on.
+    bool continuesTls() const { return m_tls != nullptr && SSL_session_reused(m_tls.get()) == 1; }
 
     bool write(const std::string& bytes) { return write(bytes.data(), bytes.size()); }
     bool write(const char* bytes, std::size_t count);

@@ -22,6 +22,7 @@ enum class TransferEnd
     Aborted,
     NotConnected,
     NoTls,
+    NewSession, ///< TLS, but not the session of the control connection
     Unreadable,
     Unwritable
 };
@@ -41,6 +42,9 @@ public:
     /// Takes the connection that a client made to the port. `control` is watched meanwhile: a client that leaves ends
     /// the wait. Null for `tls` means no TLS.
     TransferEnd open(int control, SSL_CTX* tls, const Fault* fault);
+
+    /// Whether its TLS session is an earlier one that goes on.
+    bool continuesTls() const { return m_connection && m_connection->continuesTls(); }
 
     TransferEnd send(const std::string& bytes);
     TransferEnd sendFile(const std::filesystem::path& file, std::uint64_t offset);

@@ -134,7 +134,8 @@ private:
     void receive(Visit& visit, asio::ip::tcp::socket socket, unsigned number)
     {
         blockSigpipe();
-        const Shared shared{m_config, m_storage, m_meetingPoint, m_context, m_tls.control.get(), m_tls.data.get()};
+        const Shared shared{m_config,  m_storage,           m_meetingPoint,  m_times,
+                            m_context, m_tls.control.get(), m_tls.data.get()};
         Transcript transcript;
         try {
             Session session(shared, std::move(socket), visit.sockets, number, transcript);
@@ -174,6 +175,7 @@ private:
     const Storage m_storage;
     const TlsContexts m_tls;
     MeetingPoint m_meetingPoint;
+    FileTimes m_times;
     asio::io_context m_context;
     asio::ip::tcp::acceptor m_acceptor;
     std::uint16_t m_port = 0;

@@ -179,7 +179,10 @@ void Session::sendEndlessly(const std::string& bytes)
 bool Session::openData()
 {
     const Fault* fault = m_faults.next("DATA");
-    const TransferEnd end = m_data.open(m_control.socket(), m_protected ? m_shared.dataTls : nullptr, fault);
+    TransferEnd end = m_data.open(m_control.socket(), m_protected ? m_shared.dataTls : nullptr, fault);
+    if (end == TransferEnd::Complete && m_shared.config.tlsReuseRequired && m_data.hasTls() && !m_data.continuesTls()) {
+        end = TransferEnd::NewSession;
+    }
     if (end == TransferEnd::Complete) {
         m_transcript.push_back(m_data.hasTls() ? "= TLS on data" : "= no TLS on data");
         return true;
@@ -210,6 +213,9 @@ void Session::closeData(TransferEnd end, const char* moved)
         break;
     case TransferEnd::NoTls:
         reply("425 no TLS on the data connection");
+        break;
+    case TransferEnd::NewSession:
+        reply("522 the control connection's TLS session is required");
         break;
     case TransferEnd::Unreadable:
         reply("551 cannot be read");

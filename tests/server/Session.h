@@ -4,6 +4,7 @@
 #include "Connection.h"
 #include "DataChannel.h"
 #include "Faults.h"
+#include "FileTimes.h"
 #include "FtpServer.h"
 #include "MeetingPoint.h"
 #include "OpenSockets.h"
@@ -16,15 +17,25 @@
 
 namespace testserver {
 
-/// What all sessions of a server share; none of it changes but the meeting point, which is made for many threads.
+/// What all sessions of a server share; none of it changes but the meeting point and the times, which are made for many
+/// threads.
 struct Shared
 {
     const ServerConfig& config;
     const Storage& storage;
     MeetingPoint& meetingPoint;
+    FileTimes& times;
     boost::asio::io_context& context;
     SSL_CTX* controlTls;
     SSL_CTX* dataTls;
+};
+
+/// How a directory is listed: by NLST, LIST or MLSD.
+enum class ListingForm
+{
+    Names,
+    Details,
+    Facts
 };
 
 /// One client's visit, from greeting to goodbye, on a thread of its own.
@@ -62,11 +73,18 @@ private:
     void restart(const std::string& argument);
     void size(const std::string& argument);
     void rename(const std::string& argument);
+    void renameFrom(const std::string& argument);
+    void renameTo(const std::string& argument);
+    void move(const std::string& oldPath, const std::string& newPath);
     void remove(const std::string& argument);
+    void removeDirectory(const std::string& argument);
+    void setTime(const std::string& argument);
+    void tellFacts(const std::string& argument);
     void changeDirectory(const std::string& argument);
     void makeDirectory(const std::string& argument);
     std::string details(const std::string& directory, const std::string& name) const;
-    void list(const std::string& argument, bool namesOnly);
+    std::string facts(const std::string& directory, const std::string& name) const;
+    void list(const std::string& argument, ListingForm form);
     void retrieve(const std::string& argument);
     void store(const std::string& argument, bool append);
 
@@ -84,6 +102,7 @@ private:
     Transcript& m_transcript;
     std::string m_cwd;
     std::string m_user;
+    std::string m_renamed; // what RNFR named; empty: nothing
     bool m_loggedIn = false;
     bool m_protected = false;
     bool m_leaving = false;

@@ -5,6 +5,7 @@
 #include <boost/algorithm/string/replace.hpp>
 
 #include <charconv>
+#include <utility>
 
 namespace testserver {
 
@@ -50,7 +51,8 @@ bool Session::carryOutBeforeLogin(const std::string& command, const std::string&
         m_protected = m_control.hasTls() && level == "P";
         reply(m_protected || level == "C" ? "200 protection set" : "536 protection refused");
     } else if (command == "FEAT") {
-        reply("211-features\r\n AUTH TLS\r\n EPSV\r\n MDTM\r\n PBSZ\r\n PROT\r\n REST STREAM\r\n SIZE\r\n211 end");
+        reply("211-features\r\n AUTH TLS\r\n EPSV\r\n MDTM\r\n MFMT\r\n MLST type*;size*;modify*;\r\n PBSZ\r\n "
+              "PROT\r\n REST STREAM\r\n SIZE\r\n211 end");
     } else if (command == "SYST") {
         reply("215 UNIX Type: L8");
     } else if (command == "NOOP" || command == "OPTS") {
@@ -101,9 +103,15 @@ bool Session::carryOutOnDirectories(const std::string& command, const std::strin
     } else if (command == "MKD") {
         makeDirectory(argument);
     } else if (command == "NLST") {
-        list(argument, true);
+        list(argument, ListingForm::Names);
     } else if (command == "LIST") {
-        list(argument, false);
+        list(argument, ListingForm::Details);
+    } else if (command == "MLSD") {
+        list(argument, ListingForm::Facts);
+    } else if (command == "MLST") {
+        tellFacts(argument);
+    } else if (command == "RMD") {
+        removeDirectory(argument);
     } else {
         return false;
     }
@@ -115,7 +123,8 @@ bool Session::carryOutOnFiles(const std::string& command, const std::string& arg
     if (command == "SIZE") {
         size(argument);
     } else if (command == "MDTM") {
-        reply(m_shared.storage.isFile(absolute(argument)) ? "213 20260101000000" : "550 no such file");
+        const std::string path = absolute(argument);
+        reply(m_shared.storage.isFile(path) ? "213 " + m_shared.times.of(path) : "550 no such file");
     } else if (command == "RETR") {
         retrieve(argument);
     } else if (command == "STOR") {
@@ -124,6 +133,12 @@ bool Session::carryOutOnFiles(const std::string& command, const std::string& arg
         store(argument, true);
     } else if (command == "RENAME") {
         rename(argument);
+    } else if (command == "RNFR") {
+        renameFrom(argument);
+    } else if (command == "RNTO") {
+        renameTo(argument);
+    } else if (command == "MFMT") {
+        setTime(argument);
     } else if (command == "RM" || command == "DELE") {
         remove(argument);
     } else {
@@ -205,13 +220,38 @@ void Session::rename(const std::string& argument)
         return;
     }
     const std::string oldPath = absolute(argument.substr(0, blank));
-    const auto from = m_shared.storage.real(oldPath);
-    const auto to = m_shared.storage.real(absolute(argument.substr(blank + 1)));
-    if (!from || !to || !m_shared.storage.isFile(oldPath)) {
+    if (!m_shared.storage.isFile(oldPath)) {
         reply("550 no such file");
         return;
     }
+    move(oldPath, absolute(argument.substr(blank + 1)));
+}
+
+void Session::renameFrom(const std::string& argument)
+{
+    const std::string path = absolute(argument);
+    m_renamed = m_shared.storage.isFile(path) || m_shared.storage.isDirectory(path) ? path : "";
+    reply(m_renamed.empty() ? "550 no such file" : "350 the new name, please");
+}
+
+void Session::renameTo(const std::string& argument)
+{
+    if (m_renamed.empty()) {
+        reply("503 RNFR first");
+        return;
+    }
+    move(std::exchange(m_renamed, {}), absolute(argument));
+}
+
+void Session::move(const std::string& oldPath, const std::string& newPath)
+{
+    const auto from = m_shared.storage.real(oldPath);
+    const auto to = m_shared.storage.real(newPath);
     std::error_code failed;
+    if (!from || !to || !fs::exists(*from, failed)) {
+        reply("550 no such file");
+        return;
+    }
     fs::rename(*from, *to, failed);
     reply(failed ? "553 cannot be renamed" : "250 renamed");
 }
@@ -245,6 +285,48 @@ void Session::makeDirectory(const std::string& argument)
     reply(made ? "257 " + quotedPath(path) + " made" : "550 cannot be made");
 }
 
+void Session::removeDirectory(const std::string& argument)
+{
+    const std::string path = absolute(argument);
+    const auto real = m_shared.storage.real(path);
+    std::error_code failed;
+    const bool removed = real && m_shared.storage.isDirectory(path) && fs::remove(*real, failed);
+    reply(removed ? "250 removed" : "550 cannot be removed");
+}
+
+// "MFMT YYYYMMDDhhmmss NAME".
+void Session::setTime(const std::string& argument)
+{
+    const std::size_t blank = argument.find(' ');
+    const std::string path = absolute(argument.substr(blank + 1));
+    const bool isTime = blank == 14 && argument.find_first_not_of("0123456789") == blank;
+    if (!isTime || !m_shared.storage.isFile(path)) {
+        reply(isTime ? "550 no such file" : "501 a time and a name, please");
+        return;
+    }
+    m_shared.times.set(path, argument.substr(0, blank));
+    reply("213 Modify=" + argument.substr(0, blank) + "; " + argument.substr(blank + 1));
+}
+
+void Session::tellFacts(const std::string& argument)
+{
+    const std::string path = absolute(argument);
+    if (!m_shared.storage.isFile(path) && !m_shared.storage.isDirectory(path)) {
+        reply("550 no such file");
+        return;
+    }
+    reply("250-facts\r\n " + facts(path, "") + path + "\r\n250 end");
+}
+
+std::string Session::facts(const std::string& directory, const std::string& name) const
+{
+    const std::string path = Storage::absolute(directory, name);
+    const bool isDirectory = m_shared.storage.isDirectory(path);
+    return std::string(isDirectory ? "type=dir;"
+                                   : "type=file;size=" + std::to_string(m_shared.storage.size(path)) + ";") +
+           "modify=" + m_shared.times.of(path) + "; " + name;
+}
+
 std::string Session::details(const std::string& directory, const std::string& name) const
 {
     const std::string path = Storage::absolute(directory, name);
@@ -254,7 +336,7 @@ std::string Session::details(const std::string& directory, const std::string& na
            " Jan 01 00:00 " + name;
 }
 
-void Session::list(const std::string& argument, bool namesOnly)
+void Session::list(const std::string& argument, ListingForm form)
 {
     const std::string path = absolute(argument);
     if (!m_shared.storage.isDirectory(path)) {
@@ -264,7 +346,10 @@ void Session::list(const std::string& argument, bool namesOnly)
     std::string lines;
     for (const std::string& name : m_shared.storage.names(path)) {
         // The names alone come without a look at each file: there can be a hundred thousand.
-        lines += (namesOnly ? name : details(path, name)) + "\r\n";
+        lines += (form == ListingForm::Names     ? name
+                  : form == ListingForm::Details ? details(path, name)
+                                                 : facts(path, name)) +
+                 "\r\n";
     }
     reply("150 data follows");
     if (openData()) {

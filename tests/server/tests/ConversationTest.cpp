@@ -214,12 +214,71 @@ TEST_F(Conversation, Features)
         const auto client = login();
         EXPECT_EQ("211-features", client->ask("FEAT"));
         client->finish();
-        EXPECT_EQ(" AUTH TLS\r\n EPSV\r\n MDTM\r\n PBSZ\r\n PROT\r\n REST STREAM\r\n SIZE\r\n211 end\r\n",
+        EXPECT_EQ(" AUTH TLS\r\n EPSV\r\n MDTM\r\n MFMT\r\n MLST type*;size*;modify*;\r\n PBSZ\r\n PROT\r\n REST "
+                  "STREAM\r\n SIZE\r\n211 end\r\n",
                   client->rest());
     }
-    EXPECT_EQ(Lines({"> FEAT", "< 211-features", "<  AUTH TLS", "<  EPSV", "<  MDTM", "<  PBSZ", "<  PROT",
-                     "<  REST STREAM", "<  SIZE", "< 211 end"}),
+    EXPECT_EQ(Lines({"> FEAT", "< 211-features", "<  AUTH TLS", "<  EPSV", "<  MDTM", "<  MFMT",
+                     "<  MLST type*;size*;modify*;", "<  PBSZ", "<  PROT", "<  REST STREAM", "<  SIZE", "< 211 end"}),
               afterLogin());
+}
+
+TEST_F(Conversation, RenamingInTwoSteps)
+{
+    writeFile(served("a b"), "content");
+    std::filesystem::create_directory(served("d"));
+    EXPECT_EQ(Lines({"> RNTO x",       "< 503 RNFR first",
+                     "> RNFR missing", "< 550 no such file",
+                     "> RNTO x",       "< 503 RNFR first",
+                     "> RNFR a b",     "< 350 the new name, please",
+                     "> RNTO d/c d",   "< 250 renamed",
+                     "> RNTO e",       "< 503 RNFR first",
+                     "> RNFR d",       "< 350 the new name, please",
+                     "> RNTO no/such", "< 553 cannot be renamed",
+                     "> RNFR d",       "< 350 the new name, please",
+                     "> RNTO f",       "< 250 renamed"}),
+              say({"RNTO x", "RNFR missing", "RNTO x", "RNFR a b", "RNTO d/c d", "RNTO e", "RNFR d", "RNTO no/such",
+                   "RNFR d", "RNTO f"}));
+    EXPECT_TRUE(std::filesystem::is_regular_file(served("f/c d")));
+}
+
+TEST_F(Conversation, RemovingDirectories)
+{
+    std::filesystem::create_directories(served("d/e"));
+    writeFile(served("a"), "");
+    EXPECT_EQ(Lines({"> RMD d", "< 550 cannot be removed", "> RMD d/e", "< 250 removed", "> RMD d", "< 250 removed",
+                     "> RMD a", "< 550 cannot be removed"}),
+              say({"RMD d", "RMD d/e", "RMD d", "RMD a"}));
+    EXPECT_FALSE(std::filesystem::exists(served("d")));
+    EXPECT_TRUE(std::filesystem::exists(served("a")));
+}
+
+TEST_F(Conversation, FactsAndTimes)
+{
+    std::filesystem::create_directory(served("d"));
+    writeFile(served("a"), "12345");
+    EXPECT_EQ(Lines({"> MDTM a",
+                     "< 213 20260101000000",
+                     "> MFMT 20251231235959 a",
+                     "< 213 Modify=20251231235959; a",
+                     "> MDTM a",
+                     "< 213 20251231235959",
+                     "> MFMT 2025 a",
+                     "< 501 a time and a name, please",
+                     "> MFMT 20251231235959 missing",
+                     "< 550 no such file",
+                     "> MLST a",
+                     "< 250-facts",
+                     "<  type=file;size=5;modify=20251231235959; /a",
+                     "< 250 end",
+                     "> MLST d",
+                     "< 250-facts",
+                     "<  type=dir;modify=20260101000000; /d",
+                     "< 250 end",
+                     "> MLST missing",
+                     "< 550 no such file"}),
+              say({"MDTM a", "MFMT 20251231235959 a", "MDTM a", "MFMT 2025 a", "MFMT 20251231235959 missing", "MLST a",
+                   "MLST d", "MLST missing"}));
 }
 
 TEST_F(Conversation, TransfersNeedAPort)
@@ -257,6 +316,13 @@ TEST_F(Conversation, ADataConnectionInTheClear)
                   "drwxr-xr-x 1 backup backup 0 Jan 01 00:00 c\r\n",
                   RawClient(port).rest());
         EXPECT_EQ("226 done", client->line());
+        port = client->extendedPassive();
+        client->ask("MLSD");
+        EXPECT_EQ("type=file;size=0;modify=20260101000000; a\r\n"
+                  "type=file;size=11;modify=20260101000000; b\r\n"
+                  "type=dir;modify=20260101000000; c\r\n",
+                  RawClient(port).rest());
+        EXPECT_EQ("226 done", client->line());
         client->ask("REST 4");
         port = client->extendedPassive();
         client->ask("RETR b");
@@ -277,6 +343,13 @@ TEST_F(Conversation, ADataConnectionInTheClear)
                      "< 150 data follows",
                      "= no TLS on data",
                      "= 136 bytes sent",
+                     "< 226 done",
+                     "> EPSV",
+                     passive,
+                     "> MLSD",
+                     "< 150 data follows",
+                     "= no TLS on data",
+                     "= 122 bytes sent",
                      "< 226 done",
                      "> REST 4",
                      "< 350 restart marked",

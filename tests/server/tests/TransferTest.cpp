@@ -210,6 +210,19 @@ TEST_F(TlsTransfer, ACertificateOfItsOwnForData)
     EXPECT_NE(session.end(), std::find(session.begin(), session.end(), "< 425 no TLS on the data connection"));
 }
 
+TEST_F(TlsTransfer, TheControlConnectionsSessionIsRequired)
+{
+    config.tlsReuseRequired = true;
+    serve();
+    EXPECT_EQ(CURLE_OK, client().download("a"));
+    CurlClient forgets = client();
+    curl_easy_setopt(forgets.handle(), CURLOPT_SSL_SESSIONID_CACHE, 0L);
+    EXPECT_NE(CURLE_OK, forgets.download("a"));
+    const Lines session = server->transcripts().at(1);
+    EXPECT_NE(session.end(),
+              std::find(session.begin(), session.end(), "< 522 the control connection's TLS session is required"));
+}
+
 TEST_F(TlsTransfer, OnlyOldTls)
 {
     config.maxTlsVersion = TLS1_1_VERSION;
