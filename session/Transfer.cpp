@@ -69,6 +69,8 @@ CURLcode Transfer::tryToRun()
     set(m_handle, CURLOPT_HEADERFUNCTION, hear);
     set(m_handle, CURLOPT_HEADERDATA, this);
     const CURLcode code = m_connection.run(m_call);
+    // A stall is over with the transfer; what is said about it is not.
+    m_reason = m_call.verdict() == CURLE_OK ? "" : m_call.reason();
     m_call.endTransfer();
     if (m_call.hasThrown()) {
         m_connection.giveUp();
@@ -97,8 +99,8 @@ Failure Transfer::failure(CURLcode code) const
         add(m_found);
     } else if (!m_access.hostKeyRefusal().empty()) {
         add(m_access.hostKeyRefusal());
-    } else if (m_call.verdict() == code) {
-        add(m_call.reason());
+    } else if (!m_reason.empty()) {
+        add(m_reason);
     } else {
         add(shown(m_connection.detail(), m_access.request().password));
     }

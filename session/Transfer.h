@@ -72,7 +72,8 @@ private:
     std::int64_t m_sizeToSend = -1;
     std::int64_t m_sent = 0;
     bool m_comparesSize = false;
-    std::string m_found; // what the session itself found wrong
+    std::string m_reason; // why the call had to end
+    std::string m_found;  // what the session itself found wrong
     CURLcode m_foundCode = CURLE_OK;
 };
 

@@ -34,9 +34,11 @@ struct ServerConfig
     bool strictUploadEnd = false; ///< an upload that ends without the client's close_notify is refused with 426
     Certificate certificate;      ///< not used when `tls` is Plain
     std::optional<Certificate> dataCertificate;
-    bool tlsReuseRequired = false; ///< data connections must continue the control connection's TLS session; else 522
-    bool dataTickets = false;      ///< session tickets on data connections; README.md tells what they cost an upload
-    int minTlsVersion = 0;         ///< an OpenSSL version number; 0: OpenSSL's own choice
+    /// Data connections must continue the control connection's TLS session; else 522. Excludes `dataCertificate`, and
+    /// sends session tickets on data connections.
+    bool tlsReuseRequired = false;
+    bool dataTickets = false; ///< session tickets on data connections; README.md tells what they cost an upload
+    int minTlsVersion = 0;    ///< an OpenSSL version number; 0: OpenSSL's own choice
     int maxTlsVersion = 0;
     std::chrono::milliseconds stallLimit{0}; ///< after which a stall ends like a drop; 0: when the client leaves
     std::uint16_t port = 0;                  ///< 0: a free one

@@ -3,7 +3,6 @@
 #include <openssl/err.h>
 #include <openssl/pem.h>
 
-#include <array>
 #include <stdexcept>
 
 namespace testserver {
@@ -72,13 +71,13 @@ TlsContexts::TlsContexts(const ServerConfig& config)
         return;
     }
     control = makeContext(config.certificate, config);
-    data = makeContext(config.dataCertificate.value_or(config.certificate), config);
-    if (!config.dataCertificate) {
-        // Tickets of the control connection's sessions are good for data connections, too.
-        std::array<unsigned char, 80> keys = {};
-        SSL_CTX_get_tlsext_ticket_keys(control.get(), keys.data(), keys.size());
-        SSL_CTX_set_tlsext_ticket_keys(data.get(), keys.data(), keys.size());
+    if (config.tlsReuseRequired) {
+        // One memory of sessions for both.
+        SSL_CTX_up_ref(control.get());
+        data.reset(control.get());
+        return;
     }
+    data = makeContext(config.dataCertificate.value_or(config.certificate), config);
     if (!config.dataTickets) {
         SSL_CTX_set_num_tickets(data.get(), 0);
     }
