@@ -38,9 +38,10 @@ Access::Access(const SFtpRequest& request, const SessionOptions& options)
     m_identity.server = nameOf(m_target.scheme()) + "://" + m_target.host() + ":" + std::to_string(m_target.port());
     // The options are the session's, and so the same for all of its connections.
     Digest digest;
-    for (const std::string& text : {m_identity.server, request.userName, request.password, m_ca}) {
-        digest.add(text);
-    }
+    digest.add(m_identity.server);
+    digest.add(request.userName);
+    digest.add(request.password);
+    digest.add(m_ca);
     digest.add(m_trustsAnybody ? "none" : "");
     m_identity.digest = digest.value();
 }
@@ -78,10 +79,10 @@ void Access::applyLimits(CURL* handle, const Call& call) const
 // together, and libcurl before 8.9 loses the ends of uploads: so 1.2, wherever there is a choice.
 void Access::applyTls(CURL* handle, const Connection& connection) const
 {
-    const bool newest = m_options.minimumTls == TlsVersion::Tls13 || connection.newestTls;
     // libcurl's number for the highest version is that for the lowest, 16 bits further up.
     constexpr long kTls12Alone = static_cast<long>(CURL_SSLVERSION_TLSv1_2) * 0x10001;
-    set(handle, CURLOPT_SSLVERSION, newest ? static_cast<long>(CURL_SSLVERSION_TLSv1_3) : kTls12Alone);
+    set(handle, CURLOPT_SSLVERSION,
+        speaksNewestTls(connection) ? static_cast<long>(CURL_SSLVERSION_TLSv1_3) : kTls12Alone);
     set(handle, CURLOPT_USE_SSL, static_cast<long>(m_options.requireTls ? CURLUSESSL_ALL : CURLUSESSL_TRY));
     set(handle, CURLOPT_FTPSSLAUTH, static_cast<long>(CURLFTPAUTH_TLS));
     set(handle, CURLOPT_SSL_VERIFYPEER, m_trustsAnybody ? 0L : 1L);
@@ -101,6 +102,11 @@ void Access::applyTls(CURL* handle, const Connection& connection) const
         setBlob(handle, CURLOPT_SSLCERT_BLOB, m_options.clientCertificate);
         setBlob(handle, CURLOPT_SSLKEY_BLOB, m_options.clientKey);
     }
+}
+
+bool Access::speaksNewestTls(const Connection& connection) const
+{
+    return !m_target.isSsh() && (m_options.minimumTls == TlsVersion::Tls13 || connection.newestTls);
 }
 
 void Access::applySsh(CURL* handle)

@@ -30,6 +30,9 @@ public:
     /// Sets a renewed handle up for this server and login. What libcurl is handed lives as long as this object.
     void applyTo(CURL* handle, const Connection& connection, const Call& call);
 
+    /// Whether TLS 1.3 is spoken over the connection.
+    bool speaksNewestTls(const Connection& connection) const;
+
     /// Why the SSH server's key was refused; empty where it was not.
     const std::string& hostKeyRefusal() const { return m_hostKeyRefusal; }
 

@@ -132,11 +132,15 @@ CURLcode Connection::resultOfTransfer() const
 curl_socket_t Connection::openSocket(void* self, curlsocktype /*purpose*/, curl_sockaddr* address) noexcept
 try {
     auto& connection = *static_cast<Connection*>(self);
-    const int number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-    if (number >= 0) {
-        connection.m_sockets.push_back({number, std::make_unique<StopSwitch::Reach>(connection.m_stop, number)});
+    connection.m_sockets.push_back({CURL_SOCKET_BAD, nullptr});
+    Socket& opened = connection.m_sockets.back();
+    opened.number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    if (opened.number < 0) {
+        connection.m_sockets.pop_back();
+        return CURL_SOCKET_BAD;
     }
-    return number;
+    opened.reach = std::make_unique<StopSwitch::Reach>(connection.m_stop, opened.number);
+    return opened.number;
 } catch (const std::exception&) {
     return CURL_SOCKET_BAD;
 }

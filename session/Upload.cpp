@@ -153,6 +153,10 @@ void upload(const Work& work, const DataSource& source, std::int64_t size)
         arrival.removeQuietly();
         throw;
     }
+    if (work.access.speaksNewestTls(work.connection)) {
+        // After an upload over TLS 1.3, libcurl has lost the session that the server wants to see again.
+        work.connection.giveUp();
+    }
     work.call.finishing();
     work.call.report(true);
 }
