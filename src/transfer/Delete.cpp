@@ -11,7 +11,7 @@ bool CurlSFtpResponse::DelSFtpFile(const SFtpRequest& request, uint32_t /*timeou
 {
     const std::string url = request.remotePath;
     UserPwd userPwd(request);
-    const long port = request.port;
+    const long port = static_cast<long>(request.port);
 
     std::string remoteDirPath;
     if (!findRemoteDirPath(url, remoteDirPath)) {

@@ -9,7 +9,7 @@ bool CurlSFtpResponse::Listsftpdir(const SFtpRequest& request, uint32_t timeout)
 {
     const std::string url = request.remotePath;
     UserPwd userPwd(request);
-    const long port = request.port;
+    const long port = static_cast<long>(request.port);
 
     // The "r" means nothing to fopen, which goes by the "w" and the "+".
     LocalStream stream(fopen(request.localPath.c_str(), "wr+"));

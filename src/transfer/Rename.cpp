@@ -10,7 +10,7 @@ bool CurlSFtpResponse::ReNameSFtpFile(const SFtpRequest& request, uint32_t /*tim
 {
     const std::string url = request.remotePath;
     UserPwd userPwd(request);
-    const long port = request.port;
+    const long port = static_cast<long>(request.port);
 
     std::string remoteDirPath;
     if (!findRemoteDirPath(url, remoteDirPath)) {

@@ -9,7 +9,7 @@ int CurlSFtpClient::TestSConnect(const SFtpRequest& request, uint32_t /*timeout*
     SFTP_LOG(kLogDetail, "begin test sftp connection");
     const std::string address = request.remotePath;
     UserPwd userPwd(request);
-    const long port = request.port;
+    const long port = static_cast<long>(request.port);
     SFTP_LOG(kLogDetail, "== remotePath is: " << address);
 
     // The joined text is never empty, for it holds at least the ":": an empty user name is no obstacle.
