@@ -2,6 +2,7 @@
 
 #include "transfer/CurlSFtpClient.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace {

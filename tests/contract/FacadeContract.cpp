@@ -2,6 +2,7 @@
 
 #include <SFtpClient.h>
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 

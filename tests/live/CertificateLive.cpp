@@ -2,6 +2,7 @@
 
 #include <openssl/tls1.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace {
