@@ -24,6 +24,7 @@ bool CurlSFtpResponse::Listsftpdir(const SFtpRequest& request, uint32_t timeout)
     curl_easy_setopt(curlHandle, CURLOPT_URL, url.c_str());
     curl_easy_setopt(curlHandle, CURLOPT_PORT, port);
     curl_easy_setopt(curlHandle, CURLOPT_USERPWD, userPwd.c_str());
+    // The one operation that goes by it.
     if (timeout != 0) {
         curl_easy_setopt(curlHandle, CURLOPT_FTP_RESPONSE_TIMEOUT, static_cast<long>(timeout));
     }
