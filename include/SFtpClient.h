@@ -80,11 +80,11 @@ public:
     /// first 65536 bytes are sent.
     virtual int UploadFileToSFtpServer(const SFtpRequest& request, std::string& errorText);
 
-    /// Asks the server for the size of `remotePath`. True when a download may go on: libcurl tells a size (0 for a
-    /// reply that it cannot read), and it is below the limit (104857600 bytes for a local file named "RetentionDB.db",
-    /// 53687091200 bytes for any other), or there is no such remote file, so that the download itself can report it.
-    /// False otherwise; a record says why. Of `localPath` only the name counts. Connecting, and each reply of the
-    /// server, may take as long as libcurl allows (300 and 120 seconds).
+    /// Asks the server for the size of `remotePath`. True when a download may go on: libcurl tells a size, and it is
+    /// below the limit (104857600 bytes for a local file named "RetentionDB.db", 53687091200 bytes for any other), or
+    /// there is no such remote file, so that the download itself can report it. False otherwise; a record says why. Of
+    /// `localPath` only the name counts. Connecting, and each reply of the server, may take as long as libcurl allows
+    /// (300 and 120 seconds).
     ///
     /// The check runs without the library's TLS step: with an ftp: URL it logs in in the clear, with an ftps: URL the
     /// server is verified against libcurl's own trust store. libcurl's trace of it, with the password, goes to the
