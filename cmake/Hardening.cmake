@@ -1,0 +1,41 @@
+# What Debian builds its packages with (dpkg-buildflags, hardening=+all), for what ships. In a consumer's build the
+# consumer's flags count alone, and an instrumented build has aims of its own.
+if(PROJECT_IS_TOP_LEVEL AND NOT SFTPCLIENT_SANITIZE AND NOT SFTPCLIENT_COVERAGE)
+    set(harden ON)
+else()
+    set(harden OFF)
+endif()
+option(SFTPCLIENT_HARDENING "Harden what ships, and leave the folders of the build out of it" ${harden})
+
+if(SFTPCLIENT_HARDENING)
+    include(CheckCXXCompilerFlag)
+    include(CheckPIESupported)
+    check_pie_supported(LANGUAGES CXX)
+    # Each processor has some of these.
+    check_cxx_compiler_flag(-fcf-protection=full SFTPCLIENT_HAS_CF_PROTECTION)
+    check_cxx_compiler_flag(-mbranch-protection=standard SFTPCLIENT_HAS_BRANCH_PROTECTION)
+    check_cxx_compiler_flag(-fstack-clash-protection SFTPCLIENT_HAS_STACK_CLASH_PROTECTION)
+endif()
+
+function(sftpclient_harden target)
+    if(NOT SFTPCLIENT_HARDENING)
+        return()
+    endif()
+    set_target_properties(${target} PROPERTIES
+        POSITION_INDEPENDENT_CODE ON
+        # A search path that is relative, for its length and the build's identifier stay behind when it is taken out.
+        BUILD_RPATH_USE_ORIGIN ON)
+    target_compile_options(${target} PRIVATE
+        -fstack-protector-strong -Wformat -Werror=format-security -Wdate-time
+        $<$<BOOL:${SFTPCLIENT_HAS_CF_PROTECTION}>:-fcf-protection=full>
+        $<$<BOOL:${SFTPCLIENT_HAS_BRANCH_PROTECTION}>:-mbranch-protection=standard>
+        $<$<BOOL:${SFTPCLIENT_HAS_STACK_CLASH_PROTECTION}>:-fstack-clash-protection>
+        # The same bytes from any folder.
+        -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=.)
+    # A packager's own level counts, and without optimisation there is none.
+    if(NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
+        target_compile_options(${target} PRIVATE
+            "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+    endif()
+    target_link_options(${target} PRIVATE LINKER:-z,relro LINKER:-z,now)
+endfunction()
