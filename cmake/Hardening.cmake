@@ -8,13 +8,18 @@ endif()
 option(SFTPCLIENT_HARDENING "Harden what ships, and leave the folders of the build out of it" ${harden})
 
 if(SFTPCLIENT_HARDENING)
-    include(CheckCXXCompilerFlag)
     include(CheckPIESupported)
     check_pie_supported(LANGUAGES CXX)
-    # Each processor has some of these.
-    check_cxx_compiler_flag(-fcf-protection=full SFTPCLIENT_HAS_CF_PROTECTION)
-    check_cxx_compiler_flag(-mbranch-protection=standard SFTPCLIENT_HAS_BRANCH_PROTECTION)
-    check_cxx_compiler_flag(-fstack-clash-protection SFTPCLIENT_HAS_STACK_CLASH_PROTECTION)
+endif()
+
+# What a processor has instructions for. A compiler that only says that it does not use a flag would pass CMake's checks.
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|i[3-6]86)$")
+    set(SFTPCLIENT_PROCESSOR_HARDENING -fcf-protection=full -fstack-clash-protection)
+elseif(CMAKE_SYSTEM_PROCESSOR STREQUAL aarch64)
+    set(SFTPCLIENT_PROCESSOR_HARDENING -mbranch-protection=standard)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        list(APPEND SFTPCLIENT_PROCESSOR_HARDENING -fstack-clash-protection)
+    endif()
 endif()
 
 function(sftpclient_harden target)
@@ -27,9 +32,7 @@ function(sftpclient_harden target)
         BUILD_RPATH_USE_ORIGIN ON)
     target_compile_options(${target} PRIVATE
         -fstack-protector-strong -Wformat -Werror=format-security -Wdate-time
-        $<$<BOOL:${SFTPCLIENT_HAS_CF_PROTECTION}>:-fcf-protection=full>
-        $<$<BOOL:${SFTPCLIENT_HAS_BRANCH_PROTECTION}>:-mbranch-protection=standard>
-        $<$<BOOL:${SFTPCLIENT_HAS_STACK_CLASH_PROTECTION}>:-fstack-clash-protection>
+        ${SFTPCLIENT_PROCESSOR_HARDENING}
         # The same bytes from any folder.
         -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=.)
     # A packager's own level counts, and without optimisation there is none.
