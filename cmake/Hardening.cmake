@@ -10,6 +10,9 @@ option(SFTPCLIENT_HARDENING "Harden what ships, and leave the folders of the bui
 if(SFTPCLIENT_HARDENING)
     include(CheckPIESupported)
     check_pie_supported(LANGUAGES CXX)
+    # A compiler's cache gives the compiler relative names.
+    cmake_path(RELATIVE_PATH PROJECT_SOURCE_DIR BASE_DIRECTORY ${PROJECT_BINARY_DIR}
+               OUTPUT_VARIABLE SFTPCLIENT_RELATIVE_SOURCE_DIR)
 endif()
 
 # What a processor has instructions for. A compiler that only says that it does not use a flag would pass CMake's checks.
@@ -34,7 +37,9 @@ function(sftpclient_harden target)
         -fstack-protector-strong -Wformat -Werror=format-security -Wdate-time
         ${SFTPCLIENT_PROCESSOR_HARDENING}
         # The same bytes from any folder.
-        -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=.)
+        -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+        -ffile-prefix-map=${PROJECT_BINARY_DIR}=.
+        -ffile-prefix-map=${SFTPCLIENT_RELATIVE_SOURCE_DIR}=.)
     # A packager's own level counts, and without optimisation there is none.
     if(NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
         target_compile_options(${target} PRIVATE
