@@ -102,6 +102,6 @@ bool LogFile::isThere()
 void LogFile::cutBack() const
 {
     if (m_stream != nullptr) {
-        static_cast<void>(::ftruncate(::fileno(m_stream), m_size));
+        [[maybe_unused]] const int nothingToDoAboutIt = ::ftruncate(::fileno(m_stream), m_size);
     }
 }
