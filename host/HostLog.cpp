@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <system_error>
 
 namespace {
 
@@ -51,10 +52,12 @@ try {
         return nullptr;
     }
     return std::make_unique<LogFile>(settings.file, settings.maxBytes, settings.files);
-} catch (const std::exception& error) {
+} catch (const std::system_error& error) {
     throw std::runtime_error("The log cannot be written to " + settings.file + ": " + error.what() +
                              ". Name another file, or make this one writable.");
 }
+} catch (const std::exception& error) {
+    throw std::runtime_error("The log cannot be written to " + settings.file + ": " + error.what() + ".");
 
 } // namespace
 
