@@ -10,7 +10,8 @@
 /// The configuration of the ready host services: the values of one INI file, read once and again only on request.
 ///
 /// Any number of threads may use it at the same time. Who asks while a file is being read sees the values from before
-/// or those from after, never some of each.
+/// or those from after, never some of each. A child of `fork` may use the process's configuration too, whatever the
+/// threads of its parent did meanwhile; `fork` waits for the file that is being read.
 class HostConfiguration
 {
 public:
@@ -37,6 +38,8 @@ public:
 
 private:
     void keep(std::shared_ptr<const IniFile> values);
+    static void lock();
+    static void unlock();
 
     // One reading after the other, so that what stays is what was read last.
     std::mutex m_reading;
