@@ -11,7 +11,7 @@ namespace {
 
 std::shared_ptr<const IniFile> read(const std::string& named)
 {
-    const char* const variable = std::getenv("SFTPCLIENT_CONFIG");
+    const char* const variable = secure_getenv("SFTPCLIENT_CONFIG");
     const std::string path = named.empty() && variable != nullptr ? variable : named;
     return path.empty() ? std::make_shared<const IniFile>() : std::make_shared<const IniFile>(path);
 }

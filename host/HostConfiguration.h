@@ -27,7 +27,8 @@ public:
     void load(const std::string& path);
 
     /// Reads the file anew: the one of `load`, or else the one that the environment variable SFTPCLIENT_CONFIG names
-    /// now; without either there are no values. Fails as `load` does.
+    /// now; without either there are no values. The variable counts for nothing in a process that was given rights
+    /// which its user does not have, by set-user-ID, set-group-ID or file capabilities. Fails as `load` does.
     void reload();
 
     /// The values as they were read last, for as long as the caller keeps them. The first call reads, as `reload` does,
@@ -37,9 +38,9 @@ public:
     std::shared_ptr<const IniFile> values();
 
 private:
-    void keep(std::shared_ptr<const IniFile> values);
     static void lock();
     static void unlock();
+    void keep(std::shared_ptr<const IniFile> values);
 
     // One reading after the other, so that what stays is what was read last.
     std::mutex m_reading;
