@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr int kForks = 50;
+constexpr int kForks = 20;
 
 /// Threads that do the same again and again as long as this object lives.
 class BusyThreads

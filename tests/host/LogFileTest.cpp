@@ -138,6 +138,13 @@ TEST_F(LogFileTest, TakesALineThatIsTooLargeAlone)
     EXPECT_EQ(content("a.2.log"), "1st\n");
 }
 
+TEST_F(LogFileTest, DoesNotGiveWayWhileItIsEmpty)
+{
+    LogFile(m_path, 8, 3).write("much too large\n");
+    EXPECT_EQ(content(), "much too large\n");
+    EXPECT_EQ(namesIn(m_folder.path()), std::set<std::string>{"a.log"});
+}
+
 TEST_F(LogFileTest, MakesItsFolder)
 {
     LogFile(m_folder.file("new/folder/a.log"), 1000, 2).write("one\n");
@@ -253,7 +260,11 @@ TEST_F(LogFileTest, IsRefusedWhenAFifoCameInItsPlace)
     ASSERT_EQ(mkfifo(m_path.c_str(), 0600), 0);
     const std::string refusal = m_path + " is not a regular file. Remove it, or name another file";
     EXPECT_EQ(failureOf(file, "two\n"), refusal);
+    const int reader = open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader, 0);
     EXPECT_EQ(failureOf(file, "three\n"), refusal);
+    EXPECT_EQ(failureOf(file, "three\n"), refusal);
+    close(reader);
     std::filesystem::remove(m_path);
     EXPECT_EQ(failureOf(file, "four\n"), "no failure");
     EXPECT_EQ(content(), "four\n");
