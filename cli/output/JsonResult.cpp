@@ -1,8 +1,7 @@
 #include "output/JsonResult.h"
 
+#include "output/Json.h"
 #include "output/ResultName.h"
-
-#include <nlohmann/json.hpp>
 
 std::string jsonOf(const Result& result)
 {
@@ -22,8 +21,5 @@ std::string jsonOf(const Result& result)
     if (!result.signal.empty()) {
         object["signal"] = result.signal;
     }
-    constexpr int kOneLine = -1;
-    // In ASCII alone: standard output may be a terminal, which obeys DEL and the control characters beyond it.
-    constexpr bool kAscii = true;
-    return object.dump(kOneLine, ' ', kAscii, nlohmann::ordered_json::error_handler_t::replace);
+    return dumped(object, kOnOneLine);
 }
