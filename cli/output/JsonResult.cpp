@@ -9,6 +9,9 @@ std::string jsonOf(const Result& result)
                                   {"code", result.code},           {"name", nameOfResult(result.code)},
                                   {"text", result.text},           {"bytes", result.bytes},
                                   {"seconds", result.seconds},     {"attempts", result.attempts}};
+    if (!result.reply.empty()) {
+        object["reply"] = result.reply;
+    }
     if (!result.hint.empty()) {
         object["hint"] = result.hint;
     }
