@@ -99,7 +99,9 @@ const std::vector<Option>& options()
         {"--config", "FILE", "Configuration file, if not ~/.config/sftpclient/config",
          storeText<&Arguments::configFile>},
         {"--no-verify", "", "Do not compare the file's size on the server afterwards", storeNoVerify, Use::Put},
-        {"--retry", "N", "Try again up to N times after a fault that may pass:\nresult 7, 28, 35, 52, 55 or 56, or a put whose size\nthere is another one",
+        {"--retry", "N",
+         "Try again up to N times after a fault that may pass:\nresult 7, 28, 35, 52, 55 or 56, or a put whose "
+         "size\nthere is another one",
          storeRetries, Use::Operations},
         {"--retry-delay", "SECONDS", "Wait so long before trying again (1), and each time\ntwice as long",
          storeRetryDelay, Use::Operations},

@@ -1,6 +1,11 @@
+#include "harness/Process.h"
 #include "harness/Served.h"
 #include "harness/TerminalCommand.h"
 #include "harness/TextFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
@@ -76,6 +81,56 @@ TEST_F(Interrupt, RemovesTheTemporaryFileOfAListing)
     EXPECT_EQ(command.wait(), -SIGINT);
     EXPECT_NE(command.shown().find("ls: 42 interrupted by SIGINT; nothing is left of it\r\n"), std::string::npos);
     EXPECT_TRUE(std::filesystem::is_empty(local("")));
+}
+
+TEST_F(Interrupt, ByTheEndOfTheTerminalRemovesTheTemporaryFile)
+{
+    serve({"NLST=stall"});
+    TerminalCommand command = start({"ls", url(), "--trace"});
+    command.shownUpTo("> NLST");
+    EXPECT_FALSE(std::filesystem::is_empty(local("")));
+    command.signal(SIGHUP);
+    EXPECT_EQ(command.wait(), -SIGHUP);
+    EXPECT_NE(command.shown().find("ls: 42 interrupted by SIGHUP; nothing is left of it\r\n"), std::string::npos);
+    EXPECT_TRUE(std::filesystem::is_empty(local("")));
+}
+
+TEST_F(Interrupt, ByAHangUpThatIsIgnoredStaysIgnored)
+{
+    serve({"NLST=meet:2"});
+    ProcessSetup setup;
+    setup.words =
+        withCa({"/bin/sh", "-c", "trap '' HUP; exec \"$0\" \"$@\"", SFTPCLIENT_COMMAND, "ls", url(), "--trace"});
+    setup.environment = environment();
+    setup.folder = local("");
+    TerminalCommand command(setup);
+    command.shownUpTo("> NLST");
+    command.signal(SIGHUP);
+    EXPECT_EQ(run({"ls", url()}).status, 0);
+    EXPECT_EQ(command.wait(), 0) << command.shown();
+}
+
+// The line before a retry, which nobody reads.
+TEST_F(Interrupt, ByAReaderThatLeftRemovesTheTemporaryFile)
+{
+    serve({"GREETING=drop"});
+    const std::string temporary = folder() + "/temporary";
+    const std::string pipe = folder() + "/pipe";
+    std::filesystem::create_directory(temporary);
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ProcessSetup setup;
+    setup.words = withCa({SFTPCLIENT_COMMAND, "ls", url(), "--retry=1", "--retry-delay=0"});
+    setup.environment = environment();
+    setup.environment.emplace_back("TMPDIR", temporary);
+    setup.folder = local("");
+    setup.out = "/dev/null";
+    setup.err = pipe;
+    Process command(setup);
+    close(reader);
+    EXPECT_EQ(command.wait(), -SIGPIPE);
+    EXPECT_TRUE(std::filesystem::is_empty(temporary));
+    EXPECT_EQ(sessions().size(), 1U);
 }
 
 TEST_F(Interrupt, SaysThatARenameMayHaveHappened)
