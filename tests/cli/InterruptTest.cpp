@@ -3,6 +3,8 @@
 #include "harness/TerminalCommand.h"
 #include "harness/TextFile.h"
 
+#include <transfer/Interruption.h>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -166,4 +168,39 @@ TEST_F(Interrupt, EndsTheWaitBeforeTryingAgain)
     EXPECT_EQ(command.wait(), -SIGINT);
     EXPECT_NE(command.shown().find("ls: 42 interrupted by SIGINT; "), std::string::npos);
     EXPECT_EQ(sessions().size(), 1U);
+}
+
+TEST(Interruption, LeavesTheSecondSignalToTheSystem)
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        // This process may run in the background.
+        auto* const before = std::signal(signal, SIG_DFL);
+        {
+            const Interruption interruption;
+            static_cast<void>(std::raise(signal));
+            EXPECT_EQ(Interruption::signal(), signal);
+            EXPECT_EQ(std::signal(signal, SIG_DFL), SIG_DFL) << "the next one ends the process";
+        }
+        static_cast<void>(std::signal(signal, before));
+    }
+}
+
+TEST(Interruption, OutlivesEveryLineThatNobodyReads)
+{
+    auto* const before = std::signal(SIGPIPE, SIG_DFL);
+    {
+        const Interruption interruption;
+        static_cast<void>(std::raise(SIGPIPE));
+        static_cast<void>(std::raise(SIGPIPE));
+        EXPECT_EQ(Interruption::signal(), SIGPIPE);
+    }
+    EXPECT_EQ(std::signal(SIGPIPE, before), SIG_DFL);
+}
+
+TEST(Interruption, NamesItsSignals)
+{
+    EXPECT_STREQ(nameOfSignal(SIGINT), "SIGINT");
+    EXPECT_STREQ(nameOfSignal(SIGTERM), "SIGTERM");
+    EXPECT_STREQ(nameOfSignal(SIGHUP), "SIGHUP");
+    EXPECT_STREQ(nameOfSignal(SIGPIPE), "SIGPIPE");
 }

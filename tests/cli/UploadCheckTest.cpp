@@ -92,5 +92,5 @@ TEST(CanCompareSize, KnowsWhatCannotBeCompared)
     EXPECT_TRUE(canCompareSize("ftp://host/x;type=i"));
     EXPECT_FALSE(canCompareSize("ftp://host/x;type=a"));
     EXPECT_FALSE(canCompareSize("ftp://host/x;type=A"));
-    EXPECT_FALSE(canCompareSize("sftp://host/x"));
+    EXPECT_TRUE(canCompareSize("sftp://host/x"));
 }
