@@ -115,14 +115,15 @@ TEST_F(Interrupt, ByAHangUpThatIsIgnoredStaysIgnored)
 // The line before a retry, which nobody reads.
 TEST_F(Interrupt, ByAReaderThatLeftRemovesTheTemporaryFile)
 {
-    serve({"GREETING=drop"});
+    // It gets no further until the reader has left and another client has come.
+    serve({"PASS=meet:2", "CWD=drop"});
     const std::string temporary = folder() + "/temporary";
     const std::string pipe = folder() + "/pipe";
     std::filesystem::create_directory(temporary);
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     ProcessSetup setup;
-    setup.words = withCa({SFTPCLIENT_COMMAND, "ls", url(), "--retry=1", "--retry-delay=0"});
+    setup.words = withCa({SFTPCLIENT_COMMAND, "ls", url("/weekly/"), "--retry=1", "--retry-delay=0"});
     setup.environment = environment();
     setup.environment.emplace_back("TMPDIR", temporary);
     setup.folder = local("");
@@ -130,9 +131,10 @@ TEST_F(Interrupt, ByAReaderThatLeftRemovesTheTemporaryFile)
     setup.err = pipe;
     Process command(setup);
     close(reader);
+    EXPECT_EQ(run({"test", url()}).status, 0);
     EXPECT_EQ(command.wait(), -SIGPIPE);
     EXPECT_TRUE(std::filesystem::is_empty(temporary));
-    EXPECT_EQ(sessions().size(), 1U);
+    EXPECT_EQ(sessions().size(), 2U);
 }
 
 TEST_F(Interrupt, SaysThatARenameMayHaveHappened)
