@@ -1,3 +1,4 @@
+#include "ProxyEnvironment.h"
 #include "RunOperation.h"
 #include "UsageError.h"
 #include "doctor/DoctorCommand.h"
@@ -41,6 +42,7 @@ int fail(int status, const std::exception& error)
 int main(int argc, char** argv)
 try {
     openStandardDescriptors();
+    const ProxyEnvironment proxies;
     int status = 0;
     const std::optional<Arguments> arguments = parseArguments(argc, argv, status);
     return arguments ? run(*arguments) : status;
