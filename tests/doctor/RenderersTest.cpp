@@ -103,7 +103,8 @@ TEST(Table, EscapesWhatAServerSaysOnce)
     doctor::renderTable(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile}}, false, stream);
     constexpr char kEscaped[] = R"(C:\\dir "x" \x1b[2J \xc2\x9b \x7f \xff )"
                                 "\xc3\xa4\n";
-    for (const char* const row : {"  greeting           ok    220 ", "  upload    will fail with 67  ", "  upload:\n    "}) {
+    for (const char* const row :
+         {"  greeting           ok    220 ", "  upload    will fail with 67  ", "  upload:\n    "}) {
         EXPECT_NE(std::string::npos, stream.str().find(std::string(row) + kEscaped)) << row << stream.str();
     }
 }
