@@ -87,18 +87,24 @@ std::string PlantedPassword::shownIn(const std::string& output, const std::strin
     return {};
 }
 
-PlantedPassword ordinaryPassword() { return {"Ordinary", "like-Nothing.else"}; }
-
-const std::vector<PlantedPassword>& oddPasswords()
+const std::vector<PlantedPassword>& everyPassword()
 {
     static const std::vector<PlantedPassword> all = {
-        {"CodeOfTheGreeting", "220"}, {"TwoAsInCodes", "2"},
-        {"ZeroAsInCodes", "0"},       {"OneLetter", "e"},
-        {"PercentSign", "%"},         {"ReservedCharacters", "%:/@?#&=+%41"},
-        {"Quotes", "\"'\"\""},        {"Backslashes", "\\\\x41\\"},
-        {"Blanks", " two  words "},   {"Utf8", "p\xc3\xa4\xe2\x82\xac"},
-        {"CommandUser", "USER"},      {"CommandPass", "PASS"},
-        {"WordOfLibcurl", "Login"},   {"OneStar", "*"},
+        {"Ordinary", "like-Nothing.else"},
+        {"CodeOfTheGreeting", "220"},
+        {"TwoAsInCodes", "2"},
+        {"ZeroAsInCodes", "0"},
+        {"OneLetter", "e"},
+        {"PercentSign", "%"},
+        {"ReservedCharacters", "%:/@?#&=+%41"},
+        {"Quotes", "\"'\"\""},
+        {"Backslashes", "\\\\x41\\"},
+        {"Blanks", " two  words "},
+        {"Utf8", "p\xc3\xa4\xe2\x82\xac"},
+        {"CommandUser", "USER"},
+        {"CommandPass", "PASS"},
+        {"WordOfLibcurl", "Login"},
+        {"OneStar", "*"},
         {"TheMask", "****"},
     };
     return all;

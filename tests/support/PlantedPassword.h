@@ -24,11 +24,8 @@ struct PlantedPassword
 
 std::string marked(const std::string& form);
 
-/// One that is like nothing else, to compare with.
-PlantedPassword ordinaryPassword();
-
-/// Those that a reply, a mark or a form can be mistaken for.
-const std::vector<PlantedPassword>& oddPasswords();
+/// An ordinary one, and those that something else can be mistaken for.
+const std::vector<PlantedPassword>& everyPassword();
 
 /// For the tests' names in ctest.
 void PrintTo(const PlantedPassword& planted, std::ostream* stream);
