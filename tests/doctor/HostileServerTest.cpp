@@ -52,6 +52,17 @@ TEST_F(HostileServer, ControlBytesAreEscaped)
     EXPECT_EQ(std::string("220 \x1b[2J\x07\xef\xbf\xbd\0 hi", 16), (*greeting)["seen"]);
 }
 
+TEST_F(HostileServer, NamesInCertificatesAreEscapedOnce)
+{
+    testserver::CertificateOptions options;
+    options.commonName = "a\x1b[2J";
+    config.certificate = authority.issue(options);
+    serveAndAsk();
+    const doctor::Report report = examine(question);
+    EXPECT_EQ("CN = a\x1b[2J", jsonOf(report)["certificates"][0]["subject"]);
+    EXPECT_NE(std::string::npos, tableOf(report).find("CN = a\\x1b[2J, issued by")) << tableOf(report);
+}
+
 TEST_F(HostileServer, ASilentGreetingIsWaitedForOnce)
 {
     waitBriefly();
