@@ -84,3 +84,9 @@ std::string ProxyEnvironment::variableFor(const std::string& url) const
     const bool isTaken = !proxy.empty() && goesThroughProxy(url, exceptions.empty() ? "" : m_variables.at(exceptions));
     return isTaken ? proxy : std::string();
 }
+
+bool ProxyEnvironment::isHttp(const std::string& variable) const
+{
+    constexpr char kSocks[] = "SOCKS";
+    return inCapitals(m_variables.at(variable)).compare(0, sizeof kSocks - 1, kSocks) != 0;
+}

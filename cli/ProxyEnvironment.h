@@ -17,6 +17,10 @@ public:
     /// included; nothing is connected to, or resolved.
     std::string variableFor(const std::string& url) const;
 
+    /// Whether that variable names an HTTP proxy, which for an ftp: URL makes the connection in the client's place and
+    /// is told the login. REQUIRES: `variableFor` has named it.
+    bool isHttp(const std::string& variable) const;
+
 private:
     std::map<std::string, std::string> m_variables;
 };

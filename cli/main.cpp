@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kCommandFailed = 255;
 
-int run(const Arguments& arguments)
+int run(const Arguments& arguments, const ProxyEnvironment& proxies)
 {
     switch (arguments.operation) {
     case Operation::Test:
@@ -26,7 +26,7 @@ int run(const Arguments& arguments)
     case Operation::Remove:
         return runOperation(arguments);
     case Operation::Doctor:
-        return runDoctor(arguments);
+        return runDoctor(arguments, proxies);
     }
     return kCommandFailed;
 }
@@ -45,7 +45,7 @@ try {
     const ProxyEnvironment proxies;
     int status = 0;
     const std::optional<Arguments> arguments = parseArguments(argc, argv, status);
-    return arguments ? run(*arguments) : status;
+    return arguments ? run(*arguments, proxies) : status;
 } catch (const UsageError& error) {
     return fail(kWrongUsage, error);
 } catch (const std::exception& error) {
