@@ -40,6 +40,9 @@ struct Arguments
     bool verifies = true; // put compares the sizes
     unsigned retries = 0;
     std::chrono::milliseconds retryDelay{1000}; // before the first
+    std::chrono::seconds connectTime{20};       // of each connection
+    std::chrono::seconds stallTime{60};         // without a byte
+    std::chrono::seconds maxTime{0};            // of the whole operation; 0: no limit
     bool clearLogin = false;                    // doctor may send the password in the clear
     bool writes = false;                        // doctor tries a round trip
     std::chrono::seconds timeout{20};           // of doctor's own connections

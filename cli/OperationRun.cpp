@@ -2,6 +2,7 @@
 
 #include "Operations.h"
 #include "output/Hint.h"
+#include "output/ResultLine.h"
 #include "transfer/Interruption.h"
 #include "transfer/Retry.h"
 #include "transfer/UploadCheck.h"
@@ -15,8 +16,6 @@ namespace {
 
 // The size check is the first transfer of a download; by the second one the local file has been emptied.
 constexpr unsigned kTransfersOfDownload = 2;
-
-std::string textOf(CURLcode code) { return std::to_string(code) + " " + curl_easy_strerror(code); }
 
 std::string inSeconds(std::chrono::milliseconds delay)
 {
@@ -36,16 +35,15 @@ Result OperationRun::run()
     attempt();
     while (retry.isLeft() && mayPass()) {
         const std::chrono::milliseconds delay = retry.next();
-        std::cerr << m_result.operation << ": " << m_result.code << " " << m_result.text << "; trying again in "
-                  << inSeconds(delay) << std::endl;
+        if (m_watch.isOver(delay)) {
+            break;
+        }
+        std::cerr << lineOf(m_result) << "; trying again in " << inSeconds(delay) << std::endl;
         Interruption::wait(delay);
         if (Interruption::signal() == 0) {
             ++m_result.attempts;
             attempt();
         }
-    }
-    if (m_arguments.operation == Operation::Put && m_result.code == 0 && m_arguments.verifies) {
-        checkUpload();
     }
     if (Interruption::signal() != 0 && m_result.code != 0) {
         describeInterruption(Interruption::signal());
@@ -57,10 +55,15 @@ Result OperationRun::run()
 void OperationRun::attempt()
 {
     m_watch.restart();
+    m_isDamaged = false;
+    m_result.sizeChecked.reset();
     std::string libraryText;
     m_result.code = perform(m_arguments.operation, m_request, libraryText);
     m_result.bytes = m_watch.lastBytes();
     describe(libraryText);
+    if (m_arguments.operation == Operation::Put && m_result.code == 0 && m_arguments.verifies) {
+        checkUpload();
+    }
 }
 
 // libcurl's result, also where the library hides it behind a -1.
@@ -69,22 +72,47 @@ CURLcode OperationRun::fault() const
     return m_result.code == kNotRun ? m_watch.lastResult() : static_cast<CURLcode>(m_result.code);
 }
 
-bool OperationRun::mayPass() const { return isPassingFault(fault()) && Interruption::signal() == 0; }
+bool OperationRun::mayPass() const { return (m_isDamaged || isPassingFault(fault())) && Interruption::signal() == 0; }
+
+std::string OperationRun::textOf(CURLcode code) const
+{
+    const std::string& limit = m_watch.limitReached();
+    return curl_easy_strerror(code) + (limit.empty() ? "" : ": " + limit);
+}
 
 void OperationRun::describe(const std::string& libraryText)
 {
-    m_result.hint = hintFor(fault());
+    const CURLcode last = m_watch.lastResult();
     if (m_result.code != kNotRun) {
         // The library has no text for success, nor for any result of a connection test.
-        m_result.text = libraryText.empty() ? curl_easy_strerror(static_cast<CURLcode>(m_result.code)) : libraryText;
-    } else if (m_watch.lastResult() != CURLE_OK) {
-        m_result.text = "the size check before the download failed: " + textOf(m_watch.lastResult());
+        const bool hasText = !libraryText.empty() && m_watch.limitReached().empty();
+        m_result.text = hasText ? libraryText : textOf(static_cast<CURLcode>(m_result.code));
+    } else if (last != CURLE_OK) {
+        m_result.text = "the size check before the download failed: " + std::to_string(last) + " " + textOf(last);
     } else if (m_watch.transfers() > 0) {
         m_result.text = "the size check before the download refused: the server does not tell the file's size, or it "
                         "is above the library's limit; the log records above say which";
     } else {
         m_result.text = "the library could not run it; see the log records above";
     }
+    describeReply();
+}
+
+void OperationRun::describeReply()
+{
+    m_result.reply = lastReply();
+    m_result.hint = hintFor(fault(), m_watch.lastReply());
+}
+
+// Of a transfer that failed.
+std::string OperationRun::lastReply() const
+{
+    const Reply& reply = m_watch.lastReply();
+    if (m_watch.lastResult() == CURLE_OK || reply.code == 0) {
+        return {};
+    }
+    // The code is no text of the server's: masked, it would say something else where a password is a number.
+    return std::to_string(reply.code) + " " + m_mask.hiddenIn(reply.text);
 }
 
 void OperationRun::checkUpload()
@@ -97,14 +125,19 @@ void OperationRun::checkUpload()
         return;
     }
     m_result.sizeChecked = size.bytes.has_value();
-    if (size.bytes && *size.bytes != sent) {
+    m_isDamaged = size.bytes && *size.bytes != sent;
+    if (m_isDamaged) {
         m_result.code = CURLE_PARTIAL_FILE;
         m_result.text = "the server has " + std::to_string(*size.bytes) + " bytes of the " + std::to_string(sent) +
                         " that were sent: the file there is damaged. Send it again; where that happens often, limit "
                         "the server to TLS 1.2 or install libcurl 8.9 or newer";
+    } else if (comparable && isPassingFault(m_watch.lastResult())) {
+        m_result.code = m_watch.lastResult();
+        m_result.text = "all was sent, but the check of its size on the server failed: " + textOf(m_watch.lastResult());
+        describeReply();
     } else if (comparable && !size.bytes) {
-        std::cerr << m_result.operation
-                  << ": the size on the server was not checked: " << escapeControlBytes(size.whyNot) << "\n";
+        std::cerr << m_result.operation << ": the size on the server was not checked: "
+                  << escapeControlBytes(withReply(size.whyNot, lastReply())) << "\n";
     }
 }
 
@@ -112,6 +145,7 @@ void OperationRun::describeInterruption(int signal)
 {
     m_result.signal = nameOfSignal(signal);
     m_result.hint.clear();
+    m_result.reply.clear();
     m_result.code = CURLE_ABORTED_BY_CALLBACK;
     m_result.text = "interrupted by " + m_result.signal + "; " + whatIsLeft();
 }

@@ -6,15 +6,15 @@
 #include "credentials/Login.h"
 #include "credentials/Password.h"
 #include "output/Listing.h"
+#include "output/ResultLine.h"
 #include "transfer/Interruption.h"
 
 #include <CurlProcess.h>
-#include <EscapeControlBytes.h>
+#include <HostConfiguration.h>
 #include <HostLog.h>
 
 #include <unistd.h>
 
-#include <cstdlib>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
@@ -24,7 +24,7 @@ namespace {
 void configureHost(const Arguments& arguments)
 {
     if (!arguments.configFile.empty()) {
-        setenv("SFTPCLIENT_CONFIG", arguments.configFile.c_str(), 1);
+        HostConfiguration::instance().load(arguments.configFile);
     }
     if (arguments.quiet) {
         HostLog::instance().setFailuresOnly();
@@ -43,7 +43,8 @@ Result performWatched(const Arguments& arguments, const SFtpRequest& request)
         progress.emplace(std::cerr);
     }
     const CurlProcess curl;
-    OperationWatch watch(trace ? &*trace : nullptr, progress ? &*progress : nullptr);
+    const TimeLimits limits{arguments.connectTime, arguments.stallTime, arguments.maxTime};
+    OperationWatch watch(limits, trace ? &*trace : nullptr, progress ? &*progress : nullptr);
     const ObservedTransfers observed(watch);
     return OperationRun(arguments, request, watch).run();
 }
@@ -71,32 +72,36 @@ void report(const Arguments& arguments, Result result, std::istream& listing)
     if (!result.hint.empty()) {
         std::cerr << "hint: " << result.hint << "\n";
     }
-    std::cerr << result.operation << ": " << result.code << " " << escapeControlBytes(result.text) << std::endl;
+    std::cerr << lineOf(result) << std::endl;
     if (arguments.json) {
         printJson(result);
     }
 }
 
+/// An operation that is over, and the names that it listed.
+struct Outcome
+{
+    Result result;
+    std::ifstream listing;
+};
+
 // All that must be in order before a signal ends the process ends with this function.
-int runInOrder(const Arguments& arguments)
+Outcome runInOrder(const Arguments& arguments)
 {
     SFtpRequest request = requestOf(arguments);
     const WipedAtEnd wiped(request.password);
     readLogin(arguments, request);
     const Interruption interruption;
+    // Gone before anything is written: a reader that leaves early ends the process by SIGPIPE.
     std::optional<TemporaryFile> temporary;
     if (arguments.operation == Operation::List && arguments.local.empty()) {
         request.localPath = temporary.emplace().path();
     }
-    const Result result = performWatched(arguments, request);
-    std::ifstream listing;
-    if (isListed(arguments, result)) {
-        listing = openListing(request.localPath);
+    Outcome outcome{performWatched(arguments, request), {}};
+    if (isListed(arguments, outcome.result)) {
+        outcome.listing = openListing(request.localPath);
     }
-    // Before anything is written: a reader that leaves early ends the process by SIGPIPE, which would leave the file.
-    temporary.reset();
-    report(arguments, result, listing);
-    return exitStatusOf(result.code);
+    return outcome;
 }
 
 } // namespace
@@ -104,10 +109,14 @@ int runInOrder(const Arguments& arguments)
 int runOperation(const Arguments& arguments)
 {
     configureHost(arguments);
-    const int status = runInOrder(arguments);
+    Outcome outcome = runInOrder(arguments);
     const int signal = Interruption::signal();
+    if (signal == SIGPIPE) {
+        endBySignal(signal);
+    }
+    report(arguments, outcome.result, outcome.listing);
     if (signal != 0) {
         endBySignal(signal);
     }
-    return status;
+    return exitStatusOf(outcome.result.code);
 }

@@ -1,3 +1,4 @@
+#include "ProxyEnvironment.h"
 #include "RunOperation.h"
 #include "UsageError.h"
 #include "doctor/DoctorCommand.h"
@@ -14,7 +15,7 @@ namespace {
 
 constexpr int kCommandFailed = 255;
 
-int run(const Arguments& arguments)
+int run(const Arguments& arguments, const ProxyEnvironment& proxies)
 {
     switch (arguments.operation) {
     case Operation::Test:
@@ -25,7 +26,7 @@ int run(const Arguments& arguments)
     case Operation::Remove:
         return runOperation(arguments);
     case Operation::Doctor:
-        return runDoctor(arguments);
+        return runDoctor(arguments, proxies);
     }
     return kCommandFailed;
 }
@@ -41,9 +42,10 @@ int fail(int status, const std::exception& error)
 int main(int argc, char** argv)
 try {
     openStandardDescriptors();
+    const ProxyEnvironment proxies;
     int status = 0;
     const std::optional<Arguments> arguments = parseArguments(argc, argv, status);
-    return arguments ? run(*arguments) : status;
+    return arguments ? run(*arguments, proxies) : status;
 } catch (const UsageError& error) {
     return fail(kWrongUsage, error);
 } catch (const std::exception& error) {

@@ -1,5 +1,6 @@
 # Where the parts of the package go. Everything else that installs asks for these folders.
 include(GNUInstallDirs)
+include(Documents)
 
 # A folder of its own: "LogProxy.h" or "ConfigReader.h" are names that other software has too.
 set(SFTPCLIENT_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/sftpclient)
@@ -75,4 +76,8 @@ function(sftpclient_install_package_files)
         COMPATIBILITY SameMajorVersion)
     install(FILES ${PROJECT_BINARY_DIR}/SFtpClientConfig.cmake ${PROJECT_BINARY_DIR}/SFtpClientConfigVersion.cmake
         DESTINATION ${SFTPCLIENT_INSTALL_CMAKEDIR} COMPONENT development)
+    # For hosts that look for leaks.
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/lsan.supp DESTINATION ${CMAKE_INSTALL_DATADIR}/sftpclient
+        COMPONENT development)
+    sftpclient_install_documents()
 endfunction()

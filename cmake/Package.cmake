@@ -8,6 +8,7 @@ set(CPACK_PACKAGE_CONTACT "The authors of libSFtpClient <libsftpclient@debian.ex
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/StripArchive.cmake)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_COMPONENTS_ALL runtime development command)
@@ -25,6 +26,8 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(library libsftpclient${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${library})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+# Without the machine's trust store operations over TLS fail, unless a host brings one.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "file transfers over FTP with TLS for host applications
 A shared library with which a host application moves files to and from a
@@ -35,8 +38,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "${library} (= ${PROJECT_VERSION}), libboost-dev, libcurl4-openssl-dev, libssl-dev, libspdlog-dev")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "file transfers over FTP with TLS - development files
-Headers, CMake and pkg-config files of libSFtpClient, and a static library
-with host services for applications that have none of their own.")
+Headers, CMake and pkg-config files of libSFtpClient, guides and examples, and
+a static library with host services for applications that have none.")
 
 set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME sftpclient)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION net)
@@ -53,5 +56,14 @@ endforeach()
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/packaging/changelog)
 execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/packaging/changelog
                 OUTPUT_FILE ${PROJECT_BINARY_DIR}/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
+
+# Everything in the packages is as old as the release, so that each build makes the same.
+file(STRINGS ${PROJECT_SOURCE_DIR}/packaging/changelog released REGEX "^ -- .*>  ")
+list(GET released 0 released)
+string(REGEX REPLACE "^.*>  " "" released ${released})
+execute_process(COMMAND date --date ${released} +%s
+                OUTPUT_VARIABLE released OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/PackageTimes.cmake)
+file(WRITE ${CPACK_PROJECT_CONFIG_FILE} "set(ENV{SOURCE_DATE_EPOCH} ${released})\n")
 
 include(CPack)

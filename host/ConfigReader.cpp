@@ -2,6 +2,7 @@
 
 #include "HostConfiguration.h"
 #include "IntegerText.h"
+#include "OtherServices.h"
 #include "ReportFailure.h"
 
 #include <exception>
@@ -18,6 +19,8 @@ int integerIn(const std::string& text)
     using Limits = std::numeric_limits<int>;
     return static_cast<int>(integerFrom(text, Limits::min(), Limits::max()));
 }
+
+[[maybe_unused]] const bool anotherIsUsed = tellOfOtherServices();
 
 } // namespace
 

@@ -1,5 +1,7 @@
 #include "HostConfiguration.h"
 
+#include <pthread.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
@@ -9,18 +11,37 @@ namespace {
 
 std::shared_ptr<const IniFile> read(const std::string& named)
 {
-    const char* const variable = std::getenv("SFTPCLIENT_CONFIG");
+    const char* const variable = secure_getenv("SFTPCLIENT_CONFIG");
     const std::string path = named.empty() && variable != nullptr ? variable : named;
     return path.empty() ? std::make_shared<const IniFile>() : std::make_shared<const IniFile>(path);
 }
+
+// Made when the process is loaded: no fork can come in between then.
+[[maybe_unused]] const HostConfiguration& made = HostConfiguration::instance();
 
 } // namespace
 
 HostConfiguration& HostConfiguration::instance()
 {
     // Never destroyed: static objects' destructors may use the library too.
-    static HostConfiguration* const configuration = new HostConfiguration;
+    static HostConfiguration* const configuration = [] {
+        // A child of fork has one thread, and would wait for ever for a mutex that another one held.
+        static_cast<void>(pthread_atfork(lock, unlock, unlock));
+        return new HostConfiguration;
+    }();
     return *configuration;
+}
+
+void HostConfiguration::lock()
+{
+    instance().m_reading.lock();
+    instance().m_mutex.lock();
+}
+
+void HostConfiguration::unlock()
+{
+    instance().m_mutex.unlock();
+    instance().m_reading.unlock();
 }
 
 void HostConfiguration::load(const std::string& path)

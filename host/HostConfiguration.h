@@ -10,7 +10,8 @@
 /// The configuration of the ready host services: the values of one INI file, read once and again only on request.
 ///
 /// Any number of threads may use it at the same time. Who asks while a file is being read sees the values from before
-/// or those from after, never some of each.
+/// or those from after, never some of each. A child of `fork` may use the process's configuration too, whatever the
+/// threads of its parent did meanwhile; `fork` waits for the file that is being read.
 class HostConfiguration
 {
 public:
@@ -26,7 +27,8 @@ public:
     void load(const std::string& path);
 
     /// Reads the file anew: the one of `load`, or else the one that the environment variable SFTPCLIENT_CONFIG names
-    /// now; without either there are no values. Fails as `load` does.
+    /// now; without either there are no values. The variable counts for nothing in a process that was given rights
+    /// which its user does not have, by set-user-ID, set-group-ID or file capabilities. Fails as `load` does.
     void reload();
 
     /// The values as they were read last, for as long as the caller keeps them. The first call reads, as `reload` does,
@@ -36,6 +38,8 @@ public:
     std::shared_ptr<const IniFile> values();
 
 private:
+    static void lock();
+    static void unlock();
     void keep(std::shared_ptr<const IniFile> values);
 
     // One reading after the other, so that what stays is what was read last.

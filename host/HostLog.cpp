@@ -2,6 +2,7 @@
 
 #include "LogFile.h"
 
+#include <pthread.h>
 #include <spdlog/pattern_formatter.h>
 
 #include <cstdio>
@@ -9,6 +10,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -51,10 +53,15 @@ try {
         return nullptr;
     }
     return std::make_unique<LogFile>(settings.file, settings.maxBytes, settings.files);
-} catch (const std::exception& error) {
+} catch (const std::system_error& error) {
     throw std::runtime_error("The log cannot be written to " + settings.file + ": " + error.what() +
                              ". Name another file, or make this one writable.");
+} catch (const std::exception& error) {
+    throw std::runtime_error("The log cannot be written to " + settings.file + ": " + error.what() + ".");
 }
+
+// Made when the process is loaded: no fork can come in between then.
+[[maybe_unused]] const HostLog& made = HostLog::instance();
 
 } // namespace
 
@@ -66,9 +73,14 @@ HostLog& HostLog::instance() noexcept
     return *log;
 }
 
-HostLog::HostLog() noexcept = default;
+// A child of fork has one thread, and would wait for ever for a mutex that another one held.
+HostLog::HostLog() noexcept { static_cast<void>(pthread_atfork(lock, unlock, unlock)); }
 
 HostLog::~HostLog() = default;
+
+void HostLog::lock() { instance().m_mutex.lock(); }
+
+void HostLog::unlock() { instance().m_mutex.unlock(); }
 
 void HostLog::apply(const HostLogSettings& settings)
 {

@@ -24,6 +24,9 @@ class LogFile;
 /// because its place is full or closed or memory is out, standard error gets one line that says so; of the records lost
 /// after it there is none, but the log itself gets one record that counts them all as soon as it can be written to
 /// again.
+///
+/// A child of `fork` may log too, whatever the threads of its parent did meanwhile. `fork` waits for the record that is
+/// being written.
 class HostLog
 {
 public:
@@ -54,6 +57,8 @@ private:
     HostLog() noexcept;
     ~HostLog();
 
+    static void lock();
+    static void unlock();
     void writeLine(const LogRecord& record);
     void tellWhatWasLost();
     void lose(const char* why) noexcept;

@@ -1,11 +1,13 @@
 #ifndef SFTPCLIENT_HOST_JSONTEXT_H
 #define SFTPCLIENT_HOST_JSONTEXT_H
 
-#include <string>
-#include <string_view>
+#include <nlohmann/json_fwd.hpp>
 
-/// `text` as a JSON string, quotes included. Control characters are escaped, those that JSON would let pass (U+007F to
-/// U+009F) as well. JSON cannot hold a byte that is no UTF-8: U+FFFD, the replacement character, stands for each.
-std::string jsonText(std::string_view text);
+#include <string>
+
+/// `value` as JSON text, in ASCII alone: everything beyond it, DEL, and control characters are written as \uNNNN or a
+/// short form such as \n, so that a terminal or a log can take what a server said. JSON cannot hold invalid UTF-8:
+/// U+FFFD, the replacement character, stands for it. On one line, or with each level indented by `indent` blanks.
+std::string jsonText(const nlohmann::ordered_json& value, int indent = -1);
 
 #endif

@@ -1,50 +1,72 @@
 #include "LogFile.h"
 
-#include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/rotating_file_sink.h>
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
+#include <stdexcept>
 #include <system_error>
-
-class LogFile::Rotation
-{
-public:
-    Rotation(const std::string& path, std::size_t maxBytes, std::size_t olderFiles,
-             const spdlog::file_event_handlers& handlers)
-        : m_sink(path, maxBytes, olderFiles, false, handlers)
-    {
-        m_sink.set_formatter(
-            std::make_unique<spdlog::pattern_formatter>("%v", spdlog::pattern_time_type::local, std::string()));
-    }
-
-    void write(std::string_view line)
-    {
-        m_sink.log({std::string_view(), spdlog::level::info, spdlog::string_view_t(line.data(), line.size())});
-    }
-
-private:
-    spdlog::sinks::rotating_file_sink_st m_sink;
-};
 
 namespace {
 
-// spdlog tries five times to open a file and sleeps in between: it is asked only where it will succeed.
-void requireOpenable(const std::string& path)
+[[noreturn]] void throwError(int error, const std::string& what)
 {
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    const int descriptor = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
-    if (descriptor < 0) {
-        throw std::system_error(errno, std::generic_category(), path);
+    throw std::system_error(error, std::generic_category(), what);
+}
+
+// Others may not read it: its records tell users' names and paths.
+constexpr mode_t kMode = 0640;
+
+// Without waiting: a FIFO would wait for its reader, and every thread that logs with it. One without a reader is ENXIO.
+int openForAdding(const std::string& path)
+{
+    const int descriptor = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, kMode);
+    if (descriptor < 0 && errno != ENXIO) {
+        throwError(errno, path);
     }
-    ::close(descriptor);
+    return descriptor;
+}
+
+struct stat statusOf(int descriptor, const std::string& path)
+{
+    struct stat status = {};
+    if (::fstat(descriptor, &status) != 0) {
+        throwError(errno, path);
+    }
+    return status;
+}
+
+// A path that may not be looked at, as after giving up root's rights, counts as unchanged.
+bool leadsElsewhere(const std::string& path, const struct stat& file)
+{
+    struct stat there = {};
+    if (::stat(path.c_str(), &there) != 0) {
+        return errno == ENOENT || errno == ENOTDIR;
+    }
+    return there.st_dev != file.st_dev || there.st_ino != file.st_ino;
+}
+
+// "a.log", "a.1.log", "a.2.log"
+std::string olderName(const std::filesystem::path& path, std::size_t number)
+{
+    const std::string end = number == 0 ? "" : "." + std::to_string(number);
+    return path.parent_path() / (path.stem().string() + end + path.extension().string());
 }
 
 } // namespace
+
+LogFile::Descriptor::~Descriptor() { reset(-1); }
+
+void LogFile::Descriptor::reset(int number)
+{
+    if (m_number >= 0) {
+        ::close(m_number);
+    }
+    m_number = number;
+}
 
 LogFile::LogFile(const std::string& path, std::size_t maxBytes, std::size_t files)
     : m_path(std::filesystem::absolute(path)), m_maxBytes(maxBytes), m_files(files)
@@ -54,54 +76,74 @@ LogFile::LogFile(const std::string& path, std::size_t maxBytes, std::size_t file
 
 LogFile::~LogFile() = default;
 
-void LogFile::open()
-{
-    m_rotation.reset();
-    requireOpenable(m_path);
-    spdlog::file_event_handlers handlers;
-    handlers.after_open = [this](const spdlog::filename_t&, std::FILE* stream) { adopt(stream); };
-    handlers.after_close = [this](const spdlog::filename_t&) { m_stream = nullptr; };
-    m_rotation = std::make_unique<Rotation>(m_path, m_maxBytes, m_files - 1, handlers);
-}
-
-// Without a buffer each line is one system call, and its failure is seen at once.
-void LogFile::adopt(std::FILE* stream)
-{
-    m_stream = stream;
-    m_size = 0;
-    static_cast<void>(std::setvbuf(stream, nullptr, _IONBF, 0));
-    static_cast<void>(::fcntl(::fileno(stream), F_SETFD, FD_CLOEXEC));
-}
-
 void LogFile::write(std::string_view line)
 {
-    // After a rotation that failed, spdlog would write to a file that it has closed.
-    if (m_stream == nullptr || !isThere()) {
-        open();
-        isThere();
+    off_t size = sizeInPlace();
+    if (size > 0 && static_cast<std::size_t>(size) + line.size() > m_maxBytes) {
+        giveWay();
+        size = sizeInPlace();
     }
-    try {
-        m_rotation->write(line);
-    } catch (...) {
-        cutBack();
-        throw;
+    append(line, size);
+}
+
+void LogFile::open()
+{
+    std::filesystem::create_directories(std::filesystem::path(m_path).parent_path());
+    m_file.reset(openForAdding(m_path));
+    if (m_file.number() < 0 || !S_ISREG(statusOf(m_file.number(), m_path).st_mode)) {
+        m_file.reset(-1);
+        throw std::runtime_error(m_path + " is not a regular file. Remove it, or name another file");
     }
 }
 
-bool LogFile::isThere()
+// The size of the file that has the name now, which is open then.
+off_t LogFile::sizeInPlace()
 {
-    struct stat status = {};
-    if (::fstat(::fileno(m_stream), &status) != 0) {
-        return false;
+    if (m_file.number() >= 0) {
+        const struct stat status = statusOf(m_file.number(), m_path);
+        if (!leadsElsewhere(m_path, status)) {
+            return status.st_size;
+        }
     }
-    m_size = status.st_size;
-    return status.st_nlink > 0;
+    open();
+    return statusOf(m_file.number(), m_path).st_size;
 }
 
-// What was written of a line before the disk was full.
-void LogFile::cutBack() const
+// Where nothing can be renamed the file is emptied: a log must not fill the disk.
+void LogFile::giveWay()
+try {
+    if (m_files == 1) {
+        empty();
+    }
+    shiftNames();
+} catch (...) {
+    empty();
+    throw;
+}
+
+void LogFile::empty() const { [[maybe_unused]] const int nothingToDoAboutIt = ::ftruncate(m_file.number(), 0); }
+
+void LogFile::shiftNames() const
 {
-    if (m_stream != nullptr) {
-        static_cast<void>(::ftruncate(::fileno(m_stream), m_size));
+    for (std::size_t number = m_files - 1; number > 0; --number) {
+        const std::string from = olderName(m_path, number - 1);
+        const std::string to = olderName(m_path, number);
+        if (std::rename(from.c_str(), to.c_str()) != 0 && errno != ENOENT) {
+            throwError(errno, m_path + " is emptied because " + from + " cannot be renamed to " + to);
+        }
+    }
+}
+
+void LogFile::append(std::string_view line, off_t size) const
+{
+    while (!line.empty()) {
+        const ssize_t written = ::write(m_file.number(), line.data(), line.size());
+        if (written >= 0) {
+            line.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno != EINTR) {
+            const int error = errno;
+            [[maybe_unused]] const int nothingToDoAboutIt = ::ftruncate(m_file.number(), size);
+            throwError(error, m_path);
+        }
     }
 }

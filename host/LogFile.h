@@ -1,19 +1,21 @@
 #ifndef SFTPCLIENT_HOST_LOGFILE_H
 #define SFTPCLIENT_HOST_LOGFILE_H
 
+#include <sys/types.h>
+
 #include <cstddef>
-#include <cstdio>
-#include <memory>
 #include <string>
 #include <string_view>
 
-/// A file that lines are added to, and that gives way to a new one before it becomes too large: "a.log" is then renamed
-/// to "a.1.log", that one to "a.2.log", and so on. For one thread, and one process, at a time.
+/// A regular file that lines are added to, and that gives way to a new one before it becomes too large: "a.log" is then
+/// renamed to "a.1.log", that one to "a.2.log", and so on. For one thread, and one process, at a time.
+///
+/// A file that it makes has the mode 0640, less what the umask takes away; one that is there keeps its own.
 class LogFile
 {
 public:
     /// Opens the file, and makes its folder if there is none. `files` counts the one that is written to. Throws
-    /// `std::exception` with a text that names the file.
+    /// `std::exception` with a text that names the file; so for all that is no regular file, such as a FIFO.
     /// REQUIRES: `maxBytes` and `files` are at least 1.
     LogFile(const std::string& path, std::size_t maxBytes, std::size_t files);
     ~LogFile();
@@ -21,23 +23,38 @@ public:
     LogFile& operator=(const LogFile&) = delete;
 
     /// Adds the line, which has its end of line, or throws `std::exception` with a text that names the file and leaves
-    /// nothing of the line in it. A file that was removed, or could not be opened, is opened anew first.
+    /// nothing of the line in it. The line goes to the file that has the name now: one that was removed, renamed or
+    /// replaced is opened anew first, one that was cut is written to at its end.
     void write(std::string_view line);
 
 private:
-    class Rotation;
+    /// One that is open, or none.
+    class Descriptor
+    {
+    public:
+        Descriptor() = default;
+        ~Descriptor();
+        Descriptor(const Descriptor&) = delete;
+        Descriptor& operator=(const Descriptor&) = delete;
+
+        void reset(int number);
+        int number() const { return m_number; }
+
+    private:
+        int m_number = -1;
+    };
 
     void open();
-    void adopt(std::FILE* stream);
-    bool isThere();
-    void cutBack() const;
+    off_t sizeInPlace();
+    void giveWay();
+    void empty() const;
+    void shiftNames() const;
+    void append(std::string_view line, off_t size) const;
 
     std::string m_path;
     std::size_t m_maxBytes;
     std::size_t m_files;
-    std::FILE* m_stream = nullptr; // the rotation's
-    off_t m_size = 0;
-    std::unique_ptr<Rotation> m_rotation;
+    Descriptor m_file;
 };
 
 #endif

@@ -1,8 +1,15 @@
 #include <LogProxy.h>
 
 #include "HostLog.h"
+#include "OtherServices.h"
 
 #include <exception>
+
+namespace {
+
+[[maybe_unused]] const bool anotherIsUsed = tellOfOtherServices();
+
+} // namespace
 
 LogProxy::LogProxy(int level, const std::string& module, unsigned long requestId, const std::string& function,
                    unsigned int line)

@@ -16,11 +16,12 @@ struct LogRecord
 };
 
 /// What a line of text says after time and level: "SFtpClient request=7 SFtpClient::Listsftpdir():41 end". Control
-/// characters and bytes that are no UTF-8 are escaped: paths and what servers say are not trusted.
+/// characters and invalid UTF-8 are escaped: paths and what servers say are not trusted. Of a text of more than 65536
+/// bytes the beginning is there, followed by " [N bytes left out]".
 std::string asText(const LogRecord& record);
 
 /// What a JSON object says after time and level, without the braces: "module":"SFtpClient","request":7,... The texts
-/// are escaped as `jsonText` tells.
+/// are escaped as `jsonText` tells, and bounded as above.
 std::string asJson(const LogRecord& record);
 
 #endif

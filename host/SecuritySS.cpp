@@ -2,6 +2,7 @@
 
 #include "HostConfiguration.h"
 #include "HostTlsSettings.h"
+#include "OtherServices.h"
 #include "ReportFailure.h"
 
 #include <curl/curl.h>
@@ -24,6 +25,8 @@ void setList(CURL* curl, CURLoption option, const std::string& list, const char*
         require(curl_easy_setopt(curl, option, list.c_str()), setting);
     }
 }
+
+[[maybe_unused]] const bool anotherIsUsed = tellOfOtherServices();
 
 } // namespace
 

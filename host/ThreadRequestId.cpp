@@ -1,5 +1,13 @@
 #include <LogProxy.h>
 
+#include "OtherServices.h"
+
+namespace {
+
+[[maybe_unused]] const bool anotherIsUsed = tellOfOtherServices();
+
+} // namespace
+
 ThreadRequestId TSP_RequestID;
 
 unsigned long& ThreadRequestId::get()

@@ -23,7 +23,10 @@
 ///
 /// The five transfers answer with a response, failed or not, whose `GetErrCode` tells the outcome. The pointer is
 /// empty only when the response could not be made (a record says why). `std::bad_alloc` may pass, and what
-/// the host's services throw.
+/// the host's services throw, but not from within a TLS handshake: there it becomes the result 2, as with `SFtpClient`.
+///
+/// OpenSSL: a failed handshake and a `caCert` that cannot be read leave their errors in OpenSSL's queue of the calling
+/// thread. A host with TLS connections of its own on that thread calls `ERR_clear_error()` after a failed call.
 class __attribute__((visibility("default"))) ISFtpClient
 {
 public:
@@ -36,7 +39,8 @@ public:
     virtual int TestSConnect(const SFtpRequest& request, uint32_t timeout) = 0;
 
     /// Writes the names in the directory `remotePath` to `localPath`, one a line, as libcurl delivers them, unchecked.
-    /// `timeout`: seconds to wait for each reply of the server; 0 leaves libcurl's default.
+    /// `timeout`: seconds to wait for each reply of an FTP server; 0 leaves libcurl's default. Connecting may take as
+    /// long as libcurl allows (300 seconds), here and in the rename and the delete.
     virtual boost::shared_ptr<ISFtpResponse> Listsftpdir(const SFtpRequest& request, uint32_t timeout) = 0;
 
     /// Writes the remote file to `localPath`, without the size check that `SFtpClient` makes first. A failed
@@ -57,6 +61,7 @@ public:
     /// Sends the file `localPath` to `remotePath`, creating missing remote directories. No TLS setting of the library
     /// applies and `caCert` is not used: an ftp: URL goes in the clear, an ftps: URL is verified against libcurl's
     /// own trust store. `timeout` has no effect; connecting may take up to 20 seconds.
+    /// REQUIRES: a regular file that stays as it is. What becomes of others is told at `SFtpClient`.
     virtual boost::shared_ptr<ISFtpResponse> UploadFileToSFtpServer(const SFtpRequest& request, uint32_t timeout) = 0;
 
     /// A new client under a shared pointer. Throws `std::bad_alloc`.

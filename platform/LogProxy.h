@@ -8,14 +8,16 @@
 /// is destroyed. The library makes one for every record and calls nothing else on it.
 ///
 /// Records come from every thread that uses the library, and one record may be written while another of the same
-/// thread is still open. The constructor may throw; the destructor must not.
+/// thread is still open. The constructor may throw (from within a TLS handshake only what derives from
+/// `std::exception`: docs/host-services.md); the destructor must not.
 ///
 /// The library places these objects on its own stack: a host that lays the class out differently builds the library
 /// against its own header (SFTPCLIENT_PLATFORM_INCLUDE_DIR).
 class LogProxy : public std::ostringstream
 {
 public:
-    /// level: 1 detail, 2 normal end of an operation, 4 failure. module: "SFtpClient". requestId: the thread's
+    /// level: 1 detail, 2 normal end of an operation (also, in rename and delete, a "/dev/null" that cannot be opened),
+    /// 4 failure. module: "SFtpClient". requestId: the thread's
     /// request identifier, or 0. function and line: where the record was written.
     /// The strings live as long as the record.
     LogProxy(int level, const std::string& module, unsigned long requestId, const std::string& function,

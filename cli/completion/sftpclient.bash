@@ -4,7 +4,7 @@
 _sftpclient() {
     local operations="get put ls mv rm test doctor"
     local options="--help --user --password-file --password-stdin --netrc --netrc-file --ca --port --config --json"
-    local transfer="--retry --retry-delay --trace --quiet"
+    local transfer="--retry --retry-delay --connect-time --stall-time --max-time --trace --quiet"
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} operation=${COMP_WORDS[1]}
     COMPREPLY=()
 
@@ -32,7 +32,7 @@ _sftpclient() {
             mapfile -t COMPREPLY < <(compgen -u -- "$word")
             return
             ;;
-        --port | --retry | --retry-delay | --timeout)
+        --port | --retry | --retry-delay | --connect-time | --stall-time | --max-time | --timeout)
             return
             ;;
     esac

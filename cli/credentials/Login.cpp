@@ -22,7 +22,7 @@ std::string netrcFileOf(const Arguments& arguments)
 // True when a password was found.
 bool readGivenPassword(const Arguments& arguments, std::string& password)
 {
-    const char* const fromEnvironment = std::getenv("SFTPCLIENT_PASSWORD");
+    const char* const fromEnvironment = secure_getenv("SFTPCLIENT_PASSWORD");
     if (!arguments.passwordFile.empty() && arguments.passwordFromInput) {
         throw UsageError("The password can come from --password-file or from --password-stdin: leave one of them out.");
     }

@@ -1,17 +1,13 @@
 #include "credentials/Netrc.h"
 
-#include "Descriptor.h"
+#include "InputFile.h"
 #include "UsageError.h"
 #include "credentials/Password.h"
 
-#include <fcntl.h>
 #include <strings.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <string_view>
 
 namespace {
@@ -21,23 +17,13 @@ constexpr std::string_view kBlanks = " \t\r\n";
 
 void readWhole(const std::string& file, std::string& text)
 {
-    const Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    // All of it at once: a text that grew would leave passwords behind in the blocks it outgrew.
-    text.resize(kLargestFile + 1);
-    std::size_t size = 0;
-    ssize_t count = opened.isOpen() ? 1 : -1;
-    while (count > 0 && size < text.size()) {
-        count = read(opened.get(), &text[size], text.size() - size);
-        size += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-    if (count < 0) {
-        throw UsageError("The netrc file " + file + " cannot be read (" + std::strerror(errno) +
+    const InputFile input(file);
+    input.warnOfOtherReaders("the netrc file");
+    const std::string reason = input.readWhole(kLargestFile, text);
+    if (!reason.empty()) {
+        throw UsageError("The netrc file " + file + " cannot be read (" + reason +
                          "): name one that can be with --netrc-file FILE.");
     }
-    if (size > kLargestFile) {
-        throw UsageError("The netrc file " + file + " must not be larger than 64 KiB.");
-    }
-    text.resize(size);
 }
 
 /// The words of a netrc file one after the other, each as it stands there.
@@ -178,7 +164,7 @@ Entry findEntry(Words words, const std::string& file, const std::string& host, c
 
 std::string usualNetrcFile()
 {
-    const char* const home = std::getenv("HOME");
+    const char* const home = secure_getenv("HOME");
     if (home == nullptr || *home == '\0') {
         throw UsageError("HOME is not set, so there is no ~/.netrc: name the file with --netrc-file FILE.");
     }

@@ -1,9 +1,8 @@
 #include "credentials/Password.h"
 
-#include "Descriptor.h"
+#include "InputFile.h"
 #include "UsageError.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -16,43 +15,49 @@ namespace {
 enum class Readiness
 {
     Input,
-    Interrupted
+    Interrupted,
+    Nothing
 };
+
+constexpr int kForGood = -1;
 
 [[noreturn]] void throwErrno(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
 
-[[noreturn]] void throwTooLong()
+[[noreturn]] void throwTooLong(const std::string& source)
 {
-    throw UsageError("The password must not be longer than " + std::to_string(kLongestPassword) + " bytes.");
+    throw UsageError("The password" + source + " must not be longer than " + std::to_string(kLongestPassword) +
+                     " bytes.");
 }
 
-Readiness waitForInput(int descriptor, int interruption)
+Readiness waitForInput(int descriptor, int interruption, int milliseconds)
 {
     // poll ignores the descriptor -1.
     pollfd waits[] = {{descriptor, POLLIN, 0}, {interruption, POLLIN, 0}};
-    while (poll(waits, 2, -1) < 0) {
+    int ready = -1;
+    while ((ready = poll(waits, 2, milliseconds)) < 0) {
         if (errno != EINTR) {
             throwErrno("waiting for the password failed");
         }
     }
+    if (ready == 0) {
+        return Readiness::Nothing;
+    }
     return waits[1].revents != 0 ? Readiness::Interrupted : Readiness::Input;
 }
 
-} // namespace
-
-WipedAtEnd::~WipedAtEnd() { explicit_bzero(m_text.data(), m_text.size()); }
-
-bool readSecretLine(int descriptor, int interruption, std::string& line)
+// False at an end of file before any byte, and when `interruption` can be read first.
+bool readLine(int descriptor, int interruption, int milliseconds, const std::string& source, std::string& line)
 {
     // A text that grew would leave the password behind in the block it outgrew. One more byte, for the CR.
     line.clear();
     line.reserve(kLongestPassword + 1);
     char byte = '\0';
     for (;;) {
-        if (waitForInput(descriptor, interruption) == Readiness::Interrupted) {
+        const Readiness readiness = waitForInput(descriptor, interruption, milliseconds);
+        if (readiness == Readiness::Interrupted) {
             return false;
         }
-        const ssize_t count = read(descriptor, &byte, 1);
+        const ssize_t count = readiness == Readiness::Nothing ? 0 : read(descriptor, &byte, 1);
         if (count < 0) {
             throwErrno("reading the password failed");
         }
@@ -63,7 +68,7 @@ bool readSecretLine(int descriptor, int interruption, std::string& line)
             break;
         }
         if (line.size() > kLongestPassword) {
-            throwTooLong();
+            throwTooLong(source);
         }
         line.append(1, byte);
     }
@@ -71,19 +76,29 @@ bool readSecretLine(int descriptor, int interruption, std::string& line)
         line.pop_back();
     }
     if (line.size() > kLongestPassword) {
-        throwTooLong();
+        throwTooLong(source);
     }
     return true;
 }
 
-void readPasswordFile(const std::string& file, std::string& password)
+} // namespace
+
+WipedAtEnd::~WipedAtEnd() { explicit_bzero(m_text.data(), m_text.size()); }
+
+bool readSecretLine(int descriptor, int interruption, std::string& line)
 {
-    const Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!opened.isOpen()) {
-        throw UsageError("The password file " + file + " cannot be read (" + std::strerror(errno) +
+    return readLine(descriptor, interruption, kForGood, "", line);
+}
+
+void readPasswordFile(const std::string& file, std::string& password, std::chrono::milliseconds patience)
+{
+    const InputFile input(file);
+    if (!input.isOpen()) {
+        throw UsageError("The password file " + file + " cannot be read (" + input.whyNotOpen() +
                          "): name one that can be.");
     }
-    if (!readSecretLine(opened.get(), -1, password)) {
+    input.warnOfOtherReaders("the password file");
+    if (!readLine(input.descriptor(), -1, static_cast<int>(patience.count()), " in " + file, password)) {
         throw UsageError("The password file " + file + " is empty: write the password into its first line.");
     }
 }

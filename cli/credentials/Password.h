@@ -1,6 +1,9 @@
 #ifndef SFTPCLIENT_CLI_CREDENTIALS_PASSWORD_H
 #define SFTPCLIENT_CLI_CREDENTIALS_PASSWORD_H
 
+#include "InputFile.h"
+
+#include <chrono>
 #include <string>
 
 /// The longest password that is taken, in bytes.
@@ -9,8 +12,10 @@ constexpr std::string::size_type kLongestPassword = 1023;
 /// Each reads the password into `password` and leaves no other copy of it behind. Each throws `UsageError` when there
 /// is none to read.
 
-/// The first line of the file `file`.
-void readPasswordFile(const std::string& file, std::string& password);
+/// The first line of the file `file`, where a pipe may keep its reader waiting for `patience`. Warns on standard error
+/// where others can read the file.
+void readPasswordFile(const std::string& file, std::string& password,
+                      std::chrono::milliseconds patience = InputFile::kPatience);
 
 /// The first line of standard input.
 void readPasswordFromInput(std::string& password);

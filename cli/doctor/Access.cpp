@@ -70,7 +70,8 @@ Trust trustOf(const std::string& caCert, Scheme scheme)
 } // namespace
 
 Access::Access(const SFtpRequest& from, std::chrono::milliseconds time)
-    : request(from), limit(time), secret(from.password), scheme(schemeOf(Url(from.remotePath).part(CURLUPART_SCHEME))),
+    : request(from), limit(time), mask(from.userName, from.password),
+      scheme(schemeOf(Url(from.remotePath).part(CURLUPART_SCHEME))),
       host(withoutBrackets(Url(from.remotePath).part(CURLUPART_HOST))), path(Url(from.remotePath).part(CURLUPART_PATH)),
       trust(trustOf(from.caCert, scheme))
 {

@@ -3,7 +3,7 @@
 
 #include "doctor/OpenSslObjects.h"
 #include "doctor/Report.h"
-#include "doctor/Secret.h"
+#include "output/PasswordMask.h"
 
 #include <SFtpRequest.h>
 
@@ -21,7 +21,7 @@ struct Access
 
     const SFtpRequest& request;
     std::chrono::milliseconds limit;
-    Secret secret;
+    PasswordMask mask; ///< for what the server says
     Scheme scheme;
     std::string host; ///< without the brackets of an IPv6 address
     std::string path; ///< of the directory, decoded; for FTP, what follows the first "/" counts from the login's own

@@ -13,7 +13,7 @@ constexpr char kMachinesStore[] =
 // The certificate that would have to be trusted, or whose issuer would.
 std::string issuerOf(const Report& report)
 {
-    return report.tls.chain.empty() ? "its issuer" : "\"" + report.tls.chain.back().issuer + "\"";
+    return report.tls.chain.empty() ? "its issuer" : "\"" + report.tls.chain.back().issuer.shown() + "\"";
 }
 
 std::string remedyFor(const Report& report, long verdict, bool bare)

@@ -10,12 +10,6 @@ namespace doctor {
 
 namespace {
 
-bool names(const Visit& visit, const std::string& name)
-{
-    return std::any_of(visit.names.begin(), visit.names.end(),
-                       [&name](const std::string& each) { return each.substr(each.rfind('/') + 1) == name; });
-}
-
 bool removedOne(const Visit& visit)
 {
     return std::any_of(visit.dialogue.begin(), visit.dialogue.end(), [](const Exchange& each) {
@@ -39,12 +33,13 @@ void cleanUp(const Question& question, const Report& report, RoundTrip& roundTri
     }
     const Visit cleaned = visit(access, errand);
     for (const std::string& file : files) {
-        if (names(cleaned, file)) {
+        if (cleaned.names.holds(file)) {
             roundTrip.leftBehind.push_back(question.request.remotePath + file);
         }
     }
     // At most one of the two names is there: where one was removed, no listing is needed.
-    roundTrip.leftUnknown = !cleaned.succeeded() && roundTrip.remove != 0 && !removedOne(cleaned);
+    const bool looked = cleaned.succeeded() && !cleaned.names.isCut();
+    roundTrip.leftUnknown = !looked && roundTrip.remove != 0 && !removedOne(cleaned);
 }
 
 } // namespace doctor

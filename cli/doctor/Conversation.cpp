@@ -129,23 +129,23 @@ Reply Conversation::hear()
         const Ending ending = readLine(deadline, line);
         if (ending != Ending::Complete) {
             // What came before says what kind of server this is.
-            return {ending, 0, m_access.secret.hiddenIn(first.empty() ? line : first)};
+            return {ending, 0, ServerText(first.empty() ? line : first, m_access.mask)};
         }
         if (m_access.scheme == Scheme::Sftp ? line.compare(0, 4, "SSH-") == 0 : endsReply(line)) {
-            return m_access.scheme == Scheme::Sftp ? Reply{Ending::Complete, 0, line}
-                                                   : replyOf(m_access.secret.hiddenIn(line));
+            return m_access.scheme == Scheme::Sftp ? Reply{Ending::Complete, 0, ServerText(line, m_access.mask)}
+                                                   : replyOf(line, m_access.mask);
         }
         if (first.empty()) {
             first = line;
         }
     }
-    return {Ending::Garbled, 0, m_access.secret.hiddenIn(first)};
+    return {Ending::Garbled, 0, ServerText(first, m_access.mask)};
 }
 
 Reply Conversation::ask(const std::string& command)
 {
     if (write(command + "\r\n") != Step::Done) {
-        return {Ending::Closed, 0, ""};
+        return {Ending::Closed, 0, {}};
     }
     return hear();
 }

@@ -25,7 +25,7 @@ std::string where(const Report& report)
 Diagnosis diagnoseGreeting(const Report& report)
 {
     const Reply& greeting = report.contact.greeting;
-    if (begins(greeting.text, "SSH-")) {
+    if (greeting.code == 0 && begins(greeting.text.raw(), "SSH-")) {
         return {"an SSH server answers there", "Use an sftp: URL, or the port of the FTP server."};
     }
     if (report.scheme == Scheme::Sftp) {
@@ -53,9 +53,9 @@ Diagnosis diagnoseHandshake(const Report& report, const Visit& visit)
                 "Turn on TLS 1.2 or 1.3 at the server."};
     }
     if (offersUsableTls(report)) {
-        return {"the TLS handshake fails: " + visit.error, "Ask the server's administrator what its log says."};
+        return {"the TLS handshake fails: " + visit.error.shown(), "Ask the server's administrator what its log says."};
     }
-    return {"the server speaks no TLS there: " + visit.error,
+    return {"the server speaks no TLS there: " + visit.error.shown(),
             report.scheme == Scheme::Ftps
                 ? "Use the port at which TLS begins with the first byte (990, as a rule), or an ftp: URL."
                 : "Give the server a certificate and turn TLS on."};
@@ -83,7 +83,7 @@ Diagnosis diagnoseLogin(const Report& report, const Visit& visit, bool bare)
     if (bare && report.scheme == Scheme::Ftp && (report.test.loggedIn() || !visit.replyTo("PASS"))) {
         return diagnoseClearLogin(reply == nullptr ? Reply{} : *reply);
     }
-    return {"the server refuses the login " + (reply == nullptr ? "(" + visit.error + ")" : quote(*reply)),
+    return {"the server refuses the login " + (reply == nullptr ? "(" + visit.error.shown() + ")" : quote(*reply)),
             "Check the user's name and the password, and whether the user may log in from this machine."};
 }
 
@@ -91,7 +91,8 @@ Diagnosis diagnoseDirectory(const Report& report, const Visit& visit)
 {
     const Reply* const reply = visit.replyTo("CWD");
     return {
-        "the directory of the URL cannot be entered " + (reply == nullptr ? "(" + visit.error + ")" : quote(*reply)),
+        "the directory of the URL cannot be entered " +
+            (reply == nullptr ? "(" + visit.error.shown() + ")" : quote(*reply)),
         report.scheme == Scheme::Sftp
             ? "Make the directory on the server, or correct the URL, whose path counts from the server's root."
             : "Make the directory on the server, or correct the URL, whose path counts from the login's directory."};
@@ -99,7 +100,7 @@ Diagnosis diagnoseDirectory(const Report& report, const Visit& visit)
 
 Diagnosis diagnoseData(const Visit& visit)
 {
-    return {"the data connection fails: " + visit.error,
+    return {"the data connection fails: " + visit.error.shown(),
             "Open the server's range of passive ports in every firewall on the way, let the server tell the address "
             "that this machine sees, and let it use the same certificate there."};
 }
@@ -108,7 +109,8 @@ Diagnosis diagnoseListing(const Visit& visit)
 {
     const Reply* const names = visit.replyTo("NLST");
     const Reply* const reply = names != nullptr ? names : visit.replyTo("LIST");
-    return {"the server refuses to list the directory " + (reply == nullptr ? "(" + visit.error + ")" : quote(*reply)),
+    return {"the server refuses to list the directory " +
+                (reply == nullptr ? "(" + visit.error.shown() + ")" : quote(*reply)),
             "Let the user list that directory, at the server."};
 }
 
@@ -137,7 +139,11 @@ Diagnosis diagnoseTimeout(const Report& report, const Visit& visit, bool bare)
 
 } // namespace
 
-std::string quote(const Reply& reply) { return reply.text.empty() ? "(no reply)" : "(" + reply.text + ")"; }
+std::string quote(const Reply& reply)
+{
+    const std::string said = reply.shown();
+    return said.empty() ? "(no reply)" : "(" + said + ")";
+}
 
 bool offersUsableTls(const Report& report) { return report.tls.versions[0].offered || report.tls.versions[1].offered; }
 
@@ -199,7 +205,7 @@ Diagnosis diagnoseVisit(const Report& report, const Visit& visit, bool bare)
         return visit.loggedIn() ? diagnoseData(visit) : diagnoseHandshake(report, visit);
     default:
         return visit.loggedIn() ? diagnoseData(visit)
-                                : Diagnosis{"the connection fails: " + visit.error,
+                                : Diagnosis{"the connection fails: " + visit.error.shown(),
                                             "Ask the server's administrator what its log says."};
     }
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <exception>
+#include <utility>
 
 namespace doctor {
 
@@ -10,6 +11,7 @@ namespace {
 
 // Of what a server says without end, this much is kept.
 constexpr std::string::size_type kLongestLine = 4096;
+constexpr std::string::size_type kCodeDigits = 3;
 
 std::string withoutLineEnd(std::string line)
 {
@@ -21,18 +23,23 @@ std::string withoutLineEnd(std::string line)
 
 bool beginsWithCode(const std::string& line)
 {
-    return line.size() >= 3 && std::all_of(line.begin(), line.begin() + 3, [](char character) {
+    return line.size() >= kCodeDigits && std::all_of(line.begin(), line.begin() + kCodeDigits, [](char character) {
                return std::isdigit(static_cast<unsigned char>(character)) != 0;
            });
 }
 
 } // namespace
 
-bool endsReply(const std::string& line) { return beginsWithCode(line) && (line.size() == 3 || line[3] == ' '); }
-
-Reply replyOf(const std::string& lastLine)
+bool endsReply(const std::string& line)
 {
-    return {Ending::Complete, std::stoi(lastLine.substr(0, 3)), lastLine.substr(0, kLongestLine)};
+    return beginsWithCode(line) && (line.size() == kCodeDigits || line[kCodeDigits] == ' ');
+}
+
+Reply replyOf(const std::string& lastLine, const PasswordMask& mask)
+{
+    const std::string code = lastLine.substr(0, kCodeDigits);
+    const std::string text = lastLine.size() > kCodeDigits ? lastLine.substr(kCodeDigits + 1) : "";
+    return {Ending::Complete, std::stoi(code), ServerText::following(code + " ", text, mask)};
 }
 
 void Dialogue::listenTo(CURL* handle)
@@ -46,23 +53,27 @@ void Dialogue::addCommand(const std::string& line)
 {
     const std::string command = withoutLineEnd(line);
     const std::string verb = command.substr(0, command.find(' '));
-    m_unfinished.clear();
-    m_exchanges.push_back({verb == "PASS" ? verb : m_secret.hiddenIn(command), {}});
+    m_line.clear();
+    m_exchanges.push_back({verb == "PASS" ? verb : command, {}});
 }
 
 void Dialogue::addReply(const std::string& bytes)
 {
-    m_unfinished += bytes;
-    std::string::size_type end = 0;
-    while ((end = m_unfinished.find('\n')) != std::string::npos) {
-        const std::string line = withoutLineEnd(m_unfinished.substr(0, end));
-        m_unfinished.erase(0, end + 1);
-        if (endsReply(line)) {
-            m_exchanges.back().reply = replyOf(m_secret.hiddenIn(line));
+    for (const char byte : bytes) {
+        if (byte == '\n') {
+            endLine();
+        } else if (m_line.size() < kLongestLine) {
+            m_line += byte;
         }
     }
-    if (m_unfinished.size() > kLongestLine) {
-        m_unfinished.clear();
+}
+
+void Dialogue::endLine()
+{
+    const std::string line = withoutLineEnd(std::move(m_line));
+    m_line.clear();
+    if (endsReply(line)) {
+        m_exchanges.back().reply = replyOf(line, m_mask);
     }
 }
 
@@ -78,6 +89,12 @@ try {
 } catch (const std::exception&) {
     // libcurl is C: an exception must not unwind it. What is not taken down counts as not said.
     return 0;
+}
+
+std::string Reply::shown() const
+{
+    const std::string number = code == 0 ? "" : std::to_string(1000 + code).substr(1);
+    return number + (number.empty() || text.shown().empty() ? "" : " ") + text.shown();
 }
 
 const Reply* Visit::replyTo(const std::string& beginning) const

@@ -2,7 +2,7 @@
 #define SFTPCLIENT_CLI_DOCTOR_DIALOGUE_H
 
 #include "doctor/Report.h"
-#include "doctor/Secret.h"
+#include "output/PasswordMask.h"
 
 #include <curl/curl.h>
 
@@ -15,7 +15,7 @@ namespace doctor {
 class Dialogue
 {
 public:
-    explicit Dialogue(const Secret& secret) : m_secret(secret) { m_exchanges.emplace_back(); }
+    explicit Dialogue(const PasswordMask& mask) : m_mask(mask) { m_exchanges.emplace_back(); }
 
     /// Lets the handle report here. REQUIRES: this object outlives the handle's transfers.
     void listenTo(CURL* handle);
@@ -28,18 +28,19 @@ public:
     const std::vector<Exchange>& exchanges() const { return m_exchanges; }
 
 private:
+    void endLine();
     static int report(CURL* handle, curl_infotype kind, char* bytes, size_t count, void* self) noexcept;
 
-    const Secret& m_secret;
+    const PasswordMask& m_mask;
     std::vector<Exchange> m_exchanges;
-    std::string m_unfinished;
+    std::string m_line;
 };
 
 /// Whether a line ends a reply: three digits and a blank, or three digits alone.
 bool endsReply(const std::string& line);
 
-/// The reply that this last line of it makes.
-Reply replyOf(const std::string& lastLine);
+/// The reply that this last line of it makes. REQUIRES: it ends one.
+Reply replyOf(const std::string& lastLine, const PasswordMask& mask);
 
 } // namespace doctor
 

@@ -48,6 +48,13 @@ Question questionOf(const Arguments& arguments)
     return question;
 }
 
+Proxy proxyFor(const Question& question, const ProxyEnvironment& proxies)
+{
+    const std::string variable = proxies.variableFor(question.request.remotePath);
+    const bool inTheClear = question.request.remotePath.compare(0, 4, "ftp:") == 0;
+    return {variable, !variable.empty() && inTheClear && proxies.isHttp(variable)};
+}
+
 // Somebody who interrupts a trial still has to know what is left of it.
 void obey(int signal, const Report& report)
 {
@@ -75,7 +82,7 @@ void render(const Report& report, const std::vector<Verdict>& verdicts, bool asJ
 
 } // namespace
 
-int runDoctor(const Arguments& arguments)
+int runDoctor(const Arguments& arguments, const ProxyEnvironment& proxies)
 {
     if (!arguments.configFile.empty()) {
         setenv("SFTPCLIENT_CONFIG", arguments.configFile.c_str(), 1);
@@ -85,6 +92,7 @@ int runDoctor(const Arguments& arguments)
     readLogin(arguments, question.request);
 
     const CurlProcess curl;
+    question.proxy = proxyFor(question, proxies);
     Report report = examine(question);
     const int signal = arguments.writes ? tryWriting(question, report) : 0;
     if (signal != 0) {

@@ -2,9 +2,11 @@
 #define SFTPCLIENT_CLI_DOCTOR_DOCTORCOMMAND_H
 
 #include "Arguments.h"
+#include "ProxyEnvironment.h"
 
-/// Runs "sftpclient doctor" and returns the exit status. Throws `UsageError` where the command cannot be run as it was
+/// Runs "sftpclient doctor" and returns the exit status. It goes through no proxy, and says what a host started with
+/// that environment would do. Throws `UsageError` where the command cannot be run as it was
 /// given.
-int runDoctor(const Arguments& arguments);
+int runDoctor(const Arguments& arguments, const ProxyEnvironment& proxies);
 
 #endif

@@ -62,6 +62,7 @@ Report examine(const Question& question)
     report.port = question.request.port;
     report.trust = access.trust;
     report.clearLogin = question.clearLogin;
+    report.proxy = question.proxy;
     report.commandDirectory = directoryIn(question.commandUrl);
 
     probeLibcurl(report);

@@ -16,6 +16,7 @@ struct Question
     SFtpRequest request;    ///< for a listing of the directory
     std::string commandUrl; ///< the directory's URL for a rename or a delete; empty: the library would take another one
     bool clearLogin = false;
+    Proxy proxy;
     std::chrono::milliseconds limit = std::chrono::seconds(20);
 };
 

@@ -1,6 +1,7 @@
 #include "doctor/Findings.h"
 
 #include "doctor/Diagnosis.h"
+#include "doctor/RoundTrip.h"
 #include "doctor/TlsFindings.h"
 
 #include <curl/curl.h>
@@ -34,11 +35,19 @@ void addLibcurl(const Report& report, Findings& findings)
         findings.push_back({"libcurl's pace", Grade::Warn,
                             "this libcurl waits 0.2 to 1 second before each transfer over TLS; 8.5 does not"});
     }
-    if (!report.proxy.empty()) {
-        findings.push_back(
-            {"proxy", Grade::Warn,
-             "the environment variable " + report.proxy + " sends the library's connections through a proxy"});
+}
+
+void addProxy(const Proxy& proxy, Findings& findings)
+{
+    if (proxy.variable.empty()) {
+        return;
     }
+    const std::string named = " the proxy that " + proxy.variable + " names";
+    findings.push_back({"proxy", Grade::Warn,
+                        (proxy.getsLogin ? "a host with this environment sends its login and data to" + named +
+                                               ", the login in the clear"
+                                         : "a host with this environment connects through" + named) +
+                            "; doctor went around it"});
 }
 
 void addContact(const Report& report, Findings& findings)
@@ -60,7 +69,7 @@ void addContact(const Report& report, Findings& findings)
     const bool welcome =
         report.scheme == Scheme::Sftp ? contact.greeting.ending == Ending::Complete : contact.greeting.isPositive();
     findings.push_back({"greeting", welcome ? Grade::Ok : Grade::Fail,
-                        welcome ? contact.greeting.text : diagnoseContact(report).reason});
+                        welcome ? contact.greeting.shown() : diagnoseContact(report).reason});
 }
 
 Finding loginFinding(const std::string& probe, const Report& report, const Visit& visit, bool bare)
@@ -120,7 +129,7 @@ Finding sizeFinding(const Report& report)
     }
     const bool known = reply->code == 550 || reply->code == 213;
     return {"SIZE", known ? Grade::Ok : Grade::Fail,
-            (known ? "known; of a file that is not there: " : "not known: ") + reply->text};
+            (known ? "known; of a file that is not there: " : "not known: ") + reply->shown()};
 }
 
 Finding verbFinding(const Report& report, const std::string& verb)
@@ -131,10 +140,10 @@ Finding verbFinding(const Report& report, const std::string& verb)
     }
     const bool known = reply->code == 550 || reply->code == 551 || reply->code == 553 || reply->code / 10 == 45;
     if (known) {
-        return {verb, Grade::Ok, "known; of a file that is not there: " + reply->text};
+        return {verb, Grade::Ok, "known; of a file that is not there: " + reply->shown()};
     }
     return {verb, reply->code < 400 ? Grade::Warn : Grade::Fail,
-            (reply->code < 400 ? "accepted for a file that is not there: " : "not known: ") + reply->text};
+            (reply->code < 400 ? "accepted for a file that is not there: " : "not known: ") + reply->shown()};
 }
 
 Finding listingFinding(const std::string& probe, const Report& report, const Visit& visit)
@@ -145,7 +154,9 @@ Finding listingFinding(const std::string& probe, const Report& report, const Vis
     if (!visit.succeeded()) {
         return {probe, Grade::Fail, diagnoseVisit(report, visit, false).reason};
     }
-    return {probe, Grade::Ok, std::to_string(visit.names.size()) + (visit.names.size() == 1 ? " line" : " lines")};
+    const std::size_t lines = visit.names.lines();
+    return {probe, Grade::Ok,
+            (visit.names.isCut() ? "more than " : "") + std::to_string(lines) + (lines == 1 ? " line" : " lines")};
 }
 
 void addVisits(const Report& report, Findings& findings)
@@ -177,8 +188,12 @@ void addRoundTrip(const RoundTrip& roundTrip, Findings& findings)
     if (isComplete(roundTrip)) {
         findings.push_back({"round trip", Grade::Ok, "a small file was sent, listed, fetched, renamed and removed"});
     }
-    if (!roundTrip.stopped.empty()) {
-        findings.push_back({"round trip", Grade::Warn, roundTrip.stopped});
+    if (!roundTrip.notMade.empty()) {
+        findings.push_back({"round trip", Grade::Warn, "not made: " + roundTrip.notMade});
+    }
+    if (!roundTrip.failure.empty()) {
+        const std::string what = roundTrip.unfinished ? operationOf(*roundTrip.unfinished) : "round trip";
+        findings.push_back({"round trip", Grade::Fail, "given up: the " + what + " " + roundTrip.failure});
     }
     if (roundTrip.list == 0 && roundTrip.put == 0 && !roundTrip.listed) {
         findings.push_back({"round trip", Grade::Warn, "the listing does not name the file that was sent"});
@@ -199,6 +214,7 @@ std::vector<Finding> findingsOf(const Report& report)
 {
     Findings findings;
     addLibcurl(report, findings);
+    addProxy(report.proxy, findings);
     addContact(report, findings);
     if (report.contact.code == CURLE_OK) {
         addSecurity(report, findings);

@@ -1,8 +1,6 @@
 #include "doctor/Renderers.h"
 
-#include <EscapeControlBytes.h>
-
-#include <nlohmann/json.hpp>
+#include "output/Json.h"
 
 #include <ostream>
 
@@ -40,15 +38,15 @@ const char* wordOf(Outlook outlook)
 
 Json jsonOf(const Finding& finding)
 {
-    return {{"probe", finding.probe}, {"grade", wordOf(finding.grade)}, {"seen", escapeControlBytes(finding.seen)}};
+    return {{"probe", finding.probe}, {"grade", wordOf(finding.grade)}, {"seen", finding.seen}};
 }
 
 Json jsonOf(const Verdict& verdict)
 {
     Json json = {{"operation", verdict.operation}, {"outlook", wordOf(verdict.outlook)}};
     json["code"] = verdict.code ? Json(*verdict.code) : Json(nullptr);
-    json["reason"] = escapeControlBytes(verdict.reason);
-    json["remedy"] = escapeControlBytes(verdict.remedy);
+    json["reason"] = verdict.reason;
+    json["remedy"] = verdict.remedy;
     return json;
 }
 
@@ -56,9 +54,9 @@ Json certificatesOf(const Tls& tls)
 {
     Json all = Json::array();
     for (const Certificate& each : tls.chain) {
-        all.push_back({{"subject", escapeControlBytes(each.subject)},
-                       {"issuer", escapeControlBytes(each.issuer)},
-                       {"serial", each.serial},
+        all.push_back({{"subject", each.subject.shown()},
+                       {"issuer", each.issuer.shown()},
+                       {"serial", each.serial.shown()},
                        {"notBefore", each.notBefore},
                        {"notAfter", each.notAfter}});
     }
@@ -86,7 +84,8 @@ void renderJson(const Report& report, const std::vector<Verdict>& verdicts, std:
     json["certificates"] = certificatesOf(report.tls);
     json["hostKey"] = report.hostKey.fingerprint.empty() ? Json(nullptr) : Json(report.hostKey.fingerprint);
     json["leftBehind"] = leftBehindBy(report);
-    out << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    constexpr int kIndent = 2;
+    out << dumped(json, kIndent) << '\n';
 }
 
 } // namespace doctor

@@ -5,19 +5,14 @@
 #include <curl/curl.h>
 #include <openssl/err.h>
 
-#include <algorithm>
 #include <array>
 #include <exception>
 #include <memory>
 #include <new>
-#include <sstream>
 
 namespace doctor {
 
 namespace {
-
-// Of a listing, this much is kept: a server may list without end.
-constexpr std::string::size_type kLongestListing = std::string::size_type{1} << 20;
 
 // A visit has as many waits as this, at most, before it is given up as a whole.
 constexpr int kWaits = 3;
@@ -71,8 +66,7 @@ void setTlsStep(CURL* handle, const Access& access)
 
 size_t keep(const char* bytes, size_t size, size_t count, void* listing) noexcept
 try {
-    auto& kept = *static_cast<std::string*>(listing);
-    kept.append(bytes, std::min(size * count, kLongestListing - kept.size()));
+    static_cast<NameList*>(listing)->append(bytes, size * count);
     return size * count;
 } catch (const std::exception&) {
     return 0;
@@ -87,25 +81,12 @@ void setLimits(CURL* handle, std::chrono::milliseconds limit)
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
 }
 
-std::vector<std::string> linesOf(const std::string& listing)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(listing);
-    for (std::string line; std::getline(stream, line);) {
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-void learn(CURL* handle, Visit& visit)
+void learn(CURL* handle, const PasswordMask& mask, Visit& visit)
 {
     const char* entryPath = nullptr;
     curl_easy_getinfo(handle, CURLINFO_SSL_VERIFYRESULT, &visit.verifyResult);
     if (curl_easy_getinfo(handle, CURLINFO_FTP_ENTRY_PATH, &entryPath) == CURLE_OK && entryPath != nullptr) {
-        visit.entryPath = entryPath;
+        visit.entryPath = ServerText(entryPath, mask);
     }
 }
 
@@ -114,8 +95,8 @@ void learn(CURL* handle, Visit& visit)
 Visit visit(const Access& access, const Errand& errand)
 {
     // Made before the handle, because its farewell is still taken down.
-    Dialogue dialogue(access.secret);
-    std::string listing;
+    Dialogue dialogue(access.mask);
+    NameList listing;
     std::array<char, CURL_ERROR_SIZE> error = {};
     const List afterLogin = listOf(errand.afterLogin);
     const List afterListing = listOf(errand.afterListing);
@@ -125,6 +106,7 @@ Visit visit(const Access& access, const Errand& errand)
     }
     curl_easy_setopt(handle.get(), CURLOPT_URL, errand.url.c_str());
     curl_easy_setopt(handle.get(), CURLOPT_PORT, static_cast<long>(access.request.port));
+    curl_easy_setopt(handle.get(), CURLOPT_PROXY, "");
     curl_easy_setopt(handle.get(), CURLOPT_USERNAME, access.request.userName.c_str());
     curl_easy_setopt(handle.get(), CURLOPT_PASSWORD, access.request.password.c_str());
     curl_easy_setopt(handle.get(), CURLOPT_DIRLISTONLY, errand.namesOnly ? 1L : 0L);
@@ -142,11 +124,11 @@ Visit visit(const Access& access, const Errand& errand)
     Visit visit;
     visit.made = true;
     visit.code = curl_easy_perform(handle.get());
-    visit.error =
-        access.secret.hiddenIn(error[0] != '\0' ? error.data() : curl_easy_strerror(static_cast<CURLcode>(visit.code)));
-    visit.names = linesOf(listing);
+    visit.error = ServerText(error[0] != '\0' ? error.data() : curl_easy_strerror(static_cast<CURLcode>(visit.code)),
+                             access.mask);
+    visit.names = listing;
     visit.dialogue = dialogue.exchanges();
-    learn(handle.get(), visit);
+    learn(handle.get(), access.mask, visit);
     return visit;
 }
 

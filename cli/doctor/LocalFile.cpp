@@ -1,10 +1,8 @@
 #include "doctor/LocalFile.h"
 
-#include <unistd.h>
+#include <sys/mman.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -12,22 +10,19 @@
 
 namespace doctor {
 
-LocalFile::LocalFile() : m_path(std::filesystem::temp_directory_path() / "sftpclient-doctor-XXXXXX")
+LocalFile::LocalFile()
+    : m_file(memfd_create("sftpclient-doctor", MFD_CLOEXEC)), m_path("/proc/self/fd/" + std::to_string(m_file.get()))
 {
-    const int made = mkstemp(m_path.data());
-    if (made < 0) {
-        throw std::system_error(errno, std::generic_category(), "No file can be made like " + m_path + " (TMPDIR)");
+    if (!m_file.isOpen()) {
+        throw std::system_error(errno, std::generic_category(), "no file can be made in memory");
     }
-    close(made);
 }
-
-LocalFile::~LocalFile() { unlink(m_path.c_str()); }
 
 void LocalFile::write(const std::string& content) const
 {
     std::ofstream stream(m_path, std::ios::binary);
     if (!(stream << content).flush()) {
-        throw std::runtime_error("The file " + m_path + " cannot be written: make room for it.");
+        throw std::runtime_error("a file in memory cannot be written");
     }
 }
 

@@ -11,7 +11,7 @@ namespace doctor {
 /// For people: a table of findings, a table of verdicts, and what to change. All control bytes are escaped.
 void renderTable(const Report& report, const std::vector<Verdict>& verdicts, bool inColour, std::ostream& out);
 
-/// For machines: one JSON object in UTF-8, whose form docs/doctor.md tells. Bytes that are no UTF-8 are replaced.
+/// For machines: one JSON object in ASCII, whose form docs/doctor.md tells. Invalid UTF-8 is replaced by U+FFFD.
 void renderJson(const Report& report, const std::vector<Verdict>& verdicts, std::ostream& out);
 
 } // namespace doctor

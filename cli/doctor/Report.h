@@ -1,6 +1,9 @@
 #ifndef SFTPCLIENT_CLI_DOCTOR_REPORT_H
 #define SFTPCLIENT_CLI_DOCTOR_REPORT_H
 
+#include "doctor/NameList.h"
+#include "doctor/ServerText.h"
+
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -9,7 +12,7 @@
 
 /// The facts that the probes bring home. They say what was seen, never what it means: `Verdicts` does that.
 ///
-/// Texts that come from a server are as it sent them, but for the password, which is hidden. Whoever shows them
+/// Texts that a server has a hand in are `ServerText`s, which keep the password to themselves. Whoever shows them
 /// escapes their control bytes.
 namespace doctor {
 
@@ -28,6 +31,13 @@ enum class Trust
     Nobody,        ///< "none", and the configuration allows it: the server is not verified
     NobodyRefused, ///< "none", and the configuration does not allow it
     NotGiven       ///< as for sftp: URLs, which need none
+};
+
+/// What a host would do that was started with the environment that this process was started with.
+struct Proxy
+{
+    std::string variable;   ///< by which it would go through a proxy; empty: it would not
+    bool getsLogin = false; ///< the proxy is told the login, and all goes to it in the clear
 };
 
 /// The libcurl that does the work.
@@ -53,8 +63,10 @@ struct Reply
 {
     Ending ending = Ending::NotTried;
     int code = 0;
-    std::string text; ///< the last line, code included
+    ServerText text; ///< what follows the code in the last line; of what is no reply, its first line
 
+    /// For a sentence: "220 ready".
+    std::string shown() const;
     bool isPositive() const { return ending == Ending::Complete && code >= 200 && code < 400; }
 };
 
@@ -69,9 +81,9 @@ struct Contact
 
 struct Certificate
 {
-    std::string subject;
-    std::string issuer;
-    std::string serial;
+    ServerText subject;
+    ServerText issuer;
+    ServerText serial;
     std::string notBefore;
     std::string notAfter;
 };
@@ -102,7 +114,7 @@ struct HostKey
 /// One command in a dialogue and what the server said to it.
 struct Exchange
 {
-    std::string command; ///< empty for the greeting
+    std::string command; ///< empty for the greeting; for decisions only
     Reply reply;
 };
 
@@ -111,16 +123,25 @@ struct Visit
 {
     bool made = false;
     int code = 0;
-    std::string error;              ///< libcurl's own words for a failure
-    long verifyResult = 0;          ///< OpenSSL's verdict on the certificate; 0 is good
-    std::string entryPath;          ///< the directory that the login led to
-    std::vector<std::string> names; ///< what a listing of names held
+    ServerText error;      ///< libcurl's words for a failure
+    long verifyResult = 0; ///< OpenSSL's verdict on the certificate; 0 is good
+    ServerText entryPath;  ///< the directory that the login led to
+    NameList names;        ///< what a listing held
     std::vector<Exchange> dialogue;
 
     bool succeeded() const { return made && code == 0; }
     /// The reply to the last command that begins with `beginning`, or null.
     const Reply* replyTo(const std::string& beginning) const;
     bool loggedIn() const;
+};
+
+enum class Step
+{
+    Put,
+    List,
+    Get,
+    Rename,
+    Remove
 };
 
 /// A full round trip through the library, with a file of its own: libcurl's code of each step that was made, or -1.
@@ -132,9 +153,11 @@ struct RoundTrip
     std::optional<int> get;
     std::optional<int> rename;
     std::optional<int> remove;
-    bool listed = false;    ///< the listing named the file
-    bool unchanged = false; ///< what came back is what was sent
-    std::string stopped;    ///< why it ended early, if it did
+    bool listed = false;            ///< the listing named the file
+    bool unchanged = false;         ///< what came back is what was sent
+    std::string notMade;            ///< why there was none, if so
+    std::optional<Step> unfinished; ///< a step that was begun, and has no result
+    std::string failure;            ///< of that step, or of the trip, if it ended early: "did not finish in time"
     std::vector<std::string> leftBehind;
     bool leftUnknown = false; ///< whether something was left behind could not be found out
 };
@@ -149,7 +172,7 @@ struct Report
     Trust trust = Trust::Certificate;
     bool clearLogin = false;      ///< the user agrees to a login without TLS
     std::string commandDirectory; ///< the directory that rename and delete name in their commands; empty: none can be
-    std::string proxy;            ///< the environment variable that sends libcurl to a proxy, if there is one
+    Proxy proxy;
 
     // The facts.
     Libcurl libcurl;

@@ -1,11 +1,11 @@
 #include "doctor/RoundTrip.h"
 
 #include "doctor/LocalFile.h"
+#include "doctor/NameList.h"
 
 #include <SFtpClient.h>
 
-#include <algorithm>
-#include <sstream>
+#include <fstream>
 
 namespace doctor {
 
@@ -23,58 +23,45 @@ std::string contentFor(const std::string& name)
     return content;
 }
 
-// Some servers put the directory before each name.
-bool holds(const std::string& listing, const std::string& name)
-{
-    std::istringstream lines(listing);
-    for (std::string line; std::getline(lines, line);) {
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
-        if (line.substr(line.rfind('/') + 1) == name) {
-            return true;
-        }
-    }
-    return false;
-}
-
 /// The library's operations on the one file.
 class Trip
 {
 public:
     Trip(const Question& question, const std::string& name) : m_question(question), m_name(name) {}
 
-    StepResult put()
+    int put()
     {
         m_sent.write(contentFor(m_name));
         SFtpRequest request = of(m_name);
         request.localPath = m_sent.path();
-        return {Step::Put, m_client.UploadFileToSFtpServer(request, m_text), true};
+        return m_client.UploadFileToSFtpServer(request, m_text);
     }
-    StepResult list()
+    int list()
     {
         SFtpRequest request = m_question.request;
         request.localPath = m_listing.path();
-        const int code = m_client.Listsftpdir(request, m_text);
-        return {Step::List, code, code == 0 && holds(m_listing.content(), m_name)};
+        return m_client.Listsftpdir(request, m_text);
     }
-    StepResult get()
+    int get()
     {
         SFtpRequest request = of(m_name);
         request.localPath = m_fetched.path();
-        const int code = m_client.DownLoadSFtpFile(request, m_text);
-        return {Step::Get, code, code == 0 && m_fetched.content() == contentFor(m_name)};
+        return m_client.DownLoadSFtpFile(request, m_text);
     }
-    StepResult rename()
+    int rename()
     {
         SFtpRequest request = forCommand(m_name);
         request.localPath = renamed(m_name);
-        return {Step::Rename, m_client.ReNameSFtpFile(request, m_text), true};
+        return m_client.ReNameSFtpFile(request, m_text);
     }
-    StepResult remove(const std::string& name)
+    int remove(const std::string& name) { return m_client.DelSFtpFile(forCommand(name), m_text); }
+
+    bool isListed() const
     {
-        return {Step::Remove, m_client.DelSFtpFile(forCommand(name), m_text), true};
+        std::ifstream listing(m_listing.path(), std::ios::binary);
+        return listingNames(listing, m_name);
     }
+    bool isUnchanged() const { return m_fetched.content() == contentFor(m_name); }
 
 private:
     SFtpRequest of(const std::string& file) const
@@ -104,45 +91,72 @@ private:
 
 std::string renamed(const std::string& name) { return name + ".renamed"; }
 
-void makeRoundTrip(const Question& question, const std::string& name,
-                   const std::function<void(const StepResult&)>& tell)
+void makeRoundTrip(const Question& question, const std::string& name, const std::function<void(const StepNews&)>& tell)
 {
     Trip trip(question, name);
-    const StepResult put = trip.put();
-    tell(put);
-    tell(trip.list());
-    if (put.code != 0) {
+    const auto begin = [&tell](Step step) { tell({step, false, 0, false}); };
+    begin(Step::Put);
+    const int put = trip.put();
+    tell({Step::Put, true, put, true});
+    begin(Step::List);
+    const int list = trip.list();
+    tell({Step::List, true, list, list == 0 && trip.isListed()});
+    if (put != 0) {
         return;
     }
-    tell(trip.get());
+    begin(Step::Get);
+    const int get = trip.get();
+    tell({Step::Get, true, get, get == 0 && trip.isUnchanged()});
     if (question.commandUrl.empty()) {
         return;
     }
-    const StepResult rename = trip.rename();
-    tell(rename);
-    tell(trip.remove(rename.code == 0 ? renamed(name) : name));
+    begin(Step::Rename);
+    const int rename = trip.rename();
+    tell({Step::Rename, true, rename, true});
+    begin(Step::Remove);
+    tell({Step::Remove, true, trip.remove(rename == 0 ? renamed(name) : name), true});
 }
 
-void record(const StepResult& result, RoundTrip& roundTrip)
+void record(const StepNews& news, RoundTrip& roundTrip)
 {
-    switch (result.step) {
+    roundTrip.unfinished = news.ended ? std::nullopt : std::optional<Step>(news.step);
+    if (!news.ended) {
+        return;
+    }
+    switch (news.step) {
     case Step::Put:
-        roundTrip.put = result.code;
+        roundTrip.put = news.code;
         break;
     case Step::List:
-        roundTrip.list = result.code;
-        roundTrip.listed = result.good;
+        roundTrip.list = news.code;
+        roundTrip.listed = news.good;
         break;
     case Step::Get:
-        roundTrip.get = result.code;
-        roundTrip.unchanged = result.good;
+        roundTrip.get = news.code;
+        roundTrip.unchanged = news.good;
         break;
     case Step::Rename:
-        roundTrip.rename = result.code;
+        roundTrip.rename = news.code;
         break;
     case Step::Remove:
-        roundTrip.remove = result.code;
+        roundTrip.remove = news.code;
         break;
+    }
+}
+
+const char* operationOf(Step step)
+{
+    switch (step) {
+    case Step::Put:
+        return "upload";
+    case Step::List:
+        return "list";
+    case Step::Get:
+        return "download";
+    case Step::Rename:
+        return "rename";
+    default:
+        return "delete";
     }
 }
 

@@ -9,30 +9,24 @@
 
 namespace doctor {
 
-enum class Step
-{
-    Put,
-    List,
-    Get,
-    Rename,
-    Remove
-};
-
-/// What came of a step: the library's result, and for List and Get whether the file was there, unchanged.
-struct StepResult
+/// What is told of a step: that it begins, and later what came of it.
+struct StepNews
 {
     Step step;
-    int code;
-    bool good;
+    bool ended;
+    int code;  ///< the library's result
+    bool good; ///< for List and Get: the file was there, unchanged
 };
 
-/// Sends a small file of this name through the library, lists, fetches, renames and deletes it. Each result is told as
-/// it comes. Where a step fails, those that need it are left out. What libcurl prints by itself is not silenced.
-void makeRoundTrip(const Question& question, const std::string& name,
-                   const std::function<void(const StepResult&)>& tell);
+/// Sends a small file of this name through the library, lists, fetches, renames and deletes it. Each step is told as it
+/// begins and ends. Where one fails, those that need it are left out. What libcurl prints by itself is not silenced.
+void makeRoundTrip(const Question& question, const std::string& name, const std::function<void(const StepNews&)>& tell);
 
-/// Writes a step's result into the facts.
-void record(const StepResult& result, RoundTrip& roundTrip);
+/// Writes what is told of a step into the facts.
+void record(const StepNews& news, RoundTrip& roundTrip);
+
+/// The library's operation that a step tries, as in a verdict.
+const char* operationOf(Step step);
 
 /// The name that the file gets on its way.
 std::string renamed(const std::string& name);

@@ -1,5 +1,7 @@
 #include "doctor/RoundTripVerdicts.h"
 
+#include "doctor/RoundTrip.h"
+
 #include <curl/curl.h>
 
 namespace doctor {
@@ -31,6 +33,20 @@ void apply(const std::optional<int>& code, Verdict& verdict)
     verdict.code = *code;
 }
 
+// How long it would have gone on is not known: where nothing spoke against it, it may be slow and work.
+void applyUnfinished(const std::string& failure, Verdict& verdict)
+{
+    const std::string reason = "tried, and it " + failure;
+    if (verdict.outlook == Outlook::Fails) {
+        verdict.reason = reason + "; " + verdict.reason;
+        return;
+    }
+    verdict.outlook = Outlook::Unknown;
+    verdict.code.reset();
+    verdict.reason = reason;
+    verdict.remedy = "Try that operation alone, with --trace, and look at the server and at any firewall before it.";
+}
+
 Verdict& of(const char* operation, std::vector<Verdict>& verdicts)
 {
     for (Verdict& each : verdicts) {
@@ -50,6 +66,9 @@ void applyRoundTrip(const RoundTrip& roundTrip, std::vector<Verdict>& verdicts)
     apply(roundTrip.get, of("download", verdicts));
     apply(roundTrip.rename, of("rename", verdicts));
     apply(roundTrip.remove, of("delete", verdicts));
+    if (roundTrip.unfinished) {
+        applyUnfinished(roundTrip.failure, of(operationOf(*roundTrip.unfinished), verdicts));
+    }
     if (roundTrip.get == 0 && !roundTrip.unchanged) {
         Verdict& upload = of("upload", verdicts);
         upload.outlook = Outlook::Fails;

@@ -29,7 +29,7 @@ void addRequest(const Report& report, Findings& findings)
         findings.push_back({"request for TLS", Grade::None, "not tried"});
     } else {
         findings.push_back({"request for TLS", reply.isPositive() ? Grade::Ok : Grade::Fail,
-                            reply.text.empty() ? "no reply" : reply.text});
+                            reply.shown().empty() ? "no reply" : reply.shown()});
     }
 }
 
@@ -62,8 +62,8 @@ void addChain(const Report& report, Findings& findings)
 {
     for (const Certificate& each : report.tls.chain) {
         findings.push_back({"certificate", Grade::None,
-                            each.subject + ", issued by " + each.issuer + ", valid from " + each.notBefore + " to " +
-                                each.notAfter + ", serial " + each.serial});
+                            each.subject.shown() + ", issued by " + each.issuer.shown() + ", valid from " +
+                                each.notBefore + " to " + each.notAfter + ", serial " + each.serial.shown()});
     }
 }
 

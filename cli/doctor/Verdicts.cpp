@@ -191,7 +191,7 @@ Verdict predictDownload(const Report& report)
 
 bool namesAnotherDirectory(const Report& report)
 {
-    const std::string& entry = report.test.entryPath;
+    const std::string& entry = report.test.entryPath.raw();
     return report.scheme != Scheme::Sftp && !entry.empty() && entry != "/" &&
            report.commandDirectory.compare(0, 2, "//") != 0;
 }
@@ -232,7 +232,7 @@ Verdict predictCommand(const Report& report, const std::string& verb)
     }
     if (namesAnotherDirectory(report)) {
         return fails(CURLE_QUOTE_ERROR,
-                     {"the login leads to " + report.test.entryPath + ", but the command \"" + verb +
+                     {"the login leads to " + report.test.entryPath.shown() + ", but the command \"" + verb +
                           "\" counts the URL's path from the server's root",
                       "Confine the user to that directory at the server, or write the whole path behind two slashes: "
                       "//home/user/."});

@@ -8,10 +8,12 @@
 #include <poll.h>
 #include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX's signal sets are not in <csignal>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <exception>
@@ -23,6 +25,9 @@ namespace {
 
 // A step has as many waits as this, at most, before the trial is given up.
 constexpr int kWaits = 3;
+
+// Names of a million files fit in.
+constexpr rlim_t kLongestFile = rlim_t{64} << 20;
 
 void require(bool done, const char* what)
 {
@@ -68,18 +73,33 @@ private:
     int m_descriptor = -1;
 };
 
+// The files are in memory, which a listing without end must not fill.
+void limitFiles()
+{
+    rlimit limit = {};
+    require(getrlimit(RLIMIT_FSIZE, &limit) == 0, "the limit of files is unknown");
+    limit.rlim_cur = std::min(limit.rlim_cur, kLongestFile);
+    require(setrlimit(RLIMIT_FSIZE, &limit) == 0, "files cannot be limited");
+    static_cast<void>(signal(SIGXFSZ, SIG_IGN));
+}
+
+// What libcurl prints by itself, the password among it, is for nobody.
+void silence()
+{
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    require(nowhere >= 0 && dup2(nowhere, STDOUT_FILENO) >= 0 && dup2(nowhere, STDERR_FILENO) >= 0,
+            "the output cannot be silenced");
+}
+
 [[noreturn]] void runApart(const Question& question, const std::string& name, int results)
 {
-    // What libcurl prints by itself, the password among it, is for nobody.
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (nowhere < 0 || dup2(nowhere, STDOUT_FILENO) < 0 || dup2(nowhere, STDERR_FILENO) < 0) {
-        _exit(1);
-    }
     try {
-        makeRoundTrip(question, name, [results](const StepResult& result) {
+        limitFiles();
+        silence();
+        makeRoundTrip(question, name, [results](const StepNews& news) {
             // Smaller than what a pipe takes at once.
-            require(write(results, &result, sizeof result) == sizeof result, "the result of a step is lost");
+            require(write(results, &news, sizeof news) == sizeof news, "the news of a step is lost");
         });
     } catch (const std::exception&) {
         _exit(1);
@@ -116,33 +136,44 @@ public:
 
     int results() const { return m_results; }
 
+    /// Waits for its end; whether it got to the end of its work.
+    bool finishes()
+    {
+        int status = 0;
+        waitpid(m_process, &status, 0);
+        m_process = -1;
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
 private:
     pid_t m_process = -1;
     int m_results = -1;
 };
 
 // Takes in the results until there are no more; a signal, or a step that takes too long, ends that early.
-int follow(const Worker& worker, const SignalsHeld& signals, std::chrono::milliseconds limit, RoundTrip& roundTrip)
+int follow(Worker& worker, const SignalsHeld& signals, std::chrono::milliseconds limit, RoundTrip& roundTrip)
 {
+    const std::chrono::milliseconds patience = kWaits * limit;
     for (;;) {
         std::array<pollfd, 2> waits = {{{worker.results(), POLLIN, 0}, {signals.descriptor(), POLLIN, 0}}};
-        const int ready = poll(waits.data(), waits.size(), static_cast<int>(kWaits * limit.count()));
+        const int ready = poll(waits.data(), waits.size(), static_cast<int>(patience.count()));
         if (ready < 0 && errno == EINTR) {
             continue;
         }
         if (ready <= 0) {
-            roundTrip.stopped = "given up: the server does not answer";
+            roundTrip.failure = "did not finish within " +
+                                std::to_string(std::chrono::ceil<std::chrono::seconds>(patience).count()) + " seconds";
             return 0;
         }
         if (waits[1].revents != 0) {
-            roundTrip.stopped = "interrupted";
             return signals.take();
         }
-        StepResult result = {};
-        if (read(worker.results(), &result, sizeof result) != sizeof result) {
+        StepNews news = {};
+        if (read(worker.results(), &news, sizeof news) != sizeof news) {
+            roundTrip.failure = worker.finishes() ? "" : "ended without a result";
             return 0;
         }
-        record(result, roundTrip);
+        record(news, roundTrip);
     }
 }
 
@@ -155,9 +186,9 @@ std::string obstacle(const Report& report)
                          report.bare.code == CURLE_REMOTE_ACCESS_DENIED ||
                          report.test.code == CURLE_REMOTE_FILE_NOT_FOUND;
     if (missing) {
-        return "not made: the directory is not there, and an upload would leave it behind";
+        return "the directory is not there, and an upload would leave it behind";
     }
-    return loggedIn ? "" : "not made: no login works";
+    return loggedIn ? "" : "no login works";
 }
 
 } // namespace
@@ -166,14 +197,14 @@ int tryWriting(const Question& question, Report& report)
 {
     RoundTrip& roundTrip = report.roundTrip.emplace();
     roundTrip.name = uniqueName();
-    roundTrip.stopped = obstacle(report);
-    if (!roundTrip.stopped.empty()) {
+    roundTrip.notMade = obstacle(report);
+    if (!roundTrip.notMade.empty()) {
         return 0;
     }
     const SignalsHeld signals;
     int signal = 0;
     {
-        const Worker worker(question, roundTrip.name);
+        Worker worker(question, roundTrip.name);
         signal = follow(worker, signals, question.limit, roundTrip);
     }
     cleanUp(question, report, roundTrip);

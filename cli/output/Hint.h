@@ -1,11 +1,14 @@
 #ifndef SFTPCLIENT_CLI_OUTPUT_HINT_H
 #define SFTPCLIENT_CLI_OUTPUT_HINT_H
 
+#include "transfer/ServerReplies.h"
+
 #include <curl/curl.h>
 
 #include <string>
 
-/// What most often is behind a result, and what to do about it; empty where nothing can be said in general.
-std::string hintFor(CURLcode result);
+/// What is behind a result, by what the server said last, or else most often; and what to do about it. Empty where
+/// nothing can be said in general.
+std::string hintFor(CURLcode result, const Reply& reply);
 
 #endif

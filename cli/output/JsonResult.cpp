@@ -1,8 +1,7 @@
 #include "output/JsonResult.h"
 
+#include "output/Json.h"
 #include "output/ResultName.h"
-
-#include <nlohmann/json.hpp>
 
 std::string jsonOf(const Result& result)
 {
@@ -10,6 +9,9 @@ std::string jsonOf(const Result& result)
                                   {"code", result.code},           {"name", nameOfResult(result.code)},
                                   {"text", result.text},           {"bytes", result.bytes},
                                   {"seconds", result.seconds},     {"attempts", result.attempts}};
+    if (!result.reply.empty()) {
+        object["reply"] = result.reply;
+    }
     if (!result.hint.empty()) {
         object["hint"] = result.hint;
     }
@@ -22,8 +24,5 @@ std::string jsonOf(const Result& result)
     if (!result.signal.empty()) {
         object["signal"] = result.signal;
     }
-    constexpr int kOneLine = -1;
-    // In ASCII alone: standard output may be a terminal, which obeys DEL and the control characters beyond it.
-    constexpr bool kAscii = true;
-    return object.dump(kOneLine, ' ', kAscii, nlohmann::ordered_json::error_handler_t::replace);
+    return dumped(object, kOnOneLine);
 }

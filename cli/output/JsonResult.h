@@ -13,6 +13,7 @@ struct Result
     std::string url; // without a login
     int code = 0;
     std::string text;
+    std::string reply; // the server's last one, where it failed
     std::string hint;
     std::int64_t bytes = 0;
     double seconds = 0;

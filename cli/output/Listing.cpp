@@ -16,7 +16,7 @@ namespace {
 
 std::string temporaryFolder()
 {
-    const char* const folder = std::getenv("TMPDIR");
+    const char* const folder = secure_getenv("TMPDIR");
     return folder != nullptr && *folder != '\0' ? folder : "/tmp";
 }
 

@@ -45,16 +45,26 @@ bool maskArgument(std::string& line)
     return false;
 }
 
+// With the byte behind it; 0 where a line has none.
+std::string::size_type lengthOfCode(const std::string& line)
+{
+    constexpr std::string::size_type kDigits = 3;
+    const bool hasCode = line.find_first_not_of("0123456789") == kDigits && line.find_first_of(" -") == kDigits;
+    return hasCode ? kDigits + 1 : 0;
+}
+
 } // namespace
 
 LoginMask::LoginMask(const std::string& user, const std::string& password) : m_user(user), m_password(user, password) {}
 
 std::string LoginMask::masked(curl_infotype type, const std::string& line) const
 {
-    std::string shown = line;
+    // A reply's code is none of the server's words: masked, it would say something else where a password is a number.
+    const std::string::size_type code = type == CURLINFO_HEADER_IN ? lengthOfCode(line) : 0;
+    std::string shown = line.substr(code);
     if (!maskArgument(shown)) {
         shown = m_password.hiddenIn(std::move(shown));
         replaceWord(shown, type == CURLINFO_HEADER_OUT ? std::string() : m_user);
     }
-    return shown;
+    return line.substr(0, code) + shown;
 }

@@ -15,8 +15,8 @@ public:
     LoginMask(const std::string& user, const std::string& password);
 
     /// `line` with "****" in place of what belongs to the login: the argument of the commands USER, PASS and ACCT;
-    /// what follows the name of a header that carries a login; the password in any form, anywhere; and the user, as a
-    /// word of its own, in what the server answers and libcurl notes.
+    /// what follows the name of a header that carries a login; the password in any form, anywhere but in a reply's
+    /// code; and the user, as a word of its own, in what the server answers and libcurl notes.
     std::string masked(curl_infotype type, const std::string& line) const;
 
 private:

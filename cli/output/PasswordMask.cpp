@@ -4,9 +4,11 @@
 
 #include <openssl/evp.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -19,33 +21,46 @@ bool mean(std::string_view digits, char byte)
            value == static_cast<unsigned char>(byte);
 }
 
-// How long `byte` is at the beginning of `text`, in whatever form it stands there; 0 where it does not.
-std::size_t lengthOf(char byte, std::string_view text)
+// Whether the first `length` bytes of `text` are `byte` in the form that is so long.
+bool is(char byte, std::string_view text, std::size_t length)
 {
-    if (!text.empty() && text.front() == '%' && mean(text.substr(1, 2), byte)) {
-        return 3;
+    if (text.size() < length) {
+        return false;
     }
-    if (text.substr(0, 2) == "\\x" && mean(text.substr(2, 2), byte)) {
-        return 4;
+    switch (length) {
+    case 1:
+        return text.front() == byte;
+    case 2:
+        return text.front() == '\\' && text[1] == byte;
+    case 3:
+        return text.front() == '%' && mean(text.substr(1, 2), byte);
+    default:
+        return text.substr(0, 2) == "\\x" && mean(text.substr(2, 2), byte);
     }
-    if (text.size() > 1 && text.front() == '\\' && text[1] == byte) {
-        return 2;
-    }
-    return !text.empty() && text.front() == byte ? 1 : 0;
 }
 
-// How long all of `secret` is at the beginning of `text`, or 0.
+// How long all of `secret` is at the beginning of `text`, or 0. Two backslashes may be one, escaped, or the two that the
+// secret has: all ways to read the text are followed.
 std::size_t lengthOf(std::string_view secret, std::string_view text)
 {
-    std::size_t length = 0;
+    constexpr std::size_t kForms[] = {1, 2, 3, 4};
+    std::vector<std::size_t> ends = {0};
     for (const char byte : secret) {
-        const std::size_t one = lengthOf(byte, text.substr(length));
-        if (one == 0) {
+        std::vector<std::size_t> further;
+        for (const std::size_t end : ends) {
+            for (const std::size_t form : kForms) {
+                const bool isNew = std::find(further.begin(), further.end(), end + form) == further.end();
+                if (isNew && is(byte, text.substr(end), form)) {
+                    further.push_back(end + form);
+                }
+            }
+        }
+        if (further.empty()) {
             return 0;
         }
-        length += one;
+        ends.swap(further);
     }
-    return length;
+    return *std::max_element(ends.begin(), ends.end());
 }
 
 // Also where hiding one puts together another.

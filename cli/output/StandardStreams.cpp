@@ -26,7 +26,7 @@ void openStandardDescriptors()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         // The lowest free number is the one that was found closed.
-        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) {
+        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDONLY) < 0) {
             throwErrno("/dev/null cannot be opened");
         }
     }

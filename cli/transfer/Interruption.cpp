@@ -4,11 +4,19 @@
 #include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX's signal sets are not in <csignal>
 #include <unistd.h>
 
+#include <algorithm>
 #include <ctime>
 
 namespace {
 
-constexpr std::array<int, 2> kSignals{SIGINT, SIGTERM};
+struct Name
+{
+    int signal;
+    const char* text;
+};
+
+constexpr std::array<Name, 4> kSignals{
+    {{SIGINT, "SIGINT"}, {SIGTERM, "SIGTERM"}, {SIGHUP, "SIGHUP"}, {SIGPIPE, "SIGPIPE"}}};
 
 volatile std::sig_atomic_t received = 0;
 
@@ -22,10 +30,11 @@ Interruption::Interruption()
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
         struct sigaction action = {};
         action.sa_handler = note;
-        action.sa_flags = static_cast<int>(static_cast<unsigned>(SA_RESTART) | SA_RESETHAND);
-        sigaction(kSignals[i], nullptr, &m_before[i]);
+        const int signal = kSignals[i].signal;
+        action.sa_flags = static_cast<int>(SA_RESTART | (signal == SIGPIPE ? 0U : SA_RESETHAND));
+        sigaction(signal, nullptr, &m_before[i]);
         if (m_before[i].sa_handler != SIG_IGN) {
-            sigaction(kSignals[i], &action, nullptr);
+            sigaction(signal, &action, nullptr);
         }
     }
 }
@@ -33,7 +42,7 @@ Interruption::Interruption()
 Interruption::~Interruption()
 {
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
-        sigaction(kSignals[i], &m_before[i], nullptr);
+        sigaction(kSignals[i].signal, &m_before[i], nullptr);
     }
 }
 
@@ -45,8 +54,8 @@ void Interruption::wait(std::chrono::milliseconds time)
     sigset_t blocked;
     sigset_t before;
     sigemptyset(&blocked);
-    for (const int signal : kSignals) {
-        sigaddset(&blocked, signal);
+    for (const Name& each : kSignals) {
+        sigaddset(&blocked, each.signal);
     }
     pthread_sigmask(SIG_BLOCK, &blocked, &before);
     if (received == 0) {
@@ -58,7 +67,12 @@ void Interruption::wait(std::chrono::milliseconds time)
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-const char* nameOfSignal(int signal) { return signal == SIGINT ? "SIGINT" : "SIGTERM"; }
+const char* nameOfSignal(int signal)
+{
+    const auto* const found =
+        std::find_if(kSignals.begin(), kSignals.end(), [signal](const Name& each) { return each.signal == signal; });
+    return found == kSignals.end() ? "a signal" : found->text;
+}
 
 void endBySignal(int signal)
 {

@@ -6,10 +6,10 @@
 #include <array>
 #include <chrono>
 
-/// Keeps SIGINT and SIGTERM from ending the process as long as this object lives, so that work can be put in order
-/// first. The second of the same kind ends it all the same, in case something hangs. A signal that was ignored stays
-/// ignored.
-/// REQUIRES: one object at a time, and one thread.
+/// Keeps SIGINT, SIGTERM, SIGHUP and SIGPIPE from ending the process as long as this object lives, so that work can be
+/// put in order first. The second of the same kind ends it all the same, in case something hangs, but for SIGPIPE, of
+/// which each line that nobody reads brings another. A signal that was ignored stays ignored. REQUIRES: one object at a
+/// time, and one thread.
 class Interruption
 {
 public:
@@ -25,10 +25,10 @@ public:
     static void wait(std::chrono::milliseconds time);
 
 private:
-    std::array<struct sigaction, 2> m_before = {};
+    std::array<struct sigaction, 4> m_before = {};
 };
 
-/// "SIGINT" or "SIGTERM".
+/// "SIGINT", for one of those.
 const char* nameOfSignal(int signal);
 
 /// Ends the process by `signal`, so that its parent sees what happened: a shell stops its script.

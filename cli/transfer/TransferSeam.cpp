@@ -5,18 +5,18 @@
 #include "transfer/TransferSeam.h"
 
 #include <dlfcn.h>
-#include <sys/socket.h>
 
 namespace {
 
 // libcurl's function has no argument that could carry it.
 TransferObserver* currentObserver = nullptr;
 
+// The observer sets the limits: none of libcurl's own may come before them.
+constexpr long kLongestReplySeconds = 7L * 24 * 3600;
+
 int trace(CURL* /*handle*/, curl_infotype type, char* data, size_t size, void* observer) noexcept
 {
-    if (type == CURLINFO_TEXT || type == CURLINFO_HEADER_IN || type == CURLINFO_HEADER_OUT) {
-        static_cast<TransferObserver*>(observer)->traced(type, {data, size});
-    }
+    static_cast<TransferObserver*>(observer)->traced(type, {data, size});
     return 0;
 }
 
@@ -25,18 +25,30 @@ int progress(void* observer, curl_off_t toReceive, curl_off_t received, curl_off
     return static_cast<TransferObserver*>(observer)->goesOn({received, toReceive, sent, toSend}) ? 0 : 1;
 }
 
+int connected(void* observer, char* /*server*/, char* /*own*/, int /*serverPort*/, int /*ownPort*/) noexcept
+{
+    static_cast<TransferObserver*>(observer)->connected();
+    return CURL_PREREQFUNC_OK;
+}
+
 void prepare(CURL* handle, TransferObserver& observer)
 {
-    if (observer.begins()) {
-        curl_easy_setopt(handle, CURLOPT_VERBOSE, 1L);
-    }
-    // Without --trace, too: the library's size check is talkative by itself, password included, and says it all to
-    // standard error unless there is this function.
+    // Without --trace, too: the replies count, and the library's size check is talkative by itself, password included,
+    // and says it all to standard error unless there is this function.
+    curl_easy_setopt(handle, CURLOPT_VERBOSE, 1L);
     curl_easy_setopt(handle, CURLOPT_DEBUGFUNCTION, trace);
     curl_easy_setopt(handle, CURLOPT_DEBUGDATA, &observer);
     curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, progress);
     curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &observer);
     curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
+    curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, connected);
+    curl_easy_setopt(handle, CURLOPT_PREREQDATA, &observer);
+    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, static_cast<long>(observer.begins().count()));
+    curl_easy_setopt(handle, CURLOPT_TIMEOUT, 0L);
+    curl_easy_setopt(handle, CURLOPT_FTP_RESPONSE_TIMEOUT, kLongestReplySeconds);
+    // So that libcurl says QUIT while the observer can still end the wait for the answer: at the handle's cleanup,
+    // nobody could, for two minutes.
+    curl_easy_setopt(handle, CURLOPT_FORBID_REUSE, 1L);
 }
 
 TransferAmounts amountsOf(CURL* handle)
@@ -45,16 +57,6 @@ TransferAmounts amountsOf(CURL* handle)
     curl_easy_getinfo(handle, CURLINFO_SIZE_DOWNLOAD_T, &amounts.received);
     curl_easy_getinfo(handle, CURLINFO_SIZE_UPLOAD_T, &amounts.sent);
     return amounts;
-}
-
-// A handle says goodbye to its server when it is cleaned up, and waits for the answer with nobody to stop it: two
-// minutes, where a silent server was the reason to stop.
-void hangUp(CURL* handle)
-{
-    curl_socket_t connection = CURL_SOCKET_BAD;
-    if (curl_easy_getinfo(handle, CURLINFO_ACTIVESOCKET, &connection) == CURLE_OK && connection != CURL_SOCKET_BAD) {
-        shutdown(connection, SHUT_RDWR);
-    }
 }
 
 } // namespace
@@ -68,11 +70,7 @@ extern "C" __attribute__((visibility("default"))) CURLcode curl_easy_perform(CUR
     }
     prepare(handle, *observer);
     const CURLcode result = next(handle);
-    observer->ended(result, amountsOf(handle));
-    if (result == CURLE_ABORTED_BY_CALLBACK) {
-        hangUp(handle);
-    }
-    return result;
+    return observer->ended(result, amountsOf(handle));
 }
 
 ObservedTransfers::ObservedTransfers(TransferObserver& observer) { currentObserver = &observer; }

@@ -3,6 +3,7 @@
 
 #include <curl/curl.h>
 
+#include <chrono>
 #include <string_view>
 
 /// The bytes of a transfer so far, and what they will come to; 0 where that is unknown or nothing goes that way.
@@ -20,24 +21,25 @@ class TransferObserver
 public:
     virtual ~TransferObserver() = default;
 
-    /// A transfer is about to begin. Whether libcurl shall say what goes over its connections: see `traced`.
-    virtual bool begins() = 0;
+    /// A transfer is about to begin. How long libcurl may take to connect and log in.
+    virtual std::chrono::seconds begins() = 0;
 
-    /// A line, or more, of what libcurl says, hears or notes, as CURLOPT_DEBUGFUNCTION gets it, but for the data.
-    /// A handle that the library made talkative comes here even though nothing was asked for.
+    /// Connection and login are done.
+    virtual void connected() = 0;
+
+    /// What libcurl says, hears or notes, as CURLOPT_DEBUGFUNCTION gets it: lines, or pieces of the data.
     virtual void traced(curl_infotype type, std::string_view text) = 0;
 
-    /// Called about once a second and with every piece of data, while connecting, too. False ends the transfer, with
-    /// CURLE_ABORTED_BY_CALLBACK.
+    /// Called about once a second and with every piece of data, from connecting to QUIT, but not during a TLS
+    /// handshake. False ends the transfer, with CURLE_ABORTED_BY_CALLBACK.
     virtual bool goesOn(const TransferAmounts& amounts) = 0;
 
-    /// The transfer is over.
-    virtual void ended(CURLcode result, const TransferAmounts& amounts) = 0;
+    /// The transfer is over. The result that its caller is to get: `result`, or another one that says it better.
+    virtual CURLcode ended(CURLcode result, const TransferAmounts& amounts) = 0;
 };
 
 /// Lets `observer` see the transfers as long as this object lives.
-/// REQUIRES: one at a time; all handles that made a transfer meanwhile are cleaned up before it goes, for they say
-/// goodbye to their servers then.
+/// REQUIRES: one at a time; all handles that made a transfer meanwhile are cleaned up before it goes.
 class ObservedTransfers
 {
 public:

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr long kConnectSeconds = 20;
-constexpr long kReplySeconds = 90;
 constexpr char kSizeReply[] = "213 ";
 
 struct HandleCleanup
@@ -28,6 +26,22 @@ size_t keepLastSize(char* line, size_t /*one*/, size_t size, void* kept)
         *static_cast<std::string*>(kept) = reply;
     }
     return size;
+}
+
+size_t refuseBody(char* /*data*/, size_t /*one*/, size_t /*size*/, void* /*nothing*/) { return 0; }
+
+// SFTP has numbers in its replies, not text: libcurl's word is good, but it makes no difference between an empty file
+// and an unknown size. An empty one can be fetched without a single byte.
+std::optional<std::int64_t> sizeOfSsh(CURL* handle)
+{
+    curl_off_t bytes = -1;
+    curl_easy_getinfo(handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &bytes);
+    if (bytes >= 0) {
+        return bytes;
+    }
+    curl_easy_setopt(handle, CURLOPT_NOBODY, 0L);
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, refuseBody);
+    return curl_easy_perform(handle) == CURLE_OK ? std::optional<std::int64_t>(0) : std::nullopt;
 }
 
 } // namespace
@@ -50,7 +64,7 @@ bool canCompareSize(const std::string& url)
     constexpr char kAsText[] = ";type=a";
     constexpr std::size_t kLength = sizeof kAsText - 1;
     const bool asText = url.size() >= kLength && strcasecmp(url.c_str() + url.size() - kLength, kAsText) == 0;
-    return !RemoteUrl(url).isSsh() && !asText;
+    return !asText;
 }
 
 RemoteSize askSize(const SFtpRequest& request)
@@ -69,12 +83,11 @@ RemoteSize askSize(const SFtpRequest& request)
     curl_easy_setopt(handle.get(), CURLOPT_HEADERFUNCTION, keepLastSize);
     curl_easy_setopt(handle.get(), CURLOPT_HEADERDATA, &reply);
     curl_easy_setopt(handle.get(), CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(handle.get(), CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
-    curl_easy_setopt(handle.get(), CURLOPT_FTP_RESPONSE_TIMEOUT, kReplySeconds);
     const CURLcode result = curl_easy_perform(handle.get());
     if (result != CURLE_OK) {
         return {std::nullopt, std::string("asking for it failed: ") + curl_easy_strerror(result)};
     }
-    const std::optional<std::int64_t> bytes = sizeInReply(reply);
+    const std::optional<std::int64_t> bytes =
+        RemoteUrl(request.remotePath).isSsh() ? sizeOfSsh(handle.get()) : sizeInReply(reply);
     return {bytes, bytes ? "" : "the server does not tell it"};
 }

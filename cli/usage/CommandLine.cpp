@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <stdexcept>
 #include <vector>
 
 namespace {
@@ -157,7 +158,11 @@ std::string helpFor(const CLI::App& app)
 int explain(const CLI::ParseError& error, const CLI::App& app)
 {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-        return app.exit(error);
+        const int status = app.exit(error);
+        if (!std::cout.flush()) {
+            throw std::runtime_error("the help cannot be written to standard output");
+        }
+        return status;
     }
     std::cerr << "sftpclient: " << complaintOf(error, app) << "\nRun " << helpFor(app) << " for the usage.\n";
     return kWrongUsage;

@@ -1,18 +1,23 @@
 #include "usage/ConfigFile.h"
 
+#include "InputFile.h"
 #include "UsageError.h"
 #include "usage/Options.h"
 #include "usage/Suggest.h"
 
 #include <boost/property_tree/ini_parser.hpp>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <sstream>
 #include <vector>
 
 namespace {
+
+constexpr std::string::size_type kLargestFile = 1 << 20;
 
 constexpr char kSection[] = "sftpclient";
 
@@ -21,7 +26,7 @@ constexpr char kOwnKey[] = "config";
 
 std::string textOf(const char* variable)
 {
-    const char* const text = std::getenv(variable);
+    const char* const text = secure_getenv(variable);
     return text == nullptr ? "" : text;
 }
 
@@ -46,15 +51,35 @@ std::vector<std::string> knownKeys()
     return keys;
 }
 
+[[noreturn]] void refuse(const std::string& path, const std::string& reason)
+{
+    throw UsageError("The configuration file " + path + " cannot be used (" + reason +
+                     "): correct it, or name another with --config.");
+}
+
+// The host services read the file once more, so it must not be a pipe.
+std::string contentsOf(const std::string& path)
+{
+    struct stat status = {};
+    if (stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode)) {
+        refuse(path, "it is a pipe");
+    }
+    std::string text;
+    const std::string reason = InputFile(path).readWhole(kLargestFile, text);
+    if (!reason.empty()) {
+        refuse(path, reason);
+    }
+    return text;
+}
+
 boost::property_tree::ptree readIni(const std::string& path)
 try {
+    std::istringstream text(contentsOf(path));
     boost::property_tree::ptree sections;
-    boost::property_tree::read_ini(path, sections);
+    boost::property_tree::read_ini(text, sections);
     return sections;
 } catch (const boost::property_tree::ini_parser_error& error) {
-    const std::string line = error.line() == 0 ? "" : " in line " + std::to_string(error.line());
-    throw UsageError("The configuration file " + path + " cannot be used (" + error.message() + line +
-                     "): correct it, or name another with --config.");
+    refuse(path, error.message() + (error.line() == 0 ? "" : " in line " + std::to_string(error.line())));
 }
 
 bool isOneOf(const std::vector<std::string>& known, const std::string& key)

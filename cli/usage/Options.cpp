@@ -12,6 +12,9 @@ constexpr unsigned kHighestPort = 65535;
 constexpr unsigned kMostRetries = 1000;
 constexpr double kLongestDelay = 3600;
 constexpr unsigned kLongestTimeout = 600;
+constexpr unsigned kHour = 3600;
+constexpr unsigned kDay = 24 * kHour;
+constexpr unsigned kWeek = 7 * kDay;
 
 unsigned toNumber(const std::string& text, unsigned lowest, unsigned highest)
 {
@@ -75,9 +78,10 @@ void storeRetryDelay(Arguments& arguments, const std::string& text)
     arguments.retryDelay = std::chrono::milliseconds(std::llround(seconds * 1000));
 }
 
-void storeTimeout(Arguments& arguments, const std::string& text)
+template <std::chrono::seconds Arguments::*member, unsigned lowest, unsigned highest>
+void storeSeconds(Arguments& arguments, const std::string& text)
 {
-    arguments.timeout = std::chrono::seconds(toNumber(text, 1, kLongestTimeout));
+    arguments.*member = std::chrono::seconds(toNumber(text, lowest, highest));
 }
 
 } // namespace
@@ -95,10 +99,18 @@ const std::vector<Option>& options()
         {"--config", "FILE", "Configuration file, if not ~/.config/sftpclient/config",
          storeText<&Arguments::configFile>},
         {"--no-verify", "", "Do not compare the file's size on the server afterwards", storeNoVerify, Use::Put},
-        {"--retry", "N", "Try again up to N times after a fault that may pass:\nresult 7, 28, 35, 52, 55 or 56",
+        {"--retry", "N",
+         "Try again up to N times after a fault that may pass:\nresult 7, 28, 35, 52, 55 or 56, or a put whose "
+         "size\nthere is another one",
          storeRetries, Use::Operations},
         {"--retry-delay", "SECONDS", "Wait so long before trying again (1), and each time\ntwice as long",
          storeRetryDelay, Use::Operations},
+        {"--connect-time", "SECONDS", "How long a connection and its login may take (20)",
+         storeSeconds<&Arguments::connectTime, 1, kHour>, Use::Operations},
+        {"--stall-time", "SECONDS", "How long nothing may come or go (60)",
+         storeSeconds<&Arguments::stallTime, 1, kDay>, Use::Operations},
+        {"--max-time", "SECONDS", "How long all may take, with what is tried again;\n0, as without it, for no limit",
+         storeSeconds<&Arguments::maxTime, 0, kWeek>, Use::Operations},
         {"--json", "", "Write the result to standard output, as a JSON object", storeSwitch<&Arguments::json>},
         {"--trace", "", "Show what libcurl and the server say to each other,\nthe login masked",
          storeSwitch<&Arguments::trace>, Use::Operations},
@@ -107,7 +119,8 @@ const std::vector<Option>& options()
          Use::Doctor},
         {"--write", "", "Send, list, fetch, rename and delete a small file through\nthe library, and clean up",
          storeSwitch<&Arguments::writes>, Use::Doctor},
-        {"--timeout", "SECONDS", "How long to wait for a connection, and for a reply (20)", storeTimeout, Use::Doctor},
+        {"--timeout", "SECONDS", "How long to wait for a connection, and for a reply (20)",
+         storeSeconds<&Arguments::timeout, 1, kLongestTimeout>, Use::Doctor},
     };
     return kOptions;
 }

@@ -27,7 +27,7 @@ std::optional<Setting> typedSetting(const Option& option, const TypedOptions& ty
 std::optional<Setting> environmentSetting(const Option& option)
 {
     const std::string variable = variableOf(option);
-    const char* const text = std::getenv(variable.c_str());
+    const char* const text = secure_getenv(variable.c_str());
     return text == nullptr || *text == '\0' ? std::nullopt : std::optional<Setting>({variable, text});
 }
 

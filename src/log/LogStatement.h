@@ -19,13 +19,13 @@ static const std::string kModuleName("SFtpClient");
 /// the function's name among them, have been made. Static, as the module's name is: each source file uses its own.
 static inline LogProxy openRecord(int level, const std::string& function, unsigned int line)
 {
-    return {level, kModuleName, TSP_RequestID.get(), function, line};
+    return LogProxy(level, kModuleName, TSP_RequestID.get(), function, line); // the host may declare it explicit
 }
 
 /// Opens a record that belongs to no request: it carries 0 and does not read the thread's identifier.
 static inline LogProxy openRecordWithoutRequest(int level, const std::string& function, unsigned int line)
 {
-    return {level, kModuleName, 0, function, line};
+    return LogProxy(level, kModuleName, 0, function, line);
 }
 
 /// The enclosing function's short name. A macro, because only there does __PRETTY_FUNCTION__ name that function:

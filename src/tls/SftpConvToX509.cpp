@@ -39,6 +39,7 @@ SecuritySS_RC sftpConvToX509(const std::string& certText, X509*& cert)
         cert = d2i_X509_bio(der.get(), nullptr);
     }
     if (cert == nullptr) {
+        // What both attempts put into OpenSSL's error queue stays there, for the host.
         SFTP_LOG(kLogDetail, "pCert is nullptr");
         return SECURITYSS_FAILURE;
     }

@@ -15,6 +15,7 @@ struct X509Release
 
 } // namespace
 
+// OpenSSL's error queue is left as it is, on failure too: the host reads it, and clears it with ERR_clear_error().
 CURLcode sftp_sslCtx_function(CURL* /*curl*/, void* sslctx, void* parm)
 try {
     const std::string certText = *static_cast<const std::string*>(parm);

@@ -27,7 +27,7 @@ int CurlSFtpResponse::GetErrCode()
 
 std::string CurlSFtpResponse::GetErrString()
 {
-    std::string text = "UnKown error";
+    std::string text = "UnKown error"; // spelled as hosts know it
     // The text of the code as libcurl gave it, not of the one that GetErrCode reports.
     const char* known = curl_easy_strerror(static_cast<CURLcode>(m_ErrorCode));
     if (known != nullptr) {

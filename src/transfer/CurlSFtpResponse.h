@@ -63,11 +63,12 @@ public:
     void RecieveHeader(const std::string& line);
 
     /// Takes `statusCode` and `statusText` from a line "protocol code text"; a line whose second word is no number is
-    /// logged and changes nothing.
+    /// logged and changes nothing, and one of a single word is passed over.
     void ParseStatusLine(const std::string& line);
 
     /// CURLOPT_WRITEFUNCTION: hands the block to `RecieveData` of `self`, a transfer object. Returns the block's size,
-    /// or 0, which makes libcurl stop the transfer, when a pointer is null or memory runs out.
+    /// or 0, which makes libcurl stop the transfer with 23, when a pointer is null or something derived from
+    /// `std::exception` is thrown: memory runs out, or the host's log throws.
     static size_t GetDataCallback(void* ptr, size_t size, size_t nmemb, void* self);
 
     /// CURLOPT_HEADERFUNCTION, for the host to register on `curlHandle` with the object as CURLOPT_HEADERDATA: a line

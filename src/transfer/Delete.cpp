@@ -11,7 +11,7 @@ bool CurlSFtpResponse::DelSFtpFile(const SFtpRequest& request, uint32_t /*timeou
 {
     const std::string url = request.remotePath;
     UserPwd userPwd(request);
-    const long port = request.port;
+    const long port = static_cast<long>(request.port);
 
     std::string remoteDirPath;
     if (!findRemoteDirPath(url, remoteDirPath)) {
@@ -30,7 +30,7 @@ bool CurlSFtpResponse::DelSFtpFile(const SFtpRequest& request, uint32_t /*timeou
     const std::string command = "rm " + remoteDirPath + request.remoteFileName;
 
     sftpSetCertTmp(curlHandle, request.caCert);
-    curl_slist* commands = makePostTransferCommand(command);
+    curl_slist* commands = makePostTransferCommand(command); // never freed
     curl_easy_setopt(curlHandle, CURLOPT_POSTQUOTE, commands);
     curl_easy_setopt(curlHandle, CURLOPT_WRITEFUNCTION, sftp_write_data);
     curl_easy_setopt(curlHandle, CURLOPT_WRITEDATA, stream.get());

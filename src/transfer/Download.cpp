@@ -10,7 +10,7 @@ bool CurlSFtpResponse::DownLoadSFtpFile(const SFtpRequest& request, uint32_t /*t
     const std::string url = request.remotePath;
     UserPwd userPwd(request);
     const std::string localPath = request.localPath;
-    const long port = request.port;
+    const long port = static_cast<long>(request.port);
 
     LocalStream stream(fopen(localPath.c_str(), "w+"));
     if (!stream) {

@@ -9,7 +9,7 @@ bool CurlSFtpResponse::Listsftpdir(const SFtpRequest& request, uint32_t timeout)
 {
     const std::string url = request.remotePath;
     UserPwd userPwd(request);
-    const long port = request.port;
+    const long port = static_cast<long>(request.port);
 
     // The "r" means nothing to fopen, which goes by the "w" and the "+".
     LocalStream stream(fopen(request.localPath.c_str(), "wr+"));
@@ -24,6 +24,7 @@ bool CurlSFtpResponse::Listsftpdir(const SFtpRequest& request, uint32_t timeout)
     curl_easy_setopt(curlHandle, CURLOPT_URL, url.c_str());
     curl_easy_setopt(curlHandle, CURLOPT_PORT, port);
     curl_easy_setopt(curlHandle, CURLOPT_USERPWD, userPwd.c_str());
+    // The one operation that goes by it.
     if (timeout != 0) {
         curl_easy_setopt(curlHandle, CURLOPT_FTP_RESPONSE_TIMEOUT, static_cast<long>(timeout));
     }

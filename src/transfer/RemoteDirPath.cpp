@@ -1,5 +1,6 @@
 #include "transfer/RemoteDirPath.h"
 
+// No URL parser: the last ":" is taken for the one before the port.
 bool findRemoteDirPath(const std::string& url, std::string& remoteDirPath)
 {
     const std::string::size_type colon = url.rfind(':');

@@ -10,7 +10,7 @@ bool CurlSFtpResponse::ReNameSFtpFile(const SFtpRequest& request, uint32_t /*tim
 {
     const std::string url = request.remotePath;
     UserPwd userPwd(request);
-    const long port = request.port;
+    const long port = static_cast<long>(request.port);
 
     std::string remoteDirPath;
     if (!findRemoteDirPath(url, remoteDirPath)) {
@@ -32,7 +32,7 @@ bool CurlSFtpResponse::ReNameSFtpFile(const SFtpRequest& request, uint32_t /*tim
 
     sftpSetCertTmp(curlHandle, request.caCert);
     const std::string command = "rename " + oldPath + " " + newPath;
-    curl_slist* commands = makePostTransferCommand(command);
+    curl_slist* commands = makePostTransferCommand(command); // never freed
     curl_easy_setopt(curlHandle, CURLOPT_POSTQUOTE, commands);
     curl_easy_setopt(curlHandle, CURLOPT_URL, url.c_str());
     curl_easy_setopt(curlHandle, CURLOPT_PORT, port);

@@ -65,7 +65,7 @@ void CurlSFtpResponse::ParseStatusLine(const std::string& line)
     try {
         // The code is the second word: a line that begins with its code is logged as a failure.
         const uint32_t code = boost::lexical_cast<unsigned int>(boost::trim_copy(pieces[1]));
-        std::string text = statusText;
+        std::string text = statusText; // never cleared: each line adds its words
         for (std::vector<std::string>::size_type i = 2; i < pieces.size(); ++i) {
             text.append(" ").append(pieces[i]);
         }

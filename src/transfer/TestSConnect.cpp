@@ -9,10 +9,11 @@ int CurlSFtpClient::TestSConnect(const SFtpRequest& request, uint32_t /*timeout*
     SFTP_LOG(kLogDetail, "begin test sftp connection");
     const std::string address = request.remotePath;
     UserPwd userPwd(request);
-    const long port = request.port;
+    const long port = static_cast<long>(request.port);
     SFTP_LOG(kLogDetail, "== remotePath is: " << address);
 
-    // The joined text is never empty, for it holds at least the ":": an empty user name is no obstacle.
+    // The joined text is never empty, for it holds at least the ":": an empty user name is no obstacle. The record's
+    // misspelling is what hosts know.
     if (address.empty() || userPwd.empty()) {
         userPwd.wipe();
         SFTP_LOG(kLogFailure, "remotePath or userPwd is emputy.");

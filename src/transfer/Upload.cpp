@@ -10,7 +10,7 @@ bool CurlSFtpResponse::UploadFileToSFtpServer(const SFtpRequest& request, uint32
 {
     const std::string url = request.remotePath;
     UserPwd userPwd(request);
-    const long port = request.port;
+    const long port = static_cast<long>(request.port);
 
     LocalStream stream(fopen(request.localPath.c_str(), "rb"));
     if (!stream) {

@@ -5,12 +5,13 @@
 #include <streambuf>
 #include <string>
 
-/// A host's record of a layout of its own: another base class, other members, a constructor in the header.
+/// A host's record of a layout of its own: another base class, other members, a constructor in the header, and an
+/// explicit one.
 class LogProxy : public std::ostream
 {
 public:
-    LogProxy(int level, const std::string& module, unsigned long requestId, const std::string& function,
-             unsigned int line)
+    explicit LogProxy(int level, const std::string& module, unsigned long requestId, const std::string& function,
+                      unsigned int line)
         : std::ostream(nullptr)
     {
         rdbuf(beginOwnRecord(level, module.c_str(), requestId, function.c_str(), line));

@@ -21,3 +21,9 @@ expect_difference("${more}" "Listed, but not exported: CurlSFtpResponse::Lost() 
 
 string(REPLACE "\"CurlSFtpResponse::GetErrCode()\";" "" fewer "${map}")
 expect_difference("${fewer}" "Listed, but not exported: Exported, but not listed: CurlSFtpResponse::GetErrCode() Hosts")
+
+string(REPLACE "sftp_write_data*;" "sftp_write_data*; sftp_lost*;" more "${map}")
+expect_difference("${more}" "Listed, but not exported: sftp_lost* Exported, but not listed: Hosts")
+
+string(REPLACE "sftp_write_data*;" "" fewer "${map}")
+expect_difference("${fewer}" "Listed, but not exported: Exported, but not listed: sftp_write_data(")

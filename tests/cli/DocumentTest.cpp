@@ -5,6 +5,8 @@
 
 #include <usage/Options.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <map>
@@ -93,6 +95,7 @@ protected:
         config.tls = testserver::TlsMode::Implicit;
         writeFile(local("sunday.bak"), std::string(20000, 'x'));
         writeFile(local("password"), config.password + "\n");
+        chmod(local("password").c_str(), 0600);
         writeFile(local("ca.pem"), contentsOf(folder() + "/ca.pem"));
         writeFile(local("site.ini"), "[sftpclient]\nuser=backup\npassword-file=password\nca=ca.pem\nquiet=true\n");
         addServer("backup.example.com", {});

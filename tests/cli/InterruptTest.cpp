@@ -1,6 +1,13 @@
+#include "harness/Process.h"
 #include "harness/Served.h"
 #include "harness/TerminalCommand.h"
 #include "harness/TextFile.h"
+
+#include <transfer/Interruption.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
@@ -78,6 +85,58 @@ TEST_F(Interrupt, RemovesTheTemporaryFileOfAListing)
     EXPECT_TRUE(std::filesystem::is_empty(local("")));
 }
 
+TEST_F(Interrupt, ByTheEndOfTheTerminalRemovesTheTemporaryFile)
+{
+    serve({"NLST=stall"});
+    TerminalCommand command = start({"ls", url(), "--trace"});
+    command.shownUpTo("> NLST");
+    EXPECT_FALSE(std::filesystem::is_empty(local("")));
+    command.signal(SIGHUP);
+    EXPECT_EQ(command.wait(), -SIGHUP);
+    EXPECT_NE(command.shown().find("ls: 42 interrupted by SIGHUP; nothing is left of it\r\n"), std::string::npos);
+    EXPECT_TRUE(std::filesystem::is_empty(local("")));
+}
+
+TEST_F(Interrupt, ByAHangUpThatIsIgnoredStaysIgnored)
+{
+    serve({"NLST=meet:2"});
+    ProcessSetup setup;
+    setup.words =
+        withCa({"/bin/sh", "-c", "trap '' HUP; exec \"$0\" \"$@\"", SFTPCLIENT_COMMAND, "ls", url(), "--trace"});
+    setup.environment = environment();
+    setup.folder = local("");
+    TerminalCommand command(setup);
+    command.shownUpTo("> NLST");
+    command.signal(SIGHUP);
+    EXPECT_EQ(run({"ls", url()}).status, 0);
+    EXPECT_EQ(command.wait(), 0) << command.shown();
+}
+
+// The line before a retry, which nobody reads.
+TEST_F(Interrupt, ByAReaderThatLeftRemovesTheTemporaryFile)
+{
+    // It gets no further until the reader has left and another client has come.
+    serve({"PASS=meet:2", "CWD=drop"});
+    const std::string temporary = folder() + "/temporary";
+    const std::string pipe = folder() + "/pipe";
+    std::filesystem::create_directory(temporary);
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ProcessSetup setup;
+    setup.words = withCa({SFTPCLIENT_COMMAND, "ls", url("/weekly/"), "--retry=1", "--retry-delay=0"});
+    setup.environment = environment();
+    setup.environment.emplace_back("TMPDIR", temporary);
+    setup.folder = local("");
+    setup.out = "/dev/null";
+    setup.err = pipe;
+    Process command(setup);
+    close(reader);
+    EXPECT_EQ(run({"test", url()}).status, 0);
+    EXPECT_EQ(command.wait(), -SIGPIPE);
+    EXPECT_TRUE(std::filesystem::is_empty(temporary));
+    EXPECT_EQ(sessions().size(), 2U);
+}
+
 TEST_F(Interrupt, SaysThatARenameMayHaveHappened)
 {
     serve({"rename=stall"});
@@ -111,4 +170,39 @@ TEST_F(Interrupt, EndsTheWaitBeforeTryingAgain)
     EXPECT_EQ(command.wait(), -SIGINT);
     EXPECT_NE(command.shown().find("ls: 42 interrupted by SIGINT; "), std::string::npos);
     EXPECT_EQ(sessions().size(), 1U);
+}
+
+TEST(Interruption, LeavesTheSecondSignalToTheSystem)
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        // This process may run in the background.
+        auto* const before = std::signal(signal, SIG_DFL);
+        {
+            const Interruption interruption;
+            static_cast<void>(std::raise(signal));
+            EXPECT_EQ(Interruption::signal(), signal);
+            EXPECT_EQ(std::signal(signal, SIG_DFL), SIG_DFL) << "the next one ends the process";
+        }
+        static_cast<void>(std::signal(signal, before));
+    }
+}
+
+TEST(Interruption, OutlivesEveryLineThatNobodyReads)
+{
+    auto* const before = std::signal(SIGPIPE, SIG_DFL);
+    {
+        const Interruption interruption;
+        static_cast<void>(std::raise(SIGPIPE));
+        static_cast<void>(std::raise(SIGPIPE));
+        EXPECT_EQ(Interruption::signal(), SIGPIPE);
+    }
+    EXPECT_EQ(std::signal(SIGPIPE, before), SIG_DFL);
+}
+
+TEST(Interruption, NamesItsSignals)
+{
+    EXPECT_STREQ(nameOfSignal(SIGINT), "SIGINT");
+    EXPECT_STREQ(nameOfSignal(SIGTERM), "SIGTERM");
+    EXPECT_STREQ(nameOfSignal(SIGHUP), "SIGHUP");
+    EXPECT_STREQ(nameOfSignal(SIGPIPE), "SIGPIPE");
 }

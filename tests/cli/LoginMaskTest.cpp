@@ -42,6 +42,16 @@ TEST(LoginMask, HidesTheUserInWhatIsAnswered)
     EXPECT_EQ(masked(CURLINFO_HEADER_OUT, "CWD me"), "CWD me");
 }
 
+TEST(LoginMask, LeavesTheCodeOfAReplyAlone)
+{
+    const LoginMask mask("me", "220");
+    EXPECT_EQ(mask.masked(CURLINFO_HEADER_IN, "220 is 220"), "220 is ****");
+    EXPECT_EQ(mask.masked(CURLINFO_HEADER_IN, "220-is 220"), "220-is ****");
+    EXPECT_EQ(mask.masked(CURLINFO_HEADER_IN, "2204 x"), "****4 x");
+    EXPECT_EQ(mask.masked(CURLINFO_HEADER_IN, "220"), "****");
+    EXPECT_EQ(mask.masked(CURLINFO_TEXT, "220 x"), "**** x");
+}
+
 TEST(LoginMask, LeavesTheRestAloneWithoutALogin) { EXPECT_EQ(LoginMask("", "").masked(CURLINFO_TEXT, "a b"), "a b"); }
 
 TEST(PasswordMask, HidesEveryForm)

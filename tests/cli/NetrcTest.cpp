@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 namespace {
 
 // "USER:PASSWORD" for a host, or "none".
@@ -75,7 +77,8 @@ TEST(Netrc, RefusesWhatItCannotReadWithoutRepeatingIt)
     EXPECT_NE(refusalOf("machine host login me password two words").find(" holds a word that is none of machine,"),
               std::string::npos);
     EXPECT_EQ(refusalOf("machine host login me password two words").find("words"), std::string::npos);
-    EXPECT_NE(refusalOf(std::string(65537, ' ')).find(" must not be larger than 64 KiB."), std::string::npos);
+    EXPECT_NE(refusalOf(std::string(65537, ' ')).find(" cannot be read (it is larger than 64 KiB): "),
+              std::string::npos);
     EXPECT_EQ(refusalOf(std::string(65536, ' ')), "none");
     EXPECT_EQ(refusalOf("machine host login me password " + std::string(kLongestPassword + 1, 'x')),
               "The password in the netrc file must not be longer than 1023 bytes.");
@@ -87,4 +90,17 @@ TEST(Netrc, RefusesWhatItCannotReadWithoutRepeatingIt)
         EXPECT_STREQ(error.what(), "The netrc file /nowhere/netrc cannot be read (No such file or directory): name "
                                    "one that can be with --netrc-file FILE.");
     }
+}
+
+TEST(Netrc, HasAWarningWhereOthersCanReadIt)
+{
+    const TextFile file("machine a login me password one");
+    ASSERT_EQ(chmod(file.path().c_str(), 0604), 0);
+    testing::internal::CaptureStderr();
+    std::string user;
+    std::string password;
+    EXPECT_TRUE(readNetrc(file.path(), "a", user, password));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "sftpclient: warning: others than its owner can read the netrc file " + file.path() +
+                  "; run: chmod 600 " + file.path() + "\n");
 }

@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -14,6 +15,7 @@
 
 #include <array>
 #include <csignal>
+#include <fstream>
 
 namespace {
 
@@ -41,13 +43,15 @@ std::string readToEnd(int descriptor)
 class Prompt
 {
 public:
-    Prompt()
+    /// `typedAhead`: keys that are pressed before the question.
+    explicit Prompt(const std::string& typedAhead = "")
     {
         std::array<int, 2> answer = {-1, -1};
         if (openpty(&m_keyboard, &m_terminal, nullptr, nullptr, nullptr) != 0 || pipe(answer.data()) != 0) {
             throw std::runtime_error("no terminal");
         }
         m_answer = answer[0];
+        type(typedAhead);
         m_child = fork();
         if (m_child == 0) {
             ask(answer[1]);
@@ -93,9 +97,32 @@ public:
         return tcgetattr(m_terminal, &mode) == 0 && (mode.c_lflag & ECHO) != 0;
     }
 
+    /// What nobody has read of what was typed.
+    int unread() const
+    {
+        int bytes = -1;
+        return ioctl(m_terminal, FIONREAD, &bytes) == 0 ? bytes : -1;
+    }
+
+    /// Whether the child puts off `signal`.
+    bool putsOff(int signal) const
+    {
+        std::ifstream status("/proc/" + std::to_string(m_child) + "/status");
+        for (std::string word; status >> word;) {
+            if (word == "SigBlk:" && status >> word) {
+                return ((std::stoull(word, nullptr, 16) >> static_cast<unsigned>(signal - 1)) & 1U) != 0;
+            }
+        }
+        return false;
+    }
+
 private:
     [[noreturn]] void ask(int answer) const
     {
+        // As a terminal's user has them, even where this process runs in the background.
+        for (const int signal : {SIGINT, SIGQUIT, SIGHUP, SIGTERM, SIGTSTP}) {
+            static_cast<void>(std::signal(signal, SIG_DFL));
+        }
         // login_tty takes the standard streams, too.
         login_tty(m_terminal);
         std::string text;
@@ -148,6 +175,38 @@ TEST(Prompt, RefusesATooLongLineAndRestoresTheTerminal)
     EXPECT_EQ(prompt.ended(), 0);
     EXPECT_EQ(prompt.shownRest(), "");
     EXPECT_TRUE(prompt.echoes());
+}
+
+TEST(Prompt, TakesNothingThatWasTypedBeforeTheQuestion)
+{
+    const Prompt prompt("typed ahead\n");
+    prompt.shownUpTo(kQuestion);
+    prompt.type("top secret\n");
+    EXPECT_EQ(prompt.answer(), "top secret");
+    EXPECT_EQ(prompt.ended(), 0);
+}
+
+TEST(Prompt, LeavesNothingOfATooLongLineForTheShell)
+{
+    const Prompt prompt;
+    prompt.shownUpTo(kQuestion);
+    prompt.type(std::string(2 * kLongestPassword, 'x') + "\n");
+    EXPECT_EQ(prompt.answer(), "The password must not be longer than 1023 bytes.");
+    EXPECT_EQ(prompt.ended(), 0);
+    EXPECT_EQ(prompt.unread(), 0);
+}
+
+// A stop would leave the shell with a terminal that shows nothing.
+TEST(Prompt, PutsOffWhatWouldStopOrEndIt)
+{
+    const Prompt prompt;
+    prompt.shownUpTo(kQuestion);
+    for (const int signal : {SIGTSTP, SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+        EXPECT_TRUE(prompt.putsOff(signal)) << signal;
+    }
+    EXPECT_FALSE(prompt.putsOff(SIGUSR1));
+    prompt.type("\n");
+    EXPECT_EQ(prompt.ended(), 0);
 }
 
 TEST(Prompt, RestoresTheTerminalBeforeASignalEndsTheProcess)

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 using namespace std::string_literals;
 
 namespace {
@@ -33,6 +35,38 @@ std::string refusalOf(const Arguments& arguments)
     }
     return "taken";
 }
+
+std::string refusalOf(Operation operation, const std::string& local)
+{
+    Arguments arguments = argumentsFor(operation);
+    arguments.local = local;
+    return refusalOf(arguments);
+}
+
+/// Files that are none, in a folder of their own.
+class OddFiles
+{
+public:
+    OddFiles()
+    {
+        EXPECT_NE(mkdtemp(m_folder), nullptr);
+        EXPECT_EQ(mkfifo(pipe().c_str(), 0600), 0);
+        EXPECT_EQ(mknod(socket().c_str(), S_IFSOCK | 0600, 0), 0);
+        EXPECT_EQ(symlink("/dev/stdout", linkToOutput().c_str()), 0);
+        EXPECT_EQ(symlink("regular", link().c_str()), 0);
+    }
+    ~OddFiles() { std::filesystem::remove_all(m_folder); }
+    OddFiles(const OddFiles&) = delete;
+    OddFiles& operator=(const OddFiles&) = delete;
+
+    std::string pipe() const { return std::string(m_folder) + "/pipe"; }
+    std::string socket() const { return std::string(m_folder) + "/socket"; }
+    std::string linkToOutput() const { return std::string(m_folder) + "/output"; }
+    std::string link() const { return std::string(m_folder) + "/link"; }
+
+private:
+    char m_folder[32] = "/tmp/sftpclient-odd-XXXXXX";
+};
 
 } // namespace
 
@@ -78,10 +112,14 @@ TEST(RequestOf, RefusesACertificateThatItCannotRead)
 {
     Arguments arguments = argumentsFor(Operation::Get);
     const TextFile empty("");
-    for (const std::string& path : {"/nowhere/ca.pem"s, "/"s, empty.path()}) {
-        arguments.ca = path;
-        EXPECT_EQ(refusalOf(arguments),
-                  "The CA certificate " + path + " cannot be read or is empty: name a PEM or DER file.");
+    const std::vector<std::pair<std::string, std::string>> reasons{{"/nowhere/ca.pem", "No such file or directory"},
+                                                                   {"/", "Is a directory"},
+                                                                   {empty.path(), "it is empty"},
+                                                                   {"/dev/zero", "it is larger than 1024 KiB"}};
+    for (const auto& reason : reasons) {
+        arguments.ca = reason.first;
+        EXPECT_EQ(refusalOf(arguments), "The CA certificate " + reason.first + " cannot be read (" + reason.second +
+                                            "): name a PEM or DER file.");
     }
 }
 
@@ -140,26 +178,47 @@ TEST(RequestOf, NamesTheRemoteFileAsTheLocalOne)
 
 TEST(RequestOf, RefusesALocalFileThatTheLibraryCouldNotOpen)
 {
-    Arguments arguments = argumentsFor(Operation::Put);
-    arguments.local = "/nowhere/local";
-    EXPECT_EQ(refusalOf(arguments),
+    EXPECT_EQ(refusalOf(Operation::Put, "/nowhere/local"),
               "The file /nowhere/local cannot be read (No such file or directory): name one that can be.");
-    for (const Operation operation : {Operation::Put, Operation::Get, Operation::List}) {
-        arguments = argumentsFor(operation);
-        arguments.local = "/";
-        EXPECT_EQ(refusalOf(arguments), "/ is a directory: name the file itself.");
-        arguments.local = "/dev/null/local";
-        EXPECT_EQ(refusalOf(arguments), std::string("The file /dev/null/local cannot be ") +
-                                            (operation == Operation::Put ? "read" : "written") +
-                                            " (Not a directory): name one that can be.");
-    }
+    EXPECT_EQ(refusalOf(Operation::Put, "/dev/null/local"),
+              "The file /dev/null/local cannot be read (Not a directory): name one that can be.");
     for (const Operation operation : {Operation::Get, Operation::List}) {
-        arguments = argumentsFor(operation);
-        arguments.local = "/nowhere/local";
-        EXPECT_EQ(refusalOf(arguments),
+        EXPECT_EQ(refusalOf(operation, "/dev/null/local"),
+                  "The file /dev/null/local cannot be written (Not a directory): name one that can be.");
+        EXPECT_EQ(refusalOf(operation, "/nowhere/local"),
                   "The file /nowhere/local cannot be written (No such file or directory): name one that can be.");
-        arguments.local = "/dev/full";
-        EXPECT_EQ(refusalOf(arguments), "taken");
+    }
+}
+
+TEST(RequestOf, RefusesToSendWhatIsNoRegularFile)
+{
+    const OddFiles odd;
+    const std::string remedy = ": put sends regular files alone; write the contents into one first.";
+    EXPECT_EQ(refusalOf(Operation::Put, "/"), "/ is a directory" + remedy);
+    EXPECT_EQ(refusalOf(Operation::Put, "/dev/null"), "/dev/null is a device" + remedy);
+    EXPECT_EQ(refusalOf(Operation::Put, odd.pipe()), odd.pipe() + " is a pipe" + remedy);
+    EXPECT_EQ(refusalOf(Operation::Put, odd.socket()), odd.socket() + " is a socket" + remedy);
+    EXPECT_EQ(refusalOf(Operation::Put, "/proc/self/status"),
+              "/proc/self/status does not tell its size: copy it into a regular file first.");
+    EXPECT_EQ(refusalOf(Operation::Put, TextFile("").path()), "taken");
+}
+
+TEST(RequestOf, RefusesToWriteWhatIsNoRegularFile)
+{
+    const OddFiles odd;
+    const std::string ofGet = ": name a regular file.";
+    const std::string ofList = ": name a regular file, or leave it out for the names on standard output.";
+    for (const auto& each : {std::make_pair(Operation::Get, ofGet), std::make_pair(Operation::List, ofList)}) {
+        EXPECT_EQ(refusalOf(each.first, "/"), "/ is a directory" + each.second);
+        EXPECT_EQ(refusalOf(each.first, "/dev/full"), "/dev/full is a device" + each.second);
+        EXPECT_EQ(refusalOf(each.first, odd.pipe()), odd.pipe() + " is a pipe" + each.second);
+        for (const std::string file : {"/dev/stdout", "/dev/fd/1", "/proc/self/fd/1", "/dev/stderr", "/dev/fd/2"}) {
+            EXPECT_EQ(refusalOf(each.first, file), file + " is an open file of the command itself" + each.second);
+        }
+        EXPECT_EQ(refusalOf(each.first, odd.linkToOutput()),
+                  odd.linkToOutput() + " is an open file of the command itself" + each.second);
+        EXPECT_EQ(refusalOf(each.first, "/dev/null"), "taken");
+        EXPECT_EQ(refusalOf(each.first, odd.link()), "taken");
     }
 }
 
@@ -170,6 +229,6 @@ TEST(RequestOf, RefusesALastNameThatIsADirectoryHere)
     Arguments arguments = argumentsFor(Operation::Get);
     arguments.local = "";
     arguments.url = "ftps://host/" + folder;
-    EXPECT_EQ(refusalOf(arguments), folder + " is a directory: name the file itself.");
+    EXPECT_EQ(refusalOf(arguments), folder + " is a directory: name a regular file.");
     EXPECT_EQ(rmdir(folder.c_str()), 0);
 }

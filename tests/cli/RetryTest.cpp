@@ -20,7 +20,9 @@ TEST_F(Served, TriesAgainUntilTheFaultHasPassed)
     EXPECT_NE(result.err.find("\nls: 56 Failure when receiving data from the peer; trying again in 0 s\n"),
               std::string::npos)
         << result.err;
-    EXPECT_NE(result.err.find("\nls: 28 Timeout was reached; trying again in 0 s\n"), std::string::npos);
+    EXPECT_NE(
+        result.err.find("\nls: 28 Timeout was reached (the server's last reply: 421 busy); trying again in 0 s\n"),
+        std::string::npos);
     EXPECT_EQ(sessions().size(), 3U);
 }
 
@@ -38,6 +40,31 @@ TEST_F(Served, TriesAgainAfterAFaultOfTheSizeCheck)
     serve({"1/GREETING=drop"});
     EXPECT_EQ(run({"get", url("/file"), "--retry", "1", kNoDelay}).status, 0);
     EXPECT_EQ(sessions().size(), 3U);
+}
+
+TEST_F(Served, SendsAgainWhatArrivedInPart)
+{
+    writeFile(local("file"), "contents");
+    serve({"2/SIZE=reply:213 5"});
+    const CommandResult result = run({"put", "file", url(), "--retry", "5", kNoDelay, "--json"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(result.err.find("put: 18 the server has 5 bytes of the 8 that were sent: "), std::string::npos);
+    EXPECT_NE(result.out.find("\"attempts\":2,\"sizeChecked\":true"), std::string::npos) << result.out;
+    EXPECT_EQ(sessions().size(), 4U);
+}
+
+TEST_F(Served, SendsAgainWhatCouldNotBeChecked)
+{
+    writeFile(local("file"), "contents");
+    serve({"2/SIZE=drop"});
+    const CommandResult result = run({"put", "file", url(), "--retry", "5", kNoDelay});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(
+        result.err.find("put: 56 all was sent, but the check of its size on the server failed: Failure when "
+                        "receiving data from the peer (the server's last reply: 200 type set); trying again in 0 s\n"),
+        std::string::npos)
+        << result.err;
+    EXPECT_EQ(sessions().size(), 4U);
 }
 
 TEST_F(Served, DoesNotRepeatARefusal)

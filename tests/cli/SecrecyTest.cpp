@@ -4,10 +4,35 @@
 
 #include <PercentCode.h>
 
+#include <openssl/evp.h>
+
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 namespace {
+
+// A percent-encoded text with small letters in its codes.
+std::string lowerCased(std::string text)
+{
+    for (std::string::size_type i = 0; i + 2 < text.size(); ++i) {
+        if (text[i] == '%') {
+            text[i + 1] = static_cast<char>(std::tolower(text[i + 1]));
+            text[i + 2] = static_cast<char>(std::tolower(text[i + 2]));
+        }
+    }
+    return text;
+}
+
+std::string base64(const std::string& text)
+{
+    std::string encoded(4 * (text.size() / 3 + 1) + 1, '\0');
+    const int size =
+        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(encoded.data()),
+                        reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+    encoded.resize(static_cast<std::size_t>(size));
+    return encoded.substr(0, encoded.find('='));
+}
 
 class Secrecy : public Served
 {
@@ -42,17 +67,7 @@ protected:
     }
 
 private:
-    std::string lowerCaseEncoded() const
-    {
-        std::string text = percentEncoded(config.password);
-        for (std::string::size_type i = 0; i + 2 < text.size(); ++i) {
-            if (text[i] == '%') {
-                text[i + 1] = static_cast<char>(std::tolower(text[i + 1]));
-                text[i + 2] = static_cast<char>(std::tolower(text[i + 2]));
-            }
-        }
-        return text;
-    }
+    std::string lowerCaseEncoded() const { return lowerCased(percentEncoded(config.password)); }
 };
 
 } // namespace
@@ -96,6 +111,30 @@ TEST_F(Secrecy, HoldsAtATerminalWithoutATrace)
         TerminalCommand command(withCa(form), environment(), local(""));
         command.wait();
         expectNoPassword(command.shown(), "the terminal of " + form[0]);
+    }
+}
+
+// Whatever the password is, and in whatever form the server repeats it; a reply's code stays what it is.
+TEST_F(Secrecy, HoldsForEveryFormInAReply)
+{
+    const std::string user = "backup";
+    for (const std::string password :
+         {"220", "550", "2", "0", "CWD", "p@ss w%rd/7", "a \"b", "\xc3\xa4\xe2\x82\xac", "%5b"}) {
+        config.password = password;
+        std::string escaped;
+        std::string forms = "[" + percentEncoded(password) + "][" + lowerCased(percentEncoded(password)) + "][";
+        for (const char each : password) {
+            // The fault's own backslashes are doubled.
+            escaped += "\\\\" + std::string(1, each);
+        }
+        forms += escaped + "][" + base64(user + ":" + password) + "][" + password + "]";
+        serve({"CWD=reply:550-" + forms + "\\r\\n550 " + forms});
+        const CommandResult result = run({"ls", url("/d/"), "--json", "--trace", "--quiet"});
+        const std::string hidden = "[****][****][****][****][****]";
+        EXPECT_EQ(lastLine(result.err), "ls: 78 Access denied to remote resource (the server's last reply: 550 " +
+                                            hidden + " " + hidden + ")");
+        EXPECT_NE(result.err.find("\n< 550-" + hidden + "\n< 550 " + hidden + "\n"), std::string::npos) << result.err;
+        EXPECT_NE(result.out.find("\"reply\":\"550 " + hidden + " " + hidden + "\""), std::string::npos) << result.out;
     }
 }
 

@@ -76,7 +76,7 @@ TEST_F(Served, ExitsWithTheResult)
     EXPECT_EQ(run({"ls", url("/missing/")}).status, 78);
     const CommandResult refused = run({"test", url()}, {{"SFTPCLIENT_PASSWORD", "wrong"}});
     EXPECT_EQ(refused.status, 67);
-    EXPECT_EQ(lastLine(refused.err), "test: 67 Login denied");
+    EXPECT_EQ(lastLine(refused.err), "test: 67 Login denied (the server's last reply: 530 login incorrect)");
     EXPECT_NE(refused.err.find("\nhint: check user and password; "), std::string::npos) << refused.err;
     EXPECT_EQ(runCommand({"ls", url(), "--ca", "none"}, environment()).status, 77);
 }

@@ -38,8 +38,11 @@ TEST(OpenStandardDescriptorsDeathTest, FillsTheGaps)
             close(STDOUT_FILENO);
             openStandardDescriptors();
             const int next = dup(STDERR_FILENO);
-            const bool filled = write(STDOUT_FILENO, "x", 1) == 1 && next > STDERR_FILENO;
-            _exit(filled ? 0 : 1);
+            char byte = 'x';
+            const bool filled = read(STDIN_FILENO, &byte, 1) == 0 && next > STDERR_FILENO;
+            // As if it were still closed: what is written there is not to be lost in silence.
+            const bool refuses = write(STDOUT_FILENO, &byte, 1) == -1;
+            _exit(filled && refuses ? 0 : 1);
         },
         testing::ExitedWithCode(0), "^$");
 }

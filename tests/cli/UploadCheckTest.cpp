@@ -46,9 +46,18 @@ TEST_F(UploadCheck, SaysWhereItCannotBeMade)
     const CommandResult result = put({"SIZE=reply:550 no"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, std::string("put: the size on the server was not checked: asking for it failed: Remote file "
-                                      "not found\n") +
+                                      "not found (the server's last reply: 550 no)\n") +
                               kDone);
-    EXPECT_EQ(put({"2/GREETING=drop"}).status, 0);
+}
+
+TEST_F(UploadCheck, FailsWhereTheServerIsGone)
+{
+    const CommandResult result = put({"2/GREETING=drop"}, {"--json"});
+    EXPECT_EQ(result.status, 56);
+    EXPECT_EQ(result.err,
+              "put: 56 all was sent, but the check of its size on the server failed: Failure when receiving "
+              "data from the peer\n");
+    EXPECT_NE(result.out.find("\"sizeChecked\":false"), std::string::npos) << result.out;
 }
 
 TEST_F(UploadCheck, IsLeftOutWhenToldSo)
@@ -83,5 +92,5 @@ TEST(CanCompareSize, KnowsWhatCannotBeCompared)
     EXPECT_TRUE(canCompareSize("ftp://host/x;type=i"));
     EXPECT_FALSE(canCompareSize("ftp://host/x;type=a"));
     EXPECT_FALSE(canCompareSize("ftp://host/x;type=A"));
-    EXPECT_FALSE(canCompareSize("sftp://host/x"));
+    EXPECT_TRUE(canCompareSize("sftp://host/x"));
 }

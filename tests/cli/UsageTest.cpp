@@ -69,9 +69,10 @@ TEST(Usage, RefusesAPortOutOfRange)
 
 TEST(Usage, RefusesFilesThatAreNotThere)
 {
-    expectRefusal({"test", "ftp://me@host/", "--ca", "none", "--config", "/nowhere"},
-                  "The configuration file /nowhere cannot be used (cannot open file): correct it, or name another "
-                  "with --config.");
+    expectRefusal(
+        {"test", "ftp://me@host/", "--ca", "none", "--config", "/nowhere"},
+        "The configuration file /nowhere cannot be used (No such file or directory): correct it, or name another "
+        "with --config.");
     expectRefusal({"test", "ftp://me@host/", "--ca", "none", "--password-file", "/nowhere"},
                   "The password file /nowhere cannot be read (No such file or directory): name one that can be.");
     expectRefusal({"put", "/nowhere/local", "ftp://me@host/x"},

@@ -2,6 +2,7 @@
 
 #include <ISFtpClient.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace {

@@ -2,7 +2,9 @@
 
 #include "transfer/CurlSFtpClient.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <vector>
 
 namespace {
 
@@ -45,6 +47,16 @@ TEST_F(ConnectionTestContract, FailureGivesLibcurlsCodeUnchanged)
         scripted::curl().made = 0;
         performGives(static_cast<CURLcode>(code));
         EXPECT_EQ(performed(code), test(code));
+    }
+}
+
+TEST_F(ConnectionTestContract, OpensslsErrorsAreLeftWhereTheyAre)
+{
+    for (const CURLcode code : {CURLE_OK, CURLE_PEER_FAILED_VERIFICATION, CURLE_SSL_CACERT_BADFILE}) {
+        const unsigned long hosts = recorded::leaveHostsError();
+        performGives(code);
+        test(code);
+        EXPECT_EQ(std::vector<unsigned long>{hosts}, recorded::takeErrors());
     }
 }
 

@@ -2,6 +2,9 @@
 
 #include <SFtpClient.h>
 
+#include <openssl/err.h>
+
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 
@@ -108,6 +111,28 @@ TEST_F(FacadeContract, TheListingWaitsNinetySeconds)
     SFtpClient facade;
     const Lines lines = run(facade, kOperations[0], 0);
     EXPECT_NE(lines.end(), std::find(lines.begin(), lines.end(), "1 FTP_RESPONSE_TIMEOUT = 90"));
+}
+
+// A failed handshake leaves its errors in the queue of the thread, for the host to read and clear.
+TEST_F(FacadeContract, NoOperationClearsOpensslsErrors)
+{
+    SFtpClient facade;
+    std::size_t performed = 0;
+    for (const Operation& operation : kOperations) {
+        for (const CURLcode code : {CURLE_OK, CURLE_PEER_FAILED_VERIFICATION, CURLE_SSL_CACERT_BADFILE}) {
+            for (const bool checkFails : {false, true}) {
+                const unsigned long hosts = recorded::leaveHostsError();
+                performed = 0;
+                scripted::curl().perform = [&](scripted::Handle&) {
+                    ERR_raise(ERR_LIB_USER, ERR_R_FATAL);
+                    ++performed;
+                    return operation.checksSize && performed == 1 && !checkFails ? CURLE_OK : code;
+                };
+                (facade.*operation.call)(request, errorText);
+                EXPECT_EQ(std::vector<unsigned long>(1 + performed, hosts), recorded::takeErrors()) << operation.name;
+            }
+        }
+    }
 }
 
 TEST_F(FacadeContract, WithoutALibcurlTextTheErrorTextSaysUnknown)

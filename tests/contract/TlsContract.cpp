@@ -10,8 +10,13 @@
 #include <openssl/x509.h>
 
 #include <memory>
+#include <vector>
 
 namespace {
+
+using Errors = std::vector<unsigned long>;
+
+const unsigned long kNoPem = ERR_PACK(ERR_LIB_PEM, 0, PEM_R_NO_START_LINE);
 
 template <typename Type, void (*Release)(Type*)>
 struct Releaser
@@ -182,14 +187,41 @@ TEST_F(TlsContract, TextBeforeTheCertificateIsPassedOver)
 
 TEST_F(TlsContract, OpensslsErrorsAreLeftWhereTheyAre)
 {
-    ERR_clear_error();
-    ERR_raise(ERR_LIB_USER, ERR_R_FATAL);
-    const unsigned long raised = ERR_peek_error();
+    const unsigned long hosts = recorded::leaveHostsError();
     hook(pemOf(first.get()), CURLE_OK);
+    EXPECT_EQ(Errors{hosts}, recorded::takeErrors());
+    recorded::leaveHostsError();
     hook(derOf(first.get()), CURLE_OK);
-    EXPECT_EQ(raised, ERR_peek_error());
-    EXPECT_NE(raised, ERR_peek_last_error()) << "the attempt to read DER as PEM has left its own";
-    ERR_clear_error();
+    EXPECT_EQ(Errors({hosts, kNoPem}), recorded::takeErrors()) << "the attempt to read DER as PEM leaves its own";
+}
+
+// Hosts clear the queue after a failed call, and some read it first.
+TEST_F(TlsContract, OpensslsErrorsAreLeftByAHookThatFails)
+{
+    const std::string pem = pemOf(first.get());
+    const unsigned long hosts = recorded::leaveHostsError();
+    hook("", CURLE_SSL_CACERT_BADFILE);
+    EXPECT_EQ(Errors({hosts, kNoPem}), recorded::takeErrors());
+    for (const char* text : {"none", "no certificate"}) {
+        recorded::leaveHostsError();
+        hook(text, CURLE_SSL_CACERT_BADFILE);
+        const Errors left = recorded::takeErrors();
+        ASSERT_LE(3U, left.size());
+        EXPECT_EQ(Errors({hosts, kNoPem}), Errors(left.begin(), left.begin() + 2));
+        EXPECT_EQ(ERR_LIB_ASN1, ERR_GET_LIB(left.back()));
+    }
+    for (const char* fails : {"BIO_new_mem_buf 1", "BIO_new_mem_buf 2"}) {
+        recorded::leaveHostsError();
+        recorded::openSsl().fails = fails;
+        hook(pem, CURLE_SSL_CACERT_BADFILE);
+        EXPECT_EQ(Errors{hosts}, recorded::takeErrors()) << fails;
+    }
+    for (const char* fails : {"SSL_CTX_get_cert_store", "X509_STORE_add_cert"}) {
+        recorded::leaveHostsError();
+        recorded::openSsl().fails = fails;
+        hook(pem, CURLE_FAILED_INIT);
+        EXPECT_EQ(Errors{hosts}, recorded::takeErrors()) << fails;
+    }
 }
 
 TEST_F(TlsContract, AnythingElseIsRefused)
@@ -295,12 +327,14 @@ TEST_F(TlsContract, ARefusedCertificateIsReleased)
 TEST_F(TlsContract, NoExceptionLeavesTheHook)
 {
     const std::string text = pemOf(first.get());
+    const unsigned long hosts = recorded::leaveHostsError();
     const Lines lines = journalOf([&] {
         memory::failAllocation(1);
         EXPECT_EQ(CURLE_FAILED_INIT,
                   sftp_sslCtx_function(nullptr, context.get(), const_cast<void*>(static_cast<const void*>(&text))));
     });
     EXPECT_EQ(Lines{}, lines);
+    EXPECT_EQ(Errors{hosts}, recorded::takeErrors());
 }
 
 TEST_F(TlsContract, SetCertKeepsTheTextForTheSecurityService)

@@ -45,7 +45,22 @@ TEST_F(HostileServer, ControlBytesAreEscaped)
     const doctor::Report report = examine(question);
     EXPECT_FALSE(holdsControlByte(tableOf(report))) << tableOf(report);
     EXPECT_NE(std::string::npos, tableOf(report).find("220 \\x1b[2J\\x07"));
-    EXPECT_FALSE(holdsControlByte(jsonOf(report).dump()));
+    const nlohmann::json findings = jsonOf(report)["findings"];
+    const auto greeting =
+        std::find_if(findings.begin(), findings.end(), [](const auto& each) { return each["probe"] == "greeting"; });
+    ASSERT_NE(findings.end(), greeting);
+    EXPECT_EQ(std::string("220 \x1b[2J\x07\xef\xbf\xbd\0 hi", 16), (*greeting)["seen"]);
+}
+
+TEST_F(HostileServer, NamesInCertificatesAreEscapedOnce)
+{
+    testserver::CertificateOptions options;
+    options.commonName = "a\x1b[2J";
+    config.certificate = authority.issue(options);
+    serveAndAsk();
+    const doctor::Report report = examine(question);
+    EXPECT_EQ("CN = a\x1b[2J", jsonOf(report)["certificates"][0]["subject"]);
+    EXPECT_NE(std::string::npos, tableOf(report).find("CN = a\\x1b[2J, issued by")) << tableOf(report);
 }
 
 TEST_F(HostileServer, ASilentGreetingIsWaitedForOnce)
@@ -141,6 +156,46 @@ TEST_F(HostileServer, AnEndlessGreetingEnds)
     const doctor::Report report = examine(question);
     EXPECT_EQ("FFFFFF", outlooksOf(predict(report)));
     EXPECT_LT(tableOf(report).size(), 50000U);
+}
+
+TEST_F(HostileServer, AGreetingOfEndlessLinesEndsBeforeTheTimeDoes)
+{
+    misbehave("GREETING=endless:220-hello");
+    serveAndAsk();
+    EXPECT_EQ(doctor::Ending::Garbled, examine(question).contact.greeting.ending);
+}
+
+TEST_F(HostileServer, ALineOfAnyLengthIsKeptTo4096Bytes)
+{
+    misbehave("GREETING=pad:4096");
+    serveAndAsk();
+    const doctor::Reply greeting = examine(question).contact.greeting;
+    EXPECT_EQ(doctor::Ending::Garbled, greeting.ending);
+    EXPECT_EQ(4096U, greeting.text.raw().size());
+}
+
+TEST_F(HostileServer, ALineOf4095BytesIsTakenWhole)
+{
+    misbehave("GREETING=pad:4094");
+    serveAndAsk();
+    const doctor::Reply greeting = examine(question).contact.greeting;
+    EXPECT_EQ(doctor::Ending::Complete, greeting.ending);
+    EXPECT_EQ(4090U, greeting.text.raw().size());
+}
+
+TEST_F(HostileServer, OfALongListingOneMebibyteIsKept)
+{
+    constexpr std::size_t kLine = 200;
+    constexpr std::size_t kLines = 6000;
+    for (std::size_t i = 0; i < kLines; ++i) {
+        writeFile(served(std::to_string(10000 + i) + std::string(kLine - 6, 'a')), "");
+    }
+    serveAndAsk();
+    const doctor::Report report = examine(question);
+    EXPECT_TRUE(report.listing.names.isCut());
+    EXPECT_EQ((std::size_t{1} << 20) / kLine + 1, report.listing.names.lines());
+    EXPECT_NE(std::string::npos, tableOf(report).find("listing of names   ok    more than 5243 lines\n"))
+        << tableOf(report);
 }
 
 TEST_F(HostileServer, AReplyOfManyBytesIsTakenWhole)

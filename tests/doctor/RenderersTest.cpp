@@ -59,12 +59,54 @@ TEST(Json, TellsEachOperation)
     EXPECT_TRUE(json["operations"][2]["code"].is_null());
 }
 
-TEST(Json, WritesBytesThatAreNoUtf8AsNumbers)
+constexpr char kHostile[] = R"(C:\dir "x")"
+                            " \x1b[2J \xc2\x9b \x7f \xff \xc3\xa4";
+constexpr char kHostileReadBack[] = R"(C:\dir "x")"
+                                    " \x1b[2J \xc2\x9b \x7f \xef\xbf\xbd \xc3\xa4";
+
+doctor::Report hostileReport()
+{
+    const doctor::ServerText text(kHostile, PasswordMask("", ""));
+    doctor::Report report;
+    report.contact.addresses = {"192.0.2.1"};
+    report.contact.greeting = {doctor::Ending::Complete, 220, text};
+    report.tls.chain.push_back({text, text, text, "", ""});
+    return report;
+}
+
+TEST(Json, EscapesWhatAServerSaysOnce)
 {
     std::ostringstream stream;
-    doctor::renderJson({}, {{"upload", Outlook::Fails, 67, "a\xff\x1b", ""}}, stream);
+    doctor::renderJson(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile}}, stream);
     const auto json = nlohmann::json::parse(stream.str());
-    EXPECT_EQ("a\\xff\\x1b", json["operations"][0]["reason"]);
+    EXPECT_EQ(kHostileReadBack, json["operations"][0]["reason"]);
+    EXPECT_EQ(kHostileReadBack, json["operations"][0]["remedy"]);
+    EXPECT_EQ("greeting", json["findings"][3]["probe"]);
+    EXPECT_EQ(std::string("220 ") + kHostileReadBack, json["findings"][3]["seen"]);
+    for (const char* const key : {"subject", "issuer", "serial"}) {
+        EXPECT_EQ(kHostileReadBack, json["certificates"][0][key]) << key;
+    }
+}
+
+TEST(Json, HoldsNothingThatATerminalObeys)
+{
+    std::ostringstream stream;
+    doctor::renderJson(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile}}, stream);
+    for (const char character : stream.str()) {
+        EXPECT_TRUE(character == '\n' || (character >= ' ' && character <= '~')) << static_cast<int>(character);
+    }
+}
+
+TEST(Table, EscapesWhatAServerSaysOnce)
+{
+    std::ostringstream stream;
+    doctor::renderTable(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile}}, false, stream);
+    constexpr char kEscaped[] = R"(C:\\dir "x" \x1b[2J \xc2\x9b \x7f \xff )"
+                                "\xc3\xa4\n";
+    for (const char* const row :
+         {"  greeting           ok    220 ", "  upload    will fail with 67  ", "  upload:\n    "}) {
+        EXPECT_NE(std::string::npos, stream.str().find(std::string(row) + kEscaped)) << row << stream.str();
+    }
 }
 
 } // namespace

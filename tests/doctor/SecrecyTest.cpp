@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <sstream>
+#include <string_view>
+#include <type_traits>
 
 namespace {
 
@@ -103,32 +105,69 @@ TEST_F(SecrecyOf, TheCountOfWrongPasswords)
     EXPECT_EQ(1U, logins) << "a user can be locked out";
 }
 
-TEST(SecretTest, IsHiddenWhereverItStands)
+TEST(ServerTextTest, IsParsedAsItCameAndShownWithoutThePassword)
 {
-    const std::string password = "ab";
-    EXPECT_EQ("**** c ****", doctor::Secret(password).hiddenIn("ab c ab"));
-    const std::string none;
-    EXPECT_EQ("ab", doctor::Secret(none).hiddenIn("ab"));
-    const std::string stars = "**";
-    EXPECT_EQ("********", doctor::Secret(stars).hiddenIn("****"));
+    const doctor::ServerText text("ab c a%62", PasswordMask("me", "ab"));
+    EXPECT_EQ("ab c a%62", text.raw());
+    EXPECT_EQ("**** c ****", text.shown());
+    static_assert(!std::is_convertible_v<doctor::ServerText, std::string>, "neither form is taken by accident");
+    static_assert(!std::is_convertible_v<doctor::ServerText, std::string_view>);
+}
+
+TEST(ReplyTest, ShowsItsCodeWhateverThePasswordIs)
+{
+    const auto shown = [](const std::string& line, const std::string& password) {
+        const doctor::Reply reply = doctor::replyOf(line, PasswordMask("me", password));
+        EXPECT_EQ(220, reply.code) << password;
+        return reply.shown();
+    };
+    EXPECT_EQ("220 ready 22", shown("220 ready 22", "secret"));
+    EXPECT_EQ("220 ready 22", shown("220 ready 22", "220"));
+    EXPECT_EQ("220 ready ********", shown("220 ready 22", "2"));
+    EXPECT_EQ("220", shown("220 ready 22", "220 ready")) << "which begins in the code";
+    EXPECT_EQ("220", shown("220 ready 22", "0 r"));
+    EXPECT_EQ("220", shown("220", "2"));
+    EXPECT_EQ("220", shown("220 ", "2"));
 }
 
 TEST(DialogueTest, KeepsOfPassOnlyTheWord)
 {
-    const std::string password = "secret";
-    const doctor::Secret secret(password);
-    doctor::Dialogue dialogue(secret);
+    const PasswordMask mask("me", "secret");
+    doctor::Dialogue dialogue(mask);
     dialogue.addReply("220-hello\r\n220 re");
     dialogue.addReply("ady\r\n");
     dialogue.addCommand("PASS secret\r\n");
     dialogue.addReply("230-some\r\n lines\r\n230 in, secret\r\n");
     dialogue.addCommand("QUIT\r\n");
     ASSERT_EQ(3U, dialogue.exchanges().size());
-    EXPECT_EQ("220 ready", dialogue.exchanges()[0].reply.text);
+    EXPECT_EQ("220 ready", dialogue.exchanges()[0].reply.shown());
     EXPECT_EQ("PASS", dialogue.exchanges()[1].command);
     EXPECT_EQ(230, dialogue.exchanges()[1].reply.code);
-    EXPECT_EQ("230 in, ****", dialogue.exchanges()[1].reply.text);
+    EXPECT_EQ("230 in, ****", dialogue.exchanges()[1].reply.shown());
     EXPECT_EQ(doctor::Ending::NotTried, dialogue.exchanges()[2].reply.ending);
+}
+
+TEST(DialogueTest, KeepsOfALongLineItsBeginning)
+{
+    const PasswordMask mask("me", "secret");
+    doctor::Dialogue dialogue(mask);
+    dialogue.addReply("220 " + std::string(5000, '.'));
+    dialogue.addReply("530 the same line\r\n");
+    const doctor::Reply& reply = dialogue.exchanges()[0].reply;
+    EXPECT_EQ(220, reply.code);
+    EXPECT_EQ(std::string(4092, '.'), reply.text.raw());
+}
+
+TEST(DialogueTest, FindsACommandThatIsAlsoThePassword)
+{
+    const PasswordMask mask("me", "USER");
+    doctor::Dialogue dialogue(mask);
+    dialogue.addCommand("USER me\r\n");
+    dialogue.addReply("331 USER\r\n");
+    doctor::Visit visit;
+    visit.dialogue = dialogue.exchanges();
+    ASSERT_NE(nullptr, visit.replyTo("USER"));
+    EXPECT_EQ("331 ****", visit.replyTo("USER")->shown());
 }
 
 } // namespace

@@ -16,18 +16,17 @@ using doctor::Scheme;
 using doctor::Verdict;
 using doctor::Visit;
 
-Reply reply(int code, const std::string& text = "text")
-{
-    return {Ending::Complete, code, std::to_string(code) + " " + text};
-}
+doctor::ServerText said(const std::string& text) { return {text, PasswordMask("", "")}; }
+
+Reply reply(int code, const std::string& text = "text") { return {Ending::Complete, code, said(text)}; }
 
 Visit visitWith(int code, const std::vector<Exchange>& dialogue)
 {
     Visit visit;
     visit.made = true;
     visit.code = code;
-    visit.error = "libcurl's words";
-    visit.entryPath = "/";
+    visit.error = said("libcurl's words");
+    visit.entryPath = said("/");
     visit.dialogue = dialogue;
     return visit;
 }
@@ -111,8 +110,8 @@ const std::vector<Change>& changes()
         {"UserAloneGoesOn", "??WWWW", {kNone, kNone, 0, 0, 0, 0}, fineWithUserAlone(reply(331))},
         {"UserAloneIs530", "FFWWWW", {-1, 67, 0, 0, 0, 0}, fineWithUserAlone(reply(530))},
         {"UserAloneIs421", "FFWWWW", {-1, 28, 0, 0, 0, 0}, fineWithUserAlone(reply(421))},
-        {"UserAloneIsDropped", "FFWWWW", {-1, 56, 0, 0, 0, 0}, fineWithUserAlone({Ending::Closed, 0, ""})},
-        {"UserAloneIsNotAnswered", "FFWWWW", {-1, 28, 0, 0, 0, 0}, fineWithUserAlone({Ending::Silent, 0, ""})},
+        {"UserAloneIsDropped", "FFWWWW", {-1, 56, 0, 0, 0, 0}, fineWithUserAlone({Ending::Closed, 0, {}})},
+        {"UserAloneIsNotAnswered", "FFWWWW", {-1, 28, 0, 0, 0, 0}, fineWithUserAlone({Ending::Silent, 0, {}})},
         {"UserAloneButNotTrusted",
          "FFFFFF",
          {-1, 67, 60, 60, 60, 60},
@@ -173,9 +172,11 @@ const std::vector<Change>& changes()
         {"DirectoryForNoCommand", "WW??WW", {0, 0, kNone, kNone, 0, 0}, changed([](Report& r) {
              r.commandDirectory.clear();
          })},
-        {"LoginLeadsElsewhere", "WWFFWW", {0, 0, 21, 21, 0, 0}, changed([](Report& r) { r.test.entryPath = "/home"; })},
+        {"LoginLeadsElsewhere", "WWFFWW", {0, 0, 21, 21, 0, 0}, changed([](Report& r) {
+             r.test.entryPath = said("/home");
+         })},
         {"LoginLeadsElsewhereButAbsolute", "WWWWWW", {0, 0, 0, 0, 0, 0}, changed([](Report& r) {
-             r.test.entryPath = "/home";
+             r.test.entryPath = said("/home");
              r.commandDirectory = "//home/weekly/";
          })},
         {"UnknownScheme", "FFFFFF", {-1, 1, 1, 1, 1, 1}, changed([](Report& r) {
@@ -249,6 +250,43 @@ TEST(VerdictsAfterARoundTrip, AreWhatItShowed)
     EXPECT_EQ(25, verdicts[1].code);
     EXPECT_NE("", verdicts[1].remedy);
     EXPECT_EQ("", verdicts[2].reason);
+}
+
+TEST(VerdictsAfterARoundTrip, CallNoStepGoodThatDidNotFinish)
+{
+    const std::pair<doctor::Step, std::size_t> steps[] = {{doctor::Step::Get, 0},
+                                                          {doctor::Step::Put, 1},
+                                                          {doctor::Step::Rename, 2},
+                                                          {doctor::Step::Remove, 3},
+                                                          {doctor::Step::List, 4}};
+    for (const auto& [step, place] : steps) {
+        Report report = fine();
+        report.roundTrip.emplace().unfinished = step;
+        report.roundTrip->failure = "did not finish within 60 seconds";
+        const std::vector<Verdict> verdicts = predict(report);
+        std::string expected = "WWWWWW";
+        expected[place] = '?';
+        EXPECT_EQ(expected, outlooksOf(verdicts));
+        EXPECT_EQ(std::nullopt, verdicts[place].code);
+        EXPECT_EQ("tried, and it did not finish within 60 seconds", verdicts[place].reason);
+        EXPECT_EQ("Try that operation alone, with --trace, and look at the server and at any firewall before it.",
+                  verdicts[place].remedy);
+        EXPECT_EQ(3, exitStatusOf(verdicts));
+    }
+}
+
+TEST(VerdictsAfterARoundTrip, KeepAFailureOfAStepThatDidNotFinish)
+{
+    Report report = fine();
+    answerVerbs(report, reply(500));
+    report.roundTrip.emplace().unfinished = doctor::Step::Rename;
+    report.roundTrip->failure = "did not finish within 60 seconds";
+    const Verdict rename = predict(report)[2];
+    EXPECT_EQ(Outlook::Fails, rename.outlook);
+    EXPECT_EQ(21, rename.code);
+    EXPECT_EQ(
+        "tried, and it did not finish within 60 seconds; the server does not know the command \"rename\" (500 text)",
+        rename.reason);
 }
 
 TEST(VerdictsAfterARoundTrip, KeepAReasonThatWasPredicted)

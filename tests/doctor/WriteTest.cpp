@@ -22,26 +22,51 @@ protected:
         return {target, "--user", config.user, "--ca", local("ca.pem"), "--clear-login", "--write", "--json"};
     }
 
+    /// Its temporary files would be in a folder of their own.
+    std::vector<std::string> variables()
+    {
+        std::filesystem::create_directory(local("tmp"));
+        return {"TMPDIR=" + local("tmp")};
+    }
+    bool nothingIsLeftHere() const { return std::filesystem::is_empty(local("tmp")); }
+
     /// Runs it and takes its report.
-    int write(const std::string& directory = "/")
+    int write(const std::string& directory = "/", const std::vector<std::string>& more = {})
     {
         serve();
-        DoctorProcess process(arguments(url(directory)), config.password);
+        std::vector<std::string> words = arguments(url(directory));
+        words.insert(words.end(), more.begin(), more.end());
+        DoctorProcess process(words, config.password, variables());
+        return report(process);
+    }
+
+    /// Takes its report. The exit status.
+    int report(DoctorProcess& process)
+    {
         const int status = process.wait();
         m_said = process.out() + process.err();
         m_report = nlohmann::json::parse(process.out());
+        EXPECT_TRUE(nothingIsLeftHere());
         return status;
+    }
+
+    nlohmann::json verdictOf(const std::string& operation) const
+    {
+        for (const auto& each : m_report["operations"]) {
+            if (each["operation"] == operation) {
+                return each;
+            }
+        }
+        throw std::runtime_error(operation + " is not told");
     }
 
     std::string outlookOf(const std::string& operation) const
     {
-        for (const auto& each : m_report["operations"]) {
-            if (each["operation"] == operation) {
-                return each["outlook"].get<std::string>() + " " + (each["code"].is_null() ? "" : each["code"].dump());
-            }
-        }
-        return "not told";
+        const nlohmann::json verdict = verdictOf(operation);
+        return verdict["outlook"].get<std::string>() + " " + (verdict["code"].is_null() ? "" : verdict["code"].dump());
     }
+
+    std::string reasonOf(const std::string& operation) const { return verdictOf(operation)["reason"]; }
 
     bool nothingIsLeft() const { return std::filesystem::is_empty(served("")); }
     /// What the report says of the round trip as a whole.
@@ -151,6 +176,19 @@ TEST_F(Write, NamesWhatCannotBeRemoved)
     EXPECT_TRUE(exists(served(left.substr(left.rfind('/'))))) << left;
 }
 
+TEST_F(Write, SaysSoWhenAListingIsTooLongToLookForTheFile)
+{
+    constexpr int kNames = 5000;
+    for (int i = 0; i < kNames; ++i) {
+        writeFile(served(std::to_string(kNames + i) + std::string(240, 'a')), "");
+    }
+    misbehave("rm=reply:550 read-only");
+    misbehave("DELE=reply:550 read-only");
+    EXPECT_EQ(1, write());
+    EXPECT_EQ(0U, leftBehind());
+    EXPECT_NE(std::string::npos, said().find("the server could not be asked; look, and remove it by hand")) << said();
+}
+
 TEST_F(Write, SaysSoWhenTheContentCameBackDifferent)
 {
     misbehave("RETR=delay:0");
@@ -160,17 +198,33 @@ TEST_F(Write, SaysSoWhenTheContentCameBackDifferent)
     EXPECT_EQ("fails 0", outlookOf("upload")) << said();
 }
 
-TEST_F(Write, GivesUpOnAServerThatHangs)
+struct Hang
 {
-    misbehave("RETR=stall");
-    serve();
-    std::vector<std::string> words = arguments(url("/"));
-    words.insert(words.end(), {"--timeout", "4"});
-    DoctorProcess process(words, config.password);
-    process.wait();
-    EXPECT_NE(std::string::npos, process.out().find("given up")) << process.out();
+    const char* command;
+    const char* operation;
+};
+
+void PrintTo(const Hang& hang, std::ostream* stream) { *stream << hang.command; }
+
+class WriteHanging : public Write, public testing::WithParamInterface<Hang>
+{
+};
+
+TEST_P(WriteHanging, GivesUpAndCallsTheStepNotGood)
+{
+    misbehave(std::string(GetParam().command) + "=stall");
+    EXPECT_EQ(3, write("/", {"--timeout", "4"})) << said();
+    const std::string operation = GetParam().operation;
+    EXPECT_EQ("unknown ", outlookOf(operation));
+    EXPECT_EQ("tried, and it did not finish within 12 seconds", reasonOf(operation));
+    EXPECT_EQ("fail: given up: the " + operation + " did not finish within 12 seconds", roundTrip());
     EXPECT_TRUE(nothingIsLeft());
+    EXPECT_EQ(0U, leftBehind()) << said();
 }
+
+constexpr Hang kHangs[] = {{"STOR", "upload"}, {"RETR", "download"}};
+INSTANTIATE_TEST_SUITE_P(At, WriteHanging, testing::ValuesIn(kHangs),
+                         [](const testing::TestParamInfo<Hang>& of) { return std::string(of.param.command); });
 
 /// Waits for a file to be written in a folder.
 class FileWatch
@@ -196,6 +250,9 @@ private:
     int m_watch;
 };
 
+// Of the session in which the file is sent.
+constexpr char kUploadStalls[] = "9/DONE=stall";
+
 class WriteInterrupted : public Write, public testing::WithParamInterface<int>
 {
 };
@@ -205,11 +262,12 @@ TEST_P(WriteInterrupted, CleansUpAndObeys)
     misbehave("RETR=stall");
     serve();
     const FileWatch watch(served(""));
-    DoctorProcess process(arguments(url("/")), config.password);
+    DoctorProcess process(arguments(url("/")), config.password, variables());
     watch.wait();
     process.signal(GetParam());
     EXPECT_EQ(-GetParam(), process.wait());
     EXPECT_TRUE(nothingIsLeft());
+    EXPECT_TRUE(nothingIsLeftHere());
     EXPECT_EQ("", process.out());
     EXPECT_EQ("", process.err());
 }
@@ -226,6 +284,46 @@ TEST_P(WriteInterrupted, NamesWhatItCannotRemove)
     EXPECT_EQ(-GetParam(), process.wait());
     EXPECT_FALSE(nothingIsLeft());
     EXPECT_EQ(0U, process.err().find("sftpclient: left behind: ftp://localhost:")) << process.err();
+}
+
+TEST_F(Write, LeavesNoLocalFileWhenItIsKilled)
+{
+    misbehave("RETR=stall");
+    serve();
+    const FileWatch watch(served(""));
+    DoctorProcess process(arguments(url("/")), config.password, variables());
+    watch.wait();
+    process.signal(SIGKILL);
+    EXPECT_EQ(-SIGKILL, process.wait());
+    EXPECT_TRUE(nothingIsLeftHere());
+}
+
+TEST_F(Write, CallsAStepNotGoodWhoseProcessWasKilled)
+{
+    misbehave(kUploadStalls);
+    serve();
+    const FileWatch watch(served(""));
+    DoctorProcess process(arguments(url("/")), config.password, variables());
+    watch.wait();
+    kill(process.child(), SIGKILL);
+    EXPECT_EQ(3, report(process)) << said();
+    EXPECT_EQ("tried, and it ended without a result", reasonOf("upload"));
+    EXPECT_EQ("fail: given up: the upload ended without a result", roundTrip());
+    EXPECT_TRUE(nothingIsLeft());
+}
+
+TEST_F(Write, LetsNoListingFillTheMemory)
+{
+    misbehave(kUploadStalls);
+    serve();
+    const FileWatch watch(served(""));
+    DoctorProcess process(arguments(url("/")), config.password, variables());
+    watch.wait();
+    const std::string library = "/proc/" + std::to_string(process.child());
+    EXPECT_NE(std::string::npos, contentOf(library + "/limits").find("Max file size             67108864 "));
+    const std::string status = contentOf(library + "/status");
+    const unsigned long long ignored = std::stoull(status.substr(status.find("SigIgn:") + 7), nullptr, 16);
+    EXPECT_NE(0U, ignored >> (SIGXFSZ - 1) & 1U) << "a full file is a failure to be told";
 }
 
 INSTANTIATE_TEST_SUITE_P(BySignal, WriteInterrupted, testing::Values(SIGINT, SIGTERM, SIGHUP));

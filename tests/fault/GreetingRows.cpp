@@ -45,6 +45,33 @@ const Rows& silent()
     return all;
 }
 
+// What the library itself allows for connecting, without being told.
+const Rows& connecting()
+{
+    static const Rows all = {
+        Row("SilenceForATest", kConnect, {"GREETING=stall"}, {28})
+            .basedOn(kDocumented)
+            .hastened()
+            .on(stallBeyondConnecting),
+        Row("SilenceForADownload", kDownload, {"GREETING=stall"}, {28})
+            .basedOn(kDocumented)
+            .hastened()
+            .on(stallBeyondConnecting)
+            .leaving(""),
+        Row("SilenceForAnUpload", kUpload, {"GREETING=stall"}, {28})
+            .basedOn(kDocumented)
+            .hastened()
+            .on(stallBeyondConnecting)
+            .leaving(kNoFile),
+        Row("SilenceAfterThePassword", kDownload, {"PASS=stall"}, {28})
+            .basedOn(kDocumented)
+            .hastened()
+            .on(stallBeyondConnecting)
+            .leaving(""),
+    };
+    return all;
+}
+
 const Rows& accepted()
 {
     static const Rows all = {
@@ -68,6 +95,7 @@ const Rows& accepted()
 INSTANTIATE_TEST_SUITE_P(GreetingRefused, Fault, testing::ValuesIn(refused()), nameOf);
 INSTANTIATE_TEST_SUITE_P(GreetingRefused, Tool, testing::ValuesIn(replayed(refused())), nameOf);
 INSTANTIATE_TEST_SUITE_P(GreetingSilent, Fault, testing::ValuesIn(silent()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Connecting, Fault, testing::ValuesIn(connecting()), nameOf);
 INSTANTIATE_TEST_SUITE_P(GreetingAccepted, Fault, testing::ValuesIn(accepted()), nameOf);
 INSTANTIATE_TEST_SUITE_P(GreetingAccepted, Tool, testing::ValuesIn(replayed(accepted())), nameOf);
 

@@ -66,6 +66,18 @@ const Rows& done()
     return all;
 }
 
+// What the size that is announced to libcurl, not to the server, is good for.
+const Rows& source()
+{
+    static const Rows all = {
+        Row("HasMoreBytesThanItsSizeSays", kUpload, {}, {18}).beyondTheTool().on([](Scene& scene) {
+            scene.request.localPath = "/proc/version";
+        }),
+    };
+    return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(UploadSource, Fault, testing::ValuesIn(source()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Stor, Fault, testing::ValuesIn(stor()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Stor, Tool, testing::ValuesIn(replayed(stor())), nameOf);
 INSTANTIATE_TEST_SUITE_P(UploadData, Fault, testing::ValuesIn(data()), nameOf);

@@ -4,6 +4,7 @@
 
 #include <ConfigReader.h>
 #include <HostConfiguration.h>
+#include <RequestIdScope.h>
 
 #include <gtest/gtest.h>
 
@@ -62,6 +63,15 @@ TEST_F(ConfigReaderTest, CountsWhatIsNoIntegerAsOneAndSaysSo)
                   std::string::npos)
             << record;
     }
+}
+
+TEST_F(ConfigReaderTest, ReportsUnderTheThreadsRequestIdentifier)
+{
+    const RequestIdScope scope(7);
+    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=off\n"), 1);
+    EXPECT_EQ(replaceLines(m_log.withoutTimes()),
+              "TIME error SFtpClientHost request=7 ConfigReader::getInt():LINE [General] CertAuthSwitch counts as 1: "
+              "\"off\" is no integer from -2147483648 to 2147483647. Correct the configuration file and reload it.\n");
 }
 
 TEST_F(ConfigReaderTest, AnswersFromMemoryUntilTheReload)

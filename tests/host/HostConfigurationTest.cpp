@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -105,6 +106,35 @@ TEST_F(HostConfigurationTest, KeepsTheOldFileWhenAnotherCannotBeLoaded)
     m_folder.write("a.ini", "[General]\nKey=new\n");
     m_configuration.reload();
     EXPECT_EQ(value(), "new");
+}
+
+TEST_F(HostConfigurationTest, ReloadsTheSameFileWhenTheProcessGoesElsewhere)
+{
+    m_folder.write("a.ini", "[General]\nKey=old\n");
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(m_folder.path());
+    m_configuration.load("a.ini");
+    std::filesystem::current_path(before);
+    EXPECT_EQ(value(), "old");
+    m_folder.write("a.ini", "[General]\nKey=new\n");
+    EXPECT_EQ(failureOf([this] { m_configuration.reload(); }), "no failure");
+    EXPECT_EQ(value(), "new");
+}
+
+TEST_F(HostConfigurationTest, RefusesAFileWithoutEnd)
+{
+    EXPECT_EQ(failureOf([this] { m_configuration.load("/dev/zero"); }), "/dev/zero: more than 16777216 bytes");
+    const std::string begin = "[General]\nKey=";
+    const std::string largest = begin + std::string(16777216 - begin.size(), 'x');
+    m_configuration.load(m_folder.write("a.ini", largest));
+    EXPECT_EQ(value().size(), 16777216 - begin.size());
+    EXPECT_EQ(failureOf([&] { m_configuration.load(m_folder.write("a.ini", largest + "x")); }),
+              m_folder.file("a.ini") + ": more than 16777216 bytes");
+}
+
+TEST_F(HostConfigurationTest, SaysThatAFileCannotBeRead)
+{
+    EXPECT_EQ(failureOf([this] { m_configuration.load(m_folder.path()); }), m_folder.path() + ": cannot read file");
 }
 
 TEST_F(HostConfigurationTest, SaysEachTimeThatTheFirstReadingFailed)

@@ -25,6 +25,15 @@ std::string jsonOf(int level, const std::string& text)
     return lineOf(level, text, settings);
 }
 
+std::string repeated(const std::string& text, int times)
+{
+    std::string all;
+    for (int i = 0; i < times; ++i) {
+        all += text;
+    }
+    return all;
+}
+
 std::string levelsThatPass(LogLevel lowest)
 {
     HostLogSettings settings;
@@ -84,7 +93,7 @@ TEST(HostLog, WritesOneJsonObjectARecord)
     const std::string begin =
         R"*(","module":"SFtpClient","request":7,"function":"SFtpClient::Listsftpdir()","line":41,)*";
     EXPECT_EQ(jsonOf(4, "0550 \"a\"\r\n{} %v \xff"),
-              R"({"time":"TIME","level":"error)" + begin + R"("text":"550 \"a\"\r\n{} %v )" + "\xef\xbf\xbd\"}\n");
+              R"({"time":"TIME","level":"error)" + begin + R"("text":"550 \"a\"\r\n{} %v \ufffd"})" + "\n");
     EXPECT_EQ(jsonOf(1, "0"), R"({"time":"TIME","level":"debug)" + begin + "\"text\":\"\"}\n");
 }
 
@@ -98,6 +107,50 @@ TEST(HostLog, EscapesAllTextsOfAJsonObject)
     EXPECT_EQ(capture.withoutTimes(),
               std::string(R"({"time":"TIME","level":"info","module":"m\n","request":18446744073709551615,)") +
                   R"*("function":"f\"()","line":4294967295,"text":"x"})*" + "\n");
+}
+
+// Escaped, a byte becomes up to six.
+TEST(HostLog, BoundsTheTextsOfARecord)
+{
+    const std::string begin = "TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 ";
+    const std::string longest(65536, 'x');
+    EXPECT_EQ(lineOf(1, "0" + longest), begin + longest + "\n");
+    EXPECT_EQ(lineOf(1, "0" + longest + "y"), begin + longest + " [1 bytes left out]\n");
+    EXPECT_EQ(lineOf(1, "0" + std::string(1000000, '\x01')),
+              begin + repeated("\\x01", 65536) + " [934464 bytes left out]\n");
+    EXPECT_NE(jsonOf(1, "0" + std::string(1000000, '\x01'))
+                  .find("\"text\":\"" + repeated("\\u0001", 65536) + " [934464 bytes left out]\"}\n"),
+              std::string::npos);
+    const LogCapture capture;
+    LogProxy(1, longest + "yy", 0, longest + "yyy", 1) << 0;
+    EXPECT_EQ(capture.withoutTimes(),
+              "TIME debug " + longest + " [2 bytes left out] request=0 " + longest + " [3 bytes left out]:1 \n");
+}
+
+TEST(HostLog, BoundsAJsonObjectsOtherTextsToo)
+{
+    const LogCapture capture;
+    HostLogSettings settings;
+    settings.format = LogFormat::Json;
+    const AppliedSettings applied(settings);
+    const std::string longest(65536, 'x');
+    LogProxy(1, longest + "yy", 0, longest + "yyy", 1) << 0;
+    EXPECT_EQ(capture.withoutTimes(), R"({"time":"TIME","level":"debug","module":")" + longest +
+                                          R"( [2 bytes left out]","request":0,"function":")" + longest +
+                                          R"( [3 bytes left out]","line":1,"text":""})" + "\n");
+}
+
+TEST(HostLog, DoesNotCutACharacterApart)
+{
+    const std::string begin = "TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 ";
+    const std::string emoji = "\xf0\x9f\x98\x80";
+    for (const std::size_t before : {65532U, 65533U, 65534U, 65535U, 65536U}) {
+        const std::string text(before, 'x');
+        EXPECT_EQ(lineOf(1, "0" + text + emoji + "yy"),
+                  begin + text + (before == 65532 ? emoji + " [2" : " [6") + " bytes left out]\n")
+            << before;
+    }
+    EXPECT_EQ(lineOf(1, "0" + std::string(65540, '\x80')), begin + repeated("\\x80", 65532) + " [8 bytes left out]\n");
 }
 
 TEST(HostLog, LeavesOutWhatIsBelowItsLevel)

@@ -81,12 +81,12 @@ TEST(HostLogThreads, RecordsAreWholeInAPipe)
     HostLog::instance().setDescriptor(ends[1]);
     std::string log;
     std::thread reader([&log, &ends] { log = readAll(ends[0]); });
-    onThreads([](unsigned thread) { writeRecords(thread, 10, 100000); });
+    onThreads([](unsigned thread) { writeRecords(thread, 10, 65536); });
     HostLog::instance().setDescriptor(STDERR_FILENO);
     close(ends[1]);
     reader.join();
     close(ends[0]);
-    expectAllRecords(log, 10, 100000);
+    expectAllRecords(log, 10, 65536);
 }
 
 TEST(HostLogThreads, RecordsAreWholeInRotatedFiles)

@@ -1,13 +1,16 @@
 #include <JsonText.h>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <string>
 
 using namespace std::string_literals;
 
 TEST(JsonText, QuotesPlainText)
 {
     EXPECT_EQ(jsonText(""), R"("")");
-    EXPECT_EQ(jsonText("a/b {} %s \xc3\xbc\xf0\x9f\x98\x80"), "\"a/b {} %s \xc3\xbc\xf0\x9f\x98\x80\"");
+    EXPECT_EQ(jsonText("a/b {} %s"), R"("a/b {} %s")");
 }
 
 TEST(JsonText, EscapesWhatJsonReserves) { EXPECT_EQ(jsonText(R"(a"b\c)"), R"("a\"b\\c")"); }
@@ -15,11 +18,36 @@ TEST(JsonText, EscapesWhatJsonReserves) { EXPECT_EQ(jsonText(R"(a"b\c)"), R"("a\
 TEST(JsonText, EscapesControlCharacters)
 {
     EXPECT_EQ(jsonText("\n\r\t\0\x01\x1b\x1f\x7f"s), R"("\n\r\t\u0000\u0001\u001b\u001f\u007f")");
-    EXPECT_EQ(jsonText("\xc2\x80\xc2\x9f\xc2\xa0"), "\"\\u0080\\u009f\xc2\xa0\"");
+    EXPECT_EQ(jsonText("\xc2\x80\xc2\x9f"), R"("\u0080\u009f")");
 }
 
-TEST(JsonText, ReplacesEachByteThatIsNoUtf8)
+TEST(JsonText, WritesWhatIsNotAsciiAsNumbers)
 {
-    EXPECT_EQ(jsonText("a\xff\xc3"), "\"a\xef\xbf\xbd\xef\xbf\xbd\"");
-    EXPECT_EQ(jsonText("\xed\xa0\x80."), "\"\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd.\"");
+    EXPECT_EQ(jsonText("\xc3\xbc\xe2\x82\xac\xf0\x9f\x98\x80"), R"("\u00fc\u20ac\ud83d\ude00")");
+}
+
+TEST(JsonText, ReplacesInvalidUtf8)
+{
+    EXPECT_EQ(jsonText("a\xff\xc3"), R"("a\ufffd\ufffd")");
+    EXPECT_EQ(jsonText("\xed\xa0\x80."), R"("\ufffd\ufffd\ufffd.")");
+}
+
+TEST(JsonText, IsPrintableAsciiWhateverTheBytes)
+{
+    for (int first = 0; first < 256; ++first) {
+        for (int second = 0; second < 256; ++second) {
+            const std::string json = jsonText(std::string{static_cast<char>(first), static_cast<char>(second)});
+            for (const char byte : json) {
+                ASSERT_TRUE(byte >= 0x20 && byte < 0x7f) << first << " " << second << ": " << json;
+            }
+            ASSERT_TRUE(nlohmann::json::accept(json)) << json;
+        }
+    }
+}
+
+TEST(JsonText, KeepsTheOrderAndIndentsOnRequest)
+{
+    const nlohmann::ordered_json object = {{"b", 18446744073709551615U}, {"a", {"x"}}};
+    EXPECT_EQ(jsonText(object), R"({"b":18446744073709551615,"a":["x"]})");
+    EXPECT_EQ(jsonText(object, 2), "{\n  \"b\": 18446744073709551615,\n  \"a\": [\n    \"x\"\n  ]\n}");
 }

@@ -8,9 +8,11 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <exception>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <system_error>
@@ -36,6 +38,35 @@ std::string failureOf(LogFile& file, const std::string& line)
     return "no failure";
 }
 
+std::string refusalOf(const std::string& path)
+{
+    try {
+        const LogFile file(path, 1000, 2);
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+    return "no refusal";
+}
+
+std::size_t openDescriptors()
+{
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+/// A mask for new files as long as this object lives.
+class Umask
+{
+public:
+    explicit Umask(mode_t mask) : m_before(umask(mask)) {}
+    ~Umask() { umask(m_before); }
+    Umask(const Umask&) = delete;
+    Umask& operator=(const Umask&) = delete;
+
+private:
+    mode_t m_before;
+};
+
 class LogFileTest : public testing::Test
 {
 protected:
@@ -45,6 +76,13 @@ protected:
     void setFolderMode(mode_t mode) const { EXPECT_EQ(chmod(m_folder.path().c_str(), mode), 0); }
 
     std::string content(const std::string& name = "a.log") const { return contentOf(m_folder.file(name)); }
+
+    mode_t modeOf(const std::string& name) const
+    {
+        struct stat status = {};
+        EXPECT_EQ(stat(m_folder.file(name).c_str(), &status), 0) << name;
+        return status.st_mode & 07777U;
+    }
 
     TemporaryFolder m_folder;
     std::string m_path = m_folder.file("a.log");
@@ -100,6 +138,13 @@ TEST_F(LogFileTest, TakesALineThatIsTooLargeAlone)
     EXPECT_EQ(content("a.2.log"), "1st\n");
 }
 
+TEST_F(LogFileTest, DoesNotGiveWayWhileItIsEmpty)
+{
+    LogFile(m_path, 8, 3).write("much too large\n");
+    EXPECT_EQ(content(), "much too large\n");
+    EXPECT_EQ(namesIn(m_folder.path()), std::set<std::string>{"a.log"});
+}
+
 TEST_F(LogFileTest, MakesItsFolder)
 {
     LogFile(m_folder.file("new/folder/a.log"), 1000, 2).write("one\n");
@@ -151,7 +196,7 @@ TEST_F(LogFileTest, LeavesNothingOfALineThatDoesNotFitOnTheDisk)
     file.write("the first line\n");
     {
         const FileSizeLimit full(20);
-        EXPECT_EQ(failureOf(file, "the second line\n"), "Failed writing to file " + m_path + ": File too large");
+        EXPECT_EQ(failureOf(file, "the second line\n"), m_path + ": File too large");
         EXPECT_EQ(content(), "the first line\n");
         EXPECT_EQ(failureOf(file, "3rd\n"), "no failure");
     }
@@ -173,11 +218,167 @@ TEST_F(LogFileTest, LeavesNothingOfALineThatDoesNotFitAfterARotation)
     EXPECT_EQ(content(), "3rd\n");
 }
 
-TEST_F(LogFileTest, SaysThatADeviceIsFull)
+TEST_F(LogFileTest, CannotBeReadByOthers)
 {
-    LogFile file("/dev/full", 1000, 2);
-    EXPECT_EQ(failureOf(file, "one\n"), "Failed writing to file /dev/full: No space left on device");
-    EXPECT_EQ(failureOf(file, "two\n"), "Failed writing to file /dev/full: No space left on device");
+    m_folder.write("old.log", "old\n");
+    ASSERT_EQ(chmod(m_folder.file("old.log").c_str(), 0604), 0);
+    const Umask none(0);
+    LogFile(m_path, 1000, 2).write("one\n");
+    EXPECT_EQ(modeOf("a.log"), 0640U);
+    LogFile old(m_folder.file("old.log"), 4, 2);
+    EXPECT_EQ(modeOf("old.log"), 0604U);
+    old.write("new\n");
+    EXPECT_EQ(modeOf("old.1.log"), 0604U);
+    EXPECT_EQ(modeOf("old.log"), 0640U);
+}
+
+TEST_F(LogFileTest, LeavesItToTheUmaskToForbidMore)
+{
+    const Umask ownerOnly(0077);
+    LogFile(m_path, 1000, 2).write("one\n");
+    EXPECT_EQ(modeOf("a.log"), 0600U);
+}
+
+TEST_F(LogFileTest, IsRefusedWhereThereIsNoRegularFile)
+{
+    ASSERT_EQ(mkfifo(m_path.c_str(), 0600), 0);
+    const std::string refusal = " is not a regular file. Remove it, or name another file";
+    EXPECT_EQ(refusalOf(m_path), m_path + refusal);
+    const int reader = open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader, 0);
+    EXPECT_EQ(refusalOf(m_path), m_path + refusal);
+    close(reader);
+    EXPECT_EQ(refusalOf("/dev/full"), "/dev/full" + refusal);
+    EXPECT_EQ(refusalOf(m_folder.path()), m_folder.path() + ": Is a directory");
+}
+
+TEST_F(LogFileTest, IsRefusedWhenAFifoCameInItsPlace)
+{
+    LogFile file(m_path, 1000, 2);
+    file.write("one\n");
+    std::filesystem::rename(m_path, m_folder.file("old.log"));
+    ASSERT_EQ(mkfifo(m_path.c_str(), 0600), 0);
+    const std::string refusal = m_path + " is not a regular file. Remove it, or name another file";
+    EXPECT_EQ(failureOf(file, "two\n"), refusal);
+    const int reader = open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(reader, 0);
+    EXPECT_EQ(failureOf(file, "three\n"), refusal);
+    EXPECT_EQ(failureOf(file, "three\n"), refusal);
+    close(reader);
+    std::filesystem::remove(m_path);
+    EXPECT_EQ(failureOf(file, "four\n"), "no failure");
+    EXPECT_EQ(content(), "four\n");
+    EXPECT_EQ(content("old.log"), "one\n");
+}
+
+TEST_F(LogFileTest, IsMadeAnewWhenItWasRenamed)
+{
+    LogFile file(m_path, 1000, 2);
+    file.write("one\n");
+    std::filesystem::rename(m_path, m_folder.file("old.log"));
+    file.write("two\n");
+    EXPECT_EQ(content("old.log"), "one\n");
+    EXPECT_EQ(content(), "two\n");
+}
+
+TEST_F(LogFileTest, GoesOnInTheFileThatReplacedIt)
+{
+    LogFile file(m_path, 12, 2);
+    file.write("one\n");
+    std::filesystem::rename(m_path, m_folder.file("old.log"));
+    m_folder.write("a.log", "new\n");
+    file.write("two\n");
+    file.write("3rd\n");
+    EXPECT_EQ(content("old.log"), "one\n");
+    EXPECT_EQ(content(), "new\ntwo\n3rd\n");
+    file.write("4th\n");
+    EXPECT_EQ(content(), "4th\n");
+}
+
+TEST_F(LogFileTest, GoesOnFromTheBeginningWhenItWasCopiedAndEmptied)
+{
+    LogFile file(m_path, 8, 3);
+    file.write("1st\n");
+    file.write("2nd\n");
+    std::filesystem::copy_file(m_path, m_folder.file("copy"));
+    std::filesystem::resize_file(m_path, 0);
+    file.write("3rd\n");
+    file.write("4th\n");
+    EXPECT_EQ(content("copy"), "1st\n2nd\n");
+    EXPECT_EQ(content(), "3rd\n4th\n");
+    EXPECT_EQ(namesIn(m_folder.path()), (std::set<std::string>{"a.log", "copy"}));
+}
+
+TEST_F(LogFileTest, GoesOnWhereItsFolderMayNotBeSearchedAnyMore)
+{
+    std::unique_ptr<LogFile> file;
+    {
+        const WithoutRoot withoutRoot;
+        file = std::make_unique<LogFile>(m_path, 1000, 2);
+    }
+    setFolderMode(0);
+    {
+        const WithoutRoot withoutRoot;
+        EXPECT_EQ(failureOf(*file, "one\n"), "no failure");
+    }
+    setFolderMode(0777);
+    EXPECT_EQ(content(), "one\n");
+}
+
+TEST_F(LogFileTest, KeepsAFileOpenThatItMayNotOpenAgain)
+{
+    const WithoutRoot withoutRoot;
+    LogFile file(m_path, 1000, 2);
+    ASSERT_EQ(chmod(m_path.c_str(), 0400), 0);
+    EXPECT_EQ(failureOf(file, "one\n"), "no failure");
+    EXPECT_EQ(content(), "one\n");
+}
+
+TEST_F(LogFileTest, MayHaveTheNumberOfStandardInput)
+{
+    const int standardInput = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 100);
+    close(STDIN_FILENO);
+    {
+        LogFile file(m_path, 1000, 2);
+        EXPECT_EQ(std::filesystem::read_symlink("/proc/self/fd/0"), m_path);
+        file.write("one\n");
+        EXPECT_EQ(content(), "one\n");
+    }
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1);
+    dup2(standardInput, STDIN_FILENO);
+    close(standardInput);
+}
+
+// What the process opens next must not get the lines of a log that is closed, nor stay open itself.
+TEST_F(LogFileTest, HoldsOneDescriptorWhateverComes)
+{
+    const std::size_t before = openDescriptors();
+    {
+        LogFile file(m_path, 8, 3);
+        EXPECT_EQ(openDescriptors(), before + 1);
+        file.write("1st\n");
+        file.write("too long\n");
+        std::filesystem::remove(m_path);
+        file.write("3rd\n");
+        EXPECT_EQ(openDescriptors(), before + 1);
+        std::filesystem::remove(m_path);
+        ASSERT_EQ(mkfifo(m_path.c_str(), 0600), 0);
+        EXPECT_NE(failureOf(file, "4th\n"), "no failure");
+    }
+    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_NE(refusalOf("/dev/full"), "no refusal");
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(LogFileTest, NumbersNamesWithoutAnExtensionAtTheirEnd)
+{
+    for (const std::string name : {"log", ".hidden", "b.c.log"}) {
+        LogFile file(m_folder.file(name), 4, 2);
+        file.write("1st\n");
+        file.write("2nd\n");
+    }
+    EXPECT_EQ(namesIn(m_folder.path()),
+              (std::set<std::string>{"log", "log.1", ".hidden", ".hidden.1", "b.c.log", "b.c.1.log"}));
 }
 
 TEST_F(LogFileTest, IsRefusedInAReadOnlyFolder)
@@ -199,13 +400,12 @@ TEST_F(LogFileTest, GoesOnEmptyWhereItMayNotBeRenamed)
     }
     setFolderMode(0555);
     const WithoutRoot withoutRoot;
-    EXPECT_EQ(failureOf(*file, "3rd\n"), "rotating_file_sink: failed renaming " + m_path + " to " +
+    EXPECT_EQ(failureOf(*file, "3rd\n"), m_path + " is emptied because " + m_path + " cannot be renamed to " +
                                              m_folder.file("a.1.log") + ": Permission denied");
     EXPECT_EQ(failureOf(*file, "4th\n"), "no failure");
     EXPECT_EQ(content(), "4th\n");
 }
 
-// spdlog closes the file before it rotates, and would go on with the closed one as soon as a line is short enough.
 TEST_F(LogFileTest, WaitsForAFolderThatIsGoneDuringARotation)
 {
     const std::string folder = m_folder.file("sub");

@@ -9,9 +9,12 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <filesystem>
+#include <stdexcept>
 
 namespace {
 
@@ -28,22 +31,21 @@ std::string shapeOf(const std::string& log) { return replaceLines(replaceTimes(l
 
 } // namespace
 
-TEST(LostRecords, AreToldOnceWhileADeviceIsFull)
+TEST(LostRecords, AreCountedOnceADeviceIsFullNoMore)
 {
     const LogCapture standardError;
-    const AppliedSettings applied(to("/dev/full"));
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    HostLog::instance().setDescriptor(full);
     write("1st");
     write("2nd");
     write("3rd");
-    EXPECT_EQ(standardError.text(),
-              "Log records are being lost: Failed writing to file /dev/full: No space left on device\n");
-    HostLog::instance().apply({});
+    HostLog::instance().setDescriptor(standardError.descriptor());
+    const std::string why = "descriptor " + std::to_string(full) + ": No space left on device";
+    close(full);
     write("4th");
     EXPECT_EQ(shapeOf(standardError.text()),
-              "Log records are being lost: Failed writing to file /dev/full: No space left on device\n"
-              "TIME error SFtpClientHost request=0 HostLog::write():LINE log records lost: 3 "
-              "(Failed writing to file /dev/full: No space left on device)\n"
-              "TIME info m request=1 f():LINE 4th\n");
+              "TIME error SFtpClientHost request=0 HostLog::write():LINE log records lost: 3 (" + why +
+                  ")\nTIME info m request=1 f():LINE 4th\n");
 }
 
 TEST(LostRecords, AreCountedInTheFileWhenTheDiskHasRoomAgain)
@@ -62,7 +64,7 @@ TEST(LostRecords, AreCountedInTheFileWhenTheDiskHasRoomAgain)
         write("2nd");
     }
     write("whole again");
-    const std::string why = "Failed writing to file " + settings.file + ": File too large";
+    const std::string why = settings.file + ": File too large";
     EXPECT_EQ(standardError.text(), "Log records are being lost: " + why + "\n");
     const std::string begin =
         R"*({"time":"TIME","level":"info","module":"m","request":1,"function":"f()","line":LINE,)*";
@@ -116,4 +118,34 @@ TEST(LostRecords, AreNoneWhenSettingsAreRefused)
     write("as before");
     EXPECT_EQ(standardError.text(), "");
     EXPECT_EQ(shapeOf(contentOf(folder.file("log"))), "TIME info m request=1 f():LINE as before\n");
+}
+
+TEST(LostRecords, OfALogThatIsNoRegularFileAreToldAndCounted)
+{
+    const TemporaryFolder folder;
+    const LogCapture standardError;
+    const AppliedSettings applied(to(folder.file("log")));
+    ASSERT_EQ(rename(folder.file("log").c_str(), folder.file("old").c_str()), 0);
+    ASSERT_EQ(mkfifo(folder.file("log").c_str(), 0600), 0);
+    write("1st");
+    write("2nd");
+    ASSERT_EQ(remove(folder.file("log").c_str()), 0);
+    write("3rd");
+    const std::string why = folder.file("log") + " is not a regular file. Remove it, or name another file";
+    EXPECT_EQ(standardError.text(), "Log records are being lost: " + why + "\n");
+    EXPECT_EQ(shapeOf(contentOf(folder.file("log"))),
+              "TIME error SFtpClientHost request=0 HostLog::write():LINE log records lost: 2 (" + why +
+                  ")\nTIME info m request=1 f():LINE 3rd\n");
+}
+
+TEST(LostRecords, AreNoneWhenALogThatIsNoRegularFileIsRefused)
+{
+    try {
+        HostLog::instance().apply(to("/dev/null"));
+        FAIL() << "a device";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(),
+                     "The log cannot be written to /dev/null: /dev/null is not a regular file. Remove it, "
+                     "or name another file.");
+    }
 }

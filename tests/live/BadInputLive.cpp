@@ -102,4 +102,15 @@ TEST_F(BadInputLive, ALocalPathWithAZeroByteEndsThere)
     EXPECT_EQ("the content", contentOf(local("cut")));
 }
 
+TEST_F(BadInputLive, AFileUrlReadsAndWritesLocalFiles)
+{
+    writeFile(local("secret"), "the content");
+    request.remotePath = "file://" + local("secret");
+    EXPECT_EQ(0, facade.DownLoadSFtpFile(request, errorText));
+    EXPECT_EQ("the content", contentOf(request.localPath));
+    request.remotePath = "file://" + local("copy");
+    EXPECT_EQ(0, facade.UploadFileToSFtpServer(request, errorText));
+    EXPECT_EQ("the content", contentOf(local("copy")));
+}
+
 } // namespace

@@ -1,8 +1,13 @@
 #include "harness/Live.h"
 
+#include <TlsContexts.h>
+
+#include <openssl/err.h>
 #include <openssl/tls1.h>
 
+#include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace {
 
@@ -142,6 +147,64 @@ TEST_F(CertificateLive, AServerWithoutTls)
     EXPECT_EQ(std::vector<Lines>(
                   {greeting() + Lines({"> AUTH SSL", "< 502 no TLS here", "> AUTH TLS", "< 502 no TLS here"})}),
               sessions());
+}
+
+// A TLS connection that a host has of its own: both ends in this thread, the handshake done.
+class HostsConnection
+{
+public:
+    explicit HostsConnection(const testserver::Certificate& certificate)
+        : m_contexts(configOf(certificate)), m_trusting(SSL_CTX_new(TLS_client_method())),
+          m_host(SSL_new(m_trusting.get())), m_peer(SSL_new(m_contexts.control.get()))
+    {
+        BIO* ends[2] = {};
+        BIO_new_bio_pair(&ends[0], 0, &ends[1], 0);
+        SSL_set_bio(m_host.get(), ends[0], ends[0]);
+        SSL_set_bio(m_peer.get(), ends[1], ends[1]);
+        SSL_set_connect_state(m_host.get());
+        SSL_set_accept_state(m_peer.get());
+        for (int flight = 0; flight < 4; ++flight) {
+            SSL_do_handshake(m_host.get());
+            SSL_do_handshake(m_peer.get());
+        }
+        EXPECT_TRUE(SSL_is_init_finished(m_host.get()) && SSL_is_init_finished(m_peer.get()));
+    }
+
+    // What the host learns when it reads, and nothing has come.
+    int errorOfReading() const
+    {
+        char byte = 0;
+        return SSL_get_error(m_host.get(), SSL_read(m_host.get(), &byte, 1));
+    }
+
+private:
+    static testserver::ServerConfig configOf(const testserver::Certificate& certificate)
+    {
+        testserver::ServerConfig config;
+        config.tls = TlsMode::Explicit;
+        config.certificate = certificate;
+        return config;
+    }
+
+    const testserver::TlsContexts m_contexts;
+    const testserver::TlsContext m_trusting; ///< trusts anybody, as OpenSSL does unless it is told otherwise
+    const testserver::Tls m_host;
+    const testserver::Tls m_peer;
+};
+
+TEST_F(CertificateLive, AFailureSpoilsTheHostsOwnConnectionsUntilTheErrorsAreCleared)
+{
+    const HostsConnection hosts(authority.issue());
+    for (const auto& [text, code] : {std::pair(CertificateAuthority("Another CA").certificatePem(), 60),
+                                     std::pair(std::string("no certificate"), 77)}) {
+        request.caCert = text;
+        ERR_clear_error();
+        EXPECT_EQ(SSL_ERROR_WANT_READ, hosts.errorOfReading());
+        EXPECT_EQ(code, test());
+        EXPECT_EQ(SSL_ERROR_SSL, hosts.errorOfReading()) << code;
+        ERR_clear_error();
+        EXPECT_EQ(SSL_ERROR_WANT_READ, hosts.errorOfReading()) << code;
+    }
 }
 
 TEST_F(CertificateLive, NobodyListening)

@@ -8,6 +8,13 @@ if(SANITIZE)
 endif()
 file(REMOVE_RECURSE ${SCRATCH})
 must_succeed(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/consumers/${CONSUMER} -B ${SCRATCH} -G ${GENERATOR}
-             -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 ${options})
+             -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0
+             -DCMAKE_EXPORT_COMPILE_COMMANDS=ON ${options})
+# The host's flags are the host's, for the library that it builds along, too.
+file(STRINGS ${SCRATCH}/compile_commands.json forced REGEX "-fstack-protector|_FORTIFY_SOURCE|-ffile-prefix-map")
+if(forced)
+    list(GET forced 0 first)
+    message(FATAL_ERROR "This project is given flags that it did not ask for:\n${first}")
+endif()
 must_succeed(${CMAKE_COMMAND} --build ${SCRATCH} --parallel 2)
 must_ask_and_log(${SCRATCH}/host "${kReadyServices}")

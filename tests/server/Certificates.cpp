@@ -27,15 +27,15 @@ Key makeKey()
     return key;
 }
 
-void setSerial(X509* cert)
+std::uint64_t randomSerial()
 {
     unsigned char bytes[8];
     require(RAND_bytes(bytes, sizeof(bytes)) == 1, "make a serial number");
-    uint64_t serial = 0;
+    std::uint64_t serial = 0;
     for (const unsigned char byte : bytes) {
         serial = serial << 8 | byte;
     }
-    require(ASN1_INTEGER_set_uint64(X509_get_serialNumber(cert), serial >> 1) == 1, "set a serial number");
+    return serial >> 1;
 }
 
 void addExtension(X509* cert, X509* issuer, int kind, const std::string& value)
@@ -51,7 +51,8 @@ Cert makeCertificate(EVP_PKEY* key, const std::string& commonName, const Certifi
 {
     Cert cert(X509_new());
     require(cert != nullptr && X509_set_version(cert.get(), X509_VERSION_3) == 1, "make a certificate");
-    setSerial(cert.get());
+    const std::uint64_t serial = options.serial != 0 ? options.serial : randomSerial();
+    require(ASN1_INTEGER_set_uint64(X509_get_serialNumber(cert.get()), serial) == 1, "set a serial number");
     require(X509_gmtime_adj(X509_getm_notBefore(cert.get()), options.notBefore.count()) != nullptr &&
                 X509_gmtime_adj(X509_getm_notAfter(cert.get()), options.notAfter.count()) != nullptr,
             "set a validity");
@@ -60,6 +61,11 @@ Cert makeCertificate(EVP_PKEY* key, const std::string& commonName, const Certifi
             "set a name");
     require(X509_set_pubkey(cert.get(), key) == 1, "set a public key");
     return cert;
+}
+
+std::string nameOr(const char* usual, const CertificateOptions& options)
+{
+    return options.commonName.empty() ? usual : options.commonName;
 }
 
 std::string alternativeNames(const CertificateOptions& options)
@@ -147,7 +153,7 @@ std::string CertificateAuthority::certificateDer() const
 Certificate CertificateAuthority::issue(const CertificateOptions& options) const
 {
     const Key key = makeKey();
-    const Cert cert = makeCertificate(key.get(), "Test server", options);
+    const Cert cert = makeCertificate(key.get(), nameOr("Test server", options), options);
     addServerExtensions(cert.get(), m_issuer->cert.get(), options);
     addExtension(cert.get(), m_issuer->cert.get(), NID_authority_key_identifier, "keyid");
     sign(cert.get(), m_issuer->cert.get(), m_issuer->key.get());
@@ -157,7 +163,7 @@ Certificate CertificateAuthority::issue(const CertificateOptions& options) const
 Certificate makeSelfSigned(const CertificateOptions& options)
 {
     const Key key = makeKey();
-    const Cert cert = makeCertificate(key.get(), "Self-signed test server", options);
+    const Cert cert = makeCertificate(key.get(), nameOr("Self-signed test server", options), options);
     addServerExtensions(cert.get(), cert.get(), options);
     sign(cert.get(), cert.get(), key.get());
     return {pemOf(cert.get()), pemOf(key.get())};

@@ -2,6 +2,7 @@
 #define TESTSERVER_CERTIFICATES_H
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,6 +22,8 @@ struct CertificateOptions
     std::vector<std::string> addresses = {"127.0.0.1", "::1"};
     std::chrono::seconds notBefore = std::chrono::hours(-1); ///< from now
     std::chrono::seconds notAfter = std::chrono::hours(24);  ///< from now
+    std::string commonName = {};                             ///< empty: one that says what it is
+    std::uint64_t serial = 0;                                ///< 0: a random one
 };
 
 /// A CA that lives as long as the object: its key is made with it and goes with it. Throws `std::runtime_error`.

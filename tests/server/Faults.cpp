@@ -45,6 +45,7 @@ const std::map<std::string, Form>& forms()
         {"delay", {Misbehaviour::Delay, Argument::Number, kCommand}},
         {"split", {Misbehaviour::Split, Argument::None, kCommand}},
         {"pad", {Misbehaviour::Pad, Argument::Number, kCommand}},
+        {"append", {Misbehaviour::Append, Argument::Text, kCommand}},
         {"meet", {Misbehaviour::Meet, Argument::Number, kCommand}},
         {"plain", {Misbehaviour::Plain, Argument::None, kTls | kData}},
         {"garbage", {Misbehaviour::Garbage, Argument::None, kTls | kData}},

@@ -20,6 +20,7 @@ enum class Misbehaviour
     Delay,
     Split,
     Pad,
+    Append,
     Meet,
     // on a data connection
     DropAfter,
@@ -41,7 +42,7 @@ struct Fault
     /// DATA (the data connection itself) or DONE (the reply after it).
     std::string command;
     Misbehaviour misbehaviour = Misbehaviour::Drop;
-    std::string text;         ///< Reply, Last, Endless: the bytes to send
+    std::string text;         ///< Reply, Last, Endless, Append: the bytes to send
     std::uint64_t number = 0; ///< Delay: milliseconds; Meet: sessions; Slow: bytes a second; Pad, ...After: bytes
     unsigned occurrence = 0;  ///< the nth of its kind in a session; 0: each
     unsigned session = 0;     ///< the nth session of the server; 0: each

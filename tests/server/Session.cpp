@@ -3,6 +3,7 @@
 #include <boost/algorithm/string/case_conv.hpp>
 
 #include <chrono>
+#include <utility>
 
 namespace testserver {
 
@@ -120,6 +121,9 @@ bool Session::misbehaves(const std::string& command)
     case Misbehaviour::Pad:
         m_pad = fault->number;
         return false;
+    case Misbehaviour::Append:
+        m_appendix = fault->text;
+        return false;
     case Misbehaviour::Meet:
         return !meet(fault->number);
     default:
@@ -145,7 +149,7 @@ void Session::reply(const std::string& text)
     std::string padded = text;
     padded.resize(std::max<std::size_t>(text.size(), m_pad), '.');
     m_pad = 0;
-    sendReply(padded + "\r\n");
+    sendReply(padded + (m_appendix.empty() ? "\r\n" : " " + std::exchange(m_appendix, {})));
 }
 
 void Session::sendReply(const std::string& bytes)

@@ -108,6 +108,7 @@ private:
     bool m_leaving = false;
     bool m_split = false;
     std::uint64_t m_pad = 0;
+    std::string m_appendix;
     std::uint64_t m_restart = 0;
 };
 

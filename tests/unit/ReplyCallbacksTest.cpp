@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 using recording::takeRecords;
 
 namespace {
@@ -159,6 +161,19 @@ TEST_F(ReplyCallbacks, StopTheTransferWhereMemoryRunsOut)
     EXPECT_EQ(0U, CurlSFtpResponse::GetHeaderCallback(data.data(), 1, data.size(), &transfer));
     memory::failAllocation(2);
     EXPECT_EQ(0U, CurlSFtpResponse::GetHeaderCallback(data.data(), 1, data.size(), &transfer));
+}
+
+TEST_F(ReplyCallbacks, WhatTheHostsLogThrowsStopsTheTransfer)
+{
+    recording::host().onStep = [](const std::string& step) {
+        if (step == "begin") {
+            throw std::runtime_error("no log");
+        }
+    };
+    EXPECT_EQ(0U, give(CurlSFtpResponse::GetHeaderCallback, "220 ready"));
+    EXPECT_EQ(0U, CurlSFtpResponse::GetHeaderCallback(nullptr, 1, 3, &transfer));
+    EXPECT_EQ(0U, CurlSFtpResponse::GetDataCallback(nullptr, 1, 3, &transfer));
+    EXPECT_EQ(Lines{}, takeRecords());
 }
 
 } // namespace

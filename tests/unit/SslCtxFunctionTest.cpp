@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <stdexcept>
 #include <vector>
 
 using namespace certificates;
@@ -144,6 +145,18 @@ TEST_F(SslCtxFunction, LetsNoExceptionThroughWhereMemoryRunsOut)
     EXPECT_EQ(2, sftp_sslCtx_function(nullptr, context.get(), &text));
     memory::failAllocation(2, true);
     EXPECT_EQ(2, sftp_sslCtx_function(nullptr, context.get(), &rubbish));
+}
+
+TEST_F(SslCtxFunction, GivesTwoForWhatTheHostsLogThrows)
+{
+    recording::host().onStep = [](const std::string& step) {
+        if (step == "begin") {
+            throw std::runtime_error("no log");
+        }
+    };
+    EXPECT_EQ(CURLE_FAILED_INIT, hook(context.get(), "no certificate"));
+    EXPECT_EQ(Lines{}, takeRecords());
+    recording::reset();
 }
 
 } // namespace

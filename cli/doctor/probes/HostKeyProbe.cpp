@@ -63,6 +63,7 @@ void probeHostKey(const Access& access, Report& report)
     }
     curl_easy_setopt(handle.get(), CURLOPT_URL, access.request.remotePath.c_str());
     curl_easy_setopt(handle.get(), CURLOPT_PORT, static_cast<long>(access.request.port));
+    curl_easy_setopt(handle.get(), CURLOPT_PROXY, "");
     curl_easy_setopt(handle.get(), CURLOPT_SSH_HOSTKEYFUNCTION, learn);
     curl_easy_setopt(handle.get(), CURLOPT_SSH_HOSTKEYDATA, &report.hostKey);
     curl_easy_setopt(handle.get(), CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(access.limit.count()));

@@ -2,7 +2,6 @@
 
 #include <curl/curl.h>
 
-#include <cstdlib>
 #include <cstring>
 
 namespace doctor {
@@ -29,18 +28,6 @@ const char* nameOf(Scheme scheme)
     return scheme == Scheme::Sftp ? "sftp" : "ftp";
 }
 
-// The variables in libcurl's order.
-std::string proxyFor(const std::string& scheme)
-{
-    for (const std::string& name : {scheme + "_proxy", std::string("all_proxy"), std::string("ALL_PROXY")}) {
-        const char* const value = std::getenv(name.c_str());
-        if (value != nullptr && *value != '\0') {
-            return name;
-        }
-    }
-    return {};
-}
-
 } // namespace
 
 void probeLibcurl(Report& report)
@@ -50,7 +37,6 @@ void probeLibcurl(Report& report)
     report.libcurl.version = libcurl.version;
     report.libcurl.backEnds = orNone(libcurl.ssl_version) + ", " + orNone(libcurl.libssh_version);
     report.libcurl.speaksScheme = speaks(libcurl, nameOf(report.scheme));
-    report.proxy = proxyFor(nameOf(report.scheme));
 }
 
 } // namespace doctor

@@ -10,7 +10,7 @@
 /// already says, leaves its facts untried.
 namespace doctor {
 
-/// The libcurl of this process, and the environment that it goes by.
+/// The libcurl of this process.
 void probeLibcurl(Report& report);
 
 /// The name, the connection and the greeting, which with implicit TLS comes after the handshake.

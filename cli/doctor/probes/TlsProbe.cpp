@@ -36,11 +36,11 @@ std::string contentOf(BIO* memory)
     return std::string(bytes, static_cast<std::size_t>(length));
 }
 
-// Names are written as RFC 2253 says, where control bytes come escaped.
+// As RFC 2253 writes names, but for control bytes, which are escaped where a name is shown.
 std::string nameText(const X509_NAME* name)
 {
     const MemoryBio memory(BIO_new(BIO_s_mem()));
-    X509_NAME_print_ex(memory.get(), name, 0, XN_FLAG_ONELINE & ~ASN1_STRFLGS_ESC_MSB);
+    X509_NAME_print_ex(memory.get(), name, 0, XN_FLAG_ONELINE & ~(ASN1_STRFLGS_ESC_MSB | ASN1_STRFLGS_ESC_CTRL));
     return contentOf(memory.get());
 }
 
@@ -58,23 +58,25 @@ std::string serialText(const ASN1_INTEGER* serial)
     return contentOf(memory.get());
 }
 
-Certificate describe(const X509* certificate)
+Certificate describe(const X509* certificate, const PasswordMask& mask)
 {
-    return {nameText(X509_get_subject_name(certificate)), nameText(X509_get_issuer_name(certificate)),
-            serialText(X509_get0_serialNumber(certificate)), timeText(X509_get0_notBefore(certificate)),
+    return {{nameText(X509_get_subject_name(certificate)), mask},
+            {nameText(X509_get_issuer_name(certificate)), mask},
+            {serialText(X509_get0_serialNumber(certificate)), mask},
+            timeText(X509_get0_notBefore(certificate)),
             timeText(X509_get0_notAfter(certificate))};
 }
 
-void describeChain(SSL* session, const std::string& host, Tls& tls)
+void describeChain(SSL* session, const Access& access, Tls& tls)
 {
     STACK_OF(X509)* const chain = SSL_get_peer_cert_chain(session);
     for (int i = 0; i < sk_X509_num(chain); ++i) {
-        tls.chain.push_back(describe(sk_X509_value(chain, i)));
+        tls.chain.push_back(describe(sk_X509_value(chain, i), access.mask));
     }
     if (!tls.chain.empty()) {
         X509* const own = sk_X509_value(chain, 0);
-        tls.namesHost = X509_check_ip_asc(own, host.c_str(), 0) == 1 ||
-                        X509_check_host(own, host.c_str(), host.size(), 0, nullptr) == 1;
+        tls.namesHost = X509_check_ip_asc(own, access.host.c_str(), 0) == 1 ||
+                        X509_check_host(own, access.host.c_str(), access.host.size(), 0, nullptr) == 1;
     }
 }
 
@@ -107,7 +109,7 @@ bool tryVersion(const Access& access, int number, TlsVersion& version, Report& r
     version.offered = version.ending == Ending::Complete;
     version.detail = version.offered ? SSL_get_cipher_name(conversation.tls()) : conversation.failure();
     if (version.offered && report.tls.chain.empty()) {
-        describeChain(conversation.tls(), access.host, report.tls);
+        describeChain(conversation.tls(), access, report.tls);
     }
     if (version.offered && access.scheme == Scheme::Ftps && report.contact.greeting.ending == Ending::NotTried) {
         report.contact.greeting = conversation.hear();

@@ -91,9 +91,9 @@ public:
         posix_spawnattr_init(&m_attributes);
         sigset_t signals;
         sigemptyset(&signals);
-        sigaddset(&signals, SIGINT);
-        sigaddset(&signals, SIGTERM);
-        sigaddset(&signals, SIGPIPE);
+        for (const int signal : {SIGINT, SIGTERM, SIGPIPE, SIGHUP, SIGQUIT, SIGTSTP}) {
+            sigaddset(&signals, signal);
+        }
         posix_spawnattr_setsigdefault(&m_attributes, &signals);
         posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF);
     }

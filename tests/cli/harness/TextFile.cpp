@@ -21,3 +21,8 @@ std::string contentsOf(const std::string& path)
     }
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
+
+void TextFile::writeTo(const std::string& path, const std::string& text)
+{
+    std::ofstream(path, std::ios::binary) << text;
+}

@@ -13,6 +13,9 @@ public:
 
     const std::string& path() const { return m_file.path(); }
 
+    /// Writes `text` to the file, or pipe, `path`.
+    static void writeTo(const std::string& path, const std::string& text);
+
 private:
     TemporaryFile m_file;
 };

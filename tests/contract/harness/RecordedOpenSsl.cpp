@@ -4,6 +4,7 @@
 #include "harness/Memory.h"
 #include "harness/ScriptedCurl.h"
 
+#include <openssl/err.h>
 #include <openssl/pem.h>
 #include <openssl/ssl.h>
 
@@ -15,6 +16,22 @@ OpenSsl& openSsl()
 {
     static OpenSsl instance;
     return instance;
+}
+
+unsigned long leaveHostsError()
+{
+    ERR_clear_error();
+    ERR_raise(ERR_LIB_USER, ERR_R_FATAL);
+    return ERR_peek_error();
+}
+
+std::vector<unsigned long> takeErrors()
+{
+    std::vector<unsigned long> errors;
+    for (unsigned long error = 0; (error = ERR_get_error()) != 0;) {
+        errors.push_back(error);
+    }
+    return errors;
 }
 
 namespace {

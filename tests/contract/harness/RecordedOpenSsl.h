@@ -2,6 +2,7 @@
 #define CONTRACT_HARNESS_RECORDEDOPENSSL_H
 
 #include <string>
+#include <vector>
 
 /// The OpenSSL calls of the library, noted while the memory is watched and then carried out, or failed where told.
 namespace recorded {
@@ -15,6 +16,12 @@ struct OpenSsl
 };
 
 OpenSsl& openSsl();
+
+/// Empties OpenSSL's error queue of this thread and puts one error of the host's own into it, which is returned.
+unsigned long leaveHostsError();
+
+/// What the queue holds, the oldest first; empties it.
+std::vector<unsigned long> takeErrors();
 
 } // namespace recorded
 

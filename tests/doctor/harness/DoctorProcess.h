@@ -12,13 +12,17 @@
 class DoctorProcess
 {
 public:
-    /// `password` goes into its environment.
-    DoctorProcess(const std::vector<std::string>& arguments, const std::string& password);
+    /// `password` goes into its environment, and so do `variables`, each "NAME=VALUE".
+    DoctorProcess(const std::vector<std::string>& arguments, const std::string& password,
+                  const std::vector<std::string>& variables = {});
     ~DoctorProcess();
     DoctorProcess(const DoctorProcess&) = delete;
     DoctorProcess& operator=(const DoctorProcess&) = delete;
 
     void signal(int number) const;
+
+    /// The process that it has forked. Throws where there is none.
+    pid_t child() const;
 
     /// Waits for its end and gives its exit status, or minus the signal that ended it.
     int wait();

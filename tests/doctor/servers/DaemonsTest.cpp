@@ -58,7 +58,7 @@ TEST_P(Daemons, AreLeftAsTheyWere)
     doctor::Report report = examine(question);
     doctor::RoundTrip& roundTrip = report.roundTrip.emplace();
     roundTrip.name = doctor::uniqueName();
-    makeRoundTrip(question, roundTrip.name, [&roundTrip](const doctor::StepResult& each) { record(each, roundTrip); });
+    makeRoundTrip(question, roundTrip.name, [&roundTrip](const doctor::StepNews& each) { record(each, roundTrip); });
     EXPECT_EQ(server.expected.upload, roundTrip.put);
     EXPECT_EQ(server.expected.list, roundTrip.list);
     // A trip that ends right after the upload, too.

@@ -86,4 +86,28 @@ TEST_F(Pipes, AreUploadedToTheEndAndReportedAsPartial)
     EXPECT_EQ(uploadNotWhole(), live::takeRecords());
 }
 
+// Devices tell no size either.
+class Devices : public Disk
+{
+};
+
+TEST_F(Devices, TheNullDeviceIsUploadedAsAnEmptyFile)
+{
+    serve();
+    request.localPath = "/dev/null";
+    EXPECT_EQ(0, upload());
+    EXPECT_EQ("", contentOf(served("sent.bak")));
+    EXPECT_EQ(Lines{}, live::takeRecords());
+}
+
+TEST_F(Devices, ADeviceWithoutEndIsUploadedForAsLongAsTheServerTakesIt)
+{
+    constexpr std::size_t kTaken = 8000000;
+    config.faults = {testserver::parseFault("DATA=drop-after:" + std::to_string(kTaken))};
+    serve();
+    request.localPath = "/dev/zero";
+    EXPECT_EQ(55, upload());
+    EXPECT_TRUE(std::string(kTaken, '\0') == contentOf(served("sent.bak")));
+}
+
 } // namespace

@@ -1,5 +1,6 @@
 #include "harness/Fault.h"
 
+#include "harness/HastenedConnecting.h"
 #include "harness/RunTool.h"
 
 #include <curl/curl.h>
@@ -39,6 +40,8 @@ void FaultRow::arrange()
         writeFile(request.localPath, begin(kUploaded));
     } else if (row().operation == Operation::Rename) {
         request.localPath = "new.bak";
+    } else if (row().operation == Operation::Download || row().operation == Operation::List) {
+        writeFile(request.localPath, "an old file, which is to be emptied");
     }
     request.remoteFileName = "a.bak";
     for (const std::string& fault : row().faults) {
@@ -117,6 +120,8 @@ boost::shared_ptr<ISFtpResponse> Fault::transfer(ISFtpClient& client) const
 
 int Fault::operate()
 {
+    const std::optional<HastenedConnecting> hastened =
+        row().hasten ? std::make_optional<HastenedConnecting>() : std::nullopt;
     int code = -1;
     if (row().operation == Operation::Connect) {
         called = durationOf([&] { code = testConnection(); });

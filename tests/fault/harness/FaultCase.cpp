@@ -75,6 +75,8 @@ FaultCase FaultCase::at(const std::string& remote) const { return with(*this, &F
 
 FaultCase FaultCase::on(void (*change)(Scene&)) const { return with(*this, &FaultCase::arrange, change); }
 
+FaultCase FaultCase::hastened() const { return with(*this, &FaultCase::hasten, true).beyondTheTool(); }
+
 FaultCase FaultCase::beyondTheTool() const { return with(*this, &FaultCase::replayed, false); }
 
 std::ostream& operator<<(std::ostream& stream, const FaultCase& row)

@@ -68,6 +68,8 @@ struct FaultCase
     FaultCase leavingAfter(int code, std::size_t bytes) const;
     FaultCase at(const std::string& remote) const;
     FaultCase on(void (*change)(Scene&)) const;
+    /// Seconds that connecting may take pass 20 times as fast. What the operation tells libcurl counts, not the row.
+    FaultCase hastened() const;
     /// The `curl` command has no option for what the row needs.
     FaultCase beyondTheTool() const;
 
@@ -81,6 +83,7 @@ struct FaultCase
     std::optional<Left> left;
     std::string path;
     void (*arrange)(Scene&) = nullptr;
+    bool hasten = false;
     bool replayed = true;
 };
 

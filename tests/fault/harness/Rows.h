@@ -45,6 +45,9 @@ inline void noTls(Scene& scene) { scene.server.tls = testserver::TlsMode::Plain;
 /// A stall ends by itself: the operation has no time-out of its own.
 inline void boundedStall(Scene& scene) { scene.server.stallLimit = std::chrono::milliseconds(300); }
 
+/// Longer than the library's 20 seconds for connecting where they are hastened, so that they end the call.
+inline void stallBeyondConnecting(Scene& scene) { scene.server.stallLimit = std::chrono::seconds(10); }
+
 inline testserver::Certificate expired(const testserver::CertificateAuthority& authority)
 {
     testserver::CertificateOptions options;

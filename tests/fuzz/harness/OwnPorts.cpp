@@ -2,6 +2,7 @@
 #include "harness/OwnPorts.h"
 
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -16,6 +17,18 @@ namespace {
 std::atomic<std::uint16_t> controlPort{0};
 std::atomic<std::uint16_t> dataPort{0};
 std::atomic<unsigned> connections{0};
+
+// 0 as soon as a connection that has begun stands, else the error that ended it.
+int outcomeOf(int descriptor)
+{
+    pollfd watched = {descriptor, POLLOUT, 0};
+    while (poll(&watched, 1, -1) < 0) {
+    }
+    int error = 0;
+    socklen_t length = sizeof error;
+    getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &length);
+    return error;
+}
 
 } // namespace
 
@@ -39,6 +52,17 @@ extern "C" __attribute__((visibility("default"))) int connect(int descriptor, co
         errno = ECONNREFUSED;
         return -1;
     }
+    // A client may leave as soon as it has begun to connect, and the other end would never hear of it: so the
+    // connection stands, and counts, before the client goes on.
+    const int begun = static_cast<int>(syscall(SYS_connect, descriptor, address, length));
+    if (begun != 0) {
+        const int error = errno == EINPROGRESS ? outcomeOf(descriptor) : errno;
+        if (error != 0) {
+            errno = error;
+            return -1;
+        }
+        errno = EINPROGRESS;
+    }
     ++connections;
-    return static_cast<int>(syscall(SYS_connect, descriptor, address, length));
+    return begun;
 }

@@ -8,6 +8,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <tuple>
 #include <utility>
@@ -29,12 +30,18 @@ std::pair<int, std::uint16_t> listenOnFreePort()
 }
 
 // Negative when the listener was shut down. A call of accept() that waits has already taken a descriptor, and whoever
-// counts descriptors would find it missing: so the waiting is poll()'s.
+// counts descriptors would find it missing: so the waiting is poll()'s. The fuzzer's alarm interrupts that.
 int nextConnection(int listener)
 {
-    pollfd watched = {listener, POLLIN, 0};
-    poll(&watched, 1, -1);
-    return accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+    for (;;) {
+        pollfd watched = {listener, POLLIN, 0};
+        poll(&watched, 1, -1);
+        const int connection = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+        if (connection >= 0 || errno == EINVAL) {
+            return connection;
+        }
+        require(errno == EAGAIN || errno == EINTR || errno == ECONNABORTED, "the playback accepts connections");
+    }
 }
 
 void replaceAll(std::string& text, const std::string& what, const std::string& with)

@@ -1,0 +1,46 @@
+#include "doctor/NameList.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace doctor {
+
+namespace {
+
+constexpr std::size_t kLongestListing = std::size_t{1} << 20;
+
+}
+
+bool listingNames(std::istream& listing, const std::string& file)
+{
+    for (std::string line; std::getline(listing, line);) {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        if (line.substr(line.rfind('/') + 1) == file) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void NameList::append(const char* bytes, std::size_t count)
+{
+    const std::size_t taken = std::min(count, kLongestListing - m_listing.size());
+    m_listing.append(bytes, taken);
+    m_isCut = m_isCut || taken < count;
+}
+
+std::size_t NameList::lines() const
+{
+    const auto ends = static_cast<std::size_t>(std::count(m_listing.begin(), m_listing.end(), '\n'));
+    return m_listing.empty() || m_listing.back() == '\n' ? ends : ends + 1;
+}
+
+bool NameList::holds(const std::string& file) const
+{
+    std::istringstream stream(m_listing);
+    return listingNames(stream, file);
+}
+
+} // namespace doctor

@@ -1,0 +1,32 @@
+#ifndef SFTPCLIENT_CLI_DOCTOR_NAMELIST_H
+#define SFTPCLIENT_CLI_DOCTOR_NAMELIST_H
+
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+
+namespace doctor {
+
+/// Whether a line of this listing names the file. Some servers put the directory before each name.
+bool listingNames(std::istream& listing, const std::string& file);
+
+/// What a server sent as the listing of a directory. It answers questions; the names themselves are not shown.
+class NameList
+{
+public:
+    /// Takes in a piece as it arrives. What is beyond 1 MiB is left out: a server may list without end.
+    void append(const char* bytes, std::size_t count);
+
+    std::size_t lines() const;
+    bool holds(const std::string& file) const;
+    /// Whether something was left out.
+    bool isCut() const { return m_isCut; }
+
+private:
+    std::string m_listing;
+    bool m_isCut = false;
+};
+
+} // namespace doctor
+
+#endif

@@ -1,0 +1,116 @@
+// A server that repeats the password wherever it can: no operation shows it, or ends in another way because of it.
+#include "PlantedPassword.h"
+#include "harness/Served.h"
+
+#include <filesystem>
+#include <future>
+
+namespace {
+
+struct Attempt
+{
+    std::vector<std::string> form;
+    int status;
+};
+
+class PlantedPasswords : public Served, public testing::WithParamInterface<PlantedPassword>
+{
+protected:
+    PlantedPasswords()
+    {
+        config.password = GetParam().password;
+        writeFile(local("sent"), "contents");
+        writeFile(served("kept"), "contents");
+        writeFile(served("old"), "contents");
+        writeFile(served("gone"), "contents");
+    }
+
+    /// A fault that says every form of the password.
+    std::string planted(const std::string& fault) const
+    {
+        std::string text;
+        for (const char character : GetParam().text(config.user)) {
+            text.append(character == '\\' ? 2 : 1, character);
+        }
+        return fault + text;
+    }
+
+    void servePlanted(const std::vector<std::string>& faults)
+    {
+        std::vector<std::string> all;
+        for (const std::string& each : faults) {
+            all.push_back(planted(each));
+        }
+        serve(all);
+    }
+
+    /// All at once, each with everything that it can say.
+    void expectSecrecy(const std::vector<Attempt>& attempts, const Variables& more = {}) const
+    {
+        std::vector<std::future<CommandResult>> results;
+        for (const Attempt& each : attempts) {
+            std::vector<std::string> form = each.form;
+            form.insert(form.end(), {"--trace", "--json"});
+            results.push_back(std::async(std::launch::async, [this, form, more] { return run(form, more); }));
+        }
+        for (std::size_t i = 0; i < attempts.size(); ++i) {
+            const CommandResult result = results[i].get();
+            const std::string all = result.out + result.err;
+            EXPECT_EQ(attempts[i].status, result.status) << attempts[i].form[0] << all;
+            EXPECT_EQ("", GetParam().shownIn(all, config.user)) << attempts[i].form[0] << all;
+            EXPECT_NE(std::string::npos, all.find("<<")) << attempts[i].form[0] << " was told nothing: " << all;
+        }
+    }
+};
+
+} // namespace
+
+TEST_P(PlantedPasswords, AreNotShownWhenAllGoesWell)
+{
+    std::vector<std::string> faults;
+    for (const char* const command : {"GREETING", "AUTH", "USER", "PASS", "PBSZ", "PROT", "PWD", "CWD", "TYPE", "EPSV",
+                                      "NLST", "LIST", "RETR", "STOR", "DONE", "rename", "rm", "QUIT"}) {
+        faults.push_back(std::string(command) + "=append:");
+    }
+    servePlanted(faults);
+    expectSecrecy({{{"test", url()}, 0},
+                   {{"put", "sent", url()}, 0},
+                   {{"ls", url()}, 0},
+                   {{"get", url("/kept"), "got"}, 0},
+                   {{"mv", url(), "old", "new"}, 0},
+                   {{"rm", url(), "gone"}, 0}});
+}
+
+TEST_P(PlantedPasswords, AreNotShownWhenTheServerRefuses)
+{
+    servePlanted({"STOR=reply:553 ", "NLST=reply:550 ", "SIZE=reply:550 ", "rename=reply:500 ", "rm=reply:550 "});
+    expectSecrecy({{{"put", "sent", url()}, 25},
+                   {{"ls", url()}, 19},
+                   {{"get", url("/kept"), "got"}, 78},
+                   {{"mv", url(), "old", "new"}, 21},
+                   {{"rm", url(), "gone"}, 21}});
+}
+
+TEST_P(PlantedPasswords, AreNotShownWhenTheLoginIsRefused)
+{
+    servePlanted({"PASS=reply:530 "});
+    expectSecrecy({{{"test", url()}, 67}, {{"put", "sent", url()}, 67}, {{"get", url("/kept"), "got"}, 255}});
+}
+
+TEST_P(PlantedPasswords, AreNotShownOutOfACertificate)
+{
+    const testserver::CertificateAuthority own;
+    testserver::CertificateOptions options;
+    options.dnsNames = {};
+    options.addresses = {};
+    options.commonName = marked(GetParam().password);
+    config.certificate = own.issue(options);
+    config.tls = testserver::TlsMode::Implicit;
+    writeFile(local("own.pem"), own.certificatePem());
+    serve();
+    expectSecrecy({{{"put", "sent", url()}, 60}, {{"test", url()}, 0}, {{"get", url("/kept"), "got"}, 255}},
+                  {{"SFTPCLIENT_DEFAULT_TRUST", local("own.pem")}});
+}
+
+INSTANTIATE_TEST_SUITE_P(Such, PlantedPasswords, testing::ValuesIn(everyPassword()),
+                         [](const testing::TestParamInfo<PlantedPassword>& of) { return std::string(of.param.id); });

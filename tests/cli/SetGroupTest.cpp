@@ -1,0 +1,76 @@
+// In a process with more rights than its caller, the environment is not obeyed.
+#include "harness/Process.h"
+#include "harness/Served.h"
+#include "harness/TextFile.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+
+namespace {
+
+constexpr gid_t kOtherGroup = 65534;
+
+class SetGroup : public Served
+{
+protected:
+    /// The command's file, with a group of its own that comes with it. Needs root.
+    SetGroup() : m_command(std::string(SFTPCLIENT_COMMAND) + "-" + std::to_string(getpid()))
+    {
+        std::filesystem::copy_file(SFTPCLIENT_COMMAND, m_command);
+        EXPECT_EQ(chown(m_command.c_str(), getuid(), kOtherGroup), 0) << "this test needs root";
+        std::filesystem::permissions(m_command, std::filesystem::perms::set_gid, std::filesystem::perm_options::add);
+    }
+    ~SetGroup() override { std::filesystem::remove(m_command); }
+
+    CommandResult runIt(std::vector<std::string> words, const Variables& environment) const
+    {
+        const TemporaryFile out;
+        const TemporaryFile err;
+        words.insert(words.begin(), m_command);
+        ProcessSetup setup;
+        setup.words = std::move(words);
+        setup.environment = environment;
+        setup.folder = local("");
+        setup.out = out.path();
+        setup.err = err.path();
+        const int status = Process(setup).wait();
+        return {status, contentsOf(out.path()), contentsOf(err.path())};
+    }
+
+private:
+    std::string m_command;
+};
+
+} // namespace
+
+TEST_F(SetGroup, ObeysNoVariable)
+{
+    serve();
+    const std::string noTerminal =
+        "sftpclient: There is no password and no terminal to ask for one: give --password-file "
+        "FILE, or set SFTPCLIENT_PASSWORD.\n";
+    writeFile(local("bad"), "[sftpclient]\nnonsense=1\n");
+    std::filesystem::create_directories(local("home/.config/sftpclient"));
+    writeFile(local("home/.config/sftpclient/config"), "[sftpclient]\nnonsense=1\n");
+    writeFile(local("home/.netrc"), "nonsense");
+    const Variables variables{{"SFTPCLIENT_PASSWORD", "secret"},
+                              {"SFTPCLIENT_CONFIG", "bad"},
+                              {"SFTPCLIENT_PORT", "nonsense"},
+                              {"XDG_CONFIG_HOME", local("home/.config")},
+                              {"HOME", local("home")}};
+    EXPECT_EQ(runIt({"ls", url(), "--ca", "none"}, variables).err, noTerminal);
+    EXPECT_EQ(runIt({"ls", plainUrl(), "--ca", "none", "--netrc"}, variables).err,
+              "sftpclient: HOME is not set, so there is no ~/.netrc: name the file with --netrc-file FILE.\n");
+    EXPECT_EQ(sessions().size(), 0U);
+}
+
+TEST_F(SetGroup, KeepsItsTemporaryFilesToItself)
+{
+    serve();
+    writeFile(local("password"), config.password);
+    writeFile(local("config"), "[General]\nCertAuthSwitch=0\n");
+    const CommandResult result = runIt(
+        {"ls", url(), "--ca", "none", "--config", "config", "--password-file", "password"}, {{"TMPDIR", "/nowhere"}});
+    EXPECT_EQ(result.status, 0) << result.err;
+}

@@ -1,0 +1,135 @@
+// The playback and the program's own connect(), on which the session waits for the end of its connections: a connection
+// that is counted must end, or the fuzzer takes its own harness for a finding.
+#include "harness/Playback.h"
+#include "harness/OwnPorts.h"
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <dlfcn.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <future>
+#include <string>
+#include <thread>
+
+namespace {
+
+std::atomic<int> interruptions{0};
+
+// A socket, closed with the object, and the port of 127.0.0.1 that it is bound to.
+class Socket
+{
+public:
+    explicit Socket(int flags = 0) : m_descriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | flags, 0)) {}
+    ~Socket() { close(m_descriptor); }
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+
+    int descriptor() const { return m_descriptor; }
+
+    std::uint16_t bindToFreePort() const
+    {
+        sockaddr_in address = at(0);
+        socklen_t length = sizeof address;
+        EXPECT_EQ(0, bind(m_descriptor, reinterpret_cast<sockaddr*>(&address), length));
+        EXPECT_EQ(0, getsockname(m_descriptor, reinterpret_cast<sockaddr*>(&address), &length));
+        return ntohs(address.sin_port);
+    }
+
+    int connectTo(std::uint16_t port) const
+    {
+        const sockaddr_in address = at(port);
+        return connect(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    }
+
+    int state() const
+    {
+        tcp_info info = {};
+        socklen_t length = sizeof info;
+        getsockopt(m_descriptor, IPPROTO_TCP, TCP_INFO, &info, &length);
+        return info.tcpi_state;
+    }
+
+private:
+    static sockaddr_in at(std::uint16_t port)
+    {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_port = htons(port);
+        return address;
+    }
+
+    const int m_descriptor;
+};
+
+TEST(Playback, GoesOnAfterASignal)
+{
+    interruptions = 2; // one for each of its threads
+    Playback server;
+    server.load("220 hello\r\n^content");
+    allowPortsOnly(server.controlPort(), server.dataPort());
+    for (const std::uint16_t port : {server.controlPort(), server.dataPort()}) {
+        const Socket client;
+        ASSERT_EQ(0, client.connectTo(port));
+    }
+    server.waitForEndOf(2);
+    EXPECT_GE(0, interruptions);
+}
+
+TEST(OwnPorts, AConnectionStandsBeforeTheClientGoesOn)
+{
+    const Socket listener;
+    const std::uint16_t port = listener.bindToFreePort();
+    ASSERT_EQ(0, listen(listener.descriptor(), 0));
+    allowPortsOnly(port, 0);
+    const Socket first; // fills the queue
+    ASSERT_EQ(0, first.connectTo(port));
+
+    const unsigned before = ownConnections();
+    const Socket second(SOCK_NONBLOCK);
+    const std::future<void> room = std::async(std::launch::async, [&] {
+        while (second.state() == TCP_CLOSE) {
+            std::this_thread::yield();
+        }
+        close(accept(listener.descriptor(), nullptr, nullptr));
+    });
+    EXPECT_EQ(-1, second.connectTo(port));
+    EXPECT_EQ(EINPROGRESS, errno);
+    EXPECT_EQ(TCP_ESTABLISHED, second.state());
+    EXPECT_EQ(before + 1, ownConnections());
+}
+
+TEST(OwnPorts, AConnectionThatIsRefusedDoesNotCount)
+{
+    const Socket reserved; // nobody listens there
+    const std::uint16_t port = reserved.bindToFreePort();
+    allowPortsOnly(port, 0);
+    const unsigned before = ownConnections();
+    for (const int flags : {0, int(SOCK_NONBLOCK)}) {
+        const Socket client(flags);
+        EXPECT_EQ(-1, client.connectTo(port));
+        EXPECT_EQ(ECONNREFUSED, errno);
+    }
+    EXPECT_EQ(before, ownConnections());
+}
+
+} // namespace
+
+// Stands before the C library's, for the playback too.
+extern "C" int poll(pollfd* watched, nfds_t count, int milliseconds)
+{
+    if (interruptions.fetch_sub(1) > 0) {
+        errno = EINTR;
+        return -1;
+    }
+    static auto* const next = reinterpret_cast<int (*)(pollfd*, nfds_t, int)>(dlsym(RTLD_NEXT, "poll"));
+    return next(watched, count, milliseconds);
+}

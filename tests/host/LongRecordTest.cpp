@@ -1,0 +1,39 @@
+#include "harness/AppliedSettings.h"
+#include "harness/LogCapture.h"
+#include "harness/ScarceMemory.h"
+
+#include <LogProxy.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace {
+
+constexpr std::size_t kText = 67108864;
+
+// What it takes to write a record whose every byte is escaped, beyond its text.
+std::size_t bytesToWriteARecordIn(LogFormat format)
+{
+    HostLogSettings settings;
+    settings.format = format;
+    const LogCapture capture;
+    const AppliedSettings applied(settings);
+    auto record = std::make_unique<LogProxy>(4, "m", 0, "f()", 1);
+    *record << std::string(kText, '\x01');
+    const std::size_t before = bytesAllocated();
+    record.reset();
+    const std::size_t taken = bytesAllocated() - before;
+    EXPECT_NE(capture.text().find(" bytes left out]"), std::string::npos);
+    EXPECT_GE(taken, kText) << "LogProxy's copy";
+    return taken - kText;
+}
+
+} // namespace
+
+TEST(LongRecord, TakesLittleMemoryBesidesItsText)
+{
+    EXPECT_LT(bytesToWriteARecordIn(LogFormat::Text), 4194304U);
+    EXPECT_LT(bytesToWriteARecordIn(LogFormat::Json), 4194304U);
+}

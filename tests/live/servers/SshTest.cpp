@@ -1,0 +1,79 @@
+#include "RealServer.h"
+#include "disk/harness/AfterFirstBlock.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <iterator>
+
+namespace {
+
+// What differs with an sftp: URL. There libcurl ends an upload without a word when the source has ended, or when it has
+// sent the first block of one that tells no size.
+class OverSsh : public RealServer
+{
+protected:
+    std::size_t uploaded(const std::string& source, const std::string& name)
+    {
+        aimAt(name);
+        request.localPath = source;
+        EXPECT_EQ(0, facade.UploadFileToSFtpServer(request, errorText));
+        return contentOf(served(name)).size();
+    }
+
+    static constexpr std::size_t kFirstBlock = 65536; // libcurl's upload buffer
+};
+
+std::vector<Server> thoseWithSsh()
+{
+    std::vector<Server> those;
+    std::copy_if(servers().begin(), servers().end(), std::back_inserter(those),
+                 [](const Server& each) { return each.scheme == "sftp"; });
+    return those;
+}
+
+TEST_P(OverSsh, OfAPipeTheFirstBlockIsSentAndTheResultIsZero)
+{
+    const auto before = std::signal(SIGPIPE, SIG_IGN); // the pipe is left before its end
+    const std::string pipe = local("pipe");
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    const std::future<void> writer =
+        std::async(std::launch::async, [&] { std::ofstream(pipe, std::ios::binary) << std::string(600000, 'x'); });
+    EXPECT_EQ(kFirstBlock, uploaded(pipe, "pipe.bak"));
+    writer.wait();
+    std::signal(SIGPIPE, before);
+}
+
+TEST_P(OverSsh, OfADeviceTooWhateverItHolds)
+{
+    EXPECT_EQ(kFirstBlock, uploaded("/dev/zero", "zero.bak"));
+    EXPECT_EQ(0U, uploaded("/dev/null", "null.bak"));
+}
+
+TEST_P(OverSsh, OfAFolderNothingIsSent) { EXPECT_EQ(0U, uploaded(local(""), "folder.bak")); }
+
+TEST_P(OverSsh, OfAFileThatBecomesShorterWhatIsLeftIsSent)
+{
+    writeFile(local("source"), std::string(600000, 'x'));
+    const AfterFirstBlock after([this] { std::filesystem::resize_file(local("source"), 100000); });
+    EXPECT_EQ(100000U, uploaded(local("source"), "shorter.bak"));
+    EXPECT_TRUE(after.hasHappened());
+}
+
+TEST_P(OverSsh, TheSizeCheckPrintsNeitherPasswordNorHeaders)
+{
+    keep("fetched.bak", "content");
+    aimAt("fetched.bak");
+    EXPECT_TRUE(facade.CheckFileSizeBeforeDownload(request));
+    EXPECT_EQ("", out->content());
+    EXPECT_NE("", err->content());
+    EXPECT_EQ(std::string::npos, err->content().find(request.password));
+}
+
+INSTANTIATE_TEST_SUITE_P(OfDebian, OverSsh, testing::ValuesIn(thoseWithSsh()), idOf);
+
+} // namespace
