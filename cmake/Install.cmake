@@ -39,6 +39,16 @@ function(sftpclient_install_library)
     sftpclient_install_pkgconfig(sftpclient.pc)
 endfunction()
 
+function(sftpclient_install_session)
+    # It finds the library next to it in any prefix but the system's own, where a search path would be a fault.
+    if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+        set_target_properties(SFtpSession PROPERTIES INSTALL_RPATH "$ORIGIN")
+    endif()
+    install(TARGETS SFtpSession EXPORT SFtpClientTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT session NAMELINK_COMPONENT development)
+    sftpclient_install_pkgconfig(sftpclient-session.pc)
+endfunction()
+
 function(sftpclient_install_host)
     install(TARGETS SFtpClientHost EXPORT SFtpClientHostTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)

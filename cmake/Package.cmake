@@ -11,13 +11,13 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/StripArchive.cmake)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-set(CPACK_COMPONENTS_ALL runtime development command)
+set(CPACK_COMPONENTS_ALL runtime session development command)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The library's own package is not installed while the packages are made: the command names it below.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/session)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 # What is packaged against this release goes on with every later one of the same SOVERSION.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
@@ -33,10 +33,19 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "file transfers over FTP with TLS for ho
 A shared library with which a host application moves files to and from a
 remote file server. The host supplies logging, configuration and security.")
 
+set(CPACK_DEBIAN_SESSION_PACKAGE_NAME libsftpsession${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_SESSION_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_SESSION_PACKAGE_DEPENDS "${library} (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_SESSION_PACKAGE_RECOMMENDS ca-certificates)
+set(CPACK_DEBIAN_SESSION_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
+set(CPACK_COMPONENT_SESSION_DESCRIPTION "file transfers over FTP with TLS - sessions
+A shared library beside libSFtpClient with the same operations, and more, for
+every server: safe unless told otherwise, over connections that are kept.")
+
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libsftpclient-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "${library} (= ${PROJECT_VERSION}), libboost-dev, libcurl4-openssl-dev, libssl-dev, libspdlog-dev")
+    "${library} (= ${PROJECT_VERSION}), libsftpsession${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libboost-dev, libcurl4-openssl-dev, libssl-dev, libspdlog-dev")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "file transfers over FTP with TLS - development files
 Headers, CMake and pkg-config files of libSFtpClient, guides and examples, and
 a static library with host services for applications that have none.")
@@ -47,7 +56,7 @@ set(CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS "${library} (>= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_COMMAND_DESCRIPTION "file transfers over FTP with TLS - command
 Runs each operation of libSFtpClient from the command line, and finds out why
 a server refuses them.")
-foreach(component RUNTIME DEVELOPMENT COMMAND)
+foreach(component RUNTIME SESSION DEVELOPMENT COMMAND)
     set(package ${CPACK_DEBIAN_${component}_PACKAGE_NAME})
     string(TOLOWER ${component} destination)
     install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright ${PROJECT_BINARY_DIR}/changelog.gz

@@ -44,7 +44,7 @@ public:
     {
         CURLcode code = tryToSend(false);
         // Nothing has been sent then: the directory comes before the file.
-        if (code == CURLE_REMOTE_ACCESS_DENIED) {
+        if (code == CURLE_REMOTE_ACCESS_DENIED || (m_target.isSsh() && code == CURLE_REMOTE_FILE_NOT_FOUND)) {
             code = tryToSend(true);
         }
         if (code == CURLE_QUOTE_ERROR && m_target.isSsh() && isStored()) {

@@ -76,6 +76,8 @@ def run_program(place, block, blocks, readme):
     write_files(place, blocks)
     (place.work / "block.cpp").write_text(for_this_server(block.text))
     sources, packages = ["block.cpp"], ["sftpclient-host", "libcurl"]
+    if "<SFtpSession.h>" in block.text:
+        packages.append("sftpclient-session")
     if not is_program(block):
         (place.work / "readme.cpp").write_text(for_this_server(readme.text))
         sources, packages = ["readme.cpp", "block.cpp"], ["sftpclient", "libcurl"]

@@ -3,7 +3,12 @@
 
 #include <SFtpSession.h>
 
+#include <curl/curl.h>
+
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <random>
 
 namespace {
@@ -19,12 +24,75 @@ std::string randomBytes(std::size_t size)
 class Sessions : public RealServer
 {
 protected:
+    // The options of a host that knows this server: an SSH server by its key's fingerprint.
     SessionOptions options()
     {
         SessionOptions chosen;
-        chosen.acceptUnknownHostKey = true;
-        chosen.requireTls = server.dataTls != DataTls::None;
+        if (server.scheme == "sftp") {
+            aimAt("");
+            SFtpSession stranger;
+            EXPECT_EQ(CURLE_PEER_FAILED_VERIFICATION, stranger.TestSConnect(request, errorText));
+            const std::string::size_type begin = errorText.find("SHA256:");
+            EXPECT_NE(std::string::npos, begin) << errorText;
+            chosen.hostKeySha256 = errorText.substr(begin, errorText.find(';', begin) - begin);
+        }
         return chosen;
+    }
+
+    int upload(SFtpSession& session)
+    {
+        aimAt("new/folder/sent.bak");
+        writeFile(request.localPath, content);
+        const int code = session.UploadFileToSFtpServer(request, errorText);
+        EXPECT_EQ(code == 0, contentOf(served("new/folder/sent.bak")) == content) << errorText;
+        return code;
+    }
+
+    int download(SFtpSession& session)
+    {
+        keep("weekly/fetched.bak", content);
+        aimAt("weekly/fetched.bak");
+        request.localPath = local("fetched");
+        const int code = session.DownLoadSFtpFile(request, errorText);
+        EXPECT_EQ(code == 0, contentOf(request.localPath) == content) << errorText;
+        return code;
+    }
+
+    int list(SFtpSession& session)
+    {
+        keep("listed/a.bak", "a");
+        aimAt("listed/");
+        request.localPath = local("names");
+        const int code = session.Listsftpdir(request, errorText);
+        EXPECT_EQ(code == 0 ? "a.bak\n" : "no such file", contentOf(request.localPath)) << errorText;
+        return code;
+    }
+
+    int rename(SFtpSession& session)
+    {
+        keep("weekly/old.bak", "renamed");
+        aimAt("weekly/");
+        request.remoteFileName = "old.bak";
+        request.localPath = "new.bak";
+        const int code = session.ReNameSFtpFile(request, errorText);
+        EXPECT_EQ(code == 0, contentOf(served("weekly/new.bak")) == "renamed") << errorText;
+        return code;
+    }
+
+    int remove(SFtpSession& session)
+    {
+        keep("weekly/gone.bak", "deleted");
+        aimAt("weekly/");
+        request.remoteFileName = "gone.bak";
+        const int code = session.DelSFtpFile(request, errorText);
+        EXPECT_EQ(code == 0, !exists(served("weekly/gone.bak"))) << errorText;
+        return code;
+    }
+
+    int test(SFtpSession& session)
+    {
+        aimAt("");
+        return session.TestSConnect(request, errorText);
     }
 
     void expectOk(int code, const char* what) { EXPECT_EQ(0, code) << what << ": " << errorText; }
@@ -63,9 +131,36 @@ protected:
     const std::string content = randomBytes(300001);
 };
 
-TEST_P(Sessions, RunEveryOperationAgainAndAgain)
+std::string rowOf(const Server& server, const std::vector<int>& codes)
+{
+    std::string row = "| " + server.title + " | ";
+    for (const int code : codes) {
+        row += (code == 0 ? "works" : std::to_string(code)) + " | ";
+    }
+    return row;
+}
+
+std::string sessionsSection()
+{
+    std::ifstream file(SERVERS_DOCUMENT);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    return text.substr(std::min(text.find("\n## Sessions\n"), text.size()));
+}
+
+// With the defaults, but for the SSH server's key.
+TEST_P(Sessions, AnswerAsTheDocumentSays)
 {
     SFtpSession session(options());
+    const std::string row = rowOf(
+        server, {test(session), upload(session), list(session), download(session), rename(session), remove(session)});
+    EXPECT_NE(std::string::npos, sessionsSection().find("\n" + row)) << row << " is not in docs/servers.md.";
+}
+
+TEST_P(Sessions, RunEveryOperationAgainAndAgain)
+{
+    SessionOptions chosen = options();
+    chosen.requireTls = server.dataTls != DataTls::None;
+    SFtpSession session(chosen);
     keep("rounds/x", "");
     std::filesystem::remove(served("rounds/x"));
     for (int round = 0; round < 30 && !HasFailure(); ++round) {
