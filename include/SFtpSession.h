@@ -29,11 +29,12 @@ enum class TransferPhase
     Finishing     ///< all bytes have moved; the server's confirmation is awaited
 };
 
+/// How far a transfer is.
 struct TransferProgress
 {
     std::int64_t bytes = 0;  ///< of the file, moved so far, those of an earlier attempt that is resumed included
     std::int64_t total = -1; ///< of the file; -1: unknown
-    TransferPhase phase = TransferPhase::Connecting;
+    TransferPhase phase = TransferPhase::Connecting; ///< what is going on
 };
 
 enum class EntryKind
@@ -46,8 +47,8 @@ enum class EntryKind
 /// What is in a directory on the server. Names are the server's: check them before they become local paths.
 struct RemoteEntry
 {
-    std::string name;
-    EntryKind kind = EntryKind::Other;
+    std::string name;                                              ///< within its directory
+    EntryKind kind = EntryKind::Other;                             ///< what it is
     std::int64_t size = -1;                                        ///< in bytes; -1: unknown
     std::optional<std::chrono::system_clock::time_point> modified; ///< where the server reports it in UTC
 };
@@ -64,11 +65,11 @@ struct SessionOptions
     /// `ftp:` URLs go on only over TLS, before the login, for control and data; else the result is 64. False lets a
     /// server without TLS have the login and the files in the clear; TLS is still used where the server has it.
     bool requireTls = true;
-    bool compareHostName = true; ///< the server's certificate must name the URL's host
-    TlsVersion minimumTls = TlsVersion::Tls12;
-    std::string pinnedPublicKey;   ///< "sha256//BASE64": the public key that the server must have; else 90
-    std::string clientCertificate; ///< PEM text; with `clientKey`
-    std::string clientKey;         ///< PEM text, without a passphrase
+    bool compareHostName = true;               ///< the server's certificate must name the URL's host
+    TlsVersion minimumTls = TlsVersion::Tls12; ///< no older version is spoken
+    std::string pinnedPublicKey;               ///< "sha256//BASE64": the public key that the server must have; else 90
+    std::string clientCertificate;             ///< PEM text; with `clientKey`
+    std::string clientKey;                     ///< PEM text, without a passphrase
 
     std::string knownHostsFile; ///< SSH: a file as OpenSSH writes it
     std::string hostKeySha256;  ///< SSH: the fingerprint that the host key must have, as ssh-keygen -l prints it
@@ -175,12 +176,14 @@ public:
     /// Hands the file `remotePath` to `sink`, in order. `localPath` is not used. What `sink` has got when the download
     /// fails is the beginning of the file.
     int DownLoadTo(const SFtpRequest& request, const DataSink& sink, std::string& errorText);
+    /// The same into a stream; 23 where it takes no more.
     int DownLoadTo(const SFtpRequest& request, std::ostream& out, std::string& errorText);
 
     /// Sends what `source` gives to `remotePath`, as `UploadFileToSFtpServer` does. `size`: how many bytes there will
     /// be, -1 where that is not known; 26 where there are fewer or more.
     int UploadFrom(const SFtpRequest& request, const DataSource& source, std::string& errorText,
                    std::int64_t size = -1);
+    /// The same from a stream, up to its end.
     int UploadFrom(const SFtpRequest& request, std::istream& in, std::string& errorText, std::int64_t size = -1);
 
     /// Ends every call that runs or waits, and every one that comes later, with 42. From any thread, or from a signal
