@@ -3,15 +3,21 @@
 
 #include <curl/curl.h>
 
+#include <stdexcept>
 #include <string>
 
 namespace session {
 
-/// Ends a call: the code that it returns, and the sentence about it. Thrown.
-struct Failure
+/// Ends a call: the code that it returns, and as `what()` the sentence about it.
+class Failure : public std::runtime_error
 {
-    CURLcode code;
-    std::string text;
+public:
+    Failure(CURLcode code, const std::string& text) : std::runtime_error(text), m_code(code) {}
+
+    CURLcode code() const { return m_code; }
+
+private:
+    CURLcode m_code;
 };
 
 /// A failure that the session itself found: libcurl's text for `code`, and what was found.

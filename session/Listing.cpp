@@ -106,7 +106,7 @@ RemoteEntry statByCommands(const Work& work, const std::string& name)
         try {
             visitDirectory(work, {});
         } catch (const Failure&) {
-            throw missing;
+            throw Failure(missing);
         }
         return {name, EntryKind::Directory, -1, std::nullopt};
     }

@@ -60,11 +60,11 @@ public:
         try {
             run(request, operation);
         } catch (const Failure& failure) {
-            errorText = failure.text;
+            errorText = failure.what();
             record(kLogFailure, name, __LINE__,
-                   shown(request.remotePath, request.password) + ": " + std::to_string(failure.code) + " " +
-                       failure.text);
-            return failure.code;
+                   shown(request.remotePath, request.password) + ": " + std::to_string(failure.code()) + " " +
+                       failure.what());
+            return failure.code();
         }
         record(kLogEnd, name, __LINE__, shown(request.remotePath, request.password) + ": end");
         return 0;
@@ -105,7 +105,7 @@ private:
             }
             return true;
         } catch (const Failure& failure) {
-            if (kept && !fresh && diedWhileKept(connection, call, failure.code)) {
+            if (kept && !fresh && diedWhileKept(connection, call, failure.code())) {
                 connection.giveUp();
                 return false;
             }
@@ -116,7 +116,7 @@ private:
     // A server that has nothing but TLS 1.3: nothing has been said to it but that.
     static bool refusesTls12(const Connection& connection, const Failure& failure)
     {
-        return failure.code == CURLE_SSL_CONNECT_ERROR &&
+        return failure.code() == CURLE_SSL_CONNECT_ERROR &&
                connection.detail().find("protocol version") != std::string::npos;
     }
 

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace session {
 
@@ -50,7 +51,7 @@ public:
         if (code == CURLE_QUOTE_ERROR && m_target.isSsh() && isStored()) {
             replaceOverSsh();
         } else if (code != CURLE_OK) {
-            throw m_failure;
+            throw Failure(*m_failure);
         }
     }
 
@@ -136,7 +137,7 @@ private:
     std::string m_name;
     std::string m_stored;
     bool m_begun = false;
-    Failure m_failure = {};
+    std::optional<Failure> m_failure;
 };
 
 } // namespace

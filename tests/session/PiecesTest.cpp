@@ -243,8 +243,8 @@ TEST_F(Arriving, NamesWhatCannotBeWritten)
             ArrivingFile file(where);
             ADD_FAILURE() << where;
         } catch (const Failure& failure) {
-            EXPECT_EQ(CURLE_WRITE_ERROR, failure.code);
-            EXPECT_NE(std::string::npos, failure.text.find(where)) << failure.text;
+            EXPECT_EQ(CURLE_WRITE_ERROR, failure.code());
+            EXPECT_NE(std::string::npos, std::string(failure.what()).find(where)) << failure.what();
         }
     }
 }
