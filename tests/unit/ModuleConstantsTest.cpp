@@ -1,4 +1,4 @@
-#include "harness/LocalStrings.h"
+#include "LocalStrings.h"
 
 #include <gtest/gtest.h>
 

@@ -26,12 +26,6 @@ constexpr const char* kDefaultTrust = "SFTPCLIENT_DEFAULT_TRUST";
 
 } // namespace
 
-Lines operator+(Lines left, const Lines& right)
-{
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
-
 Live::Live() : out(std::make_unique<Redirection>(stdout)), err(std::make_unique<Redirection>(stderr))
 {
     std::string pattern = testing::TempDir() + "live-XXXXXX";

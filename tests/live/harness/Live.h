@@ -3,6 +3,7 @@
 
 #include "harness/LiveHost.h"
 #include "harness/Redirection.h"
+#include "support/Lines.h"
 
 #include <Certificates.h>
 #include <FtpServer.h>
@@ -14,10 +15,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-using Lines = std::vector<std::string>;
-
-Lines operator+(Lines left, const Lines& right);
 
 /// The base of every live test: folders, a CA of its own, a request, and a server on demand. What libcurl prints by
 /// itself goes into `out` and `err`.
