@@ -38,9 +38,10 @@ protected:
 
     Lines convert(const std::string& text, SecuritySS_RC expected)
     {
-        X509* cert = nullptr;
+        X509* cert = second.get();
         Lines lines = journalOf([&] { EXPECT_EQ(expected, sftpConvToX509(text, cert)); });
-        converted.reset(cert);
+        EXPECT_NE(second.get(), cert);
+        converted.reset(cert == second.get() ? nullptr : cert);
         return lines;
     }
 
@@ -141,6 +142,17 @@ TEST_F(TlsContract, TextBeforeTheCertificateIsPassedOver)
     expectConverted(text, tried(text) + released(), first.get());
 }
 
+TEST_F(TlsContract, OnlyTheFirstCertificateIsConverted)
+{
+    const std::string pem = pemOf(first.get());
+    const std::string der = derOf(first.get());
+    for (const std::string& text : {pem + pemOf(second.get()), pem + "rubbish", der + derOf(second.get())}) {
+        SCOPED_TRACE(text);
+        convert(text, SECURITYSS_SUCCESS);
+        EXPECT_EQ(0, X509_cmp(first.get(), converted.get()));
+    }
+}
+
 TEST_F(TlsContract, OpensslsErrorsAreLeftWhereTheyAre)
 {
     ERR_clear_error();
@@ -155,7 +167,13 @@ TEST_F(TlsContract, OpensslsErrorsAreLeftWhereTheyAre)
 
 TEST_F(TlsContract, AnythingElseIsRefused)
 {
-    for (const char* text : {"", "none", "no certificate\n"}) {
+    const std::string pem = pemOf(first.get());
+    const std::string der = derOf(first.get());
+    const std::string begin = "-----BEGIN CERTIFICATE-----\n";
+    const std::string end = "-----END CERTIFICATE-----\n";
+    for (const std::string& text :
+         {std::string(), std::string("none"), std::string("no certificate\n"), begin, begin + "!!!!\n" + end,
+          begin + "AAAA\n" + end, pem.substr(0, pem.size() - 20), der.substr(0, der.size() - 1)}) {
         SCOPED_TRACE(text);
         EXPECT_TRUE(sameLines(
             tried(text) + Lines{"d2i_X509_bio buffer 2", record(1, "sftpConvToX509", "pCert is nullptr")} + released(),

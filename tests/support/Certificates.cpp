@@ -17,6 +17,8 @@ std::string bytesOf(BIO* buffer)
     return std::string(bytes, static_cast<std::size_t>(length));
 }
 
+long serialOf(const X509* cert) { return ASN1_INTEGER_get(X509_get0_serialNumber(cert)); }
+
 } // namespace
 
 Certificate make(long serial)
@@ -59,7 +61,5 @@ std::string serialsIn(SSL_CTX* context)
     }
     return serials;
 }
-
-long serialOf(const X509* cert) { return ASN1_INTEGER_get(X509_get0_serialNumber(cert)); }
 
 } // namespace certificates

@@ -26,8 +26,6 @@ std::string derOf(X509* cert);
 /// The serial numbers of the certificates in a context's store, in its order, each with a blank behind it.
 std::string serialsIn(SSL_CTX* context);
 
-long serialOf(const X509* cert);
-
 } // namespace certificates
 
 #endif
