@@ -1,8 +1,8 @@
 // Linked into a test, these functions stand before libcurl's.
 
-#include "OpenHandles.h"
+#include "support/OpenHandles.h"
 
-#include "NextFunction.h"
+#include "support/NextFunction.h"
 
 #include <curl/curl.h>
 #include <dlfcn.h>

@@ -1,8 +1,8 @@
 #ifndef MEMORY_HARNESS_LIVEWALK_H
 #define MEMORY_HARNESS_LIVEWALK_H
 
-#include "harness/Live.h"
 #include "support/Codes.h"
+#include "support/Live.h"
 #include "support/Memory.h"
 
 #include <functional>

@@ -1,4 +1,4 @@
-#include "harness/LiveHost.h"
+#include "support/LiveHost.h"
 
 #include <ConfigReader.h>
 #include <LogProxy.h>

@@ -1,22 +1,6 @@
-#include "harness/CurlClient.h"
-
-#include <cstdint>
-#include <random>
+#include "CurlClient.h"
 
 using testserver::TlsMode;
-
-namespace {
-
-class Libcurl : public testing::Environment
-{
-public:
-    void SetUp() override { ASSERT_EQ(CURLE_OK, curl_global_init(CURL_GLOBAL_DEFAULT)); }
-    void TearDown() override { curl_global_cleanup(); }
-};
-
-testing::Environment* const kLibcurl = testing::AddGlobalTestEnvironment(new Libcurl);
-
-} // namespace
 
 CurlClient::CurlClient(const testserver::ServerConfig& config, std::uint16_t port, const std::string& caPem)
     : m_handle(curl_easy_init()),
@@ -50,7 +34,7 @@ std::size_t CurlClient::give(char* bytes, std::size_t one, std::size_t count, vo
     return given;
 }
 
-CURLcode CurlClient::perform(const std::string& path)
+CURLcode CurlClient::download(const std::string& path)
 {
     body.clear();
     curl_easy_setopt(handle(), CURLOPT_WRITEDATA, this);
@@ -59,51 +43,10 @@ CURLcode CurlClient::perform(const std::string& path)
     return curl_easy_perform(handle());
 }
 
-CURLcode CurlClient::download(const std::string& path) { return perform(path); }
-
-CURLcode CurlClient::list(const std::string& path)
-{
-    curl_easy_setopt(handle(), CURLOPT_DIRLISTONLY, 1L);
-    return perform(path);
-}
-
 CURLcode CurlClient::upload(const std::string& path, std::string content)
 {
     curl_easy_setopt(handle(), CURLOPT_UPLOAD, 1L);
     curl_easy_setopt(handle(), CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(content.size()));
     m_unsent = std::move(content);
-    return perform(path);
-}
-
-CURLcode CurlClient::askSize(const std::string& path)
-{
-    curl_easy_setopt(handle(), CURLOPT_NOBODY, 1L);
-    const CURLcode code = perform(path);
-    curl_easy_getinfo(handle(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
-    return code;
-}
-
-CURLcode CurlClient::say(const std::string& command)
-{
-    struct FreeList
-    {
-        void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-    };
-    const std::unique_ptr<curl_slist, FreeList> commands(curl_slist_append(nullptr, command.c_str()));
-    curl_easy_setopt(handle(), CURLOPT_POSTQUOTE, commands.get());
-    const CURLcode code = list("");
-    curl_easy_setopt(handle(), CURLOPT_POSTQUOTE, nullptr);
-    return code;
-}
-
-std::string manyBytes(std::size_t count)
-{
-    std::mt19937_64 random(count);
-    std::string bytes;
-    while (bytes.size() < count) {
-        const std::uint64_t value = random();
-        bytes.append(reinterpret_cast<const char*>(&value), sizeof(value));
-    }
-    bytes.resize(count);
-    return bytes;
+    return download(path);
 }

@@ -1,4 +1,4 @@
-#include "harness/Redirection.h"
+#include "support/Redirection.h"
 
 #include <sanitizer/common_interface_defs.h>
 #include <unistd.h>

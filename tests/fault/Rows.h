@@ -1,15 +1,13 @@
-#ifndef FAULT_HARNESS_ROWS_H
-#define FAULT_HARNESS_ROWS_H
+#ifndef FAULT_ROWS_H
+#define FAULT_ROWS_H
 
-#include "harness/Fault.h"
+#include "Fault.h"
 
+#include <curl/curl.h>
 #include <openssl/ssl.h>
 
 /// What the files of rows have in common: short names, reasons and scenes.
 namespace rows {
-
-using Row = FaultCase;
-using Rows = std::vector<FaultCase>;
 
 constexpr Operation kConnect = Operation::Connect;
 constexpr Operation kList = Operation::List;
@@ -19,8 +17,10 @@ constexpr Operation kRename = Operation::Rename;
 constexpr Operation kDelete = Operation::Delete;
 constexpr Operation kUpload = Operation::Upload;
 
-constexpr Basis kTool = Basis::Tool;
-constexpr Basis kDocumented = Basis::Documented;
+/// The library's own result: the size check has refused.
+constexpr int kRefused = -1;
+/// CURLE_TOO_LARGE, which the headers of older releases do not have.
+constexpr int kTooLarge = 100;
 
 // Where more counts than the silence, no reply may come too late on a busy machine.
 constexpr unsigned kAmple = 3;
@@ -29,13 +29,12 @@ constexpr unsigned kAmple = 3;
 constexpr const char* kReset = "The reset can overtake what was sent before it, even the taking of the connection.";
 constexpr const char* kResetWithData =
     "The data connection breaks off in its handshake, which libcurl takes for a failed EPSV: "
-    "it meets the reset as it sends PASV (55), or as it reads (56).";
+    "it meets the reset as it sends PASV, or as it reads.";
 constexpr const char* kGlued = "Read together with the 234, the text is a second reply, else a bad handshake.";
-constexpr const char* kLongLine =
-    "7.88.1 refuses so many header bytes (56); from 8.14 on libcurl refuses so long a line (100).";
-constexpr const char* kEndless = "7.88.1 refuses so many header bytes (56); from 8.14 on it reads until the time-out.";
+constexpr const char* kLongLine = "7.88.1 refuses so many header bytes; from 8.14 on libcurl refuses so long a line.";
+constexpr const char* kEndless = "7.88.1 refuses so many header bytes; from 8.14 on it reads until the time-out.";
 constexpr const char* kDataTls = "libcurl takes a failed handshake on the data connection for a failed EPSV and mostly "
-                                 "reports that (13); how far it got is a race.";
+                                 "reports that; how far it got is a race.";
 constexpr const char* kUnannounced = "From 8.14 on libcurl asks for a close_notify at the end of the data.";
 
 inline void implicitTls(Scene& scene) { scene.server.tls = testserver::TlsMode::Implicit; }
@@ -45,19 +44,29 @@ inline void noTls(Scene& scene) { scene.server.tls = testserver::TlsMode::Plain;
 /// A stall ends by itself: the operation has no time-out of its own.
 inline void boundedStall(Scene& scene) { scene.server.stallLimit = std::chrono::milliseconds(300); }
 
-inline testserver::Certificate expired(const testserver::CertificateAuthority& authority)
+inline testserver::Certificate validFor(const testserver::CertificateAuthority& authority, int from, int to)
 {
     testserver::CertificateOptions options;
-    options.notBefore = std::chrono::hours(-48);
-    options.notAfter = std::chrono::hours(-24);
+    options.notBefore = std::chrono::hours(from);
+    options.notAfter = std::chrono::hours(to);
     return authority.issue(options);
+}
+
+inline testserver::Certificate expired(const testserver::CertificateAuthority& authority)
+{
+    return validFor(authority, -48, -24);
 }
 
 inline testserver::Certificate notYetValid(const testserver::CertificateAuthority& authority)
 {
+    return validFor(authority, 24, 48);
+}
+
+inline testserver::Certificate ofAnotherHost(const testserver::CertificateAuthority& authority)
+{
     testserver::CertificateOptions options;
-    options.notBefore = std::chrono::hours(24);
-    options.notAfter = std::chrono::hours(48);
+    options.dnsNames = {"elsewhere.example"};
+    options.addresses = {};
     return authority.issue(options);
 }
 

@@ -1,5 +1,7 @@
-#ifndef SERVERTEST_HARNESS_RAWCLIENT_H
-#define SERVERTEST_HARNESS_RAWCLIENT_H
+#ifndef SERVERTEST_RAWCLIENT_H
+#define SERVERTEST_RAWCLIENT_H
+
+#include <boost/asio/ip/tcp.hpp>
 
 #include <cstdint>
 #include <string>
@@ -9,9 +11,6 @@ class RawClient
 {
 public:
     explicit RawClient(std::uint16_t port);
-    ~RawClient();
-    RawClient(const RawClient&) = delete;
-    RawClient& operator=(const RawClient&) = delete;
 
     void send(const std::string& bytes);
 
@@ -31,7 +30,7 @@ public:
     std::uint16_t extendedPassive();
 
 private:
-    int m_socket;
+    boost::asio::ip::tcp::socket m_socket;
 };
 
 /// A connection to the port is refused.

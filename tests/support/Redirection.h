@@ -1,5 +1,5 @@
-#ifndef LIVE_HARNESS_REDIRECTION_H
-#define LIVE_HARNESS_REDIRECTION_H
+#ifndef SUPPORT_REDIRECTION_H
+#define SUPPORT_REDIRECTION_H
 
 #include <cstdio>
 #include <memory>

@@ -1,5 +1,5 @@
-#ifndef LIVE_HARNESS_LIVEHOST_H
-#define LIVE_HARNESS_LIVEHOST_H
+#ifndef SUPPORT_LIVEHOST_H
+#define SUPPORT_LIVEHOST_H
 
 #include <string>
 #include <vector>

@@ -1,12 +1,19 @@
-#ifndef SERVERTEST_HARNESS_CURLCLIENT_H
-#define SERVERTEST_HARNESS_CURLCLIENT_H
+#ifndef SERVERTEST_CURLCLIENT_H
+#define SERVERTEST_CURLCLIENT_H
 
-#include "harness/ServerTest.h"
+#include "support/Codes.h"
+
+#include <FtpServer.h>
 
 #include <curl/curl.h>
 
+#include <cstdint>
 #include <memory>
+#include <ostream>
 #include <string>
+
+/// For the failures of tests: codes by their names.
+inline void PrintTo(CURLcode code, std::ostream* stream) { *stream << nameOf(code); }
 
 /// One libcurl handle aimed at a server: what TLS it uses follows from the server's configuration.
 class CurlClient
@@ -14,19 +21,14 @@ class CurlClient
 public:
     CurlClient(const testserver::ServerConfig& config, std::uint16_t port, const std::string& caPem);
 
+    /// A file, or the listing of a folder; `body` has it then.
     CURLcode download(const std::string& path);
-    CURLcode list(const std::string& path);
     CURLcode upload(const std::string& path, std::string content);
-    /// Asks for the size alone; `size` has it then.
-    CURLcode askSize(const std::string& path);
-    /// Lists the folder and says the command afterwards.
-    CURLcode say(const std::string& command);
 
     /// The handle, for options of a case's own.
     CURL* handle() { return m_handle.get(); }
 
     std::string body;
-    curl_off_t size = -1;
 
 private:
     struct Cleanup
@@ -36,21 +38,10 @@ private:
 
     static std::size_t take(char* bytes, std::size_t one, std::size_t count, void* client);
     static std::size_t give(char* bytes, std::size_t one, std::size_t count, void* client);
-    CURLcode perform(const std::string& path);
 
     std::unique_ptr<CURL, Cleanup> m_handle;
     std::string m_base;
     std::string m_unsent;
 };
-
-/// A server, and clients of it.
-class CurlTest : public ServerTest
-{
-protected:
-    CurlClient client() { return CurlClient(config, server->port(), authority.certificatePem()); }
-};
-
-/// Bytes without a pattern that a lost or doubled block could hide in.
-std::string manyBytes(std::size_t count);
 
 #endif

@@ -1,4 +1,4 @@
-#include "harness/FileSizeLimit.h"
+#include "support/FileSizeLimit.h"
 
 #include <stdexcept>
 
