@@ -5,7 +5,7 @@
 #include <credentials/Password.h>
 #include <output/PasswordMask.h>
 
-#include <harness/Memory.h>
+#include "support/Memory.h"
 
 #include <gtest/gtest.h>
 
@@ -40,7 +40,7 @@ protected:
 
 TEST_F(SecretMemory, IsFoundByThisTest)
 {
-    const memory::Watch watch(&onRelease);
+    const memory::Watch watch(onRelease);
     std::string(kPassword).append(100, ' ');
     EXPECT_GE(leaked, 1U);
 }
@@ -48,7 +48,7 @@ TEST_F(SecretMemory, IsFoundByThisTest)
 TEST_F(SecretMemory, OfAPasswordFileIsWiped)
 {
     const TextFile file(std::string(kPassword) + "\n");
-    const memory::Watch watch(&onRelease);
+    const memory::Watch watch(onRelease);
     {
         std::string password;
         const WipedAtEnd wiped(password);
@@ -62,7 +62,7 @@ TEST_F(SecretMemory, OfAPasswordFileIsWiped)
 TEST_F(SecretMemory, OfANetrcFileIsWiped)
 {
     const TextFile file(std::string("machine host login me password \"") + kPassword + "\"\n");
-    const memory::Watch watch(&onRelease);
+    const memory::Watch watch(onRelease);
     {
         std::string user;
         std::string password;
@@ -77,7 +77,7 @@ TEST_F(SecretMemory, OfANetrcFileIsWiped)
 TEST_F(SecretMemory, OfAMaskIsWiped)
 {
     std::string password(kPassword);
-    const memory::Watch watch(&onRelease);
+    const memory::Watch watch(onRelease);
     {
         const PasswordMask mask("me", password);
         EXPECT_EQ(mask.hiddenIn("x"), "x");
