@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -29,7 +30,7 @@ struct Books
     }
 
     const char* secret = nullptr;
-    Whose whose = Whose::Everyone;
+    std::optional<Whose> whose; // where all of the heap counts
     Observer onRelease;
     std::unordered_map<void*, Block> living;
     unsigned allocations = 0;
@@ -88,14 +89,17 @@ void countDown(unsigned nth, Shortage shortage, bool strangely, bool withFunctio
 
 } // namespace
 
-Watch::Watch(const char* secret, Whose whose) : m_books(new Books{secret, whose, {}, {}})
+Watch::Watch(const char* secret) : m_books(new Books)
 {
+    m_books->secret = secret;
     begun = true;
     failAllocation(0);
     current = m_books.get();
 }
 
 Watch::Watch(const Observer& onRelease) : Watch() { m_books->onRelease = onRelease; }
+
+Watch::Watch(const char* secret, Whose whose) : Watch(secret) { m_books->whose = whose; }
 
 Watch::~Watch()
 {
@@ -173,7 +177,7 @@ void noteFreed(void* block)
     const Writing own;
     const auto known = current->living.find(block);
     const bool isKnown = known != current->living.end();
-    const bool searched = pauses == 0 && (!isKnown || known->second.byNew);
+    const bool searched = pauses == 0 && (!current->whose || (isKnown && known->second.byNew));
     if (searched && current->holdsSecret(block, malloc_usable_size(block))) {
         ++current->freedWithSecret;
     }

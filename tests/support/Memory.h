@@ -36,10 +36,11 @@ using Observer = std::function<void(std::string_view block)>;
 class Watch
 {
 public:
-    /// Every block that is freed is searched for the secret, but for those that malloc gave, for what libcurl keeps of
-    /// a login it frees as it is.
-    explicit Watch(const char* secret = nullptr, Whose whose = Whose::Everyone);
+    /// Every block that is freed is searched for the secret.
+    explicit Watch(const char* secret = nullptr);
     explicit Watch(const Observer& onRelease);
+    /// For all of the heap. Only what operator new gave is searched: what libcurl keeps of a login it frees as it is.
+    Watch(const char* secret, Whose whose);
     ~Watch();
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
