@@ -1,11 +1,10 @@
 // What was read of a secret is overwritten before its memory is released.
 #include "harness/TextFile.h"
+#include "support/Memory.h"
 
 #include <credentials/Netrc.h>
 #include <credentials/Password.h>
 #include <output/PasswordMask.h>
-
-#include "support/Memory.h"
 
 #include <gtest/gtest.h>
 
