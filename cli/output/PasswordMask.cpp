@@ -39,8 +39,8 @@ bool is(char byte, std::string_view text, std::size_t length)
     }
 }
 
-// How long all of `secret` is at the beginning of `text`, or 0. Two backslashes may be one, escaped, or the two that the
-// secret has: all ways to read the text are followed.
+// How long all of `secret` is at the beginning of `text`, or 0. Two backslashes may be one, escaped, or the two that
+// the secret has: all ways to read the text are followed.
 std::size_t lengthOf(std::string_view secret, std::string_view text)
 {
     constexpr std::size_t kForms[] = {1, 2, 3, 4};
