@@ -1,5 +1,5 @@
 // A server that repeats the password wherever it can: no operation shows it, or ends in another way because of it.
-#include "PlantedPassword.h"
+#include "support/PlantedPassword.h"
 #include "harness/Served.h"
 
 #include <filesystem>

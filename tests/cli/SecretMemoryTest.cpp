@@ -1,11 +1,10 @@
 // What was read of a secret is overwritten before its memory is released.
 #include "harness/TextFile.h"
+#include "support/Memory.h"
 
 #include <credentials/Netrc.h>
 #include <credentials/Password.h>
 #include <output/PasswordMask.h>
-
-#include <harness/Memory.h>
 
 #include <gtest/gtest.h>
 
@@ -40,7 +39,7 @@ protected:
 
 TEST_F(SecretMemory, IsFoundByThisTest)
 {
-    const memory::Watch watch(&onRelease);
+    const memory::Watch watch(onRelease);
     std::string(kPassword).append(100, ' ');
     EXPECT_GE(leaked, 1U);
 }
@@ -48,7 +47,7 @@ TEST_F(SecretMemory, IsFoundByThisTest)
 TEST_F(SecretMemory, OfAPasswordFileIsWiped)
 {
     const TextFile file(std::string(kPassword) + "\n");
-    const memory::Watch watch(&onRelease);
+    const memory::Watch watch(onRelease);
     {
         std::string password;
         const WipedAtEnd wiped(password);
@@ -62,7 +61,7 @@ TEST_F(SecretMemory, OfAPasswordFileIsWiped)
 TEST_F(SecretMemory, OfANetrcFileIsWiped)
 {
     const TextFile file(std::string("machine host login me password \"") + kPassword + "\"\n");
-    const memory::Watch watch(&onRelease);
+    const memory::Watch watch(onRelease);
     {
         std::string user;
         std::string password;
@@ -77,7 +76,7 @@ TEST_F(SecretMemory, OfANetrcFileIsWiped)
 TEST_F(SecretMemory, OfAMaskIsWiped)
 {
     std::string password(kPassword);
-    const memory::Watch watch(&onRelease);
+    const memory::Watch watch(onRelease);
     {
         const PasswordMask mask("me", password);
         EXPECT_EQ(mask.hiddenIn("x"), "x");

@@ -1,8 +1,7 @@
-#include "harness/Contract.h"
+#include "contract/Contract.h"
 
 #include <ISFtpClient.h>
 
-#include <algorithm>
 #include <stdexcept>
 
 namespace {
@@ -34,8 +33,7 @@ protected:
 
     static std::string record(const Wrapper& wrapper, const std::string& what)
     {
-        return std::string("log 4 SFtpClient 77 CurlSFtpClient::") + wrapper.name + "(): 0|" + wrapper.cannotMake +
-               "|" + what + "|";
+        return recordLine(4, std::string("CurlSFtpClient::") + wrapper.name, wrapper.cannotMake + ("|" + what));
     }
 
     boost::shared_ptr<ISFtpClient> client;
@@ -44,35 +42,35 @@ protected:
 TEST_F(ClientContract, EachWrapperRunsItsOperationAndKeepsTheHandleAsLongAsTheResponse)
 {
     for (const Wrapper& wrapper : kWrappers) {
-        scripted::curl().made = 0;
+        SCOPED_TRACE(wrapper.name);
         performGives(CURLE_REMOTE_ACCESS_DENIED);
         boost::shared_ptr<ISFtpResponse> response;
         const Lines during = journalOf([&] { response = (client.get()->*wrapper.call)(request, 90); });
         ASSERT_TRUE(response) << "a failed operation has a response";
-        EXPECT_EQ(78, response->GetErrCode());
-        EXPECT_EQ(scripted::text(9), response->GetErrString());
+        EXPECT_EQ(nameOf(CURLE_REMOTE_FILE_NOT_FOUND), nameOf(response->GetErrCode()));
+        EXPECT_EQ(scripted::text(CURLE_REMOTE_ACCESS_DENIED), response->GetErrString());
         const std::string by = std::string(" CurlSFtpResponse::") + wrapper.name + "(): ";
         EXPECT_EQ("handle 1 made", during.front());
         const std::string& lastRecord = *(during.end() - 2);
         EXPECT_NE(std::string::npos, lastRecord.find(by)) << lastRecord;
         EXPECT_EQ("close", during.back());
-        EXPECT_EQ(Lines({"handle 1 cleaned up"}), journalOf([&] { response.reset(); })) << wrapper.name;
+        EXPECT_TRUE(sameLines({"handle 1 cleaned up"}, journalOf([&] { response.reset(); })));
     }
 }
 
 TEST_F(ClientContract, EachWrapperPassesTheTimeoutOn)
 {
-    const Lines lines = journalOf([&] { client->Listsftpdir(request, 17); });
-    EXPECT_NE(lines.end(), std::find(lines.begin(), lines.end(), "1 FTP_RESPONSE_TIMEOUT = 17"));
+    EXPECT_TRUE(hasLine("1 FTP_RESPONSE_TIMEOUT = 17", journalOf([&] { client->Listsftpdir(request, 17); })));
 }
 
 TEST_F(ClientContract, WithoutAHandleTheResponseIsEmpty)
 {
     scripted::curl().handles = false;
     for (const Wrapper& wrapper : kWrappers) {
+        SCOPED_TRACE(wrapper.name);
         boost::shared_ptr<ISFtpResponse> response;
-        const Lines expected = {"curl_easy_init gives nothing", record(wrapper, "curl initialize failed.")};
-        EXPECT_EQ(expected, journalOf([&] { response = (client.get()->*wrapper.call)(request, 90); }));
+        EXPECT_TRUE(sameLines({"curl_easy_init gives nothing", record(wrapper, "curl initialize failed.")},
+                              journalOf([&] { response = (client.get()->*wrapper.call)(request, 90); })));
         EXPECT_FALSE(response);
     }
 }
@@ -80,11 +78,12 @@ TEST_F(ClientContract, WithoutAHandleTheResponseIsEmpty)
 TEST_F(ClientContract, WithoutMemoryForTheResponseItIsEmpty)
 {
     for (const Wrapper& wrapper : kWrappers) {
+        SCOPED_TRACE(wrapper.name);
         boost::shared_ptr<ISFtpResponse> response;
-        EXPECT_EQ(Lines({record(wrapper, "std::bad_alloc")}), journalOf([&] {
-                      memory::failAllocation(1);
-                      response = (client.get()->*wrapper.call)(request, 90);
-                  }));
+        EXPECT_TRUE(sameLines({record(wrapper, "std::bad_alloc")}, journalOf([&] {
+                                  memory::failAllocation(1);
+                                  response = (client.get()->*wrapper.call)(request, 90);
+                              })));
         EXPECT_FALSE(response);
     }
 }
@@ -92,14 +91,14 @@ TEST_F(ClientContract, WithoutMemoryForTheResponseItIsEmpty)
 TEST_F(ClientContract, WithoutMemoryForTheSharedPointerTheResponseIsDestroyed)
 {
     for (const Wrapper& wrapper : kWrappers) {
-        scripted::curl().made = 0;
+        SCOPED_TRACE(wrapper.name);
         boost::shared_ptr<ISFtpResponse> response;
-        const Lines expected = {"handle 1 made", "handle 1 cleaned up", record(wrapper, "std::bad_alloc")};
-        EXPECT_EQ(expected, journalOf([&] {
-                      memory::failAllocation(2);
-                      response = (client.get()->*wrapper.call)(request, 90);
-                      EXPECT_EQ(0U, memory::livingBlocks());
-                  }));
+        EXPECT_TRUE(
+            sameLines({"handle 1 made", "handle 1 cleaned up", record(wrapper, "std::bad_alloc")}, journalOf([&] {
+                          memory::failAllocation(2);
+                          response = (client.get()->*wrapper.call)(request, 90);
+                          EXPECT_EQ(0U, memory::livingBlocks());
+                      })));
         EXPECT_FALSE(response);
     }
 }
@@ -108,7 +107,7 @@ TEST_F(ClientContract, AnExceptionOfTheOperationDestroysTheResponseAndPasses)
 {
     scripted::curl().perform = [](scripted::Handle&) -> CURLcode { throw std::runtime_error("from within"); };
     for (const Wrapper& wrapper : kWrappers) {
-        scripted::curl().made = 0;
+        SCOPED_TRACE(wrapper.name);
         const Lines lines =
             journalOf([&] { EXPECT_THROW((client.get()->*wrapper.call)(request, 90), std::runtime_error); });
         EXPECT_EQ("handle 1 cleaned up", lines.back());
@@ -126,23 +125,23 @@ TEST_F(ClientContract, InstancesAreDistinctAndIndependent)
     ASSERT_NE(nullptr, second);
     EXPECT_NE(first, second);
     ISFtpClient::ReleaseInstance(first);
-    EXPECT_EQ(0, second->TestSConnect(request, 90));
+    EXPECT_EQ(CURLE_OK, second->TestSConnect(request, 90));
     ISFtpClient::ReleaseInstance(second);
 }
 
 TEST_F(ClientContract, InstancesAreReleased)
 {
-    EXPECT_EQ(Lines{}, journalOf([] {
-                  ISFtpClient* instance = ISFtpClient::GetInstance();
-                  EXPECT_EQ(1U, memory::livingBlocks());
-                  ISFtpClient::ReleaseInstance(instance);
-                  EXPECT_EQ(0U, memory::livingBlocks());
-              }));
+    expectNothingNoted([] {
+        ISFtpClient* instance = ISFtpClient::GetInstance();
+        EXPECT_EQ(1U, memory::livingBlocks());
+        ISFtpClient::ReleaseInstance(instance);
+        EXPECT_EQ(0U, memory::livingBlocks());
+    });
 }
 
 TEST_F(ClientContract, ReleasingNothingDoesNothing)
 {
-    EXPECT_EQ(Lines{}, journalOf([] { ISFtpClient::ReleaseInstance(nullptr); }));
+    expectNothingNoted([] { ISFtpClient::ReleaseInstance(nullptr); });
 }
 
 class ClientThatTellsItsEnd : public ISFtpClient
@@ -170,57 +169,59 @@ TEST_F(ClientContract, AnInstanceIsReleasedThroughItsVirtualDestructor)
 
 TEST_F(ClientContract, AnInstanceThatCannotBeMadeIsNullWithARecord)
 {
-    EXPECT_EQ(Lines({"log 4 SFtpClient 77 ISFtpClient::GetInstance(): "
-                     "0|Create  CurlSFtpClient object failed.|std::bad_alloc|"}),
-              journalOf([] {
-                  memory::failAllocation(1);
-                  EXPECT_EQ(nullptr, ISFtpClient::GetInstance());
-              }));
+    EXPECT_TRUE(
+        sameLines({recordLine(4, "ISFtpClient::GetInstance", "Create  CurlSFtpClient object failed.|std::bad_alloc")},
+                  journalOf([] {
+                      memory::failAllocation(1);
+                      EXPECT_EQ(nullptr, ISFtpClient::GetInstance());
+                  })));
 }
 
 TEST_F(ClientContract, ExceptionsOfOtherKindsPass)
 {
-    EXPECT_EQ(Lines{}, journalOf([] {
-                  memory::failAllocationStrangely(1);
-                  EXPECT_THROW(ISFtpClient::GetInstance(), memory::ForeignException);
-              }));
+    expectNothingNoted([] {
+        memory::failAllocationStrangely(1);
+        EXPECT_THROW(ISFtpClient::GetInstance(), memory::ForeignException);
+    });
     for (const Wrapper& wrapper : kWrappers) {
-        EXPECT_EQ(Lines{}, journalOf([&] {
-                      memory::failAllocationStrangely(1);
-                      EXPECT_THROW((client.get()->*wrapper.call)(request, 90), memory::ForeignException);
-                  }));
+        SCOPED_TRACE(wrapper.name);
+        expectNothingNoted([&] {
+            memory::failAllocationStrangely(1);
+            EXPECT_THROW((client.get()->*wrapper.call)(request, 90), memory::ForeignException);
+        });
     }
-    CurlSFtpResponse transfer;
-    EXPECT_EQ(Lines{}, journalOf([&] {
-                  // The third: the list of pieces and the second piece come before the trimmed copy.
-                  for (unsigned nth = 1; nth < 6; ++nth) {
-                      memory::failAllocationStrangely(nth);
-                      EXPECT_THROW(transfer.ParseStatusLine(kLongStatusLine), memory::ForeignException) << nth;
-                  }
-              }));
-    EXPECT_EQ(0U, transfer.statusCode);
+    CurlSFtpResponse response;
+    expectNothingNoted([&] {
+        // The third: the list of pieces and the second piece come before the trimmed copy.
+        for (unsigned nth = 1; nth < 6; ++nth) {
+            memory::failAllocationStrangely(nth);
+            EXPECT_THROW(response.ParseStatusLine(kLongStatusLine), memory::ForeignException) << nth;
+        }
+    });
+    EXPECT_EQ(0U, response.statusCode);
 }
 
 TEST_F(ClientContract, AClientThatCannotBeMadeThrowsAndLeavesNothing)
 {
     for (const unsigned nth : {1U, 2U}) {
-        EXPECT_EQ(Lines{}, journalOf([nth] {
-                      memory::failAllocation(nth);
-                      EXPECT_THROW(ISFtpClient::CreateClient(), std::bad_alloc);
-                      EXPECT_EQ(0U, memory::livingBlocks());
-                  }));
+        SCOPED_TRACE(nth);
+        expectNothingNoted([nth] {
+            memory::failAllocation(nth);
+            EXPECT_THROW(ISFtpClient::CreateClient(), std::bad_alloc);
+            EXPECT_EQ(0U, memory::livingBlocks());
+        });
     }
 }
 
 TEST_F(ClientContract, CreatedClientsAreDistinctAndEndWithTheirLastPointer)
 {
     EXPECT_NE(client, ISFtpClient::CreateClient());
-    EXPECT_EQ(Lines{}, journalOf([] {
-                  boost::shared_ptr<ISFtpClient> created = ISFtpClient::CreateClient();
-                  EXPECT_EQ(2U, memory::livingBlocks());
-                  created.reset();
-                  EXPECT_EQ(0U, memory::livingBlocks());
-              }));
+    expectNothingNoted([] {
+        boost::shared_ptr<ISFtpClient> created = ISFtpClient::CreateClient();
+        EXPECT_EQ(2U, memory::livingBlocks());
+        created.reset();
+        EXPECT_EQ(0U, memory::livingBlocks());
+    });
 }
 
 } // namespace

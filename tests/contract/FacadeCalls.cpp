@@ -1,21 +1,20 @@
-#include "harness/Journal.h"
+#include "support/Codes.h"
+#include "support/Lines.h"
+#include "support/ScriptedCurl.h"
 
 #include <ISFtpClient.h>
 #include <SFtpClient.h>
 
 #include <boost/make_shared.hpp>
-#include <curl/curl.h>
-#include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-// What the client below the facade is told to answer.
+// What the client and the response below the facade were asked, and what they answer.
+Lines calls;
 int code = 0;
 bool responds = true;
 bool exists = true;
@@ -23,17 +22,17 @@ bool exists = true;
 class NotingResponse : public ISFtpResponse
 {
 public:
-    ~NotingResponse() override { journal::note("response released"); }
+    ~NotingResponse() override { calls.push_back("response released"); }
 
     int GetErrCode() override
     {
-        journal::note("GetErrCode");
+        calls.push_back("GetErrCode");
         return code;
     }
 
     std::string GetErrString() override
     {
-        journal::note("GetErrString");
+        calls.push_back("GetErrString");
         return "a text";
     }
 };
@@ -41,7 +40,7 @@ public:
 class NotingClient : public ISFtpClient
 {
 public:
-    ~NotingClient() override { journal::note("client released"); }
+    ~NotingClient() override { calls.push_back("client released"); }
 
     int TestSConnect(const SFtpRequest&, uint32_t) override { return 0; }
 
@@ -73,7 +72,7 @@ public:
 private:
     static boost::shared_ptr<ISFtpResponse> note(const char* name, const SFtpRequest& request, uint32_t timeout)
     {
-        journal::note(std::string(name) + " " + request.remoteFileName + " " + std::to_string(timeout));
+        calls.push_back(std::string(name) + " " + request.remoteFileName + " " + std::to_string(timeout));
         return responds ? boost::make_shared<NotingResponse>() : boost::shared_ptr<ISFtpResponse>();
     }
 };
@@ -82,12 +81,9 @@ private:
 
 ISFtpClient* ISFtpClient::GetInstance()
 {
-    journal::note("client made");
+    calls.push_back("client made");
     return exists ? new NotingClient : nullptr;
 }
-
-// The size check finds no file, which lets the download go on.
-extern "C" CURLcode curl_easy_perform(CURL* /*handle*/) { return CURLE_REMOTE_FILE_NOT_FOUND; }
 
 namespace {
 
@@ -114,20 +110,16 @@ protected:
         responds = true;
         exists = true;
         request.remoteFileName = "this request";
-        journal::clear();
+        // The size check finds no file, which lets the download go on.
+        scripted::curl() = {};
+        scripted::curl().perform = [](scripted::Handle&) { return CURLE_REMOTE_FILE_NOT_FOUND; };
+        calls.clear();
     }
 
-    // What the client and the response were asked, without records.
     static Lines callsOf(const std::function<void()>& piece)
     {
         piece();
-        Lines calls;
-        for (const std::string& line : journal::take()) {
-            if (line.rfind("log ", 0) != 0) {
-                calls.push_back(line);
-            }
-        }
-        return calls;
+        return std::exchange(calls, {});
     }
 
     SFtpRequest request;
@@ -136,22 +128,23 @@ protected:
 
 TEST_F(FacadeCalls, OneClientForAFacadesWholeLife)
 {
-    EXPECT_EQ(Lines({"client made", "client released"}), callsOf([] { const SFtpClient facade; }));
+    EXPECT_TRUE(sameLines({"client made", "client released"}, callsOf([] { const SFtpClient facade; })));
 }
 
 TEST_F(FacadeCalls, NoClientIsReleasedWhereNoneWasMade)
 {
     exists = false;
-    EXPECT_EQ(Lines({"client made"}), callsOf([] { const SFtpClient facade; }));
+    EXPECT_TRUE(sameLines({"client made"}, callsOf([] { const SFtpClient facade; })));
 }
 
 TEST_F(FacadeCalls, SuccessAsksForTheCodeOnce)
 {
     SFtpClient facade;
-    journal::clear();
+    calls.clear();
     for (const Operation& operation : kOperations) {
-        EXPECT_EQ(Lines({std::string(operation.name) + " this request 90", "GetErrCode", "response released"}),
-                  callsOf([&] { EXPECT_EQ(0, (facade.*operation.call)(request, errorText)); }));
+        SCOPED_TRACE(operation.name);
+        EXPECT_TRUE(sameLines({std::string(operation.name) + " this request 90", "GetErrCode", "response released"},
+                              callsOf([&] { EXPECT_EQ(CURLE_OK, (facade.*operation.call)(request, errorText)); })));
     }
     EXPECT_EQ("as it was", errorText);
 }
@@ -159,14 +152,15 @@ TEST_F(FacadeCalls, SuccessAsksForTheCodeOnce)
 TEST_F(FacadeCalls, FailureAsksForTextAndCodeTwice)
 {
     SFtpClient facade;
-    journal::clear();
-    for (const int failure : {-1, 1, 7, 78}) {
+    calls.clear();
+    for (const int failure : {-1, int{CURLE_COULDNT_CONNECT}, int{CURLE_REMOTE_FILE_NOT_FOUND}}) {
         code = failure;
         for (const Operation& operation : kOperations) {
+            SCOPED_TRACE(operation.name + (" " + nameOf(failure)));
             errorText = "as it was";
-            EXPECT_EQ(Lines({std::string(operation.name) + " this request 90", "GetErrCode", "GetErrString",
-                             "GetErrString", "GetErrCode", "response released"}),
-                      callsOf([&] { EXPECT_EQ(failure, (facade.*operation.call)(request, errorText)); }));
+            EXPECT_TRUE(sameLines({std::string(operation.name) + " this request 90", "GetErrCode", "GetErrString",
+                                   "GetErrString", "GetErrCode", "response released"},
+                                  callsOf([&] { EXPECT_EQ(failure, (facade.*operation.call)(request, errorText)); })));
             EXPECT_EQ("a text", errorText);
         }
     }
@@ -176,10 +170,11 @@ TEST_F(FacadeCalls, AnEmptyResponseIsAskedNothing)
 {
     responds = false;
     SFtpClient facade;
-    journal::clear();
+    calls.clear();
     for (const Operation& operation : kOperations) {
-        EXPECT_EQ(Lines({std::string(operation.name) + " this request 90"}),
-                  callsOf([&] { EXPECT_EQ(-1, (facade.*operation.call)(request, errorText)); }));
+        SCOPED_TRACE(operation.name);
+        EXPECT_TRUE(sameLines({std::string(operation.name) + " this request 90"},
+                              callsOf([&] { EXPECT_EQ(-1, (facade.*operation.call)(request, errorText)); })));
     }
     EXPECT_EQ("as it was", errorText);
 }

@@ -1,65 +1,21 @@
-#include "harness/Contract.h"
+#include "contract/Contract.h"
 
+#include "support/Certificates.h"
 #include "tls/TlsTrust.h"
-#include "transfer/CurlSFtpResponse.h"
 
 #include <openssl/err.h>
-#include <openssl/evp.h>
 #include <openssl/pem.h>
-#include <openssl/ssl.h>
-#include <openssl/x509.h>
 
-#include <memory>
+#include <stdexcept>
 #include <vector>
+
+using namespace certificates;
 
 namespace {
 
 using Errors = std::vector<unsigned long>;
 
 const unsigned long kNoPem = ERR_PACK(ERR_LIB_PEM, 0, PEM_R_NO_START_LINE);
-
-template <typename Type, void (*Release)(Type*)>
-struct Releaser
-{
-    void operator()(Type* object) const { Release(object); }
-};
-using Certificate = std::unique_ptr<X509, Releaser<X509, X509_free>>;
-using Key = std::unique_ptr<EVP_PKEY, Releaser<EVP_PKEY, EVP_PKEY_free>>;
-using Context = std::unique_ptr<SSL_CTX, Releaser<SSL_CTX, SSL_CTX_free>>;
-using Memory = std::unique_ptr<BIO, Releaser<BIO, BIO_free_all>>;
-
-Certificate makeCertificate(long serial)
-{
-    const Key key(EVP_EC_gen("P-256"));
-    Certificate cert(X509_new());
-    ASN1_INTEGER_set(X509_get_serialNumber(cert.get()), serial);
-    X509_gmtime_adj(X509_getm_notBefore(cert.get()), -60);
-    X509_gmtime_adj(X509_getm_notAfter(cert.get()), 3600);
-    X509_set_pubkey(cert.get(), key.get());
-    X509_sign(cert.get(), key.get(), EVP_sha256());
-    return cert;
-}
-
-std::string bytesOf(BIO* memory)
-{
-    char* bytes = nullptr;
-    const long length = BIO_get_mem_data(memory, &bytes);
-    return std::string(bytes, static_cast<std::size_t>(length));
-}
-
-std::string pemOf(X509* cert)
-{
-    const Memory memory(BIO_new(BIO_s_mem()));
-    PEM_write_bio_X509(memory.get(), cert);
-    return bytesOf(memory.get());
-}
-
-std::string derOf(X509* cert)
-{
-    const Memory memory(BIO_new(BIO_s_mem()));
-    i2d_X509_bio(memory.get(), cert);
-    return bytesOf(memory.get());
-}
 
 class TlsContract : public Contract
 {
@@ -77,19 +33,23 @@ protected:
 
     Lines hook(const std::string& cert, CURLcode expected)
     {
-        recorded::openSsl().buffers = 0;
-        return journalOf([&] {
-            EXPECT_EQ(expected,
-                      sftp_sslCtx_function(nullptr, context.get(), const_cast<void*>(static_cast<const void*>(&cert))));
+        std::string text = cert;
+        const Lines lines = journalOf([&] {
+            const int answer = sftp_sslCtx_function(nullptr, context.get(), &text);
+            const memory::Pause pause;
+            EXPECT_EQ(nameOf(expected), nameOf(answer));
         });
+        EXPECT_EQ(cert, text);
+        EXPECT_NE(static_cast<const void*>(text.data()), recorded::openSsl().bytes) << "the hook works on a copy";
+        return lines;
     }
 
     Lines convert(const std::string& text, SecuritySS_RC expected)
     {
-        recorded::openSsl().buffers = 0;
-        X509* cert = nullptr;
+        X509* cert = second.get();
         Lines lines = journalOf([&] { EXPECT_EQ(expected, sftpConvToX509(text, cert)); });
-        converted.reset(cert);
+        EXPECT_NE(second.get(), cert);
+        converted.reset(cert == second.get() ? nullptr : cert);
         return lines;
     }
 
@@ -97,13 +57,33 @@ protected:
 
     static std::string record(int level, const std::string& function, const std::string& text)
     {
-        return "log " + std::to_string(level) + " SFtpClient 77 " + function + "(): 0|" + text + "|";
+        return recordLine(level, function, text);
     }
 
-    static Lines begin(const std::string& number = "1")
+    // What a conversion does, from its buffers to the attempt to read PEM; its end is the same for all.
+    static Lines tried(const std::string& text)
     {
-        return {number + " FTPSSLAUTH = 0", number + " USE_SSL = 3", number + " SSLCERTTYPE = PEM"};
+        return {"BIO_new_mem_buf 1" + size(text), "BIO_new_mem_buf 2" + size(text), "PEM_read_bio_X509 buffer 1"};
     }
+    static Lines released() { return {"BIO_free buffer 2", "BIO_free buffer 1"}; }
+
+    void expectConverted(const std::string& text, const Lines& journal, const X509* cert)
+    {
+        EXPECT_TRUE(sameLines(journal, convert(text, SECURITYSS_SUCCESS)));
+        EXPECT_EQ(0, X509_cmp(cert, converted.get()));
+    }
+
+    // Without the nth buffer, which takes no memory, the text stays unread and the certificate untouched.
+    void expectNoBuffer(const std::string& call, const Lines& journal)
+    {
+        recorded::openSsl().fails = call;
+        X509* untouched = first.get();
+        EXPECT_TRUE(
+            sameLines(journal, journalOf([&] { EXPECT_EQ(SECURITYSS_FAILURE, sftpConvToX509("text", untouched)); })));
+        EXPECT_EQ(first.get(), untouched);
+    }
+
+    static Lines begin() { return {"1 FTPSSLAUTH = 0", "1 USE_SSL = 3", "1 SSLCERTTYPE = PEM"}; }
 
     static Lines withCertificate()
     {
@@ -111,36 +91,33 @@ protected:
                 "1 SSL_CTX_DATA = the text", "1 SSL_CTX_FUNCTION = sftp_sslCtx_function", "1 SSL_VERIFYHOST = 0"};
     }
 
-    int certificatesInStore() const
-    {
-        return sk_X509_OBJECT_num(X509_STORE_get0_objects(SSL_CTX_get_cert_store(context.get())));
-    }
-
-    const Certificate first = makeCertificate(1);
-    const Certificate second = makeCertificate(2);
-    const Context context;
+    const Certificate first = make(1);
+    const Certificate second = make(2);
+    const Context context{SSL_CTX_new(TLS_client_method())};
     Certificate converted;
 };
 
 TEST_F(TlsContract, ACertificateIsHandedToTheHook)
 {
-    EXPECT_EQ(begin() + withCertificate(), setCert(pemOf(first.get())));
+    EXPECT_TRUE(sameLines(begin() + withCertificate(), setCert(pemOf(first.get()))));
 }
 
 TEST_F(TlsContract, NoneWithTheSwitchOffVerifiesNothing)
 {
     recording::host().certAuthSwitch = 0;
-    EXPECT_EQ(begin() + Lines({"config General/CertAuthSwitch default true",
-                               "log 1 SFtpClient 0 sftpSetCertTmp(): 0|Establish SSL without cert:|none|",
-                               "1 SSL_VERIFYPEER = 0", "1 SSL_VERIFYHOST = 0"}),
-              setCert("none"));
+    EXPECT_TRUE(sameLines(begin() + Lines{"config General/CertAuthSwitch default true",
+                                          "log 1 SFtpClient 0 sftpSetCertTmp(): 0|Establish SSL without cert:|none|",
+                                          "1 SSL_VERIFYPEER = 0", "1 SSL_VERIFYHOST = 0"},
+                          setCert("none")));
 }
 
 TEST_F(TlsContract, NoneWithTheSwitchOnIsTakenForACertificate)
 {
     for (const int value : {1, -1, 2, 256, 65536}) {
+        SCOPED_TRACE(value);
         recording::host().certAuthSwitch = value;
-        EXPECT_EQ(begin() + Lines({"config General/CertAuthSwitch default true"}) + withCertificate(), setCert("none"));
+        EXPECT_TRUE(sameLines(begin() + Lines{"config General/CertAuthSwitch default true"} + withCertificate(),
+                              setCert("none")));
     }
 }
 
@@ -149,40 +126,39 @@ TEST_F(TlsContract, OnlyTheExactTextIsTheMarker)
     recording::host().certAuthSwitch = 0;
     for (const std::string& text : {std::string(), std::string("None"), std::string(" none"), std::string("none "),
                                     std::string("none\0", 5), std::string("NONE"), std::string("non")}) {
-        EXPECT_EQ(begin() + withCertificate(), setCert(text)) << text;
+        SCOPED_TRACE(text);
+        EXPECT_TRUE(sameLines(begin() + withCertificate(), setCert(text)));
     }
 }
 
 TEST_F(TlsContract, PemIsConverted)
 {
     const std::string text = pemOf(first.get());
-    EXPECT_EQ(Lines({"BIO_new_mem_buf 1" + size(text), "BIO_new_mem_buf 2" + size(text), "PEM_read_bio_X509 buffer 1",
-                     "BIO_free buffer 2", "BIO_free buffer 1"}),
-              convert(text, SECURITYSS_SUCCESS));
-    EXPECT_EQ(0, X509_cmp(first.get(), converted.get()));
+    expectConverted(text, tried(text) + released(), first.get());
 }
 
 TEST_F(TlsContract, DerIsConvertedFromABufferOfItsOwn)
 {
     const std::string text = derOf(first.get());
     ASSERT_NE(std::string::npos, text.find('\0'));
-    EXPECT_EQ(Lines({"BIO_new_mem_buf 1" + size(text), "BIO_new_mem_buf 2" + size(text), "PEM_read_bio_X509 buffer 1",
-                     "d2i_X509_bio buffer 2", "BIO_free buffer 2", "BIO_free buffer 1"}),
-              convert(text, SECURITYSS_SUCCESS));
-    EXPECT_EQ(0, X509_cmp(first.get(), converted.get()));
-}
-
-TEST_F(TlsContract, OnlyTheFirstOfTwoIsConverted)
-{
-    convert(pemOf(first.get()) + pemOf(second.get()), SECURITYSS_SUCCESS);
-    EXPECT_EQ(0, X509_cmp(first.get(), converted.get()));
+    expectConverted(text, tried(text) + Lines{"d2i_X509_bio buffer 2"} + released(), first.get());
 }
 
 TEST_F(TlsContract, TextBeforeTheCertificateIsPassedOver)
 {
     const std::string text = std::string(70000, '#') + "\n" + pemOf(first.get());
-    EXPECT_EQ("BIO_new_mem_buf 2" + size(text), convert(text, SECURITYSS_SUCCESS)[1]);
-    EXPECT_EQ(0, X509_cmp(first.get(), converted.get()));
+    expectConverted(text, tried(text) + released(), first.get());
+}
+
+TEST_F(TlsContract, OnlyTheFirstCertificateIsConverted)
+{
+    const std::string pem = pemOf(first.get());
+    const std::string der = derOf(first.get());
+    for (const std::string& text : {pem + pemOf(second.get()), pem + "rubbish", der + derOf(second.get())}) {
+        SCOPED_TRACE(text);
+        convert(text, SECURITYSS_SUCCESS);
+        EXPECT_EQ(0, X509_cmp(first.get(), converted.get()));
+    }
 }
 
 TEST_F(TlsContract, OpensslsErrorsAreLeftWhereTheyAre)
@@ -203,6 +179,7 @@ TEST_F(TlsContract, OpensslsErrorsAreLeftByAHookThatFails)
     hook("", CURLE_SSL_CACERT_BADFILE);
     EXPECT_EQ(Errors({hosts, kNoPem}), recorded::takeErrors());
     for (const char* text : {"none", "no certificate"}) {
+        SCOPED_TRACE(text);
         recorded::leaveHostsError();
         hook(text, CURLE_SSL_CACERT_BADFILE);
         const Errors left = recorded::takeErrors();
@@ -211,143 +188,133 @@ TEST_F(TlsContract, OpensslsErrorsAreLeftByAHookThatFails)
         EXPECT_EQ(ERR_LIB_ASN1, ERR_GET_LIB(left.back()));
     }
     for (const char* fails : {"BIO_new_mem_buf 1", "BIO_new_mem_buf 2"}) {
+        SCOPED_TRACE(fails);
         recorded::leaveHostsError();
         recorded::openSsl().fails = fails;
         hook(pem, CURLE_SSL_CACERT_BADFILE);
-        EXPECT_EQ(Errors{hosts}, recorded::takeErrors()) << fails;
+        EXPECT_EQ(Errors{hosts}, recorded::takeErrors());
     }
     for (const char* fails : {"SSL_CTX_get_cert_store", "X509_STORE_add_cert"}) {
+        SCOPED_TRACE(fails);
         recorded::leaveHostsError();
         recorded::openSsl().fails = fails;
         hook(pem, CURLE_FAILED_INIT);
-        EXPECT_EQ(Errors{hosts}, recorded::takeErrors()) << fails;
+        EXPECT_EQ(Errors{hosts}, recorded::takeErrors());
     }
 }
 
 TEST_F(TlsContract, AnythingElseIsRefused)
 {
-    for (const std::string& text : {std::string(), std::string("none"), std::string("no certificate\n")}) {
-        EXPECT_EQ(Lines({"BIO_new_mem_buf 1" + size(text), "BIO_new_mem_buf 2" + size(text),
-                         "PEM_read_bio_X509 buffer 1", "d2i_X509_bio buffer 2",
-                         record(1, "sftpConvToX509", "pCert is nullptr"), "BIO_free buffer 2", "BIO_free buffer 1"}),
-                  convert(text, SECURITYSS_FAILURE));
+    const std::string pem = pemOf(first.get());
+    const std::string der = derOf(first.get());
+    const std::string begin = "-----BEGIN CERTIFICATE-----\n";
+    const std::string end = "-----END CERTIFICATE-----\n";
+    for (const std::string& text :
+         {std::string(), std::string("none"), std::string("no certificate\n"), begin, begin + "!!!!\n" + end,
+          begin + "AAAA\n" + end, pem.substr(0, pem.size() - 20), der.substr(0, der.size() - 1)}) {
+        SCOPED_TRACE(text);
+        EXPECT_TRUE(sameLines(
+            tried(text) + Lines{"d2i_X509_bio buffer 2", record(1, "sftpConvToX509", "pCert is nullptr")} + released(),
+            convert(text, SECURITYSS_FAILURE)));
         EXPECT_EQ(nullptr, converted);
     }
 }
 
 TEST_F(TlsContract, AFailedReadOfPemFallsBackToDer)
 {
+    const std::string text = derOf(first.get());
     recorded::openSsl().fails = "PEM_read_bio_X509";
-    convert(derOf(first.get()), SECURITYSS_SUCCESS);
+    convert(text, SECURITYSS_SUCCESS);
     EXPECT_EQ(0, X509_cmp(first.get(), converted.get()));
     recorded::openSsl().fails = "d2i_X509_bio";
-    const Lines lines = convert(derOf(first.get()), SECURITYSS_FAILURE);
-    EXPECT_EQ(record(1, "sftpConvToX509", "pCert is nullptr"), *(lines.end() - 3));
+    EXPECT_TRUE(sameLines(tried(text) +
+                              Lines{"d2i_X509_bio buffer 2 fails", record(1, "sftpConvToX509", "pCert is nullptr")} +
+                              released(),
+                          convert(text, SECURITYSS_FAILURE)));
     EXPECT_EQ(nullptr, converted);
 }
 
 TEST_F(TlsContract, WithoutTheFirstBufferNothingIsTouched)
 {
-    recorded::openSsl().fails = "BIO_new_mem_buf 1";
-    X509* untouched = first.get();
-    EXPECT_EQ(Lines({"BIO_new_mem_buf 1 of 4 bytes fails", record(1, "sftpConvToX509", "pBioPem is nullptr")}),
-              journalOf([&] { EXPECT_EQ(SECURITYSS_FAILURE, sftpConvToX509("text", untouched)); }));
-    EXPECT_EQ(first.get(), untouched);
+    expectNoBuffer("BIO_new_mem_buf 1",
+                   {"BIO_new_mem_buf 1 of 4 bytes fails", record(1, "sftpConvToX509", "pBioPem is nullptr")});
 }
 
 TEST_F(TlsContract, WithoutTheSecondBufferTheFirstIsFreed)
 {
-    recorded::openSsl().fails = "BIO_new_mem_buf 2";
-    X509* untouched = first.get();
-    EXPECT_EQ(Lines({"BIO_new_mem_buf 1 of 4 bytes", "BIO_new_mem_buf 2 of 4 bytes fails",
-                     record(1, "sftpConvToX509", "pBioDer is nullptr"), "BIO_free buffer 1"}),
-              journalOf([&] { EXPECT_EQ(SECURITYSS_FAILURE, sftpConvToX509("text", untouched)); }));
-    EXPECT_EQ(first.get(), untouched);
+    expectNoBuffer("BIO_new_mem_buf 2", {"BIO_new_mem_buf 1 of 4 bytes", "BIO_new_mem_buf 2 of 4 bytes fails",
+                                         record(1, "sftpConvToX509", "pBioDer is nullptr"), "BIO_free buffer 1"});
 }
 
 TEST_F(TlsContract, TheHookAddsTheCertificateAndReleasesItsOwn)
 {
     const std::string text = pemOf(first.get());
-    EXPECT_EQ(Lines({"BIO_new_mem_buf 1" + size(text), "BIO_new_mem_buf 2" + size(text), "PEM_read_bio_X509 buffer 1",
-                     "BIO_free buffer 2", "BIO_free buffer 1", "SSL_CTX_get_cert_store the context",
-                     "X509_STORE_add_cert PEM certificate", "X509_free PEM certificate"}),
-              hook(text, CURLE_OK));
-    EXPECT_EQ(1, certificatesInStore());
+    EXPECT_TRUE(sameLines(tried(text) + released() +
+                              Lines{"SSL_CTX_get_cert_store the context", "X509_STORE_add_cert PEM certificate",
+                                    "X509_free PEM certificate"},
+                          hook(text, CURLE_OK)));
+    EXPECT_EQ("1 ", serialsIn(context.get()));
 }
 
-TEST_F(TlsContract, TheHookWorksOnACopyOfTheText)
+TEST_F(TlsContract, TheHookAddsTheFirstOfSeveralCertificatesAndEachOnce)
 {
-    const std::string text = pemOf(first.get());
-    hook(text, CURLE_OK);
-    EXPECT_NE(static_cast<const void*>(text.data()), recorded::openSsl().bytes);
-}
-
-TEST_F(TlsContract, TheSameCertificateTwiceIsOne)
-{
-    const std::string text = derOf(first.get());
-    hook(text, CURLE_OK);
-    hook(text, CURLE_OK);
-    EXPECT_EQ(1, certificatesInStore());
-    hook(pemOf(second.get()), CURLE_OK);
-    EXPECT_EQ(2, certificatesInStore());
+    hook(derOf(first.get()), CURLE_OK);
+    hook(derOf(first.get()), CURLE_OK);
+    EXPECT_EQ("1 ", serialsIn(context.get()));
+    hook(pemOf(second.get()) + pemOf(make(3).get()), CURLE_OK);
+    EXPECT_EQ("1 2 ", serialsIn(context.get()));
 }
 
 TEST_F(TlsContract, ATextThatIsNoCertificateStopsTheHandshake)
 {
     for (const char* text : {"", "none", "no certificate"}) {
-        const Lines lines = hook(text, CURLE_SSL_CACERT_BADFILE);
-        EXPECT_EQ(Lines({record(1, "sftpConvToX509", "pCert is nullptr"), "BIO_free buffer 2", "BIO_free buffer 1",
-                         record(4, "sftp_sslCtx_function", "sslCtx_function, convToX509 failed.")}),
-                  Lines(lines.end() - 4, lines.end()));
-        EXPECT_EQ(0, certificatesInStore());
+        SCOPED_TRACE(text);
+        EXPECT_TRUE(sameLines(Lines{record(1, "sftpConvToX509", "pCert is nullptr")} + released() +
+                                  Lines{record(4, "sftp_sslCtx_function", "sslCtx_function, convToX509 failed.")},
+                              lastOf(hook(text, CURLE_SSL_CACERT_BADFILE), 4)));
     }
+    EXPECT_EQ("", serialsIn(context.get()));
 }
 
-TEST_F(TlsContract, WithoutAStoreTheCertificateIsReleased)
+TEST_F(TlsContract, AContextWithoutAStoreStopsTheHandshake)
 {
     recorded::openSsl().fails = "SSL_CTX_get_cert_store";
-    const Lines lines = hook(pemOf(first.get()), CURLE_FAILED_INIT);
-    EXPECT_EQ(
-        Lines({"SSL_CTX_get_cert_store the context fails",
-               record(4, "sftp_sslCtx_function", "sslCtx_function, X509_STORE is NUL."), "X509_free PEM certificate"}),
-        Lines(lines.end() - 3, lines.end()));
+    EXPECT_TRUE(sameLines({"SSL_CTX_get_cert_store the context fails",
+                           record(4, "sftp_sslCtx_function", "sslCtx_function, X509_STORE is NUL."),
+                           "X509_free PEM certificate"},
+                          lastOf(hook(pemOf(first.get()), CURLE_FAILED_INIT), 3)));
 }
 
 TEST_F(TlsContract, ARefusedCertificateIsReleased)
 {
     recorded::openSsl().fails = "X509_STORE_add_cert";
-    const Lines lines = hook(pemOf(first.get()), CURLE_FAILED_INIT);
-    EXPECT_EQ(
-        Lines({"X509_STORE_add_cert PEM certificate fails",
-               record(4, "sftp_sslCtx_function", "sslCtx_function, add cert failed."), "X509_free PEM certificate"}),
-        Lines(lines.end() - 3, lines.end()));
-    EXPECT_EQ(0, certificatesInStore());
+    EXPECT_TRUE(
+        sameLines({"X509_STORE_add_cert PEM certificate fails",
+                   record(4, "sftp_sslCtx_function", "sslCtx_function, add cert failed."), "X509_free PEM certificate"},
+                  lastOf(hook(pemOf(first.get()), CURLE_FAILED_INIT), 3)));
+    EXPECT_EQ("", serialsIn(context.get()));
 }
 
 TEST_F(TlsContract, NoExceptionLeavesTheHook)
 {
-    const std::string text = pemOf(first.get());
+    std::string text = pemOf(first.get());
     const unsigned long hosts = recorded::leaveHostsError();
-    const Lines lines = journalOf([&] {
+    expectNothingNoted([&] {
         memory::failAllocation(1);
-        EXPECT_EQ(CURLE_FAILED_INIT,
-                  sftp_sslCtx_function(nullptr, context.get(), const_cast<void*>(static_cast<const void*>(&text))));
+        EXPECT_EQ(CURLE_FAILED_INIT, sftp_sslCtx_function(nullptr, context.get(), &text));
     });
-    EXPECT_EQ(Lines{}, lines);
     EXPECT_EQ(Errors{hosts}, recorded::takeErrors());
 }
 
-TEST_F(TlsContract, SetCertKeepsTheTextForTheSecurityService)
+TEST_F(TlsContract, TheHookAnswersWithTwoWhatTheHostsLogThrows)
 {
-    for (const SecuritySS_RC answer : {SECURITYSS_SUCCESS, SECURITYSS_FAILURE}) {
-        recording::host().enriched = answer;
-        CurlSFtpResponse transfer;
-        EXPECT_EQ(Lines({"enrichSSL a certificate"}),
-                  journalOf([&] { EXPECT_EQ(answer, transfer.SetCert("a certificate")); }));
-        EXPECT_EQ("a certificate", transfer.cert);
-        EXPECT_EQ(Lines({"enrichSSL none"}), journalOf([&] { EXPECT_EQ(answer, transfer.SetCert("")); }));
-        EXPECT_EQ("none", transfer.cert);
-    }
+    recording::host().onStep = [](const std::string& step) {
+        if (step == "begin") {
+            throw std::runtime_error("no log");
+        }
+    };
+    hook("no certificate", CURLE_FAILED_INIT);
+    EXPECT_TRUE(sameLines({}, recording::takeRecords()));
 }
 
 } // namespace

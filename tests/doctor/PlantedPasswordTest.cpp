@@ -1,5 +1,5 @@
 // A server that repeats the password wherever it can: it is shown nowhere, and changes nothing in what is found out.
-#include "PlantedPassword.h"
+#include "support/PlantedPassword.h"
 #include "doctor/Renderers.h"
 #include "harness/Examined.h"
 

@@ -1,97 +1,100 @@
 // RETR, what comes over its data connection, and the reply that ends it.
-#include "harness/Rows.h"
+#include "Rows.h"
 
 namespace {
 
 using namespace rows;
 
-const Rows& retr()
-{
-    static const Rows all = {
-        Row("Reply550", kDownload, {"RETR=reply:550 no such file"}, {78}).leaving(""),
-        Row("Reply450", kDownload, {"RETR=reply:450 not now"}, {19}).leaving(""),
-        Row("Reply500", kDownload, {"RETR=reply:500 unknown"}, {19}).leaving(""),
-        Row("Reply226AtOnce", kDownload, {"RETR=reply:226 done"}, {19}).leaving(""),
-        Row("Reply421", kDownload, {"RETR=reply:421 closing"}, {28}).leaving(""),
-        Row("Closed", kDownload, {"RETR=drop"}, {56}).leaving(""),
-        Row("Reset", kDownload, {"RETR=reset"}, {55, 56}).because(kResetWithData).basedOn(kTool).leaving(""),
-        Row("SilenceThenClosed", kDownload, {"RETR=stall"}, {56}).basedOn(kTool).on(boundedStall).leaving(""),
-        Row("Split", kDownload, {"RETR=split"}, {0}).basedOn(kTool).leaving(kAll),
-    };
-    return all;
-}
+const Rows kRetr = {
+    Row("Reply550", kDownload, {"RETR=reply:550 no such file"}, {CURLE_REMOTE_FILE_NOT_FOUND}).leaving(""),
+    Row("Reply450", kDownload, {"RETR=reply:450 not now"}, {CURLE_FTP_COULDNT_RETR_FILE}).leaving(""),
+    Row("Reply500", kDownload, {"RETR=reply:500 unknown"}, {CURLE_FTP_COULDNT_RETR_FILE}).leaving(""),
+    Row("Reply226AtOnce", kDownload, {"RETR=reply:226 done"}, {CURLE_FTP_COULDNT_RETR_FILE}).leaving(""),
+    Row("Reply421", kDownload, {"RETR=reply:421 closing"}, {CURLE_OPERATION_TIMEDOUT}).leaving(""),
+    Row("Closed", kDownload, {"RETR=drop"}, {CURLE_RECV_ERROR}).leaving(""),
+    Row("Reset", kDownload, {"RETR=reset"}, {CURLE_SEND_ERROR, CURLE_RECV_ERROR}).racing(kResetWithData).leaving(""),
+    Row("SilenceThenClosed", kDownload, {"RETR=stall"}, {CURLE_RECV_ERROR}).on(boundedStall).leaving(""),
+    Row("Split", kDownload, {"RETR=split"}, {CURLE_OK}).leaving(kAll),
+};
+INSTANTIATE_TEST_SUITE_P(Retr, Fault, testing::ValuesIn(chosen(kRetr)), idOf);
 
-const Rows& data()
-{
-    static const Rows all = {
-        Row("DroppedAfterNothing", kDownload, {"DATA=drop-after:0"}, {18, 56}).because(kUnannounced).leaving(""),
-        Row("DroppedAfterSome", kDownload, {"DATA=drop-after:50000"}, {18, 56}).because(kUnannounced).leaving(50000),
-        Row("DroppedBeforeTheLastByte", kDownload, {"DATA=drop-after:99999"}, {18, 56})
-            .because(kUnannounced)
-            .leaving(99999),
-        Row("DroppedWithSuccessClaimed", kDownload, {"DATA=drop-after:50000", "DONE=reply:226 done"}, {18, 56})
-            .because(kUnannounced)
-            .leaving(50000),
-        Row("ClosedEarlyWithSuccessClaimed", kDownload, {"DATA=claim-after:50000"}, {18}).leaving(50000),
-        Row("NothingWithSuccessClaimed", kDownload, {"DATA=claim-after:0"}, {18}).leaving(""),
-        Row("ClosedEarlyWithSizeUnknown", kDownload, {"SIZE=reply:500 unknown", "DATA=claim-after:50000"}, {0})
-            .leaving(50000),
-        Row("DroppedWithSizeUnknown", kDownload,
-            {"SIZE=reply:500 unknown", "DATA=drop-after:50000", "DONE=reply:226 done"}, {0, 56})
-            .because(kUnannounced)
-            .leaving(50000),
-        Row("ResetAfterSome", kDownload, {"DATA=reset-after:50000"}, {56}).leavingAtMost(50000),
-        Row("StalledThenDropped", kDownload, {"DATA=stall-after:50000"}, {18, 56})
-            .because(kUnannounced)
-            .on(boundedStall)
-            .leaving(50000),
-        Row("Slow", kDownload, {"DATA=slow:200000"}, {0}).basedOn(kTool).leaving(kAll),
-        Row("ClosedInPlaceOfTls", kDownload, {"DATA=close"}, {13, 35, 60}).because(kDataTls).leaving(""),
-        Row("GarbageInPlaceOfTls", kDownload, {"DATA=garbage"}, {13, 35, 60}).because(kDataTls).leaving(""),
-        Row("NoTls", kDownload, {"DATA=plain"}, {13, 35, 60}).because(kDataTls).leaving(""),
-        Row("ExpiredCertificate", kDownload, {}, {13, 35, 60}).because(kDataTls).leaving("").on([](Scene& scene) {
-            scene.server.dataCertificate = expired(scene.authority);
-        }),
-        Row("NotYetValidCertificate", kDownload, {}, {13, 35, 60}).because(kDataTls).leaving("").on([](Scene& scene) {
-            scene.server.dataCertificate = notYetValid(scene.authority);
-        }),
-        Row("SelfSignedCertificate", kDownload, {}, {13, 35, 60}).because(kDataTls).leaving("").on([](Scene& scene) {
-            scene.server.dataCertificate = testserver::makeSelfSigned();
-        }),
-    };
-    return all;
-}
+const Rows kData = {
+    Row("DroppedAfterNothing", kDownload, {"DATA=drop-after:0"}, {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
+        .because(kUnannounced)
+        .leaving(""),
+    Row("DroppedAfterSome", kDownload, {"DATA=drop-after:50000"}, {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
+        .because(kUnannounced)
+        .leaving(50000),
+    Row("DroppedBeforeTheLastByte", kDownload, {"DATA=drop-after:99999"}, {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
+        .because(kUnannounced)
+        .leaving(99999),
+    Row("DroppedWithSuccessClaimed", kDownload, {"DATA=drop-after:50000", "DONE=reply:226 done"},
+        {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
+        .because(kUnannounced)
+        .leaving(50000),
+    Row("ClosedEarlyWithSuccessClaimed", kDownload, {"DATA=claim-after:50000"}, {CURLE_PARTIAL_FILE}).leaving(50000),
+    Row("NothingWithSuccessClaimed", kDownload, {"DATA=claim-after:0"}, {CURLE_PARTIAL_FILE}).leaving(""),
+    Row("ClosedEarlyWithSizeUnknown", kDownload, {"SIZE=reply:500 unknown", "DATA=claim-after:50000"}, {CURLE_OK})
+        .leaving(50000),
+    Row("DroppedWithSizeUnknown", kDownload, {"SIZE=reply:500 unknown", "DATA=drop-after:50000", "DONE=reply:226 done"},
+        {CURLE_OK, CURLE_RECV_ERROR})
+        .because(kUnannounced)
+        .leaving(50000),
+    Row("ResetAfterSome", kDownload, {"DATA=reset-after:50000"}, {CURLE_RECV_ERROR}).leavingAtMost(50000),
+    Row("StalledThenDropped", kDownload, {"DATA=stall-after:50000"}, {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
+        .because(kUnannounced)
+        .on(boundedStall)
+        .leaving(50000),
+    Row("Slow", kDownload, {"DATA=slow:200000"}, {CURLE_OK}).leaving(kAll),
+    Row("ClosedInPlaceOfTls", kDownload, {"DATA=close"},
+        {CURLE_FTP_WEIRD_PASV_REPLY, CURLE_SSL_CONNECT_ERROR, CURLE_PEER_FAILED_VERIFICATION})
+        .racing(kDataTls)
+        .leaving(""),
+    Row("GarbageInPlaceOfTls", kDownload, {"DATA=garbage"},
+        {CURLE_FTP_WEIRD_PASV_REPLY, CURLE_SSL_CONNECT_ERROR, CURLE_PEER_FAILED_VERIFICATION})
+        .racing(kDataTls)
+        .leaving(""),
+    Row("NoTls", kDownload, {"DATA=plain"},
+        {CURLE_FTP_WEIRD_PASV_REPLY, CURLE_SSL_CONNECT_ERROR, CURLE_PEER_FAILED_VERIFICATION})
+        .racing(kDataTls)
+        .leaving(""),
+    Row("ExpiredCertificate", kDownload, {},
+        {CURLE_FTP_WEIRD_PASV_REPLY, CURLE_SSL_CONNECT_ERROR, CURLE_PEER_FAILED_VERIFICATION})
+        .racing(kDataTls)
+        .leaving("")
+        .on([](Scene& scene) { scene.server.dataCertificate = expired(scene.authority); }),
+    Row("NotYetValidCertificate", kDownload, {},
+        {CURLE_FTP_WEIRD_PASV_REPLY, CURLE_SSL_CONNECT_ERROR, CURLE_PEER_FAILED_VERIFICATION})
+        .racing(kDataTls)
+        .leaving("")
+        .on([](Scene& scene) { scene.server.dataCertificate = notYetValid(scene.authority); }),
+    Row("SelfSignedCertificate", kDownload, {},
+        {CURLE_FTP_WEIRD_PASV_REPLY, CURLE_SSL_CONNECT_ERROR, CURLE_PEER_FAILED_VERIFICATION})
+        .racing(kDataTls)
+        .leaving("")
+        .on([](Scene& scene) { scene.server.dataCertificate = testserver::makeSelfSigned(); }),
+};
+INSTANTIATE_TEST_SUITE_P(DownloadData, Fault, testing::ValuesIn(chosen(kData)), idOf);
 
 // All the data has come: the file is whole, whatever the server says of it.
-const Rows& done()
-{
-    static const Rows all = {
-        Row("Reply426", kDownload, {"DONE=reply:426 aborted"}, {18}).leaving(kAll),
-        Row("Reply451", kDownload, {"DONE=reply:451 broken"}, {18}).leaving(kAll),
-        Row("Reply550", kDownload, {"DONE=reply:550 no"}, {18}).leaving(kAll),
-        Row("Reply200", kDownload, {"DONE=reply:200 done"}, {18}).leaving(kAll),
-        Row("Reply552", kDownload, {"DONE=reply:552 full"}, {70}).leaving(kAll),
-        Row("Reply250", kDownload, {"DONE=reply:250 done"}, {0}).leaving(kAll),
-        Row("Reply421", kDownload, {"DONE=reply:421 closing"}, {28}).leaving(kAll),
-        Row("Closed", kDownload, {"DONE=drop"}, {56}).leaving(kAll),
-        Row("Reset", kDownload, {"DONE=reset"}, {56}).leaving(kAll),
-        Row("SilenceThenClosed", kDownload, {"DONE=stall"}, {56}).basedOn(kTool).on(boundedStall).leaving(kAll),
-        Row("HalfAndClosed", kDownload, {"DONE=last:226 do\\c"}, {56}).basedOn(kTool).leaving(kAll),
-        Row("Split", kDownload, {"DONE=split"}, {0}).basedOn(kTool).leaving(kAll),
-        Row("AMebibyte", kDownload, {"DONE=pad:1048576"}, {56, 100}).because(kLongLine).basedOn(kTool).leaving(kAll),
-        Row("EndlessLines", kDownload, {"DONE=endless:226-and another thing"}, {56, 28})
-            .because(kEndless)
-            .basedOn(kTool)
-            .leaving(kAll),
-    };
-    return all;
-}
-
-INSTANTIATE_TEST_SUITE_P(Retr, Fault, testing::ValuesIn(retr()), nameOf);
-INSTANTIATE_TEST_SUITE_P(Retr, Tool, testing::ValuesIn(replayed(retr())), nameOf);
-INSTANTIATE_TEST_SUITE_P(DownloadData, Fault, testing::ValuesIn(data()), nameOf);
-INSTANTIATE_TEST_SUITE_P(DownloadData, Tool, testing::ValuesIn(replayed(data())), nameOf);
-INSTANTIATE_TEST_SUITE_P(DownloadDone, Fault, testing::ValuesIn(done()), nameOf);
-INSTANTIATE_TEST_SUITE_P(DownloadDone, Tool, testing::ValuesIn(replayed(done())), nameOf);
+const Rows kDone = {
+    Row("Reply426", kDownload, {"DONE=reply:426 aborted"}, {CURLE_PARTIAL_FILE}).leaving(kAll),
+    Row("Reply451", kDownload, {"DONE=reply:451 broken"}, {CURLE_PARTIAL_FILE}).leaving(kAll),
+    Row("Reply550", kDownload, {"DONE=reply:550 no"}, {CURLE_PARTIAL_FILE}).leaving(kAll),
+    Row("Reply200", kDownload, {"DONE=reply:200 done"}, {CURLE_PARTIAL_FILE}).leaving(kAll),
+    Row("Reply552", kDownload, {"DONE=reply:552 full"}, {CURLE_REMOTE_DISK_FULL}).leaving(kAll),
+    Row("Reply250", kDownload, {"DONE=reply:250 done"}, {CURLE_OK}).leaving(kAll),
+    Row("Reply421", kDownload, {"DONE=reply:421 closing"}, {CURLE_OPERATION_TIMEDOUT}).leaving(kAll),
+    Row("Closed", kDownload, {"DONE=drop"}, {CURLE_RECV_ERROR}).leaving(kAll),
+    Row("Reset", kDownload, {"DONE=reset"}, {CURLE_RECV_ERROR}).leaving(kAll),
+    Row("SilenceThenClosed", kDownload, {"DONE=stall"}, {CURLE_RECV_ERROR}).on(boundedStall).leaving(kAll),
+    Row("HalfAndClosed", kDownload, {"DONE=last:226 do\\c"}, {CURLE_RECV_ERROR}).leaving(kAll),
+    Row("Split", kDownload, {"DONE=split"}, {CURLE_OK}).leaving(kAll),
+    Row("AMebibyte", kDownload, {"DONE=pad:1048576"}, {CURLE_RECV_ERROR, kTooLarge}).because(kLongLine).leaving(kAll),
+    Row("EndlessLines", kDownload, {"DONE=endless:226-and another thing"}, {CURLE_RECV_ERROR, CURLE_OPERATION_TIMEDOUT})
+        .because(kEndless)
+        .leaving(kAll),
+};
+INSTANTIATE_TEST_SUITE_P(DownloadDone, Fault, testing::ValuesIn(chosen(kDone)), idOf);
 
 } // namespace

@@ -1,7 +1,6 @@
 // Which operations let libcurl set SIGPIPE aside for the whole process, the end of the response included.
-#include "harness/Live.h"
-
-#include <dlfcn.h>
+#include "support/Live.h"
+#include "support/NextFunction.h"
 
 #include <csignal>
 #include <filesystem>
@@ -60,8 +59,7 @@ TEST_F(SignalsLive, TheOthersSetItAside)
 // Stands before the C library's for libcurl.
 extern "C" int sigaction(int signal, const struct sigaction* action, struct sigaction* before) noexcept
 {
-    static auto* const next =
-        reinterpret_cast<int (*)(int, const struct sigaction*, struct sigaction*)>(dlsym(RTLD_NEXT, "sigaction"));
+    static auto* const next = nextFunction<int(int, const struct sigaction*, struct sigaction*)>("sigaction");
     setAside = setAside || (signal == SIGPIPE && action != nullptr && action->sa_handler == SIG_IGN);
     return next(signal, action, before);
 }

@@ -25,7 +25,9 @@ execute_process(COMMAND ${CTEST} --test-dir ${BINARY_DIR} --print-labels
 string(REGEX REPLACE "^.*All Labels:" "" printed "${printed}")
 string(REGEX MATCHALL "[^ \n]+" labels "${printed}")
 foreach(label IN LISTS labels)
-    expect_on_page(label ${label} ") | `${label}` |")
+    if(NOT text MATCHES "\n\\| \\[[^|]+\\| [^|]*`${label}`[^|]*\\|")
+        list(APPEND wrong "It does not name the label ${label} in the row of a folder.")
+    endif()
 endforeach()
 
 file(GLOB gates RELATIVE ${SOURCE_DIR}/scripts/gates ${SOURCE_DIR}/scripts/gates/*)

@@ -9,6 +9,8 @@
 #include <Text.h>
 #include <ThreadState.h>
 
+#include "support/TemporaryFolder.h"
+
 #include <gtest/gtest.h>
 
 #include <openssl/err.h>
@@ -17,8 +19,6 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 namespace {
 
@@ -181,30 +181,15 @@ TEST(ThreadState, IsAsItWas)
 class Arriving : public testing::Test
 {
 protected:
-    Arriving()
-    {
-        std::string pattern = testing::TempDir() + "arriving-XXXXXX";
-        m_folder = mkdtemp(pattern.data());
-    }
-    ~Arriving() override { std::filesystem::remove_all(m_folder); }
+    std::string path(const std::string& name) const { return folder.file(name); }
+    long files() const { return std::distance(std::filesystem::directory_iterator(path("")), {}); }
 
-    std::string path(const std::string& name) const { return m_folder + "/" + name; }
-    static std::string contentOf(const std::string& path)
-    {
-        std::ifstream file(path, std::ios::binary);
-        std::ostringstream content;
-        content << file.rdbuf();
-        return file ? content.str() : "no such file";
-    }
-    long files() const { return std::distance(std::filesystem::directory_iterator(m_folder), {}); }
-
-private:
-    std::string m_folder;
+    TemporaryFolder folder;
 };
 
 TEST_F(Arriving, TakesItsPlaceOrLeavesNothing)
 {
-    std::ofstream(path("a")) << "before";
+    writeFile(path("a"), "before");
     chmod(path("a").c_str(), 0640);
     {
         ArrivingFile file(path("a"));
@@ -226,7 +211,7 @@ TEST_F(Arriving, TakesItsPlaceOrLeavesNothing)
 
 TEST_F(Arriving, FollowsALink)
 {
-    std::ofstream(path("a")) << "before";
+    writeFile(path("a"), "before");
     std::filesystem::create_symlink("a", path("l"));
     ArrivingFile file(path("l"));
     file.write("after", 5);

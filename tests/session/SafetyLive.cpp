@@ -39,8 +39,8 @@ TEST_F(SessionSafety, WithoutTlsThereIsNoLogin)
         EXPECT_EQ(CURLE_USE_SSL_FAILED, session.TestSConnect(request, errorText));
     }
     // libcurl asks by an older name as well.
-    EXPECT_EQ((greeting() + Lines{"> AUTH TLS", "< 502 no TLS here", "> AUTH SSL", "< 502 no TLS here"}),
-              sessions().at(0));
+    EXPECT_TRUE(sameLines(greeting() + Lines{"> AUTH TLS", "< 502 no TLS here", "> AUTH SSL", "< 502 no TLS here"},
+                          sessions().at(0)));
     SessionOptions options;
     options.requireTls = false;
     SFtpSession allowed(options);

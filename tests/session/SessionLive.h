@@ -1,8 +1,8 @@
 #ifndef SESSION_SESSIONLIVE_H
 #define SESSION_SESSIONLIVE_H
 
-#include "harness/Live.h"
-#include "harness/LiveHost.h"
+#include "support/Live.h"
+#include "support/LiveHost.h"
 
 #include <SFtpSession.h>
 
@@ -20,8 +20,6 @@ protected:
         config.tlsRequiredAtLogin = true;
         config.tlsReuseRequired = true;
     }
-
-    void misbehave(const std::string& fault) { config.faults.push_back(testserver::parseFault(fault)); }
 
     /// Aims the request at this path of the server.
     void aimAt(const std::string& path) { request.remotePath = url(path); }

@@ -4,8 +4,9 @@
 // Linked into a test, or preloaded: the file that SFTPCLIENT_DEFAULT_TRUST names is opened in place of libcurl's
 // built-in CA bundle. OpenSSL opens files through fopen64.
 
+#include "NextFunction.h"
+
 #include <curl/curl.h>
-#include <dlfcn.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +14,7 @@
 
 extern "C" __attribute__((visibility("default"))) FILE* fopen64(const char* path, const char* mode)
 {
-    static auto* const next = reinterpret_cast<FILE* (*)(const char*, const char*)>(dlsym(RTLD_NEXT, "fopen64"));
+    static auto* const next = nextFunction<FILE*(const char*, const char*)>("fopen64");
     const char* const trust = std::getenv("SFTPCLIENT_DEFAULT_TRUST");
     const char* const bundle = curl_version_info(CURLVERSION_NOW)->cainfo;
     const bool asksForBundle = trust != nullptr && bundle != nullptr && std::strcmp(path, bundle) == 0;

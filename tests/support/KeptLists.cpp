@@ -1,16 +1,16 @@
 // Keeps in sight the command list that each rename and delete leaves behind, as it is meant to, so that leak detection
 // finds whatever else is lost. Linked into a program, it stands before libcurl's function.
 
+#include "NextFunction.h"
+
 #include <curl/curl.h>
-#include <dlfcn.h>
 
 #include <mutex>
 #include <vector>
 
 extern "C" __attribute__((visibility("default"))) curl_slist* curl_slist_append(curl_slist* list, const char* text)
 {
-    static auto* const next =
-        reinterpret_cast<curl_slist* (*)(curl_slist*, const char*)>(dlsym(RTLD_NEXT, "curl_slist_append"));
+    static auto* const next = nextFunction<curl_slist*(curl_slist*, const char*)>("curl_slist_append");
     static std::mutex mutex;
     static auto& lists = *new std::vector<curl_slist*>;
     curl_slist* made = next(list, text);

@@ -1,6 +1,8 @@
 // Linked into a test, these functions stand before libcurl's.
 
-#include "OpenHandles.h"
+#include "support/OpenHandles.h"
+
+#include "support/NextFunction.h"
 
 #include <curl/curl.h>
 #include <dlfcn.h>
@@ -23,7 +25,7 @@ int openHandles() { return handles; }
 
 extern "C" CURL* curl_easy_init()
 {
-    static auto* const next = reinterpret_cast<CURL* (*)()>(dlsym(RTLD_NEXT, "curl_easy_init"));
+    static auto* const next = nextFunction<CURL*()>("curl_easy_init");
     const bool libcurls = objectOf(__builtin_return_address(0)) == objectOf(reinterpret_cast<const void*>(next));
     CURL* handle = next();
     if (handle != nullptr && !libcurls) {
@@ -34,7 +36,7 @@ extern "C" CURL* curl_easy_init()
 
 extern "C" void curl_easy_cleanup(CURL* handle)
 {
-    static auto* const next = reinterpret_cast<void (*)(CURL*)>(dlsym(RTLD_NEXT, "curl_easy_cleanup"));
+    static auto* const next = nextFunction<void(CURL*)>("curl_easy_cleanup");
     const bool libcurls = objectOf(__builtin_return_address(0)) == objectOf(reinterpret_cast<const void*>(next));
     if (handle != nullptr && !libcurls) {
         --handles;

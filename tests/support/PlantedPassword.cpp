@@ -1,4 +1,4 @@
-#include "PlantedPassword.h"
+#include "support/PlantedPassword.h"
 
 #include <EscapeControlBytes.h>
 #include <PercentCode.h>

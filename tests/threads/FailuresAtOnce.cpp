@@ -21,9 +21,9 @@ protected:
 
     static Lines difference(const Outcome& expected, const Outcome& found)
     {
-        return compare("the result", expected.result, found.result) +
+        return compare("the result", nameOf(expected.result), nameOf(found.result)) +
                compare("the error text", expected.errorText, found.errorText) +
-               compare("the records", expected.records, found.records);
+               problem("the records", sameLines(expected.records, found.records));
     }
 
     using Operation = int (SFtpClient::*)(const SFtpRequest&, std::string&);
@@ -64,14 +64,14 @@ protected:
                                                    : "0 1 sftpSetCertTmp(): Establish SSL with cert"};
         const std::string text = "4 CurlSFtpResponse::GetErrString(): Get error string: " + kind.errorText;
         const Lines end =
-            kind.result == 0
+            kind.result == CURLE_OK
                 ? Lines{"2 CurlSFtpResponse::Listsftpdir(): Listsftpdir():end "}
                 : Lines{"4 CurlSFtpResponse::Listsftpdir(): Listsftpdir() list dir failed.code:" +
                             std::to_string(kind.result),
                         text, text,
                         "4 SFtpClient::Listsftpdir(): Listsftpdir():Send SFtp request occur network error. Error  is " +
                             kind.errorText};
-        return {kind.result, kind.result == 0 ? "as it was" : kind.errorText,
+        return {kind.result, kind.result == CURLE_OK ? "as it was" : kind.errorText,
                 trust + withIdentifier(identifier, kind.hookRecords + end)};
     }
 
@@ -79,19 +79,19 @@ protected:
     {
         const std::string ca = authority.certificatePem();
         return {
-            {{ca, config.password, {}, 0, ""},
+            {{ca, config.password, {}, CURLE_OK, ""},
              {CertificateAuthority("Another CA").certificatePem(),
               config.password,
               {},
-              60,
+              CURLE_PEER_FAILED_VERIFICATION,
               "SSL peer certificate or SSH remote key was not OK"},
              {"no certificate",
               config.password,
               {"1 sftpConvToX509(): pCert is nullptr", "4 sftp_sslCtx_function(): sslCtx_function, convToX509 failed."},
-              77,
+              CURLE_SSL_CACERT_BADFILE,
               "Problem with the SSL CA cert (path? access rights?)"},
-             {"none", config.password, {}, 0, ""},
-             {ca, "wrong", {}, 67, "Login denied"}}};
+             {"none", config.password, {}, CURLE_OK, ""},
+             {ca, "wrong", {}, CURLE_LOGIN_DENIED, "Login denied"}}};
     }
 };
 
@@ -104,11 +104,9 @@ TEST_F(CertificatesAtOnce, EachThreadTrustsItsOwn)
     const std::array<Kind, 5> all = kinds();
     run([&](unsigned thread) {
         const Kind& kind = all.at(thread % all.size());
-        SFtpRequest own = request;
-        own.remotePath = url("/");
+        SFtpRequest own = requestFor("/", "list-" + std::to_string(thread));
         own.caCert = kind.caCert;
         own.password = kind.password;
-        own.localPath = local("list-" + std::to_string(thread));
         TSP_RequestID.get() = 100 + thread;
         return difference(expected(kind, 100 + thread), call(&SFtpClient::Listsftpdir, own));
     });
@@ -118,7 +116,7 @@ TEST_F(CertificatesAtOnce, EachThreadTrustsItsOwn)
 TEST_F(FailuresAtOnce, UploadsTellUnderWhichRequestTheyFailed)
 {
     holdAt("TYPE");
-    config.faults.push_back(testserver::parseFault("STOR=reply:552 no room"));
+    misbehave("STOR=reply:552 no room");
     writeFile(local("file"), "content");
     serve();
     const std::string text = "Upload failed (at start/before it took off)";
@@ -132,10 +130,9 @@ TEST_F(FailuresAtOnce, UploadsTellUnderWhichRequestTheyFailed)
                            "Send SFtp request occur network error. Error  is " +
                                text};
     run([&](unsigned thread) {
-        SFtpRequest own = request;
-        own.remotePath = url("/file-" + std::to_string(thread));
+        const SFtpRequest own = requestFor("/file-" + std::to_string(thread));
         TSP_RequestID.get() = 100 + thread;
-        return difference({25, text, withIdentifier(100 + thread, records)},
+        return difference({CURLE_UPLOAD_FAILED, text, withIdentifier(100 + thread, records)},
                           call(&SFtpClient::UploadFileToSFtpServer, own));
     });
     EXPECT_EQ(kThreads, held());

@@ -23,8 +23,8 @@ protected:
 
     Visitor makeVisitor(unsigned thread) const
     {
-        const std::string folder = "thread-" + std::to_string(thread) + "/";
-        return Visitor(thread, request, {url("/" + folder), served(folder), local(folder)});
+        const std::string own = "thread-" + std::to_string(thread) + "/";
+        return Visitor(thread, request, {url("/" + own), served(own), local(own)});
     }
 
     // `operationOf` says which operation is a thread's in a round, `facadeOf` which facade it calls in it.

@@ -12,11 +12,6 @@ using Response = boost::shared_ptr<ISFtpResponse>;
 // The client below the facade, and what it answers with.
 class ResponsesAtOnce : public Crowd
 {
-protected:
-    static Lines goodbyeLines(const testserver::Transcript& transcript)
-    {
-        return transcript.size() < 2 ? Lines{} : Lines(transcript.end() - 2, transcript.end());
-    }
 };
 
 // One thread at a time may use a response: it need not be the one that the operation ran on.
@@ -30,9 +25,7 @@ TEST_F(ResponsesAtOnce, AResponseMayBeReadAndDroppedOnAnotherThread)
     run([&](unsigned thread) {
         const bool fails = thread % 2 == 0;
         TSP_RequestID.get() = 100 + thread;
-        SFtpRequest own = request;
-        own.remotePath = url(fails ? "/missing/" : "/here/");
-        own.localPath = local("list-" + std::to_string(thread));
+        const SFtpRequest own = requestFor(fails ? "/missing/" : "/here/", "list-" + std::to_string(thread));
         handedOn.at((thread + 1) % kThreads).set_value(client->Listsftpdir(own, 0));
         live::takeRecords();
 
@@ -42,15 +35,15 @@ TEST_F(ResponsesAtOnce, AResponseMayBeReadAndDroppedOnAnotherThread)
         received.reset();
         // The neighbour's outcome, under this thread's identifier.
         const std::string expected = fails ? "No error" : "Access denied to remote resource";
-        return compare("the code", fails ? 0 : 78, code) + compare("the text", expected, text) +
-               compare("the records",
-                       Lines{std::to_string(100 + thread) +
-                             " 4 CurlSFtpResponse::GetErrString(): Get error string: " + expected},
-                       live::takeRecordsWithIdentifiers());
+        return compare("the code", nameOf(fails ? CURLE_OK : CURLE_REMOTE_FILE_NOT_FOUND), nameOf(code)) +
+               compare("the text", expected, text) +
+               problem("the records", sameLines({std::to_string(100 + thread) +
+                                                 " 4 CurlSFtpResponse::GetErrString(): Get error string: " + expected},
+                                                live::takeRecordsWithIdentifiers()));
     });
     EXPECT_EQ(kThreads, held());
     for (const testserver::Transcript& transcript : sessions()) {
-        EXPECT_EQ(goodbye(), goodbyeLines(transcript));
+        EXPECT_TRUE(sameLines(quit(), lastOf(transcript, 2)));
     }
 }
 
@@ -62,7 +55,9 @@ TEST_F(ResponsesAtOnce, OneRequestForAllThreads)
     serve();
     request.remotePath = url("/");
     const boost::shared_ptr<ISFtpClient> client = ISFtpClient::CreateClient();
-    run([&](unsigned /*thread*/) { return compare("the result", 0, client->TestSConnect(request, 0)); });
+    run([&](unsigned /*thread*/) {
+        return compare("the result", nameOf(CURLE_OK), nameOf(client->TestSConnect(request, 0)));
+    });
     EXPECT_EQ(kThreads, held());
     std::string listings;
     for (unsigned i = 0; i < kThreads; ++i) {
@@ -77,13 +72,11 @@ TEST_F(ResponsesAtOnce, ClientsOfManyThreads)
     holdAt("NLST");
     serve();
     run([&](unsigned thread) {
-        SFtpRequest own = request;
-        own.remotePath = url("/");
-        own.localPath = local("list-" + std::to_string(thread));
+        const SFtpRequest own = requestFor("/", "list-" + std::to_string(thread));
         ISFtpClient* const client = ISFtpClient::GetInstance();
         const int code = client->Listsftpdir(own, 0)->GetErrCode();
         ISFtpClient::ReleaseInstance(client);
-        return compare("the result", 0, code);
+        return compare("the result", nameOf(CURLE_OK), nameOf(code));
     });
     EXPECT_EQ(kThreads, held());
 }

@@ -1,10 +1,55 @@
-#include "harness/LocalStrings.h"
-
 #include <gtest/gtest.h>
+
+#include <link.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
 
 namespace {
 
 using Strings = std::multimap<std::string, std::string>;
+
+// What the loader adds to the addresses of this program, the first image that it lists.
+std::uintptr_t loadBias()
+{
+    std::uintptr_t bias = 0;
+    dl_iterate_phdr(
+        [](dl_phdr_info* image, std::size_t, void* result) {
+            *static_cast<std::uintptr_t*>(result) = image->dlpi_addr;
+            return 1;
+        },
+        &bias);
+    return bias;
+}
+
+// The std::string objects of this name, with internal linkage and in no namespace, in this program: source file to
+// content. In the order of the symbol table, the local symbols of a file follow the one that names it.
+Strings localStrings(const std::string& name)
+{
+    const std::string command = SFTPCLIENT_NM " -pa " + std::filesystem::read_symlink("/proc/self/exe").string();
+    const std::unique_ptr<FILE, int (*)(FILE*)> symbols(popen(command.c_str(), "r"), pclose);
+    const std::string symbol = "_ZL" + std::to_string(name.size()) + name;
+    Strings strings;
+    std::string file;
+    unsigned long value = 0;
+    char type = ' ';
+    char text[1000];
+    for (char line[2000]; fgets(line, sizeof line, symbols.get()) != nullptr;) {
+        if (sscanf(line, "%lx %c %999s", &value, &type, text) != 3) {
+            continue;
+        }
+        if (type == 'a') {
+            file = text;
+        } else if (text == symbol || text == symbol + "B5cxx11") { // clang adds the library's ABI tag
+            strings.emplace(file, *reinterpret_cast<const std::string*>(loadBias() + value));
+        }
+    }
+    return strings;
+}
 
 // This program's own sources that write records.
 Strings withoutTests(Strings strings)

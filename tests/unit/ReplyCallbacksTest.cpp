@@ -1,7 +1,7 @@
 #include "transfer/CurlSFtpResponse.h"
 
-#include "harness/Memory.h"
-#include "harness/RecordingHost.h"
+#include "support/Memory.h"
+#include "support/RecordingHost.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,6 @@ using recording::takeRecords;
 
 namespace {
 
-using Lines = std::vector<std::string>;
 using Headers = std::map<std::string, std::set<std::string>>;
 using Callback = size_t (*)(void*, size_t, size_t, void*);
 
@@ -29,7 +28,7 @@ protected:
     void expectRefused(Callback callback, void* bytes, void* self, const std::string& function)
     {
         EXPECT_EQ(0U, callback(bytes, 1, 3, self));
-        EXPECT_EQ(Lines{"4 SFtpClient 77 " + function + "(): 0|ptr or self is null|"}, takeRecords());
+        EXPECT_TRUE(sameLines({"4 SFtpClient 77 " + function + "(): 0|ptr or self is null|"}, takeRecords()));
         EXPECT_EQ("", transfer.recvData);
         EXPECT_EQ(Headers{}, transfer.headers);
         EXPECT_EQ(0U, transfer.statusCode);
@@ -37,7 +36,7 @@ protected:
     }
 
     // Counts the allocations that a callback makes by failing each of them.
-    unsigned refusals(Callback callback, void* self, bool andAllAfter)
+    unsigned refusals(Callback callback, void* self, memory::Shortage shortage)
     {
         std::string line = "protocol 200 a text that is too long for a string without a block of its own";
         for (unsigned nth = 1;; ++nth) {
@@ -46,11 +45,11 @@ protected:
             transfer.statusCode = 0;
             transfer.statusText.clear();
             const memory::Watch watch;
-            memory::failAllocation(nth, andAllAfter);
+            memory::failAllocation(nth, shortage);
             const size_t result = callback(line.data(), 1, line.size(), self);
             const memory::Pause pause;
             takeRecords();
-            if (!memory::hasFailed()) {
+            if (memory::firstUnmet() == nullptr) {
                 EXPECT_EQ(self == nullptr ? 0 : line.size(), result);
                 return nth - 1;
             }
@@ -73,7 +72,7 @@ TEST_F(ReplyCallbacks, DataIsCollectedInItsOrder)
     EXPECT_EQ(0U, give(CurlSFtpResponse::GetDataCallback, ""));
     EXPECT_EQ(std::string("one\0 two:\r\n", 11), transfer.recvData);
     EXPECT_EQ(Headers{}, transfer.headers);
-    EXPECT_EQ(Lines{}, takeRecords());
+    EXPECT_TRUE(sameLines({}, takeRecords()));
 }
 
 TEST_F(ReplyCallbacks, DataNeedsBothPointers)
@@ -92,7 +91,7 @@ TEST_F(ReplyCallbacks, ALineWithAColonIsAHeader)
     EXPECT_EQ((Headers{{"Content-Length", {"1234"}}, {"V1 2 a", {""}}, {"", {"V1 2 a"}}}), transfer.headers);
     EXPECT_EQ(0U, transfer.statusCode);
     EXPECT_EQ("", transfer.recvData);
-    EXPECT_EQ(Lines{}, takeRecords());
+    EXPECT_TRUE(sameLines({}, takeRecords()));
 }
 
 TEST_F(ReplyCallbacks, AColonIsFoundHoweverFarBehind)
@@ -109,19 +108,20 @@ TEST_F(ReplyCallbacks, ALineWithoutAColonIsAStatus)
     EXPECT_EQ("OK", transfer.statusText);
     EXPECT_EQ(Headers{}, transfer.headers);
     EXPECT_EQ("", transfer.recvData);
-    EXPECT_EQ(Lines{}, takeRecords());
+    EXPECT_TRUE(sameLines({}, takeRecords()));
 }
 
 TEST_F(ReplyCallbacks, ALineThatNoParserTakesLetsTheTransferGoOn)
 {
     EXPECT_EQ(19U, give(CurlSFtpResponse::GetHeaderCallback, "220 Service ready\r\n"));
-    EXPECT_EQ(Lines{"4 SFtpClient 77 CurlSFtpResponse::ParseStatusLine(): 0|Parse status line failed. Status line is "
-                    "|220 Service ready\r\n|"},
-              takeRecords());
+    EXPECT_TRUE(
+        sameLines({"4 SFtpClient 77 CurlSFtpResponse::ParseStatusLine(): 0|Parse status line failed. Status line is "
+                   "|220 Service ready\r\n|"},
+                  takeRecords()));
     EXPECT_EQ(2U, give(CurlSFtpResponse::GetHeaderCallback, "\r\n"));
     EXPECT_EQ(5U, give(CurlSFtpResponse::GetHeaderCallback, "a:b:c"));
     EXPECT_EQ(0U, give(CurlSFtpResponse::GetHeaderCallback, ""));
-    EXPECT_EQ(Lines{}, takeRecords());
+    EXPECT_TRUE(sameLines({}, takeRecords()));
     EXPECT_EQ(Headers{}, transfer.headers);
     EXPECT_EQ(0U, transfer.statusCode);
 }
@@ -141,11 +141,11 @@ TEST_F(ReplyCallbacks, ALineNeedsBothPointers)
 
 TEST_F(ReplyCallbacks, LetNoExceptionThroughWhereMemoryRunsOut)
 {
-    for (const bool andAllAfter : {false, true}) {
-        EXPECT_GE(refusals(CurlSFtpResponse::GetDataCallback, &transfer, andAllAfter), 2U);
-        EXPECT_GE(refusals(CurlSFtpResponse::GetDataCallback, nullptr, andAllAfter), 2U);
-        EXPECT_GE(refusals(CurlSFtpResponse::GetHeaderCallback, &transfer, andAllAfter), 3U);
-        EXPECT_GE(refusals(CurlSFtpResponse::GetHeaderCallback, nullptr, andAllAfter), 2U);
+    for (const memory::Shortage shortage : {memory::Shortage::Once, memory::Shortage::ForGood}) {
+        EXPECT_LE(2U, refusals(CurlSFtpResponse::GetDataCallback, &transfer, shortage));
+        EXPECT_LE(2U, refusals(CurlSFtpResponse::GetDataCallback, nullptr, shortage));
+        EXPECT_LE(3U, refusals(CurlSFtpResponse::GetHeaderCallback, &transfer, shortage));
+        EXPECT_LE(2U, refusals(CurlSFtpResponse::GetHeaderCallback, nullptr, shortage));
     }
 }
 
@@ -173,7 +173,7 @@ TEST_F(ReplyCallbacks, WhatTheHostsLogThrowsStopsTheTransfer)
     EXPECT_EQ(0U, give(CurlSFtpResponse::GetHeaderCallback, "220 ready"));
     EXPECT_EQ(0U, CurlSFtpResponse::GetHeaderCallback(nullptr, 1, 3, &transfer));
     EXPECT_EQ(0U, CurlSFtpResponse::GetDataCallback(nullptr, 1, 3, &transfer));
-    EXPECT_EQ(Lines{}, takeRecords());
+    EXPECT_TRUE(sameLines({}, takeRecords()));
 }
 
 } // namespace

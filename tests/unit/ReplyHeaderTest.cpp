@@ -1,6 +1,6 @@
 #include "transfer/CurlSFtpResponse.h"
 
-#include "harness/RecordingHost.h"
+#include "support/RecordingHost.h"
 
 #include <gtest/gtest.h>
 
@@ -13,12 +13,12 @@ class ReplyHeader : public testing::Test
 protected:
     ReplyHeader() { recording::reset(); }
 
-    Headers headersOf(const std::vector<std::string>& lines)
+    Headers headersOf(const Lines& lines)
     {
         for (const std::string& line : lines) {
             transfer.RecieveHeader(line);
         }
-        EXPECT_TRUE(recording::takeRecords().empty());
+        EXPECT_TRUE(sameLines({}, recording::takeRecords()));
         EXPECT_EQ(0U, transfer.statusCode);
         EXPECT_EQ("", transfer.statusText);
         EXPECT_EQ("", transfer.recvData);

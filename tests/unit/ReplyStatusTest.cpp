@@ -1,7 +1,7 @@
 #include "transfer/CurlSFtpResponse.h"
 
-#include "harness/Memory.h"
-#include "harness/RecordingHost.h"
+#include "support/Memory.h"
+#include "support/RecordingHost.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +10,6 @@
 using recording::takeRecords;
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 class ReplyStatus : public testing::Test
 {
@@ -27,7 +25,7 @@ protected:
         EXPECT_EQ(code, transfer.statusCode) << line;
         EXPECT_EQ(text, transfer.statusText) << line;
         expectRestUntouched(transfer);
-        EXPECT_EQ(Lines{}, takeRecords()) << line;
+        EXPECT_TRUE(sameLines({}, takeRecords())) << line;
     }
 
     void expectRefused(const std::string& line) { expectUnchanged(line, {record(line)}); }
@@ -50,7 +48,7 @@ private:
         EXPECT_EQ(7U, transfer.statusCode) << line;
         EXPECT_EQ(" untrimmed ", transfer.statusText) << line;
         expectRestUntouched(transfer);
-        EXPECT_EQ(records, takeRecords()) << line;
+        EXPECT_TRUE(sameLines(records, takeRecords())) << line;
     }
 
     static void expectRestUntouched(const CurlSFtpResponse& transfer)
@@ -192,10 +190,10 @@ TEST_F(ReplyStatus, TakesEffectWholeOrNotAtAllWhereMemoryRunsOut)
         taken = !thrown && records.empty();
         if (thrown) {
             EXPECT_EQ(0U, recorded);
-            EXPECT_EQ(Lines{}, records);
+            EXPECT_TRUE(sameLines({}, records));
             ++passed;
         } else if (!taken) {
-            EXPECT_EQ(Lines{record(line)}, records);
+            EXPECT_TRUE(sameLines({record(line)}, records));
             ++recorded;
         }
         EXPECT_EQ(taken ? 200U : 7U, transfer.statusCode);

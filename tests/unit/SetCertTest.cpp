@@ -1,7 +1,7 @@
 #include "transfer/CurlSFtpResponse.h"
 
-#include "harness/Memory.h"
-#include "harness/RecordingHost.h"
+#include "support/Memory.h"
+#include "support/RecordingHost.h"
 
 #include <gtest/gtest.h>
 
@@ -19,13 +19,13 @@ protected:
     void expectKept(const std::string& given, const std::string& kept)
     {
         host().enrichments.clear();
-        EXPECT_EQ(0, transfer.SetCert(given));
+        EXPECT_EQ(SECURITYSS_SUCCESS, transfer.SetCert(given));
         EXPECT_EQ(kept, transfer.cert);
         ASSERT_EQ(1U, host().enrichments.size());
         EXPECT_EQ(transfer.curlHandle, host().enrichments[0].curl);
         EXPECT_EQ(&transfer.cert, host().enrichments[0].cert);
         EXPECT_EQ(kept, host().enrichments[0].text);
-        EXPECT_TRUE(recording::takeRecords().empty());
+        EXPECT_TRUE(sameLines({}, recording::takeRecords()));
     }
 
     CurlSFtpResponse transfer;
@@ -47,10 +47,10 @@ TEST_F(SetCert, KeepsNoneForAnEmptyText)
 TEST_F(SetCert, AnswersAsTheHostDoes)
 {
     host().enriched = SECURITYSS_FAILURE;
-    EXPECT_EQ(3, transfer.SetCert("a certificate"));
+    EXPECT_EQ(SECURITYSS_FAILURE, transfer.SetCert("a certificate"));
     EXPECT_EQ("a certificate", transfer.cert);
     host().enriched = SECURITYSS_SUCCESS;
-    EXPECT_EQ(0, transfer.SetCert("a certificate"));
+    EXPECT_EQ(SECURITYSS_SUCCESS, transfer.SetCert("a certificate"));
 }
 
 TEST_F(SetCert, ForgetsTheFormerTextFirst)

@@ -1,20 +1,21 @@
 #include "transfer/CurlSFtpResponse.h"
 
-#include "harness/Memory.h"
-#include "harness/RecordingHost.h"
-#include "harness/ScriptedCurl.h"
+#include "support/Codes.h"
+#include "support/Journal.h"
+#include "support/Memory.h"
+#include "support/RecordingHost.h"
+#include "support/ScriptedCurl.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 using recording::takeRecords;
 using scripted::curl;
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 class TransferObject : public testing::Test
 {
@@ -24,7 +25,6 @@ protected:
         recording::reset();
         curl() = scripted::Curl();
     }
-    ~TransferObject() override { curl() = scripted::Curl(); }
 
     static std::string textOf(int code)
     {
@@ -39,82 +39,77 @@ TEST_F(TransferObject, StartsOut)
     const CurlSFtpResponse transfer;
     EXPECT_EQ(0U, transfer.statusCode);
     EXPECT_EQ("", transfer.statusText);
-    EXPECT_EQ(2, transfer.m_ErrorCode);
+    EXPECT_EQ(CURLE_FAILED_INIT, transfer.m_ErrorCode);
     EXPECT_EQ("", transfer.recvData);
     EXPECT_TRUE(transfer.headers.empty());
     EXPECT_NE(nullptr, transfer.curlHandle);
     EXPECT_EQ("", transfer.cert);
-    EXPECT_EQ(1U, curl().opened);
-    EXPECT_TRUE(takeRecords().empty());
+    EXPECT_TRUE(sameLines({"handle 1 made"}, journal::take()));
 }
 
-TEST_F(TransferObject, ReportsItsFirstCodeBeforeAnyTransfer) { EXPECT_EQ(2, CurlSFtpResponse().GetErrCode()); }
+TEST_F(TransferObject, ReportsItsFirstCodeBeforeAnyTransfer)
+{
+    EXPECT_EQ(CURLE_FAILED_INIT, CurlSFtpResponse().GetErrCode());
+}
 
 TEST_F(TransferObject, ReportsARefusedAccessAsAMissingFileAndEveryOtherCodeAsItIs)
 {
     CurlSFtpResponse transfer;
     for (int code = -1; code < 1000; ++code) {
         transfer.m_ErrorCode = code;
-        EXPECT_EQ(code == 9 ? 78 : code, transfer.GetErrCode());
+        const int reported = code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code;
+        EXPECT_EQ(nameOf(reported), nameOf(transfer.GetErrCode()));
         EXPECT_EQ(code, transfer.m_ErrorCode);
     }
-    EXPECT_TRUE(takeRecords().empty());
+    EXPECT_TRUE(sameLines({}, takeRecords()));
 }
 
-TEST_F(TransferObject, GivesTheTextOfTheCode)
+TEST_F(TransferObject, GivesTheTextOfTheCodeThatLibcurlGaveAndRecordsIt)
 {
-    EXPECT_EQ("No error", textOf(0));
-    EXPECT_EQ(Lines{"4 SFtpClient 77 CurlSFtpResponse::GetErrString(): 0|Get error string: |No error|"}, takeRecords());
-    EXPECT_EQ("Failed initialization", textOf(2));
-    EXPECT_EQ("Timeout was reached", textOf(28));
-    EXPECT_EQ("Unknown error", textOf(9999));
-    EXPECT_EQ((std::vector<int>{0, 2, 28, 9999}), curl().asked);
-}
-
-TEST_F(TransferObject, GivesTheTextOfTheCodeThatLibcurlGave)
-{
-    EXPECT_EQ("Access denied to remote resource", textOf(9));
-    EXPECT_EQ(std::vector<int>{9}, curl().asked);
+    for (const int code : {int{CURLE_OK}, int{CURLE_REMOTE_ACCESS_DENIED}, 9999}) {
+        SCOPED_TRACE(nameOf(code));
+        curl().asked.clear();
+        EXPECT_EQ(scripted::text(code), textOf(code));
+        EXPECT_EQ(std::vector<int>{code}, curl().asked);
+        EXPECT_TRUE(sameLines(
+            {"4 SFtpClient 77 CurlSFtpResponse::GetErrString(): 0|Get error string: |" + scripted::text(code) + "|"},
+            takeRecords()));
+    }
 }
 
 TEST_F(TransferObject, HasATextOfItsOwnWhereLibcurlHasNone)
 {
-    curl().knowsTexts = false;
-    EXPECT_EQ("UnKown error", textOf(7));
-    EXPECT_EQ(Lines{"4 SFtpClient 77 CurlSFtpResponse::GetErrString(): 0|Get error string: |UnKown error|"},
-              takeRecords());
+    curl().texts = false;
+    EXPECT_EQ("UnKown error", textOf(CURLE_COULDNT_CONNECT));
+    EXPECT_TRUE(sameLines({"4 SFtpClient 77 CurlSFtpResponse::GetErrString(): 0|Get error string: |UnKown error|"},
+                          takeRecords()));
 }
 
-TEST_F(TransferObject, IsReadThroughItsInterface)
+TEST_F(TransferObject, IsReadAndCleanedUpOnceThroughItsInterface)
 {
-    const std::unique_ptr<ISFtpResponse> response(new CurlSFtpResponse);
-    static_cast<CurlSFtpResponse&>(*response).m_ErrorCode = 9;
-    EXPECT_EQ(78, response->GetErrCode());
-    EXPECT_EQ("Access denied to remote resource", response->GetErrString());
-}
-
-TEST_F(TransferObject, CleansUpItsHandleOnceThroughTheInterface)
-{
-    auto* transfer = new CurlSFtpResponse;
-    std::unique_ptr<ISFtpResponse> response(transfer);
-    const std::vector<void*> handle{transfer->curlHandle};
-    EXPECT_TRUE(curl().cleanedUp.empty());
+    std::unique_ptr<ISFtpResponse> response(new CurlSFtpResponse);
+    static_cast<CurlSFtpResponse&>(*response).m_ErrorCode = CURLE_REMOTE_ACCESS_DENIED;
+    EXPECT_EQ(CURLE_REMOTE_FILE_NOT_FOUND, response->GetErrCode());
+    EXPECT_EQ(scripted::text(CURLE_REMOTE_ACCESS_DENIED), response->GetErrString());
+    takeRecords();
     response.reset();
-    EXPECT_EQ(handle, curl().cleanedUp);
+    EXPECT_TRUE(sameLines({"handle 1 cleaned up"}, journal::take()));
 }
 
 TEST_F(TransferObject, CleansUpNoHandleThatWasTakenAway)
 {
+    CURL* handle = nullptr;
     {
         CurlSFtpResponse transfer;
-        transfer.curlHandle = nullptr;
+        handle = std::exchange(transfer.curlHandle, nullptr);
     }
-    EXPECT_TRUE(curl().cleanedUp.empty());
+    EXPECT_TRUE(sameLines({"handle 1 made"}, journal::take()));
+    curl_easy_cleanup(handle);
 }
 
 TEST_F(TransferObject, CannotBeMadeWithoutAHandle)
 {
-    curl().givesHandles = false;
+    curl().handles = false;
     const memory::Watch watch;
     try {
         const CurlSFtpResponse transfer;
@@ -122,8 +117,9 @@ TEST_F(TransferObject, CannotBeMadeWithoutAHandle)
     } catch (const std::runtime_error& error) {
         EXPECT_STREQ("curl initialize failed.", error.what());
     }
+    const memory::Pause pause;
     EXPECT_EQ(0U, memory::livingBlocks());
-    EXPECT_TRUE(curl().cleanedUp.empty());
+    EXPECT_TRUE(sameLines({"curl_easy_init gives nothing"}, journal::take()));
 }
 
 TEST_F(TransferObject, AppendsReceivedData)
@@ -137,7 +133,7 @@ TEST_F(TransferObject, AppendsReceivedData)
     EXPECT_EQ(std::string("one \0two", 8), transfer.recvData);
     EXPECT_EQ("", transfer.statusText);
     EXPECT_TRUE(transfer.headers.empty());
-    EXPECT_EQ(2, transfer.m_ErrorCode);
+    EXPECT_EQ(CURLE_FAILED_INIT, transfer.m_ErrorCode);
     EXPECT_EQ(0U, transfer.statusCode);
 }
 

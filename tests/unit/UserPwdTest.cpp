@@ -1,6 +1,6 @@
 #include "transfer/UserPwd.h"
 
-#include "harness/Memory.h"
+#include "support/Memory.h"
 
 #include <gtest/gtest.h>
 
@@ -61,7 +61,7 @@ TEST(UserPwd, IsEmptyOnceWiped)
 
 TEST_F(UserPwdMemory, NeverOutgrowsABlock)
 {
-    const memory::Watch watch(&onRelease);
+    const memory::Watch watch(onRelease);
     const UserPwd userPwd(request);
     EXPECT_EQ(1U, memory::allocations());
     EXPECT_EQ(0U, released);
@@ -70,7 +70,7 @@ TEST_F(UserPwdMemory, NeverOutgrowsABlock)
 TEST_F(UserPwdMemory, IsWipedByItsDestructor)
 {
     {
-        const memory::Watch watch(&onRelease);
+        const memory::Watch watch(onRelease);
         const UserPwd userPwd(request);
     }
     EXPECT_EQ(1U, released);
@@ -84,7 +84,7 @@ TEST_F(UserPwdMemory, IsWipedWhenAnExceptionPasses)
         throw 1;
     };
     {
-        const memory::Watch watch(&onRelease);
+        const memory::Watch watch(onRelease);
         EXPECT_THROW(operation(), int);
     }
     EXPECT_EQ(1U, released);

@@ -1,6 +1,6 @@
 #include "transfer/WipeString.h"
 
-#include "harness/SingleStep.h"
+#include "SingleStep.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,7 @@
 // The check of an upload's size, against OpenSSH's daemon.
 #include "RealServer.h"
-#include "harness/Process.h"
+
+#include "support/Process.h"
 
 #include <output/Listing.h>
 #include <transfer/UploadCheck.h>

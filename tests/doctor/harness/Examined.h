@@ -3,7 +3,7 @@
 
 #include "doctor/Examination.h"
 #include "doctor/Verdicts.h"
-#include "harness/Live.h"
+#include "support/Live.h"
 
 #include <string>
 #include <vector>

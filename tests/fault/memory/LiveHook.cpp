@@ -1,42 +1,25 @@
-#include "harness/LiveWalk.h"
+#include "LiveWalk.h"
 
+#include "support/Certificates.h"
 #include "tls/TlsTrust.h"
-
-#include <openssl/pem.h>
-#include <openssl/ssl.h>
-
-#include <memory>
 
 namespace {
 
-using heap::Shortage;
-using heap::Whose;
-
-template <typename Type, void (*Release)(Type*)>
-struct Releaser
-{
-    void operator()(Type* object) const { Release(object); }
-};
-using Context = std::unique_ptr<SSL_CTX, Releaser<SSL_CTX, SSL_CTX_free>>;
-using Certificate = std::unique_ptr<X509, Releaser<X509, X509_free>>;
+using memory::Shortage;
+using memory::Whose;
 
 // The certificate hook with a real OpenSSL, each of whose allocations fails in turn.
 class LiveHook : public LiveWalk
 {
 protected:
-    LiveHook()
-    {
-        const std::unique_ptr<BIO, Releaser<BIO, BIO_free_all>> pem(
-            BIO_new_mem_buf(request.caCert.data(), static_cast<int>(request.caCert.size())));
-        m_expected.reset(PEM_read_bio_X509(pem.get(), nullptr, nullptr, nullptr));
-    }
+    LiveHook() { request.caCert = certificates::pemOf(m_expected.get()); }
 
     Piece hook()
     {
         return {[this] { m_context.reset(SSL_CTX_new(TLS_client_method())); },
                 [this] {
                     const int answer = sftp_sslCtx_function(nullptr, m_context.get(), &request.caCert);
-                    const heap::Pause pause;
+                    const memory::Pause pause;
                     m_trusted = trusted();
                     m_context.reset();
                     return answer;
@@ -54,8 +37,8 @@ private:
                X509_cmp(m_expected.get(), X509_OBJECT_get0_X509(sk_X509_OBJECT_value(objects, 0))) == 0;
     }
 
-    Certificate m_expected;
-    Context m_context;
+    const certificates::Certificate m_expected = certificates::make(1);
+    certificates::Context m_context;
     bool m_trusted = false;
 };
 
@@ -65,9 +48,10 @@ TEST_F(LiveHook, OneFailedAllocationIsAFailureUnlessTheCertificateIsTrusted)
     walk(hook(), Whose::Everyone, Shortage::Once, [this](const Outcome& outcome) {
         if (outcome.result == CURLE_SSL_CACERT_BADFILE) {
             ASSERT_FALSE(outcome.records.empty());
-            EXPECT_EQ("4 sftp_sslCtx_function(): 0sslCtx_function, convToX509 failed.", outcome.records.back());
+            EXPECT_EQ("4 SFtpClient 77 sftp_sslCtx_function(): 0|sslCtx_function, convToX509 failed.|",
+                      outcome.records.back());
         } else {
-            EXPECT_TRUE(outcome.result == CURLE_OK || outcome.result == CURLE_FAILED_INIT) << outcome.result;
+            EXPECT_TRUE(outcome.result == CURLE_OK || outcome.result == CURLE_FAILED_INIT) << nameOf(outcome.result);
         }
         EXPECT_EQ(outcome.result == CURLE_OK, hasTrusted());
     });
@@ -76,7 +60,7 @@ TEST_F(LiveHook, OneFailedAllocationIsAFailureUnlessTheCertificateIsTrusted)
 TEST_F(LiveHook, NoMemoryAnyMoreIsAFailure)
 {
     walk(hook(), Whose::Everyone, Shortage::ForGood, [this](const Outcome& outcome) {
-        EXPECT_EQ(CURLE_FAILED_INIT, outcome.result);
+        EXPECT_EQ(nameOf(CURLE_FAILED_INIT), nameOf(outcome.result));
         EXPECT_FALSE(hasTrusted());
     });
 }

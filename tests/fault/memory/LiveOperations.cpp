@@ -1,4 +1,4 @@
-#include "harness/LiveWalk.h"
+#include "LiveWalk.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -7,8 +7,8 @@
 
 namespace {
 
-using heap::Shortage;
-using heap::Whose;
+using memory::Shortage;
+using memory::Whose;
 
 enum class Kind
 {
@@ -44,7 +44,7 @@ protected:
         walk(piece(), whose, shortage, [this, shortage](const Outcome& outcome) {
             if (outcome.result != 0 && outcome.result != kThrown) {
                 // No failure is without a record, and no record without memory.
-                EXPECT_EQ(Shortage::Once, shortage) << outcome.result;
+                EXPECT_EQ(Shortage::Once, shortage) << nameOf(outcome.result);
                 EXPECT_NE(usualRecords(), outcome.records);
             }
         });
@@ -88,7 +88,7 @@ private:
                     std::string text = "as it was";
                     SFtpClient own;
                     const int result = (own.*call)(request, text);
-                    const heap::Pause pause;
+                    const memory::Pause pause;
                     EXPECT_EQ(result <= 0, text == "as it was") << result;
                     return result;
                 },
@@ -122,14 +122,14 @@ TEST_P(LiveOperations, EachOfTheLibrarysOwnAllocationsFailsWithAllAfterIt)
     walkThrough(Whose::Library, Shortage::ForGood);
 }
 
-std::string nameOf(const testing::TestParamInfo<Operation>& parameter) { return parameter.param.name; }
+std::string nameOfCase(const testing::TestParamInfo<Operation>& parameter) { return parameter.param.name; }
 
 INSTANTIATE_TEST_SUITE_P(Each, LiveOperations,
                          testing::Values(Operation{"List", Kind::List}, Operation{"Download", Kind::Download},
                                          Operation{"Rename", Kind::Rename}, Operation{"Delete", Kind::Delete},
                                          Operation{"Upload", Kind::Upload}, Operation{"SizeCheck", Kind::SizeCheck},
                                          Operation{"ConnectionTest", Kind::ConnectionTest}),
-                         nameOf);
+                         nameOfCase);
 
 class LiveHeap : public LiveOperations
 {
@@ -143,6 +143,6 @@ TEST_P(LiveHeap, EachAllocationFailsWithAllAfterIt) { walkThrough(Whose::Everyon
 // too many to walk through each time; OpenSSL's part in the library's own doing is walked through in LiveHook.
 INSTANTIATE_TEST_SUITE_P(Clear, LiveHeap,
                          testing::Values(Operation{"Upload", Kind::Upload}, Operation{"SizeCheck", Kind::SizeCheck}),
-                         nameOf);
+                         nameOfCase);
 
 } // namespace

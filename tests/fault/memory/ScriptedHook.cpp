@@ -1,4 +1,4 @@
-#include "harness/ScriptedWalk.h"
+#include "ScriptedWalk.h"
 
 #include "tls/TlsTrust.h"
 
@@ -38,7 +38,7 @@ TEST_F(ScriptedHook, OneUnmetNeedIsAnsweredWithACode)
                                                 {"PEM_read_bio_X509", CURLE_SSL_CACERT_BADFILE},
                                                 {"X509_STORE_add_cert", CURLE_FAILED_INIT}};
     walk(hook, CURLE_OK, Shortage::Once, [&](const Outcome& outcome) {
-        EXPECT_EQ(answers.at(outcome.who), outcome.result);
+        EXPECT_EQ(nameOf(answers.at(outcome.who)), nameOf(outcome.result));
         // What the exception handler swallows it cannot record.
         if (outcome.who != std::string("operator new")) {
             expectTold(outcome);
@@ -49,7 +49,7 @@ TEST_F(ScriptedHook, OneUnmetNeedIsAnsweredWithACode)
 TEST_F(ScriptedHook, NoMemoryAnyMoreIsAnsweredWithAFailure)
 {
     walk(hook, CURLE_OK, Shortage::ForGood,
-         [](const Outcome& outcome) { EXPECT_EQ(CURLE_FAILED_INIT, outcome.result); });
+         [](const Outcome& outcome) { EXPECT_EQ(nameOf(CURLE_FAILED_INIT), nameOf(outcome.result)); });
 }
 
 TEST_F(ScriptedHook, ATextThatIsNoCertificateIsRefusedWhateverIsLost)
@@ -58,7 +58,7 @@ TEST_F(ScriptedHook, ATextThatIsNoCertificateIsRefusedWhateverIsLost)
     for (const Shortage shortage : {Shortage::Once, Shortage::ForGood}) {
         walk(hook, CURLE_SSL_CACERT_BADFILE, shortage, [](const Outcome& outcome) {
             EXPECT_TRUE(outcome.result == CURLE_FAILED_INIT || outcome.result == CURLE_SSL_CACERT_BADFILE)
-                << outcome.result;
+                << nameOf(outcome.result);
         });
     }
 }

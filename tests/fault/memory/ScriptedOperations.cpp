@@ -1,4 +1,4 @@
-#include "harness/ScriptedWalk.h"
+#include "ScriptedWalk.h"
 
 #include <ISFtpClient.h>
 #include <SFtpClient.h>
@@ -28,7 +28,7 @@ int throughFacade(const SFtpRequest& request)
     SFtpClient facade;
     const int result = (facade.*Call)(request, errorText);
     const memory::Pause pause;
-    // 78 is how the facade reports 9, whose text it keeps.
+    // The facade reports a refused access as a missing file, but keeps its text.
     const int textOf = result == CURLE_REMOTE_FILE_NOT_FOUND ? CURLE_REMOTE_ACCESS_DENIED : result;
     EXPECT_EQ(result > 0 ? scripted::text(textOf) : "as it was", errorText);
     return result;
@@ -109,7 +109,7 @@ class ScriptedOperations : public ScriptedWalk, public testing::WithParamInterfa
 TEST_P(ScriptedOperations, OneUnmetNeedEndsInTheRightWay)
 {
     walk(GetParam().run, CURLE_OK, Shortage::Once, [this](const Outcome& outcome) {
-        EXPECT_EQ(1U, kOutcomes.at(outcome.who).count(outcome.result)) << "result " << outcome.result;
+        EXPECT_EQ(1U, kOutcomes.at(outcome.who).count(outcome.result)) << "result " << nameOf(outcome.result);
         if (outcome.result != CURLE_OK && outcome.result != kThrown) {
             expectTold(outcome);
         }
@@ -126,7 +126,7 @@ TEST_P(ScriptedOperations, NoMemoryAnyMoreThrows)
             ++successes;
             EXPECT_STREQ("a record's text", outcome.who);
         } else {
-            EXPECT_EQ(kThrown, outcome.result);
+            EXPECT_EQ(nameOf(kThrown), nameOf(outcome.result));
             EXPECT_EQ(0U, successes) << "an earlier shortage was survived, a later one not";
         }
     });
@@ -139,20 +139,20 @@ TEST_P(ScriptedOperations, AFailureIsNeverTurnedIntoSuccess)
     const int usual = GetParam().refused;
     walk(GetParam().run, usual, Shortage::Once, [&](const Outcome& outcome) {
         if (outcome.who == std::string("a record's text")) {
-            EXPECT_EQ(usual, outcome.result);
+            EXPECT_EQ(nameOf(usual), nameOf(outcome.result));
         }
         EXPECT_NE(CURLE_OK, outcome.result);
     });
     walk(GetParam().run, usual, Shortage::ForGood, [&](const Outcome& outcome) {
-        EXPECT_TRUE(outcome.result == kThrown || outcome.result == usual) << outcome.result;
+        EXPECT_TRUE(outcome.result == kThrown || outcome.result == usual) << nameOf(outcome.result);
     });
 }
 
-std::string nameOf(const testing::TestParamInfo<Operation>& parameter) { return parameter.param.name; }
+std::string nameOfCase(const testing::TestParamInfo<Operation>& parameter) { return parameter.param.name; }
 
-INSTANTIATE_TEST_SUITE_P(Each, ScriptedOperations, testing::ValuesIn(kFacadeOperations), nameOf);
-INSTANTIATE_TEST_SUITE_P(EachOfTheClient, ScriptedOperations, testing::ValuesIn(kClientOperations), nameOf);
-INSTANTIATE_TEST_SUITE_P(NoResponse, ScriptedOperations, testing::Values(kConnectionTest), nameOf);
+INSTANTIATE_TEST_SUITE_P(Each, ScriptedOperations, testing::ValuesIn(kFacadeOperations), nameOfCase);
+INSTANTIATE_TEST_SUITE_P(EachOfTheClient, ScriptedOperations, testing::ValuesIn(kClientOperations), nameOfCase);
+INSTANTIATE_TEST_SUITE_P(NoResponse, ScriptedOperations, testing::Values(kConnectionTest), nameOfCase);
 
 class ScriptedResponses : public ScriptedOperations
 {
@@ -174,6 +174,6 @@ TEST_P(ScriptedResponses, AreEmptyOnlyWhereTheyCouldNotBeMade)
     EXPECT_EQ(0, std::count(results.begin() + 4, results.end(), kNoResponse));
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, ScriptedResponses, testing::ValuesIn(kClientOperations), nameOf);
+INSTANTIATE_TEST_SUITE_P(Each, ScriptedResponses, testing::ValuesIn(kClientOperations), nameOfCase);
 
 } // namespace

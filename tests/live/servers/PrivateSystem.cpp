@@ -42,12 +42,27 @@ void makeEmpty(const std::string& target)
     require(mount("tmpfs", target.c_str(), "tmpfs", 0, "mode=0755") == 0, "No tmpfs can be mounted on " + target);
 }
 
+// What programs look up in /etc besides users; the rest of the machine's settings does not count here.
+void copySettings(const std::string& target)
+{
+    namespace fs = std::filesystem;
+    for (const char* const name : {"ld.so.cache", "nsswitch.conf", "hosts", "services", "protocols", "localtime",
+                                   "security", "ssl/openssl.cnf"}) {
+        const fs::path source = fs::path("/etc") / name;
+        if (fs::exists(source)) {
+            fs::create_directories((fs::path(target) / name).parent_path());
+            fs::copy(source, fs::path(target) / name, fs::copy_options::recursive);
+        }
+    }
+}
+
 } // namespace
 
 PrivateSystem::PrivateSystem(const std::string& folder, const std::string& served, const std::string& packages)
     : m_etc(folder + "/etc"), m_served(served), m_packages(packages)
 {
     std::filesystem::create_directories(m_etc + "/pam.d");
+    copySettings(m_etc);
     const std::string user(kUser);
     const std::string identifiers = std::to_string(kUserId) + ":" + std::to_string(kUserId);
     std::ofstream(m_etc + "/passwd") << "root:x:0:0:root:/root:/bin/sh\n"
@@ -69,9 +84,9 @@ void PrivateSystem::enter() const
     require(unshare(CLONE_NEWNS) == 0,
             "No mount namespace can be had; run this as root, and with CAP_SYS_ADMIN, or switch the server off");
     require(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "The mounts cannot be made private");
-    for (const char* const name : {"passwd", "group", "shadow", "pam.d"}) {
-        bind(m_etc + "/" + name, std::string("/etc/") + name);
-    }
+    // The folder and not its files: a file that the machine replaces, as its package manager does, would lose what is
+    // mounted on it.
+    bind(m_etc, "/etc");
     makeEmpty("/var/log");
     makeEmpty("/run");
     for (const char* const name : {"/run/sshd", "/run/empty", "/run/served", "/run/packages"}) {

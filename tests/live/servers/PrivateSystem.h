@@ -4,8 +4,8 @@
 #include <string>
 
 /// The machine as a daemon is to see it: with one user of its own, whose files are in /run/served, with the unpacked
-/// packages in /run/packages, and nothing else in /run and /var/log. The daemons look users up in the machine's own
-/// files, so these are replaced, in a mount namespace that goes with the last process in it.
+/// packages in /run/packages, and nothing else in /run and /var/log. The daemons look users up in /etc, so that is
+/// another folder, in a mount namespace that goes with the last process in it. Packages may come and go meanwhile.
 class PrivateSystem
 {
 public:

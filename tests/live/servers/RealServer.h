@@ -3,7 +3,7 @@
 
 #include "Inetd.h"
 #include "Server.h"
-#include "harness/Live.h"
+#include "support/Live.h"
 
 #include <iosfwd>
 #include <memory>

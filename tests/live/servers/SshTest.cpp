@@ -1,5 +1,5 @@
 #include "RealServer.h"
-#include "disk/harness/AfterFirstBlock.h"
+#include "harness/AfterFirstBlock.h"
 
 #include <sys/stat.h>
 

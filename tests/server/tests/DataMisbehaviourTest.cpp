@@ -1,7 +1,6 @@
-// Each misbehaviour on a data connection, and what the client sees of it.
-#include "harness/CurlClient.h"
+// Each misbehaviour on a data connection, and what the client sees of it. tests/fault has them over TLS.
+#include "ServerTest.h"
 
-#include <algorithm>
 #include <chrono>
 
 namespace {
@@ -12,7 +11,7 @@ constexpr std::size_t kSize = 300000;
 class DataMisbehaviour : public ServerTest
 {
 protected:
-    DataMisbehaviour() { writeFile(served("a"), manyBytes(kSize)); }
+    DataMisbehaviour() { writeFile(served("a"), randomBytes(kSize)); }
 
     struct Seen
     {
@@ -37,11 +36,12 @@ protected:
 TEST_F(DataMisbehaviour, DropAfter)
 {
     const Seen seen = retrieve("DATA=drop-after:100000");
-    EXPECT_TRUE(begin(100000) == seen.data);
+    EXPECT_TRUE(sameBytes(begin(100000), seen.data));
     EXPECT_EQ("426 transfer aborted", seen.reply);
-    EXPECT_EQ(Lines({"> EPSV", "< 229 Entering Extended Passive Mode (|||PORT|)", "> RETR a", "< 150 data follows",
-                     "= no TLS on data", "= 100000 bytes sent", "< 426 transfer aborted"}),
-              afterLogin());
+    EXPECT_TRUE(
+        sameLines(Lines({"> EPSV", "< 229 Entering Extended Passive Mode (|||PORT|)", "> RETR a", "< 150 data follows",
+                         "= no TLS on data", "= 100000 bytes sent", "< 426 transfer aborted"}),
+                  afterLogin()));
 }
 
 TEST_F(DataMisbehaviour, DropAfterNothing)
@@ -54,7 +54,7 @@ TEST_F(DataMisbehaviour, DropAfterNothing)
 TEST_F(DataMisbehaviour, DropAfterMoreThanThereIsDropsNothing)
 {
     const Seen seen = retrieve("DATA=drop-after:300001");
-    EXPECT_TRUE(begin(kSize) == seen.data);
+    EXPECT_TRUE(sameBytes(begin(kSize), seen.data));
     EXPECT_EQ("226 done", seen.reply);
 }
 
@@ -69,7 +69,7 @@ TEST_F(DataMisbehaviour, ResetAfter)
 TEST_F(DataMisbehaviour, ClaimAfter)
 {
     const Seen seen = retrieve("DATA=claim-after:100000");
-    EXPECT_TRUE(begin(100000) == seen.data);
+    EXPECT_TRUE(sameBytes(begin(100000), seen.data));
     EXPECT_EQ("226 done", seen.reply);
 }
 
@@ -94,7 +94,7 @@ TEST_F(DataMisbehaviour, TheNthDataConnectionOnly)
     for (const std::size_t expected : {kSize, std::size_t{5}, kSize}) {
         RawClient data(client->extendedPassive());
         client->ask("RETR a");
-        EXPECT_EQ(expected, data.rest().size());
+        EXPECT_EQ(expected, data.rest().size()) << "in turn";
         client->line();
     }
 }
@@ -105,7 +105,7 @@ TEST_F(DataMisbehaviour, SlowTakesItsTime)
     const auto before = Clock::now();
     const Seen seen = retrieve("DATA=slow:3000000");
     EXPECT_LE(std::chrono::milliseconds(100), Clock::now() - before);
-    EXPECT_TRUE(begin(kSize) == seen.data);
+    EXPECT_TRUE(sameBytes(begin(kSize), seen.data));
     EXPECT_EQ("226 done", seen.reply);
 }
 
@@ -118,7 +118,7 @@ TEST_F(DataMisbehaviour, StallAfter)
         RawClient data(client->extendedPassive());
         client->ask("RETR a");
         data.finish();
-        EXPECT_TRUE(begin(1000) == data.rest());
+        EXPECT_TRUE(sameBytes(begin(1000), data.rest()));
     }
     EXPECT_EQ("426 transfer aborted", client->line());
 }
@@ -131,7 +131,7 @@ TEST_F(DataMisbehaviour, StallAfterStopsReadingAnUpload)
         const auto client = login();
         RawClient data(client->extendedPassive());
         client->ask("STOR up");
-        data.send(manyBytes(kSize));
+        data.send(randomBytes(kSize));
         client->finish();
         EXPECT_EQ("426 transfer aborted", client->line()) << "the control connection has told that the client left";
     }
@@ -142,14 +142,14 @@ TEST_F(DataMisbehaviour, AStallCanHaveALimit)
 {
     config.stallLimit = std::chrono::milliseconds(50);
     const Seen seen = retrieve("DATA=stall-after:1000");
-    EXPECT_TRUE(begin(1000) == seen.data);
+    EXPECT_TRUE(sameBytes(begin(1000), seen.data));
     EXPECT_EQ("426 transfer aborted", seen.reply);
 }
 
 TEST_F(DataMisbehaviour, TheReplyAfterTheDataCanBeBadToo)
 {
     const Seen seen = retrieve("DONE=reply:451 broken");
-    EXPECT_TRUE(begin(kSize) == seen.data);
+    EXPECT_TRUE(sameBytes(begin(kSize), seen.data));
     EXPECT_EQ("451 broken", seen.reply);
     EXPECT_EQ("< 451 broken", afterLogin().back());
 }
@@ -170,7 +170,10 @@ TEST_F(DataMisbehaviour, Refuse)
     EXPECT_EQ("425 no data connection", client->line());
 }
 
-TEST_F(DataMisbehaviour, GarbageInTheClearWouldBeData) { EXPECT_TRUE(begin(kSize) == retrieve("DATA=garbage").data); }
+TEST_F(DataMisbehaviour, GarbageInTheClearWouldBeData)
+{
+    EXPECT_TRUE(sameBytes(begin(kSize), retrieve("DATA=garbage").data));
+}
 
 TEST_F(DataMisbehaviour, AClientThatNeverComesEndsWithItsControlConnection)
 {
@@ -181,79 +184,6 @@ TEST_F(DataMisbehaviour, AClientThatNeverComesEndsWithItsControlConnection)
         EXPECT_EQ("150 data follows", client->ask("RETR a"));
     }
     EXPECT_EQ("< 425 no data connection", afterLogin().back());
-}
-
-// The same over TLS, as libcurl meets it.
-class DataTlsMisbehaviour : public CurlTest
-{
-protected:
-    DataTlsMisbehaviour() { writeFile(served("a"), manyBytes(kSize)); }
-
-    CURLcode download(const std::string& fault)
-    {
-        misbehave(fault);
-        serve();
-        CurlClient downloads = client();
-        // Only a stall takes so long.
-        const bool stall = fault.find("stall") != std::string::npos;
-        curl_easy_setopt(downloads.handle(), CURLOPT_TIMEOUT_MS, stall ? 3000L : 60000L);
-        return downloads.download("a");
-    }
-
-    bool said(const std::string& line)
-    {
-        const Lines session = server->transcripts().at(0);
-        return std::find(session.begin(), session.end(), line) != session.end();
-    }
-};
-
-TEST_F(DataTlsMisbehaviour, DropAfter)
-{
-    EXPECT_EQ(CURLE_PARTIAL_FILE, download("DATA=drop-after:1000"));
-    EXPECT_TRUE(said("< 426 transfer aborted"));
-}
-
-TEST_F(DataTlsMisbehaviour, ResetAfter) { EXPECT_EQ(CURLE_RECV_ERROR, download("DATA=reset-after:0")); }
-
-TEST_F(DataTlsMisbehaviour, ClaimAfter)
-{
-    EXPECT_EQ(CURLE_PARTIAL_FILE, download("DATA=claim-after:1000"));
-    EXPECT_TRUE(said("= 1000 bytes sent"));
-    EXPECT_TRUE(said("< 226 done"));
-}
-
-TEST_F(DataTlsMisbehaviour, NoCloseNotify)
-{
-    EXPECT_EQ(CURLE_OK, download("DATA=no-close-notify"));
-    EXPECT_TRUE(said("= 300000 bytes sent"));
-}
-
-TEST_F(DataTlsMisbehaviour, StallAfter) { EXPECT_EQ(CURLE_OPERATION_TIMEDOUT, download("DATA=stall-after:1000")); }
-
-TEST_F(DataTlsMisbehaviour, StallBeforeTheHandshake)
-{
-    EXPECT_EQ(CURLE_OPERATION_TIMEDOUT, download("DATA=stall"));
-    EXPECT_TRUE(said("< 150 data follows"));
-    EXPECT_FALSE(said("= TLS on data"));
-}
-
-// libcurl takes a data connection without TLS for a failed EPSV and asks for another; its code depends on its version.
-TEST_F(DataTlsMisbehaviour, Plain)
-{
-    EXPECT_NE(CURLE_OK, download("DATA=plain"));
-    EXPECT_TRUE(said("= no TLS on data"));
-}
-
-TEST_F(DataTlsMisbehaviour, Garbage)
-{
-    EXPECT_NE(CURLE_OK, download("DATA=garbage"));
-    EXPECT_TRUE(said("< 425 no TLS on the data connection"));
-}
-
-TEST_F(DataTlsMisbehaviour, Close)
-{
-    EXPECT_NE(CURLE_OK, download("DATA=close"));
-    EXPECT_FALSE(said("= TLS on data"));
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 // Many sessions at once, and their end.
-#include "harness/CurlClient.h"
+#include "ServerTest.h"
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kSessions = 256;
 
-class Load : public CurlTest
+class Load : public ServerTest
 {
 protected:
     // Clients and server are one process here, so each session costs several descriptors.
@@ -37,12 +37,12 @@ TEST_F(Load, SessionsAtOnce)
         EXPECT_EQ("257 \"/\"", client->ask("PWD"));
     }
     clients.clear();
-    EXPECT_EQ(kSessions, server->transcripts().size());
+    EXPECT_EQ(kSessions, sessions().size());
 }
 
 TEST_F(Load, DownloadsAtOnce)
 {
-    const std::string content = manyBytes(100000);
+    const std::string content = randomBytes(100000);
     writeFile(served("a"), content);
     serve();
     std::vector<std::thread> threads;
@@ -59,12 +59,12 @@ TEST_F(Load, DownloadsAtOnce)
         thread.join();
     }
     EXPECT_EQ(std::vector<int>(kSessions, CURLE_OK), results);
-    EXPECT_EQ(kSessions, server->transcripts().size());
+    EXPECT_EQ(kSessions, sessions().size());
 }
 
 TEST_F(Load, StopEndsWhateverSessionsAreDoing)
 {
-    writeFile(served("large"), manyBytes(20000000));
+    writeFile(served("large"), randomBytes(20000000));
     misbehave("SYST=stall");
     misbehave("NOOP=delay:3600000");
     misbehave("FEAT=meet:2");
@@ -91,7 +91,7 @@ TEST_F(Load, StopEndsWhateverSessionsAreDoing)
     const RawClient fullData(full->extendedPassive());
     full->ask("RETR large");
     server->stop();
-    EXPECT_EQ(8U, server->transcripts().size());
+    EXPECT_EQ(8U, sessions().size());
     EXPECT_EQ("", idle->rest());
     server->stop();
 }
@@ -100,7 +100,7 @@ TEST_F(Load, TranscriptsWaitForTheSessions)
 {
     serve();
     auto client = login();
-    auto transcripts = std::async(std::launch::async, [this] { return server->transcripts(); });
+    auto transcripts = std::async(std::launch::async, [this] { return sessions(); });
     client->ask("QUIT");
     client.reset();
     EXPECT_EQ("< 221 goodbye", transcripts.get().at(0).back());
@@ -117,7 +117,7 @@ TEST_F(Load, EndedSessionsAreToldOneAtATime)
         const auto second = login();
         first->ask("PWD");
     }
-    EXPECT_TRUE(server->transcripts().empty());
+    EXPECT_TRUE(sessions().empty());
     std::sort(told.begin(), told.end());
     EXPECT_EQ(Lines({"< 230 logged in", "< 257 \"/\""}), told);
 }

@@ -1,5 +1,6 @@
-#include "harness/Program.h"
-#include "harness/CurlClient.h"
+#include "ServerTest.h"
+
+#include "support/Process.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -8,37 +9,71 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class ProgramTest : public CurlTest
+// The program `ftp-test-server`. A running one is ended with the object.
+class Program
+{
+public:
+    explicit Program(const Lines& arguments, const std::string& password = "")
+        : m_process({Lines{TEST_SERVER_PROGRAM} + arguments, environment(password), "", input.reader(), output.writer(),
+                     output.writer()})
+    {
+        input.closeReader();
+        output.closeWriter();
+    }
+
+    // The port that its first line tells.
+    std::uint16_t port()
+    {
+        const std::string expected = "listening on 127.0.0.1:";
+        const std::string said = output.line();
+        EXPECT_EQ(expected, said.substr(0, expected.size())) << said;
+        return static_cast<std::uint16_t>(std::stoi("0" + said.substr(std::min(said.size(), expected.size()))));
+    }
+
+    void signal(int number) const { m_process.signal(number); }
+    int wait() { return m_process.wait(); }
+
+    Pipe input;
+    Pipe output;
+
+private:
+    static decltype(ProcessSetup::environment) environment(const std::string& password)
+    {
+        return {{"FTP_TEST_PASSWORD", password}};
+    }
+
+    Process m_process;
+};
+
+class ProgramTest : public ServerTest
 {
 protected:
     ProgramTest()
     {
         writeFile(path("password"), "secret\nand more\n");
         writeFile(served("a"), "the content");
-        ::unsetenv("FTP_TEST_PASSWORD");
     }
 
-    std::string path(const std::string& name) const { return folder.path() / name; }
+    std::string path(const std::string& name) const { return folder.file(name); }
 
     // The arguments to serve in the clear.
     Lines plain(const Lines& more = {}) const
     {
-        Lines arguments = {"--root", config.root, "--tls", "plain", "--password-file", path("password")};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return arguments;
+        return Lines{"--root", config.root, "--tls", "plain", "--password-file", path("password")} + more;
     }
 };
 
 TEST_F(ProgramTest, ServesUntilASignal)
 {
     for (const int number : {SIGTERM, SIGINT}) {
+        SCOPED_TRACE(number == SIGTERM ? "SIGTERM" : "SIGINT");
         Program program(plain());
         RawClient client(program.port());
         EXPECT_EQ("220 ready", client.line());
         program.signal(number);
         EXPECT_EQ("", client.rest());
         EXPECT_EQ(0, program.wait());
-        EXPECT_EQ("", program.rest());
+        EXPECT_EQ("", program.output.rest());
     }
 }
 
@@ -47,7 +82,7 @@ TEST_F(ProgramTest, ServesUntilItsInputEnds)
     Program program(plain({"--until-eof"}));
     RawClient client(program.port());
     EXPECT_EQ("220 ready", client.line());
-    program.endInput();
+    program.input.closeWriter();
     EXPECT_EQ(0, program.wait());
 }
 
@@ -55,7 +90,7 @@ TEST_F(ProgramTest, TheEndOfItsInputDoesNotMatterOtherwise)
 {
     Program program(plain());
     const std::uint16_t port = program.port();
-    program.endInput();
+    program.input.closeWriter();
     EXPECT_EQ("220 ready", RawClient(port).line());
     program.signal(SIGTERM);
     EXPECT_EQ(0, program.wait());
@@ -63,9 +98,7 @@ TEST_F(ProgramTest, TheEndOfItsInputDoesNotMatterOtherwise)
 
 TEST_F(ProgramTest, TakesThePasswordFromTheEnvironment)
 {
-    ::setenv("FTP_TEST_PASSWORD", "from outside", 1);
-    Program program({"--root", config.root, "--tls", "plain", "--user", "somebody"});
-    ::unsetenv("FTP_TEST_PASSWORD");
+    Program program({"--root", config.root, "--tls", "plain", "--user", "somebody"}, "from outside");
     RawClient client(program.port());
     client.line();
     client.ask("USER somebody");
@@ -95,7 +128,7 @@ TEST_F(ProgramTest, MakesCertificates)
 {
     Program program({"--make-certificates", path("certificates")});
     EXPECT_EQ(0, program.wait());
-    EXPECT_EQ("", program.rest());
+    EXPECT_EQ("", program.output.rest());
     // Put together, so that no search for committed keys finds it here.
     const std::string keyBegins = std::string("-----BEGIN ") + "PRIVATE KEY-----";
     for (const char* name : {"server", "expired", "not-yet-valid", "wrong-host", "self-signed"}) {
@@ -147,16 +180,16 @@ TEST_F(ProgramTest, WrongUseIsToldAndFails)
     };
     for (const Row& row : rows) {
         Program program(row.arguments);
-        const std::string said = program.rest();
-        EXPECT_NE(0, program.wait());
-        EXPECT_NE(std::string::npos, said.find(row.said)) << said;
+        const std::string said = program.output.rest();
+        EXPECT_NE(0, program.wait()) << row.said;
+        EXPECT_NE(std::string::npos, said.find(row.said)) << "said, in place of " << row.said << ": " << said;
     }
 }
 
 TEST_F(ProgramTest, HelpHasExamples)
 {
     Program program({"--help"});
-    const std::string said = program.rest();
+    const std::string said = program.output.rest();
     EXPECT_EQ(0, program.wait());
     EXPECT_NE(std::string::npos, said.find("Examples:\n  ftp-test-server --make-certificates certs\n"));
 }

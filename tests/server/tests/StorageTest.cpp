@@ -1,4 +1,4 @@
-#include "harness/Folder.h"
+#include "support/TemporaryFolder.h"
 
 #include <Storage.h>
 
@@ -18,11 +18,11 @@ protected:
     {
         fs::create_directories(served / "sub");
         writeFile(served / "a.bak", "the content");
-        writeFile(folder.path() / "outside", "secret");
+        writeFile(folder.file("outside"), "secret");
     }
 
-    Folder folder;
-    fs::path served = folder.path() / "served";
+    TemporaryFolder folder;
+    fs::path served = folder.file("served");
     Storage storage = Storage((fs::create_directories(served), served));
 };
 
@@ -64,7 +64,7 @@ TEST_F(StorageTest, ALinkWithinTheFolderIsFollowed)
 
 TEST_F(StorageTest, ALinkOutOfTheFolderIsNot)
 {
-    fs::create_symlink(folder.path() / "outside", served / "file");
+    fs::create_symlink(folder.file("outside"), served / "file");
     fs::create_directory_symlink(folder.path(), served / "directory");
     EXPECT_FALSE(storage.real("/file"));
     EXPECT_FALSE(storage.isFile("/file"));
@@ -77,15 +77,15 @@ TEST_F(StorageTest, ALinkOutOfTheFolderIsNot)
 
 TEST_F(StorageTest, ALinkToNothingIsNotWrittenThrough)
 {
-    fs::create_symlink(folder.path() / "not yet there", served / "link");
+    fs::create_symlink(folder.file("not yet there"), served / "link");
     EXPECT_FALSE(storage.real("/link"));
     EXPECT_FALSE(storage.isWritable("/link"));
 }
 
 TEST_F(StorageTest, AFolderThatOnlyBeginsLikeTheServedOneIsOutside)
 {
-    fs::create_directory(folder.path() / "served2");
-    fs::create_directory_symlink(folder.path() / "served2", served / "link");
+    fs::create_directory(folder.file("served2"));
+    fs::create_directory_symlink(folder.file("served2"), served / "link");
     EXPECT_FALSE(storage.isDirectory("/link"));
 }
 

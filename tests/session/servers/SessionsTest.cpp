@@ -64,7 +64,7 @@ protected:
         aimAt("listed/");
         request.localPath = local("names");
         const int code = session.Listsftpdir(request, errorText);
-        EXPECT_EQ(code == 0 ? "a.bak\n" : "no such file", contentOf(request.localPath)) << errorText;
+        EXPECT_EQ(code == 0 ? "a.bak\n" : kNoFile, contentOf(request.localPath)) << errorText;
         return code;
     }
 

@@ -1,7 +1,8 @@
 #ifndef THREADS_HARNESS_CROWD_H
 #define THREADS_HARNESS_CROWD_H
 
-#include "harness/Live.h"
+#include "support/Codes.h"
+#include "support/Live.h"
 
 #include <functional>
 
@@ -21,17 +22,19 @@ protected:
     std::size_t held();
 };
 
-/// What is wrong with a value: nothing, or one line that says so.
+/// What is wrong with a value, a file's content or records: nothing, or one text that says so.
 template <typename Value>
-Lines compare(const std::string& what, const Value& expected, const Value& found)
+Lines compare(const std::string& what, const Value& expected, const Value& actual)
 {
-    if (expected == found) {
+    if (expected == actual) {
         return {};
     }
-    return {what + " is " + testing::PrintToString(found) + ", not " + testing::PrintToString(expected)};
+    return {what + " is " + testing::PrintToString(actual) + ", not " + testing::PrintToString(expected)};
 }
 
-/// The same for a file's content, byte for byte, without quoting it.
-Lines compareBytes(const std::string& what, const std::string& expected, const std::string& found);
+inline Lines problem(const std::string& what, const testing::AssertionResult& result)
+{
+    return result ? Lines{} : Lines{what + ": " + result.message()};
+}
 
 #endif

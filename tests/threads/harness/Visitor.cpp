@@ -1,12 +1,11 @@
 #include "harness/Visitor.h"
 
-#include "harness/Folder.h"
+#include "support/RandomBytes.h"
 
 #include <LogProxy.h>
 
 #include <array>
 #include <filesystem>
-#include <random>
 
 namespace {
 
@@ -14,21 +13,11 @@ constexpr const char* kUntouched = "as it was";
 // The one record that belongs to no request.
 constexpr const char* kCertificate = "0 1 sftpSetCertTmp(): Establish SSL with cert";
 
-// A lost, doubled or foreign block cannot hide in it.
-std::string contentOfVisitor(unsigned number)
-{
-    std::mt19937 random(number);
-    std::string content(100000 + std::size_t{1009} * number, '\0');
-    for (char& byte : content) {
-        byte = static_cast<char>(random());
-    }
-    return content;
-}
-
 } // namespace
 
 Visitor::Visitor(unsigned number, const SFtpRequest& login, const Place& place)
-    : m_number(number), m_login(login), m_place(place), m_content(contentOfVisitor(number))
+    : m_number(number), m_login(login), m_place(place),
+      m_content(randomBytes(100000 + std::size_t{1009} * number, number))
 {
     for (const char* const folder : {"", "list", "rename", "remove"}) {
         std::filesystem::create_directories(m_place.served + folder);
@@ -63,7 +52,7 @@ void Visitor::download(SFtpClient& facade)
           {record("1 SFtpClient::CheckFileSizeBeforeDownload(): remoteFileSizeByte =") +
                std::to_string(m_content.size()) + ", fileSizeLimit = 53687091200",
            kCertificate, record("2 CurlSFtpResponse::DownLoadSFtpFile(): DownLoadSFtpFile():end ")});
-    add(compareBytes("the file fetched", m_content, contentOf(request.localPath)));
+    add(problem("the file fetched", sameBytes(m_content, contentOf(request.localPath))));
 }
 
 void Visitor::upload(SFtpClient& facade)
@@ -73,7 +62,7 @@ void Visitor::upload(SFtpClient& facade)
     std::string errorText = kUntouched;
     const int result = facade.UploadFileToSFtpServer(request, errorText);
     judge("upload", result, errorText, {});
-    add(compareBytes("the file sent", m_content, contentOf(m_place.served + "upload")));
+    add(problem("the file sent", sameBytes(m_content, contentOf(m_place.served + "upload"))));
 }
 
 void Visitor::rename(SFtpClient& facade)
@@ -85,7 +74,7 @@ void Visitor::rename(SFtpClient& facade)
     const int result = facade.ReNameSFtpFile(request, errorText);
     judge("rename", result, errorText,
           {kCertificate, record("2 CurlSFtpResponse::ReNameSFtpFile(): ReNameSFtpFile():end ")});
-    add(compareBytes("the renamed file", m_content, contentOf(m_place.served + "rename/" + name("new"))));
+    add(problem("the renamed file", sameBytes(m_content, contentOf(m_place.served + "rename/" + name("new")))));
     add(compare("the old name", false, std::filesystem::exists(m_place.served + "rename/" + name("old"))));
 }
 
@@ -138,9 +127,9 @@ std::string Visitor::record(const std::string& text) const { return std::to_stri
 
 void Visitor::judge(const std::string& operation, int result, const std::string& errorText, const Lines& records)
 {
-    add(compare(operation + "'s result", 0, result));
+    add(compare(operation + "'s result", nameOf(CURLE_OK), nameOf(result)));
     add(compare(operation + "'s error text", std::string(kUntouched), errorText));
-    add(compare(operation + "'s records", records, live::takeRecordsWithIdentifiers()));
+    add(problem(operation + "'s records", sameLines(records, live::takeRecordsWithIdentifiers())));
 }
 
 void Visitor::add(const Lines& wrong) { m_wrong.insert(m_wrong.end(), wrong.begin(), wrong.end()); }

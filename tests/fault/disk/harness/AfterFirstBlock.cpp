@@ -1,6 +1,6 @@
 #include "harness/AfterFirstBlock.h"
 
-#include <dlfcn.h>
+#include "support/NextFunction.h"
 
 #include <cstdio>
 #include <utility>
@@ -29,7 +29,7 @@ void AfterFirstBlock::blockWasRead()
 // libcurl reads the file through this function of the C library, before which this program's one stands.
 extern "C" size_t fread(void* buffer, size_t size, size_t count, FILE* stream)
 {
-    static auto* const next = reinterpret_cast<size_t (*)(void*, size_t, size_t, FILE*)>(dlsym(RTLD_NEXT, "fread"));
+    static auto* const next = nextFunction<size_t(void*, size_t, size_t, FILE*)>("fread");
     const size_t read = next(buffer, size, count, stream);
     AfterFirstBlock::blockWasRead();
     return read;

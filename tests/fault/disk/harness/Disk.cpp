@@ -1,6 +1,6 @@
 #include "harness/Disk.h"
 
-#include <OpenHandles.h>
+#include "support/OpenHandles.h"
 
 #include <filesystem>
 #include <set>
@@ -33,11 +33,11 @@ std::string facadesUploadRecord(const std::string& text)
 
 } // namespace
 
-int Disk::run(Call call, const std::string& path)
+std::string Disk::run(Call call, const std::string& path)
 {
     request.remotePath = url(path);
     const std::set<std::string> before = openDescriptors();
-    const int result = (facade.*call)(request, errorText);
+    std::string result = nameOf((facade.*call)(request, errorText));
     // The server waits for a handle that was not cleaned up.
     if (openHandles() != 0) {
         ADD_FAILURE() << openHandles() << " libcurl handles were not cleaned up";

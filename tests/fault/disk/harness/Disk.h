@@ -1,7 +1,8 @@
 #ifndef DISK_HARNESS_DISK_H
 #define DISK_HARNESS_DISK_H
 
-#include "harness/Live.h"
+#include "support/Codes.h"
+#include "support/Live.h"
 
 #include <string>
 
@@ -10,9 +11,9 @@
 class Disk : public Live
 {
 protected:
-    int download() { return run(&SFtpClient::DownLoadSFtpFile, "/a.bak"); }
-    int list() { return run(&SFtpClient::Listsftpdir, "/"); }
-    int upload() { return run(&SFtpClient::UploadFileToSFtpServer, "/sent.bak"); }
+    std::string download() { return run(&SFtpClient::DownLoadSFtpFile, "/a.bak"); }
+    std::string list() { return run(&SFtpClient::Listsftpdir, "/"); }
+    std::string upload() { return run(&SFtpClient::UploadFileToSFtpServer, "/sent.bak"); }
 
     // All the records of a failed operation, from the one that tells why.
     static Lines downloadFailed(const std::string& why, const std::string& text);
@@ -27,7 +28,7 @@ protected:
 private:
     using Call = int (SFtpClient::*)(const SFtpRequest&, std::string&);
 
-    int run(Call call, const std::string& path);
+    std::string run(Call call, const std::string& path);
 };
 
 #endif

@@ -1,0 +1,58 @@
+#ifndef CONTRACT_CONTRACT_H
+#define CONTRACT_CONTRACT_H
+
+#include "support/Codes.h"
+#include "support/Journal.h"
+#include "support/Lines.h"
+#include "support/Memory.h"
+#include "support/RecordedFiles.h"
+#include "support/RecordedOpenSsl.h"
+#include "support/RecordingHost.h"
+#include "support/ScriptedCurl.h"
+#include "support/TemporaryFolder.h"
+
+#include "transfer/CurlSFtpResponse.h"
+
+#include <SFtpRequest.h>
+
+#include <functional>
+#include <string>
+
+/// A record in the journal, with the identifier that the host's thread has.
+std::string recordLine(int level, const std::string& function, const std::string& pieces);
+
+/// What the TLS step does to a handle when the request carries a certificate.
+Lines tlsStep();
+
+/// Ends the codes that libcurl has, and some more.
+constexpr int kEndOfCodes = 128;
+
+/// The base of every contract test: a fresh world, a request and a folder for local files.
+class Contract : public testing::Test
+{
+protected:
+    Contract();
+
+    /// Runs a piece of the library and gives the journal of all that it did. Handles and buffers are numbered from 1.
+    Lines journalOf(const std::function<void()>& piece);
+
+    /// That a piece's journal is empty.
+    void expectNothingNoted(const std::function<void()>& piece) { EXPECT_TRUE(sameLines({}, journalOf(piece))); }
+
+    /// Makes every transfer end with this code.
+    static void performGives(int code);
+
+    std::string path(const std::string& name) const { return m_folder.file(name); }
+
+    /// What libcurl is handed is a copy of the request's URL.
+    void expectUrlCopied() const;
+
+    static constexpr const char* kPassword = "correct horse battery";
+
+    SFtpRequest request;
+
+private:
+    const TemporaryFolder m_folder;
+};
+
+#endif

@@ -1,0 +1,59 @@
+// The rows through the library.
+#include "Fault.h"
+#include "HastenedConnecting.h"
+
+#include <chrono>
+#include <functional>
+
+Rows chosen(const Rows& rows) { return rows; }
+
+namespace {
+
+double secondsOf(const std::function<void()>& action)
+{
+    const auto begun = std::chrono::steady_clock::now();
+    action();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();
+}
+
+boost::shared_ptr<ISFtpResponse> transfer(const Row& row, ISFtpClient& client, const SFtpRequest& request)
+{
+    constexpr uint32_t kWithoutEffect = 90;
+    switch (row.operation) {
+    case Operation::List:
+        return client.Listsftpdir(request, row.responseTimeout);
+    case Operation::Download:
+        return client.DownLoadSFtpFile(request, kWithoutEffect);
+    case Operation::Rename:
+        return client.ReNameSFtpFile(request, kWithoutEffect);
+    case Operation::Delete:
+        return client.DelSFtpFile(request, kWithoutEffect);
+    default:
+        return client.UploadFileToSFtpServer(request, kWithoutEffect);
+    }
+}
+
+TEST_P(Fault, EndsAsItMust)
+{
+    const std::optional<HastenedConnecting> hastened =
+        row().hasten ? std::make_optional<HastenedConnecting>() : std::nullopt;
+    int code = -1;
+    boost::shared_ptr<ISFtpResponse> response;
+    EXPECT_GT(kLongest, secondsOf([&] {
+                  if (row().operation == Operation::Connect) {
+                      code = testConnection();
+                  } else if (row().operation == Operation::Checked) {
+                      code = facade.DownLoadSFtpFile(request, errorText);
+                  } else {
+                      response = transfer(row(), *ISFtpClient::CreateClient(), request);
+                      code = response ? response->GetErrCode() : -1;
+                  }
+              }))
+        << "seconds for the call";
+    // This sends QUIT.
+    EXPECT_GT(kLongest, secondsOf([&] { response.reset(); })) << "seconds for the end of the response";
+    expectCode(code);
+    expectLeft(code);
+}
+
+} // namespace

@@ -1,0 +1,29 @@
+#ifndef SERVERTEST_SERVERTEST_H
+#define SERVERTEST_SERVERTEST_H
+
+#include "CurlClient.h"
+#include "RawClient.h"
+
+#include "support/RandomBytes.h"
+#include "support/ServerFixture.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+/// The base of the test server's own tests: clients for it.
+class ServerTest : public ServerFixture
+{
+protected:
+    ServerTest() { config.password = "secret"; }
+
+    /// A client that has logged in in the clear.
+    std::unique_ptr<RawClient> login();
+
+    CurlClient client() { return CurlClient(config, server->port(), authority.certificatePem()); }
+
+    /// What `login` left out of the one session's transcript.
+    Lines afterLogin();
+};
+
+#endif

@@ -1,0 +1,5 @@
+#include "support/Codes.h"
+
+#include <output/ResultName.h>
+
+std::string nameOf(int code) { return nameOfResult(code); }

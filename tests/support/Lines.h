@@ -1,0 +1,25 @@
+#ifndef SUPPORT_LINES_H
+#define SUPPORT_LINES_H
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+/// Journals, transcripts and records: text, one line after the other.
+using Lines = std::vector<std::string>;
+
+Lines operator+(Lines left, const Lines& right);
+
+/// The last lines: all of them where there are not that many.
+Lines lastOf(const Lines& lines, std::size_t count);
+
+/// For EXPECT_TRUE. A failure shows where the two differ, with three lines around it: expected with "-", actual with
+/// "+".
+testing::AssertionResult sameLines(const Lines& expected, const Lines& actual);
+
+/// For EXPECT_TRUE: whether this very line is among them. A failure shows them all.
+testing::AssertionResult hasLine(const std::string& line, const Lines& lines);
+
+#endif

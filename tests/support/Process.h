@@ -1,0 +1,70 @@
+#ifndef SUPPORT_PROCESS_H
+#define SUPPORT_PROCESS_H
+
+#include <sys/types.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+/// How to start a program. What is empty is as it is in this process.
+struct ProcessSetup
+{
+    std::vector<std::string> words; ///< the program first: a path, or a name to look for in PATH
+    std::vector<std::pair<std::string, std::string>> environment = {};
+    std::string folder = {};
+    std::string in = "/dev/null"; ///< files for the standard streams
+    std::string out = {};
+    std::string err = {};
+    std::string terminal = {}; ///< in place of all three; it becomes the program's own
+};
+
+/// A program that runs in a session of its own, without the settings of the machine's user: no HOME, no variable
+/// SFTPCLIENT_... but those of the setup.
+class Process
+{
+public:
+    /// Throws `std::runtime_error` where there is no such program.
+    explicit Process(const ProcessSetup& setup);
+    /// Kills it, if it still runs.
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    void signal(int number) const;
+
+    /// Waits for its end. The exit status, or the negative number of the signal that ended it.
+    int wait();
+
+private:
+    pid_t m_process = -1;
+};
+
+/// Both ends of a pipe, which the setup of a process can name as files.
+class Pipe
+{
+public:
+    Pipe();
+    ~Pipe();
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    /// For a process that this one starts.
+    std::string reader() const;
+    std::string writer() const;
+
+    /// The next line of what is written, without its line end.
+    std::string line() const;
+    /// All that is written until nobody has the pipe open for writing.
+    std::string rest() const;
+
+    /// This process's own ends; what it has closed it cannot name any more.
+    void closeReader();
+    void closeWriter();
+
+private:
+    int m_reader = -1;
+    int m_writer = -1;
+};
+
+#endif

@@ -1,0 +1,60 @@
+#include "support/Redirection.h"
+
+#include <sanitizer/common_interface_defs.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <stdexcept>
+
+// Only there in a program that is built with a sanitizer.
+#pragma weak __sanitizer_set_report_fd
+
+namespace {
+
+// A sanitizer's reports are for whoever reads the test's output, not for the file that the test compares. (Those of
+// g++'s undefined-behaviour sanitizer still go there: it settles where to write with its first report.)
+void keepReportsAt(int descriptor)
+{
+    if (__sanitizer_set_report_fd != nullptr) {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): it takes the number itself in the place of a pointer
+        __sanitizer_set_report_fd(reinterpret_cast<void*>(static_cast<std::intptr_t>(descriptor)));
+    }
+}
+
+} // namespace
+
+Redirection::Redirection(FILE* stream) : m_stream(stream), m_original(dup(fileno(stream))), m_file(std::tmpfile())
+{
+    if (m_original < 0 || !m_file) {
+        throw std::runtime_error("A stream cannot be redirected into a temporary file.");
+    }
+    static_cast<void>(fflush(m_stream));
+    if (fileno(m_stream) == STDERR_FILENO) {
+        keepReportsAt(m_original);
+    }
+    static_cast<void>(dup2(fileno(m_file.get()), fileno(m_stream)));
+}
+
+Redirection::~Redirection()
+{
+    static_cast<void>(fflush(m_stream));
+    static_cast<void>(dup2(m_original, fileno(m_stream)));
+    if (fileno(m_stream) == STDERR_FILENO) {
+        keepReportsAt(STDERR_FILENO);
+    }
+    static_cast<void>(::close(m_original));
+}
+
+std::string Redirection::content() const
+{
+    static_cast<void>(fflush(m_stream));
+    std::string bytes;
+    char block[4096];
+    for (;;) {
+        const ssize_t got = pread(fileno(m_file.get()), block, sizeof(block), static_cast<off_t>(bytes.size()));
+        if (got <= 0) {
+            return bytes;
+        }
+        bytes.append(block, static_cast<std::size_t>(got));
+    }
+}

@@ -1,0 +1,47 @@
+#ifndef SUPPORT_SERVERFIXTURE_H
+#define SUPPORT_SERVERFIXTURE_H
+
+#include "support/Lines.h"
+#include "support/TemporaryFolder.h"
+
+#include <Certificates.h>
+#include <FtpServer.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+/// A test server on demand, with a folder and a CA of its own. libcurl is initialised for the whole program.
+class ServerFixture : public testing::Test
+{
+protected:
+    ServerFixture();
+    ~ServerFixture() override;
+
+    /// Starts the server with `config`.
+    void serve();
+
+    void stopServing() { server.reset(); }
+
+    void misbehave(const std::string& fault) { config.faults.push_back(testserver::parseFault(fault)); }
+
+    /// What the clients said to the server, session by session, when all of them have left.
+    std::vector<Lines> sessions() { return server->transcripts(); }
+
+    std::string served(const std::string& name) const { return folder.file("served/" + name); }
+
+    TemporaryFolder folder;
+    testserver::CertificateAuthority authority;
+    testserver::ServerConfig config;
+    std::unique_ptr<testserver::FtpServer> server;
+};
+
+/// For EXPECT_TRUE: `sameLines` for the sessions of a server.
+testing::AssertionResult sameSessions(const std::vector<Lines>& expected, const std::vector<Lines>& actual);
+
+/// For EXPECT_TRUE: the bytes are the same. A failure says where they part, without quoting them all.
+testing::AssertionResult sameBytes(const std::string& expected, const std::string& actual);
+
+#endif
