@@ -129,7 +129,12 @@ void LogFile::shiftNames() const
         const std::string from = olderName(m_path, number - 1);
         const std::string to = olderName(m_path, number);
         if (std::rename(from.c_str(), to.c_str()) != 0 && errno != ENOENT) {
-            throwError(errno, m_path + " is emptied because " + from + " cannot be renamed to " + to);
+            const int error = errno;
+            throwError(error, std::string(m_path)
+                                  .append(" is emptied because ")
+                                  .append(from)
+                                  .append(" cannot be renamed to ")
+                                  .append(to));
         }
     }
 }
