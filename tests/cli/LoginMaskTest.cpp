@@ -84,7 +84,7 @@ TEST(PasswordMask, HidesOneThatHasEverySign)
     EXPECT_EQ("<>", mask.hiddenIn("<>"));
 }
 
-// Each of these took minutes when the text was gone through again and again.
+// The second took minutes when the text was gone through again and again.
 TEST(PasswordMask, TakesNoLongerWhateverTheTextIs)
 {
     constexpr std::size_t kLength = 100000;
