@@ -11,11 +11,11 @@
 
 #include <CurlProcess.h>
 #include <EscapeControlBytes.h>
+#include <HostConfiguration.h>
 
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <iostream>
 #include <stdexcept>
 
@@ -85,7 +85,7 @@ void render(const Report& report, const std::vector<Verdict>& verdicts, bool asJ
 int runDoctor(const Arguments& arguments, const ProxyEnvironment& proxies)
 {
     if (!arguments.configFile.empty()) {
-        setenv("SFTPCLIENT_CONFIG", arguments.configFile.c_str(), 1);
+        HostConfiguration::instance().load(arguments.configFile);
     }
     Question question = questionOf(arguments);
     const WipedAtEnd wiped(question.request.password);

@@ -1,6 +1,8 @@
 #include "doctor/Renderers.h"
 
-#include "output/Json.h"
+#include <JsonText.h>
+
+#include <nlohmann/json.hpp>
 
 #include <ostream>
 
@@ -85,7 +87,7 @@ void renderJson(const Report& report, const std::vector<Verdict>& verdicts, std:
     json["hostKey"] = report.hostKey.fingerprint.empty() ? Json(nullptr) : Json(report.hostKey.fingerprint);
     json["leftBehind"] = leftBehindBy(report);
     constexpr int kIndent = 2;
-    out << dumped(json, kIndent) << '\n';
+    out << jsonText(json, kIndent) << '\n';
 }
 
 } // namespace doctor

@@ -45,7 +45,12 @@ public:
         sigset_t signals;
         sigemptyset(&signals);
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-            sigaddset(&signals, signal);
+            struct sigaction action = {};
+            sigaction(signal, nullptr, &action);
+            // What is ignored, as under nohup, stays so; held back, it would come all the same.
+            if (action.sa_handler != SIG_IGN) {
+                sigaddset(&signals, signal);
+            }
         }
         pthread_sigmask(SIG_BLOCK, &signals, &m_before);
         m_descriptor = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);

@@ -36,6 +36,8 @@ constexpr Rule kRules[] = {
      "no data connection came about; check that the server's passive ports are open"},
     {CURLE_PARTIAL_FILE, 426, "the server broke the transfer off; try again, or look into its log"},
     {CURLE_PARTIAL_FILE, kAnyReply, "the transfer ended early; the server's log, or --trace, says why"},
+    {CURLE_FTP_COULDNT_RETR_FILE, kAnyReply,
+     "the server refuses to send the file or the listing; its last reply says why"},
     {CURLE_QUOTE_ERROR, 500,
      "the server does not know the command; mv and rm need one that knows \"rename OLD NEW\" and \"rm PATH\", or an "
      "sftp: URL"},

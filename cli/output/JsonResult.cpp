@@ -1,7 +1,10 @@
 #include "output/JsonResult.h"
 
-#include "output/Json.h"
 #include "output/ResultName.h"
+
+#include <JsonText.h>
+
+#include <nlohmann/json.hpp>
 
 std::string jsonOf(const Result& result)
 {
@@ -24,5 +27,5 @@ std::string jsonOf(const Result& result)
     if (!result.signal.empty()) {
         object["signal"] = result.signal;
     }
-    return dumped(object, kOnOneLine);
+    return jsonText(object);
 }

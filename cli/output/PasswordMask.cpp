@@ -5,6 +5,7 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstddef>
 #include <string_view>
@@ -39,44 +40,57 @@ bool is(char byte, std::string_view text, std::size_t length)
     }
 }
 
-// How long all of `secret` is at the beginning of `text`, or 0. Two backslashes may be one, escaped, or the two that
-// the secret has: all ways to read the text are followed.
-std::size_t lengthOf(std::string_view secret, std::string_view text)
+// For each place in `text`, how long all of `secret` is there, or 0. Two backslashes may be one, escaped, or the two
+// that the secret has: of all ways to read the text, the longest counts. From the end to the beginning: the effort
+// grows with the lengths alone, whatever the text.
+std::vector<std::size_t> lengthsOf(std::string_view secret, std::string_view text)
 {
-    constexpr std::size_t kForms[] = {1, 2, 3, 4};
-    std::vector<std::size_t> ends = {0};
-    for (const char byte : secret) {
-        std::vector<std::size_t> further;
-        for (const std::size_t end : ends) {
-            for (const std::size_t form : kForms) {
-                const bool isNew = std::find(further.begin(), further.end(), end + form) == further.end();
-                if (isNew && is(byte, text.substr(end), form)) {
-                    further.push_back(end + form);
+    constexpr std::size_t kLongestForm = 4;
+    constexpr std::size_t kNone = std::string_view::npos;
+    std::vector<std::size_t> lengths(text.size(), 0);
+    // By the distance from the place, how long each rest of the secret is there.
+    std::array<std::vector<std::size_t>, kLongestForm + 1> rests;
+    rests.fill(std::vector<std::size_t>(secret.size() + 1, kNone));
+    rests[0].back() = 0;
+    for (std::size_t at = text.size(); at-- > 0;) {
+        std::rotate(rests.begin(), rests.end() - 1, rests.end());
+        rests[0].assign(secret.size() + 1, kNone);
+        rests[0].back() = 0;
+        for (std::size_t begin = 0; begin < secret.size(); ++begin) {
+            for (std::size_t form = 1; form <= kLongestForm; ++form) {
+                const std::size_t rest = rests[form][begin + 1];
+                if (rest != kNone && is(secret[begin], text.substr(at), form)) {
+                    const std::size_t known = rests[0][begin] == kNone ? 0 : rests[0][begin];
+                    rests[0][begin] = std::max(known, form + rest);
                 }
             }
         }
-        if (further.empty()) {
-            return 0;
-        }
-        ends.swap(further);
+        lengths[at] = rests[0].front() == kNone ? 0 : rests[0].front();
     }
-    return *std::max_element(ends.begin(), ends.end());
+    return lengths;
 }
 
-// Also where hiding one puts together another.
-void hide(std::string& text, std::string_view secret, const char* mask)
+// The mask shares no byte with the secret's forms, so that none is put together from it and what stands around it.
+// Without one, nothing is shown where the secret is.
+std::string hidden(const std::string& text, std::string_view secret, const std::string& mask)
 {
-    for (bool found = !secret.empty(); found;) {
-        found = false;
-        for (std::size_t at = 0; at < text.size(); ++at) {
-            const std::size_t length = lengthOf(secret, std::string_view(text).substr(at));
-            if (length > 0) {
-                text.replace(at, length, mask);
-                at += std::string_view(mask).size() - 1;
-                found = true;
-            }
+    if (secret.empty()) {
+        return text;
+    }
+    const std::vector<std::size_t> lengths = lengthsOf(secret, text);
+    const bool isThere = std::any_of(lengths.begin(), lengths.end(), [](std::size_t each) { return each > 0; });
+    if (isThere && mask.empty()) {
+        return {};
+    }
+    std::string shown;
+    for (std::size_t at = 0; at < text.size(); at += std::max<std::size_t>(lengths[at], 1)) {
+        if (lengths[at] > 0) {
+            shown += mask;
+        } else {
+            shown += text[at];
         }
     }
+    return shown;
 }
 
 // Without the padding, which not everybody writes.
@@ -89,10 +103,14 @@ std::string base64Of(const std::string& text)
     return encoded;
 }
 
-// The mask must not be what it hides.
-const char* maskFor(const std::string& password)
+// The first sign that the password does not have, and none that its forms have; nothing where it has them all.
+std::string maskFor(const std::string& password)
 {
-    return password.find_first_not_of('*') == std::string::npos ? "[hidden]" : "****";
+    constexpr std::string_view kSigns = "*#.-_~^!?$&@,;:|<>()[]{}'`";
+    const auto* const sign = std::find_if(kSigns.begin(), kSigns.end(),
+                                          [&password](char each) { return password.find(each) == std::string::npos; });
+    constexpr std::size_t kLength = 4;
+    return sign == kSigns.end() ? std::string() : std::string(kLength, *sign);
 }
 
 } // namespace
@@ -117,7 +135,6 @@ PasswordMask::~PasswordMask()
 
 std::string PasswordMask::hiddenIn(std::string text) const
 {
-    hide(text, m_base64, m_mask);
-    hide(text, m_password, m_mask);
-    return text;
+    const WipedAtEnd wiped(text);
+    return hidden(hidden(text, m_base64, m_mask), m_password, m_mask);
 }

@@ -15,14 +15,15 @@ public:
     PasswordMask(const PasswordMask&) = delete;
     PasswordMask& operator=(const PasswordMask&) = delete;
 
-    /// `text` with "****" in place of the password: plain, percent-encoded, with backslashes before its bytes or \xNN
-    /// in place of them, any mix of these, and as the base64 of "user:password".
+    /// `text` with "****" (or "####" and the like, where the password has a "*") in place of the password: plain,
+    /// percent-encoded, with backslashes before its bytes or \xNN in place of them, any mix of these, and as the base64
+    /// of "user:password".
     std::string hiddenIn(std::string text) const;
 
 private:
     std::string m_password;
     std::string m_base64;
-    const char* m_mask;
+    std::string m_mask;
 };
 
 #endif

@@ -13,11 +13,12 @@ std::string inSeconds(std::chrono::seconds time) { return std::to_string(time.co
 std::chrono::seconds OperationWatch::begins()
 {
     restart(m_transfers + 1);
-    m_clock.begins(std::chrono::steady_clock::now());
+    const TransferClock::Time now = std::chrono::steady_clock::now();
+    m_clock.begins(now);
     if (m_progress != nullptr) {
         m_progress->start();
     }
-    return m_clock.limits().connect;
+    return m_clock.connectingFrom(now);
 }
 
 void OperationWatch::traced(curl_infotype type, std::string_view text)
@@ -68,13 +69,21 @@ CURLcode OperationWatch::ended(CURLcode result, const TransferAmounts& amounts)
     if (result == CURLE_ABORTED_BY_CALLBACK && !m_limitReached.empty()) {
         m_lastResult = CURLE_OPERATION_TIMEDOUT;
     } else if (result == CURLE_OPERATION_TIMEDOUT && lastReply().code != kTooManyConnections) {
-        m_limitReached = std::string(m_clock.isConnected() ? "the data connection was not made "
-                                                           : "connection and login were not done ") +
-                         "within " + inSeconds(m_clock.limits().connect) + " (--connect-time)";
+        m_limitReached = limitOfConnecting(std::chrono::steady_clock::now());
     } else {
         m_limitReached.clear();
     }
     return m_lastResult;
+}
+
+std::string OperationWatch::limitOfConnecting(TransferClock::Time now) const
+{
+    if (m_clock.isOver(now)) {
+        return limitAt(now);
+    }
+    const std::string what =
+        m_clock.isConnected() ? "the data connection was not made " : "connection and login were not done ";
+    return what + "within " + inSeconds(m_clock.limits().connect) + " (--connect-time)";
 }
 
 std::string OperationWatch::limitAt(TransferClock::Time now) const

@@ -52,6 +52,7 @@ public:
 
 private:
     void restart(unsigned transfers);
+    std::string limitOfConnecting(TransferClock::Time now) const;
     std::string limitAt(TransferClock::Time now) const;
 
     TransferClock m_clock;

@@ -1,6 +1,7 @@
 #ifndef SFTPCLIENT_CLI_TRANSFER_TRANSFERCLOCK_H
 #define SFTPCLIENT_CLI_TRANSFER_TRANSFERCLOCK_H
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 
@@ -41,6 +42,14 @@ public:
     bool isOver(Time now, std::chrono::milliseconds more = {}) const
     {
         return m_limits.whole.count() > 0 && now - m_begin + more >= m_limits.whole;
+    }
+
+    /// How long a connection that is begun now may take: nothing else ends a TLS handshake. Rounded up, and never 0.
+    std::chrono::seconds connectingFrom(Time now) const
+    {
+        const auto left = std::chrono::ceil<std::chrono::seconds>(m_begin + m_limits.whole - now);
+        const bool isLimited = m_limits.whole.count() > 0;
+        return isLimited ? std::min(m_limits.connect, std::max(left, std::chrono::seconds(1))) : m_limits.connect;
     }
 
     const TimeLimits& limits() const { return m_limits; }

@@ -38,6 +38,8 @@ TEST(Hint, FollowsFromTheReply)
                   "the server refuses to write this file; check its name and the directory's rights there");
     }
     EXPECT_EQ(hint(CURLE_UPLOAD_FAILED, 532), "the server refused the file; its last reply says why");
+    EXPECT_EQ(hint(CURLE_FTP_COULDNT_RETR_FILE, 550),
+              "the server refuses to send the file or the listing; its last reply says why");
     EXPECT_EQ(hint(CURLE_PARTIAL_FILE, 426), "the server broke the transfer off; try again, or look into its log");
     EXPECT_EQ(hint(CURLE_PARTIAL_FILE, 226), "the transfer ended early; the server's log, or --trace, says why");
     EXPECT_EQ(hint(CURLE_QUOTE_ERROR, 500).find("the server does not know the command; "), 0U);

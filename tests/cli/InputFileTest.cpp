@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -44,6 +45,13 @@ private:
     char m_folder[32] = "/tmp/sftpclient-pipe-XXXXXX";
 };
 
+// Else a pipe that nobody writes to would hold the test for ever.
+bool isOpenedWithoutWaiting()
+{
+    const TextFile file("");
+    return (fcntl(InputFile(file.path()).descriptor(), F_GETFL) & O_NONBLOCK) != 0;
+}
+
 std::string warningAbout(const std::string& path)
 {
     testing::internal::CaptureStderr();
@@ -69,12 +77,14 @@ TEST(InputFile, IsBounded)
 
 TEST(InputFile, DoesNotWaitForever)
 {
+    ASSERT_TRUE(isOpenedWithoutWaiting());
     const NamedPipe pipe;
     EXPECT_EQ(read(pipe.path()), "not: nothing came for 0 s");
 }
 
 TEST(InputFile, MayBeAPipe)
 {
+    ASSERT_TRUE(isOpenedWithoutWaiting());
     const NamedPipe pipe;
     const InputFile file(pipe.path());
     std::thread writer([&pipe] { TextFile::writeTo(pipe.path(), "contents"); });
@@ -86,6 +96,7 @@ TEST(InputFile, MayBeAPipe)
 
 TEST(InputFile, HasAWarningWhereOthersCanReadIt)
 {
+    ASSERT_TRUE(isOpenedWithoutWaiting());
     const TextFile file("secret");
     const std::string warning = "sftpclient: warning: others than its owner can read the secret " + file.path() +
                                 "; run: chmod 600 " + file.path() + "\n";

@@ -67,9 +67,32 @@ TEST(PasswordMask, HidesEveryForm)
 TEST(PasswordMask, HidesShortOnesAndThoseOfTheMask)
 {
     EXPECT_EQ("22**** x", PasswordMask("me", "0").hiddenIn("220 x"));
-    EXPECT_EQ("[hidden]", PasswordMask("me", "***").hiddenIn("***"));
-    EXPECT_EQ("****", PasswordMask("me", "a****b").hiddenIn("aa****bb")) << "hiding one puts together another";
+    EXPECT_EQ("####", PasswordMask("me", "***").hiddenIn("***"));
+    EXPECT_EQ("a####b", PasswordMask("me", "a****b").hiddenIn("aa****bb")) << "hiding one puts together no other";
+    EXPECT_EQ("*####x", PasswordMask("me", "*x").hiddenIn("**xx"));
     EXPECT_EQ("220 x", PasswordMask("me", "").hiddenIn("220 x"));
+}
+
+TEST(PasswordMask, HidesOneThatHasEverySign)
+{
+    std::string password;
+    for (char sign = ' '; sign <= '~'; ++sign) {
+        password += sign;
+    }
+    const PasswordMask mask("me", password);
+    EXPECT_EQ("", mask.hiddenIn("<" + password + ">"));
+    EXPECT_EQ("<>", mask.hiddenIn("<>"));
+}
+
+// The second took minutes when the text was gone through again and again.
+TEST(PasswordMask, TakesNoLongerWhateverTheTextIs)
+{
+    constexpr std::size_t kLength = 100000;
+    const std::string backslashes(kLength, '\\');
+    EXPECT_EQ(4 * kLength, PasswordMask("me", "a").hiddenIn(std::string(kLength, 'a')).size());
+    EXPECT_EQ("####" + std::string(kLength - 1, 'x'),
+              PasswordMask("me", "*x").hiddenIn("*" + std::string(kLength, 'x')));
+    EXPECT_EQ(backslashes, PasswordMask("me", std::string(40, '\\') + "q").hiddenIn(backslashes));
 }
 
 TEST(Trace, WritesALineForEach)

@@ -147,12 +147,24 @@ TEST_F(TimeLimit, EndsTheWholeOperation)
                  28,
                  "put: 28 all was sent, but the check of its size on the server failed: " + over.substr(3) +
                      " (the server's last reply: 200 type set)"},
+                {"TLS=stall", {"ls", "/"}, 28, "ls: " + over + " (the server's last reply: 234 TLS next)"},
+                {"DATA=stall", {"ls", "/"}, 28, "ls: " + over + " (the server's last reply: 150 data follows)"},
                 // A wait that would take longer is not begun.
                 {"GREETING=drop",
                  {"ls", "/", "--retry=9", "--retry-delay=3600"},
                  56,
                  "ls: 56 Failure when receiving data from the peer"}},
                {"--max-time=1"});
+}
+
+TEST(TransferClock, LeavesNoMoreForConnectingThanThereIs)
+{
+    const TransferClock::Time begin;
+    EXPECT_EQ(TransferClock({20s, 60s, 0s}, begin).connectingFrom(begin + 1h), 20s);
+    const TransferClock clock({20s, 60s, 30s}, begin);
+    EXPECT_EQ(clock.connectingFrom(begin), 20s);
+    EXPECT_EQ(clock.connectingFrom(begin + 25500ms), 5s);
+    EXPECT_EQ(clock.connectingFrom(begin + 1h), 1s) << "libcurl takes 0 for 300 s";
 }
 
 TEST(TransferClock, SeesAStall)

@@ -272,6 +272,19 @@ TEST_P(WriteInterrupted, CleansUpAndObeys)
     EXPECT_EQ("", process.err());
 }
 
+TEST_F(Write, GoesOnAtASignalThatWasIgnored)
+{
+    serve();
+    const FileWatch watch(served(""));
+    const auto before = std::signal(SIGHUP, SIG_IGN);
+    DoctorProcess process(arguments(url("/")), config.password, variables());
+    static_cast<void>(std::signal(SIGHUP, before));
+    watch.wait();
+    process.signal(SIGHUP);
+    EXPECT_EQ(0, process.wait());
+    EXPECT_TRUE(nothingIsLeft());
+}
+
 TEST_P(WriteInterrupted, NamesWhatItCannotRemove)
 {
     misbehave("RETR=stall");

@@ -1,9 +1,10 @@
 #include "support/PlantedPassword.h"
 
 #include <EscapeControlBytes.h>
+#include <JsonText.h>
 #include <PercentCode.h>
+#include <nlohmann/json.hpp>
 #include <openssl/evp.h>
-#include <output/Json.h>
 
 #include <cctype>
 #include <ostream>
@@ -46,7 +47,7 @@ std::string behindBackslashes(const std::string& text, bool all)
 
 std::string forJson(const std::string& text)
 {
-    const std::string quoted = dumped(text, kOnOneLine);
+    const std::string quoted = jsonText(text);
     return quoted.substr(1, quoted.size() - 2);
 }
 
