@@ -1,5 +1,5 @@
-// A host that supplies the four services itself, in the least of code: it downloads one file. It calls libcurl itself, too,
-// and so needs the flags of both:
+// A host that supplies the four services itself, in the least of code: it downloads one file. It calls libcurl itself,
+// too, and so needs the flags of both:
 //
 //     g++ -std=c++17 own_host.cpp $(pkg-config --cflags --libs sftpclient libcurl) -o own-host
 //     HOST_PASSWORD=... own-host ca.pem ftps://backup.example.com:990/weekly/sunday.bak sunday.bak

@@ -54,9 +54,11 @@ bool tell()
 } // namespace
 
 bool tellOfOtherServices() noexcept
-try {
-    static const bool told = tell();
-    return told;
-} catch (const std::exception&) {
-    return false;
+{
+    try {
+        static const bool told = tell();
+        return told;
+    } catch (const std::exception&) {
+        return false;
+    }
 }

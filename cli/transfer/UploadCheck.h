@@ -15,8 +15,8 @@ struct RemoteSize
 };
 
 /// Asks for the size of the file that `request` sent, over a connection that is as safe as the upload's: TLS for an
-/// ftps: URL, with libcurl's own trust store. Only a proper number in an FTP server's answer counts: what libcurl makes of
-/// others depends on its release. The limits are those of `ObservedTransfers`.
+/// ftps: URL, with libcurl's own trust store. Only a proper number in an FTP server's answer counts: what libcurl makes
+/// of others depends on its release. The limits are those of `ObservedTransfers`.
 RemoteSize askSize(const SFtpRequest& request);
 
 /// The bytes that a reply to SIZE tells ("213 1048576"), or nothing.

@@ -15,9 +15,9 @@ class SetGroup : public Served
 {
 protected:
     /// The command's file, with a group of its own that comes with it. Needs root.
-    SetGroup() : m_command(std::string(SFTPCLIENT_COMMAND) + "-" + std::to_string(getpid()))
+    SetGroup() : m_command(std::string(SFTPCLIENT_COMMAND_OF_A_GROUP) + "-" + std::to_string(getpid()))
     {
-        std::filesystem::copy_file(SFTPCLIENT_COMMAND, m_command);
+        std::filesystem::copy_file(SFTPCLIENT_COMMAND_OF_A_GROUP, m_command);
         EXPECT_EQ(chown(m_command.c_str(), getuid(), kOtherGroup), 0) << "this test needs root";
         std::filesystem::permissions(m_command, std::filesystem::perms::set_gid, std::filesystem::perm_options::add);
     }
