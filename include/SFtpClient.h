@@ -76,8 +76,8 @@ public:
     /// 2 means that the local file could not be opened or measured.
     /// REQUIRES: a regular file that stays as it is. Of one that becomes shorter meanwhile what is left is sent; of a
     /// directory nothing; of a pipe or a device, which tells no size, all that it gives, without end for /dev/zero.
-    /// Over FTP that is 18 (0 if it gave nothing, as /dev/null). Over SSH it is 0, and of a pipe or a device only the
-    /// first 65536 bytes are sent.
+    /// Over FTP that is 18 (0 if it gave nothing, as /dev/null). Over SSH it is 0, and of a pipe or a device mostly
+    /// only the first 65536 bytes are sent.
     virtual int UploadFileToSFtpServer(const SFtpRequest& request, std::string& errorText);
 
     /// Asks the server for the size of `remotePath`. True when a download may go on: libcurl tells a size, and it is

@@ -12,6 +12,8 @@ file(GLOB_RECURSE sources RELATIVE ${SOURCE_DIR}/src ${SOURCE_DIR}/src/*.cpp)
 foreach(source IN LISTS sources)
     file(WRITE ${project}/src/${source} "")
 endforeach()
+# Only the library is built.
+file(WRITE ${project}/session/CMakeLists.txt "")
 list(GET sources 0 user)
 
 function(build_with ending)

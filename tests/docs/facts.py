@@ -26,7 +26,7 @@ def help_of(command):
 
 def everything_else():
     """Where names may stand that are not C++."""
-    folders = ["cmake", "scripts", "tests/live/servers", "cli", "host", "src", "include", "platform"]
+    folders = ["cmake", "scripts", "tests/live/servers", "cli", "host", "src", "session", "include", "platform"]
     files = [ROOT / "CMakeLists.txt", ROOT / "tests/server/FtpServer.h"]
     files += [file for folder in folders for file in (ROOT / folder).rglob("*") if file.is_file()]
     return "\n".join(file.read_text() for file in files)
