@@ -57,7 +57,7 @@ std::vector<std::size_t> lengthsOf(std::string_view secret, std::string_view tex
         rests[0].assign(secret.size() + 1, kNone);
         rests[0].back() = 0;
         for (std::size_t begin = 0; begin < secret.size(); ++begin) {
-            for (std::size_t form = 1; form <= kLongestForm; ++form) {
+            for (std::size_t form = 1; form < rests.size(); ++form) {
                 const std::size_t rest = rests[form][begin + 1];
                 if (rest != kNone && is(secret[begin], text.substr(at), form)) {
                     const std::size_t known = rests[0][begin] == kNone ? 0 : rests[0][begin];
