@@ -169,6 +169,65 @@ TEST_P(Sessions, RunEveryOperationAgainAndAgain)
     }
 }
 
+class HostKeys : public RealServer
+{
+protected:
+    // A file of known hosts that has this key for the server.
+    std::string knowing(const std::string& key) const
+    {
+        std::string path = local("known_hosts");
+        writeFile(path, "[localhost]:" + std::to_string(request.port) + " ecdsa-sha2-nistp256 " + key + "\n");
+        return path;
+    }
+
+    std::string key() const
+    {
+        const std::string line = contentOf(local("daemon/host_key.pub"));
+        const std::string::size_type begin = line.find(' ') + 1;
+        return line.substr(begin, line.find_first_of(" \n", begin) - begin);
+    }
+
+    int test(const SessionOptions& options)
+    {
+        aimAt("");
+        return SFtpSession(options).TestSConnect(request, errorText);
+    }
+};
+
+TEST_P(HostKeys, AreComparedWithTheKnownOnes)
+{
+    SessionOptions options;
+    options.knownHostsFile = knowing(key());
+    EXPECT_EQ(0, test(options)) << errorText;
+
+    std::string another = key();
+    another[another.size() - 8] = another[another.size() - 8] == 'A' ? 'B' : 'A';
+    options.knownHostsFile = knowing(another);
+    options.acceptUnknownHostKey = true;
+    EXPECT_EQ(CURLE_PEER_FAILED_VERIFICATION, test(options));
+    EXPECT_NE(std::string::npos, errorText.find("another one than in knownHostsFile")) << errorText;
+
+    options.knownHostsFile = local("no-such-file");
+    EXPECT_EQ(0, test(options)) << errorText;
+    options.acceptUnknownHostKey = false;
+    EXPECT_EQ(CURLE_PEER_FAILED_VERIFICATION, test(options));
+    EXPECT_NE(std::string::npos, errorText.find("is unknown: SHA256:")) << errorText;
+
+    SessionOptions wrong;
+    wrong.hostKeySha256 = "SHA256:ungWv48Bz+pBQUDeXa4iI7ADYaOWF3qctBD/YfIAFa0";
+    EXPECT_EQ(CURLE_PEER_FAILED_VERIFICATION, test(wrong));
+}
+
+std::vector<Server> thoseWithSsh()
+{
+    std::vector<Server> those;
+    std::copy_if(servers().begin(), servers().end(), std::back_inserter(those),
+                 [](const Server& each) { return each.scheme == "sftp"; });
+    return those;
+}
+
+INSTANTIATE_TEST_SUITE_P(OverSsh, HostKeys, testing::ValuesIn(thoseWithSsh()), idOf);
+
 INSTANTIATE_TEST_SUITE_P(OfDebian, Sessions, testing::ValuesIn(servers()), idOf);
 
 } // namespace
