@@ -37,6 +37,7 @@ ThreadState::ThreadState() : m_errno(errno), m_pipePending(pipeIsPending())
     int flags = 0;
     while (const unsigned long code = ERR_get_error_all(&file, &line, &function, &data, &flags)) {
         const bool isText = (static_cast<unsigned>(flags) & ERR_TXT_STRING) != 0 && data != nullptr;
+        // Copies: the queue frees its own.
         m_errors.push_back({code, file, line, function, isText ? data : ""});
     }
     const sigset_t pipe = pipeAlone();
@@ -54,7 +55,7 @@ ThreadState::~ThreadState()
     ERR_clear_error();
     for (const OpenSslError& each : m_errors) {
         ERR_new();
-        ERR_set_debug(each.file, each.line, each.function);
+        ERR_set_debug(each.file.c_str(), each.line, each.function.c_str());
         ERR_set_error(ERR_GET_LIB(each.code), ERR_GET_REASON(each.code), each.data.empty() ? nullptr : "%s",
                       each.data.c_str());
     }

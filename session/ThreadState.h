@@ -21,9 +21,9 @@ private:
     struct OpenSslError
     {
         unsigned long code;
-        const char* file;
+        std::string file;
         int line;
-        const char* function;
+        std::string function;
         std::string data;
     };
 
