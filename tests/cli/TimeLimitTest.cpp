@@ -83,7 +83,7 @@ private:
 
 constexpr char kStalled[] = "28 Timeout was reached: nothing came or went for 1 s (--stall-time)";
 constexpr char kNotConnected[] =
-    "28 Timeout was reached: connection and login were not done within 1 s (--connect-time)";
+    "28 Timeout was reached: connection and login were not done within 4 s (--connect-time)";
 
 } // namespace
 
@@ -129,12 +129,12 @@ TEST_F(TimeLimit, EndsAConnectionThatIsNotMade)
           {"ls", "/"},
           28,
           "ls: 28 Timeout was reached (the server's last reply: 421 too many users)"}},
-        {"--connect-time=1"});
+        {"--connect-time=4"});
 }
 
 TEST_F(TimeLimit, EndsTheWholeOperation)
 {
-    const std::string over = "28 Timeout was reached: the operation was not done after 1 s (--max-time)";
+    const std::string over = "28 Timeout was reached: the operation was not done after 6 s (--max-time)";
     expectEnds({{"NLST=stall",
                  {"ls", "/", "--retry=9", "--retry-delay=0"},
                  28,
@@ -151,7 +151,7 @@ TEST_F(TimeLimit, EndsTheWholeOperation)
                  {"ls", "/", "--retry=9", "--retry-delay=3600"},
                  56,
                  "ls: 56 Failure when receiving data from the peer"}},
-               {"--max-time=1"});
+               {"--max-time=6"});
 }
 
 TEST(TransferClock, LeavesNoMoreForConnectingThanThereIs)
