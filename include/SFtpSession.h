@@ -118,8 +118,8 @@ struct SessionOptions
 /// same server, login, trust and options where there is one.
 ///
 /// Kept connections: closed by the session's destructor, and at the next call after `idleTimeout`. libcurl keeps the
-/// login of a connection in memory as long as the connection lives; the session's own copies are wiped when a call
-/// ends.
+/// login of a connection in memory as long as the connection lives; the session makes no
+/// copy of its own.
 ///
 /// Signals: SIGPIPE cannot come from a call. The thread's signal mask, errno and OpenSSL's queue of errors are as
 /// before when a call returns.

@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "Quoting.h"
+#include "Text.h"
 #include "Transfer.h"
 
 namespace session {
@@ -21,6 +22,10 @@ void requireName(const char* field, const std::string& name)
 {
     if (name.empty()) {
         throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, std::string(field) + " names nothing");
+    }
+    // It would reach the server as a command of its own.
+    if (holdsControlByte(name)) {
+        throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, std::string(field) + " holds a control byte");
     }
 }
 

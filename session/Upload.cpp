@@ -8,7 +8,6 @@
 
 #include <openssl/rand.h>
 
-#include <algorithm>
 #include <array>
 #include <optional>
 

@@ -116,6 +116,24 @@ TEST_F(SessionSafety, BadInputIsNamedAndNothingIsSent)
     EXPECT_TRUE(sessions().empty());
 }
 
+TEST_F(SessionSafety, ANewNameCannotBringACommandAlong)
+{
+    serve();
+    writeFile(served("a"), "content");
+    writeFile(served("victim"), "kept");
+    aimAt("/");
+    request.remoteFileName = "a";
+    request.localPath = "b\r\nDELE victim";
+    {
+        SFtpSession session;
+        EXPECT_EQ(CURLE_BAD_FUNCTION_ARGUMENT, session.ReNameSFtpFile(request, errorText));
+    }
+    EXPECT_NE(std::string::npos, errorText.find("localPath holds a control byte")) << errorText;
+    EXPECT_EQ("content", contentOf(served("a")));
+    EXPECT_EQ("kept", contentOf(served("victim")));
+    EXPECT_TRUE(sessions().empty());
+}
+
 TEST_F(SessionSafety, AProxyOfTheEnvironmentIsNotTaken)
 {
     serve();
