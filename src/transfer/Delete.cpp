@@ -1,11 +1,9 @@
 #include "log/LogStatement.h"
 #include "tls/TlsTrust.h"
+#include "transfer/CallResources.h"
 #include "transfer/CurlSFtpResponse.h"
-#include "transfer/LocalStream.h"
-#include "transfer/PostTransferCommand.h"
 #include "transfer/RemoteDirPath.h"
 #include "transfer/SftpWriteData.h"
-#include "transfer/UserPwd.h"
 
 bool CurlSFtpResponse::DelSFtpFile(const SFtpRequest& request, uint32_t /*timeout*/)
 {

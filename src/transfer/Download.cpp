@@ -1,9 +1,8 @@
 #include "log/LogStatement.h"
 #include "tls/TlsTrust.h"
+#include "transfer/CallResources.h"
 #include "transfer/CurlSFtpResponse.h"
-#include "transfer/LocalStream.h"
 #include "transfer/SftpWriteData.h"
-#include "transfer/UserPwd.h"
 
 bool CurlSFtpResponse::DownLoadSFtpFile(const SFtpRequest& request, uint32_t /*timeout*/)
 {

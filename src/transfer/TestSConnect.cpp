@@ -1,8 +1,7 @@
 #include "log/LogStatement.h"
 #include "tls/TlsTrust.h"
+#include "transfer/CallResources.h"
 #include "transfer/CurlSFtpClient.h"
-#include "transfer/EasyHandle.h"
-#include "transfer/UserPwd.h"
 
 int CurlSFtpClient::TestSConnect(const SFtpRequest& request, uint32_t /*timeout*/)
 {

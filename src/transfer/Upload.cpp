@@ -1,7 +1,6 @@
 #include "log/LogStatement.h"
+#include "transfer/CallResources.h"
 #include "transfer/CurlSFtpResponse.h"
-#include "transfer/LocalStream.h"
-#include "transfer/UserPwd.h"
 
 #include <sys/stat.h>
 

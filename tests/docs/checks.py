@@ -9,7 +9,7 @@ FOLDERS = "src|session|scripts|include|platform|host|cli|docs|tests|examples|cma
 
 OPERATIONS = {
     "`sftpSetCertTmp`": "src/tls/SftpSetCertTmp.cpp",
-    "size check": "src/facade/DownloadSizeCheck.cpp",
+    "size check": "src/transfer/SizeCheck.cpp",
     "download": "src/transfer/Download.cpp",
     "upload": "src/transfer/Upload.cpp",
     "listing": "src/transfer/Listing.cpp",

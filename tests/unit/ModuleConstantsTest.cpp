@@ -60,20 +60,13 @@ Strings withoutTests(Strings strings)
 
 TEST(ModuleConstants, EverySourceThatLogsHasTheModuleNameForItself)
 {
-    const Strings expected{{"CurlSFtpClient.cpp", "SFtpClient"},
-                           {"CurlSFtpResponse.cpp", "SFtpClient"},
-                           {"Delete.cpp", "SFtpClient"},
-                           {"Download.cpp", "SFtpClient"},
-                           {"DownloadSizeCheck.cpp", "SFtpClient"},
-                           {"ISFtpClient.cpp", "SFtpClient"},
-                           {"Listing.cpp", "SFtpClient"},
-                           {"Rename.cpp", "SFtpClient"},
-                           {"ReplyCapture.cpp", "SFtpClient"},
-                           {"SFtpClient.cpp", "SFtpClient"},
-                           {"SftpConvToX509.cpp", "SFtpClient"},
-                           {"SftpSetCertTmp.cpp", "SFtpClient"},
-                           {"SslCtxFunction.cpp", "SFtpClient"},
-                           {"TestSConnect.cpp", "SFtpClient"},
+    const Strings expected{{"CurlSFtpClient.cpp", "SFtpClient"}, {"CurlSFtpResponse.cpp", "SFtpClient"},
+                           {"Delete.cpp", "SFtpClient"},         {"Download.cpp", "SFtpClient"},
+                           {"SizeCheck.cpp", "SFtpClient"},      {"ISFtpClient.cpp", "SFtpClient"},
+                           {"Listing.cpp", "SFtpClient"},        {"Rename.cpp", "SFtpClient"},
+                           {"ReplyCapture.cpp", "SFtpClient"},   {"SFtpClient.cpp", "SFtpClient"},
+                           {"SftpConvToX509.cpp", "SFtpClient"}, {"SftpSetCertTmp.cpp", "SFtpClient"},
+                           {"SslCtxFunction.cpp", "SFtpClient"}, {"TestSConnect.cpp", "SFtpClient"},
                            {"Upload.cpp", "SFtpClient"}};
     EXPECT_EQ(expected, withoutTests(localStrings("kModuleName")));
 }

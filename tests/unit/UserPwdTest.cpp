@@ -1,4 +1,4 @@
-#include "transfer/UserPwd.h"
+#include "transfer/CallResources.h"
 
 #include "support/Memory.h"
 

@@ -1,4 +1,4 @@
-#include "transfer/WipeString.h"
+#include "transfer/CallResources.h"
 
 #include "SingleStep.h"
 

@@ -1,8 +1,7 @@
 #include "SFtpClient.h"
 
 #include "log/LogStatement.h"
-#include "transfer/EasyHandle.h"
-#include "transfer/UserPwd.h"
+#include "transfer/CallResources.h"
 
 namespace {
 
