@@ -1,7 +1,7 @@
-#include "ProxyEnvironment.h"
-#include "RunOperation.h"
-#include "UsageError.h"
+#include "base/ProxyEnvironment.h"
+#include "base/UsageError.h"
 #include "doctor/DoctorCommand.h"
+#include "operation/RunOperation.h"
 #include "output/StandardStreams.h"
 #include "usage/CommandLine.h"
 

@@ -1,5 +1,5 @@
 #include "Bare.h"
-#include "Operations.h"
+#include "operation/Operations.h"
 
 const std::map<std::string, Operation>& operations()
 {

@@ -1,4 +1,4 @@
-#include "Operations.h"
+#include "operation/Operations.h"
 
 #include <ISFtpClient.h>
 #include <SFtpClient.h>

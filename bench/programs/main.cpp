@@ -1,6 +1,6 @@
 // One operation, so many times on so many threads: the process as a whole is what is measured.
 
-#include "Operations.h"
+#include "operation/Operations.h"
 
 #include <curl/curl.h>
 

@@ -1,8 +1,9 @@
 #include "credentials/Login.h"
 
-#include "Checks.h"
-#include "RemoteUrl.h"
-#include "UsageError.h"
+#include "base/Checks.h"
+#include "base/RemoteUrl.h"
+#include "base/UsageError.h"
+#include "base/WipedAtEnd.h"
 #include "credentials/Netrc.h"
 #include "credentials/Password.h"
 #include "credentials/TerminalPrompt.h"

@@ -1,7 +1,7 @@
 #ifndef SFTPCLIENT_CLI_CREDENTIALS_LOGIN_H
 #define SFTPCLIENT_CLI_CREDENTIALS_LOGIN_H
 
-#include "Arguments.h"
+#include "base/Arguments.h"
 
 #include <SFtpRequest.h>
 

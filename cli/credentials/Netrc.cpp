@@ -1,7 +1,8 @@
 #include "credentials/Netrc.h"
 
-#include "InputFile.h"
-#include "UsageError.h"
+#include "base/InputFile.h"
+#include "base/UsageError.h"
+#include "base/WipedAtEnd.h"
 #include "credentials/Password.h"
 
 #include <strings.h>

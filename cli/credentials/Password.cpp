@@ -1,14 +1,14 @@
 #include "credentials/Password.h"
 
-#include "InputFile.h"
-#include "UsageError.h"
+#include "base/InputFile.h"
+#include "base/ThrowErrno.h"
+#include "base/UsageError.h"
 
 #include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-#include <system_error>
 
 namespace {
 
@@ -20,8 +20,6 @@ enum class Readiness
 };
 
 constexpr int kForGood = -1;
-
-[[noreturn]] void throwErrno(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
 
 [[noreturn]] void throwTooLong(const std::string& source)
 {
@@ -82,8 +80,6 @@ bool readLine(int descriptor, int interruption, int milliseconds, const std::str
 }
 
 } // namespace
-
-WipedAtEnd::~WipedAtEnd() { explicit_bzero(m_text.data(), m_text.size()); }
 
 bool readSecretLine(int descriptor, int interruption, std::string& line)
 {

@@ -1,7 +1,7 @@
 #ifndef SFTPCLIENT_CLI_CREDENTIALS_PASSWORD_H
 #define SFTPCLIENT_CLI_CREDENTIALS_PASSWORD_H
 
-#include "InputFile.h"
+#include "base/InputFile.h"
 
 #include <chrono>
 #include <string>
@@ -19,19 +19,6 @@ void readPasswordFile(const std::string& file, std::string& password,
 
 /// The first line of standard input.
 void readPasswordFromInput(std::string& password);
-
-/// Overwrites `text` with zero bytes when it goes out of scope.
-class WipedAtEnd
-{
-public:
-    explicit WipedAtEnd(std::string& text) : m_text(text) {}
-    ~WipedAtEnd();
-    WipedAtEnd(const WipedAtEnd&) = delete;
-    WipedAtEnd& operator=(const WipedAtEnd&) = delete;
-
-private:
-    std::string& m_text;
-};
 
 /// Reads one line from `descriptor` into `line`, without its end (LF or CR LF). One byte at a time, so that no buffer
 /// keeps a copy. False at an end of file before any byte, and when `interruption`, a descriptor or -1 for none, can be

@@ -1,7 +1,8 @@
 #include "credentials/TerminalPrompt.h"
 
-#include "Descriptor.h"
-#include "UsageError.h"
+#include "base/Descriptor.h"
+#include "base/ThrowErrno.h"
+#include "base/UsageError.h"
 #include "credentials/Password.h"
 
 #include <fcntl.h>
@@ -10,12 +11,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <system_error>
-
 namespace {
-
-[[noreturn]] void throwErrno(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
 
 sigset_t endingSignals()
 {

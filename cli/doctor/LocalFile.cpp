@@ -1,12 +1,12 @@
 #include "doctor/LocalFile.h"
 
+#include "base/ThrowErrno.h"
+
 #include <sys/mman.h>
 
-#include <cerrno>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
-#include <system_error>
 
 namespace doctor {
 
@@ -14,7 +14,7 @@ LocalFile::LocalFile()
     : m_file(memfd_create("sftpclient-doctor", MFD_CLOEXEC)), m_path("/proc/self/fd/" + std::to_string(m_file.get()))
 {
     if (!m_file.isOpen()) {
-        throw std::system_error(errno, std::generic_category(), "no file can be made in memory");
+        throwErrno("no file can be made in memory");
     }
 }
 

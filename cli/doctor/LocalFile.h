@@ -1,7 +1,7 @@
 #ifndef SFTPCLIENT_CLI_DOCTOR_LOCALFILE_H
 #define SFTPCLIENT_CLI_DOCTOR_LOCALFILE_H
 
-#include "Descriptor.h"
+#include "base/Descriptor.h"
 
 #include <string>
 

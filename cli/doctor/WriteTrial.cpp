@@ -1,5 +1,6 @@
 #include "doctor/WriteTrial.h"
 
+#include "base/ThrowErrno.h"
 #include "doctor/CleanUp.h"
 #include "doctor/RoundTrip.h"
 
@@ -17,7 +18,6 @@
 #include <array>
 #include <cerrno>
 #include <exception>
-#include <system_error>
 
 namespace doctor {
 
@@ -32,7 +32,7 @@ constexpr rlim_t kLongestFile = rlim_t{64} << 20;
 void require(bool done, const char* what)
 {
     if (!done) {
-        throw std::system_error(errno, std::generic_category(), what);
+        throwErrno(what);
     }
 }
 

@@ -1,7 +1,7 @@
 #ifndef SFTPCLIENT_CLI_OUTPUT_HINT_H
 #define SFTPCLIENT_CLI_OUTPUT_HINT_H
 
-#include "transfer/ServerReplies.h"
+#include "base/ServerReplies.h"
 
 #include <curl/curl.h>
 

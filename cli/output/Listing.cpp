@@ -1,16 +1,15 @@
 #include "output/Listing.h"
 
-#include "Descriptor.h"
+#include "base/Descriptor.h"
+#include "base/ThrowErrno.h"
 
 #include <EscapeControlBytes.h>
 
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <ostream>
 #include <stdexcept>
-#include <system_error>
 
 namespace {
 
@@ -26,8 +25,7 @@ TemporaryFile::TemporaryFile() : m_path(temporaryFolder() + "/sftpclient-XXXXXX"
 {
     const Descriptor made(mkstemp(m_path.data()));
     if (!made.isOpen()) {
-        throw std::system_error(errno, std::generic_category(),
-                                "a temporary file cannot be made in " + temporaryFolder() + " (TMPDIR)");
+        throwErrno("a temporary file cannot be made in " + temporaryFolder() + " (TMPDIR)");
     }
 }
 

@@ -1,6 +1,6 @@
 #include "output/PasswordMask.h"
 
-#include "credentials/Password.h"
+#include "base/WipedAtEnd.h"
 
 #include <openssl/evp.h>
 

@@ -1,15 +1,13 @@
 #include "output/StandardStreams.h"
 
+#include "base/ThrowErrno.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <system_error>
 
 namespace {
-
-[[noreturn]] void throwErrno(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
 
 int duplicate(int descriptor)
 {

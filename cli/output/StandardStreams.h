@@ -1,7 +1,7 @@
 #ifndef SFTPCLIENT_CLI_OUTPUT_STANDARDSTREAMS_H
 #define SFTPCLIENT_CLI_OUTPUT_STANDARDSTREAMS_H
 
-#include "Descriptor.h"
+#include "base/Descriptor.h"
 
 /// Opens what is closed of the three standard descriptors, on /dev/null: no other file then gets one of their numbers.
 /// For reading alone: what is written to a stream that was closed is to fail, not to be lost.

@@ -1,6 +1,6 @@
 #include "output/Trace.h"
 
-#include "credentials/Password.h"
+#include "base/WipedAtEnd.h"
 
 #include <EscapeControlBytes.h>
 

@@ -1,7 +1,7 @@
 #include "usage/CommandLine.h"
 
-#include "RemoteUrl.h"
-#include "UsageError.h"
+#include "base/RemoteUrl.h"
+#include "base/UsageError.h"
 #include "usage/Commands.h"
 #include "usage/HelpTexts.h"
 #include "usage/Options.h"

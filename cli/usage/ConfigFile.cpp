@@ -1,7 +1,7 @@
 #include "usage/ConfigFile.h"
 
-#include "InputFile.h"
-#include "UsageError.h"
+#include "base/InputFile.h"
+#include "base/UsageError.h"
 #include "usage/Options.h"
 #include "usage/Suggest.h"
 

@@ -1,7 +1,7 @@
 #ifndef SFTPCLIENT_CLI_USAGE_OPTIONS_H
 #define SFTPCLIENT_CLI_USAGE_OPTIONS_H
 
-#include "Arguments.h"
+#include "base/Arguments.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "usage/Settings.h"
 
-#include "UsageError.h"
+#include "base/UsageError.h"
 #include "usage/ConfigFile.h"
 #include "usage/Options.h"
 

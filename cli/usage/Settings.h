@@ -1,7 +1,7 @@
 #ifndef SFTPCLIENT_CLI_USAGE_SETTINGS_H
 #define SFTPCLIENT_CLI_USAGE_SETTINGS_H
 
-#include "Arguments.h"
+#include "base/Arguments.h"
 
 #include <map>
 #include <string>

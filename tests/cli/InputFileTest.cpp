@@ -1,6 +1,6 @@
 #include "harness/TextFile.h"
 
-#include <InputFile.h>
+#include <base/InputFile.h>
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "harness/TerminalCommand.h"
 #include "harness/TextFile.h"
 
-#include <transfer/Interruption.h>
+#include <operation/Interruption.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,7 +1,7 @@
 #include "harness/SetVariable.h"
 #include "harness/TextFile.h"
 
-#include <UsageError.h>
+#include <base/UsageError.h>
 #include <credentials/Login.h>
 #include <credentials/Password.h>
 

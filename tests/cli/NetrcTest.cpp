@@ -1,6 +1,6 @@
 #include "harness/TextFile.h"
 
-#include <UsageError.h>
+#include <base/UsageError.h>
 #include <credentials/Netrc.h>
 #include <credentials/Password.h>
 

@@ -1,4 +1,4 @@
-#include <transfer/OperationWatch.h>
+#include <operation/OperationWatch.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,7 @@
 #include "harness/TextFile.h"
 
-#include <UsageError.h>
+#include <base/UsageError.h>
+#include <base/WipedAtEnd.h>
 #include <credentials/Password.h>
 
 #include <gtest/gtest.h>

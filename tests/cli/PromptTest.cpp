@@ -1,5 +1,5 @@
-#include <Descriptor.h>
-#include <UsageError.h>
+#include <base/Descriptor.h>
+#include <base/UsageError.h>
 #include <credentials/Password.h>
 #include <credentials/TerminalPrompt.h>
 

@@ -1,6 +1,6 @@
 #include "harness/Served.h"
 
-#include <ProxyEnvironment.h>
+#include <base/ProxyEnvironment.h>
 
 #include <curl/curl.h>
 #include <netinet/in.h>

@@ -1,5 +1,5 @@
-#include <RemoteUrl.h>
-#include <UsageError.h>
+#include <base/RemoteUrl.h>
+#include <base/UsageError.h>
 
 #include <gtest/gtest.h>
 

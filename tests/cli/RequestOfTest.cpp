@@ -1,7 +1,7 @@
 #include "harness/TextFile.h"
 
-#include <RequestOf.h>
-#include <UsageError.h>
+#include <base/RequestOf.h>
+#include <base/UsageError.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "harness/Served.h"
 
-#include <transfer/Retry.h>
+#include <operation/Retry.h>
 
 #include <set>
 

@@ -2,7 +2,7 @@
 #include "harness/TerminalCommand.h"
 #include "harness/TextFile.h"
 
-#include <PercentCode.h>
+#include <base/PercentCode.h>
 
 #include <openssl/evp.h>
 

@@ -2,6 +2,7 @@
 #include "harness/TextFile.h"
 #include "support/Memory.h"
 
+#include <base/WipedAtEnd.h>
 #include <credentials/Netrc.h>
 #include <credentials/Password.h>
 #include <output/PasswordMask.h>

@@ -1,4 +1,4 @@
-#include <transfer/ServerReplies.h>
+#include <base/ServerReplies.h>
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "harness/Served.h"
 #include "harness/TextFile.h"
 
-#include <transfer/TransferClock.h>
+#include <operation/TransferClock.h>
 
 #include <filesystem>
 #include <memory>

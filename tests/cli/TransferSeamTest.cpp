@@ -1,6 +1,6 @@
 #include "harness/Served.h"
 
-#include <transfer/TransferSeam.h>
+#include <operation/TransferSeam.h>
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "harness/TextFile.h"
 
-#include <transfer/UploadCheck.h>
+#include <operation/UploadCheck.h>
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <EscapeControlBytes.h>
 #include <JsonText.h>
-#include <PercentCode.h>
+#include <base/PercentCode.h>
 #include <nlohmann/json.hpp>
 #include <openssl/evp.h>
 

@@ -1,7 +1,7 @@
 #ifndef SFTPCLIENT_TESTS_CLI_CLOSEDPORT_H
 #define SFTPCLIENT_TESTS_CLI_CLOSEDPORT_H
 
-#include <Descriptor.h>
+#include <base/Descriptor.h>
 
 #include <string>
 

@@ -4,7 +4,7 @@
 #include "harness/Process.h"
 #include "harness/RunCommand.h"
 
-#include <Descriptor.h>
+#include <base/Descriptor.h>
 
 #include <memory>
 #include <string>

@@ -3,8 +3,8 @@
 
 #include "support/Process.h"
 
+#include <operation/UploadCheck.h>
 #include <output/Listing.h>
-#include <transfer/UploadCheck.h>
 
 #include <algorithm>
 #include <iterator>

@@ -1,7 +1,7 @@
 #ifndef DOCTOR_HARNESS_PROXYTRAP_H
 #define DOCTOR_HARNESS_PROXYTRAP_H
 
-#include <Descriptor.h>
+#include <base/Descriptor.h>
 
 #include <string>
 

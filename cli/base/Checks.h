@@ -1,0 +1,14 @@
+#ifndef SFTPCLIENT_CLI_BASE_CHECKS_H
+#define SFTPCLIENT_CLI_BASE_CHECKS_H
+
+#include <string>
+
+/// What goes to the server must not break its command lines. Each throws `UsageError`, naming `what`, but never the
+/// text itself: it may be a password.
+
+void refuseControlBytes(const std::string& what, const std::string& text);
+
+/// A name that becomes a word of a command: not empty, no blank, no control byte.
+void refuseAllButOneWord(const std::string& what, const std::string& text);
+
+#endif

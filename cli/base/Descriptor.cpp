@@ -1,0 +1,10 @@
+#include "base/Descriptor.h"
+
+#include <unistd.h>
+
+Descriptor::~Descriptor()
+{
+    if (isOpen()) {
+        close(m_descriptor);
+    }
+}

@@ -1,0 +1,37 @@
+#ifndef SFTPCLIENT_CLI_OPERATION_INTERRUPTION_H
+#define SFTPCLIENT_CLI_OPERATION_INTERRUPTION_H
+
+#include <csignal>
+
+#include <array>
+#include <chrono>
+
+/// Keeps SIGINT, SIGTERM, SIGHUP and SIGPIPE from ending the process as long as this object lives, so that work can be
+/// put in order first. The second of the same kind ends it all the same, in case something hangs, but for SIGPIPE, of
+/// which each line that nobody reads brings another. A signal that was ignored stays ignored. REQUIRES: one object at a
+/// time, and one thread.
+class Interruption
+{
+public:
+    Interruption();
+    ~Interruption();
+    Interruption(const Interruption&) = delete;
+    Interruption& operator=(const Interruption&) = delete;
+
+    /// The number of the last signal that came, or 0.
+    static int signal();
+
+    /// Waits so long, or until a signal comes.
+    static void wait(std::chrono::milliseconds time);
+
+private:
+    std::array<struct sigaction, 4> m_before = {};
+};
+
+/// "SIGINT", for one of those.
+const char* nameOfSignal(int signal);
+
+/// Ends the process by `signal`, so that its parent sees what happened: a shell stops its script.
+[[noreturn]] void endBySignal(int signal);
+
+#endif

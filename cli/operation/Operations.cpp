@@ -1,0 +1,40 @@
+#include "operation/Operations.h"
+
+#include "output/StandardStreams.h"
+
+#include <ISFtpClient.h>
+#include <SFtpClient.h>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr uint32_t kTimeout = 90;
+constexpr int kFailedStatus = 255;
+
+} // namespace
+
+int perform(Operation operation, const SFtpRequest& request, std::string& errorText)
+{
+    const Silenced output(STDOUT_FILENO);
+    SFtpClient client;
+    switch (operation) {
+    case Operation::Test:
+        return ISFtpClient::CreateClient()->TestSConnect(request, kTimeout);
+    case Operation::List:
+        return client.Listsftpdir(request, errorText);
+    case Operation::Get:
+        return client.DownLoadSFtpFile(request, errorText);
+    case Operation::Put:
+        return client.UploadFileToSFtpServer(request, errorText);
+    case Operation::Move:
+        return client.ReNameSFtpFile(request, errorText);
+    case Operation::Remove:
+        return client.DelSFtpFile(request, errorText);
+    case Operation::Doctor:
+        break;
+    }
+    return kNotRun;
+}
+
+int exitStatusOf(int code) { return code == kNotRun ? kFailedStatus : code; }
