@@ -11,7 +11,7 @@ function(sftpclient_make_document file)
         COMMAND sed --null-data --regexp-extended
             --expression "s#\\]\\((\\.\\./)?include#](\\1${headers}/sftpclient#g"
             --expression "s#\\]\\((\\.\\./)?platform#](\\1${headers}/sftpclient/platform#g"
-            --expression "s#\\]\\(([A-Za-z]+\\.h)\\)#](../${headers}/sftpclient/host/\\1)#g"
+            --expression "s#\\]\\([a-z]+/([A-Za-z]+\\.h)\\)#](../${headers}/sftpclient/host/\\1)#g"
             --expression "s#\\[([^][]*)\\]\\((\\.\\./)?session(/[^)]*)?\\)#\\1#g"
             --expression "s#\\[([^][]*)\\]\\((\\.\\./)?(bench|cli|cmake|scripts|src|tests|CONTRIBUTING)[^)]*\\)#\\1#g"
         INPUT_FILE ${PROJECT_SOURCE_DIR}/${file} OUTPUT_FILE ${made} COMMAND_ERROR_IS_FATAL ANY)

@@ -55,8 +55,17 @@ function(sftpclient_install_host)
     install(EXPORT SFtpClientHostTargets NAMESPACE SFtpClient:: DESTINATION ${SFTPCLIENT_INSTALL_CMAKEDIR}
         COMPONENT development)
     # What a host uses, and what that includes.
-    foreach(header CurlProcess.h EscapeControlBytes.h HostConfiguration.h HostLog.h HostLogSettings.h HostTlsSettings.h
-            RequestIdScope.h DescriptorSink.h IniFile.h LogRecord.h)
+    foreach(header IN ITEMS
+            config/HostConfiguration.h
+            config/HostTlsSettings.h
+            config/IniFile.h
+            log/DescriptorSink.h
+            log/HostLog.h
+            log/HostLogSettings.h
+            log/LogRecord.h
+            services/CurlProcess.h
+            services/RequestIdScope.h
+            text/EscapeControlBytes.h)
         install(FILES ${PROJECT_SOURCE_DIR}/host/${header} DESTINATION ${SFTPCLIENT_INSTALL_INCLUDEDIR}/host
             COMPONENT development)
     endforeach()

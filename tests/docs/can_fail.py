@@ -97,7 +97,7 @@ def cases_of_names():
         ("no heading for #gone", checks.check_links, added("[x](schemes.md#gone)\n")),
         ("the guides lack docs/schemes.md", checks.check_guides,
          Planted("README.md", "(docs/schemes.md) |", "(docs) |")),
-        ("differ in IniFile.h", checks.check_reference, doxyfile.replace("host/IniFile.h \\\n", "\\\n"), installed),
+        ("differ in IniFile.h", checks.check_reference, doxyfile.replace("host/config/IniFile.h \\\n", "\\\n"), installed),
     ]
 
 
