@@ -106,7 +106,7 @@ TEST(Shards, ShowWhatAProcessSaidThatFailedOrCrashed)
 
 TEST(Shards, ShowWhatAProcessSaidThatHangs)
 {
-    ProcessSetup setup = shards("exec sleep 600");
+    ProcessSetup setup = shards("sleep 600");
     setup.environment = {{"SHARDS_SECONDS", "0.01"}};
     const ProgramResult hung = runProgram(setup);
     EXPECT_TRUE(exited(1, hung));
@@ -119,7 +119,7 @@ TEST(Shards, ShowWhatWasSaidWhenTheyAreEnded)
     const TextFile out;
     ASSERT_EQ(0, mkfifo(folder.file("0").c_str(), 0600));
     ASSERT_EQ(0, mkfifo(folder.file("1").c_str(), 0600));
-    ProcessSetup setup = shards("echo ready > " + folder.file("$GTEST_SHARD_INDEX") + "; exec sleep 600");
+    ProcessSetup setup = shards("echo ready > " + folder.file("$GTEST_SHARD_INDEX") + "; sleep 600");
     setup.out = out.path();
     Process process(setup);
     EXPECT_EQ("ready\nready\n", contentOf(folder.file("0")) + contentOf(folder.file("1")));
