@@ -1,16 +1,12 @@
-#include "harness/Process.h"
 #include "harness/TerminalCommand.h"
-#include "harness/TextFile.h"
+#include "support/TemporaryFolder.h"
 
 #include <usage/Commands.h>
 #include <usage/Options.h>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <set>
-#include <sstream>
 
 namespace {
 
@@ -19,8 +15,6 @@ using Names = std::set<std::string>;
 // What bash offers for the last of these words, as bash itself splits them, in `folder`.
 Names offered(const std::vector<std::string>& words, const std::string& folder = "/")
 {
-    const TemporaryFile out;
-    const TemporaryFile err;
     ProcessSetup setup;
     setup.words = {"/bin/bash", "-c",
                    "source \"$0\" || exit 1; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _sftpclient; "
@@ -28,16 +22,11 @@ Names offered(const std::vector<std::string>& words, const std::string& folder =
                    SFTPCLIENT_COMPLETION, "sftpclient"};
     setup.words.insert(setup.words.end(), words.begin(), words.end());
     setup.folder = folder;
-    setup.out = out.path();
-    setup.err = err.path();
-    EXPECT_EQ(Process(setup).wait(), 0);
-    EXPECT_EQ(contentsOf(err.path()), "");
-    std::istringstream lines(contentsOf(out.path()));
-    Names names;
-    for (std::string line; std::getline(lines, line);) {
-        names.insert(line);
-    }
-    return names;
+    const ProgramResult result = runProgram(setup);
+    EXPECT_TRUE(exited(0, result));
+    EXPECT_EQ("", result.err);
+    const Lines lines = linesOf(result.out);
+    return {lines.begin(), lines.end()};
 }
 
 Names optionsOf(const Command& command)
@@ -54,17 +43,12 @@ Names optionsOf(const Command& command)
 class Completion : public testing::Test
 {
 protected:
-    Completion()
-    {
-        std::filesystem::create_directories(m_folder);
-        std::ofstream(m_folder + "/sunday.bak") << "";
-    }
-    ~Completion() override { std::filesystem::remove_all(m_folder); }
+    Completion() { m_folder.write("sunday.bak", ""); }
 
-    Names inFolder(const std::vector<std::string>& words) const { return offered(words, m_folder); }
+    Names inFolder(const std::vector<std::string>& words) const { return offered(words, m_folder.path()); }
 
 private:
-    std::string m_folder = testing::TempDir() + "sftpclient-completion-" + std::to_string(getpid());
+    TemporaryFolder m_folder;
 };
 
 const Names kFile{"sunday.bak"};
@@ -77,31 +61,31 @@ TEST_F(Completion, OffersEveryOperation)
     for (const Command& command : commands()) {
         names.insert(command.name);
     }
-    EXPECT_EQ(offered({""}), names);
-    EXPECT_EQ(offered({"p"}), Names{"put"});
+    EXPECT_EQ(names, offered({""}));
+    EXPECT_EQ(Names{"put"}, offered({"p"}));
 }
 
 TEST_F(Completion, OffersEveryOption)
 {
     for (const Command& command : commands()) {
-        EXPECT_EQ(offered({command.name, "--"}), optionsOf(command)) << command.name;
+        EXPECT_EQ(optionsOf(command), offered({command.name, "--"})) << command.name;
     }
-    EXPECT_EQ(offered({"get", "ftps", ":", "//host/x", "--tr"}), Names{"--trace"});
+    EXPECT_EQ(Names{"--trace"}, offered({"get", "ftps", ":", "//host/x", "--tr"}));
 }
 
 TEST_F(Completion, OffersFilesWhereOneIsMeant)
 {
-    EXPECT_EQ(inFolder({"put", "su"}), kFile);
-    EXPECT_EQ(inFolder({"get", "ftps", ":", "//host/x", "s"}), kFile);
-    EXPECT_EQ(inFolder({"mv", "ftps", ":", "//host/", "s"}), Names());
+    EXPECT_EQ(kFile, inFolder({"put", "su"}));
+    EXPECT_EQ(kFile, inFolder({"get", "ftps", ":", "//host/x", "s"}));
+    EXPECT_EQ(Names(), inFolder({"mv", "ftps", ":", "//host/", "s"}));
     for (const std::string option : {"--config", "--netrc-file", "--password-file", "--ca"}) {
-        EXPECT_EQ(inFolder({"test", option, "s"}), kFile) << option;
-        EXPECT_EQ(inFolder({"test", option, "=", "s"}), kFile) << option;
+        EXPECT_EQ(kFile, inFolder({"test", option, "s"})) << option;
+        EXPECT_EQ(kFile, inFolder({"test", option, "=", "s"})) << option;
     }
-    EXPECT_EQ(inFolder({"test", "--config", "="}), kFile);
-    EXPECT_EQ(inFolder({"test", "--ca", "n"}), Names{"none"});
-    EXPECT_EQ(inFolder({"test", "--port", ""}), Names());
-    EXPECT_EQ(inFolder({"test", "--user", "roo"}).count("root"), 1U);
+    EXPECT_EQ(kFile, inFolder({"test", "--config", "="}));
+    EXPECT_EQ(Names{"none"}, inFolder({"test", "--ca", "n"}));
+    EXPECT_EQ(Names(), inFolder({"test", "--port", ""}));
+    EXPECT_EQ(1U, inFolder({"test", "--user", "roo"}).count("root"));
 }
 
 TEST_F(Completion, KnowsEveryOptionThatTakesAValue)
@@ -109,7 +93,7 @@ TEST_F(Completion, KnowsEveryOptionThatTakesAValue)
     for (const Option& option : options()) {
         const bool takesValue = *option.value != '\0';
         const std::string operation = option.use == Use::Doctor ? "doctor" : "put";
-        EXPECT_EQ(inFolder({operation, option.name, "--"}).count("--json"), takesValue ? 0U : 1U) << option.name;
+        EXPECT_EQ(takesValue ? 0U : 1U, inFolder({operation, option.name, "--"}).count("--json")) << option.name;
     }
 }
 

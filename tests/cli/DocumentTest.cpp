@@ -1,7 +1,5 @@
-#include "harness/LogCapture.h"
-#include "harness/Process.h"
 #include "harness/Served.h"
-#include "harness/TextFile.h"
+#include "support/LogCapture.h"
 
 #include <usage/Options.h>
 
@@ -10,7 +8,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
-#include <sstream>
 
 namespace {
 
@@ -24,9 +21,8 @@ struct Shown
 std::vector<Shown> sessionsIn(const std::string& document)
 {
     std::vector<Shown> sessions;
-    std::istringstream lines(document);
     bool inside = false;
-    for (std::string line; std::getline(lines, line);) {
+    for (const std::string& line : linesOf(document)) {
         if (line.rfind("```", 0) == 0) {
             inside = line == "```console";
         } else if (inside && line.rfind("$ ", 0) == 0) {
@@ -73,7 +69,7 @@ std::vector<std::string> documentsWithSessions()
         documents.push_back(entry.path());
     }
     for (const std::filesystem::path& document : documents) {
-        if (document.extension() == ".md" && !sessionsIn(contentsOf(document)).empty()) {
+        if (document.extension() == ".md" && !sessionsIn(contentOf(document)).empty()) {
             found.push_back(document.string());
         }
     }
@@ -81,7 +77,7 @@ std::vector<std::string> documentsWithSessions()
     return found;
 }
 
-std::string nameOf(const testing::TestParamInfo<std::string>& document)
+std::string stemOf(const testing::TestParamInfo<std::string>& document)
 {
     return std::filesystem::path(document.param).stem().string();
 }
@@ -96,7 +92,7 @@ protected:
         writeFile(local("sunday.bak"), std::string(20000, 'x'));
         writeFile(local("password"), config.password + "\n");
         chmod(local("password").c_str(), 0600);
-        writeFile(local("ca.pem"), contentsOf(folder() + "/ca.pem"));
+        writeFile(local("ca.pem"), contentOf(ca()));
         writeFile(local("site.ini"), "[sftpclient]\nuser=backup\npassword-file=password\nca=ca.pem\nquiet=true\n");
         addServer("backup.example.com", {});
         addServer("busy.example.com", {"1/GREETING=reply:421 too many users", "2/GREETING=drop"});
@@ -106,24 +102,20 @@ protected:
 
     std::string outputOf(const std::string& command) const
     {
-        std::string script = "sftpclient() { LD_PRELOAD=$TRUST_LIBRARY $COMMAND \"$@\"; }\n" + command;
-        for (const auto& server : m_servers) {
-            script = replaceEach(script, server.first, "localhost:" + std::to_string(server.second->port()));
+        std::string script = "exec 2>&1; sftpclient() { LD_PRELOAD=$TRUST_LIBRARY $COMMAND \"$@\"; }\n" + command;
+        for (const auto& each : m_servers) {
+            script = replaceEach(script, each.first, "localhost:" + std::to_string(each.second->port()));
         }
-        const TemporaryFile out;
         ProcessSetup setup;
         setup.words = {"/bin/bash", "-c", script};
         setup.environment = {{"COMMAND", SFTPCLIENT_COMMAND},
                              {"TRUST_LIBRARY", SFTPCLIENT_TRUST_LIBRARY},
-                             {"SFTPCLIENT_DEFAULT_TRUST", folder() + "/ca.pem"},
+                             {"SFTPCLIENT_DEFAULT_TRUST", ca()},
                              {"SFTPCLIENT_PASSWORD", config.password}};
         setup.folder = local("");
-        setup.out = out.path();
-        setup.err = out.path();
-        Process(setup).wait();
-        std::string output = contentsOf(out.path());
-        for (const auto& server : m_servers) {
-            output = replaceEach(output, "localhost:" + std::to_string(server.second->port()), server.first);
+        std::string output = runProgram(setup).out;
+        for (const auto& each : m_servers) {
+            output = replaceEach(output, "localhost:" + std::to_string(each.second->port()), each.first);
         }
         return output;
     }
@@ -133,12 +125,9 @@ private:
     {
         config.root = served(name);
         std::filesystem::create_directory(config.root);
-        writeFile(config.root / "notes.txt", "Kept for a month.\n");
-        config.faults.clear();
-        for (const std::string& fault : faults) {
-            config.faults.push_back(testserver::parseFault(fault));
-        }
-        m_servers[name] = std::make_unique<testserver::FtpServer>(config);
+        writeFile(served(name + "/notes.txt"), "Kept for a month.\n");
+        serve(faults);
+        m_servers[name] = std::move(server);
     }
 
     std::map<std::string, std::unique_ptr<testserver::FtpServer>> m_servers;
@@ -148,25 +137,25 @@ private:
 
 TEST_P(Document, ShowsWhatHappens)
 {
-    const std::vector<Shown> sessions = sessionsIn(contentsOf(GetParam()));
+    const std::vector<Shown> sessions = sessionsIn(contentOf(GetParam()));
     ASSERT_FALSE(sessions.empty());
     for (const Shown& shown : sessions) {
-        EXPECT_EQ(comparable(outputOf(shown.command)), comparable(shown.output)) << shown.command;
+        EXPECT_TRUE(sameText(comparable(shown.output), comparable(outputOf(shown.command)))) << shown.command;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, Document, testing::ValuesIn(documentsWithSessions()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Each, Document, testing::ValuesIn(documentsWithSessions()), stemOf);
 
 TEST(Documents, AreFound) { EXPECT_GE(documentsWithSessions().size(), 3U); }
 
 TEST(DocumentOptions, AreAllThatThereAre)
 {
-    const std::string document = contentsOf(SFTPCLIENT_SOURCE "/docs/command.md");
+    const std::string document = contentOf(SFTPCLIENT_SOURCE "/docs/command.md");
     for (const Option& option : options()) {
         const std::string::size_type at = document.find("\n| `" + std::string(option.name));
         ASSERT_NE(at, std::string::npos) << option.name;
         const std::string line = document.substr(at + 1, document.find('\n', at + 1) - at);
-        EXPECT_NE(line.find(" `" + variableOf(option) + "` "), std::string::npos) << line;
+        EXPECT_TRUE(holds(" `" + variableOf(option) + "` ", line));
         const bool ofFile = option.name != std::string("--config");
         EXPECT_EQ(line.find(" `" + keyOf(option) + "` ") != std::string::npos, ofFile) << line;
     }

@@ -1,5 +1,5 @@
 #include "harness/RunCommand.h"
-#include "harness/TextFile.h"
+#include "support/TemporaryFolder.h"
 
 #include <usage/Commands.h>
 
@@ -11,12 +11,12 @@
 
 namespace {
 
-void expectGolden(const std::vector<std::string>& form, const std::string& name)
+void expectGolden(const Words& form, const std::string& name)
 {
-    const CommandResult help = runCommand(form);
-    EXPECT_EQ(help.status, 0);
-    EXPECT_EQ(help.err, "");
-    EXPECT_EQ(help.out, contentsOf(SFTPCLIENT_GOLDEN "/" + name + ".txt"))
+    const ProgramResult help = runCommand(form);
+    EXPECT_TRUE(exited(0, help));
+    EXPECT_EQ("", help.err);
+    EXPECT_TRUE(sameText(contentOf(SFTPCLIENT_GOLDEN "/" + name + ".txt"), help.out))
         << "If that is meant, write the command's own output into golden/" << name << ".txt.";
 }
 
@@ -27,6 +27,7 @@ TEST(Help, IsAsItWasRead)
     expectGolden({"--help"}, "sftpclient");
     expectGolden({"-h"}, "sftpclient");
     for (const Command& command : commands()) {
+        SCOPED_TRACE(command.name);
         expectGolden({command.name, "--help"}, command.name);
         expectGolden({command.name, "-h"}, command.name);
     }
@@ -36,29 +37,29 @@ TEST(Help, IsAsItWasRead)
 TEST(Help, HasExamplesThatTheCommandTakes)
 {
     for (const Command& command : commands()) {
-        std::istringstream lines(command.examples);
-        unsigned count = 0;
-        for (std::string line; std::getline(lines, line); ++count) {
+        SCOPED_TRACE(command.name);
+        const Lines lines = linesOf(command.examples);
+        for (const std::string& line : lines) {
             std::istringstream words(line);
-            std::vector<std::string> form{std::istream_iterator<std::string>(words), {}};
-            ASSERT_EQ(form.front(), "sftpclient");
+            Words form{std::istream_iterator<std::string>(words), {}};
+            ASSERT_EQ("sftpclient", form.front());
             form.erase(form.begin());
             form.emplace_back("--help");
-            EXPECT_EQ(runCommand(form).status, 0) << line;
+            EXPECT_TRUE(exited(0, runCommand(form))) << line;
             form.back() = "--no-such-option";
-            EXPECT_EQ(runCommand(form).err.find("sftpclient: There is no option --no-such-option."), 0U) << line;
+            EXPECT_EQ(0U, runCommand(form).err.find("sftpclient: There is no option --no-such-option.")) << line;
         }
-        EXPECT_GT(count, 0U) << command.name;
+        EXPECT_FALSE(lines.empty()) << command.name;
     }
 }
 
 TEST(Version, NamesTheLibrariesAsWell)
 {
-    const CommandResult version = runCommand({"--version"});
-    EXPECT_EQ(version.status, 0);
+    const ProgramResult version = runCommand({"--version"});
+    EXPECT_TRUE(exited(0, version));
     const curl_version_info_data* const libcurl = curl_version_info(CURLVERSION_NOW);
     const std::string expected = std::string("sftpclient " SFTPCLIENT_VERSION "\nlibcurl/") + libcurl->version + "\n" +
                                  libcurl->ssl_version + "\n";
-    EXPECT_EQ(version.out.substr(0, expected.size()), expected);
-    EXPECT_NE(expected.find("\nOpenSSL/"), std::string::npos);
+    EXPECT_EQ(expected, version.out.substr(0, expected.size()));
+    EXPECT_TRUE(holds("\nOpenSSL/", expected));
 }

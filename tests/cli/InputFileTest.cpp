@@ -1,4 +1,5 @@
-#include "harness/TextFile.h"
+
+#include "support/TemporaryFolder.h"
 
 #include <base/InputFile.h>
 
@@ -26,23 +27,12 @@ std::string read(const std::string& path)
 class NamedPipe
 {
 public:
-    NamedPipe()
-    {
-        EXPECT_NE(mkdtemp(m_folder), nullptr);
-        EXPECT_EQ(mkfifo(path().c_str(), 0644), 0);
-    }
-    ~NamedPipe()
-    {
-        unlink(path().c_str());
-        rmdir(m_folder);
-    }
-    NamedPipe(const NamedPipe&) = delete;
-    NamedPipe& operator=(const NamedPipe&) = delete;
+    NamedPipe() { EXPECT_EQ(0, mkfifo(path().c_str(), 0644)); }
 
-    std::string path() const { return std::string(m_folder) + "/pipe"; }
+    std::string path() const { return m_folder.file("pipe"); }
 
 private:
-    char m_folder[32] = "/tmp/sftpclient-pipe-XXXXXX";
+    TemporaryFolder m_folder;
 };
 
 // Else a pipe that nobody writes to would hold the test for ever.
@@ -63,23 +53,23 @@ std::string warningAbout(const std::string& path)
 
 TEST(InputFile, IsReadToItsEnd)
 {
-    EXPECT_EQ(read(TextFile("").path()), "");
-    EXPECT_EQ(read(TextFile("0123456789").path()), "0123456789");
-    EXPECT_EQ(read("/nowhere/file"), "not: No such file or directory");
-    EXPECT_EQ(read("/"), "not: Is a directory");
+    EXPECT_EQ("", read(TextFile("").path()));
+    EXPECT_EQ("0123456789", read(TextFile("0123456789").path()));
+    EXPECT_EQ("not: No such file or directory", read("/nowhere/file"));
+    EXPECT_EQ("not: Is a directory", read("/"));
 }
 
 TEST(InputFile, IsBounded)
 {
-    EXPECT_EQ(read(TextFile("0123456789a").path()), "not: it is larger than 0 KiB");
-    EXPECT_EQ(read("/dev/zero"), "not: it is larger than 0 KiB");
+    EXPECT_EQ("not: it is larger than 0 KiB", read(TextFile("0123456789a").path()));
+    EXPECT_EQ("not: it is larger than 0 KiB", read("/dev/zero"));
 }
 
 TEST(InputFile, DoesNotWaitForever)
 {
     ASSERT_TRUE(isOpenedWithoutWaiting());
     const NamedPipe pipe;
-    EXPECT_EQ(read(pipe.path()), "not: nothing came for 0 s");
+    EXPECT_EQ("not: nothing came for 0 s", read(pipe.path()));
 }
 
 TEST(InputFile, MayBeAPipe)
@@ -87,10 +77,10 @@ TEST(InputFile, MayBeAPipe)
     ASSERT_TRUE(isOpenedWithoutWaiting());
     const NamedPipe pipe;
     const InputFile file(pipe.path());
-    std::thread writer([&pipe] { TextFile::writeTo(pipe.path(), "contents"); });
+    std::thread writer([&pipe] { writeFile(pipe.path(), "contents"); });
     std::string text;
-    EXPECT_EQ(file.readWhole(10, text), "");
-    EXPECT_EQ(text, "contents");
+    EXPECT_EQ("", file.readWhole(10, text));
+    EXPECT_EQ("contents", text);
     writer.join();
 }
 
@@ -102,12 +92,12 @@ TEST(InputFile, HasAWarningWhereOthersCanReadIt)
                                 "; run: chmod 600 " + file.path() + "\n";
     for (const mode_t mode : {0600U, 0400U, 0622U, 0711U}) {
         chmod(file.path().c_str(), mode);
-        EXPECT_EQ(warningAbout(file.path()), "") << mode;
+        EXPECT_EQ("", warningAbout(file.path())) << mode;
     }
     for (const mode_t mode : {0640U, 0604U, 0644U}) {
         chmod(file.path().c_str(), mode);
-        EXPECT_EQ(warningAbout(file.path()), warning) << mode;
+        EXPECT_EQ(warning, warningAbout(file.path())) << mode;
     }
-    EXPECT_EQ(warningAbout(NamedPipe().path()), "");
-    EXPECT_EQ(warningAbout("/nowhere/file"), "");
+    EXPECT_EQ("", warningAbout(NamedPipe().path()));
+    EXPECT_EQ("", warningAbout("/nowhere/file"));
 }

@@ -1,13 +1,7 @@
-#include "harness/Process.h"
 #include "harness/Served.h"
 #include "harness/TerminalCommand.h"
-#include "harness/TextFile.h"
 
 #include <operation/Interruption.h>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
@@ -25,91 +19,134 @@ std::string lastShown(const TerminalCommand& command)
 class Interrupt : public Served
 {
 protected:
-    TerminalCommand start(const std::vector<std::string>& form)
+    Interrupt() { std::filesystem::create_directory(local("temporary")); }
+
+    TerminalCommand start(const Words& form)
     {
-        Variables variables = environment();
-        variables.emplace_back("TMPDIR", local(""));
-        return TerminalCommand(withCa(form), variables, local(""));
+        return TerminalCommand(setupOf(form, {{"TMPDIR", local("temporary")}}));
     }
 };
 
-} // namespace
-
-TEST_F(Interrupt, LeavesAndNamesWhatADownloadHasFetched)
+/// Where a command is when it is interrupted, what it says then, and what is left.
+struct Interrupted
 {
+    const char* id;
+    std::string fault;
+    Words form; ///< a word that begins with "/" is a URL's path
+    std::string shown;
+    int signal;
+    std::string result;
+    std::size_t sessions;
+    std::string kept = "as it was"; ///< of the local file "got"
+};
+
+void PrintTo(const Interrupted& interrupted, std::ostream* stream) { *stream << interrupted.id; }
+
+class InterruptAt : public Interrupt, public testing::WithParamInterface<Interrupted>
+{
+};
+
+TEST_P(InterruptAt, SaysWhatIsLeft)
+{
+    const Interrupted& at = GetParam();
     writeFile(served("file"), std::string(4000, 'x'));
-    serve({"2/DATA=stall-after:1000"});
-    TerminalCommand command = start({"get", url("/file")});
-    command.shownUpTo("1000 B of 3.9 KiB, 25 %");
-    command.type("\x03");
-    EXPECT_EQ(command.wait(), -SIGINT);
-    EXPECT_NE(lastShown(command).find("\r\nget: 42 interrupted by SIGINT; file holds the first 1000 bytes\r\n"),
-              std::string::npos)
-        << command.shown();
-    EXPECT_EQ(contentsOf(local("file")), std::string(1000, 'x'));
+    writeFile(local("file"), "contents");
+    writeFile(local("got"), "as it was");
+    serve({at.fault});
+    Words form = at.form;
+    for (std::string& word : form) {
+        word = word.front() == '/' ? url(word) : word;
+    }
+    TerminalCommand command = start(form);
+    command.shownUpTo(at.shown);
+    if (at.fault == "NLST=stall") {
+        EXPECT_FALSE(std::filesystem::is_empty(local("temporary")));
+    }
+    if (at.signal == SIGINT) {
+        command.type("\x03");
+    } else {
+        command.signal(at.signal);
+    }
+    EXPECT_EQ(-at.signal, command.wait());
+    EXPECT_TRUE(holds(at.result, lastShown(command))) << command.shown();
+    EXPECT_EQ(at.kept, contentOf(local("got")));
+    EXPECT_TRUE(std::filesystem::is_empty(local("temporary")));
+    EXPECT_EQ(at.sessions, sessions().size());
 }
 
-TEST_F(Interrupt, ByAnotherProcessIsTheSame)
-{
-    writeFile(served("file"), std::string(4000, 'x'));
-    serve({"2/DATA=stall-after:1000"});
-    TerminalCommand command = start({"get", url("/file"), "--json"});
-    command.shownUpTo("1000 B of 3.9 KiB, 25 %");
-    command.signal(SIGTERM);
-    EXPECT_EQ(command.wait(), -SIGTERM);
-    EXPECT_NE(command.shown().find("\"signal\":\"SIGTERM\""), std::string::npos) << command.shown();
-}
-
-TEST_F(Interrupt, LeavesTheLocalFileAloneBeforeTheDownload)
-{
-    writeFile(local("file"), "as it was");
-    serve({"1/SIZE=stall"});
-    TerminalCommand command = start({"get", url("/file"), "--trace"});
-    command.shownUpTo("> SIZE file");
-    command.type("\x03");
-    EXPECT_EQ(command.wait(), -SIGINT);
-    EXPECT_NE(command.shown().find("get: 42 interrupted by SIGINT; nothing was fetched\r\n"), std::string::npos)
-        << command.shown();
-    EXPECT_EQ(contentsOf(local("file")), "as it was");
-}
-
-TEST_F(Interrupt, RemovesTheTemporaryFileOfAListing)
-{
-    serve({"NLST=stall"});
-    TerminalCommand command = start({"ls", url(), "--trace"});
-    command.shownUpTo("> NLST");
-    EXPECT_FALSE(std::filesystem::is_empty(local("")));
-    command.type("\x03");
-    EXPECT_EQ(command.wait(), -SIGINT);
-    EXPECT_NE(command.shown().find("ls: 42 interrupted by SIGINT; nothing is left of it\r\n"), std::string::npos);
-    EXPECT_TRUE(std::filesystem::is_empty(local("")));
-}
-
-TEST_F(Interrupt, ByTheEndOfTheTerminalRemovesTheTemporaryFile)
-{
-    serve({"NLST=stall"});
-    TerminalCommand command = start({"ls", url(), "--trace"});
-    command.shownUpTo("> NLST");
-    EXPECT_FALSE(std::filesystem::is_empty(local("")));
-    command.signal(SIGHUP);
-    EXPECT_EQ(command.wait(), -SIGHUP);
-    EXPECT_NE(command.shown().find("ls: 42 interrupted by SIGHUP; nothing is left of it\r\n"), std::string::npos);
-    EXPECT_TRUE(std::filesystem::is_empty(local("")));
-}
+const Interrupted kInterrupted[] = {
+    {"Download",
+     "2/DATA=stall-after:1000",
+     {"get", "/file", "got"},
+     "1000 B of 3.9 KiB, 25 %",
+     SIGINT,
+     "\r\nget: 42 interrupted by SIGINT; got holds the first 1000 bytes\r\n",
+     2,
+     std::string(1000, 'x')},
+    {"DownloadByAnotherProcess",
+     "2/DATA=stall-after:1000",
+     {"get", "/file", "got", "--json"},
+     "1000 B of 3.9 KiB, 25 %",
+     SIGTERM,
+     "\"signal\":\"SIGTERM\"",
+     2,
+     std::string(1000, 'x')},
+    {"SizeCheck",
+     "1/SIZE=stall",
+     {"get", "/file", "got", "--trace"},
+     "> SIZE file",
+     SIGINT,
+     "get: 42 interrupted by SIGINT; nothing was fetched\r\n",
+     1},
+    {"Listing",
+     "NLST=stall",
+     {"ls", "/", "--trace"},
+     "> NLST",
+     SIGINT,
+     "ls: 42 interrupted by SIGINT; nothing is left of it\r\n",
+     1},
+    {"ListingByTheEndOfTheTerminal",
+     "NLST=stall",
+     {"ls", "/", "--trace"},
+     "> NLST",
+     SIGHUP,
+     "ls: 42 interrupted by SIGHUP; nothing is left of it\r\n",
+     1},
+    {"Rename",
+     "rename=stall",
+     {"mv", "/", "old", "new", "--trace"},
+     "> rename /old /new",
+     SIGINT,
+     "mv: 42 interrupted by SIGINT; whether the server has carried it out is not known",
+     1},
+    {"CheckOfAnUpload",
+     "SIZE=stall",
+     {"put", "file", "/", "--trace"},
+     "> SIZE file",
+     SIGINT,
+     "put: 42 interrupted by SIGINT; the server may hold up to 8 bytes of the file",
+     2},
+    {"WaitBeforeTryingAgain",
+     "GREETING=drop",
+     {"ls", "/", "--retry=1", "--retry-delay=3600"},
+     "; trying again in 3600 s",
+     SIGINT,
+     "ls: 42 interrupted by SIGINT; ",
+     1},
+};
+INSTANTIATE_TEST_SUITE_P(Within, InterruptAt, testing::ValuesIn(kInterrupted),
+                         [](const testing::TestParamInfo<Interrupted>& of) { return std::string(of.param.id); });
 
 TEST_F(Interrupt, ByAHangUpThatIsIgnoredStaysIgnored)
 {
     serve({"NLST=meet:2"});
-    ProcessSetup setup;
-    setup.words =
-        withCa({"/bin/sh", "-c", "trap '' HUP; exec \"$0\" \"$@\"", SFTPCLIENT_COMMAND, "ls", url(), "--trace"});
-    setup.environment = environment();
-    setup.folder = local("");
+    ProcessSetup setup = setupOf({"ls", url(), "--trace"});
+    setup.ignored = SIGHUP;
     TerminalCommand command(setup);
     command.shownUpTo("> NLST");
     command.signal(SIGHUP);
-    EXPECT_EQ(run({"ls", url()}).status, 0);
-    EXPECT_EQ(command.wait(), 0) << command.shown();
+    EXPECT_TRUE(exited(0, run({"ls", url()})));
+    EXPECT_EQ(0, command.wait()) << command.shown();
 }
 
 // The line before a retry, which nobody reads.
@@ -117,59 +154,18 @@ TEST_F(Interrupt, ByAReaderThatLeftRemovesTheTemporaryFile)
 {
     // It gets no further until the reader has left and another client has come.
     serve({"PASS=meet:2", "CWD=drop"});
-    const std::string temporary = folder() + "/temporary";
-    const std::string pipe = folder() + "/pipe";
-    std::filesystem::create_directory(temporary);
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    ProcessSetup setup;
-    setup.words = withCa({SFTPCLIENT_COMMAND, "ls", url("/weekly/"), "--retry=1", "--retry-delay=0"});
-    setup.environment = environment();
-    setup.environment.emplace_back("TMPDIR", temporary);
-    setup.folder = local("");
+    Pipe pipe;
+    ProcessSetup setup =
+        setupOf({"ls", url("/weekly/"), "--retry=1", "--retry-delay=0"}, {{"TMPDIR", local("temporary")}});
     setup.out = "/dev/null";
-    setup.err = pipe;
+    setup.err = pipe.writer();
     Process command(setup);
-    close(reader);
-    EXPECT_EQ(run({"test", url()}).status, 0);
-    EXPECT_EQ(command.wait(), -SIGPIPE);
-    EXPECT_TRUE(std::filesystem::is_empty(temporary));
-    EXPECT_EQ(sessions().size(), 2U);
-}
-
-TEST_F(Interrupt, SaysThatARenameMayHaveHappened)
-{
-    serve({"rename=stall"});
-    TerminalCommand command = start({"mv", url(), "old", "new", "--trace"});
-    command.shownUpTo("> rename /old /new");
-    command.type("\x03");
-    EXPECT_EQ(command.wait(), -SIGINT);
-    EXPECT_NE(command.shown().find("mv: 42 interrupted by SIGINT; whether the server has carried it out is not known"),
-              std::string::npos);
-}
-
-TEST_F(Interrupt, EndsTheCheckOfAnUpload)
-{
-    writeFile(local("file"), "contents");
-    serve({"SIZE=stall"});
-    TerminalCommand command = start({"put", "file", url(), "--trace"});
-    command.shownUpTo("> SIZE file");
-    command.type("\x03");
-    EXPECT_EQ(command.wait(), -SIGINT);
-    EXPECT_NE(command.shown().find("put: 42 interrupted by SIGINT; the server may hold up to 8 bytes of the file"),
-              std::string::npos)
-        << command.shown();
-}
-
-TEST_F(Interrupt, EndsTheWaitBeforeTryingAgain)
-{
-    serve({"GREETING=drop"});
-    TerminalCommand command = start({"ls", url(), "--retry=1", "--retry-delay=3600"});
-    command.shownUpTo("; trying again in 3600 s");
-    command.type("\x03");
-    EXPECT_EQ(command.wait(), -SIGINT);
-    EXPECT_NE(command.shown().find("ls: 42 interrupted by SIGINT; "), std::string::npos);
-    EXPECT_EQ(sessions().size(), 1U);
+    pipe.closeWriter();
+    pipe.closeReader();
+    EXPECT_TRUE(exited(0, run({"test", url()})));
+    EXPECT_EQ(-SIGPIPE, command.wait());
+    EXPECT_TRUE(std::filesystem::is_empty(local("temporary")));
+    EXPECT_EQ(2U, sessions().size());
 }
 
 TEST(Interruption, LeavesTheSecondSignalToTheSystem)
@@ -180,8 +176,8 @@ TEST(Interruption, LeavesTheSecondSignalToTheSystem)
         {
             const Interruption interruption;
             static_cast<void>(std::raise(signal));
-            EXPECT_EQ(Interruption::signal(), signal);
-            EXPECT_EQ(std::signal(signal, SIG_DFL), SIG_DFL) << "the next one ends the process";
+            EXPECT_EQ(signal, Interruption::signal());
+            EXPECT_EQ(SIG_DFL, std::signal(signal, SIG_DFL)) << "the next one ends the process";
         }
         static_cast<void>(std::signal(signal, before));
     }
@@ -194,15 +190,17 @@ TEST(Interruption, OutlivesEveryLineThatNobodyReads)
         const Interruption interruption;
         static_cast<void>(std::raise(SIGPIPE));
         static_cast<void>(std::raise(SIGPIPE));
-        EXPECT_EQ(Interruption::signal(), SIGPIPE);
+        EXPECT_EQ(SIGPIPE, Interruption::signal());
     }
-    EXPECT_EQ(std::signal(SIGPIPE, before), SIG_DFL);
+    EXPECT_EQ(SIG_DFL, std::signal(SIGPIPE, before));
 }
 
 TEST(Interruption, NamesItsSignals)
 {
-    EXPECT_STREQ(nameOfSignal(SIGINT), "SIGINT");
-    EXPECT_STREQ(nameOfSignal(SIGTERM), "SIGTERM");
-    EXPECT_STREQ(nameOfSignal(SIGHUP), "SIGHUP");
-    EXPECT_STREQ(nameOfSignal(SIGPIPE), "SIGPIPE");
+    EXPECT_STREQ("SIGINT", nameOfSignal(SIGINT));
+    EXPECT_STREQ("SIGTERM", nameOfSignal(SIGTERM));
+    EXPECT_STREQ("SIGHUP", nameOfSignal(SIGHUP));
+    EXPECT_STREQ("SIGPIPE", nameOfSignal(SIGPIPE));
 }
+
+} // namespace

@@ -1,11 +1,9 @@
-#include "harness/Process.h"
 #include "harness/Served.h"
-#include "harness/TextFile.h"
+
+#include <output/Listing.h>
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -30,14 +28,14 @@ std::string printed(const std::string& listing, bool forTerminal)
 TEST(Listing, IsCopiedByteForByte)
 {
     const std::string listing = "a\r\nb\x1b[2J\r\n\0c"s;
-    EXPECT_EQ(printed(listing, false), listing);
-    EXPECT_EQ(printed("", false), "");
+    EXPECT_EQ(listing, printed(listing, false));
+    EXPECT_EQ("", printed("", false));
 }
 
 TEST(Listing, IsEscapedForATerminal)
 {
-    EXPECT_EQ(printed("a\r\nb\x1b[2J\r\nc d\n\re\r\r\nlast", true), "a\nb\\x1b[2J\nc d\n\\re\\r\nlast\n");
-    EXPECT_EQ(printed("", true), "");
+    EXPECT_EQ("a\nb\\x1b[2J\nc d\n\\re\\r\nlast\n", printed("a\r\nb\x1b[2J\r\nc d\n\re\r\r\nlast", true));
+    EXPECT_EQ("", printed("", true));
 }
 
 TEST(Listing, SaysWhenItCannotBePrinted)
@@ -54,25 +52,18 @@ TEST_F(Served, LeavesNoFileBehindWhenNobodyReadsTheListing)
 {
     writeFile(served("file"), "");
     serve();
-    const std::string temporary = folder() + "/temporary";
-    const std::string pipe = folder() + "/pipe";
+    const std::string temporary = folder.file("temporary");
     std::filesystem::create_directory(temporary);
     for (const std::string output : {"--json=false", "--json"}) {
-        ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-        const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-        const TextFile err("");
-        ProcessSetup setup;
-        setup.words = withCa({SFTPCLIENT_COMMAND, "ls", url(), output});
-        setup.environment = environment();
-        setup.environment.emplace_back("TMPDIR", temporary);
-        setup.folder = local("");
-        setup.out = pipe;
-        setup.err = err.path();
+        Pipe pipe;
+        ProcessSetup setup = setupOf({"ls", url(), output}, {{"TMPDIR", temporary}});
+        setup.out = pipe.writer();
+        setup.err = "/dev/null";
         Process command(setup);
-        close(reader);
-        EXPECT_EQ(command.wait(), -SIGPIPE) << output;
+        pipe.closeWriter();
+        pipe.closeReader();
+        EXPECT_EQ(-SIGPIPE, command.wait()) << output;
         EXPECT_TRUE(std::filesystem::is_empty(temporary)) << output;
-        std::filesystem::remove(pipe);
     }
 }
 
@@ -82,7 +73,7 @@ TEST(TemporaryFile, IsThereAsLongAsItsObject)
     {
         const TemporaryFile file;
         path = file.path();
-        EXPECT_EQ(access(path.c_str(), R_OK | W_OK), 0);
+        EXPECT_EQ(0, access(path.c_str(), R_OK | W_OK));
     }
-    EXPECT_NE(access(path.c_str(), F_OK), 0);
+    EXPECT_NE(0, access(path.c_str(), F_OK));
 }

@@ -1,5 +1,6 @@
-#include "harness/SetVariable.h"
-#include "harness/TextFile.h"
+#include "support/SetVariable.h"
+#include "support/TemporaryFolder.h"
+#include "support/Thrown.h"
 
 #include <base/UsageError.h>
 #include <credentials/Login.h>
@@ -28,12 +29,7 @@ protected:
 
     std::string refusal() const
     {
-        try {
-            login();
-        } catch (const UsageError& error) {
-            return error.what();
-        }
-        return "taken";
+        return thrownBy<UsageError>([this] { login(); });
     }
 
     TextFile m_file{"from file\n"};
@@ -48,85 +44,80 @@ constexpr char kVariable[] = "SFTPCLIENT_PASSWORD";
 TEST_F(Login, TakesThePasswordFromTheFirstSourceThatThereIs)
 {
     m_arguments.netrcFile = m_netrc.path();
-    EXPECT_EQ(login(), "me:from netrc");
+    EXPECT_EQ("me:from netrc", login());
     {
         const SetVariable variable(kVariable, "");
-        EXPECT_EQ(login(), "me:from netrc") << "an empty variable counts as none";
+        EXPECT_EQ("me:from netrc", login()) << "an empty variable counts as none";
     }
     const SetVariable variable(kVariable, "from environment");
-    EXPECT_EQ(login(), "me:from environment");
+    EXPECT_EQ("me:from environment", login());
     m_arguments.passwordFile = m_file.path();
-    EXPECT_EQ(login(), "me:from file");
+    EXPECT_EQ("me:from file", login());
 }
 
 TEST_F(Login, TakesTheUserFromTheNetrcFileOnlyWithoutAnother)
 {
     m_arguments.netrcFile = m_netrc.path();
     m_arguments.user = "";
-    EXPECT_EQ(login(), "me:from netrc");
+    EXPECT_EQ("me:from netrc", login());
     m_arguments.url = "ftps://other/";
-    EXPECT_EQ(login(), "you:else");
+    EXPECT_EQ("you:else", login());
     const SetVariable variable(kVariable, "from environment");
-    EXPECT_EQ(login(), "you:from environment");
+    EXPECT_EQ("you:from environment", login());
     m_arguments.user = "someone";
-    EXPECT_EQ(login(), "someone:from environment");
+    EXPECT_EQ("someone:from environment", login());
 }
 
 TEST_F(Login, FindsTheUsualNetrcFileAtHome)
 {
-    char home[] = "/tmp/sftpclient-home-XXXXXX";
-    ASSERT_NE(mkdtemp(home), nullptr);
-    const std::string file = std::string(home) + "/.netrc";
-    ASSERT_EQ(rename(m_netrc.path().c_str(), file.c_str()), 0);
-    const std::string before = std::getenv("HOME");
-    setenv("HOME", home, 1);
+    const TemporaryFolder folder;
+    folder.write(".netrc", contentOf(m_netrc.path()));
+    const SetVariable home("HOME", folder.path());
     m_arguments.netrc = true;
-    EXPECT_EQ(login(), "me:from netrc");
-    unsetenv("HOME");
-    EXPECT_EQ(refusal(), "HOME is not set, so there is no ~/.netrc: name the file with --netrc-file FILE.");
-    setenv("HOME", before.c_str(), 1);
-    EXPECT_EQ(remove(file.c_str()), 0);
-    EXPECT_EQ(remove(home), 0);
+    EXPECT_EQ("me:from netrc", login());
+    const SetVariable none("HOME", nullptr);
+    EXPECT_EQ("HOME is not set, so there is no ~/.netrc: name the file with --netrc-file FILE.", refusal());
 }
 
 TEST_F(Login, RefusesTwoExplicitSources)
 {
     m_arguments.passwordFile = m_file.path();
     m_arguments.passwordFromInput = true;
-    EXPECT_EQ(refusal(), "The password can come from --password-file or from --password-stdin: leave one of them out.");
+    EXPECT_EQ("The password can come from --password-file or from --password-stdin: leave one of them out.", refusal());
 }
 
 TEST_F(Login, SaysWhereAUserCanComeFrom)
 {
     const SetVariable variable(kVariable, "secret");
     m_arguments.user = "";
-    EXPECT_EQ(refusal(), "There is no user: write it into the URL (ftps://user@host/), or give --user NAME.");
+    EXPECT_EQ("There is no user: write it into the URL (ftps://user@host/), or give --user NAME.", refusal());
     m_arguments.url = "ftps://unknown/";
     m_arguments.netrcFile = m_netrc.path();
-    EXPECT_EQ(refusal(), "There is no user: " + m_netrc.path() + " has none for this host; give --user NAME.");
+    EXPECT_EQ("There is no user: " + m_netrc.path() + " has none for this host; give --user NAME.", refusal());
 }
 
 TEST_F(Login, RefusesWhatTheLoginCannotHold)
 {
     const SetVariable variable(kVariable, "secret");
     m_arguments.user = "me\r\nDELE x";
-    EXPECT_EQ(refusal(), "The user must not hold a control byte (a line break, a tab, ...).");
+    EXPECT_EQ("The user must not hold a control byte (a line break, a tab, ...).", refusal());
     m_arguments.user = "a:b";
-    EXPECT_EQ(refusal(), "The user must not hold a \":\".");
+    EXPECT_EQ("The user must not hold a \":\".", refusal());
     m_arguments.user = "me";
     const std::string control = "The password must not hold a control byte (a line break, a tab, ...).";
     {
         const SetVariable broken(kVariable, "a\nb");
-        EXPECT_EQ(refusal(), control);
+        EXPECT_EQ(control, refusal());
     }
     for (const std::string& text : {std::string("a\tb\n"), std::string("a\0b\n", 4), std::string("a\r\r\n")}) {
+        SCOPED_TRACE(testing::PrintToString(text));
         const TextFile file(text);
         m_arguments.passwordFile = file.path();
-        EXPECT_EQ(refusal(), control);
+        EXPECT_EQ(control, refusal());
     }
     m_arguments.passwordFile = "";
     const TextFile netrc("machine host login \"a\nb\" password secret");
     m_arguments.netrcFile = netrc.path();
     m_arguments.user = "";
-    EXPECT_EQ(refusal(), "The user must not hold a control byte (a line break, a tab, ...).");
+    EXPECT_EQ("The user must not hold a control byte (a line break, a tab, ...).", refusal());
 }

@@ -1,4 +1,5 @@
-#include "harness/TextFile.h"
+
+#include "support/TemporaryFolder.h"
 
 #include <usage/Commands.h>
 #include <usage/Options.h>
@@ -12,7 +13,7 @@ namespace {
 // The words that follow `mark` in the page.
 std::set<std::string> wordsAfter(const std::string& mark)
 {
-    const std::string page = contentsOf(SFTPCLIENT_MAN_PAGE);
+    const std::string page = contentOf(SFTPCLIENT_MAN_PAGE);
     std::set<std::string> words;
     for (std::string::size_type at = page.find(mark); at != std::string::npos; at = page.find(mark, at)) {
         at += mark.size();
@@ -33,8 +34,8 @@ TEST(ManPage, HasEveryOptionAndNoOther)
     for (const std::string& name : wordsAfter("\n.It Fl -")) {
         described.insert("--" + name);
     }
-    EXPECT_EQ(described, known);
-    EXPECT_EQ(wordsAfter("\n.It Fl h , -"), std::set<std::string>{"help"});
+    EXPECT_EQ(known, described);
+    EXPECT_EQ(std::set<std::string>{"help"}, wordsAfter("\n.It Fl h , -"));
 }
 
 TEST(ManPage, HasEveryOperationAndNoOther)
@@ -43,6 +44,6 @@ TEST(ManPage, HasEveryOperationAndNoOther)
     for (const Command& command : commands()) {
         known.insert(command.name);
     }
-    EXPECT_EQ(wordsAfter("\n.It Cm "), known);
-    EXPECT_EQ(wordsAfter("\n.Nm\n.Cm "), known);
+    EXPECT_EQ(known, wordsAfter("\n.It Cm "));
+    EXPECT_EQ(known, wordsAfter("\n.Nm\n.Cm "));
 }

@@ -1,4 +1,7 @@
-#include "harness/TextFile.h"
+
+#include "support/Lines.h"
+#include "support/TemporaryFolder.h"
+#include "support/Thrown.h"
 
 #include <base/UsageError.h>
 #include <credentials/Netrc.h>
@@ -20,11 +23,7 @@ std::string found(const std::string& text, const std::string& host, std::string 
 
 std::string refusalOf(const std::string& text)
 {
-    try {
-        return found(text, "host");
-    } catch (const UsageError& error) {
-        return error.what();
-    }
+    return thrownBy<UsageError>([&] { EXPECT_EQ("none", found(text, "host")); });
 }
 
 } // namespace
@@ -32,75 +31,69 @@ std::string refusalOf(const std::string& text)
 TEST(Netrc, HasALoginForAHost)
 {
     const std::string text = "machine a login me password one\nmachine b\n\tlogin you\n\tpassword two\n";
-    EXPECT_EQ(found(text, "a"), "me:one");
-    EXPECT_EQ(found(text, "b"), "you:two");
-    EXPECT_EQ(found(text, "B"), "you:two");
-    EXPECT_EQ(found(text, "c"), "none");
-    EXPECT_EQ(found("", "a"), "none");
+    EXPECT_EQ("me:one", found(text, "a"));
+    EXPECT_EQ("you:two", found(text, "b"));
+    EXPECT_EQ("you:two", found(text, "B"));
+    EXPECT_EQ("none", found(text, "c"));
+    EXPECT_EQ("none", found("", "a"));
 }
 
 TEST(Netrc, HasALoginForAUserOfAHost)
 {
     const std::string text = "machine a login me password one machine a login you password two";
-    EXPECT_EQ(found(text, "a"), "me:one");
-    EXPECT_EQ(found(text, "a", "you"), "you:two");
-    EXPECT_EQ(found(text, "a", "other"), "none");
-    EXPECT_EQ(found("machine a password one", "a", "me"), "me:one");
-    EXPECT_EQ(found("machine a password one", "a"), "none");
+    EXPECT_EQ("me:one", found(text, "a"));
+    EXPECT_EQ("you:two", found(text, "a", "you"));
+    EXPECT_EQ("none", found(text, "a", "other"));
+    EXPECT_EQ("me:one", found("machine a password one", "a", "me"));
+    EXPECT_EQ("none", found("machine a password one", "a"));
 }
 
 TEST(Netrc, HasADefaultForOtherHosts)
 {
     const std::string text = "machine a login me password one default login any password two";
-    EXPECT_EQ(found(text, "a"), "me:one");
-    EXPECT_EQ(found(text, "b"), "any:two");
+    EXPECT_EQ("me:one", found(text, "a"));
+    EXPECT_EQ("any:two", found(text, "b"));
 }
 
 TEST(Netrc, SkipsWhatIsNoLogin)
 {
-    EXPECT_EQ(found("# machine a login x password y\nmachine a login me account z password one", "a"), "me:one");
+    EXPECT_EQ("me:one", found("# machine a login x password y\nmachine a login me account z password one", "a"));
     EXPECT_EQ(
-        found("machine b login x macdef init\nmachine a login x password y\n\nmachine a login me password one", "a"),
-        "me:one");
-    EXPECT_EQ(found("macdef init\r\ncd /\r\n\r\nmachine a login me password one\r\n", "a"), "me:one");
+        "me:one",
+        found("machine b login x macdef init\nmachine a login x password y\n\nmachine a login me password one", "a"));
+    EXPECT_EQ("me:one", found("macdef init\r\ncd /\r\n\r\nmachine a login me password one\r\n", "a"));
 }
 
 TEST(Netrc, TakesWordsInQuotes)
 {
-    EXPECT_EQ(found(R"(machine "a" login "m e" password "o\"n\\e #")", "a"), R"(m e:o"n\e #)");
-    EXPECT_EQ(found(R"(machine a login me password machine)", "a"), "me:machine");
-    EXPECT_EQ(found(R"(machine a login me password "")", "a"), "me:");
+    EXPECT_EQ(R"(m e:o"n\e #)", found(R"(machine "a" login "m e" password "o\"n\\e #")", "a"));
+    EXPECT_EQ("me:machine", found(R"(machine a login me password machine)", "a"));
+    EXPECT_EQ("me:", found(R"(machine a login me password "")", "a"));
 }
 
 TEST(Netrc, RefusesWhatItCannotReadWithoutRepeatingIt)
 {
-    EXPECT_NE(refusalOf("machine host login me password two words").find(" holds a word that is none of machine,"),
-              std::string::npos);
-    EXPECT_EQ(refusalOf("machine host login me password two words").find("words"), std::string::npos);
-    EXPECT_NE(refusalOf(std::string(65537, ' ')).find(" cannot be read (it is larger than 64 KiB): "),
-              std::string::npos);
-    EXPECT_EQ(refusalOf(std::string(65536, ' ')), "none");
-    EXPECT_EQ(refusalOf("machine host login me password " + std::string(kLongestPassword + 1, 'x')),
-              "The password in the netrc file must not be longer than 1023 bytes.");
+    EXPECT_TRUE(holds(" holds a word that is none of machine,", refusalOf("machine host login me password two words")));
+    EXPECT_FALSE(holds("words", refusalOf("machine host login me password two words")));
+    EXPECT_TRUE(holds(" cannot be read (it is larger than 64 KiB): ", refusalOf(std::string(65537, ' '))));
+    EXPECT_EQ(kNothingThrown, refusalOf(std::string(65536, ' ')));
+    EXPECT_EQ("The password in the netrc file must not be longer than 1023 bytes.",
+              refusalOf("machine host login me password " + std::string(kLongestPassword + 1, 'x')));
     std::string text;
-    try {
-        readNetrc("/nowhere/netrc", "host", text, text);
-        FAIL() << "taken";
-    } catch (const UsageError& error) {
-        EXPECT_STREQ(error.what(), "The netrc file /nowhere/netrc cannot be read (No such file or directory): name "
-                                   "one that can be with --netrc-file FILE.");
-    }
+    EXPECT_EQ("The netrc file /nowhere/netrc cannot be read (No such file or directory): name one that can be with "
+              "--netrc-file FILE.",
+              thrownBy<UsageError>([&] { readNetrc("/nowhere/netrc", "host", text, text); }));
 }
 
 TEST(Netrc, HasAWarningWhereOthersCanReadIt)
 {
     const TextFile file("machine a login me password one");
-    ASSERT_EQ(chmod(file.path().c_str(), 0604), 0);
+    ASSERT_EQ(0, chmod(file.path().c_str(), 0604));
     testing::internal::CaptureStderr();
     std::string user;
     std::string password;
     EXPECT_TRUE(readNetrc(file.path(), "a", user, password));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "sftpclient: warning: others than its owner can read the netrc file " + file.path() +
-                  "; run: chmod 600 " + file.path() + "\n");
+    EXPECT_EQ("sftpclient: warning: others than its owner can read the netrc file " + file.path() +
+                  "; run: chmod 600 " + file.path() + "\n",
+              testing::internal::GetCapturedStderr());
 }

@@ -1,4 +1,6 @@
-#include "harness/TextFile.h"
+
+#include "support/TemporaryFolder.h"
+#include "support/Thrown.h"
 
 #include <base/UsageError.h>
 #include <base/WipedAtEnd.h>
@@ -22,12 +24,7 @@ std::string passwordFrom(const std::string& contents)
 std::string refusalOfFile(const std::string& path)
 {
     std::string password;
-    try {
-        readPasswordFile(path, password, std::chrono::milliseconds(0));
-    } catch (const UsageError& error) {
-        return error.what();
-    }
-    return "taken";
+    return thrownBy<UsageError>([&] { readPasswordFile(path, password, std::chrono::milliseconds(0)); });
 }
 
 std::string refusalOf(const std::string& contents) { return refusalOfFile(TextFile(contents).path()); }
@@ -36,51 +33,52 @@ std::string refusalOf(const std::string& contents) { return refusalOfFile(TextFi
 
 TEST(Password, IsTheFirstLineOfTheFileWithoutItsEnd)
 {
-    EXPECT_EQ(passwordFrom("secret\nnot this\n"), "secret");
-    EXPECT_EQ(passwordFrom("secret\r\nnot this\r\n"), "secret");
-    EXPECT_EQ(passwordFrom("secret"), "secret");
-    EXPECT_EQ(passwordFrom(" s:e cret \n"), " s:e cret ");
-    EXPECT_EQ(passwordFrom("\nnot this\n"), "");
+    EXPECT_EQ("secret", passwordFrom("secret\nnot this\n"));
+    EXPECT_EQ("secret", passwordFrom("secret\r\nnot this\r\n"));
+    EXPECT_EQ("secret", passwordFrom("secret"));
+    EXPECT_EQ(" s:e cret ", passwordFrom(" s:e cret \n"));
+    EXPECT_EQ("", passwordFrom("\nnot this\n"));
 }
 
 TEST(Password, HasALongestLength)
 {
     const std::string longest(kLongestPassword, 'x');
-    EXPECT_EQ(passwordFrom(longest), longest);
-    EXPECT_EQ(passwordFrom(longest + "\r\n"), longest);
+    EXPECT_EQ(longest, passwordFrom(longest));
+    EXPECT_EQ(longest, passwordFrom(longest + "\r\n"));
     for (const std::string more : {"y", "yz"}) {
+        SCOPED_TRACE(more);
         const TextFile file(longest + more);
-        EXPECT_EQ(refusalOfFile(file.path()),
-                  "The password in " + file.path() + " must not be longer than 1023 bytes.");
+        EXPECT_EQ("The password in " + file.path() + " must not be longer than 1023 bytes.",
+                  refusalOfFile(file.path()));
     }
-    EXPECT_EQ(refusalOfFile("/dev/zero"), "The password in /dev/zero must not be longer than 1023 bytes.");
+    EXPECT_EQ("The password in /dev/zero must not be longer than 1023 bytes.", refusalOfFile("/dev/zero"));
 }
 
 TEST(Password, IsMissingFromAnEmptyOrUnreadableFile)
 {
-    EXPECT_EQ(refusalOf("").find("The password file "), 0U);
-    EXPECT_EQ(refusalOfFile("/nowhere/password"),
-              "The password file /nowhere/password cannot be read (No such file or directory): name one that can be.");
+    EXPECT_EQ(0U, refusalOf("").find("The password file "));
+    EXPECT_EQ("The password file /nowhere/password cannot be read (No such file or directory): name one that can be.",
+              refusalOfFile("/nowhere/password"));
 }
 
 TEST(Password, DoesNotComeFromAPipeThatNobodyWritesTo)
 {
-    const std::string pipe = testing::TempDir() + "sftpclient-pipe-" + std::to_string(getpid());
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_EQ(refusalOfFile(pipe), "The password file " + pipe + " is empty: write the password into its first line.");
-    unlink(pipe.c_str());
+    const TemporaryFolder folder;
+    const std::string pipe = folder.file("pipe");
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    EXPECT_EQ("The password file " + pipe + " is empty: write the password into its first line.", refusalOfFile(pipe));
 }
 
 TEST(Password, HasAWarningWhereOthersCanReadItsFile)
 {
     const TextFile file("secret\n");
-    ASSERT_EQ(chmod(file.path().c_str(), 0640), 0);
+    ASSERT_EQ(0, chmod(file.path().c_str(), 0640));
     testing::internal::CaptureStderr();
-    EXPECT_EQ(refusalOfFile(file.path()), "taken");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "sftpclient: warning: others than its owner can read the password "
+    EXPECT_EQ(kNothingThrown, refusalOfFile(file.path()));
+    EXPECT_EQ("sftpclient: warning: others than its owner can read the password "
               "file " +
-                  file.path() + "; run: chmod 600 " + file.path() + "\n");
+                  file.path() + "; run: chmod 600 " + file.path() + "\n",
+              testing::internal::GetCapturedStderr());
 }
 
 TEST(WipedAtEnd, OverwritesTheText)
@@ -89,5 +87,5 @@ TEST(WipedAtEnd, OverwritesTheText)
     {
         const WipedAtEnd wiped(password);
     }
-    EXPECT_EQ(password, std::string(45, '\0'));
+    EXPECT_EQ(std::string(45, '\0'), password);
 }

@@ -2,14 +2,13 @@
 #include "support/PlantedPassword.h"
 #include "harness/Served.h"
 
-#include <filesystem>
 #include <future>
 
 namespace {
 
 struct Attempt
 {
-    std::vector<std::string> form;
+    Words form;
     int status;
 };
 
@@ -26,14 +25,7 @@ protected:
     }
 
     /// A fault that says every form of the password.
-    std::string planted(const std::string& fault) const
-    {
-        std::string text;
-        for (const char character : GetParam().text(config.user)) {
-            text.append(character == '\\' ? 2 : 1, character);
-        }
-        return fault + text;
-    }
+    std::string planted(const std::string& fault) const { return fault + asFault(GetParam().text(config.user)); }
 
     void servePlanted(const std::vector<std::string>& faults)
     {
@@ -47,18 +39,18 @@ protected:
     /// All at once, each with everything that it can say.
     void expectSecrecy(const std::vector<Attempt>& attempts, const Variables& more = {}) const
     {
-        std::vector<std::future<CommandResult>> results;
+        std::vector<std::future<ProgramResult>> results;
         for (const Attempt& each : attempts) {
-            std::vector<std::string> form = each.form;
+            Words form = each.form;
             form.insert(form.end(), {"--trace", "--json"});
             results.push_back(std::async(std::launch::async, [this, form, more] { return run(form, more); }));
         }
         for (std::size_t i = 0; i < attempts.size(); ++i) {
-            const CommandResult result = results[i].get();
+            const ProgramResult result = results[i].get();
             const std::string all = result.out + result.err;
             EXPECT_EQ(attempts[i].status, result.status) << attempts[i].form[0] << all;
             EXPECT_EQ("", GetParam().shownIn(all, config.user)) << attempts[i].form[0] << all;
-            EXPECT_NE(std::string::npos, all.find("<<")) << attempts[i].form[0] << " was told nothing: " << all;
+            EXPECT_TRUE(holds("<<", all)) << attempts[i].form[0] << " was told nothing: " << all;
         }
     }
 };

@@ -14,17 +14,17 @@ constexpr std::int64_t kMebi = 1048576;
 
 TEST(ProgressText, TellsHowFarAndHowLong)
 {
-    EXPECT_EQ(progressText(12 * kMebi, 48 * kMebi, 2s), "12.0 MiB of 48.0 MiB, 25 %, 6.0 MiB/s, 6 s left");
-    EXPECT_EQ(progressText(kMebi, 1000 * kMebi, 1s), "1.0 MiB of 1000.0 MiB, 0 %, 1.0 MiB/s, 17 min left");
-    EXPECT_EQ(progressText(kMebi, 100000 * kMebi, 1s), "1.0 MiB of 97.7 GiB, 0 %, 1.0 MiB/s, 28 h left");
-    EXPECT_EQ(progressText(1023, 1023, 1s), "1023 B of 1023 B, 100 %, 1023 B/s");
+    EXPECT_EQ("12.0 MiB of 48.0 MiB, 25 %, 6.0 MiB/s, 6 s left", progressText(12 * kMebi, 48 * kMebi, 2s));
+    EXPECT_EQ("1.0 MiB of 1000.0 MiB, 0 %, 1.0 MiB/s, 17 min left", progressText(kMebi, 1000 * kMebi, 1s));
+    EXPECT_EQ("1.0 MiB of 97.7 GiB, 0 %, 1.0 MiB/s, 28 h left", progressText(kMebi, 100000 * kMebi, 1s));
+    EXPECT_EQ("1023 B of 1023 B, 100 %, 1023 B/s", progressText(1023, 1023, 1s));
 }
 
 TEST(ProgressText, LeavesOutWhatIsUnknown)
 {
-    EXPECT_EQ(progressText(2048, 0, 2s), "2.0 KiB, 1.0 KiB/s");
-    EXPECT_EQ(progressText(0, 2048, 5s), "0 B of 2.0 KiB, 0 %");
-    EXPECT_EQ(progressText(512, 2048, 0s), "512 B of 2.0 KiB, 25 %");
+    EXPECT_EQ("2.0 KiB, 1.0 KiB/s", progressText(2048, 0, 2s));
+    EXPECT_EQ("0 B of 2.0 KiB, 0 %", progressText(0, 2048, 5s));
+    EXPECT_EQ("512 B of 2.0 KiB, 25 %", progressText(512, 2048, 0s));
 }
 
 TEST(Progress, IsWrittenOverAndClearedOnce)
@@ -33,11 +33,11 @@ TEST(Progress, IsWrittenOverAndClearedOnce)
     Progress progress(terminal);
     progress.start();
     progress.clear();
-    EXPECT_EQ(terminal.str(), "");
+    EXPECT_EQ("", terminal.str());
     progress.show(1, 0);
     const std::string shown = terminal.str();
-    EXPECT_EQ(shown.find("\r\x1b[K1 B"), 0U);
+    EXPECT_EQ(0U, shown.find("\r\x1b[K1 B"));
     progress.clear();
     progress.clear();
-    EXPECT_EQ(terminal.str(), shown + "\r\x1b[K");
+    EXPECT_EQ(shown + "\r\x1b[K", terminal.str());
 }

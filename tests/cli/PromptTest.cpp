@@ -1,3 +1,5 @@
+#include "support/Lines.h"
+
 #include <base/Descriptor.h>
 #include <base/UsageError.h>
 #include <credentials/Password.h>
@@ -71,7 +73,7 @@ public:
 
     void type(const std::string& keys) const
     {
-        ASSERT_EQ(write(m_keyboard, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+        ASSERT_EQ(static_cast<ssize_t>(keys.size()), write(m_keyboard, keys.data(), keys.size()));
     }
 
     /// What the child read, or how it refused.
@@ -147,33 +149,33 @@ constexpr char kQuestion[] = "Password of me: ";
 TEST(Prompt, TakesALineAndDoesNotShowIt)
 {
     const Prompt prompt;
-    EXPECT_EQ(prompt.shownUpTo(kQuestion), kQuestion);
+    EXPECT_EQ(kQuestion, prompt.shownUpTo(kQuestion));
     EXPECT_FALSE(prompt.echoes());
     prompt.type("top secret\n");
-    EXPECT_EQ(prompt.answer(), "top secret");
-    EXPECT_EQ(prompt.ended(), 0);
-    EXPECT_EQ(prompt.shownRest(), "\r\n");
+    EXPECT_EQ("top secret", prompt.answer());
+    EXPECT_EQ(0, prompt.ended());
+    EXPECT_EQ("\r\n", prompt.shownRest());
     EXPECT_TRUE(prompt.echoes());
 }
 
 TEST(Prompt, RefusesAnEmptyInputAndRestoresTheTerminal)
 {
     const Prompt prompt;
-    EXPECT_EQ(prompt.shownUpTo(kQuestion), kQuestion);
+    EXPECT_EQ(kQuestion, prompt.shownUpTo(kQuestion));
     prompt.type("\x04");
-    EXPECT_EQ(prompt.answer(), "No password was typed.");
-    EXPECT_EQ(prompt.ended(), 0);
+    EXPECT_EQ("No password was typed.", prompt.answer());
+    EXPECT_EQ(0, prompt.ended());
     EXPECT_TRUE(prompt.echoes());
 }
 
 TEST(Prompt, RefusesATooLongLineAndRestoresTheTerminal)
 {
     const Prompt prompt;
-    EXPECT_EQ(prompt.shownUpTo(kQuestion), kQuestion);
+    EXPECT_EQ(kQuestion, prompt.shownUpTo(kQuestion));
     prompt.type(std::string(kLongestPassword + 1, 'x') + "\n");
-    EXPECT_EQ(prompt.answer(), "The password must not be longer than 1023 bytes.");
-    EXPECT_EQ(prompt.ended(), 0);
-    EXPECT_EQ(prompt.shownRest(), "");
+    EXPECT_EQ("The password must not be longer than 1023 bytes.", prompt.answer());
+    EXPECT_EQ(0, prompt.ended());
+    EXPECT_EQ("", prompt.shownRest());
     EXPECT_TRUE(prompt.echoes());
 }
 
@@ -182,8 +184,8 @@ TEST(Prompt, TakesNothingThatWasTypedBeforeTheQuestion)
     const Prompt prompt("typed ahead\n");
     prompt.shownUpTo(kQuestion);
     prompt.type("top secret\n");
-    EXPECT_EQ(prompt.answer(), "top secret");
-    EXPECT_EQ(prompt.ended(), 0);
+    EXPECT_EQ("top secret", prompt.answer());
+    EXPECT_EQ(0, prompt.ended());
 }
 
 TEST(Prompt, LeavesNothingOfATooLongLineForTheShell)
@@ -191,9 +193,9 @@ TEST(Prompt, LeavesNothingOfATooLongLineForTheShell)
     const Prompt prompt;
     prompt.shownUpTo(kQuestion);
     prompt.type(std::string(2 * kLongestPassword, 'x') + "\n");
-    EXPECT_EQ(prompt.answer(), "The password must not be longer than 1023 bytes.");
-    EXPECT_EQ(prompt.ended(), 0);
-    EXPECT_EQ(prompt.unread(), 0);
+    EXPECT_EQ("The password must not be longer than 1023 bytes.", prompt.answer());
+    EXPECT_EQ(0, prompt.ended());
+    EXPECT_EQ(0, prompt.unread());
 }
 
 // A stop would leave the shell with a terminal that shows nothing.
@@ -206,18 +208,18 @@ TEST(Prompt, PutsOffWhatWouldStopOrEndIt)
     }
     EXPECT_FALSE(prompt.putsOff(SIGUSR1));
     prompt.type("\n");
-    EXPECT_EQ(prompt.ended(), 0);
+    EXPECT_EQ(0, prompt.ended());
 }
 
 TEST(Prompt, RestoresTheTerminalBeforeASignalEndsTheProcess)
 {
     const Prompt prompt;
-    EXPECT_EQ(prompt.shownUpTo(kQuestion), kQuestion);
+    EXPECT_EQ(kQuestion, prompt.shownUpTo(kQuestion));
     EXPECT_FALSE(prompt.echoes());
     prompt.type("half a sec\x03");
-    EXPECT_EQ(prompt.answer(), "");
+    EXPECT_EQ("", prompt.answer());
     const int ended = prompt.ended();
     EXPECT_TRUE(WIFSIGNALED(ended) && WTERMSIG(ended) == SIGINT) << ended;
     EXPECT_TRUE(prompt.echoes());
-    EXPECT_EQ(prompt.shownRest().find("half"), std::string::npos);
+    EXPECT_FALSE(holds("half", prompt.shownRest()));
 }

@@ -55,12 +55,14 @@ protected:
 TEST_F(ProxyVariables, AreTheOnesThatLibcurlTakes)
 {
     for (const std::string name : kVariables) {
+        SCOPED_TRACE(name);
         for (const std::string scheme : {"ftp", "ftps", "sftp"}) {
+            SCOPED_TRACE(name + " of " + scheme);
             const std::string url = scheme + "://127.0.0.1:7/";
             setenv(name.c_str(), kProxy, 1);
             const bool taken = libcurlTakesProxy(url);
             const ProxyEnvironment proxies;
-            EXPECT_EQ(proxies.variableFor(url), taken ? name : "") << url;
+            EXPECT_EQ(taken ? name : "", proxies.variableFor(url)) << url;
             EXPECT_FALSE(libcurlTakesProxy(url)) << name << " is still there";
             clear();
         }
@@ -77,28 +79,29 @@ TEST_F(ProxyVariables, HaveAnOrder)
             // libcurl counts an empty one as none.
             setenv(order[i].c_str(), i < first ? "" : kProxy, 1);
         }
-        EXPECT_EQ(ProxyEnvironment().variableFor("ftps://host/"), order[first]);
+        EXPECT_EQ(order[first], ProxyEnvironment().variableFor("ftps://host/"));
     }
-    EXPECT_EQ(ProxyEnvironment().variableFor("ftps://host/"), "");
+    EXPECT_EQ("", ProxyEnvironment().variableFor("ftps://host/"));
 }
 
 TEST_F(ProxyVariables, AreOverruledByTheExceptions)
 {
     for (const char* const name : {"no_proxy", "NO_PROXY"}) {
+        SCOPED_TRACE(name);
         for (const std::string exception : {"", "*", "127.0.0.1", "127.0.0.2", "localhost, 127.0.0.1"}) {
             setenv("ALL_PROXY", kProxy, 1);
             setenv(name, exception.c_str(), 1);
             const bool taken = libcurlTakesProxy("ftp://127.0.0.1:7/");
-            EXPECT_EQ(ProxyEnvironment().variableFor("ftp://127.0.0.1:7/"), taken ? "ALL_PROXY" : "") << exception;
+            EXPECT_EQ(taken ? "ALL_PROXY" : "", ProxyEnvironment().variableFor("ftp://127.0.0.1:7/")) << exception;
             clear();
         }
     }
     setenv("ALL_PROXY", kProxy, 1);
     setenv("no_proxy", "backup.example.com", 1);
     const ProxyEnvironment proxies;
-    EXPECT_EQ(proxies.variableFor("ftps://backup.example.com:990/weekly/"), "");
-    EXPECT_EQ(proxies.variableFor("ftps://[::1]/weekly/"), "ALL_PROXY");
-    EXPECT_EQ(proxies.variableFor("ftps://other.example.com/weekly/"), "ALL_PROXY");
+    EXPECT_EQ("", proxies.variableFor("ftps://backup.example.com:990/weekly/"));
+    EXPECT_EQ("ALL_PROXY", proxies.variableFor("ftps://[::1]/weekly/"));
+    EXPECT_EQ("ALL_PROXY", proxies.variableFor("ftps://other.example.com/weekly/"));
 }
 
 TEST_F(Served, GoesThroughNoProxyOfTheEnvironment)
@@ -116,15 +119,14 @@ TEST_F(Served, GoesThroughNoProxyOfTheEnvironment)
     for (const testserver::TlsMode mode : {testserver::TlsMode::Explicit, testserver::TlsMode::Implicit}) {
         config.tls = mode;
         serve();
-        for (const std::vector<std::string>& form :
-             std::vector<std::vector<std::string>>{{"test", url()},
-                                                   {"put", "file", url()},
-                                                   {"ls", url()},
-                                                   {"get", url("/file"), "got"},
-                                                   {"mv", url(), "file", "moved"},
-                                                   {"rm", url(), "moved"}}) {
-            EXPECT_EQ(run(form, variables).status, 0) << form[0];
+        for (const Words& form : std::vector<Words>{{"test", url()},
+                                                    {"put", "file", url()},
+                                                    {"ls", url()},
+                                                    {"get", url("/file"), "got"},
+                                                    {"mv", url(), "file", "moved"},
+                                                    {"rm", url(), "moved"}}) {
+            EXPECT_TRUE(exited(0, run(form, variables))) << form[0];
         }
     }
-    EXPECT_EQ(proxy.transcripts().size(), 0U);
+    EXPECT_EQ(0U, proxy.transcripts().size());
 }

@@ -10,7 +10,7 @@ namespace {
 struct Refusal
 {
     std::string fault;
-    std::vector<std::string> form;
+    Words form;
     std::string result; // the last line
     std::string reply;
     std::string hint; // its beginning
@@ -24,17 +24,17 @@ protected:
         writeFile(local("file"), "contents");
         writeFile(served("file"), "contents");
         serve({refusal.fault});
-        std::vector<std::string> form = refusal.form;
+        Words form = refusal.form;
         for (std::string& word : form) {
             word = word.front() == '/' ? url(word) : word;
         }
         form.emplace_back("--json");
-        const CommandResult result = run(form);
-        EXPECT_EQ(lastLine(result.err), refusal.result);
-        EXPECT_NE(result.err.find("\nhint: " + refusal.hint), std::string::npos) << result.err;
+        const ProgramResult result = run(form);
+        EXPECT_EQ(refusal.result, lastLine(result.err));
+        EXPECT_TRUE(holds("\nhint: " + refusal.hint, result.err));
         const nlohmann::json object = nlohmann::json::parse(result.out);
-        EXPECT_EQ(object.value("reply", ""), refusal.reply) << result.out;
-        EXPECT_EQ(object["hint"].get<std::string>().find(refusal.hint), 0U) << result.out;
+        EXPECT_EQ(refusal.reply, object.value("reply", "")) << result.out;
+        EXPECT_EQ(0U, object["hint"].get<std::string>().find(refusal.hint)) << result.out;
     }
 };
 
@@ -87,19 +87,17 @@ TEST_F(Replies, AreToldFromThoseToTheGoodbye)
 TEST_F(Replies, AreNotToldOfASuccess)
 {
     serve();
-    const CommandResult result = run({"test", url(), "--json"});
-    EXPECT_EQ(lastLine(result.err), "test: 0 No error");
-    EXPECT_EQ(nlohmann::json::parse(result.out).count("reply"), 0U);
+    const ProgramResult result = run({"test", url(), "--json"});
+    EXPECT_EQ("test: 0 No error", lastLine(result.err));
+    EXPECT_EQ(0U, nlohmann::json::parse(result.out).count("reply"));
 }
 
 TEST_F(Replies, AreToldBeforeTheNextTry)
 {
     serve({"GREETING=reply:421 too many"});
-    const CommandResult result = run({"ls", url(), "--retry=1", "--retry-delay=0", "--quiet"});
-    EXPECT_NE(
-        result.err.find("\nls: 28 Timeout was reached (the server's last reply: 421 too many); trying again in 0 s\n"),
-        std::string::npos)
-        << result.err;
+    const ProgramResult result = run({"ls", url(), "--retry=1", "--retry-delay=0", "--quiet"});
+    EXPECT_TRUE(holds("\nls: 28 Timeout was reached (the server's last reply: 421 too many); trying again in 0 s\n",
+                      result.err));
 }
 
 TEST(ResultLine, HasTheReplyInOneLine)
@@ -108,7 +106,7 @@ TEST(ResultLine, HasTheReplyInOneLine)
     result.operation = "put";
     result.code = 25;
     result.text = "no";
-    EXPECT_EQ(lineOf(result), "put: 25 no");
+    EXPECT_EQ("put: 25 no", lineOf(result));
     result.reply = "552 a\r\nb";
-    EXPECT_EQ(lineOf(result), "put: 25 no (the server's last reply: 552 a\\r\\nb)");
+    EXPECT_EQ("put: 25 no (the server's last reply: 552 a\\r\\nb)", lineOf(result));
 }

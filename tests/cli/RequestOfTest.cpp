@@ -1,4 +1,6 @@
-#include "harness/TextFile.h"
+
+#include "support/TemporaryFolder.h"
+#include "support/Thrown.h"
 
 #include <base/RequestOf.h>
 #include <base/UsageError.h>
@@ -7,8 +9,6 @@
 
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <filesystem>
 
 using namespace std::string_literals;
 
@@ -28,12 +28,7 @@ Arguments argumentsFor(Operation operation)
 
 std::string refusalOf(const Arguments& arguments)
 {
-    try {
-        requestOf(arguments);
-    } catch (const UsageError& error) {
-        return error.what();
-    }
-    return "taken";
+    return thrownBy<UsageError>([&] { requestOf(arguments); });
 }
 
 std::string refusalOf(Operation operation, const std::string& local)
@@ -44,28 +39,21 @@ std::string refusalOf(Operation operation, const std::string& local)
 }
 
 /// Files that are none, in a folder of their own.
-class OddFiles
+struct OddFiles
 {
-public:
     OddFiles()
     {
-        EXPECT_NE(mkdtemp(m_folder), nullptr);
-        EXPECT_EQ(mkfifo(pipe().c_str(), 0600), 0);
-        EXPECT_EQ(mknod(socket().c_str(), S_IFSOCK | 0600, 0), 0);
-        EXPECT_EQ(symlink("/dev/stdout", linkToOutput().c_str()), 0);
-        EXPECT_EQ(symlink("regular", link().c_str()), 0);
+        EXPECT_EQ(0, mkfifo(pipe.c_str(), 0600));
+        EXPECT_EQ(0, mknod(socket.c_str(), S_IFSOCK | 0600, 0));
+        EXPECT_EQ(0, symlink("/dev/stdout", linkToOutput.c_str()));
+        EXPECT_EQ(0, symlink("regular", link.c_str()));
     }
-    ~OddFiles() { std::filesystem::remove_all(m_folder); }
-    OddFiles(const OddFiles&) = delete;
-    OddFiles& operator=(const OddFiles&) = delete;
 
-    std::string pipe() const { return std::string(m_folder) + "/pipe"; }
-    std::string socket() const { return std::string(m_folder) + "/socket"; }
-    std::string linkToOutput() const { return std::string(m_folder) + "/output"; }
-    std::string link() const { return std::string(m_folder) + "/link"; }
-
-private:
-    char m_folder[32] = "/tmp/sftpclient-odd-XXXXXX";
+    const TemporaryFolder folder;
+    const std::string pipe = folder.file("pipe");
+    const std::string socket = folder.file("socket");
+    const std::string linkToOutput = folder.file("output");
+    const std::string link = folder.file("link");
 };
 
 } // namespace
@@ -73,20 +61,20 @@ private:
 TEST(RequestOf, FillsInWhatATransferReads)
 {
     const SFtpRequest request = requestOf(argumentsFor(Operation::Get));
-    EXPECT_EQ(request.remotePath, "ftps://host/dir/");
-    EXPECT_EQ(request.localPath, "local");
-    EXPECT_EQ(request.userName, "");
-    EXPECT_EQ(request.password, "");
-    EXPECT_EQ(request.caCert, "none");
-    EXPECT_EQ(request.port, 990U);
+    EXPECT_EQ("ftps://host/dir/", request.remotePath);
+    EXPECT_EQ("local", request.localPath);
+    EXPECT_EQ("", request.userName);
+    EXPECT_EQ("", request.password);
+    EXPECT_EQ("none", request.caCert);
+    EXPECT_EQ(990U, request.port);
 }
 
 TEST(RequestOf, PutsTheNewNameWhereARenameReadsIt)
 {
     const SFtpRequest request = requestOf(argumentsFor(Operation::Move));
-    EXPECT_EQ(request.remotePath, "ftps://host:990/dir/");
-    EXPECT_EQ(request.remoteFileName, "old");
-    EXPECT_EQ(request.localPath, "new");
+    EXPECT_EQ("ftps://host:990/dir/", request.remotePath);
+    EXPECT_EQ("old", request.remoteFileName);
+    EXPECT_EQ("new", request.localPath);
 }
 
 TEST(RequestOf, CompletesTheUrlOfADelete)
@@ -94,9 +82,9 @@ TEST(RequestOf, CompletesTheUrlOfADelete)
     Arguments arguments = argumentsFor(Operation::Remove);
     arguments.port = 2121;
     const SFtpRequest request = requestOf(arguments);
-    EXPECT_EQ(request.remotePath, "ftps://host:2121/dir/");
-    EXPECT_EQ(request.remoteFileName, "old");
-    EXPECT_EQ(request.port, 2121U);
+    EXPECT_EQ("ftps://host:2121/dir/", request.remotePath);
+    EXPECT_EQ("old", request.remoteFileName);
+    EXPECT_EQ(2121U, request.port);
 }
 
 TEST(RequestOf, ReadsTheCertificateByteForByte)
@@ -105,7 +93,7 @@ TEST(RequestOf, ReadsTheCertificateByteForByte)
     const TextFile file(bytes);
     Arguments arguments = argumentsFor(Operation::Get);
     arguments.ca = file.path();
-    EXPECT_EQ(requestOf(arguments).caCert, bytes);
+    EXPECT_EQ(bytes, requestOf(arguments).caCert);
 }
 
 TEST(RequestOf, RefusesACertificateThatItCannotRead)
@@ -118,8 +106,9 @@ TEST(RequestOf, RefusesACertificateThatItCannotRead)
                                                                    {"/dev/zero", "it is larger than 1024 KiB"}};
     for (const auto& reason : reasons) {
         arguments.ca = reason.first;
-        EXPECT_EQ(refusalOf(arguments), "The CA certificate " + reason.first + " cannot be read (" + reason.second +
-                                            "): name a PEM or DER file.");
+        EXPECT_EQ("The CA certificate " + reason.first + " cannot be read (" + reason.second +
+                      "): name a PEM or DER file.",
+                  refusalOf(arguments));
     }
 }
 
@@ -131,11 +120,12 @@ TEST(RequestOf, AsksForTheCertificateWhereTheOperationReadsIt)
         Arguments arguments = argumentsFor(operation);
         arguments.local = local.path();
         arguments.ca = "";
-        EXPECT_EQ(refusalOf(arguments), operation == Operation::Put ? "taken"
-                                                                    : "The server's CA certificate is missing: give "
-                                                                      "--ca FILE or --ca none.");
+        EXPECT_EQ(operation == Operation::Put ? kNothingThrown
+                                              : "The server's CA certificate is missing: give "
+                                                "--ca FILE or --ca none.",
+                  refusalOf(arguments));
         arguments.url = "sftp://host/dir/";
-        EXPECT_EQ(refusalOf(arguments), "taken");
+        EXPECT_EQ(kNothingThrown, refusalOf(arguments));
     }
 }
 
@@ -144,16 +134,17 @@ TEST(RequestOf, RefusesNamesThatBreakACommand)
     const std::string control = " must not hold a control byte (a line break, a tab, ...).";
     const std::string split = " must not be empty or hold a blank: the server's command is split there.";
     for (const std::string& name : {"a\nb"s, "a\tb"s, "a\0b"s, "a\x7f"s, ""s, "a b"s, " "s}) {
+        SCOPED_TRACE(testing::PrintToString(name));
         const std::string refusal = name.empty() || name.find(' ') != std::string::npos ? split : control;
         Arguments move = argumentsFor(Operation::Move);
         move.remoteName = name;
-        EXPECT_EQ(refusalOf(move), "OLD" + refusal);
+        EXPECT_EQ("OLD" + refusal, refusalOf(move));
         move = argumentsFor(Operation::Move);
         move.newName = name;
-        EXPECT_EQ(refusalOf(move), "NEW" + refusal);
+        EXPECT_EQ("NEW" + refusal, refusalOf(move));
         Arguments remove = argumentsFor(Operation::Remove);
         remove.remoteName = name;
-        EXPECT_EQ(refusalOf(remove), "NAME" + refusal);
+        EXPECT_EQ("NAME" + refusal, refusalOf(remove));
     }
 }
 
@@ -162,8 +153,8 @@ TEST(RequestOf, NamesTheLocalFileAsTheUrlDoes)
     Arguments arguments = argumentsFor(Operation::Get);
     arguments.local = "";
     arguments.url = "ftps://me@host/dir/a%20b.bak";
-    EXPECT_EQ(requestOf(arguments).localPath, "a b.bak");
-    EXPECT_EQ(requestOf(arguments).remotePath, "ftps://host/dir/a%20b.bak");
+    EXPECT_EQ("a b.bak", requestOf(arguments).localPath);
+    EXPECT_EQ("ftps://host/dir/a%20b.bak", requestOf(arguments).remotePath);
 }
 
 TEST(RequestOf, NamesTheRemoteFileAsTheLocalOne)
@@ -172,21 +163,21 @@ TEST(RequestOf, NamesTheRemoteFileAsTheLocalOne)
     const std::string name = local.path().substr(local.path().rfind('/') + 1);
     Arguments arguments = argumentsFor(Operation::Put);
     arguments.local = local.path();
-    EXPECT_EQ(requestOf(arguments).remotePath, "ftps://host/dir/" + name);
-    EXPECT_EQ(requestOf(arguments).localPath, local.path());
+    EXPECT_EQ("ftps://host/dir/" + name, requestOf(arguments).remotePath);
+    EXPECT_EQ(local.path(), requestOf(arguments).localPath);
 }
 
 TEST(RequestOf, RefusesALocalFileThatTheLibraryCouldNotOpen)
 {
-    EXPECT_EQ(refusalOf(Operation::Put, "/nowhere/local"),
-              "The file /nowhere/local cannot be read (No such file or directory): name one that can be.");
-    EXPECT_EQ(refusalOf(Operation::Put, "/dev/null/local"),
-              "The file /dev/null/local cannot be read (Not a directory): name one that can be.");
+    EXPECT_EQ("The file /nowhere/local cannot be read (No such file or directory): name one that can be.",
+              refusalOf(Operation::Put, "/nowhere/local"));
+    EXPECT_EQ("The file /dev/null/local cannot be read (Not a directory): name one that can be.",
+              refusalOf(Operation::Put, "/dev/null/local"));
     for (const Operation operation : {Operation::Get, Operation::List}) {
-        EXPECT_EQ(refusalOf(operation, "/dev/null/local"),
-                  "The file /dev/null/local cannot be written (Not a directory): name one that can be.");
-        EXPECT_EQ(refusalOf(operation, "/nowhere/local"),
-                  "The file /nowhere/local cannot be written (No such file or directory): name one that can be.");
+        EXPECT_EQ("The file /dev/null/local cannot be written (Not a directory): name one that can be.",
+                  refusalOf(operation, "/dev/null/local"));
+        EXPECT_EQ("The file /nowhere/local cannot be written (No such file or directory): name one that can be.",
+                  refusalOf(operation, "/nowhere/local"));
     }
 }
 
@@ -194,13 +185,13 @@ TEST(RequestOf, RefusesToSendWhatIsNoRegularFile)
 {
     const OddFiles odd;
     const std::string remedy = ": put sends regular files alone; write the contents into one first.";
-    EXPECT_EQ(refusalOf(Operation::Put, "/"), "/ is a directory" + remedy);
-    EXPECT_EQ(refusalOf(Operation::Put, "/dev/null"), "/dev/null is a device" + remedy);
-    EXPECT_EQ(refusalOf(Operation::Put, odd.pipe()), odd.pipe() + " is a pipe" + remedy);
-    EXPECT_EQ(refusalOf(Operation::Put, odd.socket()), odd.socket() + " is a socket" + remedy);
-    EXPECT_EQ(refusalOf(Operation::Put, "/proc/self/status"),
-              "/proc/self/status does not tell its size: copy it into a regular file first.");
-    EXPECT_EQ(refusalOf(Operation::Put, TextFile("").path()), "taken");
+    EXPECT_EQ("/ is a directory" + remedy, refusalOf(Operation::Put, "/"));
+    EXPECT_EQ("/dev/null is a device" + remedy, refusalOf(Operation::Put, "/dev/null"));
+    EXPECT_EQ(odd.pipe + " is a pipe" + remedy, refusalOf(Operation::Put, odd.pipe));
+    EXPECT_EQ(odd.socket + " is a socket" + remedy, refusalOf(Operation::Put, odd.socket));
+    EXPECT_EQ("/proc/self/status does not tell its size: copy it into a regular file first.",
+              refusalOf(Operation::Put, "/proc/self/status"));
+    EXPECT_EQ(kNothingThrown, refusalOf(Operation::Put, TextFile("").path()));
 }
 
 TEST(RequestOf, RefusesToWriteWhatIsNoRegularFile)
@@ -209,26 +200,26 @@ TEST(RequestOf, RefusesToWriteWhatIsNoRegularFile)
     const std::string ofGet = ": name a regular file.";
     const std::string ofList = ": name a regular file, or leave it out for the names on standard output.";
     for (const auto& each : {std::make_pair(Operation::Get, ofGet), std::make_pair(Operation::List, ofList)}) {
-        EXPECT_EQ(refusalOf(each.first, "/"), "/ is a directory" + each.second);
-        EXPECT_EQ(refusalOf(each.first, "/dev/full"), "/dev/full is a device" + each.second);
-        EXPECT_EQ(refusalOf(each.first, odd.pipe()), odd.pipe() + " is a pipe" + each.second);
+        EXPECT_EQ("/ is a directory" + each.second, refusalOf(each.first, "/"));
+        EXPECT_EQ("/dev/full is a device" + each.second, refusalOf(each.first, "/dev/full"));
+        EXPECT_EQ(odd.pipe + " is a pipe" + each.second, refusalOf(each.first, odd.pipe));
         for (const std::string file : {"/dev/stdout", "/dev/fd/1", "/proc/self/fd/1", "/dev/stderr", "/dev/fd/2"}) {
-            EXPECT_EQ(refusalOf(each.first, file), file + " is an open file of the command itself" + each.second);
+            EXPECT_EQ(file + " is an open file of the command itself" + each.second, refusalOf(each.first, file));
         }
-        EXPECT_EQ(refusalOf(each.first, odd.linkToOutput()),
-                  odd.linkToOutput() + " is an open file of the command itself" + each.second);
-        EXPECT_EQ(refusalOf(each.first, "/dev/null"), "taken");
-        EXPECT_EQ(refusalOf(each.first, odd.link()), "taken");
+        EXPECT_EQ(odd.linkToOutput + " is an open file of the command itself" + each.second,
+                  refusalOf(each.first, odd.linkToOutput));
+        EXPECT_EQ(kNothingThrown, refusalOf(each.first, "/dev/null"));
+        EXPECT_EQ(kNothingThrown, refusalOf(each.first, odd.link));
     }
 }
 
 TEST(RequestOf, RefusesALastNameThatIsADirectoryHere)
 {
     const std::string folder = "requestof-" + std::to_string(getpid());
-    ASSERT_EQ(mkdir(folder.c_str(), 0700), 0);
+    ASSERT_EQ(0, mkdir(folder.c_str(), 0700));
     Arguments arguments = argumentsFor(Operation::Get);
     arguments.local = "";
     arguments.url = "ftps://host/" + folder;
-    EXPECT_EQ(refusalOf(arguments), folder + " is a directory: name a regular file.");
-    EXPECT_EQ(rmdir(folder.c_str()), 0);
+    EXPECT_EQ(folder + " is a directory: name a regular file.", refusalOf(arguments));
+    EXPECT_EQ(0, rmdir(folder.c_str()));
 }

@@ -5,10 +5,10 @@
 
 TEST(ResultName, IsLibcurls)
 {
-    EXPECT_EQ(nameOfResult(0), "CURLE_OK");
-    EXPECT_EQ(nameOfResult(67), "CURLE_LOGIN_DENIED");
-    EXPECT_EQ(nameOfResult(-1), "LIBRARY_FAILURE");
-    EXPECT_EQ(nameOfResult(200), "CURLE_200");
+    EXPECT_EQ("CURLE_OK", nameOfResult(0));
+    EXPECT_EQ("CURLE_LOGIN_DENIED", nameOfResult(67));
+    EXPECT_EQ("LIBRARY_FAILURE", nameOfResult(-1));
+    EXPECT_EQ("CURLE_200", nameOfResult(200));
 }
 
 // What libcurl has a text for, it has a name for as well.
@@ -18,6 +18,6 @@ TEST(ResultName, IsThereForEveryCodeInUse)
     const std::string unused = curl_easy_strerror(static_cast<CURLcode>(20));
     for (int code = 0; code <= kLastOfLibcurl788; ++code) {
         const bool inUse = curl_easy_strerror(static_cast<CURLcode>(code)) != unused;
-        EXPECT_EQ(nameOfResult(code) != "CURLE_" + std::to_string(code), inUse) << code;
+        EXPECT_EQ(inUse, nameOfResult(code) != "CURLE_" + std::to_string(code)) << code;
     }
 }

@@ -1,60 +1,35 @@
 #include "harness/Served.h"
 #include "harness/TerminalCommand.h"
-#include "harness/TextFile.h"
+#include "support/PlantedPassword.h"
 
 #include <base/PercentCode.h>
 
-#include <openssl/evp.h>
-
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 
 namespace {
-
-// A percent-encoded text with small letters in its codes.
-std::string lowerCased(std::string text)
-{
-    for (std::string::size_type i = 0; i + 2 < text.size(); ++i) {
-        if (text[i] == '%') {
-            text[i + 1] = static_cast<char>(std::tolower(text[i + 1]));
-            text[i + 2] = static_cast<char>(std::tolower(text[i + 2]));
-        }
-    }
-    return text;
-}
-
-std::string base64(const std::string& text)
-{
-    std::string encoded(4 * (text.size() / 3 + 1) + 1, '\0');
-    const int size =
-        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(encoded.data()),
-                        reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
-    encoded.resize(static_cast<std::size_t>(size));
-    return encoded.substr(0, encoded.find('='));
-}
 
 class Secrecy : public Served
 {
 protected:
     void expectNoPassword(const std::string& text, const std::string& where) const
     {
-        for (const std::string& form : {config.password, percentEncoded(config.password), lowerCaseEncoded()}) {
-            EXPECT_EQ(text.find(form), std::string::npos) << where << " holds the password: " << text;
+        for (const std::string& form : PlantedPassword{"", config.password}.forms(config.user)) {
+            SCOPED_TRACE(testing::PrintToString(form));
+            EXPECT_FALSE(holds(form, text)) << where;
         }
     }
 
     void expectNoPasswordInFiles() const
     {
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder())) {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
             expectNoPassword(entry.path(), "a file's name");
             if (entry.is_regular_file()) {
-                expectNoPassword(contentsOf(entry.path()), entry.path());
+                expectNoPassword(contentOf(entry.path()), entry.path());
             }
         }
     }
 
-    std::vector<std::vector<std::string>> everyOperation() const
+    std::vector<Words> everyOperation() const
     {
         return {{"test", url()},
                 {"put", "sent", url("/new/")},
@@ -65,9 +40,6 @@ protected:
                 {"mv", url("/new/"), "sent", "moved"},
                 {"rm", url("/new/"), "moved"}};
     }
-
-private:
-    std::string lowerCaseEncoded() const { return lowerCased(percentEncoded(config.password)); }
 };
 
 } // namespace
@@ -78,10 +50,10 @@ TEST_F(Secrecy, HoldsForEveryOperationWithEveryOutput)
         config.tls = mode;
         writeFile(local("sent"), "contents");
         serve();
-        for (std::vector<std::string> form : everyOperation()) {
+        for (Words form : everyOperation()) {
             form.insert(form.end(), {"--trace", "--json", "--retry=1", "--retry-delay=0"});
-            const CommandResult result = run(form);
-            EXPECT_NE(result.err.find("> PASS ****"), std::string::npos) << form[0] << result.err;
+            const ProgramResult result = run(form);
+            EXPECT_TRUE(holds("> PASS ****", result.err)) << form[0] << result.err;
             expectNoPassword(result.out, "standard output of " + form[0]);
             expectNoPassword(result.err, "standard error of " + form[0]);
         }
@@ -92,11 +64,11 @@ TEST_F(Secrecy, HoldsForEveryOperationWithEveryOutput)
 TEST_F(Secrecy, HoldsForARefusedLogin)
 {
     serve({"PASS=reply:530 the password p@ss w%rd/7 of backup is wrong"});
-    for (std::vector<std::string> form : everyOperation()) {
+    for (Words form : everyOperation()) {
         writeFile(local("sent"), "contents");
         form.emplace_back("--trace");
-        const CommandResult result = run(form);
-        EXPECT_NE(result.err.find("530 the password **** of **** is wrong"), std::string::npos) << result.err;
+        const ProgramResult result = run(form);
+        EXPECT_TRUE(holds("530 the password **** of **** is wrong", result.err));
         expectNoPassword(result.out, "standard output of " + form[0]);
         expectNoPassword(result.err, "standard error of " + form[0]);
     }
@@ -107,8 +79,9 @@ TEST_F(Secrecy, HoldsAtATerminalWithoutATrace)
 {
     writeFile(local("sent"), "contents");
     serve();
-    for (const std::vector<std::string>& form : everyOperation()) {
-        TerminalCommand command(withCa(form), environment(), local(""));
+    for (const Words& form : everyOperation()) {
+        SCOPED_TRACE(testing::PrintToString(form));
+        TerminalCommand command(setupOf(form));
         command.wait();
         expectNoPassword(command.shown(), "the terminal of " + form[0]);
     }
@@ -117,24 +90,23 @@ TEST_F(Secrecy, HoldsAtATerminalWithoutATrace)
 // Whatever the password is, and in whatever form the server repeats it; a reply's code stays what it is.
 TEST_F(Secrecy, HoldsForEveryFormInAReply)
 {
-    const std::string user = "backup";
     for (const std::string password :
          {"220", "550", "2", "0", "CWD", "p@ss w%rd/7", "a \"b", "\xc3\xa4\xe2\x82\xac", "%5b"}) {
+        SCOPED_TRACE(password);
         config.password = password;
-        std::string escaped;
-        std::string forms = "[" + percentEncoded(password) + "][" + lowerCased(percentEncoded(password)) + "][";
-        for (const char each : password) {
-            // The fault's own backslashes are doubled.
-            escaped += "\\\\" + std::string(1, each);
+        std::string forms;
+        std::string hidden;
+        for (const std::string& form : PlantedPassword{"", password}.forms(config.user)) {
+            forms += "[" + asFault(form.substr(0, form.find('='))) + "]";
+            hidden += "[****]";
         }
-        forms += escaped + "][" + base64(user + ":" + password) + "][" + password + "]";
         serve({"CWD=reply:550-" + forms + "\\r\\n550 " + forms});
-        const CommandResult result = run({"ls", url("/d/"), "--json", "--trace", "--quiet"});
-        const std::string hidden = "[****][****][****][****][****]";
-        EXPECT_EQ(lastLine(result.err), "ls: 78 Access denied to remote resource (the server's last reply: 550 " +
-                                            hidden + " " + hidden + ")");
-        EXPECT_NE(result.err.find("\n< 550-" + hidden + "\n< 550 " + hidden + "\n"), std::string::npos) << result.err;
-        EXPECT_NE(result.out.find("\"reply\":\"550 " + hidden + " " + hidden + "\""), std::string::npos) << result.out;
+        const ProgramResult result = run({"ls", url("/d/"), "--json", "--trace", "--quiet"});
+        EXPECT_EQ("ls: 78 Access denied to remote resource (the server's last reply: 550 " + hidden + " " + hidden +
+                      ")",
+                  lastLine(result.err));
+        EXPECT_TRUE(holds("\n< 550-" + hidden + "\n< 550 " + hidden + "\n", result.err));
+        EXPECT_TRUE(holds("\"reply\":\"550 " + hidden + " " + hidden + "\"", result.out));
     }
 }
 
@@ -142,13 +114,13 @@ TEST_F(Secrecy, HoldsForWrongUsage)
 {
     serve();
     const std::string password = percentEncoded(config.password);
-    for (const std::vector<std::string>& form :
-         std::vector<std::vector<std::string>>{{"test", "ftp://backup:" + password + "@localhost/"},
-                                               {"test", url(), "--password", config.password},
-                                               {"test", url(), "--password=" + config.password},
-                                               {"test", url(), "-p" + config.password}}) {
-        const CommandResult result = run(form);
-        EXPECT_EQ(result.status, 2);
+    for (const Words& form : std::vector<Words>{{"test", "ftp://backup:" + password + "@localhost/"},
+                                                {"test", url(), "--password", config.password},
+                                                {"test", url(), "--password=" + config.password},
+                                                {"test", url(), "-p" + config.password}}) {
+        SCOPED_TRACE(testing::PrintToString(form));
+        const ProgramResult result = run(form);
+        EXPECT_TRUE(exited(2, result));
         expectNoPassword(result.out + result.err, "the refusal");
     }
 }

@@ -1,6 +1,6 @@
 // What was read of a secret is overwritten before its memory is released.
-#include "harness/TextFile.h"
 #include "support/Memory.h"
+#include "support/TemporaryFolder.h"
 
 #include <base/WipedAtEnd.h>
 #include <credentials/Netrc.h>
@@ -53,10 +53,10 @@ TEST_F(SecretMemory, OfAPasswordFileIsWiped)
         std::string password;
         const WipedAtEnd wiped(password);
         readPasswordFile(file.path(), password);
-        EXPECT_EQ(password, kPassword);
+        EXPECT_EQ(kPassword, password);
     }
     EXPECT_GE(released, 1U);
-    EXPECT_EQ(leaked, 0U);
+    EXPECT_EQ(0U, leaked);
 }
 
 TEST_F(SecretMemory, OfANetrcFileIsWiped)
@@ -68,10 +68,10 @@ TEST_F(SecretMemory, OfANetrcFileIsWiped)
         std::string password;
         const WipedAtEnd wiped(password);
         EXPECT_TRUE(readNetrc(file.path(), "host", user, password));
-        EXPECT_EQ(password, kPassword);
+        EXPECT_EQ(kPassword, password);
     }
     EXPECT_GE(released, 2U);
-    EXPECT_EQ(leaked, 0U);
+    EXPECT_EQ(0U, leaked);
 }
 
 TEST_F(SecretMemory, OfAMaskIsWiped)
@@ -80,10 +80,10 @@ TEST_F(SecretMemory, OfAMaskIsWiped)
     const memory::Watch watch(onRelease);
     {
         const PasswordMask mask("me", password);
-        EXPECT_EQ(mask.hiddenIn("x"), "x");
+        EXPECT_EQ("x", mask.hiddenIn("x"));
     }
     EXPECT_GE(released, 2U);
-    EXPECT_EQ(leaked, 0U);
+    EXPECT_EQ(0U, leaked);
 }
 
 // A resized window, or a stop and a continuation, must not end the question.
@@ -94,9 +94,9 @@ TEST(ReadSecretLine, GoesOnAfterASignal)
     struct sigaction counted = {};
     counted.sa_handler = [](int /*signal*/) { ++signals; };
     struct sigaction before = {};
-    ASSERT_EQ(sigaction(SIGALRM, &counted, &before), 0);
+    ASSERT_EQ(0, sigaction(SIGALRM, &counted, &before));
     std::array<int, 2> ends = {-1, -1};
-    ASSERT_EQ(pipe(ends.data()), 0);
+    ASSERT_EQ(0, pipe(ends.data()));
 
     sigset_t alarm;
     sigemptyset(&alarm);
@@ -107,14 +107,14 @@ TEST(ReadSecretLine, GoesOnAfterASignal)
         while (signals < kEnough) {
             std::this_thread::yield();
         }
-        EXPECT_EQ(write(ends[1], "secret\n", 7), 7);
+        EXPECT_EQ(7, write(ends[1], "secret\n", 7));
     });
     pthread_sigmask(SIG_UNBLOCK, &alarm, nullptr);
     const itimerval often{{0, 1000}, {0, 1000}};
     setitimer(ITIMER_REAL, &often, nullptr);
     std::string line;
     EXPECT_TRUE(readSecretLine(ends[0], -1, line));
-    EXPECT_EQ(line, "secret");
+    EXPECT_EQ("secret", line);
     const itimerval never{};
     setitimer(ITIMER_REAL, &never, nullptr);
     writer.join();

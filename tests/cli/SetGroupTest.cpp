@@ -1,7 +1,5 @@
 // In a process with more rights than its caller, the environment is not obeyed.
-#include "harness/Process.h"
 #include "harness/Served.h"
-#include "harness/TextFile.h"
 
 #include <unistd.h>
 
@@ -18,24 +16,16 @@ protected:
     SetGroup() : m_command(std::string(SFTPCLIENT_COMMAND_OF_A_GROUP) + "-" + std::to_string(getpid()))
     {
         std::filesystem::copy_file(SFTPCLIENT_COMMAND_OF_A_GROUP, m_command);
-        EXPECT_EQ(chown(m_command.c_str(), getuid(), kOtherGroup), 0) << "this test needs root";
+        EXPECT_EQ(0, chown(m_command.c_str(), getuid(), kOtherGroup)) << "this test needs root";
         std::filesystem::permissions(m_command, std::filesystem::perms::set_gid, std::filesystem::perm_options::add);
     }
     ~SetGroup() override { std::filesystem::remove(m_command); }
 
-    CommandResult runIt(std::vector<std::string> words, const Variables& environment) const
+    ProgramResult runIt(const Words& words, const Variables& environment) const
     {
-        const TemporaryFile out;
-        const TemporaryFile err;
-        words.insert(words.begin(), m_command);
-        ProcessSetup setup;
-        setup.words = std::move(words);
-        setup.environment = environment;
-        setup.folder = local("");
-        setup.out = out.path();
-        setup.err = err.path();
-        const int status = Process(setup).wait();
-        return {status, contentsOf(out.path()), contentsOf(err.path())};
+        ProcessSetup setup = commandSetup(words, environment, local(""));
+        setup.words.front() = m_command;
+        return runProgram(setup);
     }
 
 private:
@@ -59,10 +49,11 @@ TEST_F(SetGroup, ObeysNoVariable)
                               {"SFTPCLIENT_PORT", "nonsense"},
                               {"XDG_CONFIG_HOME", local("home/.config")},
                               {"HOME", local("home")}};
-    EXPECT_EQ(runIt({"ls", url(), "--ca", "none"}, variables).err, noTerminal);
-    EXPECT_EQ(runIt({"ls", plainUrl(), "--ca", "none", "--netrc"}, variables).err,
-              "sftpclient: HOME is not set, so there is no ~/.netrc: name the file with --netrc-file FILE.\n");
-    EXPECT_EQ(sessions().size(), 0U);
+    EXPECT_TRUE(sameText(noTerminal, runIt({"ls", url(), "--ca", "none"}, variables).err));
+    EXPECT_TRUE(
+        sameText("sftpclient: HOME is not set, so there is no ~/.netrc: name the file with --netrc-file FILE.\n",
+                 runIt({"ls", plainUrl(), "--ca", "none", "--netrc"}, variables).err));
+    EXPECT_EQ(0U, sessions().size());
 }
 
 TEST_F(SetGroup, KeepsItsTemporaryFilesToItself)
@@ -70,7 +61,7 @@ TEST_F(SetGroup, KeepsItsTemporaryFilesToItself)
     serve();
     writeFile(local("password"), config.password);
     writeFile(local("config"), "[General]\nCertAuthSwitch=0\n");
-    const CommandResult result = runIt(
+    const ProgramResult result = runIt(
         {"ls", url(), "--ca", "none", "--config", "config", "--password-file", "password"}, {{"TMPDIR", "/nowhere"}});
-    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(exited(0, result));
 }

@@ -1,5 +1,7 @@
-#include "harness/SetVariable.h"
-#include "harness/TextFile.h"
+#include "support/Lines.h"
+#include "support/SetVariable.h"
+#include "support/TemporaryFolder.h"
+#include "support/Thrown.h"
 
 #include <base/UsageError.h>
 #include <usage/Options.h>
@@ -8,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <set>
 
 namespace {
@@ -22,12 +23,7 @@ Arguments applied(const TypedOptions& typed)
 
 std::string refusalOf(const TypedOptions& typed)
 {
-    try {
-        applied(typed);
-    } catch (const UsageError& error) {
-        return error.what();
-    }
-    return "taken";
+    return thrownBy<UsageError>([&] { applied(typed); });
 }
 
 // No configuration of the machine's user takes part.
@@ -45,20 +41,20 @@ TEST_F(Settings, TakeTheCommandLineBeforeTheEnvironmentBeforeTheFile)
     const SetVariable user("SFTPCLIENT_USER", "environment");
     const SetVariable port("SFTPCLIENT_PORT", "2");
     const Arguments arguments = applied({{"--config", file.path()}, {"--user", "typed"}});
-    EXPECT_EQ(arguments.user, "typed");
-    EXPECT_EQ(arguments.port, 2U);
-    EXPECT_EQ(arguments.ca, "file.pem");
-    EXPECT_EQ(arguments.configFile, file.path());
+    EXPECT_EQ("typed", arguments.user);
+    EXPECT_EQ(2U, arguments.port);
+    EXPECT_EQ("file.pem", arguments.ca);
+    EXPECT_EQ(file.path(), arguments.configFile);
 }
 
 TEST_F(Settings, TakeThePasswordFromTheFirstPlaceThatSaysWhereItIs)
 {
     const TextFile file("[sftpclient]\npassword-file=file\n");
     const std::string path = file.path();
-    EXPECT_EQ(applied({{"--config", path}, {"--password-stdin", "true"}}).passwordFile, "");
-    EXPECT_EQ(applied({{"--config", path}, {"--password-stdin", "false"}}).passwordFile, "file");
+    EXPECT_EQ("", applied({{"--config", path}, {"--password-stdin", "true"}}).passwordFile);
+    EXPECT_EQ("file", applied({{"--config", path}, {"--password-stdin", "false"}}).passwordFile);
     const SetVariable input("SFTPCLIENT_PASSWORD_STDIN", "true");
-    EXPECT_EQ(applied({{"--config", path}}).passwordFile, "");
+    EXPECT_EQ("", applied({{"--config", path}}).passwordFile);
     EXPECT_TRUE(applied({{"--config", path}}).passwordFromInput);
     EXPECT_FALSE(applied({{"--password-file", "typed"}}).passwordFromInput);
 }
@@ -66,29 +62,27 @@ TEST_F(Settings, TakeThePasswordFromTheFirstPlaceThatSaysWhereItIs)
 TEST_F(Settings, TakeAnEmptyVariableForNone)
 {
     const TextFile file("[sftpclient]\nuser=file\n");
-    const SetVariable config("SFTPCLIENT_CONFIG", file.path().c_str());
+    const SetVariable config("SFTPCLIENT_CONFIG", file.path());
     const SetVariable user("SFTPCLIENT_USER", "");
-    EXPECT_EQ(applied({}).user, "file");
+    EXPECT_EQ("file", applied({}).user);
 }
 
 TEST_F(Settings, FindTheFileInItsUsualPlace)
 {
-    EXPECT_EQ(applied({}).configFile, "");
-    const std::filesystem::path home = testing::TempDir() + "sftpclient-settings-" + std::to_string(getpid());
-    std::filesystem::create_directories(home / "sftpclient");
-    std::filesystem::create_directories(home / ".config" / "sftpclient");
-    std::ofstream(home / "sftpclient" / "config") << "[sftpclient]\nuser=configured\n";
-    std::ofstream(home / ".config" / "sftpclient" / "config") << "[sftpclient]\nuser=at-home\n";
+    EXPECT_EQ("", applied({}).configFile);
+    const TemporaryFolder home;
+    std::filesystem::create_directories(home.file("sftpclient"));
+    std::filesystem::create_directories(home.file(".config/sftpclient"));
+    const std::string file = home.write("sftpclient/config", "[sftpclient]\nuser=configured\n");
+    home.write(".config/sftpclient/config", "[sftpclient]\nuser=at-home\n");
     {
-        const SetVariable configured("XDG_CONFIG_HOME", home.c_str());
-        EXPECT_EQ(applied({}).user, "configured");
-        EXPECT_EQ(applied({}).configFile, home / "sftpclient" / "config");
+        const SetVariable configured("XDG_CONFIG_HOME", home.path());
+        EXPECT_EQ("configured", applied({}).user);
+        EXPECT_EQ(applied({}).configFile, file);
     }
-    const std::string before = std::getenv("HOME");
-    setenv("HOME", home.c_str(), 1);
-    EXPECT_EQ(applied({}).user, "at-home");
-    setenv("HOME", before.c_str(), 1);
-    std::filesystem::remove_all(home);
+    const SetVariable unset("XDG_CONFIG_HOME", nullptr);
+    const SetVariable atHome("HOME", home.path());
+    EXPECT_EQ("at-home", applied({}).user);
 }
 
 TEST_F(Settings, AreSwitchesInWords)
@@ -101,41 +95,43 @@ TEST_F(Settings, AreSwitchesInWords)
     for (const std::string word : {"false", "no", "off", "0"}) {
         EXPECT_FALSE(applied({{"--quiet", word}}).quiet) << word;
     }
-    EXPECT_EQ(refusalOf({{"--quiet", "maybe"}}), "--quiet must be true or false.");
+    EXPECT_EQ("--quiet must be true or false.", refusalOf({{"--quiet", "maybe"}}));
 }
 
 TEST_F(Settings, NameWhereAWrongValueComesFrom)
 {
-    EXPECT_EQ(refusalOf({{"--port", "0"}}), "--port must be a number from 1 to 65535.");
+    EXPECT_EQ("--port must be a number from 1 to 65535.", refusalOf({{"--port", "0"}}));
     const TextFile file("[sftpclient]\nport=x\n");
     const std::string path = file.path();
-    EXPECT_EQ(refusalOf({{"--config", path}}), "\"port\" in " + path + " must be a number from 1 to 65535.");
+    EXPECT_EQ("\"port\" in " + path + " must be a number from 1 to 65535.", refusalOf({{"--config", path}}));
     const SetVariable port("SFTPCLIENT_PORT", "70000");
-    EXPECT_EQ(refusalOf({{"--config", path}}), "SFTPCLIENT_PORT must be a number from 1 to 65535.");
-    EXPECT_EQ(refusalOf({{"--user", ""}}), "--user must not be empty.");
+    EXPECT_EQ("SFTPCLIENT_PORT must be a number from 1 to 65535.", refusalOf({{"--config", path}}));
+    EXPECT_EQ("--user must not be empty.", refusalOf({{"--user", ""}}));
 }
 
 TEST_F(Settings, RefuseAFileThatIsNone)
 {
     const TextFile unknown("[sftpclient]\nprot=1\n");
-    EXPECT_EQ(refusalOf({{"--config", unknown.path()}}), "\"prot\" in " + unknown.path() +
-                                                             " is no option; did you mean port? Correct section "
-                                                             "[sftpclient] of the file.");
+    EXPECT_EQ("\"prot\" in " + unknown.path() +
+                  " is no option; did you mean port? Correct section "
+                  "[sftpclient] of the file.",
+              refusalOf({{"--config", unknown.path()}}));
     const TextFile password("[sftpclient]\npassword=secret\n");
-    EXPECT_EQ(refusalOf({{"--config", password.path()}}).find("secret"), std::string::npos);
+    EXPECT_FALSE(holds("secret", refusalOf({{"--config", password.path()}})));
     const TextFile other("[sftpclient]\nconfig=other\n");
-    EXPECT_NE(refusalOf({{"--config", other.path()}}).find("\"config\" in "), std::string::npos);
+    EXPECT_TRUE(holds("\"config\" in ", refusalOf({{"--config", other.path()}})));
     const TextFile broken("[sftpclient]\nuser\n");
-    EXPECT_EQ(refusalOf({{"--config", broken.path()}}),
-              "The configuration file " + broken.path() +
+    EXPECT_EQ("The configuration file " + broken.path() +
                   " cannot be used ('=' character not found in line in line 2): correct it, or name another with "
-                  "--config.");
+                  "--config.",
+              refusalOf({{"--config", broken.path()}}));
     const TextFile above("user=me\n[sftpclient]\nport=1\n");
-    EXPECT_EQ(refusalOf({{"--config", above.path()}}), "\"user\" in " + above.path() +
-                                                           " stands above all sections: write it below the line "
-                                                           "[sftpclient].");
+    EXPECT_EQ("\"user\" in " + above.path() +
+                  " stands above all sections: write it below the line "
+                  "[sftpclient].",
+              refusalOf({{"--config", above.path()}}));
     const TextFile foreign("mine=1\n[other]\nprot=1\n");
-    EXPECT_EQ(refusalOf({{"--config", foreign.path()}}), "taken");
+    EXPECT_EQ(kNothingThrown, refusalOf({{"--config", foreign.path()}}));
 }
 
 TEST_F(Settings, HaveOneNameInThreeSpellings)
@@ -145,6 +141,6 @@ TEST_F(Settings, HaveOneNameInThreeSpellings)
         EXPECT_TRUE(names.insert(option.name).second) << option.name;
     }
     const Option option{"--two-words", "", "", nullptr};
-    EXPECT_EQ(variableOf(option), "SFTPCLIENT_TWO_WORDS");
-    EXPECT_EQ(keyOf(option), "two-words");
+    EXPECT_EQ("SFTPCLIENT_TWO_WORDS", variableOf(option));
+    EXPECT_EQ("two-words", keyOf(option));
 }

@@ -15,7 +15,7 @@ TEST(Silenced, SwallowsWhatAStreamStillHolds)
         std::printf("never seen");
     }
     std::printf("after");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "before after");
+    EXPECT_EQ("before after", testing::internal::GetCapturedStdout());
 }
 
 TEST(Silenced, SwallowsWhatIsWrittenToTheDescriptor)
@@ -23,10 +23,10 @@ TEST(Silenced, SwallowsWhatIsWrittenToTheDescriptor)
     testing::internal::CaptureStderr();
     {
         const Silenced silenced(STDERR_FILENO);
-        EXPECT_EQ(write(STDERR_FILENO, "never seen", 10), 10);
+        EXPECT_EQ(10, write(STDERR_FILENO, "never seen", 10));
     }
-    EXPECT_EQ(write(STDERR_FILENO, "after", 5), 5);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "after");
+    EXPECT_EQ(5, write(STDERR_FILENO, "after", 5));
+    EXPECT_EQ("after", testing::internal::GetCapturedStderr());
 }
 
 // In a process of its own, whose standard descriptors are closed.

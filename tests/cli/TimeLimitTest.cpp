@@ -1,6 +1,4 @@
-#include "harness/Process.h"
 #include "harness/Served.h"
-#include "harness/TextFile.h"
 
 #include <operation/TransferClock.h>
 
@@ -14,7 +12,7 @@ namespace {
 struct Hang
 {
     std::string fault;
-    std::vector<std::string> form;
+    Words form;
     int status;
     std::string result; // the last line
 };
@@ -39,8 +37,8 @@ protected:
             cases.push_back(std::make_unique<Case>(*this, hang, options));
         }
         for (const std::unique_ptr<Case>& each : cases) {
-            EXPECT_EQ(each->command.wait(), each->hang.status) << each->hang.form[0] << " " << each->hang.fault;
-            EXPECT_EQ(lastLine(contentsOf(each->err.path())), each->hang.result) << each->hang.fault;
+            EXPECT_EQ(each->hang.status, each->command.wait()) << each->hang.form[0] << " " << each->hang.fault;
+            EXPECT_EQ(each->hang.result, lastLine(contentOf(each->err.path()))) << each->hang.fault;
         }
     }
 
@@ -54,15 +52,12 @@ private:
 
         ProcessSetup setupFor(TimeLimit& test, const std::vector<std::string>& options) const
         {
-            ProcessSetup setup;
-            setup.words = {SFTPCLIENT_COMMAND};
-            for (const std::string& word : test.withCa(hang.form)) {
-                const bool isPath = word.front() == '/' && word.find(".pem") == std::string::npos;
-                setup.words.push_back(isPath ? "ftp://backup@localhost:" + std::to_string(server.port()) + word : word);
+            Words form = hang.form;
+            for (std::string& word : form) {
+                word = word.front() == '/' ? "ftp://backup@localhost:" + std::to_string(server.port()) + word : word;
             }
-            setup.words.insert(setup.words.end(), options.begin(), options.end());
-            setup.environment = test.environment();
-            setup.folder = test.local("");
+            form.insert(form.end(), options.begin(), options.end());
+            ProcessSetup setup = test.setupOf(form);
             setup.out = "/dev/null";
             setup.err = err.path();
             return setup;
@@ -70,7 +65,7 @@ private:
 
         Hang hang;
         testserver::FtpServer server;
-        TemporaryFile err;
+        TextFile err;
         Process command;
     };
 
@@ -157,11 +152,11 @@ TEST_F(TimeLimit, EndsTheWholeOperation)
 TEST(TransferClock, LeavesNoMoreForConnectingThanThereIs)
 {
     const TransferClock::Time begin;
-    EXPECT_EQ(TransferClock({20s, 60s, 0s}, begin).connectingFrom(begin + 1h), 20s);
+    EXPECT_EQ(20s, TransferClock({20s, 60s, 0s}, begin).connectingFrom(begin + 1h));
     const TransferClock clock({20s, 60s, 30s}, begin);
-    EXPECT_EQ(clock.connectingFrom(begin), 20s);
-    EXPECT_EQ(clock.connectingFrom(begin + 25500ms), 5s);
-    EXPECT_EQ(clock.connectingFrom(begin + 1h), 1s) << "libcurl takes 0 for 300 s";
+    EXPECT_EQ(20s, clock.connectingFrom(begin));
+    EXPECT_EQ(5s, clock.connectingFrom(begin + 25500ms));
+    EXPECT_EQ(1s, clock.connectingFrom(begin + 1h)) << "libcurl takes 0 for 300 s";
 }
 
 TEST(TransferClock, SeesAStall)
@@ -205,7 +200,7 @@ TEST(TransferClock, SeesTheEndOfAll)
 TEST(TimeLimits, AreFiniteUnlessToldOtherwise)
 {
     const TimeLimits limits;
-    EXPECT_EQ(limits.connect, 20s);
-    EXPECT_EQ(limits.stall, 60s);
-    EXPECT_EQ(limits.whole, 0s);
+    EXPECT_EQ(20s, limits.connect);
+    EXPECT_EQ(60s, limits.stall);
+    EXPECT_EQ(0s, limits.whole);
 }

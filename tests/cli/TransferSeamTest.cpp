@@ -49,12 +49,13 @@ TEST_F(Served, ClosesTheConnectionWithinTheTransfer)
     curl_easy_setopt(handle, CURLOPT_USERNAME, "backup");
     curl_easy_setopt(handle, CURLOPT_PASSWORD, config.password.c_str());
     curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
-    EXPECT_EQ(curl_easy_perform(handle), CURLE_OPERATION_TIMEDOUT) << "the observer's word counts";
+    EXPECT_EQ(CURLE_OPERATION_TIMEDOUT, curl_easy_perform(handle)) << "the observer's word counts";
     curl_socket_t connection = 0;
     curl_easy_getinfo(handle, CURLINFO_ACTIVESOCKET, &connection);
-    EXPECT_EQ(connection, CURL_SOCKET_BAD);
+    EXPECT_EQ(CURL_SOCKET_BAD, connection);
     curl_easy_cleanup(handle);
-    EXPECT_EQ(observer.journal, (std::vector<std::string>{"begins", "USER backup", "PASS " + config.password, "PWD",
-                                                          "connected", "QUIT", "ended 0"}));
+    EXPECT_EQ((std::vector<std::string>{"begins", "USER backup", "PASS " + config.password, "PWD", "connected", "QUIT",
+                                        "ended 0"}),
+              observer.journal);
     EXPECT_TRUE(observer.asked);
 }

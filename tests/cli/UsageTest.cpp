@@ -8,10 +8,10 @@ constexpr char kPassword[] = "secret";
 
 void expectRefusal(const std::vector<std::string>& arguments, const std::string& message)
 {
-    const CommandResult result = runCommand(arguments, {{"SFTPCLIENT_PASSWORD", kPassword}});
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "sftpclient: " + message + "\n");
+    const ProgramResult result = runCommand(arguments, {{"SFTPCLIENT_PASSWORD", kPassword}});
+    EXPECT_TRUE(exited(2, result));
+    EXPECT_EQ("", result.out);
+    EXPECT_TRUE(sameText("sftpclient: " + message + "\n", result.err));
 }
 
 // What the command line itself tells to be wrong; `operation` is empty, or a name and a blank.
@@ -62,6 +62,7 @@ TEST(Usage, RefusesAPasswordOnTheCommandLineWithoutRepeatingIt)
 TEST(Usage, RefusesAPortOutOfRange)
 {
     for (const std::string port : {"0", "65536", "21x", "-1"}) {
+        SCOPED_TRACE(port);
         expectRefusal({"test", "ftp://me@host/", "--ca", "none", "--port=" + port},
                       "--port must be a number from 1 to 65535.");
     }
@@ -98,9 +99,10 @@ TEST(Usage, RefusesTwoUsers)
 
 TEST(Usage, NeedsATerminalToAskAt)
 {
-    const CommandResult result = runCommand({"test", "ftp://host/", "--user", "me", "--ca", "none"});
-    EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "sftpclient: There is no password and no terminal to ask for one: give --password-file FILE, "
-                          "or set SFTPCLIENT_PASSWORD.\n");
+    const ProgramResult result = runCommand({"test", "ftp://host/", "--user", "me", "--ca", "none"});
+    EXPECT_TRUE(exited(2, result));
+    EXPECT_EQ("", result.out);
+    EXPECT_TRUE(sameText("sftpclient: There is no password and no terminal to ask for one: give --password-file FILE, "
+                         "or set SFTPCLIENT_PASSWORD.\n",
+                         result.err));
 }

@@ -52,6 +52,17 @@ void TransferContract::expectEndedAfter(const Lines& beginning)
         sameLines(Lines{"handle 1 made"} + beginning + Lines{"handle 1 cleaned up"}, run(false, CURLE_FAILED_INIT)));
 }
 
+void TransferContract::expectFullDiskNoticed()
+{
+    request.localPath = "/dev/full";
+    scripted::curl().perform = [](scripted::Handle& handle) {
+        return handle.receive("twenty bytes of data") == 20 ? CURLE_OK : CURLE_WRITE_ERROR;
+    };
+    EXPECT_TRUE(
+        sameLines(transfer.untilPerformed(request) + transfer.failure(CURLE_WRITE_ERROR) + Lines{"handle 1 cleaned up"},
+                  run(transfer.failureIsTrue, CURLE_WRITE_ERROR)));
+}
+
 void PrintTo(const Transfer& transfer, std::ostream* stream) { *stream << transfer.name; }
 
 namespace {

@@ -42,6 +42,9 @@ protected:
     /// The whole journal of a run that ends with CURLE_FAILED_INIT before any option is set.
     void expectEndedAfter(const Lines& beginning);
 
+    /// The whole journal of a run whose first bytes find no room on the disk.
+    void expectFullDiskNoticed();
+
     const Transfer transfer;
 };
 

@@ -13,7 +13,7 @@ INSTANTIATE_TEST_SUITE_P(OfAServer, Golden,
                                                        "WrongHostImplicit", "OldTlsOnly", "NoTls", "TlsDemandedAtLogin",
                                                        "WrongPassword", "Refused", "GreetingIs421", "MissingDirectory",
                                                        "NoVerbs", "LoginLeadsElsewhere", "DataPortClosed"})),
-                         nameOf);
+                         idOf);
 
 class WithoutConsent : public Examined
 {

@@ -2,11 +2,10 @@
 #include "harness/DoctorProcess.h"
 #include "harness/Examined.h"
 #include "harness/Golden.h"
-#include "harness/ProxyTrap.h"
+#include "support/LoopbackPort.h"
+#include "support/SetVariable.h"
 
 #include <nlohmann/json.hpp>
-
-#include <cstdlib>
 
 namespace {
 
@@ -16,8 +15,10 @@ constexpr char kLoginToTheProxy[] = "warn: a host with this environment sends it
 class InTheEnvironment : public Examined
 {
 protected:
+    InTheEnvironment() { trap.listen(); }
+
     /// What a process with these variables says of the proxy. It writes, too.
-    std::string rowWith(const std::vector<std::string>& variables)
+    std::string rowWith(const Variables& variables)
     {
         serve();
         writeFile(local("ca.pem"), request.caCert);
@@ -34,21 +35,21 @@ protected:
         return "no row";
     }
 
-    const ProxyTrap trap;
+    const LoopbackPort trap; // where a proxy might be, and nobody must connect to
     int status = -1;
 };
 
 TEST_F(InTheEnvironment, AnHttpProxyIsNotedAndNotUsed)
 {
-    EXPECT_EQ(kLoginToTheProxy, rowWith({"ftp_proxy=http://" + trap.address()}));
+    EXPECT_EQ(kLoginToTheProxy, rowWith({{"ftp_proxy", "http://" + trap.address()}}));
     EXPECT_EQ(0, status);
     EXPECT_FALSE(trap.wasReached());
 }
 
 TEST_F(InTheEnvironment, AnExceptionForTheHostCounts)
 {
-    EXPECT_EQ("no row", rowWith({"ftp_proxy=http://" + trap.address(), "no_proxy=example.com,localhost"}));
-    EXPECT_EQ("no row", rowWith({"ftps_proxy=http://" + trap.address()}));
+    EXPECT_EQ("no row", rowWith({{"ftp_proxy", "http://" + trap.address()}, {"no_proxy", "example.com,localhost"}}));
+    EXPECT_EQ("no row", rowWith({{"ftps_proxy", "http://" + trap.address()}}));
     EXPECT_FALSE(trap.wasReached());
 }
 
@@ -56,7 +57,7 @@ TEST_F(InTheEnvironment, ASocksProxyIsNotToldTheLogin)
 {
     EXPECT_EQ(
         "warn: a host with this environment connects through the proxy that ALL_PROXY names; doctor went around it",
-        rowWith({"ALL_PROXY=socks5h://" + trap.address()}));
+        rowWith({{"ALL_PROXY", "socks5h://" + trap.address()}}));
     EXPECT_EQ(0, status);
     EXPECT_FALSE(trap.wasReached());
 }
@@ -66,22 +67,9 @@ TEST_F(InTheEnvironment, WithImplicitTlsTheProxyIsNotToldTheLogin)
     config.tls = testserver::TlsMode::Implicit;
     EXPECT_EQ(
         "warn: a host with this environment connects through the proxy that all_proxy names; doctor went around it",
-        rowWith({"all_proxy=" + trap.address()}));
+        rowWith({{"all_proxy", trap.address()}}));
     EXPECT_FALSE(trap.wasReached());
 }
-
-/// The variable in this process, as a host has it.
-class SetVariable
-{
-public:
-    SetVariable(const char* name, const std::string& value) : m_name(name) { setenv(name, value.c_str(), 1); }
-    ~SetVariable() { unsetenv(m_name); }
-    SetVariable(const SetVariable&) = delete;
-    SetVariable& operator=(const SetVariable&) = delete;
-
-private:
-    const char* m_name;
-};
 
 TEST_F(InTheEnvironment, NoProbeObeysIt)
 {

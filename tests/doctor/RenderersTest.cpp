@@ -1,4 +1,5 @@
 #include "doctor/Renderers.h"
+#include "support/Lines.h"
 
 #include <gtest/gtest.h>
 
@@ -26,23 +27,23 @@ std::string table(bool inColour)
 TEST(Table, JoinsTheOperationsThatShareARemedy)
 {
     const std::string text = table(false);
-    EXPECT_NE(std::string::npos, text.find("  upload    will fail with 67  because\n"
-                                           "  rename    unknown            perhaps\n"
-                                           "  delete    will fail          because\n"
-                                           "\n"
-                                           "What to change:\n"
-                                           "  upload, delete:\n"
-                                           "    Do this.\n"
-                                           "  rename:\n"
-                                           "    Do that.\n"))
-        << text;
+    EXPECT_TRUE(holds("  upload    will fail with 67  because\n"
+                      "  rename    unknown            perhaps\n"
+                      "  delete    will fail          because\n"
+                      "\n"
+                      "What to change:\n"
+                      "  upload, delete:\n"
+                      "    Do this.\n"
+                      "  rename:\n"
+                      "    Do that.\n",
+                      text));
 }
 
 TEST(Table, IsColouredOnlyWhenAskedTo)
 {
     EXPECT_EQ(std::string::npos, table(false).find('\x1b'));
-    EXPECT_NE(std::string::npos, table(true).find("\x1b[32mworks\x1b[0m\n")) << table(true);
-    EXPECT_NE(std::string::npos, table(true).find("\x1b[31mwill fail with 67\x1b[0m  because\n")) << table(true);
+    EXPECT_TRUE(holds("\x1b[32mworks\x1b[0m\n", table(true)));
+    EXPECT_TRUE(holds("\x1b[31mwill fail with 67\x1b[0m  because\n", table(true)));
 }
 
 TEST(Json, TellsEachOperation)
@@ -105,7 +106,7 @@ TEST(Table, EscapesWhatAServerSaysOnce)
                                 "\xc3\xa4\n";
     for (const char* const row :
          {"  greeting           ok    220 ", "  upload    will fail with 67  ", "  upload:\n    "}) {
-        EXPECT_NE(std::string::npos, stream.str().find(std::string(row) + kEscaped)) << row << stream.str();
+        EXPECT_TRUE(holds(std::string(row) + kEscaped, stream.str())) << row << stream.str();
     }
 }
 

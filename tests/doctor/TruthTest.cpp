@@ -21,6 +21,6 @@ TEST_P(Truth, IsWhatWasPredicted)
     expectTruth(verdicts, truth());
 }
 
-INSTANTIATE_TEST_SUITE_P(OfAServer, Truth, testing::ValuesIn(kinds()), nameOf);
+INSTANTIATE_TEST_SUITE_P(OfAServer, Truth, testing::ValuesIn(kinds()), idOf);
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "harness/DoctorProcess.h"
+#include "support/Lines.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +10,7 @@ void expectRefusal(const std::vector<std::string>& arguments, const std::string&
     DoctorProcess process(arguments, "secret");
     EXPECT_EQ(2, process.wait());
     EXPECT_EQ("", process.out());
-    EXPECT_EQ("sftpclient: " + message + "\n", process.err());
+    EXPECT_TRUE(sameText("sftpclient: " + message + "\n", process.err()));
 }
 
 TEST(DoctorUsage, NeedsAUrlAndAUser)
@@ -28,6 +29,7 @@ TEST(DoctorUsage, NeedsADirectory)
 TEST(DoctorUsage, BoundsTheTimeout)
 {
     for (const std::string seconds : {"0", "601"}) {
+        SCOPED_TRACE(seconds);
         expectRefusal({"ftp://host/", "--user", "me", "--timeout", seconds},
                       "--timeout must be a number from 1 to 600.");
     }
@@ -38,7 +40,7 @@ TEST(DoctorUsage, HelpTellsTheExitStatus)
     DoctorProcess process({"--help"}, "");
     EXPECT_EQ(0, process.wait());
     EXPECT_EQ("", process.err());
-    EXPECT_NE(std::string::npos, process.out().find("Exit status: 0 when all operations will work"));
+    EXPECT_TRUE(holds("Exit status: 0 when all operations will work", process.out()));
 }
 
 } // namespace

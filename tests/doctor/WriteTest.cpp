@@ -23,10 +23,10 @@ protected:
     }
 
     /// Its temporary files would be in a folder of their own.
-    std::vector<std::string> variables()
+    Variables variables()
     {
         std::filesystem::create_directory(local("tmp"));
-        return {"TMPDIR=" + local("tmp")};
+        return {{"TMPDIR", local("tmp")}};
     }
     bool nothingIsLeftHere() const { return std::filesystem::is_empty(local("tmp")); }
 
@@ -120,7 +120,7 @@ TEST_F(Write, RunsThroughTheLibrary)
     }
     for (const char* const command : {"> STOR sftpclient-doctor-", "> RETR sftpclient-doctor-",
                                       "> rename /sftpclient-doctor-", "> rm /sftpclient-doctor-"}) {
-        EXPECT_NE(std::string::npos, all.find(command)) << command;
+        EXPECT_TRUE(holds(command, all)) << command;
     }
 }
 
@@ -159,7 +159,7 @@ TEST_P(WriteFailing, LeavesNothingBehindEither)
     EXPECT_EQ(0U, outlookOf(GetParam().operation).find(GetParam().outlook)) << said();
     EXPECT_TRUE(nothingIsLeft()) << said();
     EXPECT_EQ(0U, leftBehind()) << said();
-    EXPECT_EQ(std::string::npos, said().find("left behind")) << said();
+    EXPECT_FALSE(holds("left behind", said()));
 }
 
 INSTANTIATE_TEST_SUITE_P(AtAStep, WriteFailing, testing::ValuesIn(kFailures),
@@ -186,7 +186,7 @@ TEST_F(Write, SaysSoWhenAListingIsTooLongToLookForTheFile)
     misbehave("DELE=reply:550 read-only");
     EXPECT_EQ(1, write());
     EXPECT_EQ(0U, leftBehind());
-    EXPECT_NE(std::string::npos, said().find("the server could not be asked; look, and remove it by hand")) << said();
+    EXPECT_TRUE(holds("the server could not be asked; look, and remove it by hand", said()));
 }
 
 TEST_F(Write, SaysSoWhenTheContentCameBackDifferent)
@@ -276,9 +276,7 @@ TEST_F(Write, GoesOnAtASignalThatWasIgnored)
 {
     serve();
     const FileWatch watch(served(""));
-    const auto before = std::signal(SIGHUP, SIG_IGN);
-    DoctorProcess process(arguments(url("/")), config.password, variables());
-    static_cast<void>(std::signal(SIGHUP, before));
+    DoctorProcess process(arguments(url("/")), config.password, variables(), SIGHUP);
     watch.wait();
     process.signal(SIGHUP);
     EXPECT_EQ(0, process.wait());
@@ -333,7 +331,7 @@ TEST_F(Write, LetsNoListingFillTheMemory)
     DoctorProcess process(arguments(url("/")), config.password, variables());
     watch.wait();
     const std::string library = "/proc/" + std::to_string(process.child());
-    EXPECT_NE(std::string::npos, contentOf(library + "/limits").find("Max file size             67108864 "));
+    EXPECT_TRUE(holds("Max file size             67108864 ", contentOf(library + "/limits")));
     const std::string status = contentOf(library + "/status");
     const unsigned long long ignored = std::stoull(status.substr(status.find("SigIgn:") + 7), nullptr, 16);
     EXPECT_NE(0U, ignored >> (SIGXFSZ - 1) & 1U) << "a full file is a failure to be told";
@@ -346,7 +344,7 @@ TEST_F(Write, IsNotTriedWhereTheDirectoryWouldStayBehind)
     serve();
     DoctorProcess process(arguments(url("/missing/")), config.password);
     process.wait();
-    EXPECT_NE(std::string::npos, process.out().find("the directory is not there")) << process.out();
+    EXPECT_TRUE(holds("the directory is not there", process.out()));
     EXPECT_TRUE(nothingIsLeft());
 }
 
@@ -355,7 +353,7 @@ TEST_F(Write, NeedsConsentForAnFtpUrl)
     serve();
     DoctorProcess process({url("/"), "--user", "backup", "--ca", "none", "--write"}, config.password);
     EXPECT_EQ(2, process.wait());
-    EXPECT_NE(std::string::npos, process.err().find("add --clear-login to agree")) << process.err();
+    EXPECT_TRUE(holds("add --clear-login to agree", process.err()));
     EXPECT_TRUE(sessions().empty());
 }
 

@@ -1,6 +1,7 @@
 // Certificate text: as it is converted, and on its way through the hook into a TLS context.
 #include "harness/Require.h"
 
+#include "support/Certificates.h"
 #include "support/LiveHost.h"
 
 #include "tls/TlsTrust.h"
@@ -9,18 +10,8 @@
 #include <openssl/ssl.h>
 
 #include <cstdint>
-#include <memory>
 
 namespace {
-
-struct FreeContext
-{
-    void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
-};
-struct FreeCertificate
-{
-    void operator()(X509* certificate) const { X509_free(certificate); }
-};
 
 int anchorsOf(SSL_CTX* context) { return sk_X509_OBJECT_num(X509_STORE_get0_objects(SSL_CTX_get_cert_store(context))); }
 
@@ -31,11 +22,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     std::string text(reinterpret_cast<const char*>(data), size);
     X509* found = nullptr;
     const SecuritySS_RC converted = sftpConvToX509(text, found);
-    const std::unique_ptr<X509, FreeCertificate> certificate(found);
+    const certificates::Certificate certificate(found);
     require((converted == SECURITYSS_SUCCESS) == (certificate != nullptr),
             "a success gives a certificate, and only that");
 
-    const std::unique_ptr<SSL_CTX, FreeContext> context(SSL_CTX_new(TLS_client_method()));
+    const certificates::Context context(SSL_CTX_new(TLS_client_method()));
     const CURLcode taken = sftp_sslCtx_function(nullptr, context.get(), &text);
     if (certificate) {
         require(taken == CURLE_OK && anchorsOf(context.get()) == 1, "the certificate becomes a trust anchor");

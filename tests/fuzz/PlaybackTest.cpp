@@ -2,28 +2,27 @@
 // that is counted must end, or the fuzzer takes its own harness for a finding.
 #include "harness/Playback.h"
 #include "harness/OwnPorts.h"
+#include "support/LoopbackPort.h"
+#include "support/NextFunction.h"
 
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
-#include <dlfcn.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <future>
-#include <string>
 #include <thread>
 
 namespace {
 
 std::atomic<int> interruptions{0};
 
-// A socket, closed with the object, and the port of 127.0.0.1 that it is bound to.
+// A socket, closed with the object.
 class Socket
 {
 public:
@@ -32,20 +31,12 @@ public:
     Socket(const Socket&) = delete;
     Socket& operator=(const Socket&) = delete;
 
-    int descriptor() const { return m_descriptor; }
-
-    std::uint16_t bindToFreePort() const
-    {
-        sockaddr_in address = at(0);
-        socklen_t length = sizeof address;
-        EXPECT_EQ(0, bind(m_descriptor, reinterpret_cast<sockaddr*>(&address), length));
-        EXPECT_EQ(0, getsockname(m_descriptor, reinterpret_cast<sockaddr*>(&address), &length));
-        return ntohs(address.sin_port);
-    }
-
     int connectTo(std::uint16_t port) const
     {
-        const sockaddr_in address = at(port);
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_port = htons(port);
         return connect(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address);
     }
 
@@ -58,15 +49,6 @@ public:
     }
 
 private:
-    static sockaddr_in at(std::uint16_t port)
-    {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = htons(port);
-        return address;
-    }
-
     const int m_descriptor;
 };
 
@@ -86,12 +68,11 @@ TEST(Playback, GoesOnAfterASignal)
 
 TEST(OwnPorts, AConnectionStandsBeforeTheClientGoesOn)
 {
-    const Socket listener;
-    const std::uint16_t port = listener.bindToFreePort();
-    ASSERT_EQ(0, listen(listener.descriptor(), 0));
-    allowPortsOnly(port, 0);
+    const LoopbackPort port;
+    port.listen(0);
+    allowPortsOnly(port.number(), 0);
     const Socket first; // fills the queue
-    ASSERT_EQ(0, first.connectTo(port));
+    ASSERT_EQ(0, first.connectTo(port.number()));
 
     const unsigned before = ownConnections();
     const Socket second(SOCK_NONBLOCK);
@@ -99,9 +80,9 @@ TEST(OwnPorts, AConnectionStandsBeforeTheClientGoesOn)
         while (second.state() == TCP_CLOSE) {
             std::this_thread::yield();
         }
-        close(accept(listener.descriptor(), nullptr, nullptr));
+        close(port.accept());
     });
-    EXPECT_EQ(-1, second.connectTo(port));
+    EXPECT_EQ(-1, second.connectTo(port.number()));
     EXPECT_EQ(EINPROGRESS, errno);
     EXPECT_EQ(TCP_ESTABLISHED, second.state());
     EXPECT_EQ(before + 1, ownConnections());
@@ -109,13 +90,12 @@ TEST(OwnPorts, AConnectionStandsBeforeTheClientGoesOn)
 
 TEST(OwnPorts, AConnectionThatIsRefusedDoesNotCount)
 {
-    const Socket reserved; // nobody listens there
-    const std::uint16_t port = reserved.bindToFreePort();
-    allowPortsOnly(port, 0);
+    const LoopbackPort port; // nobody listens there
+    allowPortsOnly(port.number(), 0);
     const unsigned before = ownConnections();
     for (const int flags : {0, int(SOCK_NONBLOCK)}) {
         const Socket client(flags);
-        EXPECT_EQ(-1, client.connectTo(port));
+        EXPECT_EQ(-1, client.connectTo(port.number()));
         EXPECT_EQ(ECONNREFUSED, errno);
     }
     EXPECT_EQ(before, ownConnections());
@@ -130,6 +110,6 @@ extern "C" int poll(pollfd* watched, nfds_t count, int milliseconds)
         errno = EINTR;
         return -1;
     }
-    static auto* const next = reinterpret_cast<int (*)(pollfd*, nfds_t, int)>(dlsym(RTLD_NEXT, "poll"));
+    static auto* const next = nextFunction<int(pollfd*, nfds_t, int)>("poll");
     return next(watched, count, milliseconds);
 }

@@ -1,6 +1,7 @@
-#include "harness/LogCapture.h"
-#include "harness/SetVariable.h"
-#include "harness/TemporaryFolder.h"
+#include "support/Lines.h"
+#include "support/LogCapture.h"
+#include "support/SetVariable.h"
+#include "support/TemporaryFolder.h"
 
 #include <ConfigReader.h>
 #include <HostConfiguration.h>
@@ -32,55 +33,55 @@ protected:
 TEST_F(ConfigReaderTest, GivesTheDefaultForAMissingKey)
 {
     load("[General]\nOther=7\n[Else]\nCertAuthSwitch=7\n[A.B]\nC=7\n");
-    EXPECT_EQ(certAuthSwitch(true), 1);
-    EXPECT_EQ(certAuthSwitch(false), 0);
-    EXPECT_EQ(ConfigReader::getInt("Missing", "CertAuthSwitch", false), 0);
-    EXPECT_EQ(ConfigReader::getInt("A", "B.C", false), 0);
-    EXPECT_EQ(ConfigReader::getInt("A.B", "C", false), 7);
-    EXPECT_EQ(m_log.text(), "");
+    EXPECT_EQ(1, certAuthSwitch(true));
+    EXPECT_EQ(0, certAuthSwitch(false));
+    EXPECT_EQ(0, ConfigReader::getInt("Missing", "CertAuthSwitch", false));
+    EXPECT_EQ(0, ConfigReader::getInt("A", "B.C", false));
+    EXPECT_EQ(7, ConfigReader::getInt("A.B", "C", false));
+    EXPECT_EQ("", m_log.text());
 }
 
 TEST_F(ConfigReaderTest, GivesTheInteger)
 {
-    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=0\n"), 0);
-    EXPECT_EQ(switchIn("; note\n# note\n\n [General] \r\n  CertAuthSwitch = 0 \r\n"), 0);
-    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=2147483647"), 2147483647);
-    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=-2147483648\n"), -2147483647 - 1);
-    EXPECT_EQ(m_log.text(), "");
+    EXPECT_EQ(0, switchIn("[General]\nCertAuthSwitch=0\n"));
+    EXPECT_EQ(0, switchIn("; note\n# note\n\n [General] \r\n  CertAuthSwitch = 0 \r\n"));
+    EXPECT_EQ(2147483647, switchIn("[General]\nCertAuthSwitch=2147483647"));
+    EXPECT_EQ(-2147483647 - 1, switchIn("[General]\nCertAuthSwitch=-2147483648\n"));
+    EXPECT_EQ("", m_log.text());
 }
 
 TEST_F(ConfigReaderTest, CountsWhatIsNoIntegerAsOneAndSaysSo)
 {
     for (const std::string value :
          {"off", "0x0", "0 0", "+0", "", "0.0", "0 ; off", "00000000004294967296", "99999999999999999999"}) {
+        SCOPED_TRACE(value);
         const LogCapture log;
-        EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=" + value + "\n"), 1) << value;
+        EXPECT_EQ(1, switchIn("[General]\nCertAuthSwitch=" + value + "\n")) << value;
         const std::string record = log.withoutTimes();
-        EXPECT_EQ(record.find("TIME error SFtpClientHost request=0 ConfigReader::getInt():"), 0U) << record;
-        EXPECT_NE(record.find(" [General] CertAuthSwitch counts as 1: \"" + value +
+        EXPECT_EQ(0U, record.find("TIME error SFtpClientHost request=0 ConfigReader::getInt():")) << record;
+        EXPECT_TRUE(holds(" [General] CertAuthSwitch counts as 1: \"" + value +
                               "\" is no integer from -2147483648 to 2147483647. "
-                              "Correct the configuration file and reload it.\n"),
-                  std::string::npos)
-            << record;
+                              "Correct the configuration file and reload it.\n",
+                          record));
     }
 }
 
 TEST_F(ConfigReaderTest, ReportsUnderTheThreadsRequestIdentifier)
 {
     const RequestIdScope scope(7);
-    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=off\n"), 1);
-    EXPECT_EQ(replaceLines(m_log.withoutTimes()),
-              "TIME error SFtpClientHost request=7 ConfigReader::getInt():LINE [General] CertAuthSwitch counts as 1: "
-              "\"off\" is no integer from -2147483648 to 2147483647. Correct the configuration file and reload it.\n");
+    EXPECT_EQ(1, switchIn("[General]\nCertAuthSwitch=off\n"));
+    EXPECT_EQ("TIME error SFtpClientHost request=7 ConfigReader::getInt():LINE [General] CertAuthSwitch counts as 1: "
+              "\"off\" is no integer from -2147483648 to 2147483647. Correct the configuration file and reload it.\n",
+              replaceLines(m_log.withoutTimes()));
 }
 
 TEST_F(ConfigReaderTest, AnswersFromMemoryUntilTheReload)
 {
-    EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=0\n"), 0);
+    EXPECT_EQ(0, switchIn("[General]\nCertAuthSwitch=0\n"));
     m_folder.write("test.ini", "[General]\nCertAuthSwitch=1\n");
-    EXPECT_EQ(certAuthSwitch(), 0);
+    EXPECT_EQ(0, certAuthSwitch());
     HostConfiguration::instance().reload();
-    EXPECT_EQ(certAuthSwitch(), 1);
+    EXPECT_EQ(1, certAuthSwitch());
 }
 
 // The configuration as it is before anything was loaded: each in a process of its own. Standard error has the log.

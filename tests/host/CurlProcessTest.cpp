@@ -1,10 +1,11 @@
+#include "support/Thrown.h"
+
 #include <CurlProcess.h>
 
 #include <curl/curl.h>
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <stdexcept>
 
 namespace {
 
@@ -28,7 +29,7 @@ protected:
 // In libcurl's place: it counts these calls, and tells nobody the number.
 CURLcode curl_global_init(long flags)
 {
-    EXPECT_EQ(flags, CURL_GLOBAL_DEFAULT);
+    EXPECT_EQ(CURL_GLOBAL_DEFAULT, flags);
     ++initialised;
     return answer;
 }
@@ -40,10 +41,10 @@ namespace {
 TEST_F(CurlProcessTest, InitialisesAndCleansUp)
 {
     auto process = std::make_unique<CurlProcess>();
-    EXPECT_EQ(initialised, 1);
-    EXPECT_EQ(cleanedUp, 0);
+    EXPECT_EQ(1, initialised);
+    EXPECT_EQ(0, cleanedUp);
     process.reset();
-    EXPECT_EQ(cleanedUp, 1);
+    EXPECT_EQ(1, cleanedUp);
 }
 
 TEST_F(CurlProcessTest, IsCountedByLibcurl)
@@ -51,23 +52,18 @@ TEST_F(CurlProcessTest, IsCountedByLibcurl)
     auto first = std::make_unique<CurlProcess>();
     auto second = std::make_unique<CurlProcess>();
     first.reset();
-    EXPECT_EQ(initialised, 2);
-    EXPECT_EQ(cleanedUp, 1);
+    EXPECT_EQ(2, initialised);
+    EXPECT_EQ(1, cleanedUp);
     second.reset();
-    EXPECT_EQ(cleanedUp, 2);
+    EXPECT_EQ(2, cleanedUp);
 }
 
 TEST_F(CurlProcessTest, LeavesNothingToCleanUpWhenItFails)
 {
     answer = CURLE_OUT_OF_MEMORY;
-    try {
-        const CurlProcess process;
-        FAIL() << "libcurl was not initialised";
-    } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(), "libcurl cannot be initialised: Out of memory");
-    }
-    EXPECT_EQ(initialised, 1);
-    EXPECT_EQ(cleanedUp, 0);
+    EXPECT_EQ("libcurl cannot be initialised: Out of memory", thrownBy([] { const CurlProcess process; }));
+    EXPECT_EQ(1, initialised);
+    EXPECT_EQ(0, cleanedUp);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
-#include "harness/FileSizeLimit.h"
-#include "harness/TemporaryFolder.h"
+#include "support/FileSizeLimit.h"
+#include "support/TemporaryFolder.h"
+#include "support/Thrown.h"
 
 #include <DescriptorSink.h>
 
@@ -30,7 +31,7 @@ class DescriptorSinkTest : public testing::Test
 protected:
     DescriptorSinkTest()
     {
-        EXPECT_EQ(pipe2(m_ends.data(), O_CLOEXEC), 0);
+        EXPECT_EQ(0, pipe2(m_ends.data(), O_CLOEXEC));
         m_sink.setDescriptor(m_ends[1]);
     }
     ~DescriptorSinkTest() override
@@ -54,13 +55,13 @@ protected:
 TEST_F(DescriptorSinkTest, SurvivesAPipeThatNobodyReads)
 {
     closeEnd(0);
-    EXPECT_EQ(failureOf(m_sink, "lost\n"), EPIPE);
+    EXPECT_EQ(EPIPE, failureOf(m_sink, "lost\n"));
     sigset_t pending = {};
     sigpending(&pending);
-    EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+    EXPECT_EQ(0, sigismember(&pending, SIGPIPE));
     sigset_t blocked = {};
     pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-    EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
+    EXPECT_EQ(0, sigismember(&blocked, SIGPIPE));
 }
 
 TEST_F(DescriptorSinkTest, LeavesTheHostASignalThatItBlocksItself)
@@ -70,15 +71,15 @@ TEST_F(DescriptorSinkTest, LeavesTheHostASignalThatItBlocksItself)
     sigaddset(&sigpipe, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &sigpipe, nullptr);
     closeEnd(0);
-    EXPECT_EQ(failureOf(m_sink, "lost\n"), EPIPE);
+    EXPECT_EQ(EPIPE, failureOf(m_sink, "lost\n"));
     const timespec atOnce = {};
-    EXPECT_EQ(sigtimedwait(&sigpipe, nullptr, &atOnce), SIGPIPE);
+    EXPECT_EQ(SIGPIPE, sigtimedwait(&sigpipe, nullptr, &atOnce));
     pthread_sigmask(SIG_UNBLOCK, &sigpipe, nullptr);
 }
 
 TEST_F(DescriptorSinkTest, WaitsForRoomInAPipeThatDoesNotBlock)
 {
-    ASSERT_EQ(fcntl(m_ends[1], F_SETFL, O_NONBLOCK), 0);
+    ASSERT_EQ(0, fcntl(m_ends[1], F_SETFL, O_NONBLOCK));
     const std::string line = std::string(1000000, 'x') + "\n";
     std::string read;
     std::thread reader([this, &read] {
@@ -87,7 +88,7 @@ TEST_F(DescriptorSinkTest, WaitsForRoomInAPipeThatDoesNotBlock)
             read.append(block.data(), static_cast<std::size_t>(count));
         }
     });
-    EXPECT_EQ(failureOf(m_sink, line), 0);
+    EXPECT_EQ(0, failureOf(m_sink, line));
     closeEnd(1);
     reader.join();
     EXPECT_TRUE(read == line);
@@ -97,12 +98,8 @@ TEST_F(DescriptorSinkTest, SaysThatTheDescriptorIsClosed)
 {
     const int number = m_ends[1];
     closeEnd(1);
-    try {
-        m_sink.write("lost\n");
-        FAIL() << "written to a closed descriptor";
-    } catch (const std::system_error& error) {
-        EXPECT_EQ(error.what(), "descriptor " + std::to_string(number) + ": Bad file descriptor");
-    }
+    EXPECT_EQ("descriptor " + std::to_string(number) + ": Bad file descriptor",
+              thrownBy([this] { m_sink.write("lost\n"); }));
 }
 
 TEST_F(DescriptorSinkTest, BeginsANewLineAfterATornOne)
@@ -114,14 +111,14 @@ TEST_F(DescriptorSinkTest, BeginsANewLineAfterATornOne)
     m_sink.setDescriptor(descriptor);
     {
         const FileSizeLimit full(6);
-        EXPECT_EQ(failureOf(m_sink, "1st\n"), 0);
-        EXPECT_EQ(failureOf(m_sink, "2nd\n"), EFBIG);
-        EXPECT_EQ(failureOf(m_sink, "3rd\n"), EFBIG);
+        EXPECT_EQ(0, failureOf(m_sink, "1st\n"));
+        EXPECT_EQ(EFBIG, failureOf(m_sink, "2nd\n"));
+        EXPECT_EQ(EFBIG, failureOf(m_sink, "3rd\n"));
     }
-    EXPECT_EQ(failureOf(m_sink, "4th\n"), 0);
-    EXPECT_EQ(failureOf(m_sink, "5th\n"), 0);
+    EXPECT_EQ(0, failureOf(m_sink, "4th\n"));
+    EXPECT_EQ(0, failureOf(m_sink, "5th\n"));
     close(descriptor);
-    EXPECT_EQ(contentOf(path), "1st\n2n\n4th\n5th\n");
+    EXPECT_EQ("1st\n2n\n4th\n5th\n", contentOf(path));
 }
 
 } // namespace

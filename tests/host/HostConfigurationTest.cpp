@@ -1,5 +1,6 @@
-#include "harness/SetVariable.h"
-#include "harness/TemporaryFolder.h"
+#include "support/SetVariable.h"
+#include "support/TemporaryFolder.h"
+#include "support/Thrown.h"
 
 #include <HostConfiguration.h>
 
@@ -8,9 +9,7 @@
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <memory>
-#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -24,16 +23,6 @@ protected:
     std::string value(const std::string& key = "Key")
     {
         return m_configuration.values()->find("General", key).value_or("none");
-    }
-
-    static std::string failureOf(const std::function<void()>& action)
-    {
-        try {
-            action();
-        } catch (const std::runtime_error& error) {
-            return error.what();
-        }
-        return "no failure";
     }
 
     TemporaryFolder m_folder;
@@ -53,11 +42,11 @@ TEST_F(HostConfigurationTest, ReadsOnceAndAgainOnRequest)
 {
     const std::string path = m_folder.write("a.ini", "[General]\nKey=old\n");
     const SetVariable variable(kVariable, path.c_str());
-    EXPECT_EQ(value(), "old");
+    EXPECT_EQ("old", value());
     m_folder.write("a.ini", "[General]\nKey=new\n");
-    EXPECT_EQ(value(), "old");
+    EXPECT_EQ("old", value());
     m_configuration.reload();
-    EXPECT_EQ(value(), "new");
+    EXPECT_EQ("new", value());
 }
 
 TEST_F(HostConfigurationTest, PrefersTheFileThatTheHostNames)
@@ -65,10 +54,10 @@ TEST_F(HostConfigurationTest, PrefersTheFileThatTheHostNames)
     const std::string other = m_folder.write("variable.ini", "[General]\nKey=variable\n");
     const SetVariable variable(kVariable, other.c_str());
     m_configuration.load(m_folder.write("named.ini", "[General]\nKey=named\n"));
-    EXPECT_EQ(value(), "named");
+    EXPECT_EQ("named", value());
     m_folder.write("named.ini", "[General]\nKey=named anew\n");
     m_configuration.reload();
-    EXPECT_EQ(value(), "named anew");
+    EXPECT_EQ("named anew", value());
 }
 
 TEST_F(HostConfigurationTest, FollowsTheVariableOnReload)
@@ -76,13 +65,13 @@ TEST_F(HostConfigurationTest, FollowsTheVariableOnReload)
     {
         const std::string path = m_folder.write("a.ini", "[General]\nKey=a\n");
         const SetVariable variable(kVariable, path.c_str());
-        EXPECT_EQ(value(), "a");
+        EXPECT_EQ("a", value());
     }
     const std::string path = m_folder.write("b.ini", "[General]\nKey=b\n");
     const SetVariable variable(kVariable, path.c_str());
-    EXPECT_EQ(value(), "a");
+    EXPECT_EQ("a", value());
     m_configuration.reload();
-    EXPECT_EQ(value(), "b");
+    EXPECT_EQ("b", value());
 }
 
 TEST_F(HostConfigurationTest, KeepsTheOldValuesWhenAReloadFails)
@@ -90,22 +79,22 @@ TEST_F(HostConfigurationTest, KeepsTheOldValuesWhenAReloadFails)
     const std::string path = m_folder.write("a.ini", "[General]\nKey=old\n");
     m_configuration.load(path);
     m_folder.write("a.ini", "[General]\nKey=new\nKey=newer\n");
-    EXPECT_EQ(failureOf([this] { m_configuration.reload(); }), path + "(3): duplicate key name");
-    EXPECT_EQ(value(), "old");
-    ASSERT_EQ(std::remove(path.c_str()), 0);
-    EXPECT_EQ(failureOf([this] { m_configuration.reload(); }), path + ": cannot open file");
-    EXPECT_EQ(value(), "old");
+    EXPECT_EQ(path + "(3): duplicate key name", thrownBy([this] { m_configuration.reload(); }));
+    EXPECT_EQ("old", value());
+    ASSERT_EQ(0, std::remove(path.c_str()));
+    EXPECT_EQ(path + ": cannot open file", thrownBy([this] { m_configuration.reload(); }));
+    EXPECT_EQ("old", value());
 }
 
 TEST_F(HostConfigurationTest, KeepsTheOldFileWhenAnotherCannotBeLoaded)
 {
     m_configuration.load(m_folder.write("a.ini", "[General]\nKey=old\n"));
-    EXPECT_EQ(failureOf([this] { m_configuration.load(m_folder.file("missing.ini")); }),
-              m_folder.file("missing.ini") + ": cannot open file");
-    EXPECT_EQ(value(), "old");
+    EXPECT_EQ(m_folder.file("missing.ini") + ": cannot open file",
+              thrownBy([this] { m_configuration.load(m_folder.file("missing.ini")); }));
+    EXPECT_EQ("old", value());
     m_folder.write("a.ini", "[General]\nKey=new\n");
     m_configuration.reload();
-    EXPECT_EQ(value(), "new");
+    EXPECT_EQ("new", value());
 }
 
 TEST_F(HostConfigurationTest, ReloadsTheSameFileWhenTheProcessGoesElsewhere)
@@ -115,37 +104,37 @@ TEST_F(HostConfigurationTest, ReloadsTheSameFileWhenTheProcessGoesElsewhere)
     std::filesystem::current_path(m_folder.path());
     m_configuration.load("a.ini");
     std::filesystem::current_path(before);
-    EXPECT_EQ(value(), "old");
+    EXPECT_EQ("old", value());
     m_folder.write("a.ini", "[General]\nKey=new\n");
-    EXPECT_EQ(failureOf([this] { m_configuration.reload(); }), "no failure");
-    EXPECT_EQ(value(), "new");
+    EXPECT_EQ(kNothingThrown, thrownBy([this] { m_configuration.reload(); }));
+    EXPECT_EQ("new", value());
 }
 
 TEST_F(HostConfigurationTest, RefusesAFileWithoutEnd)
 {
-    EXPECT_EQ(failureOf([this] { m_configuration.load("/dev/zero"); }), "/dev/zero: more than 16777216 bytes");
+    EXPECT_EQ("/dev/zero: more than 16777216 bytes", thrownBy([this] { m_configuration.load("/dev/zero"); }));
     const std::string begin = "[General]\nKey=";
     const std::string largest = begin + std::string(16777216 - begin.size(), 'x');
     m_configuration.load(m_folder.write("a.ini", largest));
-    EXPECT_EQ(value().size(), 16777216 - begin.size());
-    EXPECT_EQ(failureOf([&] { m_configuration.load(m_folder.write("a.ini", largest + "x")); }),
-              m_folder.file("a.ini") + ": more than 16777216 bytes");
+    EXPECT_EQ(16777216 - begin.size(), value().size());
+    EXPECT_EQ(m_folder.file("a.ini") + ": more than 16777216 bytes",
+              thrownBy([&] { m_configuration.load(m_folder.write("a.ini", largest + "x")); }));
 }
 
 TEST_F(HostConfigurationTest, SaysThatAFileCannotBeRead)
 {
-    EXPECT_EQ(failureOf([this] { m_configuration.load(m_folder.path()); }), m_folder.path() + ": cannot read file");
+    EXPECT_EQ(m_folder.path() + ": cannot read file", thrownBy([this] { m_configuration.load(m_folder.path()); }));
 }
 
 TEST_F(HostConfigurationTest, SaysEachTimeThatTheFirstReadingFailed)
 {
     const std::string path = m_folder.file("late.ini");
     const SetVariable variable(kVariable, path.c_str());
-    EXPECT_EQ(failureOf([this] { value(); }), path + ": cannot open file");
+    EXPECT_EQ(path + ": cannot open file", thrownBy([this] { value(); }));
     m_folder.write("late.ini", "[General]\nKey=late\n");
-    EXPECT_EQ(failureOf([this] { value(); }), path + ": cannot open file");
+    EXPECT_EQ(path + ": cannot open file", thrownBy([this] { value(); }));
     m_configuration.reload();
-    EXPECT_EQ(value(), "late");
+    EXPECT_EQ("late", value());
 }
 
 TEST_F(HostConfigurationTest, LeavesValuesToThoseWhoHoldThem)
@@ -153,8 +142,8 @@ TEST_F(HostConfigurationTest, LeavesValuesToThoseWhoHoldThem)
     m_configuration.load(m_folder.write("a.ini", "[General]\nKey=old\n"));
     const std::shared_ptr<const IniFile> held = m_configuration.values();
     m_configuration.load(m_folder.write("b.ini", "[General]\nKey=new\n"));
-    EXPECT_EQ(held->find("General", "Key"), "old");
-    EXPECT_EQ(value(), "new");
+    EXPECT_EQ("old", held->find("General", "Key"));
+    EXPECT_EQ("new", value());
 }
 
 // Both keys change together in the file: who sees them differ has seen half a reading.
@@ -185,7 +174,7 @@ TEST_F(HostConfigurationTest, IsNeverSeenHalfRead)
     for (std::thread& reader : readers) {
         reader.join();
     }
-    EXPECT_EQ(torn, 0);
+    EXPECT_EQ(0, torn);
 }
 
 TEST_F(HostConfigurationTest, ReadsOnceForManyThreadsAtTheirFirstQuestion)
@@ -202,7 +191,7 @@ TEST_F(HostConfigurationTest, ReadsOnceForManyThreadsAtTheirFirstQuestion)
         thread.join();
     }
     for (const auto& values : seen) {
-        EXPECT_EQ(values, seen.front());
+        EXPECT_EQ(seen.front(), values);
     }
 }
 

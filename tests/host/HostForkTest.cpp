@@ -1,5 +1,6 @@
-#include "harness/LogCapture.h"
-#include "harness/TemporaryFolder.h"
+#include "support/Lines.h"
+#include "support/LogCapture.h"
+#include "support/TemporaryFolder.h"
 
 #include <HostConfiguration.h>
 #include <LogProxy.h>
@@ -11,7 +12,6 @@
 
 #include <atomic>
 #include <functional>
-#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -68,7 +68,7 @@ int statusOfChildThat(const std::function<void()>& work)
         _exit(0);
     }
     int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(child, waitpid(child, &status, 0));
     return status;
 }
 
@@ -80,19 +80,19 @@ TEST(HostFork, ChildrenLogWhateverTheThreadsOfTheirParentDid)
     {
         const BusyThreads threads([] { log("parent"); });
         for (int i = 0; i < kForks; ++i) {
-            ASSERT_EQ(statusOfChildThat([] { log("child"); }), 0) << i;
+            ASSERT_EQ(0, statusOfChildThat([] { log("child"); })) << i;
         }
     }
     log("afterwards");
     int children = 0;
     std::string last;
-    std::istringstream lines(capture.withoutTimes());
-    for (std::string line; std::getline(lines, line); last = line) {
+    for (const std::string& line : linesOf(capture.withoutTimes())) {
+        last = line;
         children += line == "TIME debug m request=0 f():1 child" ? 1 : 0;
-        ASSERT_EQ(line.rfind("TIME debug m request=0 f():1 ", 0), 0U) << line;
+        ASSERT_EQ(0U, line.rfind("TIME debug m request=0 f():1 ", 0)) << line;
     }
-    EXPECT_EQ(children, kForks);
-    EXPECT_EQ(last, "TIME debug m request=0 f():1 afterwards");
+    EXPECT_EQ(kForks, children);
+    EXPECT_EQ("TIME debug m request=0 f():1 afterwards", last);
 }
 
 TEST(HostFork, ChildrenReadTheConfigurationWhateverTheThreadsOfTheirParentDid)
@@ -106,15 +106,14 @@ TEST(HostFork, ChildrenReadTheConfigurationWhateverTheThreadsOfTheirParentDid)
             configuration.values();
         });
         for (int i = 0; i < kForks; ++i) {
-            ASSERT_EQ(statusOfChildThat([&configuration] {
+            ASSERT_EQ(0, statusOfChildThat([&configuration] {
                           configuration.reload();
                           const bool isRead = configuration.values()->find("General", "Key") == "a";
                           isRead ? _exit(0) : _exit(1);
-                      }),
-                      0)
+                      }))
                 << i;
         }
     }
     configuration.reload();
-    EXPECT_EQ(configuration.values()->find("General", "Key"), "a");
+    EXPECT_EQ("a", configuration.values()->find("General", "Key"));
 }

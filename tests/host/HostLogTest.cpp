@@ -1,5 +1,6 @@
 #include "harness/AppliedSettings.h"
-#include "harness/LogCapture.h"
+#include "support/Lines.h"
+#include "support/LogCapture.h"
 
 #include <HostLog.h>
 #include <LogProxy.h>
@@ -51,50 +52,50 @@ TEST(HostLog, WritesOneLineARecord)
 {
     const LogCapture capture;
     LogProxy(4, "SFtpClient", 18446744073709551615UL, "SFtpClient::Listsftpdir()", 41) << 0 << "no " << 12 << "";
-    EXPECT_EQ(capture.withoutTimes(),
-              "TIME error SFtpClient request=18446744073709551615 SFtpClient::Listsftpdir():41 no 12\n");
+    EXPECT_TRUE(sameText("TIME error SFtpClient request=18446744073709551615 SFtpClient::Listsftpdir():41 no 12\n",
+                         capture.withoutTimes()));
 }
 
 TEST(HostLog, NamesTheLevels)
 {
-    EXPECT_EQ(lineOf(1, "0x"), "TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 x\n");
-    EXPECT_EQ(lineOf(2, "0x"), "TIME info SFtpClient request=7 SFtpClient::Listsftpdir():41 x\n");
-    EXPECT_EQ(lineOf(4, "0x"), "TIME error SFtpClient request=7 SFtpClient::Listsftpdir():41 x\n");
-    EXPECT_EQ(lineOf(3, "0x"), "TIME error SFtpClient request=7 SFtpClient::Listsftpdir():41 x\n");
+    EXPECT_EQ("TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 x\n", lineOf(1, "0x"));
+    EXPECT_EQ("TIME info SFtpClient request=7 SFtpClient::Listsftpdir():41 x\n", lineOf(2, "0x"));
+    EXPECT_EQ("TIME error SFtpClient request=7 SFtpClient::Listsftpdir():41 x\n", lineOf(4, "0x"));
+    EXPECT_EQ("TIME error SFtpClient request=7 SFtpClient::Listsftpdir():41 x\n", lineOf(3, "0x"));
 }
 
 TEST(HostLog, LeavesOutOneLeadingZeroAndNoMore)
 {
     const std::string begin = "TIME info SFtpClient request=7 SFtpClient::Listsftpdir():41 ";
-    EXPECT_EQ(lineOf(2, "00 bytes"), begin + "0 bytes\n");
-    EXPECT_EQ(lineOf(2, "0"), begin + "\n");
-    EXPECT_EQ(lineOf(2, ""), begin + "\n");
-    EXPECT_EQ(lineOf(2, "10"), begin + "10\n");
+    EXPECT_EQ(begin + "0 bytes\n", lineOf(2, "00 bytes"));
+    EXPECT_EQ(begin + "\n", lineOf(2, "0"));
+    EXPECT_EQ(begin + "\n", lineOf(2, ""));
+    EXPECT_EQ(begin + "10\n", lineOf(2, "10"));
 }
 
 TEST(HostLog, KeepsARecordOnOneLine)
 {
-    EXPECT_EQ(lineOf(1, "0550 a\r\nTIME error forged \x1b[31m \xff"),
-              "TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 550 a\\r\\nTIME error forged \\x1b[31m "
-              "\\xff\n");
+    EXPECT_EQ("TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 550 a\\r\\nTIME error forged \\x1b[31m "
+              "\\xff\n",
+              lineOf(1, "0550 a\r\nTIME error forged \x1b[31m \xff"));
     const LogCapture capture;
     LogProxy(1, "m\n", 1, "f\n()", 2) << 0;
-    EXPECT_EQ(capture.withoutTimes(), "TIME debug m\\n request=1 f\\n():2 \n");
+    EXPECT_TRUE(sameText("TIME debug m\\n request=1 f\\n():2 \n", capture.withoutTimes()));
 }
 
 TEST(HostLog, TakesTextAsItIs)
 {
-    EXPECT_EQ(lineOf(1, "0{} {0} %s %v"),
-              "TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 {} {0} %s %v\n");
+    EXPECT_EQ("TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 {} {0} %s %v\n",
+              lineOf(1, "0{} {0} %s %v"));
 }
 
 TEST(HostLog, WritesOneJsonObjectARecord)
 {
     const std::string begin =
         R"*(","module":"SFtpClient","request":7,"function":"SFtpClient::Listsftpdir()","line":41,)*";
-    EXPECT_EQ(jsonOf(4, "0550 \"a\"\r\n{} %v \xff"),
-              R"({"time":"TIME","level":"error)" + begin + R"("text":"550 \"a\"\r\n{} %v \ufffd"})" + "\n");
-    EXPECT_EQ(jsonOf(1, "0"), R"({"time":"TIME","level":"debug)" + begin + "\"text\":\"\"}\n");
+    EXPECT_EQ(R"({"time":"TIME","level":"error)" + begin + R"("text":"550 \"a\"\r\n{} %v \ufffd"})" + "\n",
+              jsonOf(4, "0550 \"a\"\r\n{} %v \xff"));
+    EXPECT_EQ(R"({"time":"TIME","level":"debug)" + begin + "\"text\":\"\"}\n", jsonOf(1, "0"));
 }
 
 TEST(HostLog, EscapesAllTextsOfAJsonObject)
@@ -104,9 +105,10 @@ TEST(HostLog, EscapesAllTextsOfAJsonObject)
     settings.format = LogFormat::Json;
     const AppliedSettings applied(settings);
     LogProxy(2, "m\n", 18446744073709551615UL, "f\"()", 4294967295U) << 0 << "x";
-    EXPECT_EQ(capture.withoutTimes(),
-              std::string(R"({"time":"TIME","level":"info","module":"m\n","request":18446744073709551615,)") +
-                  R"*("function":"f\"()","line":4294967295,"text":"x"})*" + "\n");
+    EXPECT_TRUE(
+        sameText(std::string(R"({"time":"TIME","level":"info","module":"m\n","request":18446744073709551615,)") +
+                     R"*("function":"f\"()","line":4294967295,"text":"x"})*" + "\n",
+                 capture.withoutTimes()));
 }
 
 // Escaped, a byte becomes up to six.
@@ -114,17 +116,17 @@ TEST(HostLog, BoundsTheTextsOfARecord)
 {
     const std::string begin = "TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 ";
     const std::string longest(65536, 'x');
-    EXPECT_EQ(lineOf(1, "0" + longest), begin + longest + "\n");
-    EXPECT_EQ(lineOf(1, "0" + longest + "y"), begin + longest + " [1 bytes left out]\n");
-    EXPECT_EQ(lineOf(1, "0" + std::string(1000000, '\x01')),
-              begin + repeated("\\x01", 65536) + " [934464 bytes left out]\n");
-    EXPECT_NE(jsonOf(1, "0" + std::string(1000000, '\x01'))
-                  .find("\"text\":\"" + repeated("\\u0001", 65536) + " [934464 bytes left out]\"}\n"),
-              std::string::npos);
+    EXPECT_EQ(begin + longest + "\n", lineOf(1, "0" + longest));
+    EXPECT_EQ(begin + longest + " [1 bytes left out]\n", lineOf(1, "0" + longest + "y"));
+    EXPECT_EQ(begin + repeated("\\x01", 65536) + " [934464 bytes left out]\n",
+              lineOf(1, "0" + std::string(1000000, '\x01')));
+    EXPECT_TRUE(holds("\"text\":\"" + repeated("\\u0001", 65536) + " [934464 bytes left out]\"}\n",
+                      jsonOf(1, "0" + std::string(1000000, '\x01'))));
     const LogCapture capture;
     LogProxy(1, longest + "yy", 0, longest + "yyy", 1) << 0;
-    EXPECT_EQ(capture.withoutTimes(),
-              "TIME debug " + longest + " [2 bytes left out] request=0 " + longest + " [3 bytes left out]:1 \n");
+    EXPECT_TRUE(
+        sameText("TIME debug " + longest + " [2 bytes left out] request=0 " + longest + " [3 bytes left out]:1 \n",
+                 capture.withoutTimes()));
 }
 
 TEST(HostLog, BoundsAJsonObjectsOtherTextsToo)
@@ -135,9 +137,10 @@ TEST(HostLog, BoundsAJsonObjectsOtherTextsToo)
     const AppliedSettings applied(settings);
     const std::string longest(65536, 'x');
     LogProxy(1, longest + "yy", 0, longest + "yyy", 1) << 0;
-    EXPECT_EQ(capture.withoutTimes(), R"({"time":"TIME","level":"debug","module":")" + longest +
-                                          R"( [2 bytes left out]","request":0,"function":")" + longest +
-                                          R"( [3 bytes left out]","line":1,"text":""})" + "\n");
+    EXPECT_TRUE(sameText(R"({"time":"TIME","level":"debug","module":")" + longest +
+                             R"( [2 bytes left out]","request":0,"function":")" + longest +
+                             R"( [3 bytes left out]","line":1,"text":""})" + "\n",
+                         capture.withoutTimes()));
 }
 
 TEST(HostLog, DoesNotCutACharacterApart)
@@ -146,18 +149,18 @@ TEST(HostLog, DoesNotCutACharacterApart)
     const std::string emoji = "\xf0\x9f\x98\x80";
     for (const std::size_t before : {65532U, 65533U, 65534U, 65535U, 65536U}) {
         const std::string text(before, 'x');
-        EXPECT_EQ(lineOf(1, "0" + text + emoji + "yy"),
-                  begin + text + (before == 65532 ? emoji + " [2" : " [6") + " bytes left out]\n")
+        EXPECT_EQ(begin + text + (before == 65532 ? emoji + " [2" : " [6") + " bytes left out]\n",
+                  lineOf(1, "0" + text + emoji + "yy"))
             << before;
     }
-    EXPECT_EQ(lineOf(1, "0" + std::string(65540, '\x80')), begin + repeated("\\x80", 65532) + " [8 bytes left out]\n");
+    EXPECT_EQ(begin + repeated("\\x80", 65532) + " [8 bytes left out]\n", lineOf(1, "0" + std::string(65540, '\x80')));
 }
 
 TEST(HostLog, LeavesOutWhatIsBelowItsLevel)
 {
-    EXPECT_EQ(levelsThatPass(LogLevel::Debug), "12430");
-    EXPECT_EQ(levelsThatPass(LogLevel::Info), "2430");
-    EXPECT_EQ(levelsThatPass(LogLevel::Error), "430");
+    EXPECT_EQ("12430", levelsThatPass(LogLevel::Debug));
+    EXPECT_EQ("2430", levelsThatPass(LogLevel::Info));
+    EXPECT_EQ("430", levelsThatPass(LogLevel::Error));
 }
 
 TEST(HostLog, WritesARecordWhileAnotherIsOpen)
@@ -169,15 +172,16 @@ TEST(HostLog, WritesARecordWhileAnotherIsOpen)
         LogProxy(1, "m", 0, "inner()", 2) << 0 << "inner";
         outer << "ended";
     }
-    EXPECT_EQ(capture.withoutTimes(), "TIME debug m request=0 inner():2 inner\nTIME debug m request=0 outer():1 begun, "
-                                      "ended\n");
+    EXPECT_TRUE(sameText("TIME debug m request=0 inner():2 inner\nTIME debug m request=0 outer():1 begun, "
+                         "ended\n",
+                         capture.withoutTimes()));
 }
 
 TEST(HostLog, GoesToStandardErrorAtFirst)
 {
     testing::internal::CaptureStderr();
     LogProxy(2, "m", 0, "f()", 1) << 0 << "seen";
-    EXPECT_EQ(replaceTimes(testing::internal::GetCapturedStderr()), "TIME info m request=0 f():1 seen\n");
+    EXPECT_EQ("TIME info m request=0 f():1 seen\n", replaceTimes(testing::internal::GetCapturedStderr()));
 }
 
 // In a process of its own, for there is no way back.

@@ -1,20 +1,21 @@
 #include "harness/AppliedSettings.h"
-#include "harness/LogCapture.h"
-#include "harness/TemporaryFolder.h"
+#include "support/Lines.h"
+#include "support/LogCapture.h"
+#include "support/Process.h"
+#include "support/TemporaryFolder.h"
 
 #include <HostLog.h>
 #include <LogProxy.h>
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
 #include <atomic>
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -47,28 +48,17 @@ void writeRecords(unsigned thread, unsigned count, std::size_t length)
 void expectAllRecords(const std::string& log, unsigned count, std::size_t length)
 {
     std::map<std::string, unsigned> seen;
-    std::istringstream lines(replaceTimes(log));
-    for (std::string line; std::getline(lines, line);) {
+    for (const std::string& line : linesOf(replaceTimes(log))) {
         ++seen[line];
     }
-    EXPECT_EQ(seen.size(), kThreads * count);
+    EXPECT_EQ(kThreads * count, seen.size());
     for (unsigned thread = 0; thread < kThreads; ++thread) {
         for (unsigned record = 0; record < count; ++record) {
             const std::string expected = "TIME debug m request=" + std::to_string(thread) +
                                          " f():" + std::to_string(record) + " " + textOf(thread, length);
-            ASSERT_EQ(seen[expected], 1U) << "thread " << thread << ", record " << record;
+            ASSERT_EQ(1U, seen[expected]) << "thread " << thread << ", record " << record;
         }
     }
-}
-
-std::string readAll(int descriptor)
-{
-    std::string text;
-    std::array<char, 65536> block = {};
-    for (ssize_t count = 0; (count = read(descriptor, block.data(), block.size())) > 0;) {
-        text.append(block.data(), static_cast<size_t>(count));
-    }
-    return text;
 }
 
 } // namespace
@@ -76,16 +66,16 @@ std::string readAll(int descriptor)
 // Records far longer than what a pipe takes at once: unless each is written under a lock, they mix.
 TEST(HostLogThreads, RecordsAreWholeInAPipe)
 {
-    std::array<int, 2> ends = {};
-    ASSERT_EQ(pipe(ends.data()), 0);
-    HostLog::instance().setDescriptor(ends[1]);
+    Pipe pipe;
+    const int writer = open(pipe.writer().c_str(), O_WRONLY | O_CLOEXEC);
+    pipe.closeWriter();
+    HostLog::instance().setDescriptor(writer);
     std::string log;
-    std::thread reader([&log, &ends] { log = readAll(ends[0]); });
+    std::thread reader([&log, &pipe] { log = pipe.rest(); });
     onThreads([](unsigned thread) { writeRecords(thread, 10, 65536); });
     HostLog::instance().setDescriptor(STDERR_FILENO);
-    close(ends[1]);
+    close(writer);
     reader.join();
-    close(ends[0]);
     expectAllRecords(log, 10, 65536);
 }
 
@@ -150,16 +140,16 @@ TEST(HostLogThreads, SettingsChangeBetweenRecords)
 
     std::size_t count = 0;
     for (const std::string name : {"text", "json"}) {
-        std::istringstream lines(replaceTimes(contentOf(folder.file(name))));
-        const std::size_t before = count;
-        for (std::string line; std::getline(lines, line); ++count) {
+        const Lines lines = linesOf(replaceTimes(contentOf(folder.file(name))));
+        for (const std::string& line : lines) {
             const std::string begin = name == "json" ? R"({"time":"TIME","level":"debug",)" : "TIME debug m request=";
-            ASSERT_EQ(line.compare(0, begin.size(), begin), 0) << name << ": " << line;
-            ASSERT_EQ(line.back() == '}', name == "json") << name << ": " << line;
+            ASSERT_EQ(0, line.compare(0, begin.size(), begin)) << name << ": " << line;
+            ASSERT_EQ(name == "json", line.back() == '}') << name << ": " << line;
         }
-        EXPECT_GT(count, before) << name;
+        EXPECT_FALSE(lines.empty()) << name;
+        count += lines.size();
     }
-    EXPECT_EQ(count, written);
+    EXPECT_EQ(written, count);
 }
 
 TEST(HostLogThreads, NoRecordIsLostWhenTheyAreSentElsewhereMeanwhile)

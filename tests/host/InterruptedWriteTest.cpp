@@ -1,4 +1,5 @@
-#include "harness/TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
+#include "support/Thrown.h"
 
 #include <DescriptorSink.h>
 #include <LogFile.h>
@@ -89,7 +90,7 @@ TEST_F(InterruptedWrite, ToAFileGoesOn)
     LogFile file(m_path, 1000, 2);
     nextWrites = {{EINTR}, {0, 2}, {EINTR}, {0, 1}};
     file.write("a line\n");
-    EXPECT_EQ(contentOf(m_path), "a line\n");
+    EXPECT_EQ("a line\n", contentOf(m_path));
 }
 
 TEST_F(InterruptedWrite, ToAFileLeavesNothingWhenItFailsAfterwards)
@@ -97,13 +98,8 @@ TEST_F(InterruptedWrite, ToAFileLeavesNothingWhenItFailsAfterwards)
     LogFile file(m_path, 1000, 2);
     file.write("1st\n");
     nextWrites = {{0, 2}, {EIO}};
-    try {
-        file.write("2nd\n");
-        FAIL() << "no failure";
-    } catch (const std::system_error& error) {
-        EXPECT_EQ(error.what(), m_path + ": Input/output error");
-    }
-    EXPECT_EQ(contentOf(m_path), "1st\n");
+    EXPECT_EQ(m_path + ": Input/output error", thrownBy([&] { file.write("2nd\n"); }));
+    EXPECT_EQ("1st\n", contentOf(m_path));
 }
 
 TEST_F(InterruptedDescriptor, GoesOn)
@@ -111,7 +107,7 @@ TEST_F(InterruptedDescriptor, GoesOn)
     nextWrites = {{EINTR}, {0, 2}, {EAGAIN}, {EAGAIN}, {0, 1}};
     nextPollErrors = {EINTR};
     m_sink.write("a line\n");
-    EXPECT_EQ(contentOf(m_path), "a line\n");
+    EXPECT_EQ("a line\n", contentOf(m_path));
 }
 
 TEST_F(InterruptedDescriptor, FailsWhereItCannotWait)
@@ -119,7 +115,7 @@ TEST_F(InterruptedDescriptor, FailsWhereItCannotWait)
     nextWrites = {{EAGAIN}};
     nextPollErrors = {EINVAL};
     EXPECT_THROW(m_sink.write("a line\n"), std::system_error);
-    EXPECT_EQ(contentOf(m_path), "");
+    EXPECT_EQ("", contentOf(m_path));
 }
 
 } // namespace

@@ -9,27 +9,27 @@ using namespace std::string_literals;
 
 TEST(JsonText, QuotesPlainText)
 {
-    EXPECT_EQ(jsonText(""), R"("")");
-    EXPECT_EQ(jsonText("a/b {} %s"), R"("a/b {} %s")");
+    EXPECT_EQ(R"("")", jsonText(""));
+    EXPECT_EQ(R"("a/b {} %s")", jsonText("a/b {} %s"));
 }
 
-TEST(JsonText, EscapesWhatJsonReserves) { EXPECT_EQ(jsonText(R"(a"b\c)"), R"("a\"b\\c")"); }
+TEST(JsonText, EscapesWhatJsonReserves) { EXPECT_EQ(R"("a\"b\\c")", jsonText(R"(a"b\c)")); }
 
 TEST(JsonText, EscapesControlCharacters)
 {
-    EXPECT_EQ(jsonText("\n\r\t\0\x01\x1b\x1f\x7f"s), R"("\n\r\t\u0000\u0001\u001b\u001f\u007f")");
-    EXPECT_EQ(jsonText("\xc2\x80\xc2\x9f"), R"("\u0080\u009f")");
+    EXPECT_EQ(R"("\n\r\t\u0000\u0001\u001b\u001f\u007f")", jsonText("\n\r\t\0\x01\x1b\x1f\x7f"s));
+    EXPECT_EQ(R"("\u0080\u009f")", jsonText("\xc2\x80\xc2\x9f"));
 }
 
 TEST(JsonText, WritesWhatIsNotAsciiAsNumbers)
 {
-    EXPECT_EQ(jsonText("\xc3\xbc\xe2\x82\xac\xf0\x9f\x98\x80"), R"("\u00fc\u20ac\ud83d\ude00")");
+    EXPECT_EQ(R"("\u00fc\u20ac\ud83d\ude00")", jsonText("\xc3\xbc\xe2\x82\xac\xf0\x9f\x98\x80"));
 }
 
 TEST(JsonText, ReplacesInvalidUtf8)
 {
-    EXPECT_EQ(jsonText("a\xff\xc3"), R"("a\ufffd\ufffd")");
-    EXPECT_EQ(jsonText("\xed\xa0\x80."), R"("\ufffd\ufffd\ufffd.")");
+    EXPECT_EQ(R"("a\ufffd\ufffd")", jsonText("a\xff\xc3"));
+    EXPECT_EQ(R"("\ufffd\ufffd\ufffd.")", jsonText("\xed\xa0\x80."));
 }
 
 TEST(JsonText, IsPrintableAsciiWhateverTheBytes)
@@ -48,6 +48,6 @@ TEST(JsonText, IsPrintableAsciiWhateverTheBytes)
 TEST(JsonText, KeepsTheOrderAndIndentsOnRequest)
 {
     const nlohmann::ordered_json object = {{"b", 18446744073709551615U}, {"a", {"x"}}};
-    EXPECT_EQ(jsonText(object), R"({"b":18446744073709551615,"a":["x"]})");
-    EXPECT_EQ(jsonText(object, 2), "{\n  \"b\": 18446744073709551615,\n  \"a\": [\n    \"x\"\n  ]\n}");
+    EXPECT_EQ(R"({"b":18446744073709551615,"a":["x"]})", jsonText(object));
+    EXPECT_EQ("{\n  \"b\": 18446744073709551615,\n  \"a\": [\n    \"x\"\n  ]\n}", jsonText(object, 2));
 }

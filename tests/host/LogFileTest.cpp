@@ -1,6 +1,7 @@
-#include "harness/FileSizeLimit.h"
-#include "harness/TemporaryFolder.h"
-#include "harness/WithoutRoot.h"
+#include "support/FileSizeLimit.h"
+#include "support/OtherUser.h"
+#include "support/TemporaryFolder.h"
+#include "support/Thrown.h"
 
 #include <LogFile.h>
 
@@ -10,7 +11,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <exception>
 #include <filesystem>
 #include <iterator>
 #include <memory>
@@ -30,22 +30,12 @@ std::set<std::string> namesIn(const std::string& folder)
 
 std::string failureOf(LogFile& file, const std::string& line)
 {
-    try {
-        file.write(line);
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-    return "no failure";
+    return thrownBy([&] { file.write(line); });
 }
 
 std::string refusalOf(const std::string& path)
 {
-    try {
-        const LogFile file(path, 1000, 2);
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-    return "no refusal";
+    return thrownBy([&] { const LogFile file(path, 1000, 2); });
 }
 
 std::size_t openDescriptors()
@@ -73,14 +63,14 @@ protected:
     LogFileTest() { setFolderMode(0777); }
     ~LogFileTest() override { setFolderMode(0777); }
 
-    void setFolderMode(mode_t mode) const { EXPECT_EQ(chmod(m_folder.path().c_str(), mode), 0); }
+    void setFolderMode(mode_t mode) const { EXPECT_EQ(0, chmod(m_folder.path().c_str(), mode)); }
 
     std::string content(const std::string& name = "a.log") const { return contentOf(m_folder.file(name)); }
 
     mode_t modeOf(const std::string& name) const
     {
         struct stat status = {};
-        EXPECT_EQ(stat(m_folder.file(name).c_str(), &status), 0) << name;
+        EXPECT_EQ(0, stat(m_folder.file(name).c_str(), &status)) << name;
         return status.st_mode & 07777U;
     }
 
@@ -93,16 +83,16 @@ TEST_F(LogFileTest, AddsToWhatIsThere)
     m_folder.write("a.log", "old\n");
     LogFile(m_path, 1000, 2).write("one\n");
     LogFile(m_path, 1000, 2).write("two\n");
-    EXPECT_EQ(content(), "old\none\ntwo\n");
+    EXPECT_EQ("old\none\ntwo\n", content());
 }
 
 TEST_F(LogFileTest, WritesEachLineAtOnce)
 {
     LogFile file(m_path, 1000, 2);
     file.write("one\n");
-    EXPECT_EQ(content(), "one\n");
+    EXPECT_EQ("one\n", content());
     file.write(std::string(900, 'x') + "\n");
-    EXPECT_EQ(content().size(), 905U);
+    EXPECT_EQ(905U, content().size());
 }
 
 TEST_F(LogFileTest, GivesWayBeforeItBecomesTooLarge)
@@ -111,10 +101,10 @@ TEST_F(LogFileTest, GivesWayBeforeItBecomesTooLarge)
     for (const char* const line : {"1st\n", "2nd\n", "3rd\n", "4th\n", "5th\n", "6th\n", "7th\n"}) {
         file.write(line);
     }
-    EXPECT_EQ(namesIn(m_folder.path()), (std::set<std::string>{"a.log", "a.1.log", "a.2.log"}));
-    EXPECT_EQ(content(), "7th\n");
-    EXPECT_EQ(content("a.1.log"), "5th\n6th\n");
-    EXPECT_EQ(content("a.2.log"), "3rd\n4th\n");
+    EXPECT_EQ((std::set<std::string>{"a.log", "a.1.log", "a.2.log"}), namesIn(m_folder.path()));
+    EXPECT_EQ("7th\n", content());
+    EXPECT_EQ("5th\n6th\n", content("a.1.log"));
+    EXPECT_EQ("3rd\n4th\n", content("a.2.log"));
 }
 
 TEST_F(LogFileTest, CanBeOneFileAlone)
@@ -123,8 +113,8 @@ TEST_F(LogFileTest, CanBeOneFileAlone)
     for (const char* const line : {"1st\n", "2nd\n", "3rd\n"}) {
         file.write(line);
     }
-    EXPECT_EQ(namesIn(m_folder.path()), std::set<std::string>{"a.log"});
-    EXPECT_EQ(content(), "3rd\n");
+    EXPECT_EQ(std::set<std::string>{"a.log"}, namesIn(m_folder.path()));
+    EXPECT_EQ("3rd\n", content());
 }
 
 TEST_F(LogFileTest, TakesALineThatIsTooLargeAlone)
@@ -133,22 +123,22 @@ TEST_F(LogFileTest, TakesALineThatIsTooLargeAlone)
     file.write("1st\n");
     file.write("much too large\n");
     file.write("3rd\n");
-    EXPECT_EQ(content(), "3rd\n");
-    EXPECT_EQ(content("a.1.log"), "much too large\n");
-    EXPECT_EQ(content("a.2.log"), "1st\n");
+    EXPECT_EQ("3rd\n", content());
+    EXPECT_EQ("much too large\n", content("a.1.log"));
+    EXPECT_EQ("1st\n", content("a.2.log"));
 }
 
 TEST_F(LogFileTest, DoesNotGiveWayWhileItIsEmpty)
 {
     LogFile(m_path, 8, 3).write("much too large\n");
-    EXPECT_EQ(content(), "much too large\n");
-    EXPECT_EQ(namesIn(m_folder.path()), std::set<std::string>{"a.log"});
+    EXPECT_EQ("much too large\n", content());
+    EXPECT_EQ(std::set<std::string>{"a.log"}, namesIn(m_folder.path()));
 }
 
 TEST_F(LogFileTest, MakesItsFolder)
 {
     LogFile(m_folder.file("new/folder/a.log"), 1000, 2).write("one\n");
-    EXPECT_EQ(content("new/folder/a.log"), "one\n");
+    EXPECT_EQ("one\n", content("new/folder/a.log"));
 }
 
 TEST_F(LogFileTest, StaysInItsFolderWhenTheProcessGoesElsewhere)
@@ -159,8 +149,8 @@ TEST_F(LogFileTest, StaysInItsFolderWhenTheProcessGoesElsewhere)
     std::filesystem::current_path(before);
     file.write("1st\n");
     file.write("2nd\n");
-    EXPECT_EQ(content(), "2nd\n");
-    EXPECT_EQ(content("a.1.log"), "1st\n");
+    EXPECT_EQ("2nd\n", content());
+    EXPECT_EQ("1st\n", content("a.1.log"));
 }
 
 TEST_F(LogFileTest, IsNotHandedToPrograms)
@@ -170,11 +160,11 @@ TEST_F(LogFileTest, IsNotHandedToPrograms)
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
         std::error_code gone;
         if (std::filesystem::read_symlink(entry.path(), gone) == m_path) {
-            EXPECT_NE(fcntl(std::stoi(entry.path().filename()), F_GETFD) & FD_CLOEXEC, 0);
+            EXPECT_NE(0, fcntl(std::stoi(entry.path().filename()), F_GETFD) & FD_CLOEXEC);
             ++found;
         }
     }
-    EXPECT_EQ(found, 1);
+    EXPECT_EQ(1, found);
 }
 
 TEST_F(LogFileTest, ComesBackWhenItWasRemoved)
@@ -184,10 +174,10 @@ TEST_F(LogFileTest, ComesBackWhenItWasRemoved)
     file.write("one\n");
     std::filesystem::remove(folder + "/a.log");
     file.write("two\n");
-    EXPECT_EQ(contentOf(folder + "/a.log"), "two\n");
+    EXPECT_EQ("two\n", contentOf(folder + "/a.log"));
     std::filesystem::remove_all(folder);
     file.write("three\n");
-    EXPECT_EQ(contentOf(folder + "/a.log"), "three\n");
+    EXPECT_EQ("three\n", contentOf(folder + "/a.log"));
 }
 
 TEST_F(LogFileTest, LeavesNothingOfALineThatDoesNotFitOnTheDisk)
@@ -196,12 +186,12 @@ TEST_F(LogFileTest, LeavesNothingOfALineThatDoesNotFitOnTheDisk)
     file.write("the first line\n");
     {
         const FileSizeLimit full(20);
-        EXPECT_EQ(failureOf(file, "the second line\n"), m_path + ": File too large");
-        EXPECT_EQ(content(), "the first line\n");
-        EXPECT_EQ(failureOf(file, "3rd\n"), "no failure");
+        EXPECT_EQ(m_path + ": File too large", failureOf(file, "the second line\n"));
+        EXPECT_EQ("the first line\n", content());
+        EXPECT_EQ(kNothingThrown, failureOf(file, "3rd\n"));
     }
     file.write("the fourth line\n");
-    EXPECT_EQ(content(), "the first line\n3rd\nthe fourth line\n");
+    EXPECT_EQ("the first line\n3rd\nthe fourth line\n", content());
 }
 
 TEST_F(LogFileTest, LeavesNothingOfALineThatDoesNotFitAfterARotation)
@@ -210,46 +200,46 @@ TEST_F(LogFileTest, LeavesNothingOfALineThatDoesNotFitAfterARotation)
     file.write("the first line\n");
     {
         const FileSizeLimit full(15);
-        EXPECT_NE(failureOf(file, "the second line\n"), "no failure");
+        EXPECT_NE(kNothingThrown, failureOf(file, "the second line\n"));
     }
-    EXPECT_EQ(content(), "");
-    EXPECT_EQ(content("a.1.log"), "the first line\n");
+    EXPECT_EQ("", content());
+    EXPECT_EQ("the first line\n", content("a.1.log"));
     file.write("3rd\n");
-    EXPECT_EQ(content(), "3rd\n");
+    EXPECT_EQ("3rd\n", content());
 }
 
 TEST_F(LogFileTest, CannotBeReadByOthers)
 {
     m_folder.write("old.log", "old\n");
-    ASSERT_EQ(chmod(m_folder.file("old.log").c_str(), 0604), 0);
+    ASSERT_EQ(0, chmod(m_folder.file("old.log").c_str(), 0604));
     const Umask none(0);
     LogFile(m_path, 1000, 2).write("one\n");
-    EXPECT_EQ(modeOf("a.log"), 0640U);
+    EXPECT_EQ(0640U, modeOf("a.log"));
     LogFile old(m_folder.file("old.log"), 4, 2);
-    EXPECT_EQ(modeOf("old.log"), 0604U);
+    EXPECT_EQ(0604U, modeOf("old.log"));
     old.write("new\n");
-    EXPECT_EQ(modeOf("old.1.log"), 0604U);
-    EXPECT_EQ(modeOf("old.log"), 0640U);
+    EXPECT_EQ(0604U, modeOf("old.1.log"));
+    EXPECT_EQ(0640U, modeOf("old.log"));
 }
 
 TEST_F(LogFileTest, LeavesItToTheUmaskToForbidMore)
 {
     const Umask ownerOnly(0077);
     LogFile(m_path, 1000, 2).write("one\n");
-    EXPECT_EQ(modeOf("a.log"), 0600U);
+    EXPECT_EQ(0600U, modeOf("a.log"));
 }
 
 TEST_F(LogFileTest, IsRefusedWhereThereIsNoRegularFile)
 {
-    ASSERT_EQ(mkfifo(m_path.c_str(), 0600), 0);
+    ASSERT_EQ(0, mkfifo(m_path.c_str(), 0600));
     const std::string refusal = " is not a regular file. Remove it, or name another file";
-    EXPECT_EQ(refusalOf(m_path), m_path + refusal);
+    EXPECT_EQ(m_path + refusal, refusalOf(m_path));
     const int reader = open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     ASSERT_GE(reader, 0);
-    EXPECT_EQ(refusalOf(m_path), m_path + refusal);
+    EXPECT_EQ(m_path + refusal, refusalOf(m_path));
     close(reader);
-    EXPECT_EQ(refusalOf("/dev/full"), "/dev/full" + refusal);
-    EXPECT_EQ(refusalOf(m_folder.path()), m_folder.path() + ": Is a directory");
+    EXPECT_EQ("/dev/full" + refusal, refusalOf("/dev/full"));
+    EXPECT_EQ(m_folder.path() + ": Is a directory", refusalOf(m_folder.path()));
 }
 
 TEST_F(LogFileTest, IsRefusedWhenAFifoCameInItsPlace)
@@ -257,18 +247,18 @@ TEST_F(LogFileTest, IsRefusedWhenAFifoCameInItsPlace)
     LogFile file(m_path, 1000, 2);
     file.write("one\n");
     std::filesystem::rename(m_path, m_folder.file("old.log"));
-    ASSERT_EQ(mkfifo(m_path.c_str(), 0600), 0);
+    ASSERT_EQ(0, mkfifo(m_path.c_str(), 0600));
     const std::string refusal = m_path + " is not a regular file. Remove it, or name another file";
-    EXPECT_EQ(failureOf(file, "two\n"), refusal);
+    EXPECT_EQ(refusal, failureOf(file, "two\n"));
     const int reader = open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     ASSERT_GE(reader, 0);
-    EXPECT_EQ(failureOf(file, "three\n"), refusal);
-    EXPECT_EQ(failureOf(file, "three\n"), refusal);
+    EXPECT_EQ(refusal, failureOf(file, "three\n"));
+    EXPECT_EQ(refusal, failureOf(file, "three\n"));
     close(reader);
     std::filesystem::remove(m_path);
-    EXPECT_EQ(failureOf(file, "four\n"), "no failure");
-    EXPECT_EQ(content(), "four\n");
-    EXPECT_EQ(content("old.log"), "one\n");
+    EXPECT_EQ(kNothingThrown, failureOf(file, "four\n"));
+    EXPECT_EQ("four\n", content());
+    EXPECT_EQ("one\n", content("old.log"));
 }
 
 TEST_F(LogFileTest, IsMadeAnewWhenItWasRenamed)
@@ -277,8 +267,8 @@ TEST_F(LogFileTest, IsMadeAnewWhenItWasRenamed)
     file.write("one\n");
     std::filesystem::rename(m_path, m_folder.file("old.log"));
     file.write("two\n");
-    EXPECT_EQ(content("old.log"), "one\n");
-    EXPECT_EQ(content(), "two\n");
+    EXPECT_EQ("one\n", content("old.log"));
+    EXPECT_EQ("two\n", content());
 }
 
 TEST_F(LogFileTest, GoesOnInTheFileThatReplacedIt)
@@ -289,10 +279,10 @@ TEST_F(LogFileTest, GoesOnInTheFileThatReplacedIt)
     m_folder.write("a.log", "new\n");
     file.write("two\n");
     file.write("3rd\n");
-    EXPECT_EQ(content("old.log"), "one\n");
-    EXPECT_EQ(content(), "new\ntwo\n3rd\n");
+    EXPECT_EQ("one\n", content("old.log"));
+    EXPECT_EQ("new\ntwo\n3rd\n", content());
     file.write("4th\n");
-    EXPECT_EQ(content(), "4th\n");
+    EXPECT_EQ("4th\n", content());
 }
 
 TEST_F(LogFileTest, GoesOnFromTheBeginningWhenItWasCopiedAndEmptied)
@@ -304,34 +294,34 @@ TEST_F(LogFileTest, GoesOnFromTheBeginningWhenItWasCopiedAndEmptied)
     std::filesystem::resize_file(m_path, 0);
     file.write("3rd\n");
     file.write("4th\n");
-    EXPECT_EQ(content("copy"), "1st\n2nd\n");
-    EXPECT_EQ(content(), "3rd\n4th\n");
-    EXPECT_EQ(namesIn(m_folder.path()), (std::set<std::string>{"a.log", "copy"}));
+    EXPECT_EQ("1st\n2nd\n", content("copy"));
+    EXPECT_EQ("3rd\n4th\n", content());
+    EXPECT_EQ((std::set<std::string>{"a.log", "copy"}), namesIn(m_folder.path()));
 }
 
 TEST_F(LogFileTest, GoesOnWhereItsFolderMayNotBeSearchedAnyMore)
 {
     std::unique_ptr<LogFile> file;
     {
-        const WithoutRoot withoutRoot;
+        const OtherUser user;
         file = std::make_unique<LogFile>(m_path, 1000, 2);
     }
     setFolderMode(0);
     {
-        const WithoutRoot withoutRoot;
-        EXPECT_EQ(failureOf(*file, "one\n"), "no failure");
+        const OtherUser user;
+        EXPECT_EQ(kNothingThrown, failureOf(*file, "one\n"));
     }
     setFolderMode(0777);
-    EXPECT_EQ(content(), "one\n");
+    EXPECT_EQ("one\n", content());
 }
 
 TEST_F(LogFileTest, KeepsAFileOpenThatItMayNotOpenAgain)
 {
-    const WithoutRoot withoutRoot;
+    const OtherUser user;
     LogFile file(m_path, 1000, 2);
-    ASSERT_EQ(chmod(m_path.c_str(), 0400), 0);
-    EXPECT_EQ(failureOf(file, "one\n"), "no failure");
-    EXPECT_EQ(content(), "one\n");
+    ASSERT_EQ(0, chmod(m_path.c_str(), 0400));
+    EXPECT_EQ(kNothingThrown, failureOf(file, "one\n"));
+    EXPECT_EQ("one\n", content());
 }
 
 TEST_F(LogFileTest, MayHaveTheNumberOfStandardInput)
@@ -340,11 +330,11 @@ TEST_F(LogFileTest, MayHaveTheNumberOfStandardInput)
     close(STDIN_FILENO);
     {
         LogFile file(m_path, 1000, 2);
-        EXPECT_EQ(std::filesystem::read_symlink("/proc/self/fd/0"), m_path);
+        EXPECT_EQ(m_path, std::filesystem::read_symlink("/proc/self/fd/0"));
         file.write("one\n");
-        EXPECT_EQ(content(), "one\n");
+        EXPECT_EQ("one\n", content());
     }
-    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1);
+    EXPECT_EQ(-1, fcntl(STDIN_FILENO, F_GETFD));
     dup2(standardInput, STDIN_FILENO);
     close(standardInput);
 }
@@ -355,19 +345,19 @@ TEST_F(LogFileTest, HoldsOneDescriptorWhateverComes)
     const std::size_t before = openDescriptors();
     {
         LogFile file(m_path, 8, 3);
-        EXPECT_EQ(openDescriptors(), before + 1);
+        EXPECT_EQ(before + 1, openDescriptors());
         file.write("1st\n");
         file.write("too long\n");
         std::filesystem::remove(m_path);
         file.write("3rd\n");
-        EXPECT_EQ(openDescriptors(), before + 1);
+        EXPECT_EQ(before + 1, openDescriptors());
         std::filesystem::remove(m_path);
-        ASSERT_EQ(mkfifo(m_path.c_str(), 0600), 0);
-        EXPECT_NE(failureOf(file, "4th\n"), "no failure");
+        ASSERT_EQ(0, mkfifo(m_path.c_str(), 0600));
+        EXPECT_NE(kNothingThrown, failureOf(file, "4th\n"));
     }
-    EXPECT_EQ(openDescriptors(), before);
-    EXPECT_NE(refusalOf("/dev/full"), "no refusal");
-    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_EQ(before, openDescriptors());
+    EXPECT_NE(kNothingThrown, refusalOf("/dev/full"));
+    EXPECT_EQ(before, openDescriptors());
 }
 
 TEST_F(LogFileTest, NumbersNamesWithoutAnExtensionAtTheirEnd)
@@ -377,14 +367,14 @@ TEST_F(LogFileTest, NumbersNamesWithoutAnExtensionAtTheirEnd)
         file.write("1st\n");
         file.write("2nd\n");
     }
-    EXPECT_EQ(namesIn(m_folder.path()),
-              (std::set<std::string>{"log", "log.1", ".hidden", ".hidden.1", "b.c.log", "b.c.1.log"}));
+    EXPECT_EQ((std::set<std::string>{"log", "log.1", ".hidden", ".hidden.1", "b.c.log", "b.c.1.log"}),
+              namesIn(m_folder.path()));
 }
 
 TEST_F(LogFileTest, IsRefusedInAReadOnlyFolder)
 {
     setFolderMode(0555);
-    const WithoutRoot withoutRoot;
+    const OtherUser user;
     EXPECT_THROW(LogFile(m_path, 1000, 2), std::system_error);
     EXPECT_THROW(LogFile(m_folder.file("sub/a.log"), 1000, 2), std::system_error);
 }
@@ -393,17 +383,18 @@ TEST_F(LogFileTest, GoesOnEmptyWhereItMayNotBeRenamed)
 {
     std::unique_ptr<LogFile> file;
     {
-        const WithoutRoot withoutRoot;
+        const OtherUser user;
         file = std::make_unique<LogFile>(m_path, 8, 2);
         file->write("1st\n");
         file->write("2nd\n");
     }
     setFolderMode(0555);
-    const WithoutRoot withoutRoot;
-    EXPECT_EQ(failureOf(*file, "3rd\n"), m_path + " is emptied because " + m_path + " cannot be renamed to " +
-                                             m_folder.file("a.1.log") + ": Permission denied");
-    EXPECT_EQ(failureOf(*file, "4th\n"), "no failure");
-    EXPECT_EQ(content(), "4th\n");
+    const OtherUser user;
+    EXPECT_EQ(m_path + " is emptied because " + m_path + " cannot be renamed to " + m_folder.file("a.1.log") +
+                  ": Permission denied",
+              failureOf(*file, "3rd\n"));
+    EXPECT_EQ(kNothingThrown, failureOf(*file, "4th\n"));
+    EXPECT_EQ("4th\n", content());
 }
 
 TEST_F(LogFileTest, WaitsForAFolderThatIsGoneDuringARotation)
@@ -413,12 +404,12 @@ TEST_F(LogFileTest, WaitsForAFolderThatIsGoneDuringARotation)
     file.write("1st\n");
     std::filesystem::rename(folder, m_folder.file("moved"));
     m_folder.write("sub", "a file in the folder's place");
-    EXPECT_NE(failureOf(file, "a long line\n"), "no failure");
-    EXPECT_NE(failureOf(file, "2nd\n"), "no failure");
-    EXPECT_NE(failureOf(file, "3rd\n"), "no failure");
+    EXPECT_NE(kNothingThrown, failureOf(file, "a long line\n"));
+    EXPECT_NE(kNothingThrown, failureOf(file, "2nd\n"));
+    EXPECT_NE(kNothingThrown, failureOf(file, "3rd\n"));
     std::filesystem::remove(folder);
-    EXPECT_EQ(failureOf(file, "4th\n"), "no failure");
-    EXPECT_EQ(contentOf(folder + "/a.log"), "4th\n");
+    EXPECT_EQ(kNothingThrown, failureOf(file, "4th\n"));
+    EXPECT_EQ("4th\n", contentOf(folder + "/a.log"));
 }
 
 } // namespace

@@ -1,11 +1,10 @@
-#include "harness/TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
+#include "support/Thrown.h"
 
 #include <HostLogSettings.h>
 #include <IniFile.h>
 
 #include <gtest/gtest.h>
-
-#include <stdexcept>
 
 namespace {
 
@@ -17,21 +16,16 @@ HostLogSettings settingsIn(const std::string& content)
 
 std::string refusalOf(const std::string& key, const std::string& value)
 {
-    try {
-        settingsIn("[Log]\n" + key + "=" + value + "\n");
-    } catch (const std::runtime_error& error) {
-        return error.what();
-    }
-    return "no refusal";
+    return thrownBy([&] { settingsIn("[Log]\n" + key + "=" + value + "\n"); });
 }
 
 void expectDefaults(const HostLogSettings& settings)
 {
-    EXPECT_EQ(settings.file, "");
-    EXPECT_EQ(settings.level, LogLevel::Debug);
-    EXPECT_EQ(settings.format, LogFormat::Text);
-    EXPECT_EQ(settings.maxBytes, 10485760U);
-    EXPECT_EQ(settings.files, 5U);
+    EXPECT_EQ("", settings.file);
+    EXPECT_EQ(LogLevel::Debug, settings.level);
+    EXPECT_EQ(LogFormat::Text, settings.format);
+    EXPECT_EQ(10485760U, settings.maxBytes);
+    EXPECT_EQ(5U, settings.files);
 }
 
 } // namespace
@@ -48,24 +42,24 @@ TEST(LogSettings, AreReadFromTheSection)
 {
     const HostLogSettings settings =
         settingsIn("[Log]\nTarget=/var/log/a.log\nLevel=info\nFormat=json\nMaxBytes=1\nFiles=1000\n");
-    EXPECT_EQ(settings.file, "/var/log/a.log");
-    EXPECT_EQ(settings.level, LogLevel::Info);
-    EXPECT_EQ(settings.format, LogFormat::Json);
-    EXPECT_EQ(settings.maxBytes, 1U);
-    EXPECT_EQ(settings.files, 1000U);
-    EXPECT_EQ(settingsIn("[Log]\nLevel=debug\nFormat=text\n").level, LogLevel::Debug);
-    EXPECT_EQ(settingsIn("[Log]\nLevel=error\n").level, LogLevel::Error);
+    EXPECT_EQ("/var/log/a.log", settings.file);
+    EXPECT_EQ(LogLevel::Info, settings.level);
+    EXPECT_EQ(LogFormat::Json, settings.format);
+    EXPECT_EQ(1U, settings.maxBytes);
+    EXPECT_EQ(1000U, settings.files);
+    EXPECT_EQ(LogLevel::Debug, settingsIn("[Log]\nLevel=debug\nFormat=text\n").level);
+    EXPECT_EQ(LogLevel::Error, settingsIn("[Log]\nLevel=error\n").level);
 }
 
 TEST(LogSettings, RefuseWhatTheyDoNotKnow)
 {
-    EXPECT_EQ(refusalOf("Target", ""), "[Log] Target: it is empty, but must be stderr or a file");
-    EXPECT_EQ(refusalOf("Level", "Error"), "[Log] Level: \"Error\" is none of debug, info, error");
-    EXPECT_EQ(refusalOf("Format", "xml"), "[Log] Format: \"xml\" is neither text nor json");
-    EXPECT_EQ(refusalOf("MaxBytes", "0"), "[Log] MaxBytes: \"0\" is no integer from 1 to 9223372036854775807");
-    EXPECT_EQ(refusalOf("MaxBytes", "10M"), "[Log] MaxBytes: \"10M\" is no integer from 1 to 9223372036854775807");
-    EXPECT_EQ(refusalOf("Files", "0"), "[Log] Files: \"0\" is no integer from 1 to 1000");
-    EXPECT_EQ(refusalOf("Files", "1001"), "[Log] Files: \"1001\" is no integer from 1 to 1000");
-    EXPECT_EQ(refusalOf("level", "info"),
-              "[Log] has a key \"level\", but knows only Target, Level, Format, MaxBytes, Files");
+    EXPECT_EQ("[Log] Target: it is empty, but must be stderr or a file", refusalOf("Target", ""));
+    EXPECT_EQ("[Log] Level: \"Error\" is none of debug, info, error", refusalOf("Level", "Error"));
+    EXPECT_EQ("[Log] Format: \"xml\" is neither text nor json", refusalOf("Format", "xml"));
+    EXPECT_EQ("[Log] MaxBytes: \"0\" is no integer from 1 to 9223372036854775807", refusalOf("MaxBytes", "0"));
+    EXPECT_EQ("[Log] MaxBytes: \"10M\" is no integer from 1 to 9223372036854775807", refusalOf("MaxBytes", "10M"));
+    EXPECT_EQ("[Log] Files: \"0\" is no integer from 1 to 1000", refusalOf("Files", "0"));
+    EXPECT_EQ("[Log] Files: \"1001\" is no integer from 1 to 1000", refusalOf("Files", "1001"));
+    EXPECT_EQ("[Log] has a key \"level\", but knows only Target, Level, Format, MaxBytes, Files",
+              refusalOf("level", "info"));
 }

@@ -1,6 +1,7 @@
 #include "harness/AppliedSettings.h"
-#include "harness/LogCapture.h"
-#include "harness/ScarceMemory.h"
+#include "support/Lines.h"
+#include "support/LogCapture.h"
+#include "support/Memory.h"
 
 #include <LogProxy.h>
 
@@ -22,10 +23,10 @@ std::size_t bytesToWriteARecordIn(LogFormat format)
     const AppliedSettings applied(settings);
     auto record = std::make_unique<LogProxy>(4, "m", 0, "f()", 1);
     *record << std::string(kText, '\x01');
-    const std::size_t before = bytesAllocated();
+    const memory::Watch watch;
     record.reset();
-    const std::size_t taken = bytesAllocated() - before;
-    EXPECT_NE(capture.text().find(" bytes left out]"), std::string::npos);
+    const std::size_t taken = memory::bytesAllocated();
+    EXPECT_TRUE(holds(" bytes left out]", capture.text()));
     EXPECT_GE(taken, kText) << "LogProxy's copy";
     return taken - kText;
 }

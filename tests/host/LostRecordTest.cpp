@@ -1,7 +1,8 @@
 #include "harness/AppliedSettings.h"
-#include "harness/LogCapture.h"
-#include "harness/ScarceMemory.h"
-#include "harness/TemporaryFolder.h"
+#include "support/Lines.h"
+#include "support/LogCapture.h"
+#include "support/Memory.h"
+#include "support/TemporaryFolder.h"
 
 #include <LogProxy.h>
 
@@ -15,18 +16,17 @@
 
 namespace {
 
-constexpr long kNone = 1000;
+constexpr unsigned kNone = 1000;
 constexpr char kLost[] = "Log records are being lost: out of memory\n";
 
-void writeWithFailureFrom(long allocation)
+void writeWithFailureFrom(unsigned allocation)
 {
     auto record = std::make_unique<LogProxy>(4, "m", 0, "f()", 1);
     *record << 0 << std::string(1000, 'x');
-    const ScarceMemory memory(allocation);
+    const memory::Watch watch;
+    memory::failAllocation(allocation, memory::Shortage::ForGood);
     record.reset();
 }
-
-bool holds(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 std::string allFilesIn(const std::string& folder)
 {
@@ -42,24 +42,25 @@ std::string allFilesIn(const std::string& folder)
 void expectToldOfEachAllocation(const HostLogSettings& settings, const std::string& folder)
 {
     const AppliedSettings applied(settings);
-    long allocation = 1;
+    unsigned allocation = 1;
     for (bool lost = true; lost; ++allocation) {
         const LogCapture standardError;
         writeWithFailureFrom(allocation);
         const std::string said = standardError.text();
         lost = said == kLost;
         const std::string written = said + allFilesIn(folder);
-        ASSERT_TRUE(lost || holds(written, std::string(1000, 'x'))) << allocation << ": " << written;
+        ASSERT_TRUE(lost || holds(std::string(1000, 'x'), written)) << allocation << ": " << written;
 
         LogProxy(4, "m", 0, "f()", 2) << 0 << "after";
         const std::string log = standardError.text() + allFilesIn(folder);
-        ASSERT_TRUE(holds(log, "after")) << allocation;
-        ASSERT_EQ(holds(log, "log records lost: 1 (out of memory)"), lost) << allocation << ": " << log;
+        ASSERT_TRUE(holds("after", log)) << allocation;
+        ASSERT_EQ(lost, static_cast<bool>(holds("log records lost: 1 (out of memory)", log)))
+            << allocation << ": " << log;
         std::filesystem::remove_all(folder);
         std::filesystem::create_directory(folder);
         ASSERT_LT(allocation, kNone);
     }
-    EXPECT_GT(allocation, 4);
+    EXPECT_GT(allocation, 4U);
 }
 
 } // namespace

@@ -1,7 +1,9 @@
 #include "harness/AppliedSettings.h"
-#include "harness/FileSizeLimit.h"
-#include "harness/LogCapture.h"
-#include "harness/TemporaryFolder.h"
+#include "support/FileSizeLimit.h"
+#include "support/Lines.h"
+#include "support/LogCapture.h"
+#include "support/TemporaryFolder.h"
+#include "support/Thrown.h"
 
 #include <HostLog.h>
 #include <LogProxy.h>
@@ -14,7 +16,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <stdexcept>
 
 namespace {
 
@@ -43,9 +44,9 @@ TEST(LostRecords, AreCountedOnceADeviceIsFullNoMore)
     const std::string why = "descriptor " + std::to_string(full) + ": No space left on device";
     close(full);
     write("4th");
-    EXPECT_EQ(shapeOf(standardError.text()),
-              "TIME error SFtpClientHost request=0 HostLog::write():LINE log records lost: 3 (" + why +
-                  ")\nTIME info m request=1 f():LINE 4th\n");
+    EXPECT_EQ("TIME error SFtpClientHost request=0 HostLog::write():LINE log records lost: 3 (" + why +
+                  ")\nTIME info m request=1 f():LINE 4th\n",
+              shapeOf(standardError.text()));
 }
 
 TEST(LostRecords, AreCountedInTheFileWhenTheDiskHasRoomAgain)
@@ -65,28 +66,28 @@ TEST(LostRecords, AreCountedInTheFileWhenTheDiskHasRoomAgain)
     }
     write("whole again");
     const std::string why = settings.file + ": File too large";
-    EXPECT_EQ(standardError.text(), "Log records are being lost: " + why + "\n");
+    EXPECT_EQ("Log records are being lost: " + why + "\n", standardError.text());
     const std::string begin =
         R"*({"time":"TIME","level":"info","module":"m","request":1,"function":"f()","line":LINE,)*";
-    EXPECT_EQ(shapeOf(contentOf(settings.file)),
-              begin + "\"text\":\"" + text + "\"}\n" +
+    EXPECT_EQ(begin + "\"text\":\"" + text + "\"}\n" +
                   R"*({"time":"TIME","level":"error","module":"SFtpClientHost","request":0,)*" +
                   R"*("function":"HostLog::write()","line":LINE,"text":"log records lost: 2 ()*" + why + ")\"}\n" +
-                  begin + "\"text\":\"whole again\"}\n");
+                  begin + "\"text\":\"whole again\"}\n",
+              shapeOf(contentOf(settings.file)));
 }
 
 TEST(LostRecords, OfAClosedDescriptorAreCountedOnTheNextOne)
 {
     const int closed = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 100);
-    ASSERT_EQ(close(closed), 0);
+    ASSERT_EQ(0, close(closed));
     HostLog::instance().setDescriptor(closed);
     write("1st");
     write("2nd");
     const LogCapture standardError;
     write("3rd");
-    EXPECT_EQ(shapeOf(standardError.text()),
-              "TIME error SFtpClientHost request=0 HostLog::write():LINE log records lost: 2 (descriptor " +
-                  std::to_string(closed) + ": Bad file descriptor)\nTIME info m request=1 f():LINE 3rd\n");
+    EXPECT_EQ("TIME error SFtpClientHost request=0 HostLog::write():LINE log records lost: 2 (descriptor " +
+                  std::to_string(closed) + ": Bad file descriptor)\nTIME info m request=1 f():LINE 3rd\n",
+              shapeOf(standardError.text()));
 }
 
 TEST(LostRecords, AreNoneWhenTheFolderWasRemoved)
@@ -97,8 +98,8 @@ TEST(LostRecords, AreNoneWhenTheFolderWasRemoved)
     write("1st");
     std::filesystem::remove_all(folder.file("sub"));
     write("2nd");
-    EXPECT_EQ(standardError.text(), "");
-    EXPECT_EQ(shapeOf(contentOf(folder.file("sub/log"))), "TIME info m request=1 f():LINE 2nd\n");
+    EXPECT_EQ("", standardError.text());
+    EXPECT_EQ("TIME info m request=1 f():LINE 2nd\n", shapeOf(contentOf(folder.file("sub/log"))));
 }
 
 TEST(LostRecords, AreNoneWhenSettingsAreRefused)
@@ -107,17 +108,12 @@ TEST(LostRecords, AreNoneWhenSettingsAreRefused)
     const LogCapture standardError;
     const AppliedSettings applied(to(folder.file("log")));
     const std::string impossible = folder.file("log") + "/log";
-    try {
-        HostLog::instance().apply(to(impossible));
-        FAIL() << "a file within a file";
-    } catch (const std::runtime_error& error) {
-        const std::string text = error.what();
-        EXPECT_EQ(text.find("The log cannot be written to " + impossible + ": "), 0U) << text;
-        EXPECT_NE(text.find(". Name another file, or make this one writable."), std::string::npos) << text;
-    }
+    const std::string refusal = thrownBy([&] { HostLog::instance().apply(to(impossible)); });
+    EXPECT_EQ(0U, refusal.find("The log cannot be written to " + impossible + ": ")) << refusal;
+    EXPECT_TRUE(holds(". Name another file, or make this one writable.", refusal));
     write("as before");
-    EXPECT_EQ(standardError.text(), "");
-    EXPECT_EQ(shapeOf(contentOf(folder.file("log"))), "TIME info m request=1 f():LINE as before\n");
+    EXPECT_EQ("", standardError.text());
+    EXPECT_EQ("TIME info m request=1 f():LINE as before\n", shapeOf(contentOf(folder.file("log"))));
 }
 
 TEST(LostRecords, OfALogThatIsNoRegularFileAreToldAndCounted)
@@ -125,27 +121,22 @@ TEST(LostRecords, OfALogThatIsNoRegularFileAreToldAndCounted)
     const TemporaryFolder folder;
     const LogCapture standardError;
     const AppliedSettings applied(to(folder.file("log")));
-    ASSERT_EQ(rename(folder.file("log").c_str(), folder.file("old").c_str()), 0);
-    ASSERT_EQ(mkfifo(folder.file("log").c_str(), 0600), 0);
+    ASSERT_EQ(0, rename(folder.file("log").c_str(), folder.file("old").c_str()));
+    ASSERT_EQ(0, mkfifo(folder.file("log").c_str(), 0600));
     write("1st");
     write("2nd");
-    ASSERT_EQ(remove(folder.file("log").c_str()), 0);
+    ASSERT_EQ(0, remove(folder.file("log").c_str()));
     write("3rd");
     const std::string why = folder.file("log") + " is not a regular file. Remove it, or name another file";
-    EXPECT_EQ(standardError.text(), "Log records are being lost: " + why + "\n");
-    EXPECT_EQ(shapeOf(contentOf(folder.file("log"))),
-              "TIME error SFtpClientHost request=0 HostLog::write():LINE log records lost: 2 (" + why +
-                  ")\nTIME info m request=1 f():LINE 3rd\n");
+    EXPECT_EQ("Log records are being lost: " + why + "\n", standardError.text());
+    EXPECT_EQ("TIME error SFtpClientHost request=0 HostLog::write():LINE log records lost: 2 (" + why +
+                  ")\nTIME info m request=1 f():LINE 3rd\n",
+              shapeOf(contentOf(folder.file("log"))));
 }
 
 TEST(LostRecords, AreNoneWhenALogThatIsNoRegularFileIsRefused)
 {
-    try {
-        HostLog::instance().apply(to("/dev/null"));
-        FAIL() << "a device";
-    } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(),
-                     "The log cannot be written to /dev/null: /dev/null is not a regular file. Remove it, "
-                     "or name another file.");
-    }
+    EXPECT_EQ(
+        "The log cannot be written to /dev/null: /dev/null is not a regular file. Remove it, or name another file.",
+        thrownBy([] { HostLog::instance().apply(to("/dev/null")); }));
 }

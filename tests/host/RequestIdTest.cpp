@@ -16,9 +16,9 @@ TEST(ThreadRequestId, IsEachThreadsOwnAndStartsAtZero)
         TSP_RequestID.get() = 6;
         after = TSP_RequestID.get();
     }).join();
-    EXPECT_EQ(before, 0U);
-    EXPECT_EQ(after, 6U);
-    EXPECT_EQ(TSP_RequestID.get(), 5U);
+    EXPECT_EQ(0U, before);
+    EXPECT_EQ(6U, after);
+    EXPECT_EQ(5U, TSP_RequestID.get());
     TSP_RequestID.get() = 0;
 }
 
@@ -26,14 +26,14 @@ TEST(RequestIdScope, LastsAsLongAsItsObject)
 {
     {
         const RequestIdScope outer(18446744073709551615UL);
-        EXPECT_EQ(TSP_RequestID.get(), 18446744073709551615UL);
+        EXPECT_EQ(18446744073709551615UL, TSP_RequestID.get());
         {
             const RequestIdScope inner(7);
-            EXPECT_EQ(TSP_RequestID.get(), 7U);
+            EXPECT_EQ(7U, TSP_RequestID.get());
         }
-        EXPECT_EQ(TSP_RequestID.get(), 18446744073709551615UL);
+        EXPECT_EQ(18446744073709551615UL, TSP_RequestID.get());
     }
-    EXPECT_EQ(TSP_RequestID.get(), 0U);
+    EXPECT_EQ(0U, TSP_RequestID.get());
 }
 
 TEST(RequestIdScope, EndsWithAnException)
@@ -42,7 +42,7 @@ TEST(RequestIdScope, EndsWithAnException)
         const RequestIdScope scope(7);
         throw std::runtime_error("on the way out");
     } catch (const std::runtime_error&) {
-        EXPECT_EQ(TSP_RequestID.get(), 0U);
+        EXPECT_EQ(0U, TSP_RequestID.get());
     }
 }
 
@@ -51,7 +51,7 @@ TEST(RequestIdScope, IsItsThreadsOwn)
     const RequestIdScope here(1);
     std::thread([] {
         const RequestIdScope there(2);
-        EXPECT_EQ(TSP_RequestID.get(), 2U);
+        EXPECT_EQ(2U, TSP_RequestID.get());
     }).join();
-    EXPECT_EQ(TSP_RequestID.get(), 1U);
+    EXPECT_EQ(1U, TSP_RequestID.get());
 }

@@ -1,4 +1,6 @@
-#include "harness/TemporaryFolder.h"
+#include "support/Lines.h"
+#include "support/Process.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -6,10 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <stdexcept>
 #include <vector>
 
@@ -32,13 +31,6 @@ gid_t anotherGroup()
     throw std::runtime_error("This test makes a program set-group-ID: run it as root, or as a user of two groups.");
 }
 
-std::string outputOf(const std::string& command)
-{
-    const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), pclose);
-    std::array<char, 200> text = {};
-    return std::fgets(text.data(), text.size(), output.get()) == nullptr ? "" : text.data();
-}
-
 } // namespace
 
 // A user must not choose the configuration of a program that has more rights than the user.
@@ -48,10 +40,10 @@ TEST(SecureProcess, DoesNotObeyTheVariable)
     std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
     const std::string program = folder.file("program");
     const std::string configuration = folder.write("a.ini", "[General]\nKey=obeyed\n");
-    const std::string command = "SFTPCLIENT_CONFIG=" + configuration + " " + program;
+    const ProcessSetup setup = {{program}, {{"SFTPCLIENT_CONFIG", configuration}}};
     std::filesystem::copy_file(SECURE_HOST, program);
-    EXPECT_EQ(outputOf(command), "ordinary process, obeyed\n");
-    ASSERT_EQ(chown(program.c_str(), static_cast<uid_t>(-1), anotherGroup()), 0);
-    ASSERT_EQ(chmod(program.c_str(), 02755), 0);
-    EXPECT_EQ(outputOf(command), "secure process, not obeyed\n");
+    EXPECT_TRUE(sameText("ordinary process, obeyed\n", runProgram(setup).out));
+    ASSERT_EQ(0, chown(program.c_str(), static_cast<uid_t>(-1), anotherGroup()));
+    ASSERT_EQ(0, chmod(program.c_str(), 02755));
+    EXPECT_TRUE(sameText("secure process, not obeyed\n", runProgram(setup).out));
 }

@@ -1,5 +1,6 @@
-#include "harness/LogCapture.h"
-#include "harness/TemporaryFolder.h"
+#include "support/Lines.h"
+#include "support/LogCapture.h"
+#include "support/TemporaryFolder.h"
 
 #include <Certificates.h>
 #include <CurlProcess.h>
@@ -38,7 +39,7 @@ protected:
     {
         std::string cert = "none";
         const SecuritySS_RC answer = SecuritySS::enrichSSL(m_curl.get(), cert);
-        EXPECT_EQ(cert, "none");
+        EXPECT_EQ("none", cert);
         return answer;
     }
 
@@ -103,12 +104,12 @@ constexpr char kEverything[] = "ALL:@SECLEVEL=0";
 
 TEST_F(SecuritySSTest, LeavesTheCiphersToLibcurlWithoutAConfiguration)
 {
-    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
-    EXPECT_EQ(connect(), CURLE_OK);
-    EXPECT_EQ(agreed(), "TLSv1.3 / TLS_AES_256_GCM_SHA384");
-    EXPECT_EQ(connect(TLS1_2_VERSION, TLS1_2_VERSION), CURLE_OK);
-    EXPECT_EQ(agreed(), "TLSv1.2 / ECDHE-ECDSA-AES256-GCM-SHA384");
-    EXPECT_EQ(m_log.text(), "");
+    EXPECT_EQ(SECURITYSS_SUCCESS, enrich());
+    EXPECT_EQ(CURLE_OK, connect());
+    EXPECT_EQ("TLSv1.3 / TLS_AES_256_GCM_SHA384", agreed());
+    EXPECT_EQ(CURLE_OK, connect(TLS1_2_VERSION, TLS1_2_VERSION));
+    EXPECT_EQ("TLSv1.2 / ECDHE-ECDSA-AES256-GCM-SHA384", agreed());
+    EXPECT_EQ("", m_log.text());
 }
 
 TEST_F(SecuritySSTest, RefusesAServerThatSpeaksTls11AtMost)
@@ -116,80 +117,77 @@ TEST_F(SecuritySSTest, RefusesAServerThatSpeaksTls11AtMost)
     // What the security service is there to prevent works without it.
     curl_easy_setopt(m_curl.get(), CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_0));
     curl_easy_setopt(m_curl.get(), CURLOPT_SSL_CIPHER_LIST, kEverything);
-    ASSERT_EQ(connect(TLS1_1_VERSION, TLS1_1_VERSION), CURLE_OK);
-    ASSERT_EQ(agreed().substr(0, 9), "TLSv1.1 /");
+    ASSERT_EQ(CURLE_OK, connect(TLS1_1_VERSION, TLS1_1_VERSION));
+    ASSERT_EQ("TLSv1.1 /", agreed().substr(0, 9));
 
     configure(std::string("CipherList=") + kEverything + "\n");
-    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
-    EXPECT_EQ(connect(TLS1_1_VERSION, TLS1_1_VERSION), CURLE_SSL_CONNECT_ERROR);
-    EXPECT_EQ(agreed(), "nothing");
-    EXPECT_EQ(connect(TLS1_1_VERSION, TLS1_2_VERSION), CURLE_OK);
-    EXPECT_EQ(agreed().substr(0, 9), "TLSv1.2 /");
+    EXPECT_EQ(SECURITYSS_SUCCESS, enrich());
+    EXPECT_EQ(CURLE_SSL_CONNECT_ERROR, connect(TLS1_1_VERSION, TLS1_1_VERSION));
+    EXPECT_EQ("nothing", agreed());
+    EXPECT_EQ(CURLE_OK, connect(TLS1_1_VERSION, TLS1_2_VERSION));
+    EXPECT_EQ("TLSv1.2 /", agreed().substr(0, 9));
 }
 
 TEST_F(SecuritySSTest, SetsTheCipherListOfTheConfiguration)
 {
     configure("CipherList=ECDHE-ECDSA-CHACHA20-POLY1305:ECDHE-ECDSA-AES128-GCM-SHA256\n");
-    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
-    EXPECT_EQ(connect(TLS1_2_VERSION, TLS1_2_VERSION), CURLE_OK);
-    EXPECT_EQ(agreed(), "TLSv1.2 / ECDHE-ECDSA-CHACHA20-POLY1305");
+    EXPECT_EQ(SECURITYSS_SUCCESS, enrich());
+    EXPECT_EQ(CURLE_OK, connect(TLS1_2_VERSION, TLS1_2_VERSION));
+    EXPECT_EQ("TLSv1.2 / ECDHE-ECDSA-CHACHA20-POLY1305", agreed());
 }
 
 TEST_F(SecuritySSTest, SetsTheTls13CiphersOfTheConfiguration)
 {
     configure("Tls13Ciphers=TLS_CHACHA20_POLY1305_SHA256\n");
-    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
-    EXPECT_EQ(connect(TLS1_3_VERSION, TLS1_3_VERSION), CURLE_OK);
-    EXPECT_EQ(agreed(), "TLSv1.3 / TLS_CHACHA20_POLY1305_SHA256");
+    EXPECT_EQ(SECURITYSS_SUCCESS, enrich());
+    EXPECT_EQ(CURLE_OK, connect(TLS1_3_VERSION, TLS1_3_VERSION));
+    EXPECT_EQ("TLSv1.3 / TLS_CHACHA20_POLY1305_SHA256", agreed());
 }
 
 TEST_F(SecuritySSTest, RefusesAServerWithoutACommonCipher)
 {
     // The server's certificate is not one of RSA.
     configure("CipherList=ECDHE-RSA-AES256-GCM-SHA384\n");
-    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
-    EXPECT_EQ(connect(TLS1_2_VERSION, TLS1_2_VERSION), CURLE_SSL_CONNECT_ERROR);
-    EXPECT_EQ(agreed(), "nothing");
+    EXPECT_EQ(SECURITYSS_SUCCESS, enrich());
+    EXPECT_EQ(CURLE_SSL_CONNECT_ERROR, connect(TLS1_2_VERSION, TLS1_2_VERSION));
+    EXPECT_EQ("nothing", agreed());
 }
 
 TEST_F(SecuritySSTest, LeavesAnUnknownCipherToTheConnection)
 {
     configure("CipherList=NO-SUCH-CIPHER\n");
-    EXPECT_EQ(enrich(), SECURITYSS_SUCCESS);
-    EXPECT_EQ(connect(), CURLE_SSL_CIPHER);
+    EXPECT_EQ(SECURITYSS_SUCCESS, enrich());
+    EXPECT_EQ(CURLE_SSL_CIPHER, connect());
 }
 
 TEST_F(SecuritySSTest, AnswersFailureWhenLibcurlRefuses)
 {
     std::string cert = "none";
-    EXPECT_EQ(SecuritySS::enrichSSL(nullptr, cert), SECURITYSS_FAILURE);
+    EXPECT_EQ(SECURITYSS_FAILURE, SecuritySS::enrichSSL(nullptr, cert));
     const std::string record = m_log.withoutTimes();
-    EXPECT_EQ(record.find("TIME error SFtpClientHost request=0 SecuritySS::enrichSSL():"), 0U) << record;
-    EXPECT_NE(record.find(" The TLS settings cannot be made: libcurl refuses TLS 1.2 as the lowest version: A libcurl "
-                          "function was given a bad argument. Do not use this handle.\n"),
-              std::string::npos)
-        << record;
+    EXPECT_EQ(0U, record.find("TIME error SFtpClientHost request=0 SecuritySS::enrichSSL():")) << record;
+    EXPECT_TRUE(holds(" The TLS settings cannot be made: libcurl refuses TLS 1.2 as the lowest version: A libcurl "
+                      "function was given a bad argument. Do not use this handle.\n",
+                      record));
 }
 
 // libcurl takes no text of more than 8000000 bytes.
 TEST_F(SecuritySSTest, NamesTheListThatLibcurlRefuses)
 {
     for (const std::string key : {"CipherList", "Tls13Ciphers"}) {
+        SCOPED_TRACE(key);
         const LogCapture log;
         configure(key + "=" + std::string(8000001, 'x') + "\n");
-        EXPECT_EQ(enrich(), SECURITYSS_FAILURE);
-        EXPECT_NE(log.text().find("libcurl refuses " + key + " of section Security: "), std::string::npos)
-            << log.text();
+        EXPECT_EQ(SECURITYSS_FAILURE, enrich());
+        EXPECT_TRUE(holds("libcurl refuses " + key + " of section Security: ", log.text()));
     }
 }
 
 TEST_F(SecuritySSTest, AnswersFailureToAMisspeltKey)
 {
     configure("Cipherlist=ECDHE-ECDSA-AES256-GCM-SHA384\n");
-    EXPECT_EQ(enrich(), SECURITYSS_FAILURE);
-    EXPECT_NE(m_log.text().find("[Security] has a key \"Cipherlist\", but knows only CipherList, Tls13Ciphers"),
-              std::string::npos)
-        << m_log.text();
+    EXPECT_EQ(SECURITYSS_FAILURE, enrich());
+    EXPECT_TRUE(holds("[Security] has a key \"Cipherlist\", but knows only CipherList, Tls13Ciphers", m_log.text()));
 }
 
 } // namespace

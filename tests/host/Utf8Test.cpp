@@ -29,10 +29,10 @@ TEST(Utf8, KnowsEveryCharacter)
     for (char32_t number = 0; number < 0x110000; ++number) {
         const std::string text = encoded(number);
         const bool surrogate = number >= 0xd800 && number <= 0xdfff;
-        ASSERT_EQ(utf8Length(text + "x"), surrogate ? 0 : text.size()) << number;
+        ASSERT_EQ(surrogate ? 0 : text.size(), utf8Length(text + "x")) << number;
     }
-    EXPECT_EQ(utf8Length(encoded(0x110000)), 0U);
-    EXPECT_EQ(utf8Length(encoded(0x1fffff)), 0U);
+    EXPECT_EQ(0U, utf8Length(encoded(0x110000)));
+    EXPECT_EQ(0U, utf8Length(encoded(0x1fffff)));
 }
 
 TEST(Utf8, RefusesEveryCharacterCutShort)
@@ -41,19 +41,19 @@ TEST(Utf8, RefusesEveryCharacterCutShort)
         std::string text = encoded(number);
         while (text.size() > 1) {
             text.pop_back();
-            EXPECT_EQ(utf8Length(text), 0U) << number;
-            EXPECT_EQ(utf8Length(text + "x"), 0U) << number;
-            EXPECT_EQ(utf8Length(text + "\xc3\xbc"), 0U) << number;
+            EXPECT_EQ(0U, utf8Length(text)) << number;
+            EXPECT_EQ(0U, utf8Length(text + "x")) << number;
+            EXPECT_EQ(0U, utf8Length(text + "\xc3\xbc")) << number;
         }
     }
-    EXPECT_EQ(utf8Length(""), 0U);
+    EXPECT_EQ(0U, utf8Length(""));
 }
 
 TEST(Utf8, RefusesOverlongFormsAndStrayBytes)
 {
     for (const char* const text : {"\xc0\x80", "\xc1\xbf", "\xe0\x80\x80", "\xe0\x9f\xbf", "\xf0\x80\x80\x80",
                                    "\xf0\x8f\xbf\xbf", "\x80", "\xbf", "\xf5\x80\x80\x80", "\xfe", "\xff"}) {
-        EXPECT_EQ(utf8Length(text), 0U);
+        EXPECT_EQ(0U, utf8Length(text));
     }
 }
 
@@ -61,6 +61,6 @@ TEST(Utf8, KnowsTheControlCharacters)
 {
     for (char32_t number = 0; number < 0x200; ++number) {
         const bool control = number < 0x20 || (number >= 0x7f && number <= 0x9f);
-        EXPECT_EQ(isControl(encoded(number)), control) << number;
+        EXPECT_EQ(control, isControl(encoded(number))) << number;
     }
 }

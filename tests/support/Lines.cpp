@@ -55,12 +55,48 @@ bool isNearDifference(const std::vector<Step>& steps, std::size_t at)
                        [](const Step& step) { return step.mark != ' '; });
 }
 
+// What stands before, between and behind the ends of lines.
+Lines split(const std::string& text)
+{
+    Lines pieces;
+    std::size_t begin = 0;
+    for (std::size_t end = 0; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1) {
+        pieces.push_back(text.substr(begin, end - begin));
+    }
+    pieces.push_back(text.substr(begin));
+    return pieces;
+}
+
+std::string shown(const Lines& lines)
+{
+    std::string text;
+    for (const std::string& each : lines) {
+        text += "\n    " + testing::PrintToString(each);
+    }
+    return text + "\n";
+}
+
 } // namespace
 
 Lines operator+(Lines left, const Lines& right)
 {
     left.insert(left.end(), right.begin(), right.end());
     return left;
+}
+
+Lines linesOf(const std::string& text)
+{
+    Lines lines = split(text);
+    if (lines.back().empty()) {
+        lines.pop_back();
+    }
+    return lines;
+}
+
+std::string lastLine(const std::string& text)
+{
+    const Lines lines = linesOf(text);
+    return lines.empty() ? "" : lines.back();
 }
 
 Lines lastOf(const Lines& lines, std::size_t count)
@@ -88,15 +124,21 @@ testing::AssertionResult sameLines(const Lines& expected, const Lines& actual)
     return testing::AssertionFailure() << "expected (-), actual (+):" << difference.str() << "\n";
 }
 
+testing::AssertionResult sameText(const std::string& expected, const std::string& actual)
+{
+    return sameLines(split(expected), split(actual));
+}
+
+testing::AssertionResult holds(const std::string& part, const std::string& text)
+{
+    const bool found = text.find(part) != std::string::npos;
+    return testing::AssertionResult(found)
+           << testing::PrintToString(part) << (found ? " is in:" : " is missing from:") << shown(linesOf(text));
+}
+
 testing::AssertionResult hasLine(const std::string& line, const Lines& lines)
 {
-    if (std::find(lines.begin(), lines.end(), line) != lines.end()) {
-        return testing::AssertionSuccess() << testing::PrintToString(line) << " is there";
-    }
-    testing::AssertionResult missing = testing::AssertionFailure();
-    missing << testing::PrintToString(line) << " is missing from:";
-    for (const std::string& each : lines) {
-        missing << "\n    " << testing::PrintToString(each);
-    }
-    return missing << "\n";
+    const bool found = std::find(lines.begin(), lines.end(), line) != lines.end();
+    return testing::AssertionResult(found)
+           << testing::PrintToString(line) << (found ? " is among:" : " is missing from:") << shown(lines);
 }

@@ -62,6 +62,31 @@ TEST(SameLines, AreTheSame)
     EXPECT_EQ("the same 3 lines", differenceOf(numbered(1, 3), numbered(1, 3)));
 }
 
+TEST(SameText, IsToTheByte)
+{
+    EXPECT_TRUE(sameText("a\nb\n", "a\nb\n"));
+    EXPECT_STREQ("expected (-), actual (+):\n    \"a\"\n  - \"b\"\n  - \"\"\n  + \"c\"\n",
+                 sameText("a\nb\n", "a\nc").message());
+    EXPECT_FALSE(sameText("a\n", "a"));
+}
+
+TEST(LinesOf, AreWithoutTheirEnds)
+{
+    EXPECT_EQ((Lines{"a", "", "b"}), linesOf("a\n\nb\n"));
+    EXPECT_EQ((Lines{"a", "b"}), linesOf("a\nb"));
+    EXPECT_EQ(Lines(), linesOf(""));
+    EXPECT_EQ("b", lastLine("a\nb\n"));
+    EXPECT_EQ("", lastLine(""));
+}
+
+TEST(Holds, IsForPartsOfLines)
+{
+    EXPECT_STREQ("\"a\" is in:\n    \"bab\"\n", holds("a", "bab\n").message());
+    EXPECT_TRUE(holds("b\na", "ab\nab\n"));
+    EXPECT_FALSE(holds("aa", "aba"));
+    EXPECT_STREQ("\"c\" is missing from:\n    \"a\"\n    \"b\"\n", holds("c", "a\nb\n").message());
+}
+
 TEST(HasLine, IsForWholeLines)
 {
     EXPECT_TRUE(hasLine("line 2", numbered(1, 3)));

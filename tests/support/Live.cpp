@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
 
 namespace {
@@ -20,7 +19,6 @@ Lines startDirectory() { return {"> PWD", "< 257 \"/\""}; }
 
 Live::Live() : out(std::make_unique<Redirection>(stdout)), err(std::make_unique<Redirection>(stderr))
 {
-    std::filesystem::create_directory(local(""));
     request.userName = config.user;
     request.password = config.password;
     request.caCert = authority.certificatePem();
@@ -48,12 +46,6 @@ void Live::serve()
     request.port = server->port();
 }
 
-std::string Live::url(const std::string& path) const
-{
-    const bool implicit = config.tls == testserver::TlsMode::Implicit;
-    return (implicit ? "ftps://localhost:" : "ftp://localhost:") + std::to_string(request.port) + path;
-}
-
 SFtpRequest Live::requestFor(const std::string& path, const std::string& localName) const
 {
     SFtpRequest aimed = request;
@@ -73,8 +65,6 @@ void Live::makeSparse(const std::string& path, off_t size)
     writeFile(path, "");
     ASSERT_EQ(0, truncate(path.c_str(), size));
 }
-
-bool Live::exists(const std::string& path) { return std::filesystem::exists(path); }
 
 int Live::testConnection() { return ISFtpClient::CreateClient()->TestSConnect(request, 90); }
 

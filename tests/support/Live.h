@@ -24,8 +24,8 @@ protected:
     /// Starts the server with `config` and aims the request at it.
     void serve();
 
-    /// "ftp://localhost:PORT" or "ftps://localhost:PORT", and the path.
-    std::string url(const std::string& path) const;
+    /// The server that the request is aimed at, and the path.
+    std::string url(const std::string& path) const { return urlAt(request.port, path); }
 
     /// The request, aimed at another path and a local file.
     SFtpRequest requestFor(const std::string& path, const std::string& localName = "file") const;
@@ -33,9 +33,7 @@ protected:
     /// Lets libcurl trust this CA where the request's certificate does not count: size check and upload.
     void trustByDefault(const std::string& caPem);
 
-    std::string local(const std::string& name) const { return folder.file("local/" + name); }
     static void makeSparse(const std::string& path, off_t size);
-    static bool exists(const std::string& path);
 
     int testConnection();
 

@@ -34,6 +34,7 @@ struct Books
     Observer onRelease;
     std::unordered_map<void*, Block> living;
     unsigned allocations = 0;
+    std::size_t bytesAllocated = 0;
     unsigned freedWithSecret = 0;
 };
 
@@ -125,6 +126,8 @@ const char* firstUnmet() { return unmetFirst; }
 
 unsigned allocations() { return current->allocations; }
 
+std::size_t bytesAllocated() { return current->bytesAllocated; }
+
 unsigned livingBlocks() { return static_cast<unsigned>(current->living.size()); }
 
 bool anyLiving(const Test& isOne)
@@ -165,6 +168,7 @@ void noteMade(void* block, std::size_t size, bool byNew)
     if (block != nullptr && watched()) {
         const Writing own;
         ++current->allocations;
+        current->bytesAllocated += size;
         current->living[block] = {size, byNew};
     }
 }

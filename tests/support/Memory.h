@@ -83,8 +83,9 @@ bool unmet(const char* who);
 /// Whose need went unmet first since one was told to, "operator new" for a plain allocation; null where none did.
 const char* firstUnmet();
 
-/// Allocations since the watch began, and how many of those blocks are still alive.
+/// Allocations since the watch began and their bytes, and how many of those blocks are still alive.
 unsigned allocations();
+std::size_t bytesAllocated();
 unsigned livingBlocks();
 
 /// Whether such a block is alive.

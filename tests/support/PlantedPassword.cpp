@@ -55,6 +55,15 @@ std::string forJson(const std::string& text)
 
 std::string marked(const std::string& form) { return "<<" + form + ">>"; }
 
+std::string asFault(const std::string& text)
+{
+    std::string doubled;
+    for (const char character : text) {
+        doubled.append(character == '\\' ? 2 : 1, character);
+    }
+    return doubled;
+}
+
 std::vector<std::string> PlantedPassword::forms(const std::string& user) const
 {
     const std::string coded = percentEncoded(password);

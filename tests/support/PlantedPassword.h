@@ -24,6 +24,9 @@ struct PlantedPassword
 
 std::string marked(const std::string& form);
 
+/// As the text of a fault, in which a backslash is written twice.
+std::string asFault(const std::string& text);
+
 /// An ordinary one, and those that something else can be mistaken for.
 const std::vector<PlantedPassword>& everyPassword();
 

@@ -1,5 +1,7 @@
 #include "support/Process.h"
 
+#include "support/TemporaryFolder.h"
+
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -52,7 +54,11 @@ public:
     explicit FileActions(const ProcessSetup& setup)
     {
         posix_spawn_file_actions_init(&m_actions);
-        if (!setup.terminal.empty()) {
+        if (setup.connection >= 0) {
+            posix_spawn_file_actions_adddup2(&m_actions, setup.connection, STDIN_FILENO);
+            posix_spawn_file_actions_adddup2(&m_actions, setup.connection, STDOUT_FILENO);
+            add(STDERR_FILENO, setup.err, O_WRONLY | O_APPEND);
+        } else if (!setup.terminal.empty()) {
             add(STDIN_FILENO, setup.terminal, O_RDWR);
             posix_spawn_file_actions_adddup2(&m_actions, STDIN_FILENO, STDOUT_FILENO);
             posix_spawn_file_actions_adddup2(&m_actions, STDIN_FILENO, STDERR_FILENO);
@@ -64,6 +70,7 @@ public:
         if (!setup.folder.empty()) {
             posix_spawn_file_actions_addchdir_np(&m_actions, setup.folder.c_str());
         }
+        posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1);
     }
     ~FileActions() { posix_spawn_file_actions_destroy(&m_actions); }
     FileActions(const FileActions&) = delete;
@@ -86,13 +93,15 @@ private:
 class Attributes
 {
 public:
-    Attributes()
+    explicit Attributes(int ignored)
     {
         posix_spawnattr_init(&m_attributes);
         sigset_t signals;
         sigemptyset(&signals);
-        for (const int number : {SIGINT, SIGTERM, SIGQUIT, SIGHUP, SIGPIPE}) {
-            sigaddset(&signals, number);
+        for (const int number : {SIGINT, SIGTERM, SIGQUIT, SIGHUP, SIGPIPE, SIGTSTP}) {
+            if (number != ignored) {
+                sigaddset(&signals, number);
+            }
         }
         posix_spawnattr_setsigdefault(&m_attributes, &signals);
         posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF);
@@ -105,6 +114,22 @@ public:
 
 private:
     posix_spawnattr_t m_attributes = {};
+};
+
+// While a program is started, which inherits that.
+class Ignored
+{
+public:
+    explicit Ignored(int number) : m_number(number), m_before(number == 0 ? SIG_DFL : std::signal(number, SIG_IGN)) {}
+    ~Ignored() { static_cast<void>(m_number == 0 ? SIG_DFL : std::signal(m_number, m_before)); }
+    Ignored(const Ignored&) = delete;
+    Ignored& operator=(const Ignored&) = delete;
+
+private:
+    using Handler = void (*)(int);
+
+    int m_number;
+    Handler m_before;
 };
 
 void closeEnd(int& end)
@@ -124,7 +149,8 @@ Process::Process(const ProcessSetup& setup)
     std::vector<std::string> words = setup.words;
     std::vector<std::string> environment = environmentOf(setup);
     const FileActions actions(setup);
-    const Attributes attributes;
+    const Attributes attributes(setup.ignored);
+    const Ignored ignored(setup.ignored);
     // Spawned, because a test server's threads may run in this process: between a fork and an exec little is allowed.
     if (posix_spawnp(&m_process, words.front().c_str(), actions.get(), attributes.get(), pointersTo(words).data(),
                      pointersTo(environment).data()) != 0) {
@@ -151,6 +177,25 @@ int Process::wait()
     }
     m_process = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+ProgramResult runProgram(ProcessSetup setup)
+{
+    const TextFile out;
+    const TextFile err;
+    setup.out = out.path();
+    setup.err = err.path();
+    const int status = Process(setup).wait();
+    return {status, contentOf(out.path()), contentOf(err.path())};
+}
+
+testing::AssertionResult exited(int expected, const ProgramResult& result)
+{
+    if (result.status == expected) {
+        return testing::AssertionSuccess() << "status " << expected;
+    }
+    return testing::AssertionFailure() << "status " << result.status << ", not " << expected << "; it said:\n"
+                                       << result.out << result.err;
 }
 
 Pipe::Pipe()

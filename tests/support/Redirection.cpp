@@ -23,16 +23,16 @@ void keepReportsAt(int descriptor)
 
 } // namespace
 
-Redirection::Redirection(FILE* stream) : m_stream(stream), m_original(dup(fileno(stream))), m_file(std::tmpfile())
+Redirection::Redirection(FILE* stream) : m_stream(stream), m_original(dup(fileno(stream)))
 {
-    if (m_original < 0 || !m_file) {
-        throw std::runtime_error("A stream cannot be redirected into a temporary file.");
+    if (m_original < 0) {
+        throw std::runtime_error("a stream cannot be redirected");
     }
     static_cast<void>(fflush(m_stream));
     if (fileno(m_stream) == STDERR_FILENO) {
         keepReportsAt(m_original);
     }
-    static_cast<void>(dup2(fileno(m_file.get()), fileno(m_stream)));
+    static_cast<void>(dup2(m_file.descriptor(), fileno(m_stream)));
 }
 
 Redirection::~Redirection()
@@ -48,13 +48,5 @@ Redirection::~Redirection()
 std::string Redirection::content() const
 {
     static_cast<void>(fflush(m_stream));
-    std::string bytes;
-    char block[4096];
-    for (;;) {
-        const ssize_t got = pread(fileno(m_file.get()), block, sizeof(block), static_cast<off_t>(bytes.size()));
-        if (got <= 0) {
-            return bytes;
-        }
-        bytes.append(block, static_cast<std::size_t>(got));
-    }
+    return m_file.content();
 }

@@ -1,8 +1,9 @@
 #ifndef SUPPORT_REDIRECTION_H
 #define SUPPORT_REDIRECTION_H
 
+#include "support/UnnamedFile.h"
+
 #include <cstdio>
-#include <memory>
 #include <string>
 
 /// Sends what the process writes to a descriptor into a file of its own, as long as it lives.
@@ -18,14 +19,9 @@ public:
     std::string content() const;
 
 private:
-    struct Close
-    {
-        void operator()(FILE* file) const { static_cast<void>(fclose(file)); }
-    };
-
     FILE* m_stream;
     int m_original;
-    std::unique_ptr<FILE, Close> m_file;
+    UnnamedFile m_file;
 };
 
 #endif

@@ -31,6 +31,7 @@ Lines joined(const std::vector<Lines>& sessions)
 ServerFixture::ServerFixture()
 {
     std::filesystem::create_directory(served(""));
+    std::filesystem::create_directory(local(""));
     config.root = served("");
     config.password = "correct horse battery";
     config.certificate = authority.issue();
@@ -39,6 +40,14 @@ ServerFixture::ServerFixture()
 ServerFixture::~ServerFixture() = default;
 
 void ServerFixture::serve() { server = std::make_unique<testserver::FtpServer>(config); }
+
+std::string ServerFixture::urlAt(unsigned port, const std::string& path) const
+{
+    const bool implicit = config.tls == testserver::TlsMode::Implicit;
+    return (implicit ? "ftps://localhost:" : "ftp://localhost:") + std::to_string(port) + path;
+}
+
+bool ServerFixture::exists(const std::string& path) { return std::filesystem::exists(path); }
 
 testing::AssertionResult sameSessions(const std::vector<Lines>& expected, const std::vector<Lines>& actual)
 {

@@ -30,7 +30,14 @@ protected:
     /// What the clients said to the server, session by session, when all of them have left.
     std::vector<Lines> sessions() { return server->transcripts(); }
 
+    /// "ftp://localhost:PORT", or with ftps: for a server of implicit TLS, and the path.
+    std::string url(const std::string& path) const { return urlAt(server->port(), path); }
+    std::string urlAt(unsigned port, const std::string& path) const;
+
+    // The files on both sides.
     std::string served(const std::string& name) const { return folder.file("served/" + name); }
+    std::string local(const std::string& name) const { return folder.file("local/" + name); }
+    static bool exists(const std::string& path);
 
     TemporaryFolder folder;
     testserver::CertificateAuthority authority;

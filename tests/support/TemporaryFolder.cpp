@@ -24,6 +24,8 @@ TemporaryFolder::~TemporaryFolder()
 std::string TemporaryFolder::write(const std::string& name, const std::string& content) const
 {
     writeFile(file(name), content);
+    using std::filesystem::perms;
+    std::filesystem::permissions(file(name), perms::owner_read | perms::owner_write);
     return file(name);
 }
 

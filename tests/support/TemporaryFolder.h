@@ -17,10 +17,23 @@ public:
     /// The path of `name` in the folder.
     std::string file(const std::string& name) const { return m_path + "/" + name; }
 
-    /// Writes a file there and gives its path.
+    /// Writes a file there, for its owner alone, and gives its path.
     std::string write(const std::string& name, const std::string& content) const;
 
 private:
+    std::string m_path;
+};
+
+/// A file of this content, for its owner alone, that goes with the object.
+class TextFile
+{
+public:
+    explicit TextFile(const std::string& content = {}) : m_path(m_folder.write("file", content)) {}
+
+    const std::string& path() const { return m_path; }
+
+private:
+    TemporaryFolder m_folder;
     std::string m_path;
 };
 

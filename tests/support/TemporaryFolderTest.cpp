@@ -14,6 +14,7 @@ TEST(TemporaryFolder, KeepsTheBytesOfItsFiles)
     const std::string path = folder.write("name", bytes);
     EXPECT_EQ(folder.path() + "/name", path);
     EXPECT_EQ(bytes, contentOf(path));
+    EXPECT_EQ(0600U, static_cast<unsigned>(std::filesystem::status(path).permissions()));
     writeFile(path, "");
     EXPECT_EQ("", contentOf(path));
     EXPECT_EQ(kNoFile, contentOf(folder.file("another")));

@@ -2,7 +2,6 @@
 #include "harness/Visitor.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace {
 
@@ -43,17 +42,13 @@ protected:
             return visitors[thread].wrong();
         });
         EXPECT_EQ(kThreads * Visitor::kOperations, held());
-        EXPECT_EQ(outputOf(visitors), printed());
+        EXPECT_TRUE(sameLines(outputOf(visitors), printed()));
     }
 
     // Whose output comes first is left open, but no line is lost, doubled or broken.
     Lines printed() const
     {
-        Lines lines;
-        std::istringstream text(out->content());
-        for (std::string line; std::getline(text, line);) {
-            lines.push_back(line);
-        }
+        Lines lines = linesOf(out->content());
         std::sort(lines.begin(), lines.end());
         return lines;
     }

@@ -1,22 +1,16 @@
-#ifndef SFTPCLIENT_TESTS_CLI_RUNCOMMAND_H
-#define SFTPCLIENT_TESTS_CLI_RUNCOMMAND_H
+#ifndef CLI_HARNESS_RUNCOMMAND_H
+#define CLI_HARNESS_RUNCOMMAND_H
+
+#include "support/Lines.h"
+#include "support/Process.h"
 
 #include <string>
-#include <utility>
-#include <vector>
 
-struct CommandResult
-{
-    int status; // the exit status, or the negative number of the signal that ended the command
-    std::string out;
-    std::string err;
-};
+/// The command with these arguments, without a terminal, in `folder` (or else in this process's).
+ProcessSetup commandSetup(const Words& arguments, const Variables& environment = {}, const std::string& folder = {});
 
-using Variables = std::vector<std::pair<std::string, std::string>>;
-
-/// Runs the command to its end, without a terminal, in `folder` (or else in this process's), with `input` on its
-/// standard input.
-CommandResult runCommand(const std::vector<std::string>& arguments, const Variables& environment = {},
-                         const std::string& folder = {}, const std::string& input = {});
+/// Runs it to its end with `input` on its standard input.
+ProgramResult runCommand(const Words& arguments, const Variables& environment = {}, const std::string& folder = {},
+                         const std::string& input = {});
 
 #endif

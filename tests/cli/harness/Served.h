@@ -1,23 +1,18 @@
-#ifndef SFTPCLIENT_TESTS_CLI_SERVED_H
-#define SFTPCLIENT_TESTS_CLI_SERVED_H
+#ifndef CLI_HARNESS_SERVED_H
+#define CLI_HARNESS_SERVED_H
 
 #include "harness/RunCommand.h"
 
-#include <Certificates.h>
-#include <FtpServer.h>
+#include "support/ServerFixture.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
 #include <string>
 #include <vector>
 
 /// The base of every test that runs the command against a server: folders, a CA, a login, and a server on demand.
-class Served : public testing::Test
+class Served : public ServerFixture
 {
 protected:
     Served();
-    ~Served() override;
 
     /// Starts the server with `config` and these faults.
     void serve(const std::vector<std::string>& faults = {});
@@ -26,13 +21,16 @@ protected:
     std::string url(const std::string& path = "/") const;
 
     /// The same without the user.
-    std::string plainUrl(const std::string& path = "/") const;
+    std::string plainUrl(const std::string& path = "/") const { return ServerFixture::url(path); }
 
     /// Runs the command in the folder of the local files, with the CA and the password.
-    CommandResult run(std::vector<std::string> form, Variables more = {}) const;
+    ProgramResult run(Words form, Variables more = {}) const;
+
+    /// How it is run so.
+    ProcessSetup setupOf(Words form, const Variables& more = {}) const;
 
     /// `form` with the CA.
-    std::vector<std::string> withCa(std::vector<std::string> form) const;
+    Words withCa(Words form) const;
 
     /// The CA in place of the machine's trust store, which besides is slow to read.
     Variables trust() const;
@@ -40,24 +38,7 @@ protected:
     /// The same, and the password.
     Variables environment() const;
 
-    std::vector<testserver::Transcript> sessions() { return m_server->transcripts(); }
-    void stopServing() { m_server.reset(); }
-
-    const std::string& folder() const { return m_folder; }
-    std::string served(const std::string& name) const { return m_folder + "/served/" + name; }
-    std::string local(const std::string& name) const { return m_folder + "/local/" + name; }
-    static void writeFile(const std::string& path, const std::string& content);
-    static bool exists(const std::string& path);
-
-    testserver::ServerConfig config;
-
-private:
-    testserver::CertificateAuthority m_authority;
-    std::string m_folder;
-    std::unique_ptr<testserver::FtpServer> m_server;
+    std::string ca() const { return folder.file("ca.pem"); }
 };
-
-/// The last line of `text`, without its end.
-std::string lastLine(const std::string& text);
 
 #endif

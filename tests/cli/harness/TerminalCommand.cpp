@@ -7,26 +7,6 @@
 #include <array>
 #include <stdexcept>
 
-namespace {
-
-ProcessSetup setupOf(const std::vector<std::string>& arguments, const Variables& environment, const std::string& folder)
-{
-    ProcessSetup setup;
-    setup.words = {SFTPCLIENT_COMMAND};
-    setup.words.insert(setup.words.end(), arguments.begin(), arguments.end());
-    setup.environment = environment;
-    setup.folder = folder;
-    return setup;
-}
-
-} // namespace
-
-TerminalCommand::TerminalCommand(const std::vector<std::string>& arguments, const Variables& environment,
-                                 const std::string& folder)
-    : TerminalCommand(setupOf(arguments, environment, folder))
-{
-}
-
 TerminalCommand::TerminalCommand(ProcessSetup setup)
 {
     int keyboard = -1;

@@ -1,22 +1,18 @@
-#ifndef SFTPCLIENT_TESTS_CLI_TERMINALCOMMAND_H
-#define SFTPCLIENT_TESTS_CLI_TERMINALCOMMAND_H
+#ifndef CLI_HARNESS_TERMINALCOMMAND_H
+#define CLI_HARNESS_TERMINALCOMMAND_H
 
-#include "harness/Process.h"
 #include "harness/RunCommand.h"
 
 #include <base/Descriptor.h>
 
 #include <memory>
 #include <string>
-#include <vector>
 
 /// The command, or another program, at a terminal of its own, and this process at the keyboard.
 class TerminalCommand
 {
 public:
     explicit TerminalCommand(ProcessSetup setup);
-    explicit TerminalCommand(const std::vector<std::string>& arguments, const Variables& environment = {},
-                             const std::string& folder = {});
 
     /// Waits until `text` is shown. What was shown until then.
     std::string shownUpTo(const std::string& text);

@@ -26,29 +26,29 @@ TEST_P(SshServer, TellsTheSizeOfAnUpload)
     keep("large.bak", std::string(300001, 'x'));
     keep("empty.bak", "");
     keep("with blank.bak", "123");
-    EXPECT_EQ(sizeOf("large.bak").bytes, 300001);
-    EXPECT_EQ(sizeOf("empty.bak").bytes, 0);
-    EXPECT_EQ(sizeOf("with%20blank.bak").bytes, 3);
+    EXPECT_EQ(300001, sizeOf("large.bak").bytes);
+    EXPECT_EQ(0, sizeOf("empty.bak").bytes);
+    EXPECT_EQ(3, sizeOf("with%20blank.bak").bytes);
     const RemoteSize missing = sizeOf("missing.bak");
-    EXPECT_EQ(missing.bytes, std::nullopt);
-    EXPECT_EQ(missing.whyNot, "asking for it failed: Remote file not found");
+    EXPECT_EQ(std::nullopt, missing.bytes);
+    EXPECT_EQ("asking for it failed: Remote file not found", missing.whyNot);
 }
 
 TEST_P(SshServer, TellsTheSizeToTheCommand)
 {
     keep("first.bak", "");
     writeFile(local("file"), std::string(70000, 'x'));
-    const TemporaryFile output;
+    const TextFile output;
     aimAt("sent.bak");
     ProcessSetup setup;
     setup.words = {SFTPCLIENT_COMMAND, "put", local("file"), request.remotePath, "--user", request.userName, "--json"};
     setup.environment = {{"SFTPCLIENT_PASSWORD", request.password}};
     setup.out = output.path();
     setup.err = "/dev/null";
-    EXPECT_EQ(Process(setup).wait(), 0);
+    EXPECT_EQ(0, Process(setup).wait());
     const std::string result = contentOf(output.path());
-    EXPECT_NE(result.find("\"bytes\":70000,"), std::string::npos) << result;
-    EXPECT_NE(result.find("\"sizeChecked\":true"), std::string::npos) << result;
+    EXPECT_TRUE(holds("\"bytes\":70000,", result));
+    EXPECT_TRUE(holds("\"sizeChecked\":true", result));
 }
 
 std::vector<Server> thoseWithSsh()

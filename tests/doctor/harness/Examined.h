@@ -18,8 +18,6 @@ protected:
     /// Asks about a directory of the server that the request is aimed at.
     void askAbout(const std::string& url);
 
-    void misbehave(const std::string& fault) { config.faults.push_back(testserver::parseFault(fault)); }
-
     doctor::Question question;
 };
 

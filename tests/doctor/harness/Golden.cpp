@@ -2,12 +2,12 @@
 
 #include "doctor/Renderers.h"
 #include "doctor/Verdicts.h"
+#include "support/Lines.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <sstream>
 
@@ -53,10 +53,7 @@ void expectGolden(const std::string& name, const std::string& text)
 {
     const std::string path = std::string(GOLDEN_FOLDER) + "/" + name + ".txt";
     if (std::getenv("SFTPCLIENT_WRITE_GOLDEN") != nullptr) {
-        std::ofstream(path, std::ios::binary) << text;
+        writeFile(path, text);
     }
-    std::ifstream file(path, std::ios::binary);
-    ASSERT_TRUE(file) << path << " is not there; SFTPCLIENT_WRITE_GOLDEN=1 writes it";
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), text)
-        << path << "; SFTPCLIENT_WRITE_GOLDEN=1 writes it anew";
+    EXPECT_TRUE(sameText(contentOf(path), text)) << path << "; SFTPCLIENT_WRITE_GOLDEN=1 writes it anew";
 }

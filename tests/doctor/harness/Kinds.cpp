@@ -118,7 +118,7 @@ const std::vector<Kind>& kinds()
 
 void PrintTo(const Kind& kind, std::ostream* stream) { *stream << kind.id; }
 
-std::string nameOf(const testing::TestParamInfo<Kind>& of) { return of.param.id; }
+std::string idOf(const testing::TestParamInfo<Kind>& of) { return of.param.id; }
 
 std::vector<Kind> kindsNamed(const std::vector<std::string>& ids)
 {

@@ -31,7 +31,7 @@ struct Kind
 
 /// For the tests' names in ctest.
 void PrintTo(const Kind& kind, std::ostream* stream);
-std::string nameOf(const testing::TestParamInfo<Kind>& of);
+std::string idOf(const testing::TestParamInfo<Kind>& of);
 
 const std::vector<Kind>& kinds();
 

@@ -1,11 +1,12 @@
 #include "harness/Truth.h"
 
+#include "support/Codes.h"
+#include "support/TemporaryFolder.h"
+
 #include <ISFtpClient.h>
 #include <SFtpClient.h>
 
 #include <gtest/gtest.h>
-
-#include <fstream>
 
 namespace {
 
@@ -59,7 +60,7 @@ std::vector<int> truthOf(const Question& question, const std::string& scratch,
     const int list = client.Listsftpdir(listing, text);
     const int test = ISFtpClient::CreateClient()->TestSConnect(question.request, 90);
     // The last, because it makes a missing directory.
-    std::ofstream(scratch) << "the content";
+    writeFile(scratch, "the content");
     const int upload = client.UploadFileToSFtpServer(forFile(question, "sent.bak", scratch), text);
     return {download, upload, rename, remove, list, test};
 }
@@ -71,10 +72,11 @@ void expectTruth(const std::vector<Verdict>& verdicts, const std::vector<int>& t
         const Verdict& verdict = verdicts[i];
         EXPECT_NE(Outlook::Unknown, verdict.outlook) << verdict.operation << ": " << verdict.reason;
         EXPECT_EQ(truth[i] == 0, verdict.outlook == Outlook::Works)
-            << verdict.operation << " gives " << truth[i] << "; " << verdict.reason;
+            << verdict.operation << " gives " << nameOf(truth[i]) << "; " << verdict.reason;
         if (verdict.code) {
             EXPECT_TRUE(mayStandFor(*verdict.code, truth[i]))
-                << verdict.operation << " gives " << truth[i] << ", not " << *verdict.code << "; " << verdict.reason;
+                << verdict.operation << " gives " << nameOf(truth[i]) << ", not " << nameOf(*verdict.code) << "; "
+                << verdict.reason;
         }
         if (verdict.outlook == Outlook::Fails) {
             EXPECT_NE("", verdict.reason) << verdict.operation;

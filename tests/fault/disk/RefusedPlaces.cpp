@@ -1,5 +1,5 @@
 #include "harness/Disk.h"
-#include "harness/OtherUser.h"
+#include "support/OtherUser.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,48 +1,10 @@
 #include "harness/Playback.h"
 
-#include "harness/Require.h"
 #include "harness/Wire.h"
 
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <csignal>
-#include <tuple>
-#include <utility>
 
 namespace {
-
-std::pair<int, std::uint16_t> listenOnFreePort()
-{
-    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    require(bind(listener, generic, length) == 0 && listen(listener, 64) == 0 &&
-                getsockname(listener, generic, &length) == 0,
-            "the playback listens on 127.0.0.1");
-    return {listener, ntohs(address.sin_port)};
-}
-
-// Negative when the listener was shut down. A call of accept() that waits has already taken a descriptor, and whoever
-// counts descriptors would find it missing: so the waiting is poll()'s. The fuzzer's alarm interrupts that.
-int nextConnection(int listener)
-{
-    for (;;) {
-        pollfd watched = {listener, POLLIN, 0};
-        poll(&watched, 1, -1);
-        const int connection = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-        if (connection >= 0 || errno == EINVAL) {
-            return connection;
-        }
-        require(errno == EAGAIN || errno == EINTR || errno == ECONNABORTED, "the playback accepts connections");
-    }
-}
 
 void replaceAll(std::string& text, const std::string& what, const std::string& with)
 {
@@ -64,29 +26,26 @@ testserver::ServerConfig explicitTls(const testserver::Certificate& certificate)
 Playback::Playback() : m_certificate(testserver::makeSelfSigned()), m_tls(explicitTls(m_certificate))
 {
     std::signal(SIGPIPE, SIG_IGN); // OpenSSL writes to clients that have left
-    std::tie(m_control, m_controlPort) = listenOnFreePort();
-    std::tie(m_data, m_dataPort) = listenOnFreePort();
+    m_control.listen();
+    m_data.listen();
     m_controlThread = std::thread([this] { serveControl(); });
     m_dataThread = std::thread([this] { serveData(); });
 }
 
 Playback::~Playback()
 {
-    // Wakes the threads, which then find nothing to accept.
-    shutdown(m_control, SHUT_RDWR);
-    shutdown(m_data, SHUT_RDWR);
+    m_control.stop();
+    m_data.stop();
     m_controlThread.join();
     m_dataThread.join();
-    close(m_control);
-    close(m_data);
 }
 
 void Playback::load(const std::string& script)
 {
     const std::string::size_type content = script.find('^');
     std::string replies = script.substr(0, content);
-    replaceAll(replies, "@", std::to_string(m_dataPort));
-    replaceAll(replies, "#", std::to_string(m_dataPort / 256) + "," + std::to_string(m_dataPort % 256));
+    replaceAll(replies, "@", std::to_string(dataPort()));
+    replaceAll(replies, "#", std::to_string(dataPort() / 256) + "," + std::to_string(dataPort() % 256));
 
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_content = content == std::string::npos ? "" : script.substr(content + 1);
@@ -113,7 +72,7 @@ void Playback::countEnd()
 
 void Playback::serveControl()
 {
-    for (int connection = 0; (connection = nextConnection(m_control)) >= 0;) {
+    for (int connection = 0; (connection = m_control.accept()) >= 0;) {
         play(connection);
         countEnd();
     }
@@ -121,7 +80,7 @@ void Playback::serveControl()
 
 void Playback::serveData()
 {
-    for (int connection = 0; (connection = nextConnection(m_data)) >= 0;) {
+    for (int connection = 0; (connection = m_data.accept()) >= 0;) {
         std::string content;
         {
             const std::lock_guard<std::mutex> lock(m_mutex);

@@ -1,6 +1,8 @@
 #ifndef FUZZ_HARNESS_PLAYBACK_H
 #define FUZZ_HARNESS_PLAYBACK_H
 
+#include "support/LoopbackPort.h"
+
 #include <Certificates.h>
 #include <TlsContexts.h>
 
@@ -26,8 +28,8 @@ public:
     Playback(const Playback&) = delete;
     Playback& operator=(const Playback&) = delete;
 
-    std::uint16_t controlPort() const { return m_controlPort; }
-    std::uint16_t dataPort() const { return m_dataPort; }
+    std::uint16_t controlPort() const { return m_control.number(); }
+    std::uint16_t dataPort() const { return m_data.number(); }
 
     /// The certificate that TLS shows.
     const std::string& certificatePem() const { return m_certificate.certificatePem; }
@@ -46,10 +48,8 @@ private:
 
     const testserver::Certificate m_certificate;
     const testserver::TlsContexts m_tls;
-    int m_control = -1;
-    int m_data = -1;
-    std::uint16_t m_controlPort = 0;
-    std::uint16_t m_dataPort = 0;
+    const LoopbackPort m_control;
+    const LoopbackPort m_data;
     std::mutex m_mutex;
     std::condition_variable m_ended;
     std::vector<std::string> m_replies;

@@ -17,16 +17,16 @@ std::string writeConfiguration(const std::string& folder, const std::string& tex
 // Debian 12's libcurl does not wait for the server to close a data connection, and with TLS 1.3 the end of an upload
 // can be lost to that. Where the test uploads over TLS, the server is therefore kept to TLS 1.2, through OpenSSL's own
 // configuration, because vsftpd has no setting for it.
-Start withTls12(Start start, const std::string& folder)
+ProcessSetup withTls12(ProcessSetup start, const std::string& folder)
 {
     const std::string path = folder + "/openssl.cnf";
     std::ofstream(path) << "openssl_conf = openssl\n[openssl]\nssl_conf = ssl\n[ssl]\nsystem_default = limits\n"
                         << "[limits]\nMaxProtocol = TLSv1.2\n";
-    start.environment.push_back("OPENSSL_CONF=" + path);
+    start.environment.emplace_back("OPENSSL_CONF", path);
     return start;
 }
 
-Start vsftpd(const std::string& folder, const std::string& settings)
+ProcessSetup vsftpd(const std::string& folder, const std::string& settings)
 {
     const std::string configuration = "listen=NO\nbackground=NO\nanonymous_enable=NO\nlocal_enable=YES\n"
                                       "write_enable=YES\nchroot_local_user=YES\nallow_writeable_chroot=YES\n"
@@ -37,7 +37,7 @@ Start vsftpd(const std::string& folder, const std::string& settings)
     return {{"/run/packages/vsftpd/usr/sbin/vsftpd", writeConfiguration(folder, configuration)}};
 }
 
-Start proftpd(const std::string& folder, const std::string& settings)
+ProcessSetup proftpd(const std::string& folder, const std::string& settings)
 {
     const std::string configuration =
         "ServerType inetd\nServerName test\nUser nobody\nGroup nogroup\n"
@@ -56,7 +56,7 @@ std::string proftpdTls(const std::string& folder, const std::string& settings)
            "/cert.pem\nTLSECCertificateKeyFile " + folder + "/key.pem\n" + settings;
 }
 
-Start pureFtpd(const std::string& folder, const std::string& tls)
+ProcessSetup pureFtpd(const std::string& folder, const std::string& tls)
 {
     return {{"/run/packages/pure-ftpd/usr/sbin/pure-ftpd", "--login", "unix", "--noanonymous", "--chrooteveryone",
              "--dontresolve", "--minuid", "1", "--syslogfacility", "none", "--tls", tls, "--certfile",
@@ -65,39 +65,45 @@ Start pureFtpd(const std::string& folder, const std::string& tls)
 
 } // namespace
 
-Start vsftpdExplicit(const std::string& folder)
+ProcessSetup vsftpdExplicit(const std::string& folder)
 {
     return vsftpd(folder, "force_local_logins_ssl=NO\nforce_local_data_ssl=NO\n");
 }
 
-Start vsftpdTlsAtLogin(const std::string& folder)
+ProcessSetup vsftpdTlsAtLogin(const std::string& folder)
 {
     return vsftpd(folder, "force_local_logins_ssl=YES\nforce_local_data_ssl=YES\n");
 }
 
-Start vsftpdImplicit(const std::string& folder)
+ProcessSetup vsftpdImplicit(const std::string& folder)
 {
     return withTls12(vsftpd(folder, "implicit_ssl=YES\nforce_local_logins_ssl=YES\nforce_local_data_ssl=YES\n"),
                      folder);
 }
 
-Start proftpdExplicit(const std::string& folder) { return proftpd(folder, proftpdTls(folder, "TLSRequired off\n")); }
+ProcessSetup proftpdExplicit(const std::string& folder)
+{
+    return proftpd(folder, proftpdTls(folder, "TLSRequired off\n"));
+}
 
-Start proftpdTlsAtLogin(const std::string& folder) { return proftpd(folder, proftpdTls(folder, "TLSRequired on\n")); }
+ProcessSetup proftpdTlsAtLogin(const std::string& folder)
+{
+    return proftpd(folder, proftpdTls(folder, "TLSRequired on\n"));
+}
 
-Start proftpdImplicit(const std::string& folder)
+ProcessSetup proftpdImplicit(const std::string& folder)
 {
     return withTls12(proftpd(folder, proftpdTls(folder, "TLSRequired on\nTLSOptions UseImplicitSSL\n")), folder);
 }
 
-Start proftpdClear(const std::string& folder) { return proftpd(folder, ""); }
+ProcessSetup proftpdClear(const std::string& folder) { return proftpd(folder, ""); }
 
-Start proftpdSftp(const std::string& folder)
+ProcessSetup proftpdSftp(const std::string& folder)
 {
     return proftpd(folder, "LoadModule mod_sftp.c\nSFTPEngine on\nSFTPAuthMethods password\nSFTPLog " + folder +
                                "/sftp.log\nSFTPHostKey " + folder + "/host_key\n");
 }
 
-Start pureFtpdExplicit(const std::string& folder) { return pureFtpd(folder, "1"); }
+ProcessSetup pureFtpdExplicit(const std::string& folder) { return pureFtpd(folder, "1"); }
 
-Start pureFtpdTlsAtLogin(const std::string& folder) { return pureFtpd(folder, "2"); }
+ProcessSetup pureFtpdTlsAtLogin(const std::string& folder) { return pureFtpd(folder, "2"); }

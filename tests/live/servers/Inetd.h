@@ -3,10 +3,11 @@
 
 #include "PrivateSystem.h"
 
-#include <sys/types.h>
+#include "support/LoopbackPort.h"
+#include "support/Process.h"
 
 #include <cstdint>
-#include <string>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -16,27 +17,22 @@
 class Inetd
 {
 public:
-    /// log: takes the daemon's standard error. Throws `std::system_error`.
-    Inetd(const PrivateSystem& system, std::vector<std::string> command, std::vector<std::string> environment,
-          std::string log);
+    /// `daemon` names the file for its standard error. Throws `std::system_error`.
+    Inetd(const PrivateSystem& system, ProcessSetup daemon);
 
     /// Ends the daemons that still run, and waits for all child processes.
     ~Inetd();
     Inetd(const Inetd&) = delete;
     Inetd& operator=(const Inetd&) = delete;
 
-    std::uint16_t port() const { return m_port; }
+    std::uint16_t port() const { return m_port.number(); }
 
 private:
     void serve();
-    void start(int connection);
 
-    std::vector<std::string> m_command;
-    std::vector<std::string> m_environment;
-    std::string m_log;
-    int m_listening = -1;
-    std::uint16_t m_port = 0;
-    std::vector<pid_t> m_daemons;
+    ProcessSetup m_daemon;
+    const LoopbackPort m_port;
+    std::vector<std::unique_ptr<Process>> m_daemons;
     std::thread m_thread;
 };
 

@@ -7,22 +7,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 namespace {
 
 // Several blocks and TLS records, and no whole number of them.
 constexpr std::size_t kSize = 300001;
-
-Lines linesOf(const std::string& text)
-{
-    std::istringstream stream(text);
-    Lines lines;
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
 
 Lines sortedLinesOf(const std::string& text)
 {

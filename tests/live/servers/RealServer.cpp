@@ -86,9 +86,10 @@ void RealServer::start()
     trustByDefault(authority.certificatePem());
     request.userName = PrivateSystem::kUser;
     request.password = PrivateSystem::kPassword;
-    const Start how = server.configure(daemonFile(""));
-    m_daemon = std::make_unique<Inetd>(PrivateSystem(daemonFile(""), served(""), SERVERS_FOLDER), how.command,
-                                       how.environment, daemonFile("stderr.log"));
+    ProcessSetup daemon = server.configure(daemonFile(""));
+    daemon.environment.emplace_back("PATH", "/usr/sbin:/usr/bin:/sbin:/bin");
+    daemon.err = daemonFile("stderr.log");
+    m_daemon = std::make_unique<Inetd>(PrivateSystem(daemonFile(""), served(""), SERVERS_FOLDER), daemon);
     request.port = m_daemon->port();
 }
 

@@ -1,6 +1,8 @@
 #ifndef SERVERS_SERVER_H
 #define SERVERS_SERVER_H
 
+#include "support/Process.h"
+
 #include <string>
 #include <vector>
 
@@ -9,13 +11,6 @@ template <typename Value>
 struct Six
 {
     Value test, upload, list, download, rename, remove;
-};
-
-/// How a daemon is started for one connection.
-struct Start
-{
-    std::vector<std::string> command;
-    std::vector<std::string> environment = {"PATH=/usr/sbin:/usr/bin:/sbin:/bin"};
 };
 
 /// What a listing names: the folder's files, or also "." and "..".
@@ -48,22 +43,22 @@ struct Server
 
     /// Writes the configuration into `folder`, which holds the certificate's PEM files cert.pem and key.pem, and for
     /// SFTP the host_key. The command goes by the paths of `PrivateSystem`.
-    Start (*configure)(const std::string& folder);
+    ProcessSetup (*configure)(const std::string& folder);
 };
 
 const std::vector<Server>& servers();
 
 // What `servers` is made from: one function a daemon and configuration.
-Start vsftpdExplicit(const std::string& folder);
-Start vsftpdImplicit(const std::string& folder);
-Start vsftpdTlsAtLogin(const std::string& folder);
-Start proftpdExplicit(const std::string& folder);
-Start proftpdImplicit(const std::string& folder);
-Start proftpdTlsAtLogin(const std::string& folder);
-Start proftpdClear(const std::string& folder);
-Start proftpdSftp(const std::string& folder);
-Start pureFtpdExplicit(const std::string& folder);
-Start pureFtpdTlsAtLogin(const std::string& folder);
-Start opensshSftp(const std::string& folder);
+ProcessSetup vsftpdExplicit(const std::string& folder);
+ProcessSetup vsftpdImplicit(const std::string& folder);
+ProcessSetup vsftpdTlsAtLogin(const std::string& folder);
+ProcessSetup proftpdExplicit(const std::string& folder);
+ProcessSetup proftpdImplicit(const std::string& folder);
+ProcessSetup proftpdTlsAtLogin(const std::string& folder);
+ProcessSetup proftpdClear(const std::string& folder);
+ProcessSetup proftpdSftp(const std::string& folder);
+ProcessSetup pureFtpdExplicit(const std::string& folder);
+ProcessSetup pureFtpdTlsAtLogin(const std::string& folder);
+ProcessSetup opensshSftp(const std::string& folder);
 
 #endif

@@ -3,7 +3,7 @@
 #include <fstream>
 
 // Passwords are checked by sshd itself against the shadow file that it sees; PAM has no part in it.
-Start opensshSftp(const std::string& folder)
+ProcessSetup opensshSftp(const std::string& folder)
 {
     const std::string path = folder + "/daemon.conf";
     std::ofstream(path) << "HostKey " << folder << "/host_key\nUsePAM no\nPasswordAuthentication yes\n"

@@ -29,6 +29,13 @@ protected:
     }
 };
 
+// The transcript of a command that sends so many bytes over a data connection.
+Lines inTheClear(const std::string& command, std::size_t bytes)
+{
+    return {"> EPSV",           "< 229 Entering Extended Passive Mode (|||PORT|)", "> " + command, "< 150 data follows",
+            "= no TLS on data", "= " + std::to_string(bytes) + " bytes sent",      "< 226 done"};
+}
+
 TEST_F(Conversation, FromGreetingToGoodbye)
 {
     serve();
@@ -329,37 +336,8 @@ TEST_F(Conversation, ADataConnectionInTheClear)
         EXPECT_EQ("content", RawClient(port).rest());
         EXPECT_EQ("226 done", client->line());
     }
-    const std::string passive = "< 229 Entering Extended Passive Mode (|||PORT|)";
-    EXPECT_TRUE(sameLines(Lines({"> EPSV",
-                                 passive,
-                                 "> NLST",
-                                 "< 150 data follows",
-                                 "= no TLS on data",
-                                 "= 9 bytes sent",
-                                 "< 226 done",
-                                 "> EPSV",
-                                 passive,
-                                 "> LIST",
-                                 "< 150 data follows",
-                                 "= no TLS on data",
-                                 "= 136 bytes sent",
-                                 "< 226 done",
-                                 "> EPSV",
-                                 passive,
-                                 "> MLSD",
-                                 "< 150 data follows",
-                                 "= no TLS on data",
-                                 "= 122 bytes sent",
-                                 "< 226 done",
-                                 "> REST 4",
-                                 "< 350 restart marked",
-                                 "> EPSV",
-                                 passive,
-                                 "> RETR b",
-                                 "< 150 data follows",
-                                 "= no TLS on data",
-                                 "= 7 bytes sent",
-                                 "< 226 done"}),
+    EXPECT_TRUE(sameLines(inTheClear("NLST", 9) + inTheClear("LIST", 136) + inTheClear("MLSD", 122) +
+                              Lines{"> REST 4", "< 350 restart marked"} + inTheClear("RETR b", 7),
                           afterLogin()));
 }
 

@@ -44,19 +44,42 @@ TEST_F(DataMisbehaviour, DropAfter)
                   afterLogin()));
 }
 
-TEST_F(DataMisbehaviour, DropAfterNothing)
+/// How many bytes arrive, the reply behind them, and the transcript's last line.
+struct Bad
 {
-    const Seen seen = retrieve("DATA=drop-after:0");
-    EXPECT_EQ("", seen.data);
-    EXPECT_EQ("426 transfer aborted", seen.reply);
+    const char* id;
+    const char* fault;
+    std::size_t bytes;
+    std::string reply;
+    std::string last;
+};
+
+void PrintTo(const Bad& bad, std::ostream* stream) { *stream << bad.id; }
+
+class EachDataMisbehaviour : public DataMisbehaviour, public testing::WithParamInterface<Bad>
+{
+};
+
+TEST_P(EachDataMisbehaviour, IsWhatTheClientSees)
+{
+    config.stallLimit = std::chrono::milliseconds(50);
+    const Seen seen = retrieve(GetParam().fault);
+    EXPECT_TRUE(sameBytes(begin(GetParam().bytes), seen.data));
+    EXPECT_EQ(GetParam().reply, seen.reply);
+    EXPECT_EQ(GetParam().last, afterLogin().back());
 }
 
-TEST_F(DataMisbehaviour, DropAfterMoreThanThereIsDropsNothing)
-{
-    const Seen seen = retrieve("DATA=drop-after:300001");
-    EXPECT_TRUE(sameBytes(begin(kSize), seen.data));
-    EXPECT_EQ("226 done", seen.reply);
-}
+const Bad kBad[] = {
+    {"DropAfterNothing", "DATA=drop-after:0", 0, "426 transfer aborted", "< 426 transfer aborted"},
+    {"DropAfterMoreThanThereIs", "DATA=drop-after:300001", kSize, "226 done", "< 226 done"},
+    {"ClaimAfter", "DATA=claim-after:100000", 100000, "226 done", "< 226 done"},
+    {"StallWithALimit", "DATA=stall-after:1000", 1000, "426 transfer aborted", "< 426 transfer aborted"},
+    {"ReplyBehindTheData", "DONE=reply:451 broken", kSize, "451 broken", "< 451 broken"},
+    {"EndInPlaceOfThatReply", "DONE=drop", kSize, "", "= 300000 bytes sent"},
+    {"GarbageInTheClear", "DATA=garbage", kSize, "226 done", "< 226 done"},
+};
+INSTANTIATE_TEST_SUITE_P(Of, EachDataMisbehaviour, testing::ValuesIn(kBad),
+                         [](const testing::TestParamInfo<Bad>& of) { return std::string(of.param.id); });
 
 TEST_F(DataMisbehaviour, ResetAfter)
 {
@@ -64,13 +87,6 @@ TEST_F(DataMisbehaviour, ResetAfter)
     // The reset may overtake the bytes.
     EXPECT_NE(std::string::npos, seen.data.rfind("(reset)"));
     EXPECT_EQ("426 transfer aborted", seen.reply);
-}
-
-TEST_F(DataMisbehaviour, ClaimAfter)
-{
-    const Seen seen = retrieve("DATA=claim-after:100000");
-    EXPECT_TRUE(sameBytes(begin(100000), seen.data));
-    EXPECT_EQ("226 done", seen.reply);
 }
 
 TEST_F(DataMisbehaviour, Close)
@@ -138,28 +154,6 @@ TEST_F(DataMisbehaviour, StallAfterStopsReadingAnUpload)
     EXPECT_EQ(1000U, contentOf(served("up")).size());
 }
 
-TEST_F(DataMisbehaviour, AStallCanHaveALimit)
-{
-    config.stallLimit = std::chrono::milliseconds(50);
-    const Seen seen = retrieve("DATA=stall-after:1000");
-    EXPECT_TRUE(sameBytes(begin(1000), seen.data));
-    EXPECT_EQ("426 transfer aborted", seen.reply);
-}
-
-TEST_F(DataMisbehaviour, TheReplyAfterTheDataCanBeBadToo)
-{
-    const Seen seen = retrieve("DONE=reply:451 broken");
-    EXPECT_TRUE(sameBytes(begin(kSize), seen.data));
-    EXPECT_EQ("451 broken", seen.reply);
-    EXPECT_EQ("< 451 broken", afterLogin().back());
-}
-
-TEST_F(DataMisbehaviour, TheConnectionCanEndInPlaceOfTheReplyAfterTheData)
-{
-    EXPECT_EQ("", retrieve("DONE=drop").reply);
-    EXPECT_EQ("= 300000 bytes sent", afterLogin().back());
-}
-
 TEST_F(DataMisbehaviour, Refuse)
 {
     misbehave("LISTEN=refuse");
@@ -168,11 +162,6 @@ TEST_F(DataMisbehaviour, Refuse)
     EXPECT_TRUE(isRefused(client->extendedPassive()));
     EXPECT_EQ("150 data follows", client->ask("RETR a"));
     EXPECT_EQ("425 no data connection", client->line());
-}
-
-TEST_F(DataMisbehaviour, GarbageInTheClearWouldBeData)
-{
-    EXPECT_TRUE(sameBytes(begin(kSize), retrieve("DATA=garbage").data));
 }
 
 TEST_F(DataMisbehaviour, AClientThatNeverComesEndsWithItsControlConnection)

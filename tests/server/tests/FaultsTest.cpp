@@ -1,3 +1,5 @@
+#include "support/Thrown.h"
+
 #include <Faults.h>
 
 #include <gtest/gtest.h>
@@ -120,14 +122,9 @@ TEST(ParseFault, TheRestIsRefusedWithTheReason)
         {"LISTEN=drop", "\"drop\" means nothing for LISTEN"},
     };
     for (const Row& row : rows) {
-        try {
-            parseFault(row.text);
-            ADD_FAILURE() << row.text << " is taken";
-        } catch (const std::invalid_argument& error) {
-            EXPECT_EQ("fault \"" + std::string(row.text) + "\": " + row.reason +
-                          "; the form is [SESSION/]COMMAND[#OCCURRENCE]=MISBEHAVIOUR[:ARGUMENT]",
-                      error.what());
-        }
+        EXPECT_EQ("fault \"" + std::string(row.text) + "\": " + row.reason +
+                      "; the form is [SESSION/]COMMAND[#OCCURRENCE]=MISBEHAVIOUR[:ARGUMENT]",
+                  thrownBy<std::invalid_argument>([&] { parseFault(row.text); }));
     }
 }
 

@@ -12,50 +12,68 @@ class Misbehaviour : public ServerTest
 {
 };
 
-TEST_F(Misbehaviour, ReplyStandsInPlaceOfTheCommand)
+/// What a client that says something and no more hears, and what the transcript tells of it.
+struct Bad
+{
+    const char* id;
+    const char* fault;
+    std::string said;
+    std::string heard;
+    Lines transcript;
+};
+
+void PrintTo(const Bad& bad, std::ostream* stream) { *stream << bad.id; }
+
+class EachMisbehaviour : public Misbehaviour, public testing::WithParamInterface<Bad>
+{
+};
+
+TEST_P(EachMisbehaviour, IsWhatTheClientHears)
 {
     writeFile(served("a"), "a");
-    misbehave("rm=reply:250 removed");
-    serve();
-    EXPECT_EQ("250 removed", login()->ask("rm a"));
-    EXPECT_TRUE(sameLines(Lines({"> rm a", "< 250 removed"}), afterLogin()));
-    EXPECT_TRUE(std::filesystem::exists(served("a")));
-}
-
-TEST_F(Misbehaviour, ReplyOfAnyBytes)
-{
-    misbehave("SIZE=reply:213-\\0\\xff\\r\\n213 1\\r\\n550 glued\\c");
+    misbehave(GetParam().fault);
     serve();
     {
         const auto client = login();
-        client->send("SIZE a\r\n");
+        client->send(GetParam().said);
         client->finish();
-        EXPECT_EQ(std::string("213-\0\xff\r\n213 1\r\n550 glued", 24), client->rest());
+        EXPECT_TRUE(sameText(GetParam().heard, client->rest()));
     }
-    EXPECT_TRUE(sameLines(Lines({"> SIZE a", "< 213-\\x00\xff", "< 213 1", "< 550 glued"}), afterLogin()));
+    EXPECT_TRUE(sameLines(GetParam().transcript, afterLogin()));
+    EXPECT_TRUE(exists(served("a")));
 }
 
-TEST_F(Misbehaviour, TheConversationGoesOnAfterAReply)
-{
-    misbehave("SIZE#1=reply:550 no");
-    writeFile(served("a"), "a");
-    serve();
-    const auto client = login();
-    EXPECT_EQ("550 no", client->ask("SIZE a"));
-    EXPECT_EQ("213 1", client->ask("SIZE a"));
-}
+const std::string kPadded = "200 ok" + std::string(69994, '.');
 
-TEST_F(Misbehaviour, LastEndsItAfterAReply)
-{
-    misbehave("SIZE=last:213 1\\r\\n21\\c");
-    serve();
-    {
-        const auto client = login();
-        client->send("SIZE a\r\n");
-        EXPECT_EQ("213 1\r\n21", client->rest());
-    }
-    EXPECT_TRUE(sameLines(Lines({"> SIZE a", "< 213 1", "< 21"}), afterLogin()));
-}
+const Bad kBad[] = {
+    {"ReplyInPlaceOfTheCommand", "rm=reply:250 removed", "rm a\r\n", "250 removed\r\n", {"> rm a", "< 250 removed"}},
+    {"ReplyOfAnyBytes",
+     "SIZE=reply:213-\\0\\xff\\r\\n213 1\\r\\n550 glued\\c",
+     "SIZE a\r\n",
+     std::string("213-\0\xff\r\n213 1\r\n550 glued", 24),
+     {"> SIZE a", "< 213-\\x00\xff", "< 213 1", "< 550 glued"}},
+    {"ReplyOnce",
+     "SIZE#1=reply:550 no",
+     "SIZE a\r\nSIZE a\r\n",
+     "550 no\r\n213 1\r\n",
+     {"> SIZE a", "< 550 no", "> SIZE a", "< 213 1"}},
+    {"Last", "SIZE=last:213 1\\r\\n21\\c", "SIZE a\r\nNOOP\r\n", "213 1\r\n21", {"> SIZE a", "< 213 1", "< 21"}},
+    {"Drop", "SIZE=drop", "SIZE a\r\nNOOP\r\n", "", {"> SIZE a"}},
+    {"Reset", "SIZE=reset", "SIZE a\r\nNOOP\r\n", "(reset)", {"> SIZE a"}},
+    {"StallUntilTheClientLeaves", "SIZE=stall", "SIZE a\r\nNOOP\r\nQUIT\r\n", "", {"> SIZE a"}},
+    {"SplitKeepsTheBytes",
+     "PWD=split",
+     "PWD\r\nNOOP\r\n",
+     "257 \"/\"\r\n200 ok\r\n",
+     {"> PWD", "< 257 \"/\"", "> NOOP", "< 200 ok"}},
+    {"PadMakesTheReplyLong",
+     "NOOP#1=pad:70000",
+     "NOOP\r\nNOOP\r\n",
+     kPadded + "\r\n200 ok\r\n",
+     {"> NOOP", "< " + kPadded, "> NOOP", "< 200 ok"}},
+};
+INSTANTIATE_TEST_SUITE_P(Of, EachMisbehaviour, testing::ValuesIn(kBad),
+                         [](const testing::TestParamInfo<Bad>& of) { return std::string(of.param.id); });
 
 TEST_F(Misbehaviour, EndlessLastsUntilTheClientLeaves)
 {
@@ -84,40 +102,6 @@ TEST_F(Misbehaviour, AStallCanHaveALimit)
     EXPECT_LE(std::chrono::milliseconds(50), Clock::now() - before);
 }
 
-TEST_F(Misbehaviour, DropEndsItWithoutAReply)
-{
-    misbehave("SIZE=drop");
-    serve();
-    {
-        const auto client = login();
-        client->send("SIZE a\r\n");
-        EXPECT_EQ("", client->rest());
-    }
-    EXPECT_TRUE(sameLines(Lines{"> SIZE a"}, afterLogin()));
-}
-
-TEST_F(Misbehaviour, ResetIsAReset)
-{
-    misbehave("SIZE=reset");
-    serve();
-    const auto client = login();
-    client->send("SIZE a\r\n");
-    EXPECT_EQ("(reset)", client->rest());
-}
-
-TEST_F(Misbehaviour, StallLastsUntilTheClientLeaves)
-{
-    misbehave("SIZE=stall");
-    serve();
-    {
-        const auto client = login();
-        client->send("SIZE a\r\nNOOP\r\nQUIT\r\n");
-        client->finish();
-        EXPECT_EQ("", client->rest());
-    }
-    EXPECT_TRUE(sameLines(Lines{"> SIZE a"}, afterLogin()));
-}
-
 TEST_F(Misbehaviour, DelayPutsTheReplyOff)
 {
     using Clock = std::chrono::steady_clock;
@@ -127,27 +111,6 @@ TEST_F(Misbehaviour, DelayPutsTheReplyOff)
     const auto before = Clock::now();
     EXPECT_EQ("200 ok", client->ask("NOOP"));
     EXPECT_LE(std::chrono::milliseconds(50), Clock::now() - before);
-}
-
-TEST_F(Misbehaviour, SplitKeepsTheBytes)
-{
-    misbehave("PWD=split");
-    serve();
-    {
-        const auto client = login();
-        EXPECT_EQ("257 \"/\"", client->ask("PWD"));
-        EXPECT_EQ("200 ok", client->ask("NOOP"));
-    }
-    EXPECT_TRUE(sameLines(Lines({"> PWD", "< 257 \"/\"", "> NOOP", "< 200 ok"}), afterLogin()));
-}
-
-TEST_F(Misbehaviour, PadMakesTheReplyLong)
-{
-    misbehave("NOOP#1=pad:70000");
-    serve();
-    const auto client = login();
-    EXPECT_EQ("200 ok" + std::string(69994, '.'), client->ask("NOOP"));
-    EXPECT_EQ("200 ok", client->ask("NOOP"));
 }
 
 TEST_F(Misbehaviour, MeetWaitsForAllAgainAndAgain)

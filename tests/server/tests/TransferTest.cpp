@@ -12,12 +12,12 @@ protected:
     Transfer() { config.tls = GetParam(); }
 };
 
-std::string nameOf(const testing::TestParamInfo<TlsMode>& mode)
+std::string idOf(const testing::TestParamInfo<TlsMode>& mode)
 {
     return mode.param == TlsMode::Plain ? "Plain" : mode.param == TlsMode::Explicit ? "Explicit" : "Implicit";
 }
 
-INSTANTIATE_TEST_SUITE_P(Mode, Transfer, testing::Values(TlsMode::Plain, TlsMode::Explicit, TlsMode::Implicit), nameOf);
+INSTANTIATE_TEST_SUITE_P(Mode, Transfer, testing::Values(TlsMode::Plain, TlsMode::Explicit, TlsMode::Implicit), idOf);
 
 TEST_P(Transfer, UploadAndDownload)
 {

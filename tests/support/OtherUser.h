@@ -1,5 +1,5 @@
-#ifndef DISK_HARNESS_OTHERUSER_H
-#define DISK_HARNESS_OTHERUSER_H
+#ifndef SUPPORT_OTHERUSER_H
+#define SUPPORT_OTHERUSER_H
 
 #include <sys/types.h>
 

@@ -1,4 +1,4 @@
-#include "harness/OtherUser.h"
+#include "support/OtherUser.h"
 
 #include <sys/fsuid.h>
 #include <unistd.h>

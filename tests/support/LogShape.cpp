@@ -1,4 +1,4 @@
-#include "harness/LogShape.h"
+#include "support/LogShape.h"
 
 #include <algorithm>
 #include <cstddef>
