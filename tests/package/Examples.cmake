@@ -15,7 +15,7 @@ endfunction()
 
 file(REMOVE_RECURSE ${SCRATCH})
 file(COPY ${examples}/ DESTINATION ${SCRATCH})
-foreach(name minimal_host own_host)
+foreach(name minimal_host own_host backup_folder)
     file(STRINGS ${SCRATCH}/${name}.cpp command REGEX "^//     g\\+\\+ ")
     string(REGEX REPLACE "^//     g\\+\\+ (.*)$" "${COMPILER} \\1" command "${command}")
     if(SANITIZE)
@@ -31,3 +31,4 @@ must_succeed(${CMAKE_COMMAND} -S ${SCRATCH} -B ${SCRATCH}/build -G ${GENERATOR} 
 must_succeed(${CMAKE_COMMAND} --build ${SCRATCH}/build --parallel 2)
 must_tell_its_usage(${SCRATCH}/build/minimal-host)
 must_tell_its_usage(${SCRATCH}/build/own-host)
+must_tell_its_usage(${SCRATCH}/build/backup-folder)
