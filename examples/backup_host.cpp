@@ -1,8 +1,8 @@
 // Backs up a folder: four threads send its files over the connections of one session. Ctrl-C ends it with status 130
 // and removes the temporary files of the uploads that it interrupts; a second Ctrl-C ends it at once.
 //
-//     g++ -std=c++17 -pthread backup_folder.cpp $(pkg-config --cflags --libs sftpclient-host sftpclient-session) -o
-//     backup-folder HOST_PASSWORD=... backup-folder settings.ini ca.pem photos ftp://backup.example.com/photos/
+//     g++ -std=c++17 backup_host.cpp $(pkg-config --cflags --libs sftpclient-host sftpclient-session) -o backup-host
+//     HOST_PASSWORD=... backup-host settings.ini ca.pem photos ftp://backup.example.com/photos/
 //
 // Let section Log of settings.ini name a file: standard error shows the progress.
 
@@ -104,7 +104,7 @@ public:
         m_session.ClearCancel();
         std::for_each(m_interrupted.begin(), m_interrupted.end(),
                       [this](const fs::path& file) { removeTemporaryFiles(file); });
-        std::cerr << "backup-folder: interrupted\n";
+        std::cerr << "backup-host: interrupted\n";
         return kInterrupted;
     }
 
@@ -133,7 +133,7 @@ private:
             }
             if (result != 0) {
                 ++m_failed;
-                std::cerr << "\nbackup-folder: " << request.localPath << ": " << result << " " << errorText << "\n";
+                std::cerr << "\nbackup-host: " << request.localPath << ": " << result << " " << errorText << "\n";
             }
         }
     }
@@ -166,7 +166,7 @@ private:
             }
         }
         if (result != 0) {
-            std::cerr << "backup-folder: temporary files may remain in " << request.remotePath << ": " << result << " "
+            std::cerr << "backup-host: temporary files may remain in " << request.remotePath << ": " << result << " "
                       << errorText << "\n";
         }
     }
@@ -205,7 +205,7 @@ int main(int argc, char** argv)
 try {
     const char* const password = std::getenv("HOST_PASSWORD");
     if (argc != 5 || password == nullptr) {
-        std::cerr << "usage: HOST_PASSWORD=... backup-folder INI-FILE CA-FILE FOLDER URL\n";
+        std::cerr << "usage: HOST_PASSWORD=... backup-host INI-FILE CA-FILE FOLDER URL\n";
         return 2;
     }
     HostConfiguration::instance().load(argv[1]);
@@ -222,6 +222,6 @@ try {
     server.password = password;
     return Backup(server, argv[3]).run();
 } catch (const std::exception& error) {
-    std::cerr << "backup-folder: " << error.what() << "\n";
+    std::cerr << "backup-host: " << error.what() << "\n";
     return 1;
 }

@@ -52,10 +52,10 @@ private:
 };
 
 /// A folder to back up, and a server that demands TLS at login.
-class BackupFolder : public ServerFixture
+class BackupHost : public ServerFixture
 {
 protected:
-    BackupFolder()
+    BackupHost()
     {
         config.tlsRequiredAtLogin = true;
         config.tlsReuseRequired = true;
@@ -82,7 +82,7 @@ protected:
         const std::string ini = folder.write("host.ini", "[Log]\nTarget=" + folder.file("host.log") + "\n");
         const std::string ca = folder.write("ca.pem", authority.certificatePem());
         const std::string url = "ftp://localhost:" + std::to_string(server->port()) + "/photos";
-        ProcessSetup setup{{BACKUP_FOLDER, ini, ca, folder.file("photos"), url}};
+        ProcessSetup setup{{BACKUP_HOST, ini, ca, folder.file("photos"), url}};
         setup.environment = {{"HOST_PASSWORD", config.password}};
         setup.out = folder.write("out", "");
         setup.err = folder.write("err", "");
@@ -115,7 +115,7 @@ protected:
 
 } // namespace
 
-TEST_F(BackupFolder, SendsAllFilesOverAConnectionForEachThread)
+TEST_F(BackupHost, SendsAllFilesOverAConnectionForEachThread)
 {
     for (int i = 0; i < 20; ++i) {
         add(std::to_string(i) + ".bak", std::string(1000, static_cast<char>('a' + i)));
@@ -133,7 +133,7 @@ TEST_F(BackupFolder, SendsAllFilesOverAConnectionForEachThread)
     EXPECT_EQ(kThreads, static_cast<int>(sessions().size()));
 }
 
-TEST_F(BackupFolder, SaysWhichFileFailsAndSendsTheOthers)
+TEST_F(BackupHost, SaysWhichFileFailsAndSendsTheOthers)
 {
     add("a.bak", "one");
     add("b.bak", "two");
@@ -142,13 +142,12 @@ TEST_F(BackupFolder, SaysWhichFileFailsAndSendsTheOthers)
     serve();
     EXPECT_EQ(1, backUp());
     const std::string said = contentOf(folder.file("err"));
-    const std::string complaint =
-        "\nbackup-folder: " + folder.file("photos/b.bak") + ": 21 Quote command returned error";
+    const std::string complaint = "\nbackup-host: " + folder.file("photos/b.bak") + ": 21 Quote command returned error";
     EXPECT_NE(std::string::npos, said.find(complaint)) << said;
     EXPECT_EQ((std::map<std::string, std::string>{{"a.bak", "one"}, {"c.bak", "three"}}), arrived());
 }
 
-TEST_F(BackupFolder, CtrlCEndsItAndLeavesNoTemporaryFile)
+TEST_F(BackupHost, CtrlCEndsItAndLeavesNoTemporaryFile)
 {
     for (int i = 0; i < 2 * kThreads; ++i) {
         addLarge(std::to_string(i) + ".bak");
@@ -164,13 +163,13 @@ TEST_F(BackupFolder, CtrlCEndsItAndLeavesNoTemporaryFile)
     process.signal(SIGINT);
     EXPECT_EQ(130, process.wait());
     EXPECT_EQ(0U, arrived().size());
-    const std::string ending = "\nbackup-folder: interrupted\n";
+    const std::string ending = "\nbackup-host: interrupted\n";
     const std::string said = contentOf(folder.file("err"));
     ASSERT_LT(ending.size(), said.size());
     EXPECT_EQ(ending, said.substr(said.size() - ending.size()));
 }
 
-TEST_F(BackupFolder, SaysWhereTemporaryFilesMayRemain)
+TEST_F(BackupHost, SaysWhereTemporaryFilesMayRemain)
 {
     for (int i = 0; i < kThreads; ++i) {
         addLarge(std::to_string(i) + ".bak");
@@ -186,15 +185,15 @@ TEST_F(BackupFolder, SaysWhereTemporaryFilesMayRemain)
     EXPECT_EQ(130, process.wait());
     EXPECT_EQ(4U, arrived().size());
     const std::string said = contentOf(folder.file("err"));
-    EXPECT_NE(std::string::npos, said.find("\nbackup-folder: temporary files may remain in ftp://localhost:" +
+    EXPECT_NE(std::string::npos, said.find("\nbackup-host: temporary files may remain in ftp://localhost:" +
                                            std::to_string(server->port()) + "/photos/: 21 "))
         << said;
 }
 
-TEST_F(BackupFolder, TellsHowItIsUsed)
+TEST_F(BackupHost, TellsHowItIsUsed)
 {
-    ProcessSetup bare{{BACKUP_FOLDER}};
+    ProcessSetup bare{{BACKUP_HOST}};
     bare.err = folder.write("err", "");
     EXPECT_EQ(2, Process(bare).wait());
-    EXPECT_EQ("usage: HOST_PASSWORD=... backup-folder INI-FILE CA-FILE FOLDER URL\n", contentOf(bare.err));
+    EXPECT_EQ("usage: HOST_PASSWORD=... backup-host INI-FILE CA-FILE FOLDER URL\n", contentOf(bare.err));
 }
