@@ -4,13 +4,14 @@
 #include <cstdint>
 #include <string>
 
-/// What one operation needs to know: the server, the login, the file.
+/// The parameters of one operation: the server, the login, the file.
 ///
-/// A plain record that the host fills and owns. The library reads it during one call, never changes it and keeps no
-/// reference to it afterwards. It must not change while a call that was given it is running. Any number of calls on any
-/// number of threads may be given the same one at the same time.
+/// A plain record that the host fills and owns. The library only reads it, and keeps no reference to it after the call.
+/// It must not change while a call that uses it is running. Any number of calls on any number of threads may use the
+/// same one at the same time.
 ///
-/// Which operation reads which field:
+/// Which operation of `SFtpClient` reads which field (in `SFtpSession`, `caCert` counts for uploads, too, no URL needs
+/// a port, and names may hold blanks):
 ///
 ///     field               download  rename  delete  list  upload  connection test
 ///     remotePath          yes       yes     yes     yes   yes     yes
@@ -21,9 +22,9 @@
 ///     port                yes       yes     yes     yes   yes     yes
 struct SFtpRequest
 {
-    /// The full URL, handed to libcurl as it stands: of the file for a download or an upload, of the directory for
-    /// a listing, a rename or a delete. A directory's URL ends in "/". For rename and delete it names the port too
-    /// ("ftp://host:21/dir/"), because the directory is what follows the first "/" after the last ":".
+    /// The full URL, passed to libcurl unchanged: of the file for a download or an upload, of the directory for a
+    /// listing, a rename or a delete. A directory's URL ends in "/". For rename and delete it includes the port
+    /// ("ftp://host:21/dir/"), because the directory is the part from the first "/" after the last ":".
     std::string remotePath;
 
     /// Name of the file to rename or delete, relative to the directory of `remotePath`. No blanks, no line breaks:
@@ -34,19 +35,19 @@ struct SFtpRequest
     /// Rename: the new name, relative to the directory of `remotePath`.
     std::string localPath;
 
-    /// The user to log in as. A ":" in it cuts it short there, and what follows counts as part of the password.
+    /// The user to log in as. A ":" in it ends it there, and the rest becomes part of the password.
     std::string userName;
 
     /// The password. The library wipes its own copy before a call returns; this one is the host's to wipe.
     std::string password;
 
-    /// One CA certificate, as PEM text or as the bytes of its DER form, that is trusted besides libcurl's own trust
-    /// store. The exact text "none" means that there is no certificate: the server is then not verified, if the
-    /// host's configuration allows that (`CertAuthSwitch` of section `General` is 0).
+    /// One CA certificate, as PEM text or as the bytes of its DER form, trusted besides libcurl's own trust store. The
+    /// exact text "none" stands for no certificate: the server is then not verified, if the host's configuration allows
+    /// that (`CertAuthSwitch` in section `General` is 0).
     std::string caCert;
 
-    /// The server's port, 1 to 65535; it overrides a port in `remotePath`. 0 leaves the choice to the URL; a number
-    /// above 65535 is refused by libcurl, which then goes by the URL as well.
+    /// The server's port, 1 to 65535; it overrides a port in `remotePath`. 0 leaves the choice to the URL; so does a
+    /// number above 65535, which libcurl refuses.
     uint32_t port = 0;
 };
 

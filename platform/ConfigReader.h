@@ -7,11 +7,11 @@
 class ConfigReader
 {
 public:
-    /// The integer under `key` of `section`, or `defaultValue` as 1 or 0 where there is none.
+    /// The integer of `key` in `section`, or `defaultValue` as 1 or 0 if there is none.
     ///
-    /// The library asks for one value: `CertAuthSwitch` of section `General`, with the default true. 0 allows
-    /// transfers to a server that is not verified, for requests whose certificate text is "none"; anything else
-    /// forbids them. What is thrown ends the operation and passes to the library's caller.
+    /// The library reads one value: `CertAuthSwitch` in section `General`, with the default true. 0 allows transfers
+    /// with an unverified server, for requests whose certificate text is "none"; anything else forbids them. An
+    /// exception ends the operation and passes to the library's caller.
     static int getInt(const std::string& section, const std::string& key, bool defaultValue);
 };
 

@@ -9,7 +9,7 @@ import sys
 import checks
 import run
 from documents import ROOT, Block, read_all
-from running import Place
+from running import Place, run_readme
 from sources import curl_codes, read_sources
 
 OPERATIONS, TROUBLE, INTERNALS = "docs/operations.md", "docs/troubleshooting.md", "docs/internals.md"
@@ -138,6 +138,8 @@ def main(folder, curl_h, *values):
         block = Block("planted", 1, language, text)
         place = Place(setup, pathlib.Path(folder) / str(number))
         expect(expected, run.run_block(kind, place, block, [block], read_all()))
+    unsaid = Block("planted", 1, "cpp", "SFtpSession client;\n")
+    expect("how SFtpClient takes the place", run_readme(Place(setup, pathlib.Path(folder) / "readme"), unsaid))
     print("\n".join(missed))
     return 1 if missed else 0
 

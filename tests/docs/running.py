@@ -43,6 +43,7 @@ class Place:
 
     def run_against_server(self, command):
         """Runs a program that was built for it, and looks whether it logged in."""
+        shutil.rmtree(self.folder / "server", ignore_errors=True)
         with Server(self.setup["server"], self.folder / "server", "implicit") as server:
             shutil.copy(server.ca, self.work / "ca.pem")
             # The program has the host and the port of the document; the loader gives it these.
@@ -71,23 +72,55 @@ def is_program(block):
     return re.search(r"^int main\(", block.text, re.MULTILINE) is not None
 
 
-def run_program(place, block, blocks, readme):
-    """Compiles and runs a program; host services without one with the README's program."""
-    write_files(place, blocks)
-    (place.work / "block.cpp").write_text(for_this_server(block.text))
-    sources, packages = ["block.cpp"], ["sftpclient-host", "libcurl"]
-    if "<SFtpSession.h>" in block.text:
-        packages.append("sftpclient-session")
-    if not is_program(block):
-        (place.work / "readme.cpp").write_text(for_this_server(readme.text))
-        sources, packages = ["readme.cpp", "block.cpp"], ["sftpclient", "libcurl"]
+def with_the_core(readme):
+    """The README's program as its comments say that it is written with SFtpClient."""
+    text = readme.text.replace("<SFtpSession.h> // or <SFtpClient.h>", "<SFtpClient.h>")
+    return text.replace("SFtpSession client; // or SFtpClient", "SFtpClient client;")
+
+
+def with_own_services(text):
+    """The program without the library of ready services, of which it takes libcurl's initialisation."""
+    text = text.replace("<CurlProcess.h>", "<curl/curl.h>")
+    return text.replace("const CurlProcess curl;", "curl_global_init(CURL_GLOBAL_DEFAULT);")
+
+
+def compile_and_run(place, block, sources, packages, record):
+    """A program of these files must run well against the test server, and write this record, if any."""
     status, said = place.run([place.setup["compiler"], "-std=c++17", "-O0", "-Wall", "-Wextra", "-Werror", *sources,
                               "-o", "block", *place.flags(*packages)])
     if not status:
         status, said = place.run_against_server(["./block"])
-    if not status and not is_program(block) and "DownLoadSFtpFile():end" not in said:
-        status = "no record"
+    if not status and record not in said:
+        status = f"no record {record}"
     return [f"{block}: {status}\n{said}"] if status else []
+
+
+def run_readme(place, block):
+    """Runs the README's program with both classes."""
+    core = with_the_core(block)
+    if "SFtpSession" not in block.text or "SFtpSession" in core:
+        return [f"{block}: it does not say how SFtpClient takes the place of SFtpSession"]
+    wrong = []
+    for text, record in ((block.text, "SFtpSession::DownLoadSFtpFile()"), (core, "DownLoadSFtpFile():end")):
+        (place.work / "block.cpp").write_text(for_this_server(text))
+        wrong += compile_and_run(place, block, ["block.cpp"], ["sftpclient-host", "sftpclient-session"], record)
+    return wrong
+
+
+def run_program(place, block, blocks, readme):
+    """Compiles and runs a program; host services without one with the README's program."""
+    if block == readme:
+        return run_readme(place, block)
+    write_files(place, blocks)
+    (place.work / "block.cpp").write_text(for_this_server(block.text))
+    if is_program(block):
+        packages = ["sftpclient-host", "libcurl"]
+        if "<SFtpSession.h>" in block.text:
+            packages.append("sftpclient-session")
+        return compile_and_run(place, block, ["block.cpp"], packages, "")
+    (place.work / "readme.cpp").write_text(for_this_server(with_own_services(with_the_core(readme))))
+    return compile_and_run(place, block, ["readme.cpp", "block.cpp"], ["sftpclient", "libcurl"],
+                           "DownLoadSFtpFile():end")
 
 
 def build_project(place, block, blocks, readme):

@@ -1,0 +1,227 @@
+// Backs up a folder: four threads send its files over the connections of one session. Ctrl-C ends it with status 130
+// and removes the temporary files of the uploads that it interrupts; a second Ctrl-C ends it at once.
+//
+//     g++ -std=c++17 backup_host.cpp $(pkg-config --cflags --libs sftpclient-host sftpclient-session) -o backup-host
+//     HOST_PASSWORD=... backup-host settings.ini ca.pem photos ftp://backup.example.com/photos/
+//
+// Let section Log of settings.ini name a file: standard error shows the progress.
+
+#include <CurlProcess.h>
+#include <HostConfiguration.h>
+#include <HostLog.h>
+#include <SFtpSession.h>
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <cstdint>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <iostream>
+#include <iterator>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr unsigned kThreads = 4;
+constexpr int kInterrupted = 130; // 128 and SIGINT, as shells report it
+
+std::atomic<SFtpSession*> sessionToCancel = nullptr;
+
+void onCtrlC(int /*signal*/)
+{
+    std::signal(SIGINT, SIG_DFL);
+    if (SFtpSession* const session = sessionToCancel) {
+        session->Cancel();
+    }
+}
+
+std::string percentEncoded(const std::string& path)
+{
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    const std::string plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+    std::string encoded;
+    for (const char letter : path) {
+        const auto byte = static_cast<unsigned char>(letter);
+        encoded += plain.find(letter) != std::string::npos ? std::string(1, letter)
+                                                           : std::string{'%', kDigits[byte >> 4U], kDigits[byte & 15U]};
+    }
+    return encoded;
+}
+
+std::vector<fs::path> filesBelow(const fs::path& folder)
+{
+    std::vector<fs::path> files;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
+        if (fs::is_regular_file(entry.symlink_status())) {
+            files.push_back(fs::relative(entry.path(), folder));
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+class Backup
+{
+public:
+    /// `server`: the login, and the URL of the directory to back up to.
+    Backup(SFtpRequest server, fs::path folder)
+        : m_server(std::move(server)), m_folder(std::move(folder)), m_files(filesBelow(m_folder)),
+          m_session(optionsWithProgress())
+    {
+        for (const fs::path& file : m_files) {
+            m_totalBytes += static_cast<std::int64_t>(fs::file_size(m_folder / file));
+        }
+    }
+
+    /// The exit status.
+    int run()
+    {
+        sessionToCancel = &m_session;
+        std::signal(SIGINT, onCtrlC);
+        std::vector<std::future<void>> threads;
+        for (unsigned i = 0; i < kThreads; ++i) {
+            threads.push_back(std::async(std::launch::async, [this] { sendFiles(); }));
+        }
+        for (std::future<void>& thread : threads) {
+            thread.get();
+        }
+        sessionToCancel = nullptr;
+        m_isSending = false;
+        std::cerr << "\n";
+        if (m_interrupted.empty()) {
+            return m_failed == 0 ? 0 : 1;
+        }
+        m_session.ClearCancel();
+        std::for_each(m_interrupted.begin(), m_interrupted.end(),
+                      [this](const fs::path& file) { removeTemporaryFiles(file); });
+        std::cerr << "backup-host: interrupted\n";
+        return kInterrupted;
+    }
+
+private:
+    SessionOptions optionsWithProgress()
+    {
+        SessionOptions options;
+        options.maxConnections = kThreads;
+        options.progress = [this](const TransferProgress& now) { showProgress(now.bytes); };
+        return options;
+    }
+
+    void sendFiles()
+    {
+        for (std::size_t i = m_next++; i < m_files.size(); i = m_next++) {
+            SFtpRequest request = m_server;
+            request.remotePath += percentEncoded(m_files[i].generic_string());
+            request.localPath = (m_folder / m_files[i]).string();
+            bytesOfThisFile = 0;
+            std::string errorText;
+            const int result = m_session.UploadFileToSFtpServer(request, errorText);
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            if (result == kCancelled) {
+                m_interrupted.push_back(m_files[i]);
+                return;
+            }
+            if (result != 0) {
+                ++m_failed;
+                std::cerr << "\nbackup-host: " << request.localPath << ": " << result << " " << errorText << "\n";
+            }
+        }
+    }
+
+    // Called on the thread that sends the file, and for the listings at the end.
+    void showProgress(std::int64_t bytes)
+    {
+        if (!m_isSending) {
+            return;
+        }
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_sentBytes += bytes - bytesOfThisFile;
+        bytesOfThisFile = bytes;
+        std::cerr << "\r" << m_sentBytes << " of " << m_totalBytes << " bytes" << std::flush;
+    }
+
+    // The connection on which a call was cancelled is gone, and so the session could not do it.
+    void removeTemporaryFiles(const fs::path& file)
+    {
+        SFtpRequest request = m_server;
+        request.remotePath += percentEncoded((file.parent_path() / "").generic_string());
+        std::vector<RemoteEntry> entries;
+        std::string errorText;
+        int result = m_session.ListEntries(request, entries, errorText);
+        const std::string begin = "." + file.filename().string() + ".";
+        for (const RemoteEntry& entry : entries) {
+            if (entry.name.rfind(begin, 0) == 0 && fs::path(entry.name).extension() == ".part") {
+                request.remoteFileName = entry.name;
+                result = m_session.DelSFtpFile(request, errorText);
+            }
+        }
+        if (result != 0) {
+            std::cerr << "backup-host: temporary files may remain in " << request.remotePath << ": " << result << " "
+                      << errorText << "\n";
+        }
+    }
+
+    static constexpr int kCancelled = 42; // CURLE_ABORTED_BY_CALLBACK
+    static thread_local std::int64_t bytesOfThisFile;
+
+    const SFtpRequest m_server;
+    const fs::path m_folder;
+    const std::vector<fs::path> m_files;
+    std::atomic<std::size_t> m_next = 0;
+    std::atomic<bool> m_isSending = true;
+    SFtpSession m_session;
+
+    std::mutex m_mutex; // for all that follows, and standard error
+    std::int64_t m_totalBytes = 0;
+    std::int64_t m_sentBytes = 0;
+    std::size_t m_failed = 0;
+    std::vector<fs::path> m_interrupted;
+};
+
+thread_local std::int64_t Backup::bytesOfThisFile = 0;
+
+std::string contentOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        throw std::runtime_error(path + " cannot be read.");
+    }
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+try {
+    const char* const password = std::getenv("HOST_PASSWORD");
+    if (argc != 5 || password == nullptr) {
+        std::cerr << "usage: HOST_PASSWORD=... backup-host INI-FILE CA-FILE FOLDER URL\n";
+        return 2;
+    }
+    HostConfiguration::instance().load(argv[1]);
+    HostLog::instance().apply(logSettingsFrom(*HostConfiguration::instance().values()));
+    const CurlProcess curl; // before the first thread that uses the library, until after the last
+
+    SFtpRequest server;
+    server.caCert = contentOf(argv[2]);
+    server.remotePath = argv[4];
+    if (server.remotePath.back() != '/') {
+        server.remotePath += "/";
+    }
+    server.userName = "backup";
+    server.password = password;
+    return Backup(server, argv[3]).run();
+} catch (const std::exception& error) {
+    std::cerr << "backup-host: " << error.what() << "\n";
+    return 1;
+}

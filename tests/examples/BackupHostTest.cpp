@@ -1,0 +1,199 @@
+// The example that backs up a folder with a session, run as a newcomer runs it, against the test server.
+#include "support/Process.h"
+#include "support/ServerFixture.h"
+
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <filesystem>
+#include <map>
+#include <stdexcept>
+#include <system_error>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kThreads = 4;
+
+/// Waits for files to be made in a folder.
+class NewFiles
+{
+public:
+    explicit NewFiles(const std::string& folder) : m_watch(inotify_init1(IN_CLOEXEC))
+    {
+        if (inotify_add_watch(m_watch, folder.c_str(), IN_CREATE) < 0) {
+            throw std::system_error(errno, std::generic_category(), folder);
+        }
+    }
+    ~NewFiles() { close(m_watch); }
+    NewFiles(const NewFiles&) = delete;
+    NewFiles& operator=(const NewFiles&) = delete;
+
+    void waitFor(int count) const
+    {
+        alignas(inotify_event) std::array<char, 4096> bytes = {};
+        while (count > 0) {
+            const ssize_t got = read(m_watch, bytes.data(), bytes.size());
+            if (got <= 0) {
+                throw std::system_error(errno, std::generic_category(), "inotify");
+            }
+            for (ssize_t at = 0; at < got; --count) {
+                at += static_cast<ssize_t>(sizeof(inotify_event)) +
+                      reinterpret_cast<const inotify_event*>(bytes.data() + at)->len;
+            }
+        }
+    }
+
+private:
+    int m_watch;
+};
+
+/// A folder to back up, and a server that demands TLS at login.
+class BackupHost : public ServerFixture
+{
+protected:
+    BackupHost()
+    {
+        config.tlsRequiredAtLogin = true;
+        config.tlsReuseRequired = true;
+        fs::create_directory(folder.file("photos"));
+    }
+
+    void add(const std::string& name, const std::string& content)
+    {
+        const fs::path path = folder.file("photos/" + name);
+        fs::create_directories(path.parent_path());
+        writeFile(path, content);
+        m_files[name] = content;
+    }
+
+    /// More than fits between the client and a server that does not read.
+    void addLarge(const std::string& name)
+    {
+        add(name, "");
+        fs::resize_file(folder.file("photos/" + name), 64 << 20);
+    }
+
+    ProcessSetup setup()
+    {
+        const std::string ini = folder.write("host.ini", "[Log]\nTarget=" + folder.file("host.log") + "\n");
+        const std::string ca = folder.write("ca.pem", authority.certificatePem());
+        const std::string url = "ftp://localhost:" + std::to_string(server->port()) + "/photos";
+        ProcessSetup setup{{BACKUP_HOST, ini, ca, folder.file("photos"), url}};
+        setup.environment = {{"HOST_PASSWORD", config.password}};
+        setup.out = folder.write("out", "");
+        setup.err = folder.write("err", "");
+        return setup;
+    }
+
+    int backUp() { return Process(setup()).wait(); }
+
+    /// What it shows of the progress last, and what it says besides.
+    std::string lastShown() const
+    {
+        const std::string shown = contentOf(folder.file("err"));
+        return shown.substr(shown.rfind('\r') + 1);
+    }
+
+    /// The files on the server below photos/, with their contents.
+    std::map<std::string, std::string> arrived() const
+    {
+        std::map<std::string, std::string> files;
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(served("photos"))) {
+            if (entry.is_regular_file()) {
+                files[fs::relative(entry.path(), served("photos"))] = contentOf(entry.path());
+            }
+        }
+        return files;
+    }
+
+    std::map<std::string, std::string> m_files;
+};
+
+} // namespace
+
+TEST_F(BackupHost, SendsAllFilesOverAConnectionForEachThread)
+{
+    for (int i = 0; i < 20; ++i) {
+        add(std::to_string(i) + ".bak", std::string(1000, static_cast<char>('a' + i)));
+    }
+    add("the sea/one & only.bak", "deep");
+    add("the sea/far/100%.bak", "deeper");
+    add("empty.bak", "");
+    // Each session's first file waits for the others.
+    misbehave("STOR#1=meet:" + std::to_string(kThreads));
+    serve();
+    EXPECT_EQ(0, backUp()) << contentOf(folder.file("err"));
+    EXPECT_EQ("20010 of 20010 bytes\n", lastShown());
+    EXPECT_EQ("", contentOf(folder.file("out")));
+    EXPECT_EQ(m_files, arrived());
+    EXPECT_EQ(kThreads, static_cast<int>(sessions().size()));
+}
+
+TEST_F(BackupHost, SaysWhichFileFailsAndSendsTheOthers)
+{
+    add("a.bak", "one");
+    add("b.bak", "two");
+    add("c.bak", "three");
+    fs::create_directories(served("photos/b.bak/in the way"));
+    serve();
+    EXPECT_EQ(1, backUp());
+    const std::string said = contentOf(folder.file("err"));
+    const std::string complaint = "\nbackup-host: " + folder.file("photos/b.bak") + ": 21 Quote command returned error";
+    EXPECT_NE(std::string::npos, said.find(complaint)) << said;
+    EXPECT_EQ((std::map<std::string, std::string>{{"a.bak", "one"}, {"c.bak", "three"}}), arrived());
+}
+
+TEST_F(BackupHost, CtrlCEndsItAndLeavesNoTemporaryFile)
+{
+    for (int i = 0; i < 2 * kThreads; ++i) {
+        addLarge(std::to_string(i) + ".bak");
+    }
+    fs::create_directory(served("photos"));
+    for (int i = 1; i <= kThreads; ++i) {
+        misbehave(std::to_string(i) + "/DATA=stall-after:1000");
+    }
+    serve();
+    const NewFiles temporaryFiles(served("photos"));
+    Process process(setup());
+    temporaryFiles.waitFor(kThreads);
+    process.signal(SIGINT);
+    EXPECT_EQ(130, process.wait());
+    EXPECT_EQ(0U, arrived().size());
+    const std::string ending = "\nbackup-host: interrupted\n";
+    const std::string said = contentOf(folder.file("err"));
+    ASSERT_LT(ending.size(), said.size());
+    EXPECT_EQ(ending, said.substr(said.size() - ending.size()));
+}
+
+TEST_F(BackupHost, SaysWhereTemporaryFilesMayRemain)
+{
+    for (int i = 0; i < kThreads; ++i) {
+        addLarge(std::to_string(i) + ".bak");
+        misbehave(std::to_string(i + 1) + "/DATA=stall-after:1000");
+    }
+    fs::create_directory(served("photos"));
+    misbehave("DELE=reply:550 not allowed");
+    serve();
+    const NewFiles temporaryFiles(served("photos"));
+    Process process(setup());
+    temporaryFiles.waitFor(kThreads);
+    process.signal(SIGINT);
+    EXPECT_EQ(130, process.wait());
+    EXPECT_EQ(4U, arrived().size());
+    const std::string said = contentOf(folder.file("err"));
+    EXPECT_NE(std::string::npos, said.find("\nbackup-host: temporary files may remain in ftp://localhost:" +
+                                           std::to_string(server->port()) + "/photos/: 21 "))
+        << said;
+}
+
+TEST_F(BackupHost, TellsHowItIsUsed)
+{
+    ProcessSetup bare{{BACKUP_HOST}};
+    bare.err = folder.write("err", "");
+    EXPECT_EQ(2, Process(bare).wait());
+    EXPECT_EQ("usage: HOST_PASSWORD=... backup-host INI-FILE CA-FILE FOLDER URL\n", contentOf(bare.err));
+}
