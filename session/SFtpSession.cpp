@@ -1,10 +1,9 @@
 #include "SFtpSession.h"
 
 #include "Access.h"
-#include "ArrivingFile.h"
 #include "Call.h"
 #include "Failure.h"
-#include "LeavingFile.h"
+#include "LocalFiles.h"
 #include "Operations.h"
 #include "OptionsCheck.h"
 #include "Pool.h"
@@ -187,11 +186,7 @@ int SFtpSession::Listsftpdir(const SFtpRequest& request, std::string& errorText)
 int SFtpSession::DownLoadSFtpFile(const SFtpRequest& request, std::string& errorText)
 {
     return m_engine->call("DownLoadSFtpFile", request, errorText, [&](const Work& work) {
-        ArrivingFile file(request.localPath);
-        download(
-            work, [&file](const char* bytes, std::size_t count) { return file.write(bytes, count); },
-            sizeLimitOf(request.localPath));
-        file.takePlace();
+        downloadFile(work, request.localPath, sizeLimitOf(request.localPath));
     });
 }
 
@@ -207,11 +202,8 @@ int SFtpSession::DelSFtpFile(const SFtpRequest& request, std::string& errorText)
 
 int SFtpSession::UploadFileToSFtpServer(const SFtpRequest& request, std::string& errorText)
 {
-    return m_engine->call("UploadFileToSFtpServer", request, errorText, [&](const Work& work) {
-        const LeavingFile file(request.localPath);
-        upload(
-            work, [&file](char* bytes, std::size_t count) { return file.read(bytes, count); }, file.size());
-    });
+    return m_engine->call("UploadFileToSFtpServer", request, errorText,
+                          [&](const Work& work) { uploadFile(work, request.localPath); });
 }
 
 int SFtpSession::TestSConnect(const SFtpRequest& request, std::string& errorText)

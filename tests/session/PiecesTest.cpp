@@ -1,8 +1,8 @@
 // The small pieces of a session, one at a time.
-#include <ArrivingFile.h>
 #include <Digest.h>
 #include <Failure.h>
 #include <LineSplitter.h>
+#include <LocalFiles.h>
 #include <OptionsCheck.h>
 #include <Replies.h>
 #include <Target.h>
