@@ -3,20 +3,25 @@
 #include "Text.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace session {
 
 namespace {
+
+constexpr std::chrono::milliseconds kLook(20);
 
 // A link's own place would be taken, not that of what it leads to.
 std::string withoutLinks(const std::string& path)
@@ -62,10 +67,10 @@ Descriptor::~Descriptor()
     }
 }
 
-ArrivingFile::ArrivingFile(const std::string& path) : ArrivingFile(path, std::string()) {}
+ArrivingFile::ArrivingFile(const std::string& path, const Call& call) : ArrivingFile(path, call, std::string()) {}
 
-ArrivingFile::ArrivingFile(const std::string& path, const std::string& version)
-    : m_asked(path), m_path(withoutLinks(path))
+ArrivingFile::ArrivingFile(const std::string& path, const Call& call, const std::string& version)
+    : m_call(call), m_asked(path), m_path(withoutLinks(path))
 {
     struct stat there = {};
     const bool exists = stat(m_path.c_str(), &there) == 0;
@@ -73,7 +78,7 @@ ArrivingFile::ArrivingFile(const std::string& path, const std::string& version)
         fail("written", EISDIR);
     }
     if (exists && !S_ISREG(there.st_mode)) {
-        m_descriptor = Descriptor(open(m_path.c_str(), O_WRONLY | O_CLOEXEC));
+        openPipe();
     } else if (exists && access(m_path.c_str(), W_OK) != 0) {
         fail("written", errno);
     } else if (version.empty() || !openKept(version)) {
@@ -111,6 +116,24 @@ void ArrivingFile::openNew()
     for (unsigned i = 0; !m_descriptor.isOpen() && (i == 0 || errno == EEXIST); ++i) {
         m_temporary = beside(std::to_string(getpid()) + "." + std::to_string(i) + ".part");
         m_descriptor = Descriptor(open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    }
+}
+
+// The other end can keep it waiting, but not beyond the call's end.
+void ArrivingFile::openPipe()
+{
+    m_descriptor = Descriptor(open(m_path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
+    while (!m_descriptor.isOpen() && errno == ENXIO) {
+        requireCall();
+        std::this_thread::sleep_for(kLook);
+        m_descriptor = Descriptor(open(m_path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
+    }
+}
+
+void ArrivingFile::requireCall() const
+{
+    if (const CURLcode verdict = m_call.verdict()) {
+        throw refusal(verdict, m_call.reason() + " while nobody read from localPath " + m_asked);
     }
 }
 
@@ -157,7 +180,11 @@ bool ArrivingFile::write(const char* bytes, std::size_t count)
     while (count > 0) {
         const ssize_t written = m_temporary.empty() ? ::write(m_descriptor.get(), bytes, count)
                                                     : ::pwrite(m_descriptor.get(), bytes, count, m_size);
-        if (written < 0 && errno != EINTR) {
+        if (written < 0 && errno == EAGAIN) {
+            requireCall();
+            pollfd room = {m_descriptor.get(), POLLOUT, 0};
+            poll(&room, 1, static_cast<int>(kLook.count()));
+        } else if (written < 0 && errno != EINTR) {
             fail("written", errno);
         }
         if (written > 0) {

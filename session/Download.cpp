@@ -92,7 +92,7 @@ void resume(const Work& work, const std::string& localPath, std::int64_t limit)
     if (there->size >= limit) {
         throw tooLarge(limit);
     }
-    ArrivingFile file(localPath, there->size < 0 ? std::string() : versionOf(work, *there));
+    ArrivingFile file(localPath, work.call, there->size < 0 ? std::string() : versionOf(work, *there));
     if (file.size() == 0 || file.size() > there->size || !goOn(work, file, there->size)) {
         file.startOver();
         download(work, sinkOf(file), limit);
@@ -132,7 +132,7 @@ void downloadFile(const Work& work, const std::string& localPath, std::int64_t l
         resume(work, localPath, limit);
         return;
     }
-    ArrivingFile file(localPath);
+    ArrivingFile file(localPath, work.call);
     download(work, sinkOf(file), limit);
     file.takePlace();
 }

@@ -1,6 +1,8 @@
 #ifndef SFTPCLIENT_SESSION_LOCALFILES_H
 #define SFTPCLIENT_SESSION_LOCALFILES_H
 
+#include "Call.h"
+
 #include <sys/stat.h>
 
 #include <cstddef>
@@ -31,12 +33,13 @@ private:
 class ArrivingFile
 {
 public:
-    /// Throws `Failure` (23) where it cannot be written.
-    explicit ArrivingFile(const std::string& path);
+    /// Throws `Failure` (23) where it cannot be written, and when the call must end while nobody reads from a pipe.
+    /// REQUIRES: the call outlives this object.
+    ArrivingFile(const std::string& path, const Call& call);
 
     /// The same, but what is written is kept when it does not take its place, and found again by the next object of
     /// the same path and version (some letters). While one such object lives, others begin anew.
-    ArrivingFile(const std::string& path, const std::string& version);
+    ArrivingFile(const std::string& path, const Call& call, const std::string& version);
 
     /// Removes what has not taken its place, unless it is kept.
     ~ArrivingFile();
@@ -59,9 +62,12 @@ public:
 private:
     bool openKept(const std::string& version);
     void openNew();
+    void openPipe();
+    void requireCall() const;
     std::string beside(const std::string& middle) const;
     [[noreturn]] void fail(const std::string& what, int error);
 
+    const Call& m_call;
     std::string m_asked;     // the request's path
     std::string m_path;      // of the file itself, where the request's is a link
     std::string m_temporary; // empty: there is none
