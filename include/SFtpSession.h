@@ -47,10 +47,12 @@ enum class EntryKind
 /// What is in a directory on the server. Names are the server's: check them before they become local paths.
 struct RemoteEntry
 {
-    std::string name;                                              ///< within its directory
-    EntryKind kind = EntryKind::Other;                             ///< what it is
-    std::int64_t size = -1;                                        ///< in bytes; -1: unknown
-    std::optional<std::chrono::system_clock::time_point> modified; ///< where the server reports it in UTC
+    std::string name;                  ///< within its directory
+    EntryKind kind = EntryKind::Other; ///< what it is
+    std::int64_t size = -1;            ///< in bytes; -1: unknown
+    /// Where the server reports it in UTC: always in a file's `StatEntry`, unless the server knows none of MLST and
+    /// MDTM; in `ListEntries` where it knows MLSD. Other listings are in a time zone that nobody tells.
+    std::optional<std::chrono::system_clock::time_point> modified;
 };
 
 /// Takes `size` bytes of a download; false ends it, with 23.
@@ -76,11 +78,11 @@ struct SessionOptions
     bool acceptUnknownHostKey =
         false; ///< SSH: go on where nothing is known of the host; a changed key is refused still
 
-    std::string proxy; ///< a URL; empty: none, whatever the environment says
+    std::string proxy; ///< a URL; empty: none, whatever the environment says. A proxy for HTTP must allow CONNECT
 
     // Limits; 0: none.
-    std::chrono::milliseconds connectTimeout{20000}; ///< up to the end of the login
-    std::chrono::milliseconds replyTimeout{60000};   ///< for each reply; counted in whole seconds, rounded up
+    std::chrono::milliseconds connectTimeout{20000}; ///< up to the end of the login, and for each data connection
+    std::chrono::milliseconds replyTimeout{60000};   ///< for each reply
     std::chrono::milliseconds stallTimeout{60000};   ///< how long a transfer may go without a byte
     std::chrono::milliseconds callTimeout{0};        ///< for a call as a whole
     std::uint64_t sendRate = 0;                      ///< bytes a second
@@ -88,6 +90,9 @@ struct SessionOptions
 
     bool atomicUpload = true; ///< under a temporary name beside the target, renamed when it is whole
     bool verifyUpload = true; ///< compare the size on the server
+    /// Files only: what a broken transfer has moved stays, and the next call for the same file goes on from there, if
+    /// the last 64 KiB agree; else from the start. See "Resuming" below.
+    bool resume = false;
 
     std::chrono::milliseconds idleTimeout{60000}; ///< how long an idle connection may be used again
     unsigned maxConnections = 8;                  ///< to one server at a time; further calls wait
@@ -112,7 +117,8 @@ struct SessionOptions
 /// to the caller.
 ///
 /// Refused before anything is sent: a URL that cannot be read (3), another scheme than ftp, ftps and sftp (1), a port
-/// above 65535 (3), and control bytes in the URL, a name, the user or the password (43).
+/// above 65535 (3), and control bytes in the URL, a name, the user or the password (43). All of a URL behind the host
+/// is a path: "?", "#" and ";" are bytes of a name.
 ///
 /// Threads: any number may use one session at the same time. Each call has a connection to itself, an idle one of the
 /// same server, login, trust and options where there is one.
@@ -120,6 +126,13 @@ struct SessionOptions
 /// Kept connections: closed by the session's destructor, and at the next call after `idleTimeout`. libcurl keeps the
 /// login of a connection in memory as long as the connection lives; the session makes no
 /// copy of its own.
+///
+/// Resuming: with `SessionOptions::resume`, UploadFileToSFtpServer and DownLoadSFtpFile leave the temporary file of a
+/// failure where it is, and find it again: its name has digits that are made of both ends' names and of the file's size
+/// and time of modification, so that a file that has changed begins anew under another name. Who gives up for good
+/// removes what is left, ".NAME.DIGITS.part". Of several calls for one file at a time, one resumes; an upload holds a
+/// lock (flock) on the local file for that. Without effect where `atomicUpload` is false, and for DownLoadTo and
+/// UploadFrom, whose bytes cannot be had a second time.
 ///
 /// Signals: SIGPIPE cannot come from a call. The thread's signal mask, errno and OpenSSL's queue of errors are as
 /// before when a call returns.
@@ -155,7 +168,8 @@ public:
 
     /// Sends the regular file `localPath` to `remotePath`, creating missing directories. 26 where the local file cannot
     /// be read, 18 where the server has another number of bytes afterwards. A failure removes the temporary file from
-    /// the server as long as the connection lasts.
+    /// the server as long as the connection lasts. A server that does not rename over an existing file has it renamed
+    /// away first and deleted last; where that breaks off, `errorText` names what is left.
     int UploadFileToSFtpServer(const SFtpRequest& request, std::string& errorText) override;
 
     /// Connects and logs in, and enters the directory of `remotePath`; no data connection is made.
@@ -174,7 +188,7 @@ public:
     int RemoveSFtpDir(const SFtpRequest& request, std::string& errorText);
 
     /// Hands the file `remotePath` to `sink`, in order. `localPath` is not used. What `sink` has got when the download
-    /// fails is the beginning of the file.
+    /// fails is the beginning of the file. 63 where the file is as large as 53687091200 bytes.
     int DownLoadTo(const SFtpRequest& request, const DataSink& sink, std::string& errorText);
     /// The same into a stream; 23 where it takes no more.
     int DownLoadTo(const SFtpRequest& request, std::ostream& out, std::string& errorText);
@@ -183,11 +197,11 @@ public:
     /// be, -1 where that is not known; 26 where there are fewer or more.
     int UploadFrom(const SFtpRequest& request, const DataSource& source, std::string& errorText,
                    std::int64_t size = -1);
-    /// The same from a stream, up to its end.
+    /// The same from a stream, up to its end; 26 where it cannot be read.
     int UploadFrom(const SFtpRequest& request, std::istream& in, std::string& errorText, std::int64_t size = -1);
 
     /// Ends every call that runs or waits, and every one that comes later, with 42. From any thread, or from a signal
-    /// handler.
+    /// handler. What a call has completed by then stays, with 0.
     void Cancel() noexcept;
 
     /// Lets calls run again.

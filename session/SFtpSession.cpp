@@ -1,20 +1,23 @@
 #include "SFtpSession.h"
 
 #include "Access.h"
-#include "ArrivingFile.h"
 #include "Call.h"
 #include "Failure.h"
-#include "LeavingFile.h"
+#include "LocalFiles.h"
 #include "Operations.h"
 #include "OptionsCheck.h"
 #include "Pool.h"
-#include "Record.h"
 #include "StopSwitch.h"
 #include "Text.h"
 #include "ThreadState.h"
 
+#include <LogProxy.h>
+#include <transfer/WipeString.h>
+
 #include <istream>
+#include <mutex>
 #include <ostream>
+#include <set>
 #include <utility>
 
 using namespace session;
@@ -29,6 +32,58 @@ std::int64_t sizeLimitOf(const std::string& localPath)
 {
     return localPath.substr(localPath.rfind('/') + 1) == "RetentionDB.db" ? kRetentionDatabaseLimit : kFileLimit;
 }
+
+/// Levels of a record, as the library's.
+constexpr int kLogEnd = 2;
+constexpr int kLogFailure = 4;
+
+/// Writes one record of the calling thread's request; like the library's, its text begins with a 0.
+void record(int level, const char* function, unsigned int line, const std::string& text)
+{
+    LogProxy(level, "SFtpSession", TSP_RequestID.get(), std::string("SFtpSession::") + function + "()", line)
+        << 0 << text;
+}
+
+void requireFunction(const char* name, bool isThere)
+{
+    if (!isThere) {
+        throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, std::string(name) + " is empty");
+    }
+}
+
+/// The options, whose secrets do not stay in memory that is given back.
+struct Options : SessionOptions
+{
+    explicit Options(SessionOptions&& options) : SessionOptions(std::move(options)) {}
+    ~Options()
+    {
+        sftpWipeString(clientKey);
+        sftpWipeString(proxy);
+    }
+    Options(const Options&) = delete;
+    Options& operator=(const Options&) = delete;
+};
+
+/// Servers of which something is known, for all threads.
+class ServerSet
+{
+public:
+    void add(const std::string& server)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_servers.insert(server);
+    }
+
+    bool holds(const std::string& server) const
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_servers.count(server) > 0;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    std::set<std::string> m_servers;
+};
 
 // What becomes of a connection that had been kept and was found dead: the server has carried nothing out.
 bool diedWhileKept(const Connection& connection, const Call& call, CURLcode code)
@@ -45,28 +100,41 @@ bool diedWhileKept(const Connection& connection, const Call& call, CURLcode code
 class SFtpSession::Engine
 {
 public:
-    explicit Engine(SessionOptions options)
+    explicit Engine(SessionOptions&& options)
         : m_options(std::move(options)), m_pool(m_options.maxConnections, m_options.idleTimeout, m_stop)
     {
         checkOptions(m_options);
     }
+
+    // Closing connections is libcurl's and OpenSSL's work as well.
+    ~Engine()
+    {
+        try {
+            const ThreadState left;
+            m_pool.clear();
+        } catch (const std::bad_alloc&) { // they are closed all the same
+        }
+    }
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
 
     /// Runs one operation over a connection of its own, and makes a result and a record of its end.
     template <typename Operation>
     int call(const char* function, const SFtpRequest& request, std::string& errorText, const Operation& operation)
     {
         const ThreadState left;
-        const std::string name = std::string("SFtpSession::") + function + "()";
         try {
             run(request, operation);
         } catch (const Failure& failure) {
             errorText = failure.what();
-            record(kLogFailure, name, __LINE__,
-                   shown(request.remotePath, request.password) + ": " + std::to_string(failure.code()) + " " +
-                       failure.what());
+            record(kLogFailure, function, __LINE__,
+                   shownUrl(request) + ": " + std::to_string(failure.code()) + " " + failure.what());
             return failure.code();
+        } catch (...) {
+            record(kLogFailure, function, __LINE__, shownUrl(request) + ": ended by an exception");
+            throw;
         }
-        record(kLogEnd, name, __LINE__, shown(request.remotePath, request.password) + ": end");
+        record(kLogEnd, function, __LINE__, shownUrl(request) + ": end");
         return 0;
     }
 
@@ -92,7 +160,8 @@ private:
     {
         const std::unique_ptr<Pool::Lease> lease = m_pool.take(access.identity(), call, fresh);
         Connection& connection = lease->connection();
-        const bool kept = connection.isKept();
+        connection.newestTls = m_newestTlsOnly.holds(access.identity().server);
+        const bool kept = connection.isOpen();
         try {
             try {
                 operation(Work{connection, access, call});
@@ -100,6 +169,7 @@ private:
                 if (connection.newestTls || !refusesTls12(connection, failure)) {
                     throw;
                 }
+                m_newestTlsOnly.add(access.identity().server);
                 connection.newestTls = true;
                 operation(Work{connection, access, call});
             }
@@ -120,7 +190,8 @@ private:
                connection.detail().find("protocol version") != std::string::npos;
     }
 
-    const SessionOptions m_options;
+    const Options m_options;
+    ServerSet m_newestTlsOnly; // they refused TLS 1.2
     StopSwitch m_stop;
     Pool m_pool;
 };
@@ -132,7 +203,7 @@ SFtpSession::~SFtpSession() = default;
 int SFtpSession::Listsftpdir(const SFtpRequest& request, std::string& errorText)
 {
     return m_engine->call("Listsftpdir", request, errorText, [&](const Work& work) {
-        ArrivingFile file(request.localPath);
+        ArrivingFile file(request.localPath, work.call);
         listNames(work, [&file](const char* bytes, std::size_t count) { return file.write(bytes, count); });
         file.takePlace();
     });
@@ -141,11 +212,7 @@ int SFtpSession::Listsftpdir(const SFtpRequest& request, std::string& errorText)
 int SFtpSession::DownLoadSFtpFile(const SFtpRequest& request, std::string& errorText)
 {
     return m_engine->call("DownLoadSFtpFile", request, errorText, [&](const Work& work) {
-        ArrivingFile file(request.localPath);
-        download(
-            work, [&file](const char* bytes, std::size_t count) { return file.write(bytes, count); },
-            sizeLimitOf(request.localPath));
-        file.takePlace();
+        downloadFile(work, request.localPath, sizeLimitOf(request.localPath));
     });
 }
 
@@ -161,11 +228,8 @@ int SFtpSession::DelSFtpFile(const SFtpRequest& request, std::string& errorText)
 
 int SFtpSession::UploadFileToSFtpServer(const SFtpRequest& request, std::string& errorText)
 {
-    return m_engine->call("UploadFileToSFtpServer", request, errorText, [&](const Work& work) {
-        const LeavingFile file(request.localPath);
-        upload(
-            work, [&file](char* bytes, std::size_t count) { return file.read(bytes, count); }, file.size());
-    });
+    return m_engine->call("UploadFileToSFtpServer", request, errorText,
+                          [&](const Work& work) { uploadFile(work, request.localPath); });
 }
 
 int SFtpSession::TestSConnect(const SFtpRequest& request, std::string& errorText)
@@ -195,8 +259,10 @@ int SFtpSession::RemoveSFtpDir(const SFtpRequest& request, std::string& errorTex
 
 int SFtpSession::DownLoadTo(const SFtpRequest& request, const DataSink& sink, std::string& errorText)
 {
-    return m_engine->call("DownLoadTo", request, errorText,
-                          [&](const Work& work) { download(work, sink, kFileLimit); });
+    return m_engine->call("DownLoadTo", request, errorText, [&](const Work& work) {
+        requireFunction("sink", sink != nullptr);
+        download(work, sink, kFileLimit);
+    });
 }
 
 int SFtpSession::DownLoadTo(const SFtpRequest& request, std::ostream& out, std::string& errorText)
@@ -212,7 +278,10 @@ int SFtpSession::DownLoadTo(const SFtpRequest& request, std::ostream& out, std::
 int SFtpSession::UploadFrom(const SFtpRequest& request, const DataSource& source, std::string& errorText,
                             std::int64_t size)
 {
-    return m_engine->call("UploadFrom", request, errorText, [&](const Work& work) { upload(work, source, size); });
+    return m_engine->call("UploadFrom", request, errorText, [&](const Work& work) {
+        requireFunction("source", source != nullptr);
+        upload(work, source, size);
+    });
 }
 
 int SFtpSession::UploadFrom(const SFtpRequest& request, std::istream& in, std::string& errorText, std::int64_t size)
@@ -221,6 +290,9 @@ int SFtpSession::UploadFrom(const SFtpRequest& request, std::istream& in, std::s
         request,
         [&in](char* bytes, std::size_t count) {
             in.read(bytes, static_cast<std::streamsize>(count));
+            if (in.bad() || (in.fail() && !in.eof())) {
+                throw refusal(CURLE_READ_ERROR, "the stream cannot be read");
+            }
             return static_cast<std::size_t>(in.gcount());
         },
         errorText, size);
