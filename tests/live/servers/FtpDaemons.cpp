@@ -75,6 +75,11 @@ Start vsftpdTlsAtLogin(const std::string& folder)
     return vsftpd(folder, "force_local_logins_ssl=YES\nforce_local_data_ssl=YES\n");
 }
 
+Start vsftpdAnySession(const std::string& folder)
+{
+    return vsftpd(folder, "force_local_logins_ssl=YES\nforce_local_data_ssl=YES\nrequire_ssl_reuse=NO\n");
+}
+
 Start vsftpdImplicit(const std::string& folder)
 {
     return withTls12(vsftpd(folder, "implicit_ssl=YES\nforce_local_logins_ssl=YES\nforce_local_data_ssl=YES\n"),
@@ -84,6 +89,12 @@ Start vsftpdImplicit(const std::string& folder)
 Start proftpdExplicit(const std::string& folder) { return proftpd(folder, proftpdTls(folder, "TLSRequired off\n")); }
 
 Start proftpdTlsAtLogin(const std::string& folder) { return proftpd(folder, proftpdTls(folder, "TLSRequired on\n")); }
+
+Start proftpdAnySession(const std::string& folder)
+{
+    return proftpd(folder,
+                   proftpdTls(folder, "TLSRequired on\nTLSOptions NoSessionReuseRequired\n") + "AllowOverwrite on\n");
+}
 
 Start proftpdImplicit(const std::string& folder)
 {
