@@ -76,7 +76,7 @@ private:
     template <typename Operation>
     void run(const SFtpRequest& request, const Operation& operation)
     {
-        Access access(request, m_options);
+        Access access(request, m_options, m_certificates);
         Call call(m_options, m_stop);
         if (const CURLcode verdict = call.verdict()) {
             throw refusal(verdict, call.reason());
@@ -121,6 +121,7 @@ private:
     }
 
     const SessionOptions m_options;
+    CertificateReader m_certificates;
     StopSwitch m_stop;
     Pool m_pool;
 };
