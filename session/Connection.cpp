@@ -105,6 +105,8 @@ CURLcode Connection::run(Call& call)
 CURLcode Connection::drive(Call& call)
 {
     Patience patience;
+    bool hasUnreadReply = false;
+    bool watchesReplies = true;
     for (;;) {
         const std::int64_t bytes = call.bytes();
         const auto conversation = std::make_pair(m_replies.lines().size(), m_sockets.size());
@@ -120,13 +122,27 @@ CURLcode Connection::drive(Call& call)
         }
         // After a reply libcurl may have more to do at once, and wait for nothing that it names.
         const bool goesOn = conversation != std::make_pair(m_replies.lines().size(), m_sockets.size());
-        if (goesOn || call.bytes() != bytes) {
+        const bool somethingHappened = goesOn || call.bytes() != bytes;
+        if (somethingHappened) {
             patience.start();
         }
-        curl_waitfd stop = {m_stop.descriptor(), CURL_WAIT_POLLIN, 0};
-        int ready = 0;
-        curl_multi_poll(m_multi.get(), &stop, 1, goesOn ? 0 : patience.next(), &ready);
+        // A reply that libcurl leaves for later would end every wait.
+        watchesReplies = somethingHappened || (watchesReplies && !hasUnreadReply);
+        hasUnreadReply = wait(goesOn ? 0 : patience.next(), watchesReplies);
     }
+}
+
+// Gives whether there is something to read on the control connection, which libcurl 7.88 does not always name.
+bool Connection::wait(int milliseconds, bool watchesReplies)
+{
+    std::array<curl_waitfd, 2> watched = {{{m_stop.descriptor(), CURL_WAIT_POLLIN, 0}, {-1, CURL_WAIT_POLLIN, 0}}};
+    const bool both = watchesReplies && !m_sockets.empty();
+    if (both) {
+        watched[1].fd = m_sockets.front().number;
+    }
+    int ready = 0;
+    curl_multi_poll(m_multi.get(), watched.data(), both ? 2 : 1, milliseconds, &ready);
+    return watched[1].revents != 0;
 }
 
 CURLcode Connection::resultOfTransfer() const

@@ -70,6 +70,7 @@ private:
 
     void shutAll(int how) const;
     CURLcode drive(Call& call);
+    bool wait(int milliseconds, bool watchesReplies);
     CURLcode resultOfTransfer() const;
 
     StopSwitch& m_stop;
