@@ -1,6 +1,5 @@
 #include "Access.h"
 
-#include "Certificates.h"
 #include "Digest.h"
 #include "Failure.h"
 #include "SetOption.h"
@@ -38,13 +37,13 @@ std::string nameOf(Scheme scheme) { return scheme == Scheme::Ftp ? "ftp" : schem
 
 } // namespace
 
-Access::Access(const SFtpRequest& request, const SessionOptions& options)
+Access::Access(const SFtpRequest& request, const SessionOptions& options, CertificateReader& certificates)
     : m_request(request), m_options(options), m_target(request)
 {
     checkTexts(request);
     if (!m_target.isSsh()) {
         m_trustsAnybody = request.caCert == "none" && allowsNone();
-        m_ca = m_trustsAnybody ? std::string() : trustedCertificates(request.caCert);
+        m_ca = m_trustsAnybody ? std::string() : certificates.trusted(request.caCert);
     }
     m_identity.server = nameOf(m_target.scheme()) + "://" + m_target.host() + ":" + std::to_string(m_target.port());
     // The options are the session's, and so the same for all of its connections.

@@ -1,6 +1,7 @@
 #ifndef SFTPCLIENT_SESSION_ACCESS_H
 #define SFTPCLIENT_SESSION_ACCESS_H
 
+#include "Certificates.h"
 #include "Connection.h"
 #include "Pool.h"
 #include "Target.h"
@@ -19,8 +20,8 @@ class Access
 {
 public:
     /// Throws `Failure` where the request cannot be carried out: nothing has been sent then.
-    /// REQUIRES: both outlive this object.
-    Access(const SFtpRequest& request, const SessionOptions& options);
+    /// REQUIRES: request and options outlive this object.
+    Access(const SFtpRequest& request, const SessionOptions& options, CertificateReader& certificates);
 
     const SFtpRequest& request() const { return m_request; }
     const SessionOptions& options() const { return m_options; }

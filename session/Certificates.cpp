@@ -51,4 +51,21 @@ std::string trustedCertificates(const std::string& caCert)
     return isPem ? caCert : asPem(certificate.get());
 }
 
+std::string CertificateReader::trusted(const std::string& caCert)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (caCert == m_text) {
+            return m_pem;
+        }
+    }
+    std::string pem = trustedCertificates(caCert);
+    std::string text = caCert;
+    std::string kept = pem;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_text.swap(text);
+    m_pem.swap(kept);
+    return pem;
+}
+
 } // namespace session

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace session {
 
@@ -101,7 +102,11 @@ CURLcode Connection::run(Call& call)
 CURLcode Connection::drive(Call& call)
 {
     call.await(Call::Awaited::Nothing);
+    bool hasUnreadReply = false;
+    bool watchesReplies = true;
     for (;;) {
+        const Call::Clock::time_point sign = call.lastSign();
+        const auto conversation = std::make_pair(m_replies.lines().size(), m_sockets.size());
         int running = 0;
         if (curl_multi_perform(m_multi.get(), &running) != CURLM_OK) {
             return CURLE_FAILED_INIT;
@@ -112,10 +117,25 @@ CURLcode Connection::drive(Call& call)
         if (const CURLcode verdict = call.verdict()) {
             return verdict;
         }
-        curl_waitfd stop = {m_stop.descriptor(), CURL_WAIT_POLLIN, 0};
-        int ready = 0;
-        curl_multi_poll(m_multi.get(), &stop, 1, patience(Call::Clock::now() - call.lastSign()), &ready);
+        // After a reply libcurl may have more to do at once, and wait for nothing that it names.
+        const bool goesOn = conversation != std::make_pair(m_replies.lines().size(), m_sockets.size());
+        // A reply that libcurl leaves for later would end every wait.
+        watchesReplies = goesOn || call.lastSign() != sign || (watchesReplies && !hasUnreadReply);
+        hasUnreadReply = wait(goesOn ? 0 : patience(Call::Clock::now() - call.lastSign()), watchesReplies);
     }
+}
+
+// Gives whether there is something to read on the control connection, which libcurl 7.88 does not always name.
+bool Connection::wait(int milliseconds, bool watchesReplies)
+{
+    std::array<curl_waitfd, 2> watched = {{{m_stop.descriptor(), CURL_WAIT_POLLIN, 0}, {-1, CURL_WAIT_POLLIN, 0}}};
+    const bool both = watchesReplies && !m_sockets.empty();
+    if (both) {
+        watched[1].fd = m_sockets.front().number;
+    }
+    int ready = 0;
+    curl_multi_poll(m_multi.get(), watched.data(), both ? 2 : 1, milliseconds, &ready);
+    return watched[1].revents != 0;
 }
 
 CURLcode Connection::resultOfTransfer() const

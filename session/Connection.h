@@ -74,6 +74,7 @@ private:
     void reachSockets();
     void shutAll(int how) const;
     CURLcode drive(Call& call);
+    bool wait(int milliseconds, bool watchesReplies);
     CURLcode resultOfTransfer() const;
 
     StopSwitch& m_stop;

@@ -144,7 +144,7 @@ private:
     template <typename Operation>
     void run(const SFtpRequest& request, const Operation& operation)
     {
-        Access access(request, m_options);
+        Access access(request, m_options, m_certificates);
         Call call(m_options, m_stop);
         if (const CURLcode verdict = call.verdict()) {
             throw refusal(verdict, call.reason());
@@ -191,6 +191,7 @@ private:
     }
 
     const Options m_options;
+    CertificateReader m_certificates;
     ServerSet m_newestTlsOnly; // they refused TLS 1.2
     StopSwitch m_stop;
     Pool m_pool;

@@ -1,9 +1,11 @@
-"""usage: driver BUILD [quick|keep]
+"""usage: driver BUILD [quick|keep] [core|sessions]
 
-Measures, and writes tables and plots into build/bench. "quick" makes few rounds with small files, to try it out, and
-writes into build/bench/quick; "keep" measures nothing and puts the last full run into docs/performance.md.
+Measures the library, sessions, or both, and writes tables and plots into build/bench/core and build/bench/sessions.
+"quick" makes few rounds with small files, to try it out, and writes into build/bench/quick; "keep" measures nothing and
+puts the last full runs into docs/performance.md.
 """
 
+import contextlib
 import csv
 import dataclasses
 import os
@@ -14,12 +16,18 @@ import sys
 import beside_bare
 import beside_tools
 import counts
+import daemons
 import fixed
 import machine
 import micro
 import plots
 import report
 import serving
+import session_cold
+import session_folders
+import session_large
+import session_quiet
+import session_warm
 import sizes
 import threads
 from figures import Goals
@@ -47,6 +55,16 @@ class Effort:
     fixed_rounds: int
     count_size: int
     micro_repetitions: int
+    cold_rounds: int
+    warm_rounds: int
+    folder_files: int
+    folder_rounds: int
+    large_size: int
+    large_rounds: int
+    quiet_rounds: int
+    wait_seconds: int
+    kept_connections: int
+    session_sizes: list
 
 
 FULL = Effort(
@@ -62,6 +80,16 @@ FULL = Effort(
     fixed_rounds=24,
     count_size=64 * MIB,
     micro_repetitions=10,
+    cold_rounds=16,
+    warm_rounds=5,
+    folder_files=1000,
+    folder_rounds=2,
+    large_size=GIB,
+    large_rounds=6,
+    quiet_rounds=3,
+    wait_seconds=5,
+    kept_connections=64,
+    session_sizes=[MIB, 64 * MIB, GIB, 10 * GIB],
 )
 QUICK = Effort(
     sizes={MIB: 4, 64 * MIB: 4},
@@ -75,31 +103,77 @@ QUICK = Effort(
     fixed_rounds=4,
     count_size=4 * MIB,
     micro_repetitions=3,
+    cold_rounds=3,
+    warm_rounds=2,
+    folder_files=50,
+    folder_rounds=1,
+    large_size=64 * MIB,
+    large_rounds=3,
+    quiet_rounds=1,
+    wait_seconds=2,
+    kept_connections=16,
+    session_sizes=[MIB, 16 * MIB, 256 * MIB],
 )
-# Each with the processors for what it starts.
-SUITES = {
-    counts: machine.everywhere,
-    beside_bare: machine.together,
-    beside_tools: machine.apart,
-    sizes: machine.apart,
-    threads: machine.everywhere,
-    fixed: machine.apart,
-    micro: machine.everywhere,
+@contextlib.contextmanager
+def own_server(build):
+    # A server for each suite, so that none inherits another's files.
+    with serving.Server(build) as server:
+        yield server
+
+
+@contextlib.contextmanager
+def both_daemons(build):
+    with contextlib.ExitStack() as stack:
+        yield [stack.enter_context(daemons.Daemon(build, name)) for name in daemons.NAMES]
+
+
+@dataclasses.dataclass(frozen=True)
+class Part:
+    """What is measured together: suites, each with the processors for what it starts, and their servers."""
+
+    suites: dict
+    serve: contextlib.AbstractContextManager
+    draw: object = None
+
+
+PARTS = {
+    "core": Part(
+        {
+            counts: machine.everywhere,
+            beside_bare: machine.together,
+            beside_tools: machine.apart,
+            sizes: machine.apart,
+            threads: machine.everywhere,
+            fixed: machine.apart,
+            micro: machine.everywhere,
+        },
+        own_server,
+        plots.draw_all,
+    ),
+    "sessions": Part(
+        {
+            session_cold: machine.apart,
+            session_warm: machine.apart,
+            session_folders: machine.everywhere,
+            session_large: machine.together,
+            session_quiet: machine.apart,
+        },
+        both_daemons,
+    ),
 }
 
 
-def measure(build, effort, recorder):
-    """All suites. Gives their tables."""
+def measure(part, build, effort, recorder):
+    """All suites of a part. Gives their tables."""
     goals = Goals()
     tables = []
-    for suite, placed in SUITES.items():
+    for suite, placed in part.suites.items():
         client_on, server_on = placed()
         # What is started from here on runs where this process may.
         os.sched_setaffinity(0, server_on)
-        # A server each, so that none inherits another's files.
-        with serving.Server(build) as server:
+        with part.serve(build) as served:
             os.sched_setaffinity(0, client_on)
-            tables += suite.suite(server, recorder, goals, effort)
+            tables += suite.suite(served, recorder, goals, effort)
     tables.insert(0, report.Table("Goals", "", ["goal", "met", "undecided", "not met by"], goals.summary()))
     return tables
 
@@ -111,45 +185,57 @@ def write_runs(recorder, results):
         csv.writer(file, lineterminator="\n").writerows([recorder.HEAD, *recorder.rows])
 
 
-def write(tables, recorder, results):
+def write(tables, recorder, results, draw):
     (results / "tables.md").write_text("\n".join(map(report.markdown, tables)))
     (results / "tables.csv").write_text(report.comma_separated(tables))
-    (results / PLOTS.name).mkdir()
-    plots.draw_all(recorder, tables, results / PLOTS.name)
+    if draw:
+        (results / PLOTS.name).mkdir()
+        draw(recorder, tables, results / PLOTS.name)
 
 
-def keep():
-    tables = RESULTS / "tables.md"
-    if not tables.exists():
+def keep(names):
+    kept = [name for name in names if (RESULTS / name / "tables.md").exists()]
+    if not kept:
         sys.exit("There is no full run to keep: scripts/bench makes one.")
-    DOCUMENT.write_text(report.put_between_marks(DOCUMENT.read_text(), tables.read_text()))
-    PLOTS.mkdir(exist_ok=True)
-    for plot in (RESULTS / PLOTS.name).glob("*.svg"):
-        shutil.copy(plot, PLOTS)
+    for name in kept:
+        tables = (RESULTS / name / "tables.md").read_text()
+        DOCUMENT.write_text(report.put_between_marks(DOCUMENT.read_text(), tables, name))
+        PLOTS.mkdir(exist_ok=True)
+        for plot in (RESULTS / name / PLOTS.name).glob("*.svg"):
+            shutil.copy(plot, PLOTS)
 
 
-def main(build, mode):
-    if mode == "keep":
-        keep()
-        return
-    machine.allow_many_files()
+def run(name, build, mode):
+    """Measures one part and writes what came of it."""
     effort, results, title = {
-        "full": (FULL, RESULTS, "The machine"),
-        "quick": (QUICK, RESULTS / "quick", "The machine, for a quick run"),
+        "full": (FULL, RESULTS / name, f"The machine ({name})"),
+        "quick": (QUICK, RESULTS / "quick" / name, f"The machine ({name}), for a quick run"),
     }[mode]
     described = machine.describe(machine.load(), serving.place(), serving.BUNDLE)
     about = report.Table(title, "", ["what", "which"], described)
     recorder = Recorder(build, lambda text: print(text, file=sys.stderr, flush=True))
     try:
-        tables = [about, *measure(build, effort, recorder)]
+        tables = [about, *measure(PARTS[name], build, effort, recorder)]
     finally:
         # Also what a failure leaves; but one before the first run leaves the last benchmark's.
         if recorder.rows:
             write_runs(recorder, results)
     print("\n".join(map(report.terminal, tables)))
-    write(tables, recorder, results)
+    write(tables, recorder, results, PARTS[name].draw)
     print(f"\nTables and plots are in {results}.")
 
 
+def main(build, words):
+    names = [word for word in words if word in PARTS] or list(PARTS)
+    if "keep" in words:
+        keep(names)
+        return
+    if "sessions" in names and os.geteuid() != 0:
+        sys.exit("Sessions are measured with daemons that need root: run this as root, or: scripts/bench core")
+    machine.allow_many_files()
+    for name in names:
+        run(name, build, "quick" if "quick" in words else "full")
+
+
 if __name__ == "__main__":
-    main(pathlib.Path(sys.argv[1]), sys.argv[2] if len(sys.argv) > 2 else "full")
+    main(pathlib.Path(sys.argv[1]), sys.argv[2:])

@@ -66,13 +66,16 @@ def _row_cells(table, row):
         yield from cells + [""] * (len(figures) - len(cells))
 
 
-BEGIN = "<!-- measured: scripts/bench keep writes what is between these two lines -->"
-END = "<!-- end of what is measured -->"
+def marks(part):
+    """What a document has above and below the figures of a part."""
+    begin = f"<!-- measured, {part}: scripts/bench keep writes what is between these two lines -->"
+    return begin, f"<!-- end of what is measured, {part} -->"
 
 
-def put_between_marks(document, measured):
-    before, begin, rest = document.partition(BEGIN)
-    _, end, after = rest.partition(END)
-    if not begin or not end:
-        raise ValueError(f'There must be a line "{BEGIN}" and, below it, a line "{END}".')
-    return f"{before}{BEGIN}\n\n{measured.strip()}\n\n{END}{after}"
+def put_between_marks(document, measured, part):
+    begin, end = marks(part)
+    before, found_begin, rest = document.partition(begin)
+    _, found_end, after = rest.partition(end)
+    if not found_begin or not found_end:
+        raise ValueError(f'There must be a line "{begin}" and, below it, a line "{end}".')
+    return f"{before}{begin}\n\n{measured.strip()}\n\n{end}{after}"

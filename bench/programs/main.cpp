@@ -1,5 +1,6 @@
 // One operation, so many times on so many threads: the process as a whole is what is measured.
 
+#include "base/Arguments.h"
 #include "operation/Operations.h"
 
 #include <curl/curl.h>
@@ -8,83 +9,33 @@
 #include <cstddef>
 #include <cstdlib>
 #include <exception>
-#include <fstream>
 #include <iostream>
-#include <iterator>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace {
 
-struct Arguments
-{
-    Operation operation = nullptr;
-    SFtpRequest request;
-    int threads = 1;
-    int calls = 1;
-};
-
-std::string contentOf(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        throw std::runtime_error(path + " cannot be read");
-    }
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-std::string fromEnvironment(const char* name)
-{
-    const char* const value = std::getenv(name);
-    if (value == nullptr) {
-        throw std::runtime_error(std::string(name) + " is not set in the environment");
-    }
-    return value;
-}
-
 Operation operationNamed(const std::string& name)
 {
     const auto found = operations().find(name);
-    if (found == operations().end()) {
-        std::string known;
-        for (const auto& each : operations()) {
-            known += " " + each.first;
-        }
-        throw std::runtime_error("There is no operation " + name + ", but:" + known);
+    if (found != operations().end()) {
+        return found->second;
     }
-    return found->second;
-}
-
-Arguments readArguments(const std::vector<std::string>& words)
-{
-    if (words.size() != 4 && words.size() != 6) {
-        throw std::runtime_error("usage: PROGRAM OPERATION URL LOCAL REMOTE [THREADS CALLS]\n"
-                                 "BENCH_PASSWORD is the password of the user backup, BENCH_CA the CA's file.");
+    std::vector<std::string> known;
+    for (const auto& each : operations()) {
+        known.push_back(each.first);
     }
-    Arguments arguments;
-    arguments.operation = operationNamed(words[0]);
-    arguments.request.remotePath = words[1];
-    arguments.request.localPath = words[2];
-    arguments.request.remoteFileName = words[3];
-    arguments.request.userName = "backup";
-    arguments.request.password = fromEnvironment("BENCH_PASSWORD");
-    arguments.request.caCert = contentOf(fromEnvironment("BENCH_CA"));
-    if (words.size() == 6) {
-        arguments.threads = std::stoi(words[4]);
-        arguments.calls = std::stoi(words[5]);
-    }
-    return arguments;
+    refuseOperation(name, known);
 }
 
 // The first code that is no success, or 0.
-int callAll(const Arguments& arguments)
+int callAll(Operation operation, const Arguments& arguments)
 {
     std::atomic<int> result{0};
     const auto call = [&] {
         for (int i = 0; i < arguments.calls; ++i) {
-            const int code = arguments.operation(arguments.request);
+            const int code = operation(arguments.request);
             int success = 0;
             if (code != 0) {
                 result.compare_exchange_strong(success, code);
@@ -111,8 +62,9 @@ int callAll(const Arguments& arguments)
 int main(int argc, char** argv)
 try {
     const Arguments arguments = readArguments({argv + 1, argv + argc});
+    const Operation operation = operationNamed(arguments.operation);
     curl_global_init(CURL_GLOBAL_DEFAULT);
-    const int result = callAll(arguments);
+    const int result = callAll(operation, arguments);
     curl_global_cleanup();
     return result;
 } catch (const std::exception& error) {

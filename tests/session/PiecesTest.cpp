@@ -1,4 +1,5 @@
 // The small pieces of a session, one at a time.
+#include <Certificates.h>
 #include <Digest.h>
 #include <Failure.h>
 #include <LineSplitter.h>
@@ -9,6 +10,7 @@
 #include <Text.h>
 #include <ThreadState.h>
 
+#include "support/Certificates.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -125,6 +127,27 @@ TEST(Digest, KeepsTextsApart)
     EXPECT_EQ("SHA256:ungWv48Bz+pBQUDeXa4iI7ADYaOWF3qctBD/YfIAFa0", fingerprintOf("abc"));
     EXPECT_EQ("SHA256:x", withFingerprintName("x="));
     EXPECT_EQ("SHA256:x", withFingerprintName("SHA256:x"));
+}
+
+TEST(CertificateReader, AnswersEachTextAsItIs)
+{
+    const certificates::Certificate one = certificates::make(1);
+    const certificates::Certificate other = certificates::make(2);
+    CertificateReader reader;
+    for (X509* const each : {one.get(), one.get(), other.get()}) {
+        EXPECT_EQ(certificates::pemOf(each), reader.trusted(certificates::pemOf(each)));
+        EXPECT_EQ(certificates::pemOf(each), reader.trusted(certificates::derOf(each)));
+        EXPECT_EQ(certificates::pemOf(each), reader.trusted(certificates::derOf(each)));
+        EXPECT_EQ("", reader.trusted(""));
+        for (const char* const none : {"none", "no certificate"}) {
+            try {
+                reader.trusted(none);
+                ADD_FAILURE() << none;
+            } catch (const Failure& failure) {
+                EXPECT_EQ(CURLE_SSL_CACERT_BADFILE, failure.code());
+            }
+        }
+    }
 }
 
 TEST(Options, NameTheFieldThatCannotBe)

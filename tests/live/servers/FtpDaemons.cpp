@@ -75,6 +75,11 @@ ProcessSetup vsftpdTlsAtLogin(const std::string& folder)
     return vsftpd(folder, "force_local_logins_ssl=YES\nforce_local_data_ssl=YES\n");
 }
 
+ProcessSetup vsftpdAnySession(const std::string& folder)
+{
+    return vsftpd(folder, "force_local_logins_ssl=YES\nforce_local_data_ssl=YES\nrequire_ssl_reuse=NO\n");
+}
+
 ProcessSetup vsftpdImplicit(const std::string& folder)
 {
     return withTls12(vsftpd(folder, "implicit_ssl=YES\nforce_local_logins_ssl=YES\nforce_local_data_ssl=YES\n"),
@@ -89,6 +94,12 @@ ProcessSetup proftpdExplicit(const std::string& folder)
 ProcessSetup proftpdTlsAtLogin(const std::string& folder)
 {
     return proftpd(folder, proftpdTls(folder, "TLSRequired on\n"));
+}
+
+ProcessSetup proftpdAnySession(const std::string& folder)
+{
+    return proftpd(folder,
+                   proftpdTls(folder, "TLSRequired on\nTLSOptions NoSessionReuseRequired\n") + "AllowOverwrite on\n");
 }
 
 ProcessSetup proftpdImplicit(const std::string& folder)

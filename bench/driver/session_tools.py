@@ -1,0 +1,94 @@
+"""curl, lftp and rclone beside a session: the same work, with the same trust (the server's CA alone)."""
+
+import pathlib
+import subprocess
+
+CURL = ["curl", "--disable", "--silent", "--ssl-reqd"]
+LFTP = [
+    "set ssl:verify-certificate yes",
+    "set ftp:ssl-force yes",
+    "set ftp:ssl-protect-data yes",
+    "set ftp:ssl-protect-list yes",
+    "set net:max-retries 1",
+    "set net:timeout 60",
+    # It would give /dev/null the server's time, and put an older file aside.
+    "set ftp:use-mdtm no",
+    "set xfer:clobber yes",
+    "set xfer:make-backup no",
+]
+
+
+def curl(server, work):
+    options = {
+        "download": ["--output", work.local],
+        "upload": ["--upload-file", work.local],
+        "list": ["--list-only", "--output", work.local],
+        "test": ["--head"],
+        "rename": ["--head", "--quote", f"-RNFR {work.remote}", "--quote", f"-RNTO {work.local}"],
+        "delete": ["--head", "--quote", f"-DELE {work.remote}"],
+    }[work.operation]
+    login = ["--cacert", server.small_trust, "--user", f"backup:{server.password}"]
+    return _prepared(work, [*CURL, *login, *options, server.url(work.path)], server.environment())
+
+
+def lftp(server, work):
+    folder = pathlib.PurePosixPath("/") / work.path
+    does = {
+        "download": f"get /{work.path} -o {server.discard()}",
+        "upload": f"put {work.local} -o /{work.path}",
+        "list": f"nlist /{work.path} > {work.local}",
+        "test": f"cd {folder}",
+        "rename": f"mv {folder / work.remote} {folder / work.local}",
+        "delete": f"rm {folder / work.remote}",
+    }[work.operation]
+    return _prepared(work, lftp_command(server, does), _lftp_environment(server))
+
+
+def lftp_command(server, does):
+    login = f"open --user backup --env-password {server.url('')}"
+    return ["lftp", "--norc", "-c", "; ".join([*LFTP, f"set ssl:ca-file {server.small_trust}", login, does])]
+
+
+def lftp_mirror(server, operation, local, remote, parallel):
+    """A whole folder, from or to the server."""
+    mirror = f"mirror --parallel={parallel}"
+    does = f"{mirror} --reverse {local} /{remote}" if operation == "upload" else f"{mirror} /{remote} {local}"
+    return lftp_command(server, does), _lftp_environment(server)
+
+
+def rclone_copy(server, operation, local, remote, transfers):
+    there = f"server:/{remote}"
+    ends = [local, there] if operation == "upload" else [there, local]
+    return ["rclone", "copy", "--transfers", transfers, "--checkers", transfers, *ends], _rclone_environment(server)
+
+
+def _prepared(work, command, environment):
+    def prepare():
+        work.before()
+        return command, environment
+
+    return prepare
+
+
+def _lftp_environment(server):
+    return {**server.environment(), "LFTP_PASSWORD": server.password}
+
+
+def _rclone_environment(server):
+    obscured = subprocess.run(["rclone", "obscure", "-"], input=server.password, capture_output=True, text=True, check=True)
+    settings = {
+        "TYPE": "ftp",
+        "HOST": "localhost",
+        "PORT": str(server.port),
+        "USER": "backup",
+        "PASS": obscured.stdout.strip(),
+        "EXPLICIT_TLS": "true",
+        # Over 1.3, its handshakes with vsftpd fail.
+        "DISABLE_TLS13": "true",
+    }
+    return {
+        **server.environment(),
+        **{f"RCLONE_CONFIG_SERVER_{name}": value for name, value in settings.items()},
+        "RCLONE_CONFIG": "/dev/null",
+        "SSL_CERT_FILE": str(server.small_trust),
+    }

@@ -1,0 +1,37 @@
+"""Suite: what one further call costs on a session that has its connection."""
+
+import session_works
+from clients import program
+from figures import Spread, per_unit
+from report import Table
+
+SUITE = "session, warm"
+CALLS = 200
+AT_MOST_MS = 1
+GOAL = "rename and size on a kept connection in less than 1 ms of CPU time"
+MILLISECONDS = "{:.2f} ({:.2f}–{:.2f})"
+
+
+def suite(servers, recorder, goals, effort):
+    table = Table(
+        "A further call on a kept connection",
+        f"In milliseconds of the client: a run with {CALLS + 1} calls less one with one call, for each of the {CALLS}: "
+        "median (least–greatest).",
+        ["server", "operation", "rounds", "wall time", "CPU time", "goal"],
+    )
+    for server in servers:
+        for work in session_works.repeatable(server):
+            pair = {name: program(server, "session", work, calls=calls) for name, calls in (("1", 1), ("many", CALLS + 1))}
+            runs = recorder.alternate(SUITE, f"{server.name}: {work.name}", effort.warm_rounds, pair)
+            wall, cpu = (_of_each(runs, what) for what in ("wall", "cpu"))
+            verdict = "–"
+            if work.operation in ("rename", "size"):
+                subject = f"{server.name}: {work.name}"
+                verdict = goals.judge_spread(GOAL, subject, cpu, greatest=AT_MOST_MS)
+            table.rows.append([server.name, work.name, effort.warm_rounds, wall, cpu, verdict])
+    return [table]
+
+
+def _of_each(runs, what):
+    pairs = zip(runs["1"], runs["many"])
+    return Spread.of((1000 * per_unit(getattr(one, what), getattr(many, what), CALLS) for one, many in pairs), MILLISECONDS)

@@ -1,0 +1,81 @@
+// One of Debian's FTP daemons, for as long as standard input stays open: it serves FOLDER/served, over explicit TLS
+// that it demands at login and whose session it demands again on data connections. The CA's certificate is in
+// FOLDER/certificates/ca.pem, the password of the user backup in FOLDER/password. Needs root.
+
+#include "Inetd.h"
+#include "PrivateSystem.h"
+#include "Server.h"
+
+#include <Certificates.h>
+
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <limits>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+void write(const std::filesystem::path& path, const std::string& content)
+{
+    std::ofstream file(path);
+    if (!(file << content).flush()) {
+        throw std::runtime_error(path.string() + " cannot be written");
+    }
+}
+
+struct Daemon
+{
+    std::string package;
+    Start (*configure)(const std::string& folder);
+};
+
+const Daemon& daemonNamed(const std::string& name)
+{
+    static const std::map<std::string, Daemon> kDaemons = {{"vsftpd", {"vsftpd", vsftpdAnySession}},
+                                                           {"ProFTPD", {"proftpd-core", proftpdAnySession}}};
+    const auto found = kDaemons.find(name);
+    if (found == kDaemons.end()) {
+        throw std::runtime_error("There is no daemon " + name + ", but vsftpd and ProFTPD.");
+    }
+    if (!std::filesystem::exists(SERVERS_FOLDER "/" + found->second.package)) {
+        throw std::runtime_error(name + " is not in " SERVERS_FOLDER ": run scripts/servers");
+    }
+    return found->second;
+}
+
+void serve(const Daemon& which, const std::string& folder)
+{
+    const testserver::CertificateAuthority authority;
+    const testserver::Certificate certificate = authority.issue();
+    const std::string daemon = folder + "/daemon";
+    std::filesystem::create_directories(daemon);
+    std::filesystem::create_directories(folder + "/certificates");
+    write(folder + "/certificates/ca.pem", authority.certificatePem());
+    write(folder + "/password", PrivateSystem::kPassword);
+    write(daemon + "/cert.pem", certificate.certificatePem);
+    write(daemon + "/key.pem", certificate.privateKeyPem);
+    const Start start = which.configure(daemon);
+    const Inetd inetd(PrivateSystem(daemon, folder + "/served", SERVERS_FOLDER), start.command, start.environment,
+                      daemon + "/stderr.log");
+    std::cout << "listening on 127.0.0.1:" << inetd.port() << std::endl;
+    std::cin.ignore(std::numeric_limits<std::streamsize>::max());
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+try {
+    if (argc != 3) {
+        std::cerr << "usage: bench-daemon vsftpd|ProFTPD FOLDER\n";
+        return 2;
+    }
+    serve(daemonNamed(argv[1]), argv[2]);
+    return 0;
+} catch (const std::exception& error) {
+    std::cerr << "bench-daemon: " << error.what() << "\n";
+    return 1;
+}
