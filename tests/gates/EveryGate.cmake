@@ -15,7 +15,7 @@ endif()
 
 file(READ ${SOURCE_DIR}/.ci/run ci)
 foreach(gate IN LISTS gates)
-    if(NOT ci MATCHES "\nrun ${gate}[ \n]")
+    if(NOT ci MATCHES "\n(run |scripts/[^\n]* )?${gate}[ \n]")
         message(FATAL_ERROR "CI does not run ${gate}. Add it to .ci/run.")
     endif()
 endforeach()

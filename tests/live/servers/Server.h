@@ -62,7 +62,7 @@ ProcessSetup pureFtpdTlsAtLogin(const std::string& folder);
 ProcessSetup opensshSftp(const std::string& folder);
 
 // TLS at login, and data connections may begin a TLS session of their own: for clients that cannot continue one.
-Start vsftpdAnySession(const std::string& folder);
-Start proftpdAnySession(const std::string& folder);
+ProcessSetup vsftpdAnySession(const std::string& folder);
+ProcessSetup proftpdAnySession(const std::string& folder);
 
 #endif
