@@ -1,0 +1,220 @@
+#include "SessionContract.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t kChance = 12;
+
+// A temporary name has twelve digits by chance.
+std::string withoutChance(std::string line)
+{
+    for (std::string::size_type end = line.find(".part"); end != std::string::npos; end = line.find(".part", end + 1)) {
+        line.replace(end - kChance, kChance, kChance, 'X');
+    }
+    return line;
+}
+
+} // namespace
+
+SessionContract::SessionContract()
+{
+    request.remotePath = "ftp://server:2121/backup/a.bak";
+    request.port = 0;
+    request.caCert.clear();
+    writeFile(request.localPath, "seventeen bytes.\n");
+    scripted::curl().perform = [this](scripted::Handle& handle) {
+        const memory::Pause pause;
+        return serve(handle);
+    };
+}
+
+Lines SessionContract::journalOfSession(const Piece& piece)
+{
+    scripted::curl().multisMade = 0;
+    Lines lines = journalOf([&] {
+        SFtpSession session(options);
+        piece(session);
+    });
+    for (std::string& line : lines) {
+        line = withoutChance(std::move(line));
+    }
+    return lines;
+}
+
+Lines SessionContract::journalOfCall(const Call& call, int expected)
+{
+    return journalOfSession([&](SFtpSession& session) {
+        const int result = call(session, request, errorText);
+        const memory::Pause pause;
+        EXPECT_EQ(nameOf(expected), nameOf(result)) << errorText;
+    });
+}
+
+CURLcode SessionContract::serve(const scripted::Handle& handle)
+{
+    handle.hear("220 ready\r\n");
+    if (!handle.isOn(CURLOPT_NOBODY)) {
+        if (const CURLcode code = moveFile(handle)) {
+            return code;
+        }
+    }
+    for (auto* each = static_cast<curl_slist*>(handle.pointer(CURLOPT_POSTQUOTE)); each != nullptr; each = each->next) {
+        if (const CURLcode code = command(handle, each->data)) {
+            return code;
+        }
+    }
+    return CURLE_OK;
+}
+
+CURLcode SessionContract::moveFile(const scripted::Handle& handle)
+{
+    handle.hear("150 data follows\r\n");
+    if (handle.isOn(CURLOPT_UPLOAD)) {
+        uploaded.clear();
+        std::string piece;
+        do {
+            if (handle.send(piece, 8) == CURL_READFUNC_ABORT) {
+                return CURLE_ABORTED_BY_CALLBACK;
+            }
+            uploaded += piece;
+        } while (!piece.empty());
+    } else if (handle.receive(content) != content.size()) {
+        return CURLE_WRITE_ERROR;
+    }
+    return handle.hear("226 done\r\n") == 0 ? CURLE_WRITE_ERROR : CURLE_OK;
+}
+
+CURLcode SessionContract::command(const scripted::Handle& handle, const std::string& text)
+{
+    const bool mayFail = text[0] == '*';
+    const std::string whole = text.substr(mayFail ? 1 : 0);
+    const std::string verb = whole.substr(0, whole.find(' '));
+    const auto found = refused.find(verb);
+    if (found != refused.end()) {
+        handle.hear("550 not that\r\n");
+        return mayFail ? CURLE_OK : found->second;
+    }
+    if (verb == "FEAT") {
+        handle.hear("211-Features\r\n");
+        for (const std::string& each : features) {
+            handle.hear(" " + each + "\r\n");
+        }
+        handle.hear("211 End\r\n");
+        return CURLE_OK;
+    }
+    if (verb == "MLST") {
+        handle.hear("250-Listing\r\n");
+        handle.hear(" type=file;size=11;modify=20260102030405; " + whole.substr(5) + "\r\n");
+        handle.hear("250 End\r\n");
+        return CURLE_OK;
+    }
+    const std::string reply =
+        verb == "SIZE" ? "213 " + (toldSize.empty() ? std::to_string(uploaded.size()) : toldSize) : "250 done";
+    return handle.hear(reply + "\r\n") == 0 ? CURLE_WRITE_ERROR : CURLE_OK;
+}
+
+Lines connectionMade() { return {"handle 1 made", "multi 1 made", "multi 1 MAXCONNECTS = 1"}; }
+
+Lines connectionClosed() { return {"multi 1 cleaned up", "handle 1 cleaned up"}; }
+
+namespace {
+
+Lines afterTheReset()
+{
+    return {
+        "1 reset",
+        "1 OPENSOCKETFUNCTION = unknown function",
+        "1 OPENSOCKETDATA = unknown",
+        "1 CLOSESOCKETFUNCTION = unknown function",
+        "1 CLOSESOCKETDATA = unknown",
+        "1 HEADERFUNCTION = unknown function",
+        "1 HEADERDATA = unknown",
+        "1 ERRORBUFFER = unknown",
+        "1 NOSIGNAL = 1",
+        "1 QUICK_EXIT = 1",
+        "1 TCP_KEEPALIVE = 1",
+        "1 PROTOCOLS_STR = ftp,ftps,sftp",
+        "1 PATH_AS_IS = 1",
+        "1 USERNAME = operator",
+        "1 PASSWORD = correct horse battery",
+        "1 PROXY = ",
+        "1 FTP_SKIP_PASV_IP = 1",
+        "1 FTP_FILEMETHOD = 3",
+        "1 CONNECTTIMEOUT_MS = 20000",
+        "1 FTP_RESPONSE_TIMEOUT = 60",
+        "1 MAX_SEND_SPEED_LARGE = 0 (64 bits)",
+        "1 MAX_RECV_SPEED_LARGE = 0 (64 bits)",
+    };
+}
+
+Lines overSsh()
+{
+    return {"1 SSH_AUTH_TYPES = 10", "1 SSH_HOSTKEYFUNCTION = unknown function", "1 SSH_HOSTKEYDATA = unknown"};
+}
+
+// Before the login (FTPSSLAUTH), for everything (USE_SSL 3), TLS 1.2 alone, the chain and the host's name compared, the
+// machine's trust store.
+Lines overTls()
+{
+    return {"1 SSLVERSION = 393222", "1 USE_SSL = 3",        "1 FTPSSLAUTH = 2",
+            "1 SSL_VERIFYPEER = 1",  "1 SSL_VERIFYHOST = 2", "1 CAINFO = null"};
+}
+
+} // namespace
+
+Lines setUp(bool ssh)
+{
+    return afterTheReset() + (ssh ? overSsh() : overTls()) +
+           Lines{"1 NOPROGRESS = 0", "1 XFERINFOFUNCTION = unknown function", "1 XFERINFODATA = unknown",
+                 "1 WRITEFUNCTION = unknown function", "1 WRITEDATA = unknown"};
+}
+
+Lines transferOf(const Lines& setUp, const Lines& told, int code)
+{
+    const bool hasList = std::any_of(told.begin(), told.end(),
+                                     [](const std::string& line) { return line.compare(0, 8, "list of ") == 0; });
+    return setUp + told +
+           Lines{
+               "1 HEADERFUNCTION = unknown function",   "1 HEADERDATA = unknown", "multi 1 takes 1", "multi 1 perform",
+               "multi 1 tells " + std::to_string(code), "multi 1 gives 1 back"} +
+           (hasList ? Lines{"list freed"} : Lines{});
+}
+
+std::string endOf(const std::string& function, const SFtpRequest& request)
+{
+    return "log 2 SFtpSession 77 SFtpSession::" + function + "(): 0|" + request.remotePath + ": end";
+}
+
+std::string failureOf(const std::string& function, const SFtpRequest& request, int code, const std::string& text)
+{
+    return "log 4 SFtpSession 77 SFtpSession::" + function + "(): 0|" + request.remotePath + ": " +
+           std::to_string(code) + " " + text;
+}
+
+namespace {
+
+Lines::iterator placeOf(Lines& lines, const std::string& option)
+{
+    const std::string begin = "1 " + option + " = ";
+    const auto found = std::find_if(lines.begin(), lines.end(), [&begin](const std::string& line) {
+        return line.compare(0, begin.size(), begin) == 0;
+    });
+    EXPECT_TRUE(found != lines.end()) << option;
+    return found;
+}
+
+} // namespace
+
+Lines withOption(Lines lines, const std::string& option, const std::string& value)
+{
+    *placeOf(lines, option) = "1 " + option + " = " + value;
+    return lines;
+}
+
+Lines withBehind(Lines lines, const std::string& option, const Lines& more)
+{
+    lines.insert(placeOf(lines, option) + 1, more.begin(), more.end());
+    return lines;
+}
