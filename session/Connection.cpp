@@ -1,5 +1,7 @@
 #include "Connection.h"
 
+#include "SetOption.h"
+
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -59,17 +61,17 @@ CURL* Connection::renew()
     curl_easy_reset(handle);
     m_replies = {};
     m_detail = {};
-    curl_easy_setopt(handle, CURLOPT_OPENSOCKETFUNCTION, openSocket);
-    curl_easy_setopt(handle, CURLOPT_OPENSOCKETDATA, this);
-    curl_easy_setopt(handle, CURLOPT_CLOSESOCKETFUNCTION, closeSocket);
-    curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, this);
-    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, hear);
-    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
-    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_detail.data());
-    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    // A name that is being looked up is not waited for when the call ends.
+    set(handle, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+    set(handle, CURLOPT_OPENSOCKETDATA, this);
+    set(handle, CURLOPT_CLOSESOCKETFUNCTION, closeSocket);
+    set(handle, CURLOPT_CLOSESOCKETDATA, this);
+    set(handle, CURLOPT_HEADERFUNCTION, hear);
+    set(handle, CURLOPT_HEADERDATA, this);
+    set(handle, CURLOPT_ERRORBUFFER, m_detail.data());
+    set(handle, CURLOPT_NOSIGNAL, 1L);
+    // A name that is being looked up is not waited for when the call ends; a libcurl before 7.87 waits.
     curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
-    curl_easy_setopt(handle, CURLOPT_TCP_KEEPALIVE, 1L);
+    set(handle, CURLOPT_TCP_KEEPALIVE, 1L);
     return handle;
 }
 
