@@ -11,6 +11,8 @@ struct Row
     std::string path;             ///< behind the server
     std::vector<Lines> transfers; ///< what each is told beyond the setup
     Lines before = {};            ///< between the connection and the first transfer
+    Lines after = {};             ///< between the last transfer and the record
+    Lines instead = {};           ///< the same where the transfer failed
 };
 
 std::ostream& operator<<(std::ostream& stream, const Row& row) { return stream << row.name; }
@@ -42,14 +44,17 @@ Lines sending(const std::string& directory, const std::string& size, const Lines
 
 Lines receiving(const std::string& url) { return {"1 URL = " + url, "1 MAXFILESIZE_LARGE = 53687091199 (64 bits)"}; }
 
+// The file is on the disk before it takes its place, and then its name is.
+const Lines kPlaced = {"fsync", "rename .local.PROCESS.part0 local", "fsync"};
+const Lines kRemoved = {"unlink .local.PROCESS.part0"};
 const Lines kRename = {std::string("*SIZE ") + kTemporary, std::string("RNFR ") + kTemporary, "RNTO a b.bak"};
 
 std::vector<Row> rowsOfFtp(const std::string& top)
 {
     const std::string file = top + "a%20b.bak";
     return {
-        {"List", "Listsftpdir", "", {{"1 URL = " + top, "1 DIRLISTONLY = 1"}}},
-        {"Download", "DownLoadSFtpFile", "a%20b.bak", {receiving(file)}},
+        {"List", "Listsftpdir", "", {{"1 URL = " + top, "1 DIRLISTONLY = 1"}}, {}, kPlaced, kRemoved},
+        {"Download", "DownLoadSFtpFile", "a%20b.bak", {receiving(file)}, {}, kPlaced, kRemoved},
         {"Rename", "ReNameSFtpFile", "", {commands(top, {"RNFR from here", "RNTO to there"})}},
         {"Delete", "DelSFtpFile", "", {commands(top, {"DELE from here"})}},
         {"Upload", "UploadFileToSFtpServer", "a%20b.bak", {sending(top, "17", kRename)}, {"stat"}},
@@ -69,8 +74,8 @@ std::vector<Row> rowsOfSsh()
     const std::string file = top + "a%20b.bak";
     const std::string rename = std::string("rename \"/backup/") + kTemporary + "\" \"/backup/a b.bak\"";
     return {
-        {"List", "Listsftpdir", "", {{"1 URL = " + top, "1 DIRLISTONLY = 1"}}},
-        {"Download", "DownLoadSFtpFile", "a%20b.bak", {receiving(file)}},
+        {"List", "Listsftpdir", "", {{"1 URL = " + top, "1 DIRLISTONLY = 1"}}, {}, kPlaced, kRemoved},
+        {"Download", "DownLoadSFtpFile", "a%20b.bak", {receiving(file)}, {}, kPlaced, kRemoved},
         {"Rename", "ReNameSFtpFile", "", {commands(top, {"rename \"/backup/from here\" \"/backup/to there\""})}},
         {"Delete", "DelSFtpFile", "", {commands(top, {"rm \"/backup/from here\""})}},
         {"Upload", "UploadFileToSFtpServer", "a%20b.bak", {sending(top, "17", {rename})}, {"stat"}},
@@ -89,17 +94,22 @@ class SessionOperation : public SessionContract, public testing::WithParamInterf
 protected:
     SessionOperation() { features = {"MLST type*;size*;"}; }
 
-    void expectTold(const std::string& scheme)
+    void aim(const std::string& scheme)
     {
-        const Row& row = GetParam();
-        request.remotePath = scheme + "://server:2121/backup/" + row.path;
+        request.remotePath = scheme + "://server:2121/backup/" + GetParam().path;
         request.remoteFileName = "from here";
-        if (row.function == "ReNameSFtpFile") {
+        if (GetParam().function == "ReNameSFtpFile") {
             request.localPath = "to there";
         }
         if (scheme == "sftp") {
             content = "-rw-r--r-- 1 u g 7 Jan  1 00:00 a b.bak\n";
         }
+    }
+
+    void expectTold(const std::string& scheme)
+    {
+        const Row& row = GetParam();
+        aim(scheme);
         const Lines setup = setUp(scheme == "sftp");
         Lines expected = connectionMade() + row.before;
         for (const Lines& told : row.transfers) {
@@ -108,9 +118,24 @@ protected:
         if (row.name == "Stat" && scheme != "sftp") {
             expected = expected + Lines{"1 getinfo CONTENT_LENGTH_DOWNLOAD_T", "1 getinfo FILETIME_T"};
         }
-        EXPECT_TRUE(sameLines(expected + Lines{endOf(row.function, request)} + connectionClosed(),
+        EXPECT_TRUE(sameLines(expected + row.after + Lines{endOf(row.function, request)} + connectionClosed(),
                               journalOfCall(operationCall(row.function).run)));
         EXPECT_EQ("as it was", errorText);
+    }
+
+    // A failure of the first transfer ends the call: nothing else is tried, and nothing else is told.
+    void expectEnded(const std::string& scheme)
+    {
+        const Row& row = GetParam();
+        aim(scheme);
+        performGives(CURLE_COULDNT_CONNECT);
+        const std::string record =
+            failureOf(row.function, request, CURLE_COULDNT_CONNECT, scripted::text(CURLE_COULDNT_CONNECT));
+        EXPECT_TRUE(sameLines(connectionMade() + row.before +
+                                  transferOf(setUp(scheme == "sftp"), row.transfers.at(0), CURLE_COULDNT_CONNECT) +
+                                  row.instead + Lines{record} + connectionClosed(),
+                              journalOfCall(operationCall(row.function).run, CURLE_COULDNT_CONNECT)));
+        EXPECT_EQ(scripted::text(CURLE_COULDNT_CONNECT), errorText);
     }
 };
 
@@ -122,6 +147,8 @@ class SessionOverFtp : public SessionOperation
 
 TEST_P(SessionOverFtp, TellsLibcurl) { expectTold("ftp"); }
 
+TEST_P(SessionOverFtp, EndsWithItsFirstFailure) { expectEnded("ftp"); }
+
 INSTANTIATE_TEST_SUITE_P(Each, SessionOverFtp, testing::ValuesIn(rowsOfFtp("ftp://server:2121/backup/")), nameOfRow);
 
 class SessionOverFtps : public SessionOperation
@@ -130,6 +157,8 @@ class SessionOverFtps : public SessionOperation
 
 TEST_P(SessionOverFtps, TellsLibcurl) { expectTold("ftps"); }
 
+TEST_P(SessionOverFtps, EndsWithItsFirstFailure) { expectEnded("ftps"); }
+
 INSTANTIATE_TEST_SUITE_P(Each, SessionOverFtps, testing::ValuesIn(rowsOfFtp("ftps://server:2121/backup/")), nameOfRow);
 
 class SessionOverSsh : public SessionOperation
@@ -137,6 +166,8 @@ class SessionOverSsh : public SessionOperation
 };
 
 TEST_P(SessionOverSsh, TellsLibcurl) { expectTold("sftp"); }
+
+TEST_P(SessionOverSsh, EndsWithItsFirstFailure) { expectEnded("sftp"); }
 
 INSTANTIATE_TEST_SUITE_P(Each, SessionOverSsh, testing::ValuesIn(rowsOfSsh()), nameOfRow);
 
