@@ -36,10 +36,7 @@ protected:
         return waits;
     }
 
-    static std::string wait(int time)
-    {
-        return "multi 1 waits " + std::to_string(time) + " ms with 1 more";
-    }
+    static std::string wait(int time) { return "multi 1 waits " + std::to_string(time) + " ms with 1 more"; }
 
     // A socket as libcurl asks for one.
     static curl_socket_t open(const scripted::Handle& handle)
