@@ -25,6 +25,7 @@ void* Handle::pointer(CURLoption option) const
 size_t Handle::receive(std::string bytes) const
 {
     const auto write = reinterpret_cast<size_t (*)(void*, size_t, size_t, void*)>(pointer(CURLOPT_WRITEFUNCTION));
+    const memory::Resumption library;
     return write(bytes.data(), 1, bytes.size(), pointer(CURLOPT_WRITEDATA));
 }
 
@@ -45,6 +46,7 @@ void Handle::reset()
 size_t Handle::hear(std::string line) const
 {
     const auto header = reinterpret_cast<size_t (*)(void*, size_t, size_t, void*)>(pointer(CURLOPT_HEADERFUNCTION));
+    const memory::Resumption library;
     return header(line.data(), 1, line.size(), pointer(CURLOPT_HEADERDATA));
 }
 
@@ -52,7 +54,10 @@ size_t Handle::send(std::string& bytes, size_t most) const
 {
     bytes.resize(most);
     const auto read = reinterpret_cast<size_t (*)(void*, size_t, size_t, void*)>(pointer(CURLOPT_READFUNCTION));
-    const size_t given = read(bytes.data(), 1, most, pointer(CURLOPT_READDATA));
+    const size_t given = [&] {
+        const memory::Resumption library;
+        return read(bytes.data(), 1, most, pointer(CURLOPT_READDATA));
+    }();
     bytes.resize(given > most ? 0 : given);
     return given;
 }
@@ -61,6 +66,7 @@ int Handle::progress(curl_off_t toReceive, curl_off_t received) const
 {
     const auto tell = reinterpret_cast<int (*)(void*, curl_off_t, curl_off_t, curl_off_t, curl_off_t)>(
         pointer(CURLOPT_XFERINFOFUNCTION));
+    const memory::Resumption library;
     return tell(pointer(CURLOPT_XFERINFODATA), toReceive, received, 0, 0);
 }
 

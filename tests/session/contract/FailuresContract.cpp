@@ -1,74 +1,15 @@
 // What comes of each failure: of a call of libcurl's, of a transfer, of the request itself.
-#include "OperationCalls.h"
-#include "SessionContract.h"
+#include "SessionWay.h"
 
-#include <filesystem>
+#include <algorithm>
 #include <map>
-#include <new>
 
 namespace {
 
-constexpr int kThrown = -1000; // in place of a result: std::bad_alloc
-
-// Each operation over each scheme.
-struct Way
-{
-    OperationCall call;
-    std::string scheme;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Way& way) { return stream << way.call << " " << way.scheme; }
-
-std::vector<Way> allWays()
-{
-    std::vector<Way> ways;
-    for (const OperationCall& call : operationCalls()) {
-        for (const char* const scheme : {"ftp", "ftps", "sftp"}) {
-            ways.push_back({call, scheme});
-        }
-    }
-    return ways;
-}
-
-class SessionWay : public SessionContract, public testing::WithParamInterface<Way>
+class SessionCalls : public SessionWay
 {
 protected:
-    SessionWay()
-    {
-        const std::string& function = GetParam().call.function;
-        const bool isDirectory =
-            function.find("List") == 0 || function == "ReNameSFtpFile" || function == "DelSFtpFile";
-        request.remotePath = GetParam().scheme + "://server/backup/" + (isDirectory ? "" : "a.bak");
-        if (function == "ReNameSFtpFile") {
-            request.localPath = "b.bak";
-        }
-        content = "-rw-r--r-- 1 u g 7 Jan  1 00:00 a.bak\n";
-        scripted::curl().waits = 1;
-        options.knownHostsFile = "known";
-        options.pinnedPublicKey = "sha256//AAAA";
-        options.clientCertificate = "a certificate";
-        options.clientKey = "a key";
-        options.callTimeout = std::chrono::hours(1);
-    }
-
-    int resultOf(SFtpSession& session)
-    {
-        try {
-            return GetParam().call.run(session, request, errorText);
-        } catch (const std::bad_alloc&) {
-            return kThrown;
-        }
-    }
-
-    // Once more, and to a file that is not there: to replace one takes time.
-    int againWith(SFtpSession& session)
-    {
-        std::filesystem::remove(path("local"));
-        if (GetParam().call.function == "UploadFileToSFtpServer") {
-            writeFile(path("local"), "seventeen bytes.\n");
-        }
-        return resultOf(session);
-    }
+    SessionCalls() { scripted::curl().waits = 1; }
 
     // What the call of that name brings about when it fails. An option that is not taken ends a call, but one that only
     // hastens the end.
@@ -95,26 +36,18 @@ protected:
         const auto found = kResults.find(failed);
         return found == kResults.end() ? CURLE_UNKNOWN_OPTION : found->second;
     }
-
-    void expectNothingDamaged()
-    {
-        const std::string local = path("local");
-        EXPECT_EQ("seventeen bytes.\n", contentOf(local));
-        EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(path("")), {}));
-    }
 };
 
 } // namespace
 
-TEST_P(SessionWay, SurvivesEachCallOfLibcurlsThatFails)
+TEST_P(SessionCalls, SurvivesEachCallOfLibcurlsThatFails)
 {
     for (unsigned nth = 1;; ++nth) {
         int first = 0;
         journalOfSession([&](SFtpSession& session) {
             {
                 const memory::Pause pause;
-                std::filesystem::remove(path("local"));
-                writeFile(path("local"), "seventeen bytes.\n");
+                prepare();
                 scripted::curl().failed.clear();
                 scripted::curl().failing = nth;
                 errorText = "as it was";
@@ -137,7 +70,7 @@ TEST_P(SessionWay, SurvivesEachCallOfLibcurlsThatFails)
             if (first != CURLE_OK) {
                 expectNothingDamaged();
             }
-            EXPECT_EQ(nameOf(CURLE_OK), nameOf(againWith(session))) << "afterwards: " << failed << errorText;
+            EXPECT_EQ(nameOf(CURLE_OK), nameOf(again(session))) << "afterwards: " << failed << errorText;
         });
         ASSERT_FALSE(HasFailure());
         if (scripted::curl().failed.empty()) {
@@ -147,10 +80,7 @@ TEST_P(SessionWay, SurvivesEachCallOfLibcurlsThatFails)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, SessionWay, testing::ValuesIn(allWays()),
-                         [](const testing::TestParamInfo<Way>& parameter) {
-                             return parameter.param.call.function + "_" + parameter.param.scheme;
-                         });
+INSTANTIATE_TEST_SUITE_P(Each, SessionCalls, testing::ValuesIn(allWays()), nameOfWay);
 
 namespace {
 

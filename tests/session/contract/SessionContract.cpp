@@ -21,6 +21,18 @@ std::string withoutChance(std::string line)
     return line;
 }
 
+// The header callback did not take a line, which ends a transfer.
+struct Unheard
+{
+};
+
+void say(const scripted::Handle& handle, const std::string& line)
+{
+    if (handle.hear(line + "\r\n") != line.size() + 2) {
+        throw Unheard();
+    }
+}
+
 } // namespace
 
 SessionContract::SessionContract()
@@ -33,7 +45,11 @@ SessionContract::SessionContract()
     writeFile(request.localPath, "seventeen bytes.\n");
     scripted::curl().perform = [this](scripted::Handle& handle) {
         const memory::Pause pause;
-        return serve(handle);
+        try {
+            return serve(handle);
+        } catch (const Unheard&) {
+            return CURLE_WRITE_ERROR;
+        }
     };
 }
 
@@ -69,7 +85,7 @@ Lines SessionContract::journalOfCall(const Call& call, int expected)
 
 CURLcode SessionContract::serve(const scripted::Handle& handle)
 {
-    handle.hear("220 ready\r\n");
+    say(handle, "220 ready");
     if (!handle.isOn(CURLOPT_NOBODY)) {
         if (const CURLcode code = moveFile(handle)) {
             return code;
@@ -85,7 +101,7 @@ CURLcode SessionContract::serve(const scripted::Handle& handle)
 
 CURLcode SessionContract::moveFile(const scripted::Handle& handle)
 {
-    handle.hear("150 data follows\r\n");
+    say(handle, "150 data follows");
     if (handle.isOn(CURLOPT_UPLOAD)) {
         uploaded.clear();
         std::string piece;
@@ -98,7 +114,8 @@ CURLcode SessionContract::moveFile(const scripted::Handle& handle)
     } else if (handle.receive(content) != content.size()) {
         return CURLE_WRITE_ERROR;
     }
-    return handle.hear("226 done\r\n") == 0 ? CURLE_WRITE_ERROR : CURLE_OK;
+    say(handle, "226 done");
+    return CURLE_OK;
 }
 
 CURLcode SessionContract::command(const scripted::Handle& handle, const std::string& text)
@@ -108,26 +125,27 @@ CURLcode SessionContract::command(const scripted::Handle& handle, const std::str
     const std::string verb = whole.substr(0, whole.find(' '));
     const auto found = refused.find(verb);
     if (found != refused.end()) {
-        handle.hear("550 not that\r\n");
+        say(handle, "550 not that");
         return mayFail ? CURLE_OK : found->second;
     }
     if (verb == "FEAT") {
-        handle.hear("211-Features\r\n");
+        say(handle, "211-Features");
         for (const std::string& each : features) {
-            handle.hear(" " + each + "\r\n");
+            say(handle, " " + each);
         }
-        handle.hear("211 End\r\n");
+        say(handle, "211 End");
         return CURLE_OK;
     }
     if (verb == "MLST") {
-        handle.hear("250-Listing\r\n");
-        handle.hear(" type=file;size=11;modify=20260102030405; " + whole.substr(5) + "\r\n");
-        handle.hear("250 End\r\n");
+        say(handle, "250-Listing");
+        say(handle, " type=file;size=11;modify=20260102030405; " + whole.substr(5));
+        say(handle, "250 End");
         return CURLE_OK;
     }
     const std::string reply =
         verb == "SIZE" ? "213 " + (toldSize.empty() ? std::to_string(uploaded.size()) : toldSize) : "250 done";
-    return handle.hear(reply + "\r\n") == 0 ? CURLE_WRITE_ERROR : CURLE_OK;
+    say(handle, reply);
+    return CURLE_OK;
 }
 
 Lines connectionMade() { return {"handle 1 made", "multi 1 made", "multi 1 MAXCONNECTS = 1"}; }
