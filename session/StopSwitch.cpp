@@ -33,6 +33,7 @@ void StopSwitch::turnOn() noexcept
 {
     const int before = errno;
     m_on = true;
+    ++m_turns;
     const std::uint64_t one = 1;
     static_cast<void>(write(m_event, &one, sizeof one) < 0);
     ++m_cutting;
