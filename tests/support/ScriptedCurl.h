@@ -38,6 +38,8 @@ public:
     size_t hear(std::string line) const;
     /// for so many bytes to send, which come back in `bytes`,
     size_t send(std::string& bytes, size_t most) const;
+    /// for the end of the login,
+    int loggedIn() const;
     /// for what has moved.
     int progress(curl_off_t toReceive, curl_off_t received) const;
 
@@ -59,6 +61,7 @@ struct Curl
     bool emptyTexts = false; ///< whether the texts that it knows are empty
     std::function<CURLcode(Handle&)> perform = [](Handle&) { return CURLE_OK; };
     unsigned waits = 0;           ///< how often a transfer of the multi interface waits first
+    bool connects = false;        ///< whether it has a socket opened, and closed in the end
     std::function<void()> onWait; ///< called each time
     CURLcode getinfo = CURLE_OK;
     bool tellsSize = true;                    ///< whether a successful curl_easy_getinfo writes

@@ -5,6 +5,8 @@
 #include "support/NextFunction.h"
 #include "support/ScriptedCurl.h"
 
+#include <sys/socket.h>
+
 #include <cstdarg>
 
 // curl.h turns this into a macro of the same name, to check the number of arguments.
@@ -22,7 +24,35 @@ struct Multi
     unsigned waits = 0;
     bool told = true;
     CURLMsg message = {};
+    curl_socket_t socket = CURL_SOCKET_BAD;
+    std::function<int(curl_socket_t)> close = {}; // what the handle's callback does that opened it
 };
+
+// False where the session gives no socket.
+bool connects(Multi& multi)
+{
+    if (!curl().connects || multi.socket != CURL_SOCKET_BAD) {
+        return true;
+    }
+    const memory::Pause pause;
+    using Open = curl_socket_t (*)(void*, curlsocktype, curl_sockaddr*);
+    using Close = int (*)(void*, curl_socket_t);
+    const scripted::Handle& handle = *multi.added;
+    const auto open = reinterpret_cast<Open>(handle.pointer(CURLOPT_OPENSOCKETFUNCTION));
+    curl_sockaddr address = {};
+    address.family = AF_INET;
+    address.socktype = SOCK_STREAM;
+    {
+        const memory::Resumption session;
+        multi.socket = open(handle.pointer(CURLOPT_OPENSOCKETDATA), CURLSOCKTYPE_IPCXN, &address);
+    }
+    const auto close = reinterpret_cast<Close>(handle.pointer(CURLOPT_CLOSESOCKETFUNCTION));
+    multi.close = [close, data = handle.pointer(CURLOPT_CLOSESOCKETDATA)](curl_socket_t socket) {
+        const memory::Resumption session;
+        return close(data, socket);
+    };
+    return multi.socket != CURL_SOCKET_BAD;
+}
 
 Multi& multiOf(CURLM* multi) { return *static_cast<Multi*>(multi); }
 
@@ -103,7 +133,9 @@ extern "C" CURLMcode curl_multi_perform(CURLM* multi, int* running)
         return CURLM_OK;
     }
     const bool starved = memory::unmet("curl_multi_perform");
-    const CURLcode code = starved ? CURLE_OUT_OF_MEMORY : curl().perform(*kept.added);
+    const CURLcode code = starved           ? CURLE_OUT_OF_MEMORY
+                          : !connects(kept) ? CURLE_COULDNT_CONNECT
+                                            : curl().perform(*kept.added);
     kept.message = {CURLMSG_DONE, kept.added, {}};
     kept.message.data.result = code;
     kept.told = false;
@@ -141,6 +173,9 @@ extern "C" CURLMcode curl_multi_cleanup(CURLM* multi)
     const memory::Pause pause;
     noteOf(multiOf(multi), "cleaned up");
     EXPECT_EQ(nullptr, multiOf(multi).added);
+    if (multiOf(multi).socket != CURL_SOCKET_BAD) {
+        EXPECT_EQ(0, multiOf(multi).close(multiOf(multi).socket));
+    }
     delete &multiOf(multi);
     return CURLM_OK;
 }

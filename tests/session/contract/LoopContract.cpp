@@ -58,14 +58,20 @@ protected:
 
 } // namespace
 
-TEST_F(SessionLoop, WaitsLongerAndLongerWhereNothingHappens)
+TEST_F(SessionLoop, WaitsLongerWhereNothingHappensForLong)
 {
-    scripted::curl().waits = 9;
+    scripted::curl().waits = 2;
+    scripted::curl().onWait = [] { std::this_thread::sleep_for(milliseconds(80)); };
     const Lines lines = journalOfCall(operationCall("TestSConnect").run);
-    EXPECT_TRUE(sameLines({wait(2), wait(4), wait(8), wait(16), wait(32), wait(64), wait(100), wait(100), wait(100)},
-                          waitsIn(lines)));
-    EXPECT_EQ(10, countOf(lines, "multi 1 perform"));
+    const Lines waits = waitsIn(lines);
+    ASSERT_EQ(2U, waits.size());
+    EXPECT_EQ(3, countOf(lines, "multi 1 perform"));
     EXPECT_EQ(1, countOf(lines, "multi 1 takes 1"));
+    // An eighth of the time so far, from 1 ms to 100.
+    EXPECT_EQ(wait(1), waits[0]);
+    const int second = std::stoi(waits[1].substr(waits[1].find("waits ") + 6));
+    EXPECT_LE(10, second);
+    EXPECT_GE(100, second);
 }
 
 TEST_F(SessionLoop, EndsAtOnceWhenItIsCancelled)
@@ -90,7 +96,7 @@ TEST_F(SessionLoop, EndsAtOnceWhenItIsCancelled)
     EXPECT_EQ(2 + 5, countOf(lines, " waits "));
     const auto second = std::find(lines.begin(), lines.end(), "handle 2 made");
     ASSERT_NE(lines.end(), second) << "a connection that was cut was used again";
-    EXPECT_TRUE(sameLines({"multi 1 waits 4 ms with 1 more", "multi 1 perform", "multi 1 gives 1 back",
+    EXPECT_TRUE(sameLines({"multi 1 waits 1 ms with 1 more", "multi 1 perform", "multi 1 gives 1 back",
                            "multi 1 cleaned up", "handle 1 cleaned up", failureOf("TestSConnect", request, 42, text),
                            failureOf("TestSConnect", request, 42, text), "handle 2 made"},
                           Lines(second - 7, second + 1)));
@@ -104,28 +110,49 @@ TEST_F(SessionLoop, EndsWhenTheCallTakesTooLong)
     EXPECT_EQ(scripted::text(28) + ": the call took longer than callTimeout, 20 ms", errorText);
 }
 
-TEST_F(SessionLoop, EndsWhenATransferStalls)
+TEST_F(SessionLoop, EndsWhenAReplyOrAByteIsAwaitedForTooLong)
 {
     options.stallTimeout = milliseconds(20);
+    options.replyTimeout = milliseconds(30);
     request.remotePath += "a";
-    // Nothing has come yet: that is not a stall.
-    scripted::curl().perform = [](scripted::Handle& handle) {
-        const auto isEnd = [&handle] {
+    // How a transfer goes until the server says no more.
+    const auto textAfter = [&](const std::function<void(const scripted::Handle&)>& beginning) {
+        scripted::curl().perform = [&](scripted::Handle& handle) {
             const memory::Pause pause;
-            return handle.progress(0, 0) != 0;
+            const auto begin = std::chrono::steady_clock::now();
+            beginning(handle);
+            while (handle.progress(0, 0) == 0) {
+                if (std::chrono::steady_clock::now() - begin > milliseconds(100)) {
+                    return CURLE_OK;
+                }
+            }
+            return CURLE_ABORTED_BY_CALLBACK;
         };
-        const auto begin = std::chrono::steady_clock::now();
-        while (std::chrono::steady_clock::now() - begin < milliseconds(40)) {
-            EXPECT_FALSE(isEnd());
-        }
-        handle.receive("some");
-        while (!isEnd()) {
-        }
-        return CURLE_ABORTED_BY_CALLBACK;
+        SFtpSession session(options);
+        errorText = "none";
+        operationCall("DownLoadTo").run(session, request, errorText);
+        return errorText;
     };
-    EXPECT_EQ(1, countOf(journalOfCall(operationCall("DownLoadTo").run, CURLE_OPERATION_TIMEDOUT),
-                         "no byte moved for stallTimeout, 20 ms"));
-    EXPECT_EQ(scripted::text(28) + ": no byte moved for stallTimeout, 20 ms", errorText);
+    const std::string reply = scripted::text(28) + ": no reply for replyTimeout, 30 ms";
+    const std::string byte = scripted::text(28) + ": no byte moved for stallTimeout, 20 ms";
+    // Until the server is reached, libcurl's own limit counts.
+    EXPECT_EQ("none", textAfter([](const scripted::Handle&) {}));
+    EXPECT_EQ(reply, textAfter([](const scripted::Handle& handle) { EXPECT_EQ(0, handle.loggedIn()); }));
+    EXPECT_EQ(byte + " (the server's last reply: 150 data follows)", textAfter([](const scripted::Handle& handle) {
+                  handle.loggedIn();
+                  handle.hear("150 data follows\r\n");
+              }));
+    EXPECT_EQ(reply + " (the server's last reply: 226 done)", textAfter([](const scripted::Handle& handle) {
+                  handle.loggedIn();
+                  handle.hear("150 data follows\r\n");
+                  handle.hear("226 done\r\n");
+              }));
+    // All bytes have come: what is awaited then is the reply.
+    EXPECT_EQ(reply, textAfter([](const scripted::Handle& handle) {
+                  handle.loggedIn();
+                  EXPECT_EQ(0, handle.progress(7, 3));
+                  EXPECT_EQ(0, handle.progress(7, 7));
+              }));
 }
 
 TEST_F(SessionLoop, MakesAConnectionAnewThatDiedWhileItWasKept)
@@ -345,5 +372,5 @@ TEST_F(SessionLoop, PassesOnWhatTheProgressThrows)
         EXPECT_STREQ("the host's own", error.what());
     }
     EXPECT_EQ("as it was", errorText);
-    EXPECT_TRUE(sameLines({}, recording::takeRecords()));
+    EXPECT_TRUE(sameLines({exceptionOf("DownLoadTo", request).substr(4)}, recording::takeRecords()));
 }

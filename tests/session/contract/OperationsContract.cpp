@@ -45,8 +45,8 @@ Lines sending(const std::string& directory, const std::string& size, const Lines
 Lines receiving(const std::string& url) { return {"1 URL = " + url, "1 MAXFILESIZE_LARGE = 53687091199 (64 bits)"}; }
 
 // The file is on the disk before it takes its place, and then its name is.
-const Lines kPlaced = {"fsync", "rename .local.PROCESS.part0 local", "fsync"};
-const Lines kRemoved = {"unlink .local.PROCESS.part0"};
+const Lines kPlaced = {"fsync", "rename .local.PROCESS.0.part local", "fsync"};
+const Lines kRemoved = {"unlink .local.PROCESS.0.part"};
 const Lines kRename = {std::string("*SIZE ") + kTemporary, std::string("RNFR ") + kTemporary, "RNTO a b.bak"};
 
 std::vector<Row> rowsOfFtp(const std::string& top)
@@ -110,7 +110,7 @@ protected:
     {
         const Row& row = GetParam();
         aim(scheme);
-        const Lines setup = setUp(scheme == "sftp");
+        const Lines setup = setUp(scheme);
         Lines expected = connectionMade() + row.before;
         for (const Lines& told : row.transfers) {
             expected = expected + transferOf(setup, told);
@@ -132,8 +132,8 @@ protected:
         const std::string record =
             failureOf(row.function, request, CURLE_COULDNT_CONNECT, scripted::text(CURLE_COULDNT_CONNECT));
         EXPECT_TRUE(sameLines(connectionMade() + row.before +
-                                  transferOf(setUp(scheme == "sftp"), row.transfers.at(0), CURLE_COULDNT_CONNECT) +
-                                  row.instead + Lines{record} + connectionClosed(),
+                                  transferOf(setUp(scheme), row.transfers.at(0), CURLE_COULDNT_CONNECT) + row.instead +
+                                  Lines{record} + connectionClosed(),
                               journalOfCall(operationCall(row.function).run, CURLE_COULDNT_CONNECT)));
         EXPECT_EQ(scripted::text(CURLE_COULDNT_CONNECT), errorText);
     }

@@ -12,7 +12,7 @@ constexpr std::size_t kChance = 12;
 // A temporary name has twelve digits by chance.
 std::string withoutChance(std::string line)
 {
-    for (std::string::size_type end = line.find(".part"); end != std::string::npos; end = line.find(".part", end + 1)) {
+    for (std::string::size_type end = line.find('.'); end != std::string::npos; end = line.find('.', end + 1)) {
         const bool isChance = end > kChance && line.find_first_not_of("0123456789abcdef", end - kChance) == end;
         if (isChance) {
             line.replace(end - kChance, kChance, kChance, 'X');
@@ -38,6 +38,7 @@ void say(const scripted::Handle& handle, const std::string& line)
 SessionContract::SessionContract()
 {
     recorded::disk() = {};
+    scripted::curl().connects = true;
     request.remotePath = "ftp://server:2121/backup/a.bak";
     request.port = 0;
     request.caCert.clear();
@@ -125,7 +126,7 @@ CURLcode SessionContract::command(const scripted::Handle& handle, const std::str
     const std::string verb = whole.substr(0, whole.find(' '));
     const auto found = refused.find(verb);
     if (found != refused.end()) {
-        say(handle, "550 not that");
+        say(handle, refusal);
         return mayFail ? CURLE_OK : found->second;
     }
     if (verb == "FEAT") {
@@ -154,7 +155,7 @@ Lines connectionClosed() { return {"multi 1 cleaned up", "handle 1 cleaned up"};
 
 namespace {
 
-Lines afterTheReset()
+Lines afterTheReset(const std::string& scheme)
 {
     return {
         "1 reset",
@@ -162,21 +163,21 @@ Lines afterTheReset()
         "1 OPENSOCKETDATA = unknown",
         "1 CLOSESOCKETFUNCTION = unknown function",
         "1 CLOSESOCKETDATA = unknown",
-        "1 HEADERFUNCTION = unknown function",
-        "1 HEADERDATA = unknown",
         "1 ERRORBUFFER = unknown",
         "1 NOSIGNAL = 1",
         "1 QUICK_EXIT = 1",
         "1 TCP_KEEPALIVE = 1",
-        "1 PROTOCOLS_STR = ftp,ftps,sftp",
+        "1 PROTOCOLS_STR = " + scheme,
         "1 PATH_AS_IS = 1",
         "1 USERNAME = operator",
         "1 PASSWORD = correct horse battery",
         "1 PROXY = ",
+        "1 HTTPPROXYTUNNEL = 1",
         "1 FTP_SKIP_PASV_IP = 1",
         "1 FTP_FILEMETHOD = 3",
         "1 CONNECTTIMEOUT_MS = 20000",
-        "1 FTP_RESPONSE_TIMEOUT = 60",
+        "1 FTP_RESPONSE_TIMEOUT = 61",
+        "1 MAXAGE_CONN = 2147483",
         "1 MAX_SEND_SPEED_LARGE = 0 (64 bits)",
         "1 MAX_RECV_SPEED_LARGE = 0 (64 bits)",
     };
@@ -197,11 +198,14 @@ Lines overTls()
 
 } // namespace
 
-Lines setUp(bool ssh)
+Lines setUp(const std::string& scheme)
 {
-    return afterTheReset() + (ssh ? overSsh() : overTls()) +
-           Lines{"1 NOPROGRESS = 0", "1 XFERINFOFUNCTION = unknown function", "1 XFERINFODATA = unknown",
-                 "1 WRITEFUNCTION = unknown function", "1 WRITEDATA = unknown"};
+    return afterTheReset(scheme) + (scheme == "sftp" ? overSsh() : overTls()) +
+           Lines{"1 NOPROGRESS = 0",         "1 XFERINFOFUNCTION = unknown function",
+                 "1 XFERINFODATA = unknown", "1 HEADERFUNCTION = unknown function",
+                 "1 HEADERDATA = unknown",   "1 PREREQFUNCTION = unknown function",
+                 "1 PREREQDATA = unknown",   "1 WRITEFUNCTION = unknown function",
+                 "1 WRITEDATA = unknown"};
 }
 
 Lines transferOf(const Lines& setUp, const Lines& told, int code)
@@ -209,9 +213,8 @@ Lines transferOf(const Lines& setUp, const Lines& told, int code)
     const bool hasList = std::any_of(told.begin(), told.end(),
                                      [](const std::string& line) { return line.compare(0, 8, "list of ") == 0; });
     return setUp + told +
-           Lines{
-               "1 HEADERFUNCTION = unknown function",   "1 HEADERDATA = unknown", "multi 1 takes 1", "multi 1 perform",
-               "multi 1 tells " + std::to_string(code), "multi 1 gives 1 back"} +
+           Lines{"multi 1 takes 1", "multi 1 perform", "multi 1 tells " + std::to_string(code),
+                 "multi 1 gives 1 back"} +
            (hasList ? Lines{"list freed"} : Lines{});
 }
 
@@ -224,6 +227,11 @@ std::string failureOf(const std::string& function, const SFtpRequest& request, i
 {
     return "log 4 SFtpSession 77 SFtpSession::" + function + "(): 0|" + request.remotePath + ": " +
            std::to_string(code) + " " + text;
+}
+
+std::string exceptionOf(const std::string& function, const SFtpRequest& request)
+{
+    return "log 4 SFtpSession 77 SFtpSession::" + function + "(): 0|" + request.remotePath + ": ended by an exception";
 }
 
 namespace {

@@ -35,6 +35,8 @@ protected:
     std::string toldSize;                    ///< in the reply to SIZE; empty: what has been uploaded
     std::map<std::string, CURLcode> refused; ///< commands that end a transfer, with what libcurl makes of it
 
+    std::string refusal = "550 not that"; ///< what the server says of them
+
 private:
     CURLcode command(const scripted::Handle& handle, const std::string& text);
     CURLcode moveFile(const scripted::Handle& handle);
@@ -46,9 +48,8 @@ private:
 Lines connectionMade();
 Lines connectionClosed();
 
-/// What a handle is told before each transfer, whatever the operation: over FTP in the clear until TLS is on, over FTP
-/// and TLS from the first byte, or over SSH.
-Lines setUp(bool ssh);
+/// What a handle is told before each transfer, whatever the operation, for a URL of this scheme.
+Lines setUp(const std::string& scheme);
 
 /// A transfer: set up, told these things beyond, and run to this result.
 Lines transferOf(const Lines& setUp, const Lines& told, int code = CURLE_OK);
@@ -56,6 +57,9 @@ Lines transferOf(const Lines& setUp, const Lines& told, int code = CURLE_OK);
 /// The session's record of an end, and of a failure.
 std::string endOf(const std::string& function, const SFtpRequest& request);
 std::string failureOf(const std::string& function, const SFtpRequest& request, int code, const std::string& text);
+
+/// And of an exception that is the host's own.
+std::string exceptionOf(const std::string& function, const SFtpRequest& request);
 
 /// The same lines with another value of an option that is among them.
 Lines withOption(Lines lines, const std::string& option, const std::string& value);
