@@ -82,6 +82,7 @@ void Connection::reachSockets()
 
 CURLcode Connection::run(Call& call)
 {
+    m_call = &call;
     reachSockets();
     if (curl_multi_add_handle(m_multi.get(), m_easy.get()) != CURLM_OK) {
         throw std::bad_alloc();
@@ -132,19 +133,20 @@ CURLcode Connection::resultOfTransfer() const
 }
 
 curl_socket_t Connection::openSocket(void* self, curlsocktype /*purpose*/, curl_sockaddr* address) noexcept
-try {
+{
     auto& connection = *static_cast<Connection*>(self);
-    connection.m_sockets.push_back({CURL_SOCKET_BAD, nullptr});
-    Socket& opened = connection.m_sockets.back();
-    opened.number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-    if (opened.number < 0) {
-        connection.m_sockets.pop_back();
+    const int number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    if (number < 0) {
         return CURL_SOCKET_BAD;
     }
-    opened.reach = std::make_unique<StopSwitch::Reach>(connection.m_stop, opened.number);
-    return opened.number;
-} catch (const std::exception&) {
-    return CURL_SOCKET_BAD;
+    try {
+        connection.m_sockets.push_back({number, std::make_unique<StopSwitch::Reach>(connection.m_stop, number)});
+        return number;
+    } catch (...) {
+        connection.m_call->keepException();
+        close(number);
+        return CURL_SOCKET_BAD;
+    }
 }
 
 int Connection::closeSocket(void* self, curl_socket_t socket) noexcept

@@ -84,8 +84,22 @@ Lines SessionContract::journalOfCall(const Call& call, int expected)
     });
 }
 
+// An SSH server shows its key first.
+bool SessionContract::isKnown(const scripted::Handle& handle) const
+{
+    using Judge = int (*)(CURL*, const curl_khkey*, const curl_khkey*, curl_khmatch, void*);
+    const auto judge = reinterpret_cast<Judge>(handle.pointer(CURLOPT_SSH_KEYFUNCTION));
+    const curl_khkey found = {"key", 3, CURLKHTYPE_ED25519};
+    const memory::Resumption session;
+    return judge == nullptr ||
+           judge(nullptr, nullptr, &found, CURLKHMATCH_OK, handle.pointer(CURLOPT_SSH_KEYDATA)) == CURLKHSTAT_FINE;
+}
+
 CURLcode SessionContract::serve(const scripted::Handle& handle)
 {
+    if (!isKnown(handle)) {
+        return CURLE_PEER_FAILED_VERIFICATION;
+    }
     say(handle, "220 ready");
     if (!handle.isOn(CURLOPT_NOBODY)) {
         if (const CURLcode code = moveFile(handle)) {

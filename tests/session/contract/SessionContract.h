@@ -38,6 +38,7 @@ protected:
     std::string refusal = "550 not that"; ///< what the server says of them
 
 private:
+    bool isKnown(const scripted::Handle& handle) const;
     CURLcode command(const scripted::Handle& handle, const std::string& text);
     CURLcode moveFile(const scripted::Handle& handle);
 };
