@@ -49,6 +49,9 @@ void saveFolder(const std::string& path)
 
 ArrivingFile::ArrivingFile(const std::string& path) : m_path(withoutLinks(path))
 {
+    if (path.empty()) {
+        fail("written", path, ENOENT);
+    }
     struct stat there = {};
     const bool exists = stat(m_path.c_str(), &there) == 0;
     if (exists && S_ISDIR(there.st_mode)) {
