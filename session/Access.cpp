@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <exception>
 #include <limits>
 
 namespace session {
@@ -56,8 +55,9 @@ Access::Access(const SFtpRequest& request, const SessionOptions& options, Certif
     m_identity.digest = digest.value();
 }
 
-void Access::applyTo(CURL* handle, const Connection& connection, const Call& call)
+void Access::applyTo(CURL* handle, const Connection& connection, Call& call)
 {
+    m_call = &call;
     set(handle, CURLOPT_PROTOCOLS_STR, nameOf(m_target.scheme()).c_str());
     set(handle, CURLOPT_PATH_AS_IS, 1L);
     set(handle, CURLOPT_USERNAME, m_request.userName.c_str());
@@ -156,7 +156,8 @@ try {
     const std::string fingerprint = fingerprintOf({key, length});
     return static_cast<Access*>(self)->judgeUnknown(fingerprint) == CURLKHSTAT_FINE ? CURLKHMATCH_OK
                                                                                     : CURLKHMATCH_MISMATCH;
-} catch (const std::exception&) {
+} catch (...) {
+    static_cast<Access*>(self)->m_call->keepException();
     return CURLKHMATCH_MISMATCH;
 }
 
@@ -173,7 +174,8 @@ try {
         return CURLKHSTAT_REJECT;
     }
     return access.judgeUnknown(fingerprint);
-} catch (const std::exception&) {
+} catch (...) {
+    static_cast<Access*>(self)->m_call->keepException();
     return CURLKHSTAT_REJECT;
 }
 

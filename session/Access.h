@@ -29,7 +29,7 @@ public:
     const Identity& identity() const { return m_identity; }
 
     /// Sets a renewed handle up for this server and login. What libcurl is handed lives as long as this object.
-    void applyTo(CURL* handle, const Connection& connection, const Call& call);
+    void applyTo(CURL* handle, const Connection& connection, Call& call);
 
     /// Whether TLS 1.3 is spoken over the connection.
     bool speaksNewestTls(const Connection& connection) const;
@@ -54,6 +54,7 @@ private:
     std::string m_ca;             ///< PEM; empty: the machine's trust store
     Identity m_identity;
     std::string m_hostKeyRefusal;
+    Call* m_call = nullptr; // of the transfer that is set up
 };
 
 } // namespace session

@@ -72,6 +72,9 @@ ArrivingFile::ArrivingFile(const std::string& path, const Call& call) : Arriving
 ArrivingFile::ArrivingFile(const std::string& path, const Call& call, const std::string& version)
     : m_call(call), m_asked(path), m_path(withoutLinks(path))
 {
+    if (path.empty()) {
+        fail("written", path, ENOENT);
+    }
     struct stat there = {};
     const bool exists = stat(m_path.c_str(), &there) == 0;
     if (exists && S_ISDIR(there.st_mode)) {

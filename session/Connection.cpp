@@ -1,5 +1,7 @@
 #include "Connection.h"
 
+#include "SetOption.h"
+
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -60,15 +62,15 @@ CURL* Connection::renew()
     curl_easy_reset(handle);
     m_replies = {};
     m_detail = {};
-    curl_easy_setopt(handle, CURLOPT_OPENSOCKETFUNCTION, openSocket);
-    curl_easy_setopt(handle, CURLOPT_OPENSOCKETDATA, this);
-    curl_easy_setopt(handle, CURLOPT_CLOSESOCKETFUNCTION, closeSocket);
-    curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, this);
-    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_detail.data());
-    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    // A name that is being looked up is not waited for when the call ends.
+    set(handle, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+    set(handle, CURLOPT_OPENSOCKETDATA, this);
+    set(handle, CURLOPT_CLOSESOCKETFUNCTION, closeSocket);
+    set(handle, CURLOPT_CLOSESOCKETDATA, this);
+    set(handle, CURLOPT_ERRORBUFFER, m_detail.data());
+    set(handle, CURLOPT_NOSIGNAL, 1L);
+    // A name that is being looked up is not waited for when the call ends; a libcurl before 7.87 waits.
     curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
-    curl_easy_setopt(handle, CURLOPT_TCP_KEEPALIVE, 1L);
+    set(handle, CURLOPT_TCP_KEEPALIVE, 1L);
     return handle;
 }
 
@@ -81,6 +83,7 @@ void Connection::reachSockets()
 
 CURLcode Connection::run(Call& call)
 {
+    m_call = &call;
     reachSockets();
     if (curl_multi_add_handle(m_multi.get(), m_easy.get()) != CURLM_OK) {
         throw std::bad_alloc();
@@ -150,19 +153,20 @@ CURLcode Connection::resultOfTransfer() const
 }
 
 curl_socket_t Connection::openSocket(void* self, curlsocktype /*purpose*/, curl_sockaddr* address) noexcept
-try {
+{
     auto& connection = *static_cast<Connection*>(self);
-    connection.m_sockets.push_back({CURL_SOCKET_BAD, nullptr});
-    Socket& opened = connection.m_sockets.back();
-    opened.number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-    if (opened.number < 0) {
-        connection.m_sockets.pop_back();
+    const int number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    if (number < 0) {
         return CURL_SOCKET_BAD;
     }
-    opened.reach = std::make_unique<StopSwitch::Reach>(connection.m_stop, opened.number);
-    return opened.number;
-} catch (const std::exception&) {
-    return CURL_SOCKET_BAD;
+    try {
+        connection.m_sockets.push_back({number, std::make_unique<StopSwitch::Reach>(connection.m_stop, number)});
+        return number;
+    } catch (...) {
+        connection.m_call->keepException();
+        close(number);
+        return CURL_SOCKET_BAD;
+    }
 }
 
 int Connection::closeSocket(void* self, curl_socket_t socket) noexcept

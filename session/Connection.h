@@ -79,6 +79,7 @@ private:
 
     StopSwitch& m_stop;
     std::vector<Socket> m_sockets;
+    Call* m_call = nullptr; // of the transfer that runs
     Replies m_replies;
     std::array<char, CURL_ERROR_SIZE> m_detail = {};
     bool m_usable = true;

@@ -28,6 +28,9 @@ Url parsed(const std::string& text)
     // A blank in a path is meant as one.
     const CURLUcode code = curl_url_set(url.get(), CURLUPART_URL, text.c_str(),
                                         CURLU_PATH_AS_IS | CURLU_NON_SUPPORT_SCHEME | CURLU_URLENCODE);
+    if (code == CURLUE_OUT_OF_MEMORY) {
+        throw std::bad_alloc();
+    }
     if (code != CURLUE_OK) {
         throw refusal(CURLE_URL_MALFORMAT,
                       std::string("remotePath cannot be read as a URL (") + curl_url_strerror(code) + ")");
@@ -38,7 +41,11 @@ Url parsed(const std::string& text)
 std::string partOf(const Url& url, CURLUPart part, unsigned flags = 0)
 {
     char* text = nullptr;
-    if (curl_url_get(url.get(), part, &text, flags) != CURLUE_OK) {
+    const CURLUcode code = curl_url_get(url.get(), part, &text, flags);
+    if (code == CURLUE_OUT_OF_MEMORY) {
+        throw std::bad_alloc(); // a part that is lost is not one that is missing
+    }
+    if (code != CURLUE_OK) {
         return {};
     }
     const std::unique_ptr<char, decltype(&curl_free)> owner(text, curl_free);

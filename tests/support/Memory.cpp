@@ -112,6 +112,10 @@ Pause::Pause() { ++pauses; }
 
 Pause::~Pause() { --pauses; }
 
+Resumption::Resumption() : m_before(std::exchange(pauses, 0)) {}
+
+Resumption::~Resumption() { pauses = m_before; }
+
 bool watched() { return current != nullptr && pauses == 0 && !writing; }
 
 void failAllocation(unsigned nth, Shortage shortage) { countDown(nth, shortage, false, false); }

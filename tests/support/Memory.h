@@ -59,6 +59,19 @@ public:
     Pause& operator=(const Pause&) = delete;
 };
 
+/// Takes what the harness calls back into the watch, whatever Pause it is in.
+class Resumption
+{
+public:
+    Resumption();
+    ~Resumption();
+    Resumption(const Resumption&) = delete;
+    Resumption& operator=(const Resumption&) = delete;
+
+private:
+    const unsigned m_before;
+};
+
 /// True between a Watch's ends, outside of any Pause.
 bool watched();
 

@@ -25,13 +25,80 @@ void* Handle::pointer(CURLoption option) const
 size_t Handle::receive(std::string bytes) const
 {
     const auto write = reinterpret_cast<size_t (*)(void*, size_t, size_t, void*)>(pointer(CURLOPT_WRITEFUNCTION));
+    const memory::Resumption library;
     return write(bytes.data(), 1, bytes.size(), pointer(CURLOPT_WRITEDATA));
+}
+
+void Handle::set(CURLoption option, long value)
+{
+    m_on.erase(option);
+    if (value == 1) {
+        m_on.insert(option);
+    }
+}
+
+void Handle::reset()
+{
+    m_pointers.clear();
+    m_on.clear();
+}
+
+size_t Handle::hear(std::string line) const
+{
+    const auto header = reinterpret_cast<size_t (*)(void*, size_t, size_t, void*)>(pointer(CURLOPT_HEADERFUNCTION));
+    const memory::Resumption library;
+    return header(line.data(), 1, line.size(), pointer(CURLOPT_HEADERDATA));
+}
+
+size_t Handle::send(std::string& bytes, size_t most) const
+{
+    bytes.resize(most);
+    const auto read = reinterpret_cast<size_t (*)(void*, size_t, size_t, void*)>(pointer(CURLOPT_READFUNCTION));
+    const size_t given = [&] {
+        const memory::Resumption library;
+        return read(bytes.data(), 1, most, pointer(CURLOPT_READDATA));
+    }();
+    bytes.resize(given > most ? 0 : given);
+    return given;
+}
+
+int Handle::loggedIn() const
+{
+    using Tell = int (*)(void*, char*, char*, int, int);
+    const auto tell = reinterpret_cast<Tell>(pointer(CURLOPT_PREREQFUNCTION));
+    std::string address = "127.0.0.1";
+    const memory::Resumption library;
+    return tell(pointer(CURLOPT_PREREQDATA), address.data(), address.data(), 21, 50000);
+}
+
+int Handle::progress(curl_off_t toReceive, curl_off_t received) const
+{
+    const auto tell = reinterpret_cast<int (*)(void*, curl_off_t, curl_off_t, curl_off_t, curl_off_t)>(
+        pointer(CURLOPT_XFERINFOFUNCTION));
+    const memory::Resumption library;
+    return tell(pointer(CURLOPT_XFERINFODATA), toReceive, received, 0, 0);
+}
+
+void Handle::detail(const std::string& text) const
+{
+    const memory::Pause pause;
+    text.copy(static_cast<char*>(pointer(CURLOPT_ERRORBUFFER)), CURL_ERROR_SIZE - 1);
 }
 
 Curl& curl()
 {
     static Curl instance;
     return instance;
+}
+
+bool fails(const std::string& call)
+{
+    if (curl().failing == 0 || --curl().failing > 0) {
+        return false;
+    }
+    curl().failed = call;
+    journal::note(call + " fails");
+    return true;
 }
 
 std::string text(int code) { return "libcurl's text for " + std::to_string(code); }
@@ -82,8 +149,16 @@ std::string functionName(const void* function)
 std::string pointerValue(CURLoption option, void* value)
 {
     const curl_easyoption* known = curl_easy_option_by_id(option);
+    if (value == nullptr) {
+        return nameOf(value);
+    }
     if (known != nullptr && known->type == CURLOT_STRING) {
         return static_cast<const char*>(value);
+    }
+    if (known != nullptr && known->type == CURLOT_BLOB) {
+        const auto& blob = *static_cast<const curl_blob*>(value);
+        return std::string(static_cast<const char*>(blob.data), blob.len) +
+               (blob.flags == CURL_BLOB_NOCOPY ? " (not copied)" : "");
     }
     if (known != nullptr && known->type == CURLOT_SLIST) {
         return listOf(static_cast<const curl_slist*>(value));
@@ -95,14 +170,16 @@ std::string takeValue(Handle& handle, CURLoption option, va_list& arguments)
 {
     const int kind = option / 10000 * 10000;
     if (kind == CURLOPTTYPE_LONG) {
-        return std::to_string(va_arg(arguments, long));
+        const long value = va_arg(arguments, long);
+        handle.set(option, value);
+        return std::to_string(value);
     }
     if (kind == CURLOPTTYPE_OFF_T) {
         return std::to_string(va_arg(arguments, curl_off_t)) + " (64 bits)";
     }
     void* value = va_arg(arguments, void*);
     handle.set(option, value);
-    if (option == CURLOPT_URL) {
+    if (option == CURLOPT_URL && value != nullptr) {
         curl().url = static_cast<const char*>(value);
         curl().urlAt = value;
     }
@@ -121,7 +198,7 @@ extern "C" CURL* curl_easy_init()
 {
     const bool starved = memory::unmet("curl_easy_init");
     const memory::Pause pause;
-    if (starved || !curl().handles) {
+    if (starved || !curl().handles || fails("curl_easy_init")) {
         journal::note("curl_easy_init gives nothing");
         return nullptr;
     }
@@ -140,6 +217,9 @@ extern "C" CURLcode curl_easy_setopt(CURL* curl, CURLoption option, ...)
         return CURLE_OUT_OF_MEMORY;
     }
     const memory::Pause pause;
+    if (fails(optionName(option))) {
+        return CURLE_UNKNOWN_OPTION;
+    }
     va_list arguments;
     va_start(arguments, option);
     const std::string value = takeValue(handleOf(curl), option, arguments);
@@ -161,13 +241,17 @@ extern "C" CURLcode curl_easy_perform(CURL* handle)
 extern "C" CURLcode curl_easy_getinfo(CURL* handle, CURLINFO info, ...)
 {
     const memory::Pause pause;
-    const bool known = info == CURLINFO_CONTENT_LENGTH_DOWNLOAD_T;
-    journal::note(std::to_string(handleOf(handle).number()) + " getinfo " +
-                  (known ? "CONTENT_LENGTH_DOWNLOAD_T" : std::to_string(info)));
-    if (known && curl().getinfo == CURLE_OK && curl().tellsSize) {
+    const bool isSize = info == CURLINFO_CONTENT_LENGTH_DOWNLOAD_T;
+    const bool isTime = info == CURLINFO_FILETIME_T;
+    const std::string name = isSize ? "CONTENT_LENGTH_DOWNLOAD_T" : isTime ? "FILETIME_T" : std::to_string(info);
+    journal::note(std::to_string(handleOf(handle).number()) + " getinfo " + name);
+    if (fails("getinfo " + name)) {
+        return CURLE_UNKNOWN_OPTION;
+    }
+    if ((isSize || isTime) && curl().getinfo == CURLE_OK && curl().tellsSize) {
         va_list arguments;
         va_start(arguments, info);
-        *va_arg(arguments, curl_off_t*) = curl().size;
+        *va_arg(arguments, curl_off_t*) = isSize ? curl().size : curl().time;
         va_end(arguments);
     }
     return curl().getinfo;
@@ -196,7 +280,7 @@ extern "C" curl_slist* curl_slist_append(curl_slist* list, const char* text)
     const bool starved = memory::unmet("curl_slist_append");
     const memory::Pause pause;
     journal::note(std::string("list of ") + (list == nullptr ? "its own" : "another") + ": " + text);
-    if (starved || !curl().lists) {
+    if (starved || !curl().lists || fails("curl_slist_append")) {
         return nullptr;
     }
     // The library never frees its lists, so this harness keeps them.
@@ -204,7 +288,15 @@ extern "C" curl_slist* curl_slist_append(curl_slist* list, const char* text)
     static std::vector<std::unique_ptr<curl_slist>> lists;
     elements.push_back(std::make_unique<std::string>(text));
     lists.push_back(std::make_unique<curl_slist>(curl_slist{elements.back()->data(), nullptr}));
-    return lists.back().get();
+    if (list == nullptr) {
+        return lists.back().get();
+    }
+    curl_slist* last = list;
+    while (last->next != nullptr) {
+        last = last->next;
+    }
+    last->next = lists.back().get();
+    return list;
 }
 
 extern "C" void curl_slist_free_all(curl_slist* /*list*/)

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -23,12 +24,32 @@ public:
     void* pointer(CURLoption option) const;
     void set(CURLoption option, void* value) { m_pointers[option] = value; }
 
-    /// Calls the write callback with the bytes, as libcurl does for received data; what the callback returned.
+    /// Whether an option of type long was set to 1.
+    bool isOn(CURLoption option) const { return m_on.count(option) != 0; }
+    void set(CURLoption option, long value);
+
+    /// As new.
+    void reset();
+
+    // Each calls one of the callbacks that were set, as libcurl does, and gives what it returned:
+    /// for received data,
     size_t receive(std::string bytes) const;
+    /// for a line that the server says,
+    size_t hear(std::string line) const;
+    /// for so many bytes to send, which come back in `bytes`,
+    size_t send(std::string& bytes, size_t most) const;
+    /// for the end of the login,
+    int loggedIn() const;
+    /// for what has moved.
+    int progress(curl_off_t toReceive, curl_off_t received) const;
+
+    /// What stands in the error buffer afterwards.
+    void detail(const std::string& text) const;
 
 private:
     int m_number;
     std::map<CURLoption, void*> m_pointers;
+    std::set<CURLoption> m_on;
 };
 
 /// How libcurl behaves in this test. Tests change it; the harness sets it back.
@@ -39,17 +60,27 @@ struct Curl
     bool texts = true;       ///< whether curl_easy_strerror knows texts
     bool emptyTexts = false; ///< whether the texts that it knows are empty
     std::function<CURLcode(Handle&)> perform = [](Handle&) { return CURLE_OK; };
+    unsigned waits = 0;           ///< how often a transfer of the multi interface waits first
+    bool connects = false;        ///< whether it has a socket opened, and closed in the end
+    std::function<void()> onWait; ///< called each time
     CURLcode getinfo = CURLE_OK;
     bool tellsSize = true;                    ///< whether a successful curl_easy_getinfo writes
     curl_off_t size = 0;                      ///< what CURLINFO_CONTENT_LENGTH_DOWNLOAD_T tells
+    curl_off_t time = -1;                     ///< what CURLINFO_FILETIME_T tells
     std::map<const void*, std::string> names; ///< what the journal calls a pointer
     int made = 0;
+    int multisMade = 0;
+    unsigned failing = 0;   ///< which call from now on fails, once, of those that can; 1 is the next one, 0 none
+    std::string failed;     ///< what was called then
     std::vector<int> asked; ///< the codes that curl_easy_strerror was asked for
     std::string url;        ///< the bytes of the last CURLOPT_URL, and where they stood
     const void* urlAt = nullptr;
 };
 
 Curl& curl();
+
+/// For the functions of libcurl's that can fail: true where this call is to.
+bool fails(const std::string& call);
 
 /// The text that curl_easy_strerror gives for a code.
 std::string text(int code);

@@ -1,0 +1,174 @@
+// What each operation tells libcurl, in order, from the first handle to the last record.
+#include "OperationCalls.h"
+#include "SessionContract.h"
+
+namespace {
+
+struct Row
+{
+    std::string name;
+    std::string function;
+    std::string path;             ///< behind the server
+    std::vector<Lines> transfers; ///< what each is told beyond the setup
+    Lines before = {};            ///< between the connection and the first transfer
+    Lines after = {};             ///< between the last transfer and the record
+    Lines instead = {};           ///< the same where the transfer failed
+};
+
+std::ostream& operator<<(std::ostream& stream, const Row& row) { return stream << row.name; }
+
+constexpr const char* kTemporary = ".a b.bak.XXXXXXXXXXXX.part";
+
+// Lists of commands behind a visit to a directory without a data connection.
+Lines commands(const std::string& url, const Lines& texts)
+{
+    Lines lines = {"1 URL = " + url, "1 NOBODY = 1"};
+    std::string whole;
+    for (const std::string& each : texts) {
+        lines.push_back((whole.empty() ? "list of its own: " : "list of another: ") + each);
+        whole += "[" + each + "]";
+    }
+    lines.push_back("1 POSTQUOTE = " + (whole.empty() ? "null" : whole));
+    return lines;
+}
+
+Lines sending(const std::string& directory, const std::string& size, const Lines& texts)
+{
+    Lines lines = {"1 URL = " + directory + ".a%20b.bak.XXXXXXXXXXXX.part", "1 UPLOAD = 1",
+                   "1 READFUNCTION = unknown function", "1 READDATA = unknown",
+                   "1 INFILESIZE_LARGE = " + size + " (64 bits)"};
+    const Lines after = commands("", texts);
+    lines.insert(lines.end(), after.begin() + 2, after.end());
+    return lines;
+}
+
+Lines receiving(const std::string& url) { return {"1 URL = " + url, "1 MAXFILESIZE_LARGE = 53687091199 (64 bits)"}; }
+
+// The file is on the disk before it takes its place, and then its name is.
+const Lines kPlaced = {"fsync", "rename .local.PROCESS.0.part local", "fsync"};
+const Lines kRemoved = {"unlink .local.PROCESS.0.part"};
+const Lines kRename = {std::string("*SIZE ") + kTemporary, std::string("RNFR ") + kTemporary, "RNTO a b.bak"};
+
+std::vector<Row> rowsOfFtp(const std::string& top)
+{
+    const std::string file = top + "a%20b.bak";
+    return {
+        {"List", "Listsftpdir", "", {{"1 URL = " + top, "1 DIRLISTONLY = 1"}}, {}, kPlaced, kRemoved},
+        {"Download", "DownLoadSFtpFile", "a%20b.bak", {receiving(file)}, {}, kPlaced, kRemoved},
+        {"Rename", "ReNameSFtpFile", "", {commands(top, {"RNFR from here", "RNTO to there"})}},
+        {"Delete", "DelSFtpFile", "", {commands(top, {"DELE from here"})}},
+        {"Upload", "UploadFileToSFtpServer", "a%20b.bak", {sending(top, "17", kRename)}, {"stat"}},
+        {"Test", "TestSConnect", "", {commands(top, {})}},
+        {"ListByFacts", "ListEntries", "", {commands(top, {"*FEAT"}), {"1 URL = " + top, "1 CUSTOMREQUEST = MLSD"}}},
+        {"Stat", "StatEntry", "a%20b.bak", {{"1 URL = " + file, "1 NOBODY = 1", "1 FILETIME = 1"}}},
+        {"MakeDirectory", "MakeSFtpDir", "a%20b.bak", {commands(top, {"MKD a b.bak"})}},
+        {"RemoveDirectory", "RemoveSFtpDir", "a%20b.bak", {commands(top, {"RMD a b.bak"})}},
+        {"DownloadToSink", "DownLoadTo", "a%20b.bak", {receiving(file)}},
+        {"UploadFromSource", "UploadFrom", "a%20b.bak", {sending(top, "-1", kRename)}},
+    };
+}
+
+std::vector<Row> rowsOfSsh()
+{
+    const std::string top = "sftp://server:2121/backup/";
+    const std::string file = top + "a%20b.bak";
+    const std::string rename = std::string("rename \"/backup/") + kTemporary + "\" \"/backup/a b.bak\"";
+    return {
+        {"List", "Listsftpdir", "", {{"1 URL = " + top, "1 DIRLISTONLY = 1"}}, {}, kPlaced, kRemoved},
+        {"Download", "DownLoadSFtpFile", "a%20b.bak", {receiving(file)}, {}, kPlaced, kRemoved},
+        {"Rename", "ReNameSFtpFile", "", {commands(top, {"rename \"/backup/from here\" \"/backup/to there\""})}},
+        {"Delete", "DelSFtpFile", "", {commands(top, {"rm \"/backup/from here\""})}},
+        {"Upload", "UploadFileToSFtpServer", "a%20b.bak", {sending(top, "17", {rename})}, {"stat"}},
+        {"Test", "TestSConnect", "", {commands(top, {})}},
+        {"ListEntries", "ListEntries", "", {{"1 URL = " + top}}},
+        {"Stat", "StatEntry", "a%20b.bak", {{"1 URL = " + top}}},
+        {"MakeDirectory", "MakeSFtpDir", "a%20b.bak", {commands(top, {"mkdir \"/backup/a b.bak\""})}},
+        {"RemoveDirectory", "RemoveSFtpDir", "a%20b.bak", {commands(top, {"rmdir \"/backup/a b.bak\""})}},
+        {"DownloadToSink", "DownLoadTo", "a%20b.bak", {receiving(file)}},
+        {"UploadFromSource", "UploadFrom", "a%20b.bak", {sending(top, "-1", {rename})}},
+    };
+}
+
+class SessionOperation : public SessionContract, public testing::WithParamInterface<Row>
+{
+protected:
+    SessionOperation() { features = {"MLST type*;size*;"}; }
+
+    void aim(const std::string& scheme)
+    {
+        request.remotePath = scheme + "://server:2121/backup/" + GetParam().path;
+        request.remoteFileName = "from here";
+        if (GetParam().function == "ReNameSFtpFile") {
+            request.localPath = "to there";
+        }
+        if (scheme == "sftp") {
+            content = "-rw-r--r-- 1 u g 7 Jan  1 00:00 a b.bak\n";
+        }
+    }
+
+    void expectTold(const std::string& scheme)
+    {
+        const Row& row = GetParam();
+        aim(scheme);
+        const Lines setup = setUp(scheme);
+        Lines expected = connectionMade() + row.before;
+        for (const Lines& told : row.transfers) {
+            expected = expected + transferOf(setup, told);
+        }
+        if (row.name == "Stat" && scheme != "sftp") {
+            expected = expected + Lines{"1 getinfo CONTENT_LENGTH_DOWNLOAD_T", "1 getinfo FILETIME_T"};
+        }
+        EXPECT_TRUE(sameLines(expected + row.after + Lines{endOf(row.function, request)} + connectionClosed(),
+                              journalOfCall(operationCall(row.function).run)));
+        EXPECT_EQ("as it was", errorText);
+    }
+
+    // A failure of the first transfer ends the call: nothing else is tried, and nothing else is told.
+    void expectEnded(const std::string& scheme)
+    {
+        const Row& row = GetParam();
+        aim(scheme);
+        performGives(CURLE_COULDNT_CONNECT);
+        const std::string record =
+            failureOf(row.function, request, CURLE_COULDNT_CONNECT, scripted::text(CURLE_COULDNT_CONNECT));
+        EXPECT_TRUE(sameLines(connectionMade() + row.before +
+                                  transferOf(setUp(scheme), row.transfers.at(0), CURLE_COULDNT_CONNECT) + row.instead +
+                                  Lines{record} + connectionClosed(),
+                              journalOfCall(operationCall(row.function).run, CURLE_COULDNT_CONNECT)));
+        EXPECT_EQ(scripted::text(CURLE_COULDNT_CONNECT), errorText);
+    }
+};
+
+std::string nameOfRow(const testing::TestParamInfo<Row>& parameter) { return parameter.param.name; }
+
+class SessionOverFtp : public SessionOperation
+{
+};
+
+TEST_P(SessionOverFtp, TellsLibcurl) { expectTold("ftp"); }
+
+TEST_P(SessionOverFtp, EndsWithItsFirstFailure) { expectEnded("ftp"); }
+
+INSTANTIATE_TEST_SUITE_P(Each, SessionOverFtp, testing::ValuesIn(rowsOfFtp("ftp://server:2121/backup/")), nameOfRow);
+
+class SessionOverFtps : public SessionOperation
+{
+};
+
+TEST_P(SessionOverFtps, TellsLibcurl) { expectTold("ftps"); }
+
+TEST_P(SessionOverFtps, EndsWithItsFirstFailure) { expectEnded("ftps"); }
+
+INSTANTIATE_TEST_SUITE_P(Each, SessionOverFtps, testing::ValuesIn(rowsOfFtp("ftps://server:2121/backup/")), nameOfRow);
+
+class SessionOverSsh : public SessionOperation
+{
+};
+
+TEST_P(SessionOverSsh, TellsLibcurl) { expectTold("sftp"); }
+
+TEST_P(SessionOverSsh, EndsWithItsFirstFailure) { expectEnded("sftp"); }
+
+INSTANTIATE_TEST_SUITE_P(Each, SessionOverSsh, testing::ValuesIn(rowsOfSsh()), nameOfRow);
+
+} // namespace
