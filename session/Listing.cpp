@@ -65,6 +65,10 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
     }
     transfer.receive(lines.sink());
     transfer.run();
+    if (transfer.replies().lastCode() == 450) {
+        // libcurl takes it for an empty directory, as some servers mean it when names alone are asked for.
+        throw transfer.failure(CURLE_FTP_COULDNT_RETR_FILE);
+    }
     lines.end();
     return entries;
 }

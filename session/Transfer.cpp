@@ -72,6 +72,10 @@ CURLcode Transfer::tryToRun()
     // A stall is over with the transfer; what is said about it is not.
     m_reason = m_call.verdict() == CURLE_OK ? "" : m_call.reason();
     m_call.endTransfer();
+    if (code != CURLE_OK && dataWasOpened()) {
+        // TLS that breaks off on a data connection takes along the session that the server wants to see on the next.
+        m_connection.giveUp();
+    }
     if (m_call.hasThrown()) {
         m_connection.giveUp();
         m_call.rethrow();

@@ -60,15 +60,24 @@ public:
         if (!isStored() || m_stored == m_name || m_work.call.verdict() != CURLE_OK) {
             return;
         }
-        Transfer transfer(m_work.connection, m_work.access, m_work.call);
-        transfer.visit(m_target.parentUrl());
-        transfer.withoutData();
-        transfer.after({removal(m_stored)});
-        static_cast<void>(transfer.tryToRun());
+        // What ended the upload may have ended the connection as well, which shows only now.
+        if (tryToRemove(false) == CURLE_RECV_ERROR && m_work.connection.replies().lines().empty()) {
+            tryToRemove(true);
+        }
     }
 
 private:
     bool isStored() const { return m_begun; }
+
+    CURLcode tryToRemove(bool fresh) const
+    {
+        Transfer transfer(m_work.connection, m_work.access, m_work.call);
+        transfer.visit(m_target.parentUrl());
+        transfer.withoutData();
+        transfer.after({removal(m_stored)});
+        set(transfer.handle(), CURLOPT_FRESH_CONNECT, fresh ? 1L : 0L);
+        return transfer.tryToRun();
+    }
 
     CURLcode tryToSend(bool makesDirectories)
     {

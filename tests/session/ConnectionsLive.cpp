@@ -110,6 +110,27 @@ TEST_F(SessionConnections, AsManyAtOnceAsAreAllowed)
     EXPECT_EQ(kMost, sessions().size());
 }
 
+// Where a data connection broke off, the TLS session has gone that the server wants to see again.
+TEST_F(SessionConnections, ABrokenTransferEndsTheOneThatWasKept)
+{
+    for (const std::string fault : {"1/DATA#1=reset-after:0", "1/DATA#1=drop-after:3"}) {
+        SCOPED_TRACE(fault);
+        config.faults.clear();
+        misbehave(fault);
+        serve();
+        aimAt("/a.bak");
+        writeFile(request.localPath, "content");
+        {
+            SFtpSession session;
+            EXPECT_NE(0, session.UploadFileToSFtpServer(request, errorText));
+            EXPECT_EQ(0, session.UploadFileToSFtpServer(request, errorText)) << errorText;
+            EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
+        }
+        EXPECT_EQ("content", contentOf(served("a.bak")));
+        stopServing();
+    }
+}
+
 TEST_F(SessionConnections, AServerWithNothingButTls13IsServedToo)
 {
     config.minTlsVersion = 0x0304;
