@@ -129,6 +129,9 @@ RemoteEntry statByCommands(const Work& work, const std::string& name)
     for (const std::string& line : transfer.replies().lines()) {
         entry.size = size >= 0 && line.compare(0, 4, "213 ") == 0 ? sizeInReply(line) : entry.size;
     }
+    if (entry.size < 0 && !entry.modified) {
+        throw refusal(CURLE_REMOTE_FILE_NOT_FOUND, "the server reports neither its size nor its time");
+    }
     return entry;
 }
 
