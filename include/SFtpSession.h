@@ -76,11 +76,11 @@ struct SessionOptions
     bool acceptUnknownHostKey =
         false; ///< SSH: go on where nothing is known of the host; a changed key is refused still
 
-    std::string proxy; ///< a URL; empty: none, whatever the environment says
+    std::string proxy; ///< a URL; empty: none, whatever the environment says. A proxy for HTTP must allow CONNECT
 
     // Limits; 0: none.
-    std::chrono::milliseconds connectTimeout{20000}; ///< up to the end of the login
-    std::chrono::milliseconds replyTimeout{60000};   ///< for each reply; counted in whole seconds, rounded up
+    std::chrono::milliseconds connectTimeout{20000}; ///< up to the end of the login, and for each data connection
+    std::chrono::milliseconds replyTimeout{60000};   ///< for each reply
     std::chrono::milliseconds stallTimeout{60000};   ///< how long a transfer may go without a byte
     std::chrono::milliseconds callTimeout{0};        ///< for a call as a whole
     std::uint64_t sendRate = 0;                      ///< bytes a second
@@ -112,7 +112,8 @@ struct SessionOptions
 /// to the caller.
 ///
 /// Refused before anything is sent: a URL that cannot be read (3), another scheme than ftp, ftps and sftp (1), a port
-/// above 65535 (3), and control bytes in the URL, a name, the user or the password (43).
+/// above 65535 (3), and control bytes in the URL, a name, the user or the password (43). All of a URL behind the host
+/// is a path: "?", "#" and ";" are bytes of a name.
 ///
 /// Threads: any number may use one session at the same time. Each call has a connection to itself, an idle one of the
 /// same server, login, trust and options where there is one.
@@ -155,7 +156,8 @@ public:
 
     /// Sends the regular file `localPath` to `remotePath`, creating missing directories. 26 where the local file cannot
     /// be read, 18 where the server has another number of bytes afterwards. A failure removes the temporary file from
-    /// the server as long as the connection lasts.
+    /// the server as long as the connection lasts. A server that does not rename over an existing file has it renamed
+    /// away first and deleted last; where that breaks off, `errorText` names what is left.
     int UploadFileToSFtpServer(const SFtpRequest& request, std::string& errorText) override;
 
     /// Connects and logs in, and enters the directory of `remotePath`; no data connection is made.
@@ -174,7 +176,7 @@ public:
     int RemoveSFtpDir(const SFtpRequest& request, std::string& errorText);
 
     /// Hands the file `remotePath` to `sink`, in order. `localPath` is not used. What `sink` has got when the download
-    /// fails is the beginning of the file.
+    /// fails is the beginning of the file. 63 where the file is as large as 53687091200 bytes.
     int DownLoadTo(const SFtpRequest& request, const DataSink& sink, std::string& errorText);
     /// The same into a stream; 23 where it takes no more.
     int DownLoadTo(const SFtpRequest& request, std::ostream& out, std::string& errorText);
@@ -183,11 +185,11 @@ public:
     /// be, -1 where that is not known; 26 where there are fewer or more.
     int UploadFrom(const SFtpRequest& request, const DataSource& source, std::string& errorText,
                    std::int64_t size = -1);
-    /// The same from a stream, up to its end.
+    /// The same from a stream, up to its end; 26 where it cannot be read.
     int UploadFrom(const SFtpRequest& request, std::istream& in, std::string& errorText, std::int64_t size = -1);
 
     /// Ends every call that runs or waits, and every one that comes later, with 42. From any thread, or from a signal
-    /// handler.
+    /// handler. What a call has completed by then stays, with 0.
     void Cancel() noexcept;
 
     /// Lets calls run again.

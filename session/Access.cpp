@@ -7,8 +7,11 @@
 
 #include <ConfigReader.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <exception>
+#include <limits>
 
 namespace session {
 
@@ -20,6 +23,14 @@ long inSeconds(std::chrono::milliseconds time)
 {
     return static_cast<long>(std::chrono::ceil<std::chrono::seconds>(time).count());
 }
+
+// libcurl takes 0 for limits of its own.
+constexpr std::chrono::seconds kForEver(std::numeric_limits<std::int32_t>::max() / 1000);
+
+std::chrono::milliseconds orForEver(std::chrono::milliseconds limit) { return limit.count() == 0 ? kForEver : limit; }
+
+// Whether libcurl knows a folder of the machine's trust store.
+bool hasTrustFolder() { return curl_version_info(CURLVERSION_NOW)->capath != nullptr; }
 
 bool allowsNone() { return ConfigReader::getInt("General", "CertAuthSwitch", true) == 0; }
 
@@ -48,12 +59,14 @@ Access::Access(const SFtpRequest& request, const SessionOptions& options)
 
 void Access::applyTo(CURL* handle, const Connection& connection, const Call& call)
 {
-    set(handle, CURLOPT_PROTOCOLS_STR, "ftp,ftps,sftp");
+    set(handle, CURLOPT_PROTOCOLS_STR, nameOf(m_target.scheme()).c_str());
     set(handle, CURLOPT_PATH_AS_IS, 1L);
     set(handle, CURLOPT_USERNAME, m_request.userName.c_str());
     set(handle, CURLOPT_PASSWORD, m_request.password.c_str());
     // Also where it is empty: the environment's would get the login in the clear.
     set(handle, CURLOPT_PROXY, m_options.proxy.c_str());
+    // A proxy that speaks HTTP would be handed the login for the server, in the clear.
+    set(handle, CURLOPT_HTTPPROXYTUNNEL, 1L);
     set(handle, CURLOPT_FTP_SKIP_PASV_IP, 1L);
     set(handle, CURLOPT_FTP_FILEMETHOD, static_cast<long>(CURLFTPMETHOD_SINGLECWD));
     applyLimits(handle, call);
@@ -66,8 +79,12 @@ void Access::applyTo(CURL* handle, const Connection& connection, const Call& cal
 
 void Access::applyLimits(CURL* handle, const Call& call) const
 {
-    set(handle, CURLOPT_CONNECTTIMEOUT_MS, inMilliseconds(m_options.connectTimeout));
-    set(handle, CURLOPT_FTP_RESPONSE_TIMEOUT, inSeconds(m_options.replyTimeout));
+    set(handle, CURLOPT_CONNECTTIMEOUT_MS, inMilliseconds(orForEver(m_options.connectTimeout)));
+    // Later than the call's own, which is exact, and says what it is.
+    set(handle, CURLOPT_FTP_RESPONSE_TIMEOUT,
+        std::min(inSeconds(orForEver(m_options.replyTimeout)) + 1, inSeconds(kForEver)));
+    // Whether an idle connection is still of use is the pool's business.
+    set(handle, CURLOPT_MAXAGE_CONN, inSeconds(kForEver));
     if (const auto left = call.timeLeft()) {
         set(handle, CURLOPT_TIMEOUT_MS, inMilliseconds(*left));
     }
@@ -91,7 +108,7 @@ void Access::applyTls(CURL* handle, const Connection& connection) const
         setBlob(handle, CURLOPT_CAINFO_BLOB, m_ca);
         // The certificate alone is trusted.
         set(handle, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
-    } else {
+    } else if (hasTrustFolder()) {
         // The folder of the machine's store is looked up by name; its bundle would be read whole each time.
         set(handle, CURLOPT_CAINFO, static_cast<const char*>(nullptr));
     }

@@ -1,6 +1,7 @@
 #include "ArrivingFile.h"
 
 #include "Failure.h"
+#include "Text.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -59,15 +60,12 @@ ArrivingFile::ArrivingFile(const std::string& path) : m_path(withoutLinks(path))
         if (exists && access(m_path.c_str(), W_OK) != 0) {
             fail("written", path);
         }
-        // Its mode comes from the umask, as for any new file, or from the file that it replaces.
+        // Its owner and mode are those of the file that it replaces, as far as may be; else as for any new file.
         const std::string::size_type name = m_path.rfind('/') + 1;
-        m_temporary = m_path.substr(0, name) + "." + m_path.substr(name) + "." + std::to_string(getpid()) + ".part";
         for (unsigned i = 0; m_descriptor < 0 && (i == 0 || errno == EEXIST); ++i) {
-            m_descriptor =
-                open((m_temporary + std::to_string(i)).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-            if (m_descriptor >= 0) {
-                m_temporary += std::to_string(i);
-            }
+            m_temporary = m_path.substr(0, name) +
+                          hiddenName(m_path.substr(name), std::to_string(getpid()) + "." + std::to_string(i) + ".part");
+            m_descriptor = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         }
     }
     if (m_descriptor < 0) {
@@ -75,6 +73,7 @@ ArrivingFile::ArrivingFile(const std::string& path) : m_path(withoutLinks(path))
         fail("written", path);
     }
     if (exists && !m_temporary.empty()) {
+        static_cast<void>(fchown(m_descriptor, there.st_uid, there.st_gid) == 0);
         static_cast<void>(fchmod(m_descriptor, there.st_mode & 07777));
     }
 }

@@ -17,26 +17,32 @@ bool isOver(std::chrono::milliseconds limit, Call::Clock::duration passed)
 
 } // namespace
 
-Call::Call(const SessionOptions& options, const StopSwitch& stop) : m_options(options), m_stop(stop) {}
+Call::Call(const SessionOptions& options, const StopSwitch& stop)
+    : m_options(options), m_stop(stop), m_turns(stop.turns())
+{
+}
 
 CURLcode Call::verdict() const
 {
-    if (m_stop.isOn() || hasThrown()) {
+    if (isStopped() || hasThrown()) {
         return CURLE_ABORTED_BY_CALLBACK;
     }
     const Clock::time_point now = Clock::now();
-    const bool stalled = m_moving && isOver(m_options.stallTimeout, now - m_lastByte);
-    return stalled || isOver(m_options.callTimeout, now - m_begin) ? CURLE_OPERATION_TIMEDOUT : CURLE_OK;
+    const bool held = (m_awaited == Awaited::Reply && isOver(m_options.replyTimeout, now - m_lastSign)) ||
+                      (m_awaited == Awaited::Bytes && isOver(m_options.stallTimeout, now - m_lastSign));
+    return held || isOver(m_options.callTimeout, now - m_begin) ? CURLE_OPERATION_TIMEDOUT : CURLE_OK;
 }
 
 std::string Call::reason() const
 {
-    if (m_stop.isOn()) {
+    if (isStopped()) {
         return "Cancel() was called";
     }
-    return isOver(m_options.callTimeout, Clock::now() - m_begin)
-               ? "the call took longer than callTimeout, " + inMilliseconds(m_options.callTimeout)
-               : "no byte moved for stallTimeout, " + inMilliseconds(m_options.stallTimeout);
+    if (isOver(m_options.callTimeout, Clock::now() - m_begin)) {
+        return "the call took longer than callTimeout, " + inMilliseconds(m_options.callTimeout);
+    }
+    return m_awaited == Awaited::Reply ? "no reply for replyTimeout, " + inMilliseconds(m_options.replyTimeout)
+                                       : "no byte moved for stallTimeout, " + inMilliseconds(m_options.stallTimeout);
 }
 
 std::optional<std::chrono::milliseconds> Call::timeLeft() const
@@ -60,23 +66,22 @@ void Call::moved(std::size_t bytes)
 {
     m_progress.bytes += static_cast<std::int64_t>(bytes);
     m_progress.phase = TransferPhase::Transferring;
-    m_lastByte = Clock::now();
-    m_moving = true;
+    sawSign();
     m_hasMoved = true;
 }
 
-void Call::finishing()
-{
-    m_progress.phase = TransferPhase::Finishing;
-    m_moving = false;
-}
+void Call::finishing() { m_progress.phase = TransferPhase::Finishing; }
 
-void Call::endTransfer() { m_moving = false; }
+void Call::await(Awaited what)
+{
+    m_awaited = what;
+    sawSign();
+}
 
 void Call::report(bool always)
 {
     const Clock::time_point now = Clock::now();
-    if (!m_options.progress || (!always && now < m_nextReport)) {
+    if (!m_options.progress || m_silent || (!always && now < m_nextReport)) {
         return;
     }
     m_nextReport = now + kBetweenReports;

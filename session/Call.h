@@ -12,6 +12,7 @@
 #include <exception>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace session {
 
@@ -38,10 +39,21 @@ public:
     void moved(std::size_t bytes);
     /// All have.
     void finishing();
-    /// It is over, well or not.
-    void endTransfer();
+
+    /// What a server that has been reached owes the call at the moment: each has its limit.
+    enum class Awaited
+    {
+        Nothing, ///< it has not been reached, or is done: libcurl limits that
+        Reply,
+        Bytes
+    };
+    void await(Awaited what);
+    /// The server is alive: the limit counts from now on.
+    void sawSign() { m_lastSign = Clock::now(); }
+    Awaited awaited() const { return m_awaited; }
 
     std::int64_t bytes() const { return m_progress.bytes; }
+    Clock::time_point lastSign() const { return m_lastSign; }
     bool hasMoved() const { return m_hasMoved; }
     void setTotal(std::int64_t total);
 
@@ -51,22 +63,28 @@ public:
     /// Keeps what one of the caller's functions has thrown: libcurl is C, and must not be unwound.
     void keepException() { m_thrown = std::current_exception(); }
     bool hasThrown() const { return m_thrown != nullptr; }
-    void rethrow() const
+    /// Hands it on. What is done afterwards, to clean up, tells nobody of its progress.
+    void rethrow()
     {
         if (m_thrown) {
-            std::rethrow_exception(m_thrown);
+            m_silent = true;
+            std::rethrow_exception(std::exchange(m_thrown, nullptr));
         }
     }
 
 private:
+    bool isStopped() const { return m_stop.isOn() || m_stop.turns() != m_turns; }
+
     const SessionOptions& m_options;
     const StopSwitch& m_stop;
+    const unsigned m_turns;
     Clock::time_point m_begin = Clock::now();
-    Clock::time_point m_lastByte = Clock::now();
+    Clock::time_point m_lastSign = m_begin;
     Clock::time_point m_nextReport = Clock::now();
     TransferProgress m_progress;
-    bool m_moving = false;
+    Awaited m_awaited = Awaited::Nothing;
     bool m_hasMoved = false;
+    bool m_silent = false;
     std::exception_ptr m_thrown;
 };
 

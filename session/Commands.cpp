@@ -1,7 +1,6 @@
 #include "Operations.h"
 
 #include "Failure.h"
-#include "Quoting.h"
 #include "Text.h"
 #include "Transfer.h"
 

@@ -10,22 +10,16 @@ namespace session {
 
 namespace {
 
-/// How long to wait before libcurl is asked again. libcurl 7.88 does not name every socket that it waits for: while a
-/// data connection is made, it must be asked often; where nothing happens for long, seldom.
-class Patience
+/// How long to wait before libcurl is asked again, in milliseconds. libcurl 7.88 does not name every socket that it
+/// waits for: while a data connection is made, it must be asked often; where nothing happens for long, seldom. So what
+/// is waited for is noticed late by an eighth of its time at most.
+int patience(Call::Clock::duration idle)
 {
-public:
-    int next(bool somethingHappened)
-    {
-        m_wait = somethingHappened ? kShortest : std::min(2 * m_wait, kLongest);
-        return m_wait;
-    }
-
-private:
-    static constexpr int kShortest = 1; // milliseconds
-    static constexpr int kLongest = 100;
-    int m_wait = kShortest;
-};
+    constexpr std::chrono::milliseconds::rep kShortest = 1;
+    constexpr std::chrono::milliseconds::rep kLongest = 100;
+    const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(idle).count();
+    return static_cast<int>(std::clamp(waited / 8, kShortest, kLongest));
+}
 
 } // namespace
 
@@ -53,6 +47,12 @@ void Connection::shutAll(int how) const
     }
 }
 
+void Connection::cut()
+{
+    giveUp();
+    shutAll(SHUT_RDWR);
+}
+
 CURL* Connection::renew()
 {
     CURL* const handle = m_easy.get();
@@ -63,8 +63,6 @@ CURL* Connection::renew()
     curl_easy_setopt(handle, CURLOPT_OPENSOCKETDATA, this);
     curl_easy_setopt(handle, CURLOPT_CLOSESOCKETFUNCTION, closeSocket);
     curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, this);
-    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, hear);
-    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_detail.data());
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
     // A name that is being looked up is not waited for when the call ends.
@@ -73,35 +71,37 @@ CURL* Connection::renew()
     return handle;
 }
 
-CURLcode Connection::run(Call& call)
+void Connection::reachSockets()
 {
     for (Socket& each : m_sockets) {
         each.reach = std::make_unique<StopSwitch::Reach>(m_stop, each.number);
     }
+}
+
+CURLcode Connection::run(Call& call)
+{
+    reachSockets();
     if (curl_multi_add_handle(m_multi.get(), m_easy.get()) != CURLM_OK) {
         throw std::bad_alloc();
     }
     const CURLcode result = drive(call);
-    if (call.verdict() != CURLE_OK) {
-        giveUp();
-        shutAll(SHUT_RDWR);
+    const CURLcode verdict = call.verdict();
+    if (verdict != CURLE_OK) {
+        cut();
     }
     curl_multi_remove_handle(m_multi.get(), m_easy.get());
     for (Socket& each : m_sockets) {
         each.reach.reset();
     }
-    ++m_transfers;
     lastUsed = std::chrono::steady_clock::now();
     // Whatever libcurl made of a socket that was shut down under it.
-    const CURLcode verdict = call.verdict();
     return result != CURLE_OK && verdict != CURLE_OK ? verdict : result;
 }
 
 CURLcode Connection::drive(Call& call)
 {
-    Patience patience;
+    call.await(Call::Awaited::Nothing);
     for (;;) {
-        const std::int64_t before = call.bytes();
         int running = 0;
         if (curl_multi_perform(m_multi.get(), &running) != CURLM_OK) {
             return CURLE_FAILED_INIT;
@@ -114,7 +114,7 @@ CURLcode Connection::drive(Call& call)
         }
         curl_waitfd stop = {m_stop.descriptor(), CURL_WAIT_POLLIN, 0};
         int ready = 0;
-        curl_multi_poll(m_multi.get(), &stop, 1, patience.next(call.bytes() != before), &ready);
+        curl_multi_poll(m_multi.get(), &stop, 1, patience(Call::Clock::now() - call.lastSign()), &ready);
     }
 }
 
@@ -152,14 +152,6 @@ int Connection::closeSocket(void* self, curl_socket_t socket) noexcept
         std::remove_if(sockets.begin(), sockets.end(), [socket](const Socket& each) { return each.number == socket; }),
         sockets.end());
     return close(socket);
-}
-
-size_t Connection::hear(char* bytes, size_t /*one*/, size_t count, void* self) noexcept
-try {
-    static_cast<Connection*>(self)->m_replies.add({bytes, count});
-    return count;
-} catch (const std::exception&) {
-    return 0;
 }
 
 } // namespace session

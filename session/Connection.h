@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace session {
@@ -40,8 +41,8 @@ public:
     /// Makes the transfer that the handle is set up for.
     CURLcode run(Call& call);
 
-    /// CURLOPT_HEADERFUNCTION, for a connection: keeps what the server says.
-    static size_t hear(char* bytes, size_t one, size_t count, void* self) noexcept;
+    /// Keeps a line that the server says; true where it ends a reply.
+    bool hear(std::string_view line) { return m_replies.add(line); }
     /// What the server said during the last transfer.
     const Replies& replies() const { return m_replies; }
     /// libcurl's own words about the last transfer's failure.
@@ -49,9 +50,11 @@ public:
 
     /// No request may come here any more.
     void giveUp() { m_usable = false; }
+    /// The same, at once: nothing more is sent, and nobody waits for a reply.
+    void cut();
     bool isUsable() const { return m_usable; }
-    /// Whether it has served before.
-    bool isKept() const { return m_transfers > 0; }
+    /// Whether it leads to the server.
+    bool isOpen() const { return !m_sockets.empty(); }
 
     std::optional<Features> features;
     /// TLS 1.2 was refused: the server has nothing but 1.3.
@@ -68,6 +71,7 @@ private:
     static curl_socket_t openSocket(void* self, curlsocktype purpose, curl_sockaddr* address) noexcept;
     static int closeSocket(void* self, curl_socket_t socket) noexcept;
 
+    void reachSockets();
     void shutAll(int how) const;
     CURLcode drive(Call& call);
     CURLcode resultOfTransfer() const;
@@ -76,7 +80,6 @@ private:
     std::vector<Socket> m_sockets;
     Replies m_replies;
     std::array<char, CURL_ERROR_SIZE> m_detail = {};
-    unsigned m_transfers = 0;
     bool m_usable = true;
     // In this order: the handle leaves the multi handle, which closes the connection, before it goes itself.
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> m_easy;

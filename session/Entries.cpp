@@ -56,7 +56,7 @@ std::optional<std::chrono::system_clock::time_point> timeIn(std::string_view tex
     time.tm_sec = part(12, 2);
     const bool exists = time.tm_mon >= 0 && time.tm_mon < 12 && time.tm_mday >= 1 && time.tm_mday <= 31 &&
                         time.tm_hour < 24 && time.tm_min < 60 && time.tm_sec <= 60;
-    return exists ? std::optional(std::chrono::system_clock::from_time_t(timegm(&time))) : std::nullopt;
+    return exists ? timeAt(timegm(&time)) : std::nullopt;
 }
 
 void takeFact(std::string_view fact, RemoteEntry& entry, std::string& type)
@@ -94,6 +94,19 @@ std::string_view withoutEnd(std::string_view line)
 }
 
 } // namespace
+
+// The clock counts in smaller steps than seconds, from 1677 to 2262.
+std::optional<std::chrono::system_clock::time_point> timeAt(std::int64_t seconds)
+{
+    using Clock = std::chrono::system_clock;
+    const auto inSeconds = [](Clock::duration time) {
+        return std::chrono::duration_cast<std::chrono::seconds>(time).count();
+    };
+    if (seconds < inSeconds(Clock::duration::min()) || seconds > inSeconds(Clock::duration::max())) {
+        return std::nullopt;
+    }
+    return Clock::from_time_t(static_cast<std::time_t>(seconds));
+}
 
 std::optional<RemoteEntry> entryOfFacts(std::string_view line)
 {

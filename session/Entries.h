@@ -3,6 +3,8 @@
 
 #include <SFtpSession.h>
 
+#include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -15,6 +17,9 @@ std::optional<RemoteEntry> entryOfFacts(std::string_view line);
 /// The entry that a line of a listing as "ls -l" writes it tells; nothing for "." and "..", and what is no such line.
 /// Without a time: it would be the server's own, and nobody says which zone that is.
 std::optional<RemoteEntry> entryOfLongLine(std::string_view line);
+
+/// So many seconds after the beginning of 1970; nothing where the clock does not reach that far.
+std::optional<std::chrono::system_clock::time_point> timeAt(std::int64_t seconds);
 
 } // namespace session
 

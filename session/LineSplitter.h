@@ -1,6 +1,8 @@
 #ifndef SFTPCLIENT_SESSION_LINESPLITTER_H
 #define SFTPCLIENT_SESSION_LINESPLITTER_H
 
+#include "Failure.h"
+
 #include <SFtpSession.h>
 
 #include <functional>
@@ -45,8 +47,13 @@ private:
             m_rest.clear();
             bytes.remove_prefix(end + 1);
         }
+        if (m_rest.size() + bytes.size() > kLongestLine) {
+            throw refusal(CURLE_WEIRD_SERVER_REPLY, "a line of the listing does not end");
+        }
         m_rest.append(bytes);
     }
+
+    static constexpr std::size_t kLongestLine = 1024 * 1024;
 
     std::function<void(std::string_view)> m_take;
     std::string m_rest;

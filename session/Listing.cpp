@@ -123,7 +123,7 @@ RemoteEntry statByCommands(const Work& work, const std::string& name)
     curl_easy_getinfo(transfer.handle(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
     curl_easy_getinfo(transfer.handle(), CURLINFO_FILETIME_T, &time);
     if (time >= 0) {
-        entry.modified = std::chrono::system_clock::from_time_t(static_cast<std::time_t>(time));
+        entry.modified = timeAt(time);
     }
     // libcurl makes 0 of some replies that are no number.
     for (const std::string& line : transfer.replies().lines()) {

@@ -45,6 +45,13 @@ std::unique_ptr<Pool::Lease> Pool::take(const Identity& identity, const Call& ca
                 throw;
             }
         }
+        if (!closing.empty()) {
+            // The server counts them as long as they are open.
+            lock.unlock();
+            closing.clear();
+            lock.lock();
+            continue;
+        }
         m_returned.wait_for(lock, kLook);
         if (const CURLcode verdict = call.verdict()) {
             throw refusal(verdict, call.reason() + " while all connections to the server were in use");
@@ -59,7 +66,7 @@ Pool::Connections Pool::takeOverdue()
     for (auto each = m_idle.begin(); each != m_idle.end();) {
         const auto next = std::next(each);
         if (now - each->connection->lastUsed >= m_idleTimeout) {
-            --m_counts[each->identity.server];
+            countDown(each->identity.server);
             overdue.splice(overdue.end(), m_idle, each);
         }
         each = next;
@@ -75,7 +82,7 @@ std::unique_ptr<Connection> Pool::takeIdle(const Identity& identity, bool fresh,
         }
         if (fresh) {
             // One that was kept is suspected to be dead, and then so are those that are older.
-            --m_counts[identity.server];
+            countDown(identity.server);
             closing.splice(closing.end(), m_idle, each);
             return nullptr;
         }
@@ -95,7 +102,7 @@ bool Pool::makeRoom(const std::string& server, Connections& closing)
         return false;
     }
     closing.splice(closing.end(), m_idle, std::prev(oldest.base()));
-    --m_counts[server];
+    countDown(server);
     return true;
 }
 
@@ -109,13 +116,22 @@ void Pool::giveBack(const Identity& identity, std::unique_ptr<Connection> connec
                 m_idle.push_front({identity, nullptr});
                 m_idle.front().connection = std::move(connection);
             } catch (const std::bad_alloc&) {
-                --m_counts[identity.server];
+                countDown(identity.server);
             }
         } else {
-            --m_counts[identity.server];
+            countDown(identity.server);
         }
     }
-    m_returned.notify_one();
+    // Of those who wait, some wait for another server.
+    m_returned.notify_all();
+}
+
+void Pool::countDown(const std::string& server)
+{
+    const auto count = m_counts.find(server);
+    if (--count->second == 0) {
+        m_counts.erase(count);
+    }
 }
 
 } // namespace session

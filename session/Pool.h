@@ -53,6 +53,10 @@ public:
     /// REQUIRES: the identity outlives the lease.
     std::unique_ptr<Lease> take(const Identity& identity, const Call& call, bool fresh = false);
 
+    /// Closes what is idle.
+    /// REQUIRES: no lease.
+    void clear() { m_idle.clear(); }
+
 private:
     struct Idle
     {
@@ -64,6 +68,7 @@ private:
     Connections takeOverdue();
     std::unique_ptr<Connection> takeIdle(const Identity& identity, bool fresh, Connections& closing);
     bool makeRoom(const std::string& server, Connections& closing);
+    void countDown(const std::string& server);
     void giveBack(const Identity& identity, std::unique_ptr<Connection> connection);
 
     unsigned m_most;

@@ -22,7 +22,7 @@ bool endsReply(std::string_view line)
 
 } // namespace
 
-void Replies::add(std::string_view line)
+bool Replies::add(std::string_view line)
 {
     while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) {
         line.remove_suffix(1);
@@ -31,10 +31,13 @@ void Replies::add(std::string_view line)
     if (m_lines.size() < kMostLines) {
         m_lines.emplace_back(line);
     }
-    if (endsReply(line)) {
-        m_last = line;
-        m_lastCode = (line[0] - '0') * 100 + (line[1] - '0') * 10 + (line[2] - '0');
+    if (!endsReply(line)) {
+        return false;
     }
+    m_last = line;
+    m_lastCode = (line[0] - '0') * 100 + (line[1] - '0') * 10 + (line[2] - '0');
+    m_openData = m_openData || opensData(m_lastCode);
+    return true;
 }
 
 long long sizeInReply(std::string_view line)

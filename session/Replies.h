@@ -11,7 +11,8 @@ namespace session {
 class Replies
 {
 public:
-    void add(std::string_view line);
+    /// True where the line ends a reply.
+    bool add(std::string_view line);
 
     /// The last line of the last complete reply, "550 no such file"; empty where there was none.
     const std::string& last() const { return m_last; }
@@ -19,12 +20,18 @@ public:
     /// The code of the last complete reply; 0 where there was none.
     int lastCode() const { return m_lastCode; }
 
+    /// Whether a reply of this code tells that a data connection is used now.
+    static bool opensData(int code) { return code == 150 || code == 125; }
+    /// Whether there has been one.
+    bool openData() const { return m_openData; }
+
     /// All lines, without their ends; of a server without end the first thousand.
     const std::vector<std::string>& lines() const { return m_lines; }
 
 private:
     std::string m_last;
     int m_lastCode = 0;
+    bool m_openData = false;
     std::vector<std::string> m_lines;
 };
 

@@ -8,10 +8,12 @@
 #include "Operations.h"
 #include "OptionsCheck.h"
 #include "Pool.h"
-#include "Record.h"
 #include "StopSwitch.h"
 #include "Text.h"
 #include "ThreadState.h"
+
+#include <LogProxy.h>
+#include <transfer/WipeString.h>
 
 #include <istream>
 #include <ostream>
@@ -30,6 +32,37 @@ std::int64_t sizeLimitOf(const std::string& localPath)
     return localPath.substr(localPath.rfind('/') + 1) == "RetentionDB.db" ? kRetentionDatabaseLimit : kFileLimit;
 }
 
+/// Levels of a record, as the library's.
+constexpr int kLogEnd = 2;
+constexpr int kLogFailure = 4;
+
+/// Writes one record of the calling thread's request; like the library's, its text begins with a 0.
+void record(int level, const char* function, unsigned int line, const std::string& text)
+{
+    LogProxy(level, "SFtpSession", TSP_RequestID.get(), std::string("SFtpSession::") + function + "()", line)
+        << 0 << text;
+}
+
+void requireFunction(const char* name, bool isThere)
+{
+    if (!isThere) {
+        throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, std::string(name) + " is empty");
+    }
+}
+
+/// The options, whose secrets do not stay in memory that is given back.
+struct Options : SessionOptions
+{
+    explicit Options(SessionOptions&& options) : SessionOptions(std::move(options)) {}
+    ~Options()
+    {
+        sftpWipeString(clientKey);
+        sftpWipeString(proxy);
+    }
+    Options(const Options&) = delete;
+    Options& operator=(const Options&) = delete;
+};
+
 // What becomes of a connection that had been kept and was found dead: the server has carried nothing out.
 bool diedWhileKept(const Connection& connection, const Call& call, CURLcode code)
 {
@@ -45,28 +78,41 @@ bool diedWhileKept(const Connection& connection, const Call& call, CURLcode code
 class SFtpSession::Engine
 {
 public:
-    explicit Engine(SessionOptions options)
+    explicit Engine(SessionOptions&& options)
         : m_options(std::move(options)), m_pool(m_options.maxConnections, m_options.idleTimeout, m_stop)
     {
         checkOptions(m_options);
     }
+
+    // Closing connections is libcurl's and OpenSSL's work as well.
+    ~Engine()
+    {
+        try {
+            const ThreadState left;
+            m_pool.clear();
+        } catch (const std::bad_alloc&) { // they are closed all the same
+        }
+    }
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
 
     /// Runs one operation over a connection of its own, and makes a result and a record of its end.
     template <typename Operation>
     int call(const char* function, const SFtpRequest& request, std::string& errorText, const Operation& operation)
     {
         const ThreadState left;
-        const std::string name = std::string("SFtpSession::") + function + "()";
         try {
             run(request, operation);
         } catch (const Failure& failure) {
             errorText = failure.what();
-            record(kLogFailure, name, __LINE__,
-                   shown(request.remotePath, request.password) + ": " + std::to_string(failure.code()) + " " +
-                       failure.what());
+            record(kLogFailure, function, __LINE__,
+                   shownUrl(request) + ": " + std::to_string(failure.code()) + " " + failure.what());
             return failure.code();
+        } catch (...) {
+            record(kLogFailure, function, __LINE__, shownUrl(request) + ": ended by an exception");
+            throw;
         }
-        record(kLogEnd, name, __LINE__, shown(request.remotePath, request.password) + ": end");
+        record(kLogEnd, function, __LINE__, shownUrl(request) + ": end");
         return 0;
     }
 
@@ -92,7 +138,7 @@ private:
     {
         const std::unique_ptr<Pool::Lease> lease = m_pool.take(access.identity(), call, fresh);
         Connection& connection = lease->connection();
-        const bool kept = connection.isKept();
+        const bool kept = connection.isOpen();
         try {
             try {
                 operation(Work{connection, access, call});
@@ -120,7 +166,7 @@ private:
                connection.detail().find("protocol version") != std::string::npos;
     }
 
-    const SessionOptions m_options;
+    const Options m_options;
     StopSwitch m_stop;
     Pool m_pool;
 };
@@ -195,8 +241,10 @@ int SFtpSession::RemoveSFtpDir(const SFtpRequest& request, std::string& errorTex
 
 int SFtpSession::DownLoadTo(const SFtpRequest& request, const DataSink& sink, std::string& errorText)
 {
-    return m_engine->call("DownLoadTo", request, errorText,
-                          [&](const Work& work) { download(work, sink, kFileLimit); });
+    return m_engine->call("DownLoadTo", request, errorText, [&](const Work& work) {
+        requireFunction("sink", sink != nullptr);
+        download(work, sink, kFileLimit);
+    });
 }
 
 int SFtpSession::DownLoadTo(const SFtpRequest& request, std::ostream& out, std::string& errorText)
@@ -212,7 +260,10 @@ int SFtpSession::DownLoadTo(const SFtpRequest& request, std::ostream& out, std::
 int SFtpSession::UploadFrom(const SFtpRequest& request, const DataSource& source, std::string& errorText,
                             std::int64_t size)
 {
-    return m_engine->call("UploadFrom", request, errorText, [&](const Work& work) { upload(work, source, size); });
+    return m_engine->call("UploadFrom", request, errorText, [&](const Work& work) {
+        requireFunction("source", source != nullptr);
+        upload(work, source, size);
+    });
 }
 
 int SFtpSession::UploadFrom(const SFtpRequest& request, std::istream& in, std::string& errorText, std::int64_t size)
@@ -221,6 +272,9 @@ int SFtpSession::UploadFrom(const SFtpRequest& request, std::istream& in, std::s
         request,
         [&in](char* bytes, std::size_t count) {
             in.read(bytes, static_cast<std::streamsize>(count));
+            if (in.bad() || (in.fail() && !in.eof())) {
+                throw refusal(CURLE_READ_ERROR, "the stream cannot be read");
+            }
             return static_cast<std::size_t>(in.gcount());
         },
         errorText, size);

@@ -28,6 +28,8 @@ public:
     void turnOn() noexcept;
     void turnOff() noexcept;
     bool isOn() const noexcept { return m_on.load(); }
+    /// How often it has been turned on: who began before the last time is stopped, on or off.
+    unsigned turns() const noexcept { return m_turns.load(); }
 
     /// Readable as long as the switch is on.
     int descriptor() const noexcept { return m_event; }
@@ -51,6 +53,7 @@ private:
 
     int m_event;
     std::atomic<bool> m_on{false};
+    std::atomic<unsigned> m_turns{0};
     std::atomic<int> m_cutting{0};
     std::mutex m_taking;
     std::atomic<Slot*> m_slots{nullptr}; // only ever grows: a signal handler walks along it

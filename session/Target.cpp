@@ -5,6 +5,7 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <charconv>
 #include <memory>
 #include <new>
@@ -14,6 +15,7 @@ namespace session {
 namespace {
 
 constexpr std::uint32_t kHighestPort = 65535;
+constexpr char kCodedSlash[] = "%2F";
 
 using Url = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
 
@@ -69,6 +71,29 @@ std::uint16_t portOf(const SFtpRequest& request, const Url& url, Scheme scheme)
     return request.port != 0 ? static_cast<std::uint16_t>(request.port) : port;
 }
 
+// What would be a query, a fragment or a type of transfer to libcurl is a part of the name: it must not end there, or
+// another file would be meant. A coded slash is one; libcurl decodes it, too.
+std::string wholePath(const Url& url)
+{
+    const std::string query = partOf(url, CURLUPART_QUERY);
+    const std::string fragment = partOf(url, CURLUPART_FRAGMENT);
+    std::string path = partOf(url, CURLUPART_PATH);
+    path += (query.empty() ? "" : "?" + query) + (fragment.empty() ? "" : "#" + fragment);
+    std::string whole = path.empty() ? "/" : "";
+    for (std::string::size_type i = 0; i < path.size(); ++i) {
+        const std::string code = path.substr(i, 3);
+        if (code == "%2F" || code == "%2f") {
+            whole += i == 1 ? kCodedSlash : "/";
+            i += 2;
+        } else if (std::string_view("?#;").find(path[i]) != std::string_view::npos) {
+            whole += percentEncoded(path.substr(i, 1));
+        } else {
+            whole += path[i];
+        }
+    }
+    return whole;
+}
+
 std::string withoutBrackets(const std::string& host)
 {
     return !host.empty() && host.front() == '[' ? host.substr(1, host.size() - 2) : host;
@@ -92,31 +117,29 @@ Target::Target(const SFtpRequest& request)
     m_host = withoutBrackets(host);
     m_port = portOf(request, url, m_scheme);
     m_server = partOf(url, CURLUPART_SCHEME) + "://" + host + ":" + std::to_string(m_port);
-    // For these protocols a question mark is a part of the name.
-    m_path = partOf(url, CURLUPART_PATH);
-    const std::string query = partOf(url, CURLUPART_QUERY);
-    m_path += query.empty() ? "" : "%3F" + query;
-    if (m_path.empty()) {
-        m_path = "/";
-    }
+    m_path = wholePath(url);
     requireNoControlByte("remotePath", percentDecoded(m_path));
-    if (percentDecoded(m_path).find('\0') != std::string::npos || m_host.empty()) {
+    if (m_host.empty()) {
         throw refusal(CURLE_URL_MALFORMAT, "remotePath names no host");
     }
 }
 
 std::string Target::directoryUrl() const { return url() + (isDirectory() ? "" : "/"); }
 
+// Where the first name begins.
+std::string::size_type Target::top() const { return m_path.compare(1, 3, kCodedSlash) == 0 ? 4 : 1; }
+
 std::string::size_type Target::lastName() const
 {
-    const std::string::size_type end = isDirectory() && m_path.size() > 1 ? m_path.size() - 2 : std::string::npos;
-    return m_path.rfind('/', end) + 1;
+    const std::string::size_type end =
+        m_path.size() > 1 && m_path.back() == '/' ? m_path.size() - 2 : std::string::npos;
+    return std::max(m_path.rfind('/', end) + 1, top());
 }
 
 std::string Target::encodedName() const
 {
     const std::string name = m_path.substr(lastName());
-    return isDirectory() && !name.empty() ? name.substr(0, name.size() - 1) : name;
+    return !name.empty() && name.back() == '/' ? name.substr(0, name.size() - 1) : name;
 }
 
 std::string Target::name() const { return percentDecoded(encodedName()); }

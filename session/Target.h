@@ -44,7 +44,7 @@ public:
     /// The same as it stands in the URL.
     std::string encodedName() const;
     /// Whether the URL is a directory's: it ends in "/".
-    bool isDirectory() const { return m_path.back() == '/'; }
+    bool isDirectory() const { return m_path.back() == '/' || m_path.size() == top(); }
 
     /// How a command names `name`, an entry of the directory of `url`: for FTP by itself, because the server is in that
     /// directory then; for SFTP with its path.
@@ -53,6 +53,7 @@ public:
     std::string commandPathInParent(const std::string& name) const;
 
 private:
+    std::string::size_type top() const;
     std::string::size_type lastName() const;
     std::string pathOf(const std::string& directory, const std::string& name) const;
 
@@ -60,7 +61,7 @@ private:
     std::string m_host;
     std::uint16_t m_port = 0;
     std::string m_server; // "ftp://host:port"
-    std::string m_path;   // begins with "/"
+    std::string m_path;   // begins with "/", or for FTP's root, which is not where a login leads, with "/%2F"
 };
 
 /// Throws `Failure` where user, password or a name of the request could reach the server as something else.

@@ -48,6 +48,22 @@ std::string shown(std::string_view text, const std::string& secret)
     return visible;
 }
 
+std::string shownUrl(const SFtpRequest& request)
+{
+    std::string_view url = request.remotePath;
+    const std::size_t slashes = url.find("://");
+    const std::size_t host = slashes == std::string_view::npos ? 0 : slashes + 3;
+    const std::size_t at = url.substr(host, url.find('/', host) - host).rfind('@');
+    std::string text(url.substr(0, host));
+    if (at != std::string_view::npos) {
+        text += "****";
+        url.remove_prefix(host + at);
+    } else {
+        url.remove_prefix(host);
+    }
+    return shown(text, {}) + shown(url, request.password);
+}
+
 std::string percentEncoded(std::string_view text)
 {
     std::string encoded;
@@ -59,6 +75,29 @@ std::string percentEncoded(std::string_view text)
         }
     }
     return encoded;
+}
+
+std::string quoted(const std::string& path)
+{
+    std::string text = "\"";
+    for (const char character : path) {
+        if (character == '"' || character == '\\') {
+            text.append(1, '\\');
+        }
+        text.append(1, character);
+    }
+    return text.append(1, '"');
+}
+
+std::string hiddenName(const std::string& name, const std::string& middle)
+{
+    constexpr std::size_t kLongest = 255;
+    std::size_t size = std::min(name.size(), kLongest - middle.size() - 2);
+    // Not within a character of UTF-8.
+    while (size < name.size() && size > 0 && (static_cast<unsigned char>(name[size]) & 0xc0U) == 0x80U) {
+        --size;
+    }
+    return "." + name.substr(0, size) + "." + middle;
 }
 
 } // namespace session

@@ -24,6 +24,10 @@ Transfer::Transfer(Connection& connection, Access& access, Call& call)
     set(m_handle, CURLOPT_NOPROGRESS, 0L);
     set(m_handle, CURLOPT_XFERINFOFUNCTION, progress);
     set(m_handle, CURLOPT_XFERINFODATA, this);
+    set(m_handle, CURLOPT_HEADERFUNCTION, hear);
+    set(m_handle, CURLOPT_HEADERDATA, this);
+    set(m_handle, CURLOPT_PREREQFUNCTION, begin);
+    set(m_handle, CURLOPT_PREREQDATA, this);
     set(m_handle, CURLOPT_WRITEFUNCTION, write);
     set(m_handle, CURLOPT_WRITEDATA, this);
 }
@@ -66,13 +70,11 @@ void Transfer::run()
 
 CURLcode Transfer::tryToRun()
 {
-    set(m_handle, CURLOPT_HEADERFUNCTION, hear);
-    set(m_handle, CURLOPT_HEADERDATA, this);
     const CURLcode code = m_connection.run(m_call);
-    // A stall is over with the transfer; what is said about it is not.
+    // What was waited for is over with the transfer; what is said about it is not.
     m_reason = m_call.verdict() == CURLE_OK ? "" : m_call.reason();
-    m_call.endTransfer();
-    if (code != CURLE_OK && dataWasOpened()) {
+    m_call.await(Call::Awaited::Nothing);
+    if (code != CURLE_OK && replies().openData()) {
         // TLS that breaks off on a data connection takes along the session that the server wants to see on the next.
         m_connection.giveUp();
     }
@@ -81,14 +83,6 @@ CURLcode Transfer::tryToRun()
         m_call.rethrow();
     }
     return m_foundCode != CURLE_OK ? m_foundCode : code;
-}
-
-bool Transfer::dataWasOpened() const
-{
-    const std::vector<std::string>& lines = replies().lines();
-    return std::any_of(lines.begin(), lines.end(), [](const std::string& line) {
-        return line.compare(0, 3, "150") == 0 || line.compare(0, 3, "125") == 0;
-    });
 }
 
 Failure Transfer::failure(CURLcode code) const
@@ -155,59 +149,109 @@ size_t Transfer::read(char* bytes, size_t /*one*/, size_t count, void* self) noe
 // libcurl asks no more when it has as many bytes as were announced: whether there are more must be looked for.
 size_t Transfer::give(char* bytes, size_t count)
 {
+    m_call.moved(0); // the source's bytes cannot be had again
     const size_t given = m_source(bytes, count);
     m_sent += static_cast<std::int64_t>(given);
-    if (m_sizeToSend >= 0 && (m_sent > m_sizeToSend || (given == 0 && m_sent < m_sizeToSend))) {
-        m_foundCode = CURLE_READ_ERROR;
-        m_found = "the source has " + std::string(given == 0 ? "only " : "more than ") +
-                  std::to_string(given == 0 ? m_sent : m_sizeToSend) + " of the " + std::to_string(m_sizeToSend) +
-                  " bytes that were announced";
-        return CURL_READFUNC_ABORT;
-    }
+    requireAnnounced(given == 0);
     m_call.moved(given);
+    if (m_sent == m_sizeToSend && given > 0) {
+        char further = 0;
+        m_sent += static_cast<std::int64_t>(m_source(&further, 1));
+        requireAnnounced(true);
+    }
     if (given == 0 || m_sent == m_sizeToSend) {
         m_call.finishing();
     }
     return given;
 }
 
+void Transfer::requireAnnounced(bool isEnd)
+{
+    const std::string announced = std::to_string(m_sizeToSend) + " bytes that were announced";
+    if (m_sizeToSend >= 0 && m_sent > m_sizeToSend) {
+        throw refusal(CURLE_READ_ERROR, "the source has more than the " + announced);
+    }
+    if (m_sizeToSend >= 0 && m_sent < m_sizeToSend && isEnd) {
+        throw refusal(CURLE_READ_ERROR, "the source has only " + std::to_string(m_sent) + " of the " + announced);
+    }
+}
+
 size_t Transfer::hear(char* bytes, size_t one, size_t count, void* self) noexcept
 {
     auto& transfer = *static_cast<Transfer*>(self);
-    if (Connection::hear(bytes, one, count, &transfer.m_connection) != count) {
-        return 0;
-    }
-    if (!transfer.m_comparesSize) {
-        return count;
-    }
-    const long long there = sizeInReply(transfer.replies().last());
-    if (there < 0 || transfer.replies().lastCode() != 213 || there == transfer.m_sent) {
-        return count;
-    }
     try {
-        transfer.m_foundCode = CURLE_PARTIAL_FILE;
-        transfer.m_found = "the server has " + std::to_string(there) + " of the " + std::to_string(transfer.m_sent) +
-                           " bytes that were sent";
+        transfer.m_call.sawSign();
+        if (transfer.m_connection.hear({bytes, one * count})) {
+            transfer.judgeReply();
+        }
+        return transfer.m_foundCode == CURLE_OK ? count : 0;
     } catch (...) {
         transfer.m_call.keepException();
+        return 0;
     }
-    return 0;
 }
 
-int Transfer::progress(void* self, curl_off_t toReceive, curl_off_t /*received*/, curl_off_t /*toSend*/,
-                       curl_off_t /*sent*/) noexcept
+void Transfer::judgeReply()
+{
+    const int code = replies().lastCode();
+    if (m_call.awaited() != Call::Awaited::Nothing) {
+        m_call.await(Replies::opensData(code) ? Call::Awaited::Bytes : Call::Awaited::Reply);
+    }
+    if (m_comparesSize && m_isStored) {
+        m_comparesSize = false;
+        judgeSize();
+    }
+    m_isStored = m_isStored || ((code == 226 || code == 250) && replies().openData());
+}
+
+// A server may lack the command; what is no number otherwise is no proof.
+void Transfer::judgeSize()
+{
+    const int code = replies().lastCode();
+    const long long there = sizeInReply(replies().last());
+    if (code == 500 || code == 502 || there == m_sent) {
+        return;
+    }
+    m_foundCode = CURLE_PARTIAL_FILE;
+    m_found = there < 0 ? "the server does not report the size of what was sent"
+                        : "the server has " + std::to_string(there) + " of the " + std::to_string(m_sent) +
+                              " bytes that were sent";
+}
+
+// CURLOPT_PREREQFUNCTION: logged in.
+int Transfer::begin(void* self, char* /*theirs*/, char* /*ours*/, int /*theirPort*/, int /*ourPort*/) noexcept
+{
+    static_cast<Transfer*>(self)->m_call.await(Call::Awaited::Reply);
+    return CURL_PREREQFUNC_OK;
+}
+
+void Transfer::watch(std::int64_t moved, std::int64_t all)
+{
+    if (moved != m_moved) {
+        m_moved = moved;
+        m_call.await(moved == all ? Call::Awaited::Reply : Call::Awaited::Bytes);
+    }
+}
+
+int Transfer::progress(void* self, curl_off_t toReceive, curl_off_t received, curl_off_t toSend,
+                       curl_off_t sent) noexcept
 {
     auto& transfer = *static_cast<Transfer*>(self);
     try {
         if (transfer.m_sink && toReceive > 0) {
             transfer.m_call.setTotal(toReceive);
         }
+        transfer.watch(received + sent, toReceive + toSend);
         transfer.m_call.report();
-        return transfer.m_call.verdict() == CURLE_OK ? 0 : 1;
     } catch (...) {
         transfer.m_call.keepException();
-        return 1;
     }
+    if (transfer.m_call.verdict() == CURLE_OK) {
+        return 0;
+    }
+    // libcurl says QUIT else, and waits for the reply.
+    transfer.m_connection.cut();
+    return 1;
 }
 
 } // namespace session

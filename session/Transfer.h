@@ -48,8 +48,6 @@ public:
     CURLcode tryToRun();
 
     const Replies& replies() const { return m_connection.replies(); }
-    /// Whether the server has agreed to take or to send bytes (FTP).
-    bool dataWasOpened() const;
     /// What to throw for a transfer that ended with this code.
     Failure failure(CURLcode code) const;
 
@@ -59,8 +57,13 @@ private:
     static size_t hear(char* bytes, size_t one, size_t count, void* self) noexcept;
     static int progress(void* self, curl_off_t toReceive, curl_off_t received, curl_off_t toSend,
                         curl_off_t sent) noexcept;
+    static int begin(void* self, char* theirs, char* ours, int theirPort, int ourPort) noexcept;
     size_t take(const char* bytes, size_t count);
     size_t give(char* bytes, size_t count);
+    void requireAnnounced(bool isEnd);
+    void judgeReply();
+    void judgeSize();
+    void watch(std::int64_t moved, std::int64_t all);
 
     Connection& m_connection;
     Access& m_access;
@@ -71,9 +74,11 @@ private:
     DataSource m_source;
     std::int64_t m_sizeToSend = -1;
     std::int64_t m_sent = 0;
+    std::int64_t m_moved = 0; // by libcurl's count
     bool m_comparesSize = false;
-    std::string m_reason; // why the call had to end
-    std::string m_found;  // what the session itself found wrong
+    bool m_isStored = false; // the server has confirmed the data
+    std::string m_reason;    // why the call had to end
+    std::string m_found;     // what the session itself found wrong
     CURLcode m_foundCode = CURLE_OK;
 };
 

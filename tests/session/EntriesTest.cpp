@@ -40,6 +40,8 @@ TEST(Entries, OfFacts)
         {"type=file;size=9223372036854775808; beyond", "<beyond> file -1 unknown"},
         {"type=file;size=-1; negative", "<negative> file -1 unknown"},
         {"type=file;modify=20261301000000; month", "<month> file -1 unknown"},
+        {"type=file;modify=99991231235959; beyond the clock", "<beyond the clock> file -1 unknown"},
+        {"type=file;modify=00000101000000; before the clock", "<before the clock> file -1 unknown"},
         {"type=file;modify=2026010100000; short", "<short> file -1 unknown"},
         {"type=file;modify=20260101000000x; behind", "<behind> file -1 unknown"},
         {"type=file;size; without a value", "<without a value> file -1 unknown"},
