@@ -13,6 +13,9 @@ namespace session {
 
 namespace {
 
+// All of it is kept in memory: a server must not decide how much that is.
+constexpr std::int64_t kLargestListing = 256LL * 1024 * 1024;
+
 void visitDirectory(const Work& work, const std::vector<std::string>& commands)
 {
     Transfer transfer(work.connection, work.access, work.call);
@@ -54,7 +57,8 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
     const bool facts = !work.access.target().isSsh() && featuresOf(work).mlst;
     std::vector<RemoteEntry> entries;
     LineSplitter lines([&](std::string_view line) {
-        if (std::optional<RemoteEntry> entry = facts ? entryOfFacts(line) : entryOfLongLine(line)) {
+        std::optional<RemoteEntry> entry = facts ? entryOfFacts(line) : entryOfLongLine(line);
+        if (entry && leadsNowhereElse(entry->name)) {
             entries.push_back(std::move(*entry));
         }
     });
@@ -63,7 +67,12 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
     if (facts) {
         set(transfer.handle(), CURLOPT_CUSTOMREQUEST, "MLSD");
     }
-    transfer.receive(lines.sink());
+    transfer.receive([&work, take = lines.sink()](const char* bytes, std::size_t count) {
+        if (work.call.bytes() > kLargestListing) {
+            throw refusal(CURLE_FILESIZE_EXCEEDED, "the listing is larger than 256 MiB");
+        }
+        return take(bytes, count);
+    });
     transfer.run();
     if (transfer.replies().lastCode() == 450) {
         // libcurl takes it for an empty directory, as some servers mean it when names alone are asked for.

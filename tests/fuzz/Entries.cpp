@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,7 +32,8 @@ void check(const RemoteEntry& entry, const std::string& line)
     require(!entry.name.empty() && entry.name != "." && entry.name != "..", "an entry has a name of its own");
     require(line.find(entry.name) != std::string::npos, "the name stands in the line");
     require(entry.name.find('\n') == std::string::npos, "a name has no line end");
-    require(entry.name.find('/') == std::string::npos && entry.name.find('\0') == std::string::npos,
+    const std::string name = entry.name;
+    require(!session::leadsNowhereElse(name) || std::filesystem::path("dir/" + name).filename() == name.c_str(),
             "a name leads nowhere else");
     require(entry.size >= -1, "a size is a size, or unknown");
     require(entry.kind == EntryKind::File || entry.size == -1, "only files have one");
