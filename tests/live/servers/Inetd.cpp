@@ -95,6 +95,7 @@ void Inetd::serve()
         if (connection < 0) {
             return;
         }
+        ++m_connections;
         start(connection);
         close(connection);
     }

@@ -5,6 +5,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <thread>
@@ -27,6 +28,9 @@ public:
 
     std::uint16_t port() const { return m_port; }
 
+    /// How many connections there have been.
+    unsigned connections() const { return m_connections; }
+
 private:
     void serve();
     void start(int connection);
@@ -37,6 +41,7 @@ private:
     int m_listening = -1;
     std::uint16_t m_port = 0;
     std::vector<pid_t> m_daemons;
+    std::atomic<unsigned> m_connections{0};
     std::thread m_thread;
 };
 

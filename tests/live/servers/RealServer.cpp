@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -86,7 +87,12 @@ void RealServer::start()
     trustByDefault(authority.certificatePem());
     request.userName = PrivateSystem::kUser;
     request.password = PrivateSystem::kPassword;
-    const Start how = server.configure(daemonFile(""));
+    Start how = server.configure(daemonFile(""));
+    if (speaksNewestTls) {
+        const auto limits = [](const std::string& each) { return each.rfind("OPENSSL_CONF=", 0) == 0; };
+        how.environment.erase(std::remove_if(how.environment.begin(), how.environment.end(), limits),
+                              how.environment.end());
+    }
     m_daemon = std::make_unique<Inetd>(PrivateSystem(daemonFile(""), served(""), SERVERS_FOLDER), how.command,
                                        how.environment, daemonFile("stderr.log"));
     request.port = m_daemon->port();
