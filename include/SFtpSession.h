@@ -164,7 +164,7 @@ public:
     int TestSConnect(const SFtpRequest& request, std::string& errorText);
 
     /// Replaces `entries` by what is in the directory `remotePath`, without "." and "..", and without names that hold a
-    /// "/" or a zero byte; a failure leaves it alone. 63 where the listing is larger than 256 MiB.
+    /// "/" or a zero byte; a failure leaves it alone. 63 where the listing is larger than 128 MiB.
     int ListEntries(const SFtpRequest& request, std::vector<RemoteEntry>& entries, std::string& errorText);
 
     /// Tells about the file or directory `remotePath`. 78 where there is none; a failure leaves `entry` alone.

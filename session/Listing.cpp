@@ -14,7 +14,7 @@ namespace session {
 namespace {
 
 // All of it is kept in memory: a server must not decide how much that is.
-constexpr std::int64_t kLargestListing = 256LL * 1024 * 1024;
+constexpr std::int64_t kLargestListing = 128LL * 1024 * 1024;
 
 void visitDirectory(const Work& work, const std::vector<std::string>& commands)
 {
@@ -69,7 +69,7 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
     }
     transfer.receive([&work, take = lines.sink()](const char* bytes, std::size_t count) {
         if (work.call.bytes() > kLargestListing) {
-            throw refusal(CURLE_FILESIZE_EXCEEDED, "the listing is larger than 256 MiB");
+            throw refusal(CURLE_FILESIZE_EXCEEDED, "the listing is larger than 128 MiB");
         }
         return take(bytes, count);
     });

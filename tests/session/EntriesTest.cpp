@@ -89,7 +89,8 @@ TEST(Entries, LeadNowhereElse)
     for (const std::string name : {"a", "a b", "..", "\x1b[2J", "a\\b"}) {
         EXPECT_TRUE(session::leadsNowhereElse(name)) << name;
     }
-    for (const std::string& name : {std::string("/"), std::string("../a"), std::string("a/b"), std::string("a\0b", 3)}) {
+    for (const std::string& name :
+         {std::string("/"), std::string("../a"), std::string("a/b"), std::string("a\0b", 3)}) {
         EXPECT_FALSE(session::leadsNowhereElse(name)) << name;
     }
 }
