@@ -173,7 +173,7 @@ std::optional<RemoteEntry> entryOfLongLine(std::string_view line)
     if (entry.kind == EntryKind::File) {
         entry.size = *numberIn<std::int64_t>(size);
     }
-    return isOneOfTheDots(entry.name) ? std::nullopt : std::optional<RemoteEntry>(entry);
+    return entry.name.empty() || isOneOfTheDots(entry.name) ? std::nullopt : std::optional<RemoteEntry>(entry);
 }
 
 } // namespace session

@@ -51,9 +51,11 @@ void StopSwitch::turnOn() noexcept
 
 void StopSwitch::turnOff() noexcept
 {
+    const int before = errno;
     m_on = false;
     std::uint64_t count = 0;
     static_cast<void>(read(m_event, &count, sizeof count) < 0);
+    errno = before;
 }
 
 StopSwitch::Slot* StopSwitch::takeSlot()

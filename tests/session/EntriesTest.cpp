@@ -68,6 +68,7 @@ TEST(Entries, OfLongLines)
         {"-rw-r--r--+ 1 backup backup 5 Jan  1  2025 acl", "<acl> file 5 unknown"},
         {"drwxr-xr-x 2 backup backup 4096 Jan 01 00:00 d", "<d> directory -1 unknown"},
         {"lrwxrwxrwx 1 backup backup 3 Jan 01 00:00 l -> a", "<l> other -1 unknown"},
+        {"lrwxrwxrwx 1 backup backup 3 Jan 01 00:00  -> a", "none"},
         {"crw-rw-rw- 1 root root 1, 3 Jan 01 00:00 null", "<null> other -1 unknown"},
         {"-rw-r--r-- 1 backup backup 9223372036854775808 Jan 01 00:00 beyond", "none"},
         {"drwxr-xr-x 2 backup backup 4096 Jan 01 00:00 .", "none"},

@@ -3,11 +3,12 @@
 
 #include "support/Codes.h"
 
-#include <sys/time.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <csignal>
+#include <ctime>
 #include <filesystem>
 #include <set>
 #include <sstream>
@@ -90,27 +91,31 @@ void cancelAndClear(int /*signal*/)
 
 void cancelAlone(int /*signal*/) { storming->Cancel(); }
 
-/// A signal each so many microseconds, for as long as this object lives.
+/// A signal each so many microseconds, to the thread that made this object, for as long as it lives.
 class Alarm
 {
 public:
-    Alarm(void (*handler)(int), suseconds_t every) : m_before(std::signal(SIGALRM, handler)) { set(every); }
+    Alarm(void (*handler)(int), long every) : m_before(std::signal(SIGALRM, handler))
+    {
+        sigevent event = {};
+        event.sigev_notify = SIGEV_THREAD_ID;
+        event.sigev_signo = SIGALRM;
+        event._sigev_un._tid = gettid(); // the C library has no other name for it
+        EXPECT_EQ(0, timer_create(CLOCK_MONOTONIC, &event, &m_timer));
+        const itimerspec interval = {{0, every * 1000}, {0, every * 1000}};
+        EXPECT_EQ(0, timer_settime(m_timer, 0, &interval, nullptr));
+    }
     ~Alarm()
     {
-        set(0);
+        timer_delete(m_timer);
         std::signal(SIGALRM, m_before);
     }
     Alarm(const Alarm&) = delete;
     Alarm& operator=(const Alarm&) = delete;
 
 private:
-    static void set(suseconds_t every)
-    {
-        const itimerval interval = {{0, every}, {0, every}};
-        setitimer(ITIMER_REAL, &interval, nullptr);
-    }
-
     void (*m_before)(int);
+    timer_t m_timer = nullptr;
 };
 
 } // namespace
@@ -221,7 +226,7 @@ TEST_F(SessionThreads, ASignalAfterAnyTimeStopsACall)
     aimAt("/a.bak");
     writeFile(request.localPath, "before");
     unsigned cancelled = 0;
-    for (suseconds_t after = 300; after < 30000; after += 700) {
+    for (long after = 300; after < 30000; after += 700) {
         SCOPED_TRACE(std::to_string(after) + " microseconds");
         SFtpSession session;
         storming = &session;
