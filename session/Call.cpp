@@ -60,7 +60,12 @@ void Call::beginTransfer(std::int64_t total, std::int64_t done)
     m_nextReport = Clock::now();
 }
 
-void Call::setTotal(std::int64_t total) { m_progress.total = total; }
+void Call::learnTotal(std::int64_t total)
+{
+    if (m_progress.total < 0) {
+        m_progress.total = total;
+    }
+}
 
 void Call::moved(std::size_t bytes)
 {

@@ -55,7 +55,8 @@ public:
     std::int64_t bytes() const { return m_progress.bytes; }
     Clock::time_point lastSign() const { return m_lastSign; }
     bool hasMoved() const { return m_hasMoved; }
-    void setTotal(std::int64_t total);
+    /// For a file of unknown size.
+    void learnTotal(std::int64_t total);
 
     /// Tells the caller how far it is, if it is time to.
     void report(bool always = false);

@@ -109,30 +109,60 @@ RemoteEntry statByFacts(const Work& work, const std::string& name)
 RemoteEntry statByCommands(const Work& work, const std::string& name)
 {
     const Target& target = work.access.target();
+    if (std::optional<RemoteEntry> file = fileAt(work, target.parentUrl() + target.encodedName())) {
+        file->name = name;
+        return *file;
+    }
+    const Failure missing = refusal(CURLE_REMOTE_FILE_NOT_FOUND, "there is no \"" + name + "\"");
+    try {
+        visitDirectory(work, {});
+    } catch (const Failure&) {
+        throw Failure(missing);
+    }
+    return {name, EntryKind::Directory, -1, std::nullopt};
+}
+
+// Its directory tells what it is, in whole only; the file itself when it was modified.
+RemoteEntry statOverSsh(const Work& work, const std::string& name)
+{
+    const Target& target = work.access.target();
+    const std::vector<RemoteEntry> entries = entriesAt(work, target.parentUrl());
+    const auto same =
+        std::find_if(entries.begin(), entries.end(), [&name](const RemoteEntry& each) { return each.name == name; });
+    RemoteEntry entry = found(same == entries.end() ? std::nullopt : std::optional<RemoteEntry>(*same), name);
+    if (entry.kind == EntryKind::File) {
+        const std::optional<RemoteEntry> file = fileAt(work, target.parentUrl() + target.encodedName());
+        entry.modified = file ? file->modified : std::nullopt;
+    }
+    return entry;
+}
+
+} // namespace
+
+std::optional<RemoteEntry> fileAt(const Work& work, const std::string& url)
+{
     Transfer transfer(work.connection, work.access, work.call);
-    transfer.visit(target.parentUrl() + target.encodedName());
+    transfer.visit(url);
     transfer.withoutData();
     set(transfer.handle(), CURLOPT_FILETIME, 1L);
     const CURLcode code = transfer.tryToRun();
-    if (code == CURLE_REMOTE_FILE_NOT_FOUND) {
-        const Failure missing = transfer.failure(code);
-        try {
-            visitDirectory(work, {});
-        } catch (const Failure&) {
-            throw Failure(missing);
-        }
-        return {name, EntryKind::Directory, -1, std::nullopt};
+    const bool isSsh = work.access.target().isSsh();
+    if (code == CURLE_REMOTE_FILE_NOT_FOUND || code == CURLE_REMOTE_ACCESS_DENIED || (isSsh && code == CURLE_SSH)) {
+        return std::nullopt;
     }
     if (code != CURLE_OK) {
         throw transfer.failure(code);
     }
-    RemoteEntry entry{name, EntryKind::File, -1, std::nullopt};
+    RemoteEntry entry{"", EntryKind::File, -1, std::nullopt};
     curl_off_t size = -1;
     curl_off_t time = -1;
     curl_easy_getinfo(transfer.handle(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
     curl_easy_getinfo(transfer.handle(), CURLINFO_FILETIME_T, &time);
     if (time >= 0) {
         entry.modified = timeAt(time);
+    }
+    if (isSsh) {
+        entry.size = std::max<curl_off_t>(size, 0); // -1 for an empty file
     }
     // libcurl makes 0 of some replies that are no number.
     for (const std::string& line : transfer.replies().lines()) {
@@ -143,8 +173,6 @@ RemoteEntry statByCommands(const Work& work, const std::string& name)
     }
     return entry;
 }
-
-} // namespace
 
 void listNames(const Work& work, const DataSink& sink)
 {
@@ -175,10 +203,7 @@ RemoteEntry statEntry(const Work& work)
         return {"/", EntryKind::Directory, -1, std::nullopt};
     }
     if (target.isSsh()) {
-        const std::vector<RemoteEntry> entries = entriesAt(work, target.parentUrl());
-        const auto same = std::find_if(entries.begin(), entries.end(),
-                                       [&name](const RemoteEntry& each) { return each.name == name; });
-        return found(same == entries.end() ? std::nullopt : std::optional<RemoteEntry>(*same), name);
+        return statOverSsh(work, name);
     }
     if (work.connection.features && work.connection.features->mlst) {
         return statByFacts(work, name);

@@ -8,6 +8,7 @@
 #include <SFtpSession.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,9 +35,17 @@ void listNames(const Work& work, const DataSink& sink);
 std::vector<RemoteEntry> listEntries(const Work& work);
 RemoteEntry statEntry(const Work& work);
 
+/// The file at this URL: size and time, without its name. Nothing where there is none.
+std::optional<RemoteEntry> fileAt(const Work& work, const std::string& url);
+
 /// `limit`: the least size that is refused, with 63.
 void download(const Work& work, const DataSink& sink, std::int64_t limit);
+void downloadFile(const Work& work, const std::string& localPath, std::int64_t limit);
 void upload(const Work& work, const DataSource& source, std::int64_t size);
+void uploadFile(const Work& work, const std::string& localPath);
+
+/// How many of the last bytes must agree before a broken transfer is resumed.
+constexpr std::int64_t kOverlap = 65536;
 
 } // namespace session
 

@@ -1,10 +1,9 @@
 #include "SFtpSession.h"
 
 #include "Access.h"
-#include "ArrivingFile.h"
 #include "Call.h"
 #include "Failure.h"
-#include "LeavingFile.h"
+#include "LocalFiles.h"
 #include "Operations.h"
 #include "OptionsCheck.h"
 #include "Pool.h"
@@ -16,7 +15,9 @@
 #include <transfer/WipeString.h>
 
 #include <istream>
+#include <mutex>
 #include <ostream>
+#include <set>
 #include <utility>
 
 using namespace session;
@@ -61,6 +62,27 @@ struct Options : SessionOptions
     }
     Options(const Options&) = delete;
     Options& operator=(const Options&) = delete;
+};
+
+/// Servers of which something is known, for all threads.
+class ServerSet
+{
+public:
+    void add(const std::string& server)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_servers.insert(server);
+    }
+
+    bool holds(const std::string& server) const
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_servers.count(server) > 0;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    std::set<std::string> m_servers;
 };
 
 // What becomes of a connection that had been kept and was found dead: the server has carried nothing out.
@@ -138,6 +160,7 @@ private:
     {
         const std::unique_ptr<Pool::Lease> lease = m_pool.take(access.identity(), call, fresh);
         Connection& connection = lease->connection();
+        connection.newestTls = m_newestTlsOnly.holds(access.identity().server);
         const bool kept = connection.isOpen();
         try {
             try {
@@ -146,6 +169,7 @@ private:
                 if (connection.newestTls || !refusesTls12(connection, failure)) {
                     throw;
                 }
+                m_newestTlsOnly.add(access.identity().server);
                 connection.newestTls = true;
                 operation(Work{connection, access, call});
             }
@@ -167,6 +191,7 @@ private:
     }
 
     const Options m_options;
+    ServerSet m_newestTlsOnly; // they refused TLS 1.2
     StopSwitch m_stop;
     Pool m_pool;
 };
@@ -178,7 +203,7 @@ SFtpSession::~SFtpSession() = default;
 int SFtpSession::Listsftpdir(const SFtpRequest& request, std::string& errorText)
 {
     return m_engine->call("Listsftpdir", request, errorText, [&](const Work& work) {
-        ArrivingFile file(request.localPath);
+        ArrivingFile file(request.localPath, work.call);
         listNames(work, [&file](const char* bytes, std::size_t count) { return file.write(bytes, count); });
         file.takePlace();
     });
@@ -187,11 +212,7 @@ int SFtpSession::Listsftpdir(const SFtpRequest& request, std::string& errorText)
 int SFtpSession::DownLoadSFtpFile(const SFtpRequest& request, std::string& errorText)
 {
     return m_engine->call("DownLoadSFtpFile", request, errorText, [&](const Work& work) {
-        ArrivingFile file(request.localPath);
-        download(
-            work, [&file](const char* bytes, std::size_t count) { return file.write(bytes, count); },
-            sizeLimitOf(request.localPath));
-        file.takePlace();
+        downloadFile(work, request.localPath, sizeLimitOf(request.localPath));
     });
 }
 
@@ -207,11 +228,8 @@ int SFtpSession::DelSFtpFile(const SFtpRequest& request, std::string& errorText)
 
 int SFtpSession::UploadFileToSFtpServer(const SFtpRequest& request, std::string& errorText)
 {
-    return m_engine->call("UploadFileToSFtpServer", request, errorText, [&](const Work& work) {
-        const LeavingFile file(request.localPath);
-        upload(
-            work, [&file](char* bytes, std::size_t count) { return file.read(bytes, count); }, file.size());
-    });
+    return m_engine->call("UploadFileToSFtpServer", request, errorText,
+                          [&](const Work& work) { uploadFile(work, request.localPath); });
 }
 
 int SFtpSession::TestSConnect(const SFtpRequest& request, std::string& errorText)

@@ -124,6 +124,13 @@ Target::Target(const SFtpRequest& request)
     }
 }
 
+void Target::requireFile() const
+{
+    if (isDirectory()) {
+        throw refusal(CURLE_URL_MALFORMAT, "remotePath ends in \"/\" and so names a directory");
+    }
+}
+
 std::string Target::directoryUrl() const { return url() + (isDirectory() ? "" : "/"); }
 
 // Where the first name begins.

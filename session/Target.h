@@ -46,6 +46,9 @@ public:
     /// Whether the URL is a directory's: it ends in "/".
     bool isDirectory() const { return m_path.back() == '/' || m_path.size() == top(); }
 
+    /// Throws `Failure` where the URL is a directory's.
+    void requireFile() const;
+
     /// How a command names `name`, an entry of the directory of `url`: for FTP by itself, because the server is in that
     /// directory then; for SFTP with its path.
     std::string commandPath(const std::string& name) const;

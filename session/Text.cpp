@@ -77,6 +77,15 @@ std::string percentEncoded(std::string_view text)
     return encoded;
 }
 
+std::string inHex(std::string_view bytes)
+{
+    std::string digits;
+    for (const char each : bytes) {
+        appendCoded(digits, "", each);
+    }
+    return digits;
+}
+
 std::string quoted(const std::string& path)
 {
     std::string text = "\"";

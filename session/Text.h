@@ -20,6 +20,9 @@ std::string shownUrl(const SFtpRequest& request);
 /// `text` with %XX in place of each byte but letters, digits and "-._~".
 std::string percentEncoded(std::string_view text);
 
+/// Two digits for each byte.
+std::string inHex(std::string_view bytes);
+
 /// A path for libcurl's SFTP commands: in double quotes, in which a backslash stands before what would end them.
 std::string quoted(const std::string& path);
 

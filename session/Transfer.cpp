@@ -11,10 +11,22 @@ namespace session {
 
 namespace {
 
+// libcurl took a reply for that to another command, and keeps the connection: the next one would get a late reply, too.
+bool isOutOfStep(CURLcode code)
+{
+    return code == CURLE_FTP_WEIRD_PASV_REPLY || code == CURLE_FTP_WEIRD_227_FORMAT ||
+           code == CURLE_FTP_CANT_GET_HOST || code == CURLE_WEIRD_SERVER_REPLY;
+}
+
 // libcurl reports a refused directory in a way that hosts know as a missing file.
 CURLcode asReported(CURLcode code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
 
 } // namespace
+
+std::string sizesDiffer(std::int64_t there, std::int64_t sent)
+{
+    return "the server has " + std::to_string(there) + " of the " + std::to_string(sent) + " bytes that were sent";
+}
 
 Transfer::Transfer(Connection& connection, Access& access, Call& call)
     : m_connection(connection), m_access(access), m_call(call), m_handle(connection.renew()),
@@ -61,6 +73,22 @@ void Transfer::send(const DataSource& source, std::int64_t size)
     set(m_handle, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
 }
 
+// libcurl finds the place itself, by the function for that; else it would append the file's beginning.
+void Transfer::send(const LeavingFile& file, std::int64_t offset)
+{
+    file.seek(offset);
+    send([&file](char* bytes, std::size_t count) { return file.read(bytes, count); }, file.size());
+    m_sent = offset;
+    set(m_handle, CURLOPT_SEEKFUNCTION, seek);
+    set(m_handle, CURLOPT_SEEKDATA, static_cast<const void*>(&file));
+    receiveFrom(offset);
+}
+
+void Transfer::receiveFrom(std::int64_t offset)
+{
+    set(m_handle, CURLOPT_RESUME_FROM_LARGE, static_cast<curl_off_t>(offset));
+}
+
 void Transfer::run()
 {
     if (const CURLcode code = tryToRun()) {
@@ -77,6 +105,9 @@ CURLcode Transfer::tryToRun()
     if (code != CURLE_OK && replies().openData()) {
         // TLS that breaks off on a data connection takes along the session that the server wants to see on the next.
         m_connection.giveUp();
+    }
+    if (isOutOfStep(code)) {
+        m_connection.cut();
     }
     if (m_call.hasThrown()) {
         m_connection.giveUp();
@@ -149,6 +180,7 @@ size_t Transfer::read(char* bytes, size_t /*one*/, size_t count, void* self) noe
 // libcurl asks no more when it has as many bytes as were announced: whether there are more must be looked for.
 size_t Transfer::give(char* bytes, size_t count)
 {
+    m_hasAsked = true;
     m_call.moved(0); // the source's bytes cannot be had again
     const size_t given = m_source(bytes, count);
     m_sent += static_cast<std::int64_t>(given);
@@ -213,9 +245,15 @@ void Transfer::judgeSize()
         return;
     }
     m_foundCode = CURLE_PARTIAL_FILE;
-    m_found = there < 0 ? "the server does not report the size of what was sent"
-                        : "the server has " + std::to_string(there) + " of the " + std::to_string(m_sent) +
-                              " bytes that were sent";
+    m_found = there < 0 ? "the server does not report the size of what was sent" : sizesDiffer(there, m_sent);
+}
+
+int Transfer::seek(void* file, curl_off_t offset, int origin) noexcept
+try {
+    static_cast<const LeavingFile*>(file)->seek(offset);
+    return origin == SEEK_SET ? CURL_SEEKFUNC_OK : CURL_SEEKFUNC_FAIL;
+} catch (const std::exception&) {
+    return CURL_SEEKFUNC_FAIL;
 }
 
 // CURLOPT_PREREQFUNCTION: logged in.
@@ -239,7 +277,7 @@ int Transfer::progress(void* self, curl_off_t toReceive, curl_off_t received, cu
     auto& transfer = *static_cast<Transfer*>(self);
     try {
         if (transfer.m_sink && toReceive > 0) {
-            transfer.m_call.setTotal(toReceive);
+            transfer.m_call.learnTotal(toReceive);
         }
         transfer.watch(received + sent, toReceive + toSend);
         transfer.m_call.report();

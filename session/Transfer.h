@@ -5,6 +5,7 @@
 #include "Call.h"
 #include "Connection.h"
 #include "Failure.h"
+#include "LocalFiles.h"
 
 #include <SFtpSession.h>
 
@@ -16,6 +17,9 @@
 #include <vector>
 
 namespace session {
+
+/// What to say where the server has another number of bytes than it was sent.
+std::string sizesDiffer(std::int64_t there, std::int64_t sent);
 
 /// One transfer of libcurl's over a connection: set up step by step, then run.
 class Transfer
@@ -35,6 +39,10 @@ public:
     void receive(const DataSink& sink);
     /// Where bytes to send come from; `size` -1 where it is not known.
     void send(const DataSource& source, std::int64_t size);
+    /// The same for a regular file, from `offset` on, behind what the server has.
+    void send(const LeavingFile& file, std::int64_t offset);
+    /// Leaves out what comes before `offset`.
+    void receiveFrom(std::int64_t offset);
     /// For what only one operation needs.
     CURL* handle() { return m_handle; }
 
@@ -48,6 +56,12 @@ public:
     CURLcode tryToRun();
 
     const Replies& replies() const { return m_connection.replies(); }
+    /// Whether bytes may have gone.
+    bool hasAskedSource() const { return m_hasAsked; }
+    /// The bytes that have gone, those before them included.
+    std::int64_t sent() const { return m_sent; }
+    /// Whether the server has another number of bytes than was sent.
+    bool hasFoundWrongSize() const { return m_foundCode == CURLE_PARTIAL_FILE; }
     /// What to throw for a transfer that ended with this code.
     Failure failure(CURLcode code) const;
 
@@ -57,6 +71,7 @@ private:
     static size_t hear(char* bytes, size_t one, size_t count, void* self) noexcept;
     static int progress(void* self, curl_off_t toReceive, curl_off_t received, curl_off_t toSend,
                         curl_off_t sent) noexcept;
+    static int seek(void* file, curl_off_t offset, int origin) noexcept;
     static int begin(void* self, char* theirs, char* ours, int theirPort, int ourPort) noexcept;
     size_t take(const char* bytes, size_t count);
     size_t give(char* bytes, size_t count);
@@ -75,6 +90,7 @@ private:
     std::int64_t m_sizeToSend = -1;
     std::int64_t m_sent = 0;
     std::int64_t m_moved = 0; // by libcurl's count
+    bool m_hasAsked = false;
     bool m_comparesSize = false;
     bool m_isStored = false; // the server has confirmed the data
     std::string m_reason;    // why the call had to end
