@@ -175,7 +175,8 @@ public:
     /// Connects and logs in, and enters the directory of `remotePath`; no data connection is made.
     int TestSConnect(const SFtpRequest& request, std::string& errorText);
 
-    /// Replaces `entries` by what is in the directory `remotePath`, without "." and ".."; a failure leaves it alone.
+    /// Replaces `entries` by what is in the directory `remotePath`, without "." and "..", and without names that hold a
+    /// "/" or a zero byte; a failure leaves it alone. 63 where the listing is larger than 128 MiB.
     int ListEntries(const SFtpRequest& request, std::vector<RemoteEntry>& entries, std::string& errorText);
 
     /// Tells about the file or directory `remotePath`. 78 where there is none; a failure leaves `entry` alone.

@@ -13,6 +13,18 @@ namespace session {
 
 namespace {
 
+// libcurl takes the last digits of whatever stands there for the size, and ends the file after so many bytes.
+void requireNumberAsSize(Transfer& transfer)
+{
+    curl_off_t size = -1;
+    curl_easy_getinfo(transfer.handle(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
+    for (const std::string& line : transfer.replies().lines()) {
+        if (size > 0 && line.compare(0, 4, "213 ") == 0 && sizeInReply(line) < 0) {
+            throw refusal(CURLE_WEIRD_SERVER_REPLY, "the reply to SIZE holds no number");
+        }
+    }
+}
+
 DataSink sinkOf(ArrivingFile& file)
 {
     return [&file](const char* bytes, std::size_t count) { return file.write(bytes, count); };
@@ -121,6 +133,7 @@ void download(const Work& work, const DataSink& sink, std::int64_t limit)
         return sink(bytes, count);
     });
     transfer.run();
+    requireNumberAsSize(transfer);
     work.call.finishing();
     work.call.report(true);
 }

@@ -108,6 +108,11 @@ std::optional<std::chrono::system_clock::time_point> timeAt(std::int64_t seconds
     return Clock::from_time_t(static_cast<std::time_t>(seconds));
 }
 
+bool leadsNowhereElse(std::string_view name)
+{
+    return name.find('/') == std::string_view::npos && name.find('\0') == std::string_view::npos;
+}
+
 std::optional<RemoteEntry> entryOfFacts(std::string_view line)
 {
     line = withoutEnd(line);
@@ -168,7 +173,7 @@ std::optional<RemoteEntry> entryOfLongLine(std::string_view line)
     if (entry.kind == EntryKind::File) {
         entry.size = *numberIn<std::int64_t>(size);
     }
-    return isOneOfTheDots(entry.name) ? std::nullopt : std::optional<RemoteEntry>(entry);
+    return entry.name.empty() || isOneOfTheDots(entry.name) ? std::nullopt : std::optional<RemoteEntry>(entry);
 }
 
 } // namespace session

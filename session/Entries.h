@@ -18,6 +18,9 @@ std::optional<RemoteEntry> entryOfFacts(std::string_view line);
 /// Without a time: it would be the server's own, and nobody says which zone that is.
 std::optional<RemoteEntry> entryOfLongLine(std::string_view line);
 
+/// Whether a name is one of the directory's own: with a "/" or a zero byte, a path made of it would end elsewhere.
+bool leadsNowhereElse(std::string_view name);
+
 /// So many seconds after the beginning of 1970; nothing where the clock does not reach that far.
 std::optional<std::chrono::system_clock::time_point> timeAt(std::int64_t seconds);
 

@@ -13,6 +13,9 @@ namespace session {
 
 namespace {
 
+// All of it is kept in memory: a server must not decide how much that is.
+constexpr std::int64_t kLargestListing = 128LL * 1024 * 1024;
+
 void visitDirectory(const Work& work, const std::vector<std::string>& commands)
 {
     Transfer transfer(work.connection, work.access, work.call);
@@ -54,7 +57,8 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
     const bool facts = !work.access.target().isSsh() && featuresOf(work).mlst;
     std::vector<RemoteEntry> entries;
     LineSplitter lines([&](std::string_view line) {
-        if (std::optional<RemoteEntry> entry = facts ? entryOfFacts(line) : entryOfLongLine(line)) {
+        std::optional<RemoteEntry> entry = facts ? entryOfFacts(line) : entryOfLongLine(line);
+        if (entry && leadsNowhereElse(entry->name)) {
             entries.push_back(std::move(*entry));
         }
     });
@@ -63,8 +67,17 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
     if (facts) {
         set(transfer.handle(), CURLOPT_CUSTOMREQUEST, "MLSD");
     }
-    transfer.receive(lines.sink());
+    transfer.receive([&work, take = lines.sink()](const char* bytes, std::size_t count) {
+        if (work.call.bytes() > kLargestListing) {
+            throw refusal(CURLE_FILESIZE_EXCEEDED, "the listing is larger than 128 MiB");
+        }
+        return take(bytes, count);
+    });
     transfer.run();
+    if (transfer.replies().lastCode() == 450) {
+        // libcurl takes it for an empty directory, as some servers mean it when names alone are asked for.
+        throw transfer.failure(CURLE_FTP_COULDNT_RETR_FILE);
+    }
     lines.end();
     return entries;
 }
@@ -154,6 +167,9 @@ std::optional<RemoteEntry> fileAt(const Work& work, const std::string& url)
     // libcurl makes 0 of some replies that are no number.
     for (const std::string& line : transfer.replies().lines()) {
         entry.size = size >= 0 && line.compare(0, 4, "213 ") == 0 ? sizeInReply(line) : entry.size;
+    }
+    if (entry.size < 0 && !entry.modified) {
+        throw refusal(CURLE_REMOTE_FILE_NOT_FOUND, "the server reports neither its size nor its time");
     }
     return entry;
 }

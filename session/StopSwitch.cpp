@@ -32,10 +32,11 @@ StopSwitch::~StopSwitch()
 void StopSwitch::turnOn() noexcept
 {
     const int before = errno;
-    m_on = true;
-    ++m_turns;
+    // First, so that turnOff() takes back whatever it finds: readable and off, the event would keep everybody awake.
     const std::uint64_t one = 1;
     static_cast<void>(write(m_event, &one, sizeof one) < 0);
+    m_on = true;
+    ++m_turns;
     ++m_cutting;
     for (const Slot* slot = m_slots; slot != nullptr; slot = slot->next) {
         const int socket = slot->socket;
@@ -44,14 +45,17 @@ void StopSwitch::turnOn() noexcept
         }
     }
     --m_cutting;
+    ++m_turns; // for those who came meanwhile and were cut
     errno = before;
 }
 
 void StopSwitch::turnOff() noexcept
 {
+    const int before = errno;
     m_on = false;
     std::uint64_t count = 0;
     static_cast<void>(read(m_event, &count, sizeof count) < 0);
+    errno = before;
 }
 
 StopSwitch::Slot* StopSwitch::takeSlot()

@@ -102,6 +102,10 @@ CURLcode Transfer::tryToRun()
     // What was waited for is over with the transfer; what is said about it is not.
     m_reason = m_call.verdict() == CURLE_OK ? "" : m_call.reason();
     m_call.await(Call::Awaited::Nothing);
+    if (code != CURLE_OK && replies().openData()) {
+        // TLS that breaks off on a data connection takes along the session that the server wants to see on the next.
+        m_connection.giveUp();
+    }
     if (isOutOfStep(code)) {
         m_connection.cut();
     }

@@ -93,7 +93,12 @@ public:
     try {
         if (m_begun && m_stored != m_name && !m_mustStay && (m_file == nullptr || m_isWrong) &&
             m_work.call.verdict() == CURLE_OK) {
-            static_cast<void>(command({"*" + removal(m_stored)}));
+            const std::vector<std::string> commands = {"*" + removal(m_stored)};
+            const std::optional<Failure> failed = command(commands);
+            // What ended the upload may have ended the connection as well, which shows only now.
+            if (failed && failed->code() == CURLE_RECV_ERROR && m_work.connection.replies().lines().empty()) {
+                static_cast<void>(command(commands, true));
+            }
         }
     } catch (...) { // of two failures, the first one is told
     }
@@ -245,13 +250,14 @@ private:
         }
     }
 
-    // In the directory of the target; nothing where all went well.
-    std::optional<Failure> command(const std::vector<std::string>& commands) const
+    // In the directory of the target, over a new connection where `fresh` asks for it; nothing where all went well.
+    std::optional<Failure> command(const std::vector<std::string>& commands, bool fresh = false) const
     {
         Transfer transfer(m_work.connection, m_work.access, m_work.call);
         transfer.visit(m_target.parentUrl());
         transfer.withoutData();
         transfer.after(commands);
+        set(transfer.handle(), CURLOPT_FRESH_CONNECT, fresh ? 1L : 0L);
         const CURLcode code = transfer.tryToRun();
         return code == CURLE_OK ? std::nullopt : std::optional(transfer.failure(code));
     }

@@ -110,6 +110,59 @@ TEST_F(SessionConnections, AsManyAtOnceAsAreAllowed)
     EXPECT_EQ(kMost, sessions().size());
 }
 
+// And what it has begun, leaves nothing.
+TEST_F(SessionConnections, AGoodbyeAtAnyTimeCostsOneCall)
+{
+    for (const char* const moment : {"CWD", "EPSV", "TYPE", "STOR", "SIZE", "RNFR", "RNTO", "DONE", "FEAT", "MLSD",
+                                     "MLST", "NLST", "RETR", "DELE"}) {
+        SCOPED_TRACE(moment);
+        config.faults.clear();
+        misbehave(std::string("1/") + moment + "#1=last:421 closing");
+        serve();
+        SFtpSession session;
+        writeFile(local("file"), "content");
+        unsigned failures = 0;
+        for (int round = 0; round < 2; ++round) {
+            aimAt("/a/up.bak");
+            request.localPath = local("file");
+            request.remoteFileName = "up.bak";
+            failures += session.UploadFileToSFtpServer(request, errorText) != 0 ? 1U : 0U;
+            failures += session.StatEntry(request, entry, errorText) != 0 ? 1U : 0U;
+            failures += session.DownLoadSFtpFile(request, errorText) != 0 ? 1U : 0U;
+            aimAt("/a/");
+            failures += session.ListEntries(request, entries, errorText) != 0 ? 1U : 0U;
+            failures += session.Listsftpdir(request, errorText) != 0 ? 1U : 0U;
+            failures += session.DelSFtpFile(request, errorText) != 0 ? 1U : 0U;
+            // Of an upload that failed there is nothing to tell, to download and to delete.
+            EXPECT_GE(round == 0 ? 4U : 0U, failures) << errorText;
+            failures = 0;
+        }
+        EXPECT_TRUE(std::filesystem::is_empty(served("a")));
+        stopServing();
+    }
+}
+
+// Where a data connection broke off, the TLS session has gone that the server wants to see again.
+TEST_F(SessionConnections, ABrokenTransferEndsTheOneThatWasKept)
+{
+    for (const std::string fault : {"1/DATA#1=reset-after:0", "1/DATA#1=drop-after:3"}) {
+        SCOPED_TRACE(fault);
+        config.faults.clear();
+        misbehave(fault);
+        serve();
+        aimAt("/a.bak");
+        writeFile(request.localPath, "content");
+        {
+            SFtpSession session;
+            EXPECT_NE(0, session.UploadFileToSFtpServer(request, errorText));
+            EXPECT_EQ(0, session.UploadFileToSFtpServer(request, errorText)) << errorText;
+            EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
+        }
+        EXPECT_EQ("content", contentOf(served("a.bak")));
+        stopServing();
+    }
+}
+
 TEST_F(SessionConnections, AServerWithNothingButTls13IsServedToo)
 {
     config.minTlsVersion = 0x0304;

@@ -68,6 +68,7 @@ TEST(Entries, OfLongLines)
         {"-rw-r--r--+ 1 backup backup 5 Jan  1  2025 acl", "<acl> file 5 unknown"},
         {"drwxr-xr-x 2 backup backup 4096 Jan 01 00:00 d", "<d> directory -1 unknown"},
         {"lrwxrwxrwx 1 backup backup 3 Jan 01 00:00 l -> a", "<l> other -1 unknown"},
+        {"lrwxrwxrwx 1 backup backup 3 Jan 01 00:00  -> a", "none"},
         {"crw-rw-rw- 1 root root 1, 3 Jan 01 00:00 null", "<null> other -1 unknown"},
         {"-rw-r--r-- 1 backup backup 9223372036854775808 Jan 01 00:00 beyond", "none"},
         {"drwxr-xr-x 2 backup backup 4096 Jan 01 00:00 .", "none"},
@@ -81,5 +82,16 @@ TEST(Entries, OfLongLines)
     };
     for (const Case& each : cases) {
         EXPECT_EQ(each.entry, textOf(entryOfLongLine(each.line))) << each.line;
+    }
+}
+
+TEST(Entries, LeadNowhereElse)
+{
+    for (const std::string name : {"a", "a b", "..", "\x1b[2J", "a\\b"}) {
+        EXPECT_TRUE(session::leadsNowhereElse(name)) << name;
+    }
+    for (const std::string& name :
+         {std::string("/"), std::string("../a"), std::string("a/b"), std::string("a\0b", 3)}) {
+        EXPECT_FALSE(session::leadsNowhereElse(name)) << name;
     }
 }

@@ -188,6 +188,29 @@ TEST_F(SessionOperations, EntriesComeByFactsOrByLongLines)
     }
 }
 
+TEST_F(SessionOperations, ARefusalIsNoFileAndNoEmptyDirectory)
+{
+    misbehave("1/FEAT=reply:500 unknown command");
+    misbehave("SIZE=reply:451 not now");
+    misbehave("MLSD=reply:450 not now");
+    misbehave("LIST=reply:450 not now");
+    serve();
+    writeFile(served("a.bak"), "content");
+    SFtpSession session;
+    aimAt("/missing.bak");
+    EXPECT_EQ(CURLE_REMOTE_FILE_NOT_FOUND, session.StatEntry(request, entry, errorText));
+    EXPECT_EQ("Remote file not found: the server reports neither its size nor its time", errorText);
+    aimAt("/a.bak");
+    EXPECT_EQ(0, session.StatEntry(request, entry, errorText)) << errorText;
+    EXPECT_EQ(-1, entry.size);
+    aimAt("/");
+    entries = {entry};
+    EXPECT_EQ(CURLE_FTP_COULDNT_RETR_FILE, session.ListEntries(request, entries, errorText)) << errorText;
+    SFtpSession another;
+    EXPECT_EQ(CURLE_FTP_COULDNT_RETR_FILE, another.ListEntries(request, entries, errorText)) << errorText;
+    EXPECT_EQ(1U, entries.size());
+}
+
 TEST_F(SessionOperations, DirectoriesAreMadeAndRemoved)
 {
     serve();

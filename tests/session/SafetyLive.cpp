@@ -206,7 +206,8 @@ TEST_F(SessionSafety, LimitsEndACall)
 
 TEST_F(SessionSafety, ADeadKeptConnectionIsMadeAnew)
 {
-    for (const std::string fault : {"1/NOOP=drop", "1/CWD#2=drop", "1/CWD#2=last:421 idle for too long"}) {
+    for (const std::string fault :
+         {"1/NOOP=drop", "1/CWD#2=drop", "1/CWD#2=last:421 idle for too long", "1/CWD#1=last:250 and that is all"}) {
         SCOPED_TRACE(fault);
         config.faults.clear();
         misbehave(fault);

@@ -54,6 +54,7 @@ Inetd::~Inetd()
 void Inetd::serve()
 {
     for (int connection = 0; (connection = m_port.accept()) >= 0;) {
+        ++m_connections;
         m_daemon.connection = connection;
         try {
             m_daemons.push_back(std::make_unique<Process>(m_daemon));

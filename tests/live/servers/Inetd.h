@@ -6,6 +6,7 @@
 #include "support/LoopbackPort.h"
 #include "support/Process.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <thread>
@@ -27,12 +28,16 @@ public:
 
     std::uint16_t port() const { return m_port.number(); }
 
+    /// How many connections there have been.
+    unsigned connections() const { return m_connections; }
+
 private:
     void serve();
 
     ProcessSetup m_daemon;
     const LoopbackPort m_port;
     std::vector<std::unique_ptr<Process>> m_daemons;
+    std::atomic<unsigned> m_connections{0};
     std::thread m_thread;
 };
 

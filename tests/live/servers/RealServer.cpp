@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -87,6 +88,11 @@ void RealServer::start()
     request.userName = PrivateSystem::kUser;
     request.password = PrivateSystem::kPassword;
     ProcessSetup daemon = server.configure(daemonFile(""));
+    if (speaksNewestTls) {
+        const auto limits = [](const auto& variable) { return variable.first == "OPENSSL_CONF"; };
+        daemon.environment.erase(std::remove_if(daemon.environment.begin(), daemon.environment.end(), limits),
+                                 daemon.environment.end());
+    }
     daemon.environment.emplace_back("PATH", "/usr/sbin:/usr/bin:/sbin:/bin");
     daemon.err = daemonFile("stderr.log");
     m_daemon = std::make_unique<Inetd>(PrivateSystem(daemonFile(""), served(""), SERVERS_FOLDER), daemon);

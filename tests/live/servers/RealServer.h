@@ -29,7 +29,12 @@ protected:
     /// Aims the request at this path among the user's files.
     void aimAt(const std::string& path);
 
+    /// How many control connections there have been.
+    unsigned connections() const { return m_daemon->connections(); }
+
     const Server server = GetParam();
+    /// Whether the daemon speaks TLS 1.3 also where it is kept to 1.2, for the core's uploads.
+    bool speaksNewestTls = false;
 
 private:
     void requireRunnable() const;

@@ -24,6 +24,8 @@ std::string randomBytes(std::size_t size)
 class Sessions : public RealServer
 {
 protected:
+    Sessions() { speaksNewestTls = true; }
+
     // The options of a host that knows this server: an SSH server by its key's fingerprint.
     SessionOptions options()
     {
@@ -160,13 +162,21 @@ TEST_P(Sessions, RunEveryOperationAgainAndAgain)
 {
     SessionOptions chosen = options();
     chosen.requireTls = server.dataTls != DataTls::None;
+    if (server.dataTls != DataTls::None) {
+        SessionOptions newest;
+        newest.minimumTls = TlsVersion::Tls13;
+        aimAt("");
+        expectOk(SFtpSession(newest).TestSConnect(request, errorText), "test over TLS 1.3");
+    }
     SFtpSession session(chosen);
     keep("rounds/x", "");
     std::filesystem::remove(served("rounds/x"));
+    const unsigned before = connections();
     for (int round = 0; round < 30 && !HasFailure(); ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
         goRound(session);
     }
+    EXPECT_EQ(1U, connections() - before) << "control connections";
 }
 
 // Some servers rename over a file, others do not.
