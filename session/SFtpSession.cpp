@@ -12,7 +12,7 @@
 #include "ThreadState.h"
 
 #include <LogProxy.h>
-#include <transfer/WipeString.h>
+#include <transfer/CallResources.h>
 
 #include <istream>
 #include <mutex>
