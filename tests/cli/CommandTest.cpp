@@ -41,7 +41,7 @@ TEST(Command, HidesTheTraceOfTheSizeCheckAndShowsTheRecords)
     const CommandResult result = run({"get", port.url() + "/x", "local"});
     EXPECT_EQ(result.status, 255);
     EXPECT_EQ(result.out, "");
-    const std::string failed = "hint: nobody answers there; check host, port and firewalls\n"
+    const std::string failed = "hint: no server answers there; check host, port and firewalls\n"
                                "get: -1 the size check before the download failed: 7 Couldn't connect to server\n";
     const std::string::size_type line = result.err.find(failed);
     ASSERT_EQ(line, result.err.size() - failed.size()) << result.err;

@@ -18,7 +18,7 @@ TEST(Hint, IsForFailures)
 {
     EXPECT_EQ(hint(CURLE_OK, 421), "");
     EXPECT_EQ(hint(CURLE_UNSUPPORTED_PROTOCOL, 0), "");
-    EXPECT_EQ(hint(CURLE_COULDNT_CONNECT, 0), "nobody answers there; check host, port and firewalls");
+    EXPECT_EQ(hint(CURLE_COULDNT_CONNECT, 0), "no server answers there; check host, port and firewalls");
 }
 
 TEST(Hint, FollowsFromTheReply)
@@ -40,7 +40,7 @@ TEST(Hint, FollowsFromTheReply)
     EXPECT_EQ(hint(CURLE_UPLOAD_FAILED, 532), "the server refused the file; its last reply says why");
     EXPECT_EQ(hint(CURLE_FTP_COULDNT_RETR_FILE, 550),
               "the server refuses to send the file or the listing; its last reply says why");
-    EXPECT_EQ(hint(CURLE_PARTIAL_FILE, 426), "the server broke the transfer off; try again, or look into its log");
+    EXPECT_EQ(hint(CURLE_PARTIAL_FILE, 426), "the server aborted the transfer; try again, or look at its log");
     EXPECT_EQ(hint(CURLE_PARTIAL_FILE, 226), "the transfer ended early; the server's log, or --trace, says why");
     EXPECT_EQ(hint(CURLE_QUOTE_ERROR, 500).find("the server does not know the command; "), 0U);
     EXPECT_EQ(hint(CURLE_QUOTE_ERROR, 502).find("the server does not carry the command out; "), 0U);
@@ -63,6 +63,6 @@ TEST(Hint, TellsARefusedTransferFromAClosedPort)
     }
     for (const std::string command : {"EPSV", "PASV"}) {
         EXPECT_EQ(hint(CURLE_FTP_WEIRD_PASV_REPLY, 550, command),
-                  "no data connection came about; check that the server's passive ports are open");
+                  "the data connection failed; check that the server's passive ports are open");
     }
 }

@@ -79,7 +79,7 @@ TEST_F(NothingLost, OfWhatIsNoRegularFile)
     for (const std::string file : {"pipe", "/dev/zero", "/dev/null", "."}) {
         const CommandResult result = run({"put", file, url("/sent")});
         EXPECT_EQ(result.status, 2) << result.err;
-        EXPECT_NE(result.err.find(": put sends regular files alone; "), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find(": put sends regular files only; "), std::string::npos) << result.err;
     }
     const CommandResult piped = inShell("echo contents | \"$0\" \"$@\"", {"put", "/dev/stdin", url("/sent")});
     EXPECT_EQ(piped.status, 2);

@@ -193,13 +193,13 @@ TEST(RequestOf, RefusesALocalFileThatTheLibraryCouldNotOpen)
 TEST(RequestOf, RefusesToSendWhatIsNoRegularFile)
 {
     const OddFiles odd;
-    const std::string remedy = ": put sends regular files alone; write the contents into one first.";
+    const std::string remedy = ": put sends regular files only; write the contents into one first.";
     EXPECT_EQ(refusalOf(Operation::Put, "/"), "/ is a directory" + remedy);
     EXPECT_EQ(refusalOf(Operation::Put, "/dev/null"), "/dev/null is a device" + remedy);
     EXPECT_EQ(refusalOf(Operation::Put, odd.pipe()), odd.pipe() + " is a pipe" + remedy);
     EXPECT_EQ(refusalOf(Operation::Put, odd.socket()), odd.socket() + " is a socket" + remedy);
     EXPECT_EQ(refusalOf(Operation::Put, "/proc/self/status"),
-              "/proc/self/status does not tell its size: copy it into a regular file first.");
+              "/proc/self/status has no size: copy it into a regular file first.");
     EXPECT_EQ(refusalOf(Operation::Put, TextFile("").path()), "taken");
 }
 

@@ -87,9 +87,10 @@ TEST_F(Served, SaysWhyADownloadWasNotBegun)
     serve({"SIZE=reply:500 unknown"});
     const CommandResult result = run({"get", url("/file")});
     EXPECT_EQ(result.status, 255);
-    EXPECT_EQ(lastLine(result.err),
-              "get: -1 the size check before the download refused: the server does not tell the file's size, or it is "
-              "above the library's limit; the log records above say which");
+    EXPECT_EQ(
+        lastLine(result.err),
+        "get: -1 the size check before the download refused: the server does not report the file's size, or it is "
+        "above the library's limit; the log records above say which");
     EXPECT_FALSE(exists(local("file")));
 }
 

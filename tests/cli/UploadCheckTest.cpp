@@ -40,7 +40,7 @@ TEST_F(UploadCheck, SaysWhereItCannotBeMade)
         const CommandResult result = put({"SIZE=reply:" + reply});
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.err,
-                  std::string("put: the size on the server was not checked: the server does not tell it\n") + kDone)
+                  std::string("put: the size on the server was not checked: the server does not report it\n") + kDone)
             << reply;
     }
     const CommandResult result = put({"SIZE=reply:550 no"});

@@ -58,7 +58,7 @@ TEST_F(ConfigReaderTest, CountsWhatIsNoIntegerAsOneAndSaysSo)
         const std::string record = log.withoutTimes();
         EXPECT_EQ(record.find("TIME error SFtpClientHost request=0 ConfigReader::getInt():"), 0U) << record;
         EXPECT_NE(record.find(" [General] CertAuthSwitch counts as 1: \"" + value +
-                              "\" is no integer from -2147483648 to 2147483647. "
+                              "\" is not an integer from -2147483648 to 2147483647. "
                               "Correct the configuration file and reload it.\n"),
                   std::string::npos)
             << record;
@@ -69,9 +69,10 @@ TEST_F(ConfigReaderTest, ReportsUnderTheThreadsRequestIdentifier)
 {
     const RequestIdScope scope(7);
     EXPECT_EQ(switchIn("[General]\nCertAuthSwitch=off\n"), 1);
-    EXPECT_EQ(replaceLines(m_log.withoutTimes()),
-              "TIME error SFtpClientHost request=7 ConfigReader::getInt():LINE [General] CertAuthSwitch counts as 1: "
-              "\"off\" is no integer from -2147483648 to 2147483647. Correct the configuration file and reload it.\n");
+    EXPECT_EQ(
+        replaceLines(m_log.withoutTimes()),
+        "TIME error SFtpClientHost request=7 ConfigReader::getInt():LINE [General] CertAuthSwitch counts as 1: "
+        "\"off\" is not an integer from -2147483648 to 2147483647. Correct the configuration file and reload it.\n");
 }
 
 TEST_F(ConfigReaderTest, AnswersFromMemoryUntilTheReload)

@@ -60,12 +60,12 @@ TEST(LogSettings, AreReadFromTheSection)
 TEST(LogSettings, RefuseWhatTheyDoNotKnow)
 {
     EXPECT_EQ(refusalOf("Target", ""), "[Log] Target: it is empty, but must be stderr or a file");
-    EXPECT_EQ(refusalOf("Level", "Error"), "[Log] Level: \"Error\" is none of debug, info, error");
+    EXPECT_EQ(refusalOf("Level", "Error"), "[Log] Level: \"Error\" is not debug, info or error");
     EXPECT_EQ(refusalOf("Format", "xml"), "[Log] Format: \"xml\" is neither text nor json");
-    EXPECT_EQ(refusalOf("MaxBytes", "0"), "[Log] MaxBytes: \"0\" is no integer from 1 to 9223372036854775807");
-    EXPECT_EQ(refusalOf("MaxBytes", "10M"), "[Log] MaxBytes: \"10M\" is no integer from 1 to 9223372036854775807");
-    EXPECT_EQ(refusalOf("Files", "0"), "[Log] Files: \"0\" is no integer from 1 to 1000");
-    EXPECT_EQ(refusalOf("Files", "1001"), "[Log] Files: \"1001\" is no integer from 1 to 1000");
+    EXPECT_EQ(refusalOf("MaxBytes", "0"), "[Log] MaxBytes: \"0\" is not an integer from 1 to 9223372036854775807");
+    EXPECT_EQ(refusalOf("MaxBytes", "10M"), "[Log] MaxBytes: \"10M\" is not an integer from 1 to 9223372036854775807");
+    EXPECT_EQ(refusalOf("Files", "0"), "[Log] Files: \"0\" is not an integer from 1 to 1000");
+    EXPECT_EQ(refusalOf("Files", "1001"), "[Log] Files: \"1001\" is not an integer from 1 to 1000");
     EXPECT_EQ(refusalOf("level", "info"),
               "[Log] has a key \"level\", but knows only Target, Level, Format, MaxBytes, Files");
 }

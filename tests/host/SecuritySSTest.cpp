@@ -165,7 +165,7 @@ TEST_F(SecuritySSTest, AnswersFailureWhenLibcurlRefuses)
     EXPECT_EQ(SecuritySS::enrichSSL(nullptr, cert), SECURITYSS_FAILURE);
     const std::string record = m_log.withoutTimes();
     EXPECT_EQ(record.find("TIME error SFtpClientHost request=0 SecuritySS::enrichSSL():"), 0U) << record;
-    EXPECT_NE(record.find(" The TLS settings cannot be made: libcurl refuses TLS 1.2 as the lowest version: A libcurl "
+    EXPECT_NE(record.find(" The TLS settings cannot be made: libcurl refuses TLS 1.2 as the minimum version: A libcurl "
                           "function was given a bad argument. Do not use this handle.\n"),
               std::string::npos)
         << record;
