@@ -30,8 +30,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "file transfers over FTP with TLS for host applications
-A shared library with which a host application moves files to and from a
-remote file server. The host supplies logging, configuration and security.")
+A shared library that moves files between a host application and a remote
+file server. The host supplies logging, configuration and security.")
 
 set(CPACK_DEBIAN_SESSION_PACKAGE_NAME libsftpsession${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_SESSION_PACKAGE_SECTION libs)
@@ -39,8 +39,8 @@ set(CPACK_DEBIAN_SESSION_PACKAGE_DEPENDS "${library} (>= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_SESSION_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_SESSION_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
 set(CPACK_COMPONENT_SESSION_DESCRIPTION "file transfers over FTP with TLS - sessions
-A shared library beside libSFtpClient with the same operations, and more, for
-every server: safe unless told otherwise, over connections that are kept.")
+A shared library beside libSFtpClient with the same operations, and more:
+secure by default, over connections that are kept between calls.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libsftpclient-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)

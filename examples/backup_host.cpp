@@ -112,7 +112,6 @@ private:
     SessionOptions optionsWithProgress()
     {
         SessionOptions options;
-        options.maxConnections = kThreads;
         options.progress = [this](const TransferProgress& now) { showProgress(now.bytes); };
         return options;
     }

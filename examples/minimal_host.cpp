@@ -1,9 +1,9 @@
-// A host that has no services of its own and takes the ready ones: it downloads one file.
+// A host without services of its own, which uses the ready ones: it downloads one file.
 //
 //     g++ -std=c++17 minimal_host.cpp $(pkg-config --cflags --libs sftpclient-host) -o minimal-host
 //     HOST_PASSWORD=... minimal-host settings.ini ca.pem ftps://backup.example.com:990/weekly/sunday.bak sunday.bak
 //
-// Let section Log of settings.ini name a file: libcurl's trace, which contains the password, goes to standard error.
+// Let section Log of settings.ini name a file: standard error gets libcurl's trace, which contains the password.
 
 #include <CurlProcess.h>
 #include <HostConfiguration.h>

@@ -1,5 +1,5 @@
-// A host that supplies the four services itself, in the least of code: it downloads one file. It calls libcurl itself,
-// too, and so needs the flags of both:
+// A host that supplies the four services itself, with a minimum of code: it downloads one file. It calls libcurl, too,
+// and so needs the flags of both:
 //
 //     g++ -std=c++17 own_host.cpp $(pkg-config --cflags --libs sftpclient libcurl) -o own-host
 //     HOST_PASSWORD=... own-host ca.pem ftps://backup.example.com:990/weekly/sunday.bak sunday.bak
@@ -17,7 +17,7 @@
 #include <iostream>
 #include <iterator>
 
-// The log: one call a record, so that those of many threads do not mix. A real one escapes control characters.
+// The log: one call for each record, so that those of many threads do not mix. A real one escapes control characters.
 LogProxy::LogProxy(int level, const std::string& module, unsigned long requestId, const std::string& function,
                    unsigned int line)
     : m_level(level), m_module(module), m_requestId(requestId), m_function(function), m_line(line)
@@ -35,7 +35,7 @@ LogProxy::~LogProxy()
     }
 }
 
-// The request identifiers: one a thread.
+// The request identifiers: one for each thread.
 ThreadRequestId TSP_RequestID;
 
 unsigned long& ThreadRequestId::get()
@@ -44,13 +44,13 @@ unsigned long& ThreadRequestId::get()
     return identifier;
 }
 
-// The configuration: there is none, so each question gets its default.
+// The configuration: there is none, so each value is the default.
 int ConfigReader::getInt(const std::string& /*section*/, const std::string& /*key*/, bool defaultValue)
 {
     return defaultValue ? 1 : 0;
 }
 
-// The security service: what every TLS connection of this host must have.
+// The security service: settings for every TLS connection of this host.
 SecuritySS_RC SecuritySS::enrichSSL(void* curl, std::string& /*cert*/)
 {
     const CURLcode set = curl_easy_setopt(curl, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));

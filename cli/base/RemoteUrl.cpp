@@ -148,7 +148,7 @@ std::string RemoteUrl::fileName() const
     const bool isPlain = !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
                          path.find_first_of("?#") == std::string::npos;
     if (!isPlain) {
-        throw UsageError("The URL's last name is none for a local file: name the file to write after the URL.");
+        throw UsageError("The URL's last name cannot name a local file: name the file to write after the URL.");
     }
     return name;
 }

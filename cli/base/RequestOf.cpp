@@ -111,13 +111,13 @@ void checkSource(const std::string& file)
 {
     const std::string kind = oddKindOf(file);
     if (!kind.empty()) {
-        throw UsageError(file + " is " + kind + ": put sends regular files alone; write the contents into one first.");
+        throw UsageError(file + " is " + kind + ": put sends regular files only; write the contents into one first.");
     }
     if (access(file.c_str(), R_OK) != 0) {
         throw UsageError("The file " + file + " cannot be read (" + std::strerror(errno) + "): name one that can be.");
     }
     if (hidesItsSize(file)) {
-        throw UsageError(file + " does not tell its size: copy it into a regular file first.");
+        throw UsageError(file + " has no size: copy it into a regular file first.");
     }
 }
 

@@ -37,7 +37,7 @@ Diagnosis diagnoseGreeting(const Report& report)
                                        ? "Look at the server, or at a firewall before it."
                                        : "If it expects TLS from the first byte, use an ftps: URL; else look at the "
                                          "server, or at a firewall before it.";
-        return {"the server takes the connection and says nothing", remedy};
+        return {"the server accepts the connection and sends nothing", remedy};
     }
     return {"the server turns clients away " + quote(greeting),
             "Ask the server's administrator: it may have too many clients, or not want this machine's address."};
@@ -100,9 +100,10 @@ Diagnosis diagnoseDirectory(const Report& report, const Visit& visit)
 
 Diagnosis diagnoseData(const Visit& visit)
 {
-    return {"the data connection fails: " + visit.error.shown(),
-            "Open the server's range of passive ports in every firewall on the way, let the server tell the address "
-            "that this machine sees, and let it use the same certificate there."};
+    return {
+        "the data connection fails: " + visit.error.shown(),
+        "Open the server's range of passive ports in every firewall on the way, let the server announce the address "
+        "that this machine sees, and let it use the same certificate there."};
 }
 
 Diagnosis diagnoseListing(const Visit& visit)

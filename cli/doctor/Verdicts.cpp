@@ -161,7 +161,7 @@ Verdict predictSizeCheck(const Report& report)
         return unknown("the server was not asked for a size", "Run doctor with --write to try a download.");
     }
     if (size->code != 213 && size->code != 550) {
-        return fails(std::nullopt, {"the server does not tell sizes " + quote(*size), "Turn on SIZE at the server."});
+        return fails(std::nullopt, {"the server does not report sizes " + quote(*size), "Turn on SIZE at the server."});
     }
     return works();
 }

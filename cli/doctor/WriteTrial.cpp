@@ -104,7 +104,7 @@ void silence()
         silence();
         makeRoundTrip(question, name, [results](const StepNews& news) {
             // Smaller than what a pipe takes at once.
-            require(write(results, &news, sizeof news) == sizeof news, "the news of a step is lost");
+            require(write(results, &news, sizeof news) == sizeof news, "the result of a step is lost");
         });
     } catch (const std::exception&) {
         _exit(1);
@@ -119,14 +119,14 @@ public:
     Worker(const Question& question, const std::string& name)
     {
         std::array<int, 2> ends = {};
-        require(pipe2(ends.data(), O_CLOEXEC) == 0, "no pipe can be had");
+        require(pipe2(ends.data(), O_CLOEXEC) == 0, "cannot create a pipe");
         m_process = fork();
         if (m_process == 0) {
             runApart(question, name, ends[1]);
         }
         close(ends[1]);
         m_results = ends[0];
-        require(m_process > 0, "no process can be had");
+        require(m_process > 0, "cannot start a process");
     }
     ~Worker()
     {

@@ -90,7 +90,7 @@ void OperationRun::describe(const std::string& libraryText)
     } else if (last != CURLE_OK) {
         m_result.text = "the size check before the download failed: " + std::to_string(last) + " " + textOf(last);
     } else if (m_watch.transfers() > 0) {
-        m_result.text = "the size check before the download refused: the server does not tell the file's size, or it "
+        m_result.text = "the size check before the download refused: the server does not report the file's size, or it "
                         "is above the library's limit; the log records above say which";
     } else {
         m_result.text = "the library could not run it; see the log records above";

@@ -82,17 +82,17 @@ std::string OperationWatch::limitOfConnecting(TransferClock::Time now) const
         return limitAt(now);
     }
     const std::string what =
-        m_clock.isConnected() ? "the data connection was not made " : "connection and login were not done ";
+        m_clock.isConnected() ? "the data connection was not made " : "connection and login did not finish ";
     return what + "within " + inSeconds(m_clock.limits().connect) + " (--connect-time)";
 }
 
 std::string OperationWatch::limitAt(TransferClock::Time now) const
 {
     if (m_clock.isOver(now)) {
-        return "the operation was not done after " + inSeconds(m_clock.limits().whole) + " (--max-time)";
+        return "the operation did not finish within " + inSeconds(m_clock.limits().whole) + " (--max-time)";
     }
     if (m_clock.isStalled(now)) {
-        return "nothing came or went for " + inSeconds(m_clock.limits().stall) + " (--stall-time)";
+        return "no byte was sent or received for " + inSeconds(m_clock.limits().stall) + " (--stall-time)";
     }
     return {};
 }

@@ -89,5 +89,5 @@ RemoteSize askSize(const SFtpRequest& request)
     }
     const std::optional<std::int64_t> bytes =
         RemoteUrl(request.remotePath).isSsh() ? sizeOfSsh(handle.get()) : sizeInReply(reply);
-    return {bytes, bytes ? "" : "the server does not tell it"};
+    return {bytes, bytes ? "" : "the server does not report it"};
 }

@@ -15,10 +15,10 @@ constexpr char kNotes[] =
     "from the netrc file, else from a prompt at the terminal; never from the command line.\n"
     "\n"
     "Settings: each option can also be set in the environment (SFTPCLIENT_PORT for --port) and in section\n"
-    "[sftpclient] of the configuration file (port=2121). The command line goes before the environment, the\n"
-    "environment before the file.\n"
+    "[sftpclient] of the configuration file (port=2121). The command line overrides the environment, and the\n"
+    "environment overrides the file.\n"
     "\n"
-    "Output: standard output carries what was asked for alone: the names of ls, and with --json the result.\n"
+    "Output: standard output carries only what was requested: the names of ls, and with --json the result.\n"
     "Everything else goes to standard error, the result last, as one line \"OPERATION: CODE TEXT\", for example\n"
     "\"get: 67 Login denied\". CODE is libcurl's, or -1 where the library could not run the operation.\n"
     "\n"
@@ -41,7 +41,7 @@ constexpr char kCertificateOfPut[] =
 
 constexpr char kDoctor[] =
     "\nThe report tells what will work and what to change where something will not. Without --write nothing is\n"
-    "changed on the server, and what only writing shows is taken to be well.\n"
+    "changed on the server, and what only writing shows is assumed to work.\n"
     "\n"
     "The password is sent over TLS to a server that the library trusts, and to nobody else, unless\n"
     "--clear-login says so. With an ftp: URL, put and the size check of get send it in the clear: without\n"

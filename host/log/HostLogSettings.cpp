@@ -35,7 +35,7 @@ LogLevel levelFrom(const std::string& text)
     if (text == "error") {
         return LogLevel::Error;
     }
-    refuse("Level", "\"" + text + "\" is none of debug, info, error");
+    refuse("Level", "\"" + text + "\" is not debug, info or error");
 }
 
 LogFormat formatFrom(const std::string& text)

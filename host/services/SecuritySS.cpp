@@ -34,7 +34,7 @@ SecuritySS_RC SecuritySS::enrichSSL(void* curl, std::string& /*cert*/)
 try {
     const HostTlsSettings settings = tlsSettingsFrom(*HostConfiguration::instance().values());
     require(curl_easy_setopt(curl, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2)),
-            "TLS 1.2 as the lowest version");
+            "TLS 1.2 as the minimum version");
     setList(curl, CURLOPT_SSL_CIPHER_LIST, settings.cipherList, "CipherList of section Security");
     setList(curl, CURLOPT_TLS13_CIPHERS, settings.tls13Ciphers, "Tls13Ciphers of section Security");
     return SECURITYSS_SUCCESS;

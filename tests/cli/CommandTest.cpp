@@ -47,7 +47,7 @@ TEST_F(Command, HidesTheTraceOfTheSizeCheckAndShowsTheRecords)
     const ProgramResult result = run({"get", url + "x", "local"});
     EXPECT_TRUE(exited(255, result));
     EXPECT_EQ("", result.out);
-    const std::string failed = "hint: nobody answers there; check host, port and firewalls\n"
+    const std::string failed = "hint: no server answers there; check host, port and firewalls\n"
                                "get: -1 the size check before the download failed: 7 Couldn't connect to server\n";
     const std::string::size_type line = result.err.find(failed);
     ASSERT_EQ(result.err.size() - failed.size(), line) << result.err;

@@ -22,7 +22,7 @@ TEST(Hint, IsForFailures)
 {
     EXPECT_EQ("", hint(CURLE_OK, 421));
     EXPECT_EQ("", hint(CURLE_UNSUPPORTED_PROTOCOL, 0));
-    EXPECT_EQ("nobody answers there; check host, port and firewalls", hint(CURLE_COULDNT_CONNECT, 0));
+    EXPECT_EQ("no server answers there; check host, port and firewalls", hint(CURLE_COULDNT_CONNECT, 0));
 }
 
 TEST(Hint, FollowsFromTheReply)
@@ -47,7 +47,7 @@ TEST(Hint, FollowsFromTheReply)
     EXPECT_EQ("the server refused the file; its last reply says why", hint(CURLE_UPLOAD_FAILED, 532));
     EXPECT_EQ("the server refuses to send the file or the listing; its last reply says why",
               hint(CURLE_FTP_COULDNT_RETR_FILE, 550));
-    EXPECT_EQ("the server broke the transfer off; try again, or look into its log", hint(CURLE_PARTIAL_FILE, 426));
+    EXPECT_EQ("the server aborted the transfer; try again, or look at its log", hint(CURLE_PARTIAL_FILE, 426));
     EXPECT_EQ("the transfer ended early; the server's log, or --trace, says why", hint(CURLE_PARTIAL_FILE, 226));
     EXPECT_EQ(0U, hint(CURLE_QUOTE_ERROR, 500).find("the server does not know the command; "));
     EXPECT_EQ(0U, hint(CURLE_QUOTE_ERROR, 502).find("the server does not carry the command out; "));
@@ -55,7 +55,7 @@ TEST(Hint, FollowsFromTheReply)
               hint(CURLE_QUOTE_ERROR, 550));
 }
 
-TEST(Hint, TellsARefusedTransferFromALoopbackPort)
+TEST(Hint, TellsARefusedTransferFromAClosedPort)
 {
     const std::string refused =
         "the server's last reply refuses the transfer itself: look there for the reason, not at "
@@ -71,7 +71,7 @@ TEST(Hint, TellsARefusedTransferFromALoopbackPort)
     }
     for (const std::string command : {"EPSV", "PASV"}) {
         SCOPED_TRACE(command);
-        EXPECT_EQ("no data connection came about; check that the server's passive ports are open",
+        EXPECT_EQ("the data connection failed; check that the server's passive ports are open",
                   hint(CURLE_FTP_WEIRD_PASV_REPLY, 550, command));
     }
 }

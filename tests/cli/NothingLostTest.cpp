@@ -71,7 +71,7 @@ TEST_F(NothingLost, OfWhatIsNoRegularFile)
         SCOPED_TRACE(file);
         const ProgramResult result = run({"put", file, url("/sent")});
         EXPECT_TRUE(exited(2, result));
-        EXPECT_TRUE(holds(": put sends regular files alone; ", result.err));
+        EXPECT_TRUE(holds(": put sends regular files only; ", result.err));
     }
     const ProgramResult piped = inShell("echo contents | \"$0\" \"$@\"", {"put", "/dev/stdin", url("/sent")});
     EXPECT_TRUE(exited(2, piped));

@@ -13,7 +13,7 @@ TEST(OperationWatch, NamesTheLimitThatEndedATransfer)
     OperationWatch watch(TimeLimits{kConnect}, nullptr, nullptr);
     EXPECT_EQ(kConnect, watch.begins());
     EXPECT_EQ(CURLE_OPERATION_TIMEDOUT, watch.ended(CURLE_OPERATION_TIMEDOUT, {}));
-    EXPECT_EQ("connection and login were not done within 7 s (--connect-time)", watch.limitReached());
+    EXPECT_EQ("connection and login did not finish within 7 s (--connect-time)", watch.limitReached());
 
     watch.begins();
     watch.connected();

@@ -184,12 +184,12 @@ TEST(RequestOf, RefusesALocalFileThatTheLibraryCouldNotOpen)
 TEST(RequestOf, RefusesToSendWhatIsNoRegularFile)
 {
     const OddFiles odd;
-    const std::string remedy = ": put sends regular files alone; write the contents into one first.";
+    const std::string remedy = ": put sends regular files only; write the contents into one first.";
     EXPECT_EQ("/ is a directory" + remedy, refusalOf(Operation::Put, "/"));
     EXPECT_EQ("/dev/null is a device" + remedy, refusalOf(Operation::Put, "/dev/null"));
     EXPECT_EQ(odd.pipe + " is a pipe" + remedy, refusalOf(Operation::Put, odd.pipe));
     EXPECT_EQ(odd.socket + " is a socket" + remedy, refusalOf(Operation::Put, odd.socket));
-    EXPECT_EQ("/proc/self/status does not tell its size: copy it into a regular file first.",
+    EXPECT_EQ("/proc/self/status has no size: copy it into a regular file first.",
               refusalOf(Operation::Put, "/proc/self/status"));
     EXPECT_EQ(kNothingThrown, refusalOf(Operation::Put, TextFile("").path()));
 }

@@ -74,9 +74,10 @@ TEST_F(Served, SaysWhyADownloadWasNotBegun)
     serve({"SIZE=reply:500 unknown"});
     const ProgramResult result = run({"get", url("/file")});
     EXPECT_TRUE(exited(255, result));
-    EXPECT_EQ("get: -1 the size check before the download refused: the server does not tell the file's size, or it is "
-              "above the library's limit; the log records above say which",
-              lastLine(result.err));
+    EXPECT_EQ(
+        "get: -1 the size check before the download refused: the server does not report the file's size, or it is "
+        "above the library's limit; the log records above say which",
+        lastLine(result.err));
     EXPECT_FALSE(exists(local("file")));
 }
 

@@ -76,9 +76,9 @@ private:
     }
 };
 
-constexpr char kStalled[] = "28 Timeout was reached: nothing came or went for 1 s (--stall-time)";
+constexpr char kStalled[] = "28 Timeout was reached: no byte was sent or received for 1 s (--stall-time)";
 constexpr char kNotConnected[] =
-    "28 Timeout was reached: connection and login were not done within 4 s (--connect-time)";
+    "28 Timeout was reached: connection and login did not finish within 4 s (--connect-time)";
 
 } // namespace
 
@@ -129,7 +129,7 @@ TEST_F(TimeLimit, EndsAConnectionThatIsNotMade)
 
 TEST_F(TimeLimit, EndsTheWholeOperation)
 {
-    const std::string over = "28 Timeout was reached: the operation was not done after 6 s (--max-time)";
+    const std::string over = "28 Timeout was reached: the operation did not finish within 6 s (--max-time)";
     expectEnds({{"NLST=stall",
                  {"ls", "/", "--retry=9", "--retry-delay=0"},
                  28,

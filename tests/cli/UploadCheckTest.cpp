@@ -40,9 +40,9 @@ TEST_F(UploadCheck, SaysWhereItCannotBeMade)
         SCOPED_TRACE(reply);
         const ProgramResult result = put({"SIZE=reply:" + reply});
         EXPECT_TRUE(exited(0, result));
-        EXPECT_TRUE(
-            sameText(std::string("put: the size on the server was not checked: the server does not tell it\n") + kDone,
-                     result.err))
+        EXPECT_TRUE(sameText(
+            std::string("put: the size on the server was not checked: the server does not report it\n") + kDone,
+            result.err))
             << reply;
     }
     const ProgramResult result = put({"SIZE=reply:550 no"});

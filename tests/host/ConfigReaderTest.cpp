@@ -60,7 +60,7 @@ TEST_F(ConfigReaderTest, CountsWhatIsNoIntegerAsOneAndSaysSo)
         const std::string record = log.withoutTimes();
         EXPECT_EQ(0U, record.find("TIME error SFtpClientHost request=0 ConfigReader::getInt():")) << record;
         EXPECT_TRUE(holds(" [General] CertAuthSwitch counts as 1: \"" + value +
-                              "\" is no integer from -2147483648 to 2147483647. "
+                              "\" is not an integer from -2147483648 to 2147483647. "
                               "Correct the configuration file and reload it.\n",
                           record));
     }
@@ -70,9 +70,10 @@ TEST_F(ConfigReaderTest, ReportsUnderTheThreadsRequestIdentifier)
 {
     const RequestIdScope scope(7);
     EXPECT_EQ(1, switchIn("[General]\nCertAuthSwitch=off\n"));
-    EXPECT_EQ("TIME error SFtpClientHost request=7 ConfigReader::getInt():LINE [General] CertAuthSwitch counts as 1: "
-              "\"off\" is no integer from -2147483648 to 2147483647. Correct the configuration file and reload it.\n",
-              replaceLines(m_log.withoutTimes()));
+    EXPECT_EQ(
+        "TIME error SFtpClientHost request=7 ConfigReader::getInt():LINE [General] CertAuthSwitch counts as 1: "
+        "\"off\" is not an integer from -2147483648 to 2147483647. Correct the configuration file and reload it.\n",
+        replaceLines(m_log.withoutTimes()));
 }
 
 TEST_F(ConfigReaderTest, AnswersFromMemoryUntilTheReload)

@@ -54,12 +54,12 @@ TEST(LogSettings, AreReadFromTheSection)
 TEST(LogSettings, RefuseWhatTheyDoNotKnow)
 {
     EXPECT_EQ("[Log] Target: it is empty, but must be stderr or a file", refusalOf("Target", ""));
-    EXPECT_EQ("[Log] Level: \"Error\" is none of debug, info, error", refusalOf("Level", "Error"));
+    EXPECT_EQ("[Log] Level: \"Error\" is not debug, info or error", refusalOf("Level", "Error"));
     EXPECT_EQ("[Log] Format: \"xml\" is neither text nor json", refusalOf("Format", "xml"));
-    EXPECT_EQ("[Log] MaxBytes: \"0\" is no integer from 1 to 9223372036854775807", refusalOf("MaxBytes", "0"));
-    EXPECT_EQ("[Log] MaxBytes: \"10M\" is no integer from 1 to 9223372036854775807", refusalOf("MaxBytes", "10M"));
-    EXPECT_EQ("[Log] Files: \"0\" is no integer from 1 to 1000", refusalOf("Files", "0"));
-    EXPECT_EQ("[Log] Files: \"1001\" is no integer from 1 to 1000", refusalOf("Files", "1001"));
+    EXPECT_EQ("[Log] MaxBytes: \"0\" is not an integer from 1 to 9223372036854775807", refusalOf("MaxBytes", "0"));
+    EXPECT_EQ("[Log] MaxBytes: \"10M\" is not an integer from 1 to 9223372036854775807", refusalOf("MaxBytes", "10M"));
+    EXPECT_EQ("[Log] Files: \"0\" is not an integer from 1 to 1000", refusalOf("Files", "0"));
+    EXPECT_EQ("[Log] Files: \"1001\" is not an integer from 1 to 1000", refusalOf("Files", "1001"));
     EXPECT_EQ("[Log] has a key \"level\", but knows only Target, Level, Format, MaxBytes, Files",
               refusalOf("level", "info"));
 }

@@ -166,7 +166,7 @@ TEST_F(SecuritySSTest, AnswersFailureWhenLibcurlRefuses)
     EXPECT_EQ(SECURITYSS_FAILURE, SecuritySS::enrichSSL(nullptr, cert));
     const std::string record = m_log.withoutTimes();
     EXPECT_EQ(0U, record.find("TIME error SFtpClientHost request=0 SecuritySS::enrichSSL():")) << record;
-    EXPECT_TRUE(holds(" The TLS settings cannot be made: libcurl refuses TLS 1.2 as the lowest version: A libcurl "
+    EXPECT_TRUE(holds(" The TLS settings cannot be made: libcurl refuses TLS 1.2 as the minimum version: A libcurl "
                       "function was given a bad argument. Do not use this handle.\n",
                       record));
 }
