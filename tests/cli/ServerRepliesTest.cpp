@@ -2,66 +2,68 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 namespace {
 
-std::string told(const Reply& reply) { return std::to_string(reply.code) + "|" + reply.text + "|" + reply.command; }
+/// What is sent (">") or received ("<"), and "CODE|TEXT|COMMAND" of the last reply after that.
+struct Step
+{
+    std::string said;
+    std::string told;
+};
+
+void expectTold(const std::vector<Step>& steps)
+{
+    ServerReplies replies;
+    for (const Step& step : steps) {
+        SCOPED_TRACE(testing::PrintToString(step.said));
+        const std::string text = step.said.substr(1);
+        step.said.front() == '>' ? replies.sent(text) : replies.received(text);
+        const Reply& last = replies.last();
+        EXPECT_EQ(step.told, std::to_string(last.code) + "|" + last.text + "|" + last.command);
+    }
+}
 
 } // namespace
 
 TEST(ServerReplies, AreToldWithTheirCommands)
 {
-    ServerReplies replies;
-    EXPECT_EQ("0||", told(replies.last()));
-    replies.received("220 ready\r\n");
-    EXPECT_EQ("220|ready|", told(replies.last()));
-    replies.sent("USER me\r\n");
-    EXPECT_EQ("220|ready|", told(replies.last()));
-    replies.received("331 password please\r\n");
-    EXPECT_EQ("331|password please|USER", told(replies.last()));
-    replies.sent("PWD\r\n");
-    replies.received("257 \"/\"\r\n");
-    EXPECT_EQ("257|\"/\"|PWD", told(replies.last()));
+    expectTold({{"<220 ready\r\n", "220|ready|"},
+                {">USER me\r\n", "220|ready|"},
+                {"<331 password please\r\n", "331|password please|USER"},
+                {">PWD\r\n", "331|password please|USER"},
+                {"<257 \"/\"\r\n", "257|\"/\"|PWD"}});
 }
 
 TEST(ServerReplies, MayHaveManyLines)
 {
-    ServerReplies replies;
-    replies.sent("STOR x\r\n");
-    replies.received("552-Sorry,\r\n");
-    replies.received(" 552 of them\r\n552-\r\nno more\r\n");
-    EXPECT_EQ("0||", told(replies.last()));
-    replies.received("552 \r\n");
-    EXPECT_EQ("552|Sorry, 552 of them no more|STOR", told(replies.last()));
+    expectTold({{">STOR x\r\n", "0||"},
+                {"<552-Sorry,\r\n", "0||"},
+                {"< 552 of them\r\n552-\r\nno more\r\n", "0||"},
+                {"<552 \r\n", "552|Sorry, 552 of them no more|STOR"}});
 }
 
 TEST(ServerReplies, AnnounceAnother)
 {
-    ServerReplies replies;
-    replies.sent("RETR x\r\n");
-    replies.received("150 here it comes\r\n");
-    EXPECT_EQ("150|here it comes|RETR", told(replies.last()));
-    replies.received("426 broken\r\n");
-    EXPECT_EQ("426|broken|RETR", told(replies.last()));
+    expectTold({{">RETR x\r\n", "0||"},
+                {"<150 here it comes\r\n", "150|here it comes|RETR"},
+                {"<426 broken\r\n", "426|broken|RETR"}});
 }
 
 TEST(ServerReplies, AnswerTheirCommandsInOrder)
 {
-    ServerReplies replies;
-    replies.sent("STOR x\r\n");
-    replies.sent("PASV\r\n");
-    replies.received("550 not here\r\n");
-    EXPECT_EQ("550|not here|STOR", told(replies.last()));
-    replies.received("227 (1,2,3,4,5,6)\r\n");
-    EXPECT_EQ("227|(1,2,3,4,5,6)|PASV", told(replies.last()));
+    expectTold({{">STOR x\r\n", "0||"},
+                {">PASV\r\n", "0||"},
+                {"<550 not here\r\n", "550|not here|STOR"},
+                {"<227 (1,2,3,4,5,6)\r\n", "227|(1,2,3,4,5,6)|PASV"}});
 }
 
 TEST(ServerReplies, EndAsLibcurlSeesIt)
 {
-    ServerReplies replies;
-    replies.received("no reply\r\n22 x\r\n2200 x\r\n220\r\n220\tx\r\n");
-    EXPECT_EQ("0||", told(replies.last()));
-    replies.received("220 at last");
-    EXPECT_EQ("220|no reply 22 x 2200 x 220 220\tx at last|", told(replies.last()));
+    expectTold({{"<no reply\r\n22 x\r\n2200 x\r\n220\r\n220\tx\r\n", "0||"},
+                {"<220 at last", "220|no reply 22 x 2200 x 220 220\tx at last|"}});
 }
 
 TEST(ServerReplies, AreCutWhereTheyAreVeryLong)

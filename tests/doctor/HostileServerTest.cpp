@@ -104,7 +104,7 @@ const Silence kSilences[] = {
     // The connection, and the handshake.
     {"ImplicitHandshake", "TLS=stall", "FFFFFF", 2, "the server falls silent when TLS is to begin",
      testserver::TlsMode::Implicit},
-    {"Login", "PASS=stall", "F?FFFF", 4},
+    {"Login", "PASS=stall", "F?FFFF", 7},
 };
 INSTANTIATE_TEST_SUITE_P(At, SilentServer, testing::ValuesIn(kSilences),
                          [](const testing::TestParamInfo<Silence>& of) { return std::string(of.param.id); });

@@ -64,20 +64,6 @@ class SecrecyOf : public Examined
 {
 };
 
-TEST_F(SecrecyOf, APasswordThatTheServerRepeats)
-{
-    const std::string echo = "=reply:550 you said " + config.password;
-    for (const char* const command : {"SIZE", "rename", "rm", "NLST"}) {
-        misbehave(command + echo);
-    }
-    misbehave("GREETING=reply:220 try " + config.password);
-    serveAndAsk();
-    question.clearLogin = true;
-    const std::string all = everythingAbout(examine(question));
-    EXPECT_FALSE(holds(config.password, all));
-    EXPECT_TRUE(holds("550 you said ****", all));
-}
-
 TEST_F(SecrecyOf, EverythingThatTheCommandPrints)
 {
     misbehave("rm=reply:550 you said " + config.password);
