@@ -8,27 +8,25 @@ endif()
 set(engine ${SOURCE_DIR}/src/transfer/CurlSFtpClient.h ${SOURCE_DIR}/src/transfer/CurlSFtpResponse.h
     ${SOURCE_DIR}/src/transfer/SftpWriteData.h ${SOURCE_DIR}/src/tls/TlsTrust.h ${SOURCE_DIR}/src/log/GetFunctionName.h)
 
-foreach(compiler IN LISTS COMPILERS)
-    if(compiler MATCHES "NOTFOUND$")
-        message(FATAL_ERROR "clang++ is missing, and the headers must compile with it too; scripts/setup gates installs it.")
-    endif()
-    foreach(header IN LISTS headers engine)
-        get_filename_component(name ${header} NAME)
-        file(WRITE ${SCRATCH}/${name}.cpp "#include \"${header}\"\n#include \"${header}\"\n")
-        foreach(standard 17 20)
-            execute_process(
-                COMMAND ${compiler} -std=c++${standard} -fsyntax-only -Wall -Wextra -Wpedantic -Wconversion -Werror
-                        -I${SOURCE_DIR}/include -I${SOURCE_DIR}/platform ${SCRATCH}/${name}.cpp
-                        -MD -MF ${SCRATCH}/${name}.d
-                RESULT_VARIABLE failed ERROR_VARIABLE errors)
-            if(failed)
-                message(FATAL_ERROR "${name} does not compile alone as C++${standard} with ${compiler}:\n${errors}")
-            endif()
-            file(STRINGS ${SCRATCH}/${name}.d foreign REGEX "/include/([^ ]*/)?(curl|openssl)/")
-            list(FIND engine ${header} place)
-            if(foreign AND place EQUAL -1)
-                message(FATAL_ERROR "${name} includes what hosts need not have:\n${foreign}")
-            endif()
-        endforeach()
+if(COMPILER MATCHES "NOTFOUND$")
+    message(FATAL_ERROR "clang++ is missing, and the headers must compile with it too; scripts/setup gates installs it.")
+endif()
+foreach(header IN LISTS headers engine)
+    get_filename_component(name ${header} NAME)
+    file(WRITE ${SCRATCH}/${name}.cpp "#include \"${header}\"\n#include \"${header}\"\n")
+    foreach(standard 17 20)
+        execute_process(
+            COMMAND ${COMPILER} -std=c++${standard} -fsyntax-only -Wall -Wextra -Wpedantic -Wconversion -Werror
+                    -I${SOURCE_DIR}/include -I${SOURCE_DIR}/platform ${SCRATCH}/${name}.cpp
+                    -MD -MF ${SCRATCH}/${name}.d
+            RESULT_VARIABLE failed ERROR_VARIABLE errors)
+        if(failed)
+            message(FATAL_ERROR "${name} does not compile alone as C++${standard} with ${COMPILER}:\n${errors}")
+        endif()
+        file(STRINGS ${SCRATCH}/${name}.d foreign REGEX "/include/([^ ]*/)?(curl|openssl)/")
+        list(FIND engine ${header} place)
+        if(foreign AND place EQUAL -1)
+            message(FATAL_ERROR "${name} includes what hosts need not have:\n${foreign}")
+        endif()
     endforeach()
 endforeach()

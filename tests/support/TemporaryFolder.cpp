@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 
 TemporaryFolder::TemporaryFolder() : m_path(testing::TempDir() + "sftpclient-XXXXXX")
@@ -43,5 +43,7 @@ std::string contentOf(const std::string& path)
     if (!stream) {
         return kNoFile;
     }
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    std::ostringstream content;
+    content << stream.rdbuf();
+    return content.str();
 }
