@@ -1,8 +1,8 @@
 // The lines of a listing, MLSD's and LIST's: the first byte chooses, the rest is what comes over the data connection.
 #include "harness/Require.h"
 
-#include <Entries.h>
-#include <LineSplitter.h>
+#include <operation/Entries.h>
+#include <operation/LineSplitter.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // What the lines of a listing tell.
-#include <Entries.h>
+#include <operation/Entries.h>
 
 #include <gtest/gtest.h>
 

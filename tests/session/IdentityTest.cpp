@@ -1,5 +1,5 @@
 // What must be the same for a connection to serve another request.
-#include <Access.h>
+#include <request/Access.h>
 
 #include "support/LiveHost.h"
 

@@ -1,14 +1,14 @@
 // The small pieces of a session, one at a time.
-#include <Certificates.h>
-#include <Digest.h>
-#include <Failure.h>
-#include <LineSplitter.h>
-#include <LocalFiles.h>
-#include <OptionsCheck.h>
-#include <Replies.h>
-#include <Target.h>
-#include <Text.h>
-#include <ThreadState.h>
+#include <call/Failure.h>
+#include <call/ThreadState.h>
+#include <connection/Replies.h>
+#include <files/LocalFiles.h>
+#include <operation/LineSplitter.h>
+#include <request/Certificates.h>
+#include <request/Digest.h>
+#include <request/OptionsCheck.h>
+#include <request/Target.h>
+#include <request/Text.h>
 
 #include "support/Certificates.h"
 #include "support/TemporaryFolder.h"
@@ -104,6 +104,15 @@ TEST(LineSplitter, MakesLinesOfPieces)
     splitter.end();
     splitter.end();
     EXPECT_EQ("[ab][c][][de\rf]", lines);
+}
+
+TEST(LineSplitter, RefusesALineWithoutEnd)
+{
+    LineSplitter splitter([](std::string_view) {});
+    const DataSink sink = splitter.sink();
+    const std::string much(1024 * 1024, 'x');
+    sink(much.data(), much.size());
+    EXPECT_THROW(sink("x", 1), Failure);
 }
 
 TEST(Text, IsShownWithoutSecretsAndControlBytes)
