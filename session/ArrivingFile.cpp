@@ -73,7 +73,7 @@ ArrivingFile::ArrivingFile(const std::string& path, const Call& call, const std:
     : m_call(call), m_asked(path), m_path(withoutLinks(path))
 {
     if (path.empty()) {
-        fail("written", path, ENOENT);
+        fail("written", ENOENT);
     }
     struct stat there = {};
     const bool exists = stat(m_path.c_str(), &there) == 0;
