@@ -77,7 +77,7 @@ TEST_F(SessionTransfer, AnUploadOverSshMakesMissingDirectories)
         return ++transfers == 1 ? CURLE_REMOTE_FILE_NOT_FOUND : served(handle);
     };
     wayOf("UploadFileToSFtpServer");
-    EXPECT_EQ(2U, transfers);
+    EXPECT_EQ(4U, transfers) << "in vain, with the directories, its size, its new name";
     // Over FTP the same code is no directory's.
     request.remotePath = "ftp://server/backup/a.bak";
     performGives(CURLE_REMOTE_FILE_NOT_FOUND);
@@ -155,14 +155,22 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     const auto served = scripted::curl().perform;
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const CURLcode code = served(handle);
-        return ++transfers == 1 ? CURLE_QUOTE_ERROR : code;
+        return ++transfers == 3 ? CURLE_QUOTE_ERROR : code;
     };
     const std::string directory = "1 URL = sftp://server:22/backup/";
     const std::string file = "\"/backup/a.bak\"";
     const std::string part = "\"/backup/" + kPart + "\"";
     const std::string old = "\"/backup/" + kOld + "\"";
-    const Lines begin = {"handle 1 made", directory + kPart, "1 POSTQUOTE = [rename " + part + " " + file + "]",
-                         directory, "1 POSTQUOTE = [rename " + file + " " + old + "]"};
+    const Lines begin = {"handle 1 made",
+                         directory + kPart,
+                         "1 POSTQUOTE = null",
+                         directory + kPart,
+                         "1 getinfo CONTENT_LENGTH_DOWNLOAD_T",
+                         "1 getinfo FILETIME_T",
+                         directory,
+                         "1 POSTQUOTE = [rename " + part + " " + file + "]",
+                         directory,
+                         "1 POSTQUOTE = [rename " + file + " " + old + "]"};
     const Lines replaced = {directory, "1 POSTQUOTE = [rename " + part + " " + file + "][*rm " + old + "]"};
     const Lines end = {"handle 1 cleaned up"};
     EXPECT_TRUE(sameLines(begin + replaced + end, wayOf("UploadFileToSFtpServer")));
@@ -172,7 +180,7 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const CURLcode code = served(handle);
         ++transfers;
-        return transfers == 1 || transfers == 3 ? CURLE_QUOTE_ERROR : code;
+        return transfers == 3 || transfers == 5 ? CURLE_QUOTE_ERROR : code;
     };
     transfers = 0;
     const Lines back = {directory, "1 POSTQUOTE = [rename " + old + " " + file + "]"};
@@ -185,7 +193,7 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const CURLcode code = served(handle);
         ++transfers;
-        return transfers == 2 ? code : CURLE_QUOTE_ERROR;
+        return transfers < 3 || transfers == 4 ? code : CURLE_QUOTE_ERROR;
     };
     transfers = 0;
     EXPECT_TRUE(sameLines(begin + replaced + back + end, wayOf("UploadFileToSFtpServer", CURLE_QUOTE_ERROR)));
@@ -195,11 +203,22 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const CURLcode code = served(handle);
         ++transfers;
-        return transfers == 1 ? CURLE_QUOTE_ERROR : transfers == 3 ? CURLE_RECV_ERROR : code;
+        return transfers == 3 ? CURLE_QUOTE_ERROR : transfers == 5 ? CURLE_RECV_ERROR : code;
     };
     transfers = 0;
     EXPECT_TRUE(sameLines(begin + replaced + end, wayOf("UploadFileToSFtpServer", CURLE_RECV_ERROR)));
     EXPECT_NE(std::string::npos, errorText.find("; the new file may be under .a.bak."));
+}
+
+TEST_F(SessionTransfer, AnUploadOverSshThatIsNotWholeIsRemoved)
+{
+    request.remotePath = "sftp://server/backup/a.bak";
+    toldSize = "16";
+    const Lines lines = wayOf("UploadFileToSFtpServer", CURLE_PARTIAL_FILE);
+    EXPECT_EQ("1 POSTQUOTE = [*rm \"/backup/" + kPart + "\"]", lines.at(lines.size() - 2));
+    EXPECT_EQ(scripted::text(18) + ": the server has 16 of the 17 bytes that were sent", errorText);
+    options.verifyUpload = false;
+    wayOf("UploadFileToSFtpServer");
 }
 
 TEST_F(SessionTransfer, AnUploadInPlaceIsNeitherRenamedNorRemoved)
@@ -417,7 +436,7 @@ TEST_F(SessionTransfer, OneEntryMayBeADirectory)
         return transfers == 1 ? CURLE_REMOTE_FILE_NOT_FOUND : CURLE_REMOTE_ACCESS_DENIED;
     };
     wayOf("StatEntry", CURLE_REMOTE_FILE_NOT_FOUND);
-    EXPECT_EQ(scripted::text(78) + " (the server's last reply: 550 no file)", errorText);
+    EXPECT_EQ(scripted::text(78) + ": there is no \"a.bak\"", errorText);
 }
 
 TEST_F(SessionTransfer, TheTopIsADirectory)
