@@ -457,3 +457,49 @@ TEST_F(SessionTransfer, OneEntryOverSshIsInItsDirectoryOrNowhere)
     wayOf("StatEntry", CURLE_REMOTE_FILE_NOT_FOUND);
     EXPECT_EQ(scripted::text(78) + ": the directory holds no \"c\"", errorText);
 }
+
+TEST_F(SessionTransfer, AStreamThatBreaksEndsAnUpload)
+{
+    SFtpSession session;
+    std::istringstream in("text");
+    in.setstate(std::ios::badbit);
+    EXPECT_EQ("CURLE_READ_ERROR", nameOf(session.UploadFrom(request, in, errorText)));
+    EXPECT_EQ(0U, errorText.find(scripted::text(26) + ": the stream cannot be read"));
+}
+
+TEST_F(SessionTransfer, AFunctionThatIsNoneIsRefused)
+{
+    SFtpSession session;
+    EXPECT_EQ("CURLE_BAD_FUNCTION_ARGUMENT", nameOf(session.DownLoadTo(request, DataSink(), errorText)));
+    EXPECT_EQ(scripted::text(43) + ": sink is empty", errorText);
+    EXPECT_EQ("CURLE_BAD_FUNCTION_ARGUMENT", nameOf(session.UploadFrom(request, DataSource(), errorText)));
+    EXPECT_EQ(scripted::text(43) + ": source is empty", errorText);
+}
+
+TEST_F(SessionTransfer, ALineWithoutEndEndsAListing)
+{
+    content = std::string(1024 * 1024, 'x') + "\n";
+    SFtpSession session;
+    EXPECT_EQ("CURLE_OK", nameOf(operationCall("ListEntries").run(session, request, errorText)));
+    content = std::string(1024 * 1024 + 1, 'x');
+    EXPECT_EQ("CURLE_WEIRD_SERVER_REPLY", nameOf(operationCall("ListEntries").run(session, request, errorText)));
+    EXPECT_EQ(scripted::text(8) + ": a line of the listing does not end", errorText);
+}
+
+TEST_F(SessionTransfer, APathIsTheWholeOfIt)
+{
+    const auto urlOf = [this](const std::string& path) {
+        request.remotePath = path;
+        return way(journalOfCall(operationCall("DownLoadTo").run)).at(1);
+    };
+    EXPECT_EQ("1 URL = ftp://server:21/%2Fetc/a%3Fb%23c%3Btype=a", urlOf("ftp://server/%2fetc/a?b#c;type=a"));
+    EXPECT_EQ("1 URL = ftp://server:21/a/b", urlOf("ftp://server/a%2Fb"));
+    EXPECT_EQ("1 URL = ftp://server:21/%2Fa", urlOf("ftp://server/%2Fa"));
+}
+
+TEST_F(SessionTransfer, ANameIsQuotedOverSsh)
+{
+    request.remotePath = "sftp://server/a/";
+    request.remoteFileName = "b\"c\\d";
+    EXPECT_EQ("1 POSTQUOTE = [rm \"/a/b\\\"c\\\\d\"]", wayOf("DelSFtpFile").at(2));
+}
