@@ -118,13 +118,14 @@ TEST_F(SessionLoop, EndsWhenAReplyOrAByteIsAwaitedForTooLong)
     options.replyTimeout = milliseconds(30);
     request.remotePath += "a";
     // How a transfer goes until the server says no more.
-    const auto textAfter = [&](const std::function<void(const scripted::Handle&)>& beginning) {
-        scripted::curl().perform = [&](scripted::Handle& handle) {
+    const auto textAfter = [&](const std::function<void(const scripted::Handle&)>& beginning,
+                               milliseconds atMost = std::chrono::seconds(10)) {
+        scripted::curl().perform = [&, atMost](scripted::Handle& handle) {
             const memory::Pause pause;
             const auto begin = std::chrono::steady_clock::now();
             beginning(handle);
             while (handle.progress(0, 0) == 0) {
-                if (std::chrono::steady_clock::now() - begin > milliseconds(100)) {
+                if (std::chrono::steady_clock::now() - begin > atMost) {
                     return CURLE_OK;
                 }
             }
@@ -138,7 +139,7 @@ TEST_F(SessionLoop, EndsWhenAReplyOrAByteIsAwaitedForTooLong)
     const std::string reply = scripted::text(28) + ": no reply for replyTimeout, 30 ms";
     const std::string byte = scripted::text(28) + ": no byte moved for stallTimeout, 20 ms";
     // Until the server is reached, libcurl's own limit counts.
-    EXPECT_EQ("none", textAfter([](const scripted::Handle&) {}));
+    EXPECT_EQ("none", textAfter([](const scripted::Handle&) {}, milliseconds(100)));
     EXPECT_EQ(reply, textAfter([](const scripted::Handle& handle) { EXPECT_EQ(0, handle.loggedIn()); }));
     EXPECT_EQ(byte + " (the server's last reply: 150 data follows)", textAfter([](const scripted::Handle& handle) {
                   handle.loggedIn();
