@@ -142,7 +142,8 @@ struct SessionOptions
 class __attribute__((visibility("default"))) SFtpSession : public SFtpClient
 {
 public:
-    /// Throws `std::invalid_argument`, whose text names the field, for options that cannot be.
+    /// Throws `std::invalid_argument`, whose text names the field, for options that cannot be, and `std::system_error`
+    /// where the process has no descriptor left.
     explicit SFtpSession(SessionOptions options = {});
 
     /// REQUIRES: no call running on it.

@@ -2,6 +2,7 @@
 #include "OperationCalls.h"
 #include "SessionContract.h"
 
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 namespace {
@@ -39,12 +41,12 @@ protected:
     static std::string wait(int time) { return "multi 1 waits " + std::to_string(time) + " ms with 1 more"; }
 
     // A socket as libcurl asks for one.
-    static curl_socket_t open(const scripted::Handle& handle)
+    static curl_socket_t open(const scripted::Handle& handle, int family = AF_INET)
     {
         const auto call = reinterpret_cast<curl_socket_t (*)(void*, curlsocktype, curl_sockaddr*)>(
             handle.pointer(CURLOPT_OPENSOCKETFUNCTION));
         curl_sockaddr address = {};
-        address.family = AF_INET;
+        address.family = family;
         address.socktype = SOCK_STREAM;
         return call(handle.pointer(CURLOPT_OPENSOCKETDATA), CURLSOCKTYPE_IPCXN, &address);
     }
@@ -116,13 +118,14 @@ TEST_F(SessionLoop, EndsWhenAReplyOrAByteIsAwaitedForTooLong)
     options.replyTimeout = milliseconds(30);
     request.remotePath += "a";
     // How a transfer goes until the server says no more.
-    const auto textAfter = [&](const std::function<void(const scripted::Handle&)>& beginning) {
-        scripted::curl().perform = [&](scripted::Handle& handle) {
+    const auto textAfter = [&](const std::function<void(const scripted::Handle&)>& beginning,
+                               milliseconds atMost = std::chrono::seconds(10)) {
+        scripted::curl().perform = [&, atMost](scripted::Handle& handle) {
             const memory::Pause pause;
             const auto begin = std::chrono::steady_clock::now();
             beginning(handle);
             while (handle.progress(0, 0) == 0) {
-                if (std::chrono::steady_clock::now() - begin > milliseconds(100)) {
+                if (std::chrono::steady_clock::now() - begin > atMost) {
                     return CURLE_OK;
                 }
             }
@@ -136,7 +139,7 @@ TEST_F(SessionLoop, EndsWhenAReplyOrAByteIsAwaitedForTooLong)
     const std::string reply = scripted::text(28) + ": no reply for replyTimeout, 30 ms";
     const std::string byte = scripted::text(28) + ": no byte moved for stallTimeout, 20 ms";
     // Until the server is reached, libcurl's own limit counts.
-    EXPECT_EQ("none", textAfter([](const scripted::Handle&) {}));
+    EXPECT_EQ("none", textAfter([](const scripted::Handle&) {}, milliseconds(100)));
     EXPECT_EQ(reply, textAfter([](const scripted::Handle& handle) { EXPECT_EQ(0, handle.loggedIn()); }));
     EXPECT_EQ(byte + " (the server's last reply: 150 data follows)", textAfter([](const scripted::Handle& handle) {
                   handle.loggedIn();
@@ -373,4 +376,37 @@ TEST_F(SessionLoop, PassesOnWhatTheProgressThrows)
     }
     EXPECT_EQ("as it was", errorText);
     EXPECT_TRUE(sameLines({exceptionOf("DownLoadTo", request).substr(4)}, recording::takeRecords()));
+}
+
+TEST_F(SessionLoop, GoesOnWithTheNextAddressWhereASocketCannotBeMade)
+{
+    scripted::curl().perform = [](scripted::Handle& handle) {
+        const memory::Pause pause;
+        constexpr int kNoFamily = 9999;
+        EXPECT_EQ(CURL_SOCKET_BAD, open(handle, kNoFamily));
+        return CURLE_OK;
+    };
+    journalOfCall(operationCall("TestSConnect").run);
+}
+
+TEST_F(SessionLoop, ClosesAConnectionThatWasIdleForTooLong)
+{
+    options.idleTimeout = milliseconds(1);
+    const Lines lines = journalOfSession([&](SFtpSession& session) {
+        EXPECT_EQ(CURLE_OK, test(session));
+        std::this_thread::sleep_for(milliseconds(5));
+        EXPECT_EQ(CURLE_OK, test(session));
+    });
+    EXPECT_LT(std::find(lines.begin(), lines.end(), "handle 1 cleaned up"),
+              std::find(lines.begin(), lines.end(), "handle 2 made"));
+}
+
+TEST_F(SessionLoop, DoesNotBeginWithoutADescriptor)
+{
+    rlimit before = {};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none = {0, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    EXPECT_THROW(SFtpSession(), std::system_error);
+    setrlimit(RLIMIT_NOFILE, &before);
 }

@@ -104,6 +104,16 @@ extern "C" ssize_t write(int descriptor, const void* bytes, size_t count)
     return next(descriptor, bytes, disk().mostAtOnce == 0 ? count : std::min(count, disk().mostAtOnce));
 }
 
+extern "C" ssize_t pwrite(int descriptor, const void* bytes, size_t count, off_t offset)
+{
+    static auto* const next = nextFunction<ssize_t(int, const void*, size_t, off_t)>("pwrite");
+    const memory::Pause pause;
+    if (isInterrupted() || fails("write")) {
+        return -1;
+    }
+    return next(descriptor, bytes, disk().mostAtOnce == 0 ? count : std::min(count, disk().mostAtOnce), offset);
+}
+
 extern "C" ssize_t read(int descriptor, void* bytes, size_t count)
 {
     static auto* const next = nextFunction<ssize_t(int, void*, size_t)>("read");

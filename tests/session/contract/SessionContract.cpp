@@ -3,6 +3,7 @@
 #include "RecordedDisk.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace {
@@ -13,7 +14,7 @@ constexpr std::size_t kChance = 12;
 std::string withoutChance(std::string line)
 {
     for (std::string::size_type end = line.find('.'); end != std::string::npos; end = line.find('.', end + 1)) {
-        const bool isChance = end > kChance && line.find_first_not_of("0123456789abcdef", end - kChance) == end;
+        const bool isChance = end > kChance && line.find_first_not_of("0123456789ABCDEFabcdef", end - kChance) == end;
         if (isChance) {
             line.replace(end - kChance, kChance, kChance, 'X');
         }
@@ -126,6 +127,8 @@ CURLcode SessionContract::moveFile(const scripted::Handle& handle)
             }
             uploaded += piece;
         } while (!piece.empty());
+        scripted::curl().size =
+            toldSize.empty() ? static_cast<curl_off_t>(uploaded.size()) : std::atoll(toldSize.c_str());
     } else if (handle.receive(content) != content.size()) {
         return CURLE_WRITE_ERROR;
     }

@@ -77,7 +77,7 @@ TEST_F(SessionTransfer, AnUploadOverSshMakesMissingDirectories)
         return ++transfers == 1 ? CURLE_REMOTE_FILE_NOT_FOUND : served(handle);
     };
     wayOf("UploadFileToSFtpServer");
-    EXPECT_EQ(2U, transfers);
+    EXPECT_EQ(4U, transfers) << "in vain, with the directories, its size, its new name";
     // Over FTP the same code is no directory's.
     request.remotePath = "ftp://server/backup/a.bak";
     performGives(CURLE_REMOTE_FILE_NOT_FOUND);
@@ -155,14 +155,22 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     const auto served = scripted::curl().perform;
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const CURLcode code = served(handle);
-        return ++transfers == 1 ? CURLE_QUOTE_ERROR : code;
+        return ++transfers == 3 ? CURLE_QUOTE_ERROR : code;
     };
     const std::string directory = "1 URL = sftp://server:22/backup/";
     const std::string file = "\"/backup/a.bak\"";
     const std::string part = "\"/backup/" + kPart + "\"";
     const std::string old = "\"/backup/" + kOld + "\"";
-    const Lines begin = {"handle 1 made", directory + kPart, "1 POSTQUOTE = [rename " + part + " " + file + "]",
-                         directory, "1 POSTQUOTE = [rename " + file + " " + old + "]"};
+    const Lines begin = {"handle 1 made",
+                         directory + kPart,
+                         "1 POSTQUOTE = null",
+                         directory + kPart,
+                         "1 getinfo CONTENT_LENGTH_DOWNLOAD_T",
+                         "1 getinfo FILETIME_T",
+                         directory,
+                         "1 POSTQUOTE = [rename " + part + " " + file + "]",
+                         directory,
+                         "1 POSTQUOTE = [rename " + file + " " + old + "]"};
     const Lines replaced = {directory, "1 POSTQUOTE = [rename " + part + " " + file + "][*rm " + old + "]"};
     const Lines end = {"handle 1 cleaned up"};
     EXPECT_TRUE(sameLines(begin + replaced + end, wayOf("UploadFileToSFtpServer")));
@@ -172,7 +180,7 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const CURLcode code = served(handle);
         ++transfers;
-        return transfers == 1 || transfers == 3 ? CURLE_QUOTE_ERROR : code;
+        return transfers == 3 || transfers == 5 ? CURLE_QUOTE_ERROR : code;
     };
     transfers = 0;
     const Lines back = {directory, "1 POSTQUOTE = [rename " + old + " " + file + "]"};
@@ -185,7 +193,7 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const CURLcode code = served(handle);
         ++transfers;
-        return transfers == 2 ? code : CURLE_QUOTE_ERROR;
+        return transfers < 3 || transfers == 4 ? code : CURLE_QUOTE_ERROR;
     };
     transfers = 0;
     EXPECT_TRUE(sameLines(begin + replaced + back + end, wayOf("UploadFileToSFtpServer", CURLE_QUOTE_ERROR)));
@@ -195,11 +203,22 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const CURLcode code = served(handle);
         ++transfers;
-        return transfers == 1 ? CURLE_QUOTE_ERROR : transfers == 3 ? CURLE_RECV_ERROR : code;
+        return transfers == 3 ? CURLE_QUOTE_ERROR : transfers == 5 ? CURLE_RECV_ERROR : code;
     };
     transfers = 0;
     EXPECT_TRUE(sameLines(begin + replaced + end, wayOf("UploadFileToSFtpServer", CURLE_RECV_ERROR)));
     EXPECT_NE(std::string::npos, errorText.find("; the new file may be under .a.bak."));
+}
+
+TEST_F(SessionTransfer, AnUploadOverSshThatIsNotWholeIsRemoved)
+{
+    request.remotePath = "sftp://server/backup/a.bak";
+    toldSize = "16";
+    const Lines lines = wayOf("UploadFileToSFtpServer", CURLE_PARTIAL_FILE);
+    EXPECT_EQ("1 POSTQUOTE = [*rm \"/backup/" + kPart + "\"]", lines.at(lines.size() - 2));
+    EXPECT_EQ(scripted::text(18) + ": the server has 16 of the 17 bytes that were sent", errorText);
+    options.verifyUpload = false;
+    wayOf("UploadFileToSFtpServer");
 }
 
 TEST_F(SessionTransfer, AnUploadInPlaceIsNeitherRenamedNorRemoved)
@@ -417,7 +436,7 @@ TEST_F(SessionTransfer, OneEntryMayBeADirectory)
         return transfers == 1 ? CURLE_REMOTE_FILE_NOT_FOUND : CURLE_REMOTE_ACCESS_DENIED;
     };
     wayOf("StatEntry", CURLE_REMOTE_FILE_NOT_FOUND);
-    EXPECT_EQ(scripted::text(78) + " (the server's last reply: 550 no file)", errorText);
+    EXPECT_EQ(scripted::text(78) + ": there is no \"a.bak\"", errorText);
 }
 
 TEST_F(SessionTransfer, TheTopIsADirectory)
@@ -437,4 +456,50 @@ TEST_F(SessionTransfer, OneEntryOverSshIsInItsDirectoryOrNowhere)
     request.remotePath = "sftp://server/backup/c";
     wayOf("StatEntry", CURLE_REMOTE_FILE_NOT_FOUND);
     EXPECT_EQ(scripted::text(78) + ": the directory holds no \"c\"", errorText);
+}
+
+TEST_F(SessionTransfer, AStreamThatBreaksEndsAnUpload)
+{
+    SFtpSession session;
+    std::istringstream in("text");
+    in.setstate(std::ios::badbit);
+    EXPECT_EQ("CURLE_READ_ERROR", nameOf(session.UploadFrom(request, in, errorText)));
+    EXPECT_EQ(0U, errorText.find(scripted::text(26) + ": the stream cannot be read"));
+}
+
+TEST_F(SessionTransfer, AFunctionThatIsNoneIsRefused)
+{
+    SFtpSession session;
+    EXPECT_EQ("CURLE_BAD_FUNCTION_ARGUMENT", nameOf(session.DownLoadTo(request, DataSink(), errorText)));
+    EXPECT_EQ(scripted::text(43) + ": sink is empty", errorText);
+    EXPECT_EQ("CURLE_BAD_FUNCTION_ARGUMENT", nameOf(session.UploadFrom(request, DataSource(), errorText)));
+    EXPECT_EQ(scripted::text(43) + ": source is empty", errorText);
+}
+
+TEST_F(SessionTransfer, ALineWithoutEndEndsAListing)
+{
+    content = std::string(1024 * 1024, 'x') + "\n";
+    SFtpSession session;
+    EXPECT_EQ("CURLE_OK", nameOf(operationCall("ListEntries").run(session, request, errorText)));
+    content = std::string(1024 * 1024 + 1, 'x');
+    EXPECT_EQ("CURLE_WEIRD_SERVER_REPLY", nameOf(operationCall("ListEntries").run(session, request, errorText)));
+    EXPECT_EQ(scripted::text(8) + ": a line of the listing does not end", errorText);
+}
+
+TEST_F(SessionTransfer, APathIsTheWholeOfIt)
+{
+    const auto urlOf = [this](const std::string& path) {
+        request.remotePath = path;
+        return way(journalOfCall(operationCall("DownLoadTo").run)).at(1);
+    };
+    EXPECT_EQ("1 URL = ftp://server:21/%2Fetc/a%3Fb%23c%3Btype=a", urlOf("ftp://server/%2fetc/a?b#c;type=a"));
+    EXPECT_EQ("1 URL = ftp://server:21/a/b", urlOf("ftp://server/a%2Fb"));
+    EXPECT_EQ("1 URL = ftp://server:21/%2Fa", urlOf("ftp://server/%2Fa"));
+}
+
+TEST_F(SessionTransfer, ANameIsQuotedOverSsh)
+{
+    request.remotePath = "sftp://server/a/";
+    request.remoteFileName = "b\"c\\d";
+    EXPECT_EQ("1 POSTQUOTE = [rm \"/a/b\\\"c\\\\d\"]", wayOf("DelSFtpFile").at(2));
 }
