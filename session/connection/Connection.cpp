@@ -130,19 +130,19 @@ CURLcode Connection::resultOfTransfer() const
 }
 
 curl_socket_t Connection::openSocket(void* self, curlsocktype /*purpose*/, curl_sockaddr* address) noexcept
-try {
+{
     auto& connection = *static_cast<Connection*>(self);
-    connection.m_sockets.push_back({CURL_SOCKET_BAD, nullptr});
-    Socket& opened = connection.m_sockets.back();
-    opened.number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-    if (opened.number < 0) {
-        connection.m_sockets.pop_back();
+    const int number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    if (number < 0) {
         return CURL_SOCKET_BAD;
     }
-    opened.reach = std::make_unique<StopSwitch::Reach>(connection.m_stop, opened.number);
-    return opened.number;
-} catch (const std::exception&) {
-    return CURL_SOCKET_BAD;
+    try {
+        connection.m_sockets.push_back({number, std::make_unique<StopSwitch::Reach>(connection.m_stop, number)});
+        return number;
+    } catch (const std::exception&) {
+        close(number);
+        return CURL_SOCKET_BAD;
+    }
 }
 
 int Connection::closeSocket(void* self, curl_socket_t socket) noexcept

@@ -23,6 +23,12 @@ namespace {
 
 constexpr std::chrono::milliseconds kLook(20);
 
+Failure failure(const std::string& path, int error)
+{
+    return refusal(CURLE_WRITE_ERROR,
+                   "localPath " + path + " cannot be written: " + std::generic_category().message(error));
+}
+
 // A link's own place would be taken, not that of what it leads to.
 std::string withoutLinks(const std::string& path)
 {
@@ -72,21 +78,19 @@ ArrivingFile::ArrivingFile(const std::string& path, const Call& call) : Arriving
 ArrivingFile::ArrivingFile(const std::string& path, const Call& call, const std::string& version)
     : m_call(call), m_asked(path), m_path(withoutLinks(path))
 {
+    requireFile(path);
     struct stat there = {};
     const bool exists = stat(m_path.c_str(), &there) == 0;
-    if (exists && S_ISDIR(there.st_mode)) {
-        fail("written", EISDIR);
-    }
     if (exists && !S_ISREG(there.st_mode)) {
         openPipe();
     } else if (exists && access(m_path.c_str(), W_OK) != 0) {
-        fail("written", errno);
+        fail(errno);
     } else if (version.empty() || !openKept(version)) {
         openNew();
     }
     if (!m_descriptor.isOpen()) {
         m_temporary.clear();
-        fail("written", errno);
+        fail(errno);
     }
     if (exists && !m_temporary.empty()) {
         // Nobody else reads it who may not read the file that it replaces.
@@ -143,12 +147,20 @@ std::string ArrivingFile::beside(const std::string& middle) const
     return m_path.substr(0, name) + hiddenName(m_path.substr(name), middle);
 }
 
-void ArrivingFile::fail(const std::string& what, int error)
+void ArrivingFile::fail(int error)
 {
     // On a full disk, what is there would be in the way of everything else.
     m_isKept = false;
-    throw refusal(CURLE_WRITE_ERROR,
-                  "localPath " + m_asked + " cannot be " + what + ": " + std::generic_category().message(error));
+    throw failure(m_asked, error);
+}
+
+void ArrivingFile::requireFile(const std::string& path)
+{
+    struct stat there = {};
+    const bool isDirectory = stat(path.c_str(), &there) == 0 && S_ISDIR(there.st_mode);
+    if (isDirectory || path.empty() || path.back() == '/') {
+        throw failure(path, path.empty() ? ENOENT : EISDIR);
+    }
 }
 
 ArrivingFile::~ArrivingFile()
@@ -170,7 +182,7 @@ std::string ArrivingFile::end(std::size_t count) const
 void ArrivingFile::startOver()
 {
     if (!m_temporary.empty() && ftruncate(m_descriptor.get(), 0) != 0) {
-        fail("written", errno);
+        fail(errno);
     }
     m_size = 0;
 }
@@ -185,7 +197,7 @@ bool ArrivingFile::write(const char* bytes, std::size_t count)
             pollfd room = {m_descriptor.get(), POLLOUT, 0};
             poll(&room, 1, static_cast<int>(kLook.count()));
         } else if (written < 0 && errno != EINTR) {
-            fail("written", errno);
+            fail(errno);
         }
         if (written > 0) {
             bytes += written;
@@ -207,7 +219,7 @@ void ArrivingFile::takePlace()
         static_cast<void>(fchmod(m_descriptor.get(), m_replaced->st_mode & 07777));
     }
     if (fsync(m_descriptor.get()) != 0 || rename(m_temporary.c_str(), m_path.c_str()) != 0) {
-        fail("written", errno);
+        fail(errno);
     }
     m_temporary.clear();
     saveFolder(m_path);

@@ -41,6 +41,9 @@ public:
     /// the same path and version (some letters). While one such object lives, others begin anew.
     ArrivingFile(const std::string& path, const Call& call, const std::string& version);
 
+    /// Throws `Failure` (23) for a path that cannot be a file's, without touching anything.
+    static void requireFile(const std::string& path);
+
     /// Removes what has not taken its place, unless it is kept.
     ~ArrivingFile();
     ArrivingFile(const ArrivingFile&) = delete;
@@ -65,7 +68,7 @@ private:
     void openPipe();
     void requireCall() const;
     std::string beside(const std::string& middle) const;
-    [[noreturn]] void fail(const std::string& what, int error);
+    [[noreturn]] void fail(int error);
 
     const Call& m_call;
     std::string m_asked;     // the request's path

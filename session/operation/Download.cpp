@@ -97,6 +97,7 @@ bool goOn(const Work& work, ArrivingFile& file, std::int64_t size)
 
 void resume(const Work& work, const std::string& localPath, std::int64_t limit)
 {
+    ArrivingFile::requireFile(localPath);
     const std::optional<RemoteEntry> there = fileAt(work, work.access.target().url());
     if (!there) {
         throw refusal(CURLE_REMOTE_FILE_NOT_FOUND, "there is no such file on the server");
