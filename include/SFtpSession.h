@@ -134,6 +134,8 @@ struct SessionOptions
 /// lock (flock) on the local file for that. Without effect where `atomicUpload` is false, and for DownLoadTo and
 /// UploadFrom, whose bytes cannot be had a second time.
 ///
+/// fork(): a child leaves its parent's sessions alone and makes its own; both would use the same connections.
+///
 /// Signals: SIGPIPE cannot come from a call. The thread's signal mask, errno and OpenSSL's queue of errors are as
 /// before when a call returns.
 ///

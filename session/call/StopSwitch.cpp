@@ -35,17 +35,16 @@ void StopSwitch::turnOn() noexcept
     // First, so that turnOff() takes back whatever it finds: readable and off, the event would keep everybody awake.
     const std::uint64_t one = 1;
     static_cast<void>(write(m_event, &one, sizeof one) < 0);
-    m_on = true;
-    ++m_turns;
     ++m_cutting;
+    m_on = true;
     for (const Slot* slot = m_slots; slot != nullptr; slot = slot->next) {
         const int socket = slot->socket;
         if (socket >= 0) {
             shutdown(socket, SHUT_RDWR);
         }
     }
+    ++m_turns; // first, for those who came meanwhile and were cut
     --m_cutting;
-    ++m_turns; // for those who came meanwhile and were cut
     errno = before;
 }
 

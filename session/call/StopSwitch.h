@@ -27,7 +27,8 @@ public:
     /// May be called in a signal handler.
     void turnOn() noexcept;
     void turnOff() noexcept;
-    bool isOn() const noexcept { return m_on.load(); }
+    /// Also as long as a turnOn() is still at work, whoever has turned it off meanwhile.
+    bool isOn() const noexcept { return m_on.load() || m_cutting.load() > 0; }
     /// How often it has been turned on: who began before the last time is stopped, on or off.
     unsigned turns() const noexcept { return m_turns.load(); }
 

@@ -1,30 +1,86 @@
 // Servers that mean harm: names that lead elsewhere, listings without end, ports of somebody else.
 #include "SessionLive.h"
 
-#include "harness/Playback.h"
-
 #include <boost/asio.hpp>
 
 #include <sstream>
+#include <thread>
 
 namespace {
+
+namespace asio = boost::asio;
+
+/// A server in the clear, for one visit, whose listings are what it is given.
+class Lister
+{
+public:
+    explicit Lister(std::string listing)
+        : m_listing(std::move(listing)), m_control(m_context, {asio::ip::address_v4::loopback(), 0}),
+          m_data(m_context, {asio::ip::address_v4::loopback(), 0}), m_thread([this] { serve(); })
+    {
+    }
+    ~Lister() { m_thread.join(); }
+    Lister(const Lister&) = delete;
+    Lister& operator=(const Lister&) = delete;
+
+    unsigned port() const { return m_control.local_endpoint().port(); }
+
+private:
+    static void say(asio::ip::tcp::socket& socket, const std::string& bytes)
+    {
+        boost::system::error_code leftAlready;
+        asio::write(socket, asio::buffer(bytes), leftAlready);
+    }
+
+    std::string replyTo(const std::string& command) const
+    {
+        const std::string verb = command.substr(0, command.find_first_of(" \r"));
+        return verb == "USER"   ? "331 go on"
+               : verb == "PASS" ? "230 in"
+               : verb == "PWD"  ? "257 \"/\""
+               : verb == "FEAT" ? "211-features\r\n MLST type*;\r\n211 end"
+               : verb == "EPSV" ? "229 here (|||" + std::to_string(m_data.local_endpoint().port()) + "|)"
+               : verb == "TYPE" ? "200 set"
+               : verb == "MLSD" ? "150 data"
+                                : "502 no";
+    }
+
+    void serve()
+    {
+        asio::ip::tcp::socket control = m_control.accept();
+        say(control, "220 ready\r\n");
+        std::string heard;
+        boost::system::error_code left;
+        while (const std::size_t size = asio::read_until(control, asio::dynamic_buffer(heard), '\n', left)) {
+            const std::string command = heard.substr(0, size);
+            heard.erase(0, size);
+            say(control, replyTo(command) + "\r\n");
+            if (command.compare(0, 4, "MLSD") == 0) {
+                asio::ip::tcp::socket data = m_data.accept();
+                say(data, m_listing);
+                data.close();
+                say(control, "226 done\r\n");
+            }
+        }
+    }
+
+    const std::string m_listing;
+    asio::io_context m_context;
+    asio::ip::tcp::acceptor m_control;
+    asio::ip::tcp::acceptor m_data;
+    std::thread m_thread;
+};
 
 class SessionHostile : public SessionLive
 {
 protected:
-    // A server that says what it is given: a listing by MLSD, in the clear.
-    int listWhatComes(const std::string& data)
+    int listWhatComes(std::string listing)
     {
-        Playback playback;
-        playback.load(
-            "220 ready\r\n~502 no\r\n~502 no\r\n~331 go on\r\n~230 in\r\n~257 \"/\"\r\n"
-            "~211-features\r\n MLST type*;\r\n211 end\r\n~229 here (|||@|)\r\n~200 set\r\n~150 data\r\n226 done\r\n"
-            "~221 bye\r\n^" +
-            data);
+        const Lister lister(std::move(listing));
         SessionOptions options;
         options.requireTls = false;
         SFtpSession session(options);
-        request.port = playback.controlPort();
+        request.port = lister.port();
         request.remotePath = "ftp://localhost/";
         return session.ListEntries(request, entries, errorText);
     }
@@ -65,7 +121,7 @@ TEST_F(SessionHostile, AListingHasAnEnd)
         data += block;
         data += '\n';
     }
-    EXPECT_EQ(CURLE_FILESIZE_EXCEEDED, listWhatComes(data));
+    EXPECT_EQ(CURLE_FILESIZE_EXCEEDED, listWhatComes(std::move(data)));
     EXPECT_NE(std::string::npos, errorText.find("the listing is larger than 128 MiB")) << errorText;
     EXPECT_EQ(1U, entries.size());
 }
@@ -79,7 +135,6 @@ TEST_F(SessionHostile, ALineHasAnEnd)
 // A server could have its clients look for open ports on other machines.
 TEST_F(SessionHostile, DataComesFromTheServerAlone)
 {
-    namespace asio = boost::asio;
     asio::io_context context;
     asio::ip::tcp::acceptor elsewhere(context, {asio::ip::make_address_v4("127.0.0.2"), 0});
     elsewhere.non_blocking(true);
