@@ -31,8 +31,8 @@ def suite(servers, recorder, goals, effort):
     waiting.rows.append(_idle(servers[0], recorder, goals, effort))
     kept = Table(
         "Memory of kept connections",
-        f"Peak of a process that keeps {effort.kept_connections} connections, less that of one with one connection, for "
-        "each further one, in KiB: median (least–greatest). Each has downloaded and uploaded.",
+        f"Peak of a process that keeps {effort.kept_connections} connections, less that of one with one connection, "
+        "for each further one, in KiB: median (least–greatest). Each has downloaded and uploaded.",
         ["server", "rounds", "KiB for each", "goal"],
     )
     for server in servers:
@@ -81,8 +81,8 @@ def _kept(server, recorder, goals, effort):
 def _sizes(server, recorder, goals, effort):
     table = Table(
         "A session's memory against file size",
-        f"Peak memory in KiB: median (least–greatest), with {server.name}. Downloads are discarded; the largest files are "
-        "not uploaded, for want of room.",
+        f"Peak memory in KiB: median (least–greatest), with {server.name}. Downloads are discarded; the largest files "
+        "are not uploaded, for want of room.",
         ["file", "rounds", "download", "upload"],
     )
     medians = {"download": [], "upload": []}

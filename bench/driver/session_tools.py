@@ -77,7 +77,8 @@ def _lftp_environment(server):
 
 
 def _rclone_environment(server):
-    obscured = subprocess.run(["rclone", "obscure", "-"], input=server.password, capture_output=True, text=True, check=True)
+    command = ["rclone", "obscure", "-"]
+    obscured = subprocess.run(command, input=server.password, capture_output=True, text=True, check=True)
     settings = {
         "TYPE": "ftp",
         "HOST": "localhost",

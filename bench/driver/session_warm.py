@@ -14,13 +14,14 @@ MILLISECONDS = "{:.2f} ({:.2f}–{:.2f})"
 def suite(servers, recorder, goals, effort):
     table = Table(
         "A further call on a kept connection",
-        f"In milliseconds of the client: a run with {effort.warm_calls + 1} calls less one with one call, for each of the "
-        "others: median (least–greatest).",
+        f"In milliseconds of the client: a run with {effort.warm_calls + 1} calls less one with one call, for each of "
+        "the others: median (least–greatest).",
         ["server", "operation", "rounds", "wall time", "CPU time", "goal"],
     )
     for server in servers:
         for work in session_works.repeatable(server):
-            pair = {name: program(server, "session", work, calls=calls) for name, calls in (("1", 1), ("many", effort.warm_calls + 1))}
+            numbers = {"1": 1, "many": effort.warm_calls + 1}
+            pair = {name: program(server, "session", work, calls=calls) for name, calls in numbers.items()}
             runs = recorder.alternate(SUITE, f"{server.name}: {work.name}", effort.warm_rounds, pair)
             wall, cpu = (_of_each(runs, what, effort.warm_calls) for what in ("wall", "cpu"))
             verdict = "–"
@@ -33,4 +34,5 @@ def suite(servers, recorder, goals, effort):
 
 def _of_each(runs, what, calls):
     pairs = zip(runs["1"], runs["many"])
-    return Spread.of((1000 * per_unit(getattr(one, what), getattr(many, what), calls) for one, many in pairs), MILLISECONDS)
+    each = (1000 * per_unit(getattr(one, what), getattr(many, what), calls) for one, many in pairs)
+    return Spread.of(each, MILLISECONDS)

@@ -77,7 +77,8 @@ class Results(unittest.TestCase):
             self.assertEqual([], [word for word in shown if word not in words(self.results / "core/performance" / plot)])
 
     def document_with_marks(self):
-        self.document.write_text("above\n" + "\n".join(report.marks("core") + report.marks("sessions")) + "\nbelow\n")
+        marks = "\n".join(report.marks("core") + report.marks("sessions"))
+        self.document.write_text(f"above\n{marks}\nbelow\n")
 
     def test_the_last_run_is_kept(self):
         self.document_with_marks()
@@ -96,7 +97,8 @@ class Results(unittest.TestCase):
         driver.keep(["core", "sessions"])
         begin, end = report.marks("sessions")
         core = "\n".join(report.marks("core"))
-        self.assertEqual(f"above\n{core}\n{begin}\n\n{report.markdown(MACHINE)}\n{end}\nbelow\n", self.document.read_text())
+        kept = f"{begin}\n\n{report.markdown(MACHINE)}\n{end}"
+        self.assertEqual(f"above\n{core}\n{kept}\nbelow\n", self.document.read_text())
 
     def run_main(self, *words, user=0):
         """A benchmark without its measuring. Gives what was to be measured, and how much of it."""

@@ -1,5 +1,5 @@
-"""The suites that measure sessions, from end to end, with the least that there can be: what they need is there, and their
-rows are complete. As root, with Debian's daemons."""
+"""The suites that measure sessions, from end to end, with the least that there can be: what they need is there, and
+their rows are complete. As root, with Debian's daemons."""
 
 import contextlib
 import os

@@ -73,8 +73,9 @@ class OneOperation(unittest.TestCase):
 class AFurtherCall(unittest.TestCase):
     def row(self, operation, cpu):
         goals = Goals()
+        work = Work(operation, operation, "path")
         with (
-            mock.patch.object(session_warm.session_works, "repeatable", lambda server: [Work(operation, operation, "path")]),
+            mock.patch.object(session_warm.session_works, "repeatable", lambda server: [work]),
             mock.patch.object(session_warm, "program"),
         ):
             recorder = Recorder({"1": run(1, 0.5), "many": run(3, 0.5 + cpu)})
