@@ -47,10 +47,12 @@ enum class EntryKind
 /// What is in a directory on the server. Names are the server's: check them before they become local paths.
 struct RemoteEntry
 {
-    std::string name;                                              ///< within its directory
-    EntryKind kind = EntryKind::Other;                             ///< what it is
-    std::int64_t size = -1;                                        ///< in bytes; -1: unknown
-    std::optional<std::chrono::system_clock::time_point> modified; ///< where the server reports it in UTC
+    std::string name;                  ///< within its directory
+    EntryKind kind = EntryKind::Other; ///< what it is
+    std::int64_t size = -1;            ///< in bytes; -1: unknown
+    /// Where the server reports it in UTC: always in a file's `StatEntry`, unless the server knows none of MLST and
+    /// MDTM; in `ListEntries` where it knows MLSD. Other listings are in a time zone that nobody tells.
+    std::optional<std::chrono::system_clock::time_point> modified;
 };
 
 /// Takes `size` bytes of a download; false ends it, with 23.
@@ -88,6 +90,9 @@ struct SessionOptions
 
     bool atomicUpload = true; ///< under a temporary name beside the target, renamed when it is whole
     bool verifyUpload = true; ///< compare the size on the server
+    /// Files only: what a broken transfer has moved stays, and the next call for the same file goes on from there, if
+    /// the last 64 KiB agree; else from the start. See "Resuming" below.
+    bool resume = false;
 
     std::chrono::milliseconds idleTimeout{60000}; ///< how long an idle connection may be used again
     unsigned maxConnections = 8;                  ///< to one server at a time; further calls wait
@@ -121,6 +126,13 @@ struct SessionOptions
 /// Kept connections: closed by the session's destructor, and at the next call after `idleTimeout`. libcurl keeps the
 /// login of a connection in memory as long as the connection lives; the session makes no
 /// copy of its own.
+///
+/// Resuming: with `SessionOptions::resume`, UploadFileToSFtpServer and DownLoadSFtpFile leave the temporary file of a
+/// failure where it is, and find it again: its name has digits that are made of both ends' names and of the file's size
+/// and time of modification, so that a file that has changed begins anew under another name. Who gives up for good
+/// removes what is left, ".NAME.DIGITS.part". Of several calls for one file at a time, one resumes; an upload holds a
+/// lock (flock) on the local file for that. Without effect where `atomicUpload` is false, and for DownLoadTo and
+/// UploadFrom, whose bytes cannot be had a second time.
 ///
 /// Signals: SIGPIPE cannot come from a call. The thread's signal mask, errno and OpenSSL's queue of errors are as
 /// before when a call returns.

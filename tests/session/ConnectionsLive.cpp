@@ -122,4 +122,40 @@ TEST_F(SessionConnections, AServerWithNothingButTls13IsServedToo)
         EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
     }
     EXPECT_EQ("content", contentOf(served("a.bak")));
+    // One that speaks TLS 1.2 and is refused; one that uploads, and ends with that; one that downloads.
+    EXPECT_EQ(3U, sessions().size());
+}
+
+// Each line that begins with ">" is a round trip.
+TEST_F(SessionConnections, AWarmConnectionRepeatsNothing)
+{
+    serve();
+    writeFile(local("file"), "content");
+    {
+        SFtpSession session;
+        for (int i = 0; i < 2; ++i) {
+            request.localPath = local("file");
+            aimAt("/a/a.bak");
+            EXPECT_EQ(0, session.UploadFileToSFtpServer(request, errorText)) << errorText;
+            EXPECT_EQ(0, session.UploadFileToSFtpServer(request, errorText)) << errorText;
+            EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
+            EXPECT_EQ(0, session.StatEntry(request, entry, errorText)) << errorText;
+            aimAt("/a/");
+            EXPECT_EQ(0, session.ListEntries(request, entries, errorText)) << errorText;
+            EXPECT_EQ(0, session.ListEntries(request, entries, errorText)) << errorText;
+        }
+    }
+    Lines asked;
+    const Lines said = sessions().at(0);
+    for (const std::string& line : said) {
+        if (line.compare(0, 2, "> ") == 0) {
+            asked.push_back(line.substr(2, line.find(' ', 2) - 2));
+        }
+    }
+    const Lines upload = {"EPSV", "STOR", "SIZE", "RNFR", "RNTO"};
+    const Lines download = {"EPSV", "SIZE", "RETR"};
+    const Lines list = {"EPSV", "MLSD"};
+    const Lines warm = Lines{"EPSV", "TYPE", "STOR", "SIZE", "RNFR", "RNTO"} + upload + download + Lines{"MLST"} +
+                       Lines{"EPSV", "TYPE", "MLSD"} + list + Lines{"QUIT"};
+    EXPECT_TRUE(sameLines(warm, lastOf(asked, warm.size())));
 }

@@ -1,9 +1,9 @@
 // The small pieces of a session, one at a time.
-#include <ArrivingFile.h>
 #include <Certificates.h>
 #include <Digest.h>
 #include <Failure.h>
 #include <LineSplitter.h>
+#include <LocalFiles.h>
 #include <OptionsCheck.h>
 #include <Replies.h>
 #include <Target.h>
@@ -17,7 +17,9 @@
 
 #include <openssl/err.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -102,6 +104,15 @@ TEST(LineSplitter, MakesLinesOfPieces)
     splitter.end();
     splitter.end();
     EXPECT_EQ("[ab][c][][de\rf]", lines);
+}
+
+TEST(LineSplitter, RefusesALineWithoutEnd)
+{
+    LineSplitter splitter([](std::string_view) {});
+    const DataSink sink = splitter.sink();
+    const std::string much(1024 * 1024, 'x');
+    sink(much.data(), much.size());
+    EXPECT_THROW(sink("x", 1), Failure);
 }
 
 TEST(Text, IsShownWithoutSecretsAndControlBytes)
@@ -208,6 +219,9 @@ protected:
     long files() const { return std::distance(std::filesystem::directory_iterator(path("")), {}); }
 
     TemporaryFolder folder;
+    SessionOptions options;
+    StopSwitch stop;
+    Call call{options, stop};
 };
 
 TEST_F(Arriving, TakesItsPlaceOrLeavesNothing)
@@ -215,13 +229,13 @@ TEST_F(Arriving, TakesItsPlaceOrLeavesNothing)
     writeFile(path("a"), "before");
     chmod(path("a").c_str(), 0640);
     {
-        ArrivingFile file(path("a"));
+        ArrivingFile file(path("a"), call);
         file.write("after", 5);
     }
     EXPECT_EQ("before", contentOf(path("a")));
     EXPECT_EQ(1, files());
     {
-        ArrivingFile file(path("a"));
+        ArrivingFile file(path("a"), call);
         file.write("after", 5);
         file.takePlace();
     }
@@ -232,11 +246,37 @@ TEST_F(Arriving, TakesItsPlaceOrLeavesNothing)
     EXPECT_EQ(0640U, status.st_mode & 07777U);
 }
 
+TEST_F(Arriving, WaitsForAPipesOtherEndAsLongAsTheCallMay)
+{
+    ASSERT_EQ(0, mkfifo(path("p").c_str(), 0600));
+    {
+        const int reader = open(path("p").c_str(), O_RDONLY | O_NONBLOCK);
+        ArrivingFile file(path("p"), call);
+        file.write("bytes", 5);
+        file.takePlace();
+        char read_[6] = {};
+        EXPECT_EQ(5, read(reader, read_, sizeof read_));
+        EXPECT_STREQ("bytes", read_);
+        stop.turnOn();
+        const std::string more(1 << 20, 'x'); // no pipe holds so much
+        EXPECT_THROW(file.write(more.data(), more.size()), Failure);
+        close(reader);
+    }
+    try {
+        ArrivingFile file(path("p"), call);
+        ADD_FAILURE() << "nobody reads";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(CURLE_ABORTED_BY_CALLBACK, failure.code());
+        EXPECT_NE(std::string::npos, std::string(failure.what()).find("nobody read from localPath " + path("p")));
+    }
+    EXPECT_EQ(1, files());
+}
+
 TEST_F(Arriving, FollowsALink)
 {
     writeFile(path("a"), "before");
     std::filesystem::create_symlink("a", path("l"));
-    ArrivingFile file(path("l"));
+    ArrivingFile file(path("l"), call);
     file.write("after", 5);
     file.takePlace();
     EXPECT_EQ("after", contentOf(path("a")));
@@ -248,7 +288,7 @@ TEST_F(Arriving, NamesWhatCannotBeWritten)
     std::filesystem::create_directory(path("d"));
     for (const std::string& where : {path("d"), path("no/such")}) {
         try {
-            ArrivingFile file(where);
+            ArrivingFile file(where, call);
             ADD_FAILURE() << where;
         } catch (const Failure& failure) {
             EXPECT_EQ(CURLE_WRITE_ERROR, failure.code());

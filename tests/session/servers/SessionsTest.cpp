@@ -169,6 +169,78 @@ TEST_P(Sessions, RunEveryOperationAgainAndAgain)
     }
 }
 
+// Some servers rename over a file, others do not.
+TEST_P(Sessions, ReplaceAFileAndTellItsTime)
+{
+    SessionOptions chosen = options();
+    chosen.requireTls = server.dataTls != DataTls::None;
+    SFtpSession session(chosen);
+    keep("replaced/a.bak", "the last one");
+    aimAt("replaced/a.bak");
+    writeFile(request.localPath, content);
+    const auto before = std::chrono::system_clock::now() - std::chrono::seconds(2);
+    expectOk(session.UploadFileToSFtpServer(request, errorText), "upload");
+    EXPECT_EQ(content, contentOf(served("replaced/a.bak")));
+    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(served("replaced")), {}));
+    RemoteEntry entry;
+    expectOk(session.StatEntry(request, entry, errorText), "stat");
+    EXPECT_EQ(EntryKind::File, entry.kind);
+    EXPECT_EQ(static_cast<std::int64_t>(content.size()), entry.size);
+    ASSERT_TRUE(entry.modified.has_value());
+    EXPECT_TRUE(before < *entry.modified && *entry.modified < std::chrono::system_clock::now());
+    writeFile(request.localPath, "");
+    expectOk(session.UploadFileToSFtpServer(request, errorText), "an empty file");
+    expectOk(session.StatEntry(request, entry, errorText), "stat");
+    EXPECT_EQ(0, entry.size);
+    aimAt("replaced");
+    expectOk(session.StatEntry(request, entry, errorText), "stat of a directory");
+    EXPECT_EQ(EntryKind::Directory, entry.kind);
+    aimAt("missing");
+    EXPECT_EQ(CURLE_REMOTE_FILE_NOT_FOUND, session.StatEntry(request, entry, errorText));
+}
+
+// A call that is cancelled at some byte, and the next one that goes on from there.
+TEST_P(Sessions, GoOnAfterABrokenTransfer)
+{
+    const std::string large = randomBytes(3000001);
+    SessionOptions chosen = options();
+    chosen.requireTls = server.dataTls != DataTls::None;
+    chosen.resume = true;
+    chosen.sendRate = chosen.receiveRate = 6000000; // half a second
+    SFtpSession* running = nullptr;
+    bool breaks = false;
+    std::int64_t first = -1;
+    chosen.progress = [&](const TransferProgress& now) {
+        first = first < 0 && now.bytes > 0 ? now.bytes : first;
+        if (breaks && now.bytes > 0) {
+            running->Cancel();
+        }
+    };
+    SFtpSession session(chosen);
+    running = &session;
+    const auto twice = [&](const auto& operation) {
+        breaks = true;
+        EXPECT_EQ(CURLE_ABORTED_BY_CALLBACK, operation()) << errorText;
+        session.ClearCancel();
+        breaks = false;
+        first = -1;
+        expectOk(operation(), "the second call");
+    };
+    keep("resumed/x", "");
+    std::filesystem::remove(served("resumed/x"));
+    aimAt("resumed/a.bak");
+    request.localPath = local("sent");
+    writeFile(request.localPath, large);
+    twice([&] { return session.UploadFileToSFtpServer(request, errorText); });
+    EXPECT_EQ(large, contentOf(served("resumed/a.bak")));
+    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(served("resumed")), {}));
+    request.localPath = local("got");
+    twice([&] { return session.DownLoadSFtpFile(request, errorText); });
+    EXPECT_EQ(large, contentOf(request.localPath));
+    // The last call had bytes of the one before: it did not begin with those that libcurl reads at once.
+    EXPECT_LT(65536, first);
+}
+
 class HostKeys : public RealServer
 {
 protected:

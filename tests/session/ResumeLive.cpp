@@ -1,0 +1,255 @@
+// Transfers that go on where an earlier one broke off.
+#include "SessionLive.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace {
+
+constexpr std::size_t kBytes = 300000;
+constexpr std::size_t kBroken = 200000;
+constexpr std::size_t kOverlap = 65536;
+
+class SessionResume : public SessionLive
+{
+protected:
+    SessionResume()
+    {
+        options.resume = true;
+        for (std::size_t i = 0; i < kBytes; ++i) {
+            content += static_cast<char>(i * 7 + i / 251);
+        }
+    }
+
+    static std::vector<std::string> namesIn(const std::string& folder)
+    {
+        std::vector<std::string> names;
+        for (const auto& each : std::filesystem::directory_iterator(folder)) {
+            names.push_back(each.path().filename());
+        }
+        names.erase(std::remove(names.begin(), names.end(), "default-trust.pem"), names.end());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    static std::string unfinishedIn(const std::string& folder)
+    {
+        std::string found;
+        for (const std::string& name : namesIn(folder)) {
+            if (name.size() > 5 && name.substr(name.size() - 5) == ".part") {
+                found = folder + "/" + name;
+            }
+        }
+        return found;
+    }
+
+    int download()
+    {
+        aimAt("/a.bak");
+        request.localPath = local("got");
+        return SFtpSession(options).DownLoadSFtpFile(request, errorText);
+    }
+
+    int upload()
+    {
+        aimAt("/a.bak");
+        request.localPath = local("file");
+        return SFtpSession(options).UploadFileToSFtpServer(request, errorText);
+    }
+
+    void breakADownload()
+    {
+        misbehave("1/DATA=drop-after:" + std::to_string(kBroken));
+        serve();
+        writeFile(served("a.bak"), content);
+        writeFile(local("got"), "before");
+        EXPECT_EQ(CURLE_PARTIAL_FILE, download()) << errorText;
+        EXPECT_EQ("before", contentOf(local("got")));
+        EXPECT_EQ(content.substr(0, kBroken), contentOf(unfinishedIn(local(""))));
+    }
+
+    void breakAnUpload(const std::string& fault)
+    {
+        misbehave(fault);
+        serve();
+        writeFile(served("a.bak"), "before");
+        writeFile(local("file"), content);
+        EXPECT_NE(0, upload());
+        EXPECT_EQ("before", contentOf(served("a.bak")));
+    }
+
+    // The lines that tell of moved bytes.
+    static Lines moved(const Lines& lines)
+    {
+        Lines found;
+        for (const std::string& line : lines) {
+            if (line.find(" bytes ") != std::string::npos || line.compare(0, 6, "> REST") == 0 ||
+                line.compare(0, 6, "> APPE") == 0 || line.compare(0, 6, "> STOR") == 0) {
+                found.push_back(line.substr(0, line.find(" .")));
+            }
+        }
+        return found;
+    }
+
+    SessionOptions options;
+    std::string content;
+};
+
+std::string bytes(std::size_t count, const char* direction)
+{
+    return "= " + std::to_string(count) + " bytes " + direction;
+}
+
+} // namespace
+
+TEST_F(SessionResume, ADownloadFetchesTheRest)
+{
+    breakADownload();
+    EXPECT_EQ(0, download()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+    EXPECT_EQ(Lines{"got"}, namesIn(local("")));
+    const std::size_t offset = kBroken - kOverlap;
+    EXPECT_TRUE(sameLines(Lines{"> REST 0", "> REST " + std::to_string(offset), bytes(kBytes - offset, "sent")},
+                          moved(sessions().at(1))));
+}
+
+TEST_F(SessionResume, ADownloadWhoseEndDiffersBeginsAnew)
+{
+    breakADownload();
+    writeFile(unfinishedIn(local("")), content.substr(0, kBroken - 1) + "!");
+    EXPECT_EQ(0, download()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+    EXPECT_EQ(Lines{"got"}, namesIn(local("")));
+}
+
+TEST_F(SessionResume, AFileThatChangedOnTheServerBeginsAnew)
+{
+    breakADownload();
+    content[0] = '!';
+    content += "more";
+    writeFile(served("a.bak"), content);
+    EXPECT_EQ(0, download()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+}
+
+TEST_F(SessionResume, ADownloadThatLacksNothingButItsPlace)
+{
+    breakADownload();
+    writeFile(unfinishedIn(local("")), content);
+    EXPECT_EQ(0, download()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+    EXPECT_EQ(bytes(kOverlap, "sent"), moved(sessions().at(1)).back());
+}
+
+TEST_F(SessionResume, WithoutRestADownloadBeginsAnew)
+{
+    misbehave("2/REST#2=reply:502 not implemented");
+    breakADownload();
+    EXPECT_EQ(0, download()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+}
+
+TEST_F(SessionResume, NothingStaysOfADownloadThatHasNotBegun)
+{
+    misbehave("RETR=reply:450 not now");
+    serve();
+    writeFile(served("a.bak"), content);
+    EXPECT_NE(0, download());
+    EXPECT_EQ(Lines{}, namesIn(local("")));
+}
+
+TEST_F(SessionResume, AnUploadSendsTheRest)
+{
+    breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
+    EXPECT_EQ(content.substr(0, kBroken), contentOf(unfinishedIn(served(""))));
+    EXPECT_EQ(0, upload()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+    EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+    EXPECT_TRUE(sameLines(Lines{"> REST 0", "> REST " + std::to_string(kBroken - kOverlap), bytes(kOverlap, "sent"),
+                                "> APPE", bytes(kBytes - kBroken, "received")},
+                          moved(sessions().at(1))));
+}
+
+TEST_F(SessionResume, AnUploadWhoseEndDiffersBeginsAnew)
+{
+    breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
+    writeFile(unfinishedIn(served("")), content.substr(0, kBroken - 1) + "!");
+    EXPECT_EQ(0, upload()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+    EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+    EXPECT_EQ(bytes(kBytes, "received"), moved(sessions().at(1)).back());
+}
+
+TEST_F(SessionResume, AnUploadThatLacksNothingButItsPlace)
+{
+    breakAnUpload("1/RNFR=drop");
+    EXPECT_EQ(0, upload()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+    EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+    EXPECT_EQ(bytes(kOverlap, "sent"), moved(sessions().at(1)).back());
+}
+
+TEST_F(SessionResume, WhereAppendingIsRefusedAnUploadBeginsAnew)
+{
+    misbehave("APPE=reply:550 no appending");
+    breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
+    EXPECT_EQ(0, upload()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+}
+
+TEST_F(SessionResume, ALocalFileThatChangedBeginsAnew)
+{
+    breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
+    content[0] = '!';
+    std::filesystem::remove(local("file"));
+    writeFile(local("file"), content);
+    EXPECT_EQ(0, upload()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+}
+
+TEST_F(SessionResume, AWrongSizeIsNotGoneOnWith)
+{
+    breakAnUpload("1/SIZE#2=reply:213 5");
+    EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+}
+
+TEST_F(SessionResume, WithoutTheOptionNothingStays)
+{
+    options.resume = false;
+    breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
+    EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+    EXPECT_EQ(0, upload()) << errorText;
+}
+
+// The second call is made while the first one is under way.
+TEST_F(SessionResume, TwoCallsForOneFileLeaveEachOtherAlone)
+{
+    serve();
+    writeFile(local("file"), content);
+    aimAt("/a.bak");
+    bool within = false;
+    SFtpSession* running = nullptr;
+    options.progress = [&](const TransferProgress& now) {
+        if (!within && now.bytes > 0) {
+            within = true;
+            std::string text;
+            SFtpRequest same = request;
+            EXPECT_EQ(0, same.localPath == local("got") ? running->DownLoadSFtpFile(same, text)
+                                                        : running->UploadFileToSFtpServer(same, text))
+                << text;
+        }
+    };
+    SFtpSession session(options);
+    running = &session;
+    request.localPath = local("file");
+    EXPECT_EQ(0, session.UploadFileToSFtpServer(request, errorText)) << errorText;
+    EXPECT_TRUE(within);
+    EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+    within = false;
+    request.localPath = local("got");
+    EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
+    EXPECT_TRUE(within);
+    EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+    EXPECT_EQ((Lines{"file", "got"}), namesIn(local("")));
+    EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+}
