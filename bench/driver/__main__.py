@@ -57,6 +57,7 @@ class Effort:
     micro_repetitions: int
     cold_rounds: int
     warm_rounds: int
+    warm_calls: int
     folder_files: int
     folder_rounds: int
     large_size: int
@@ -68,25 +69,25 @@ class Effort:
 
 
 FULL = Effort(
-    # The goals within 1 % need as many: on a virtual machine, two runs of the same easily differ by 5 %.
-    sizes={MIB: 24, 64 * MIB: 200, GIB: 100},
+    sizes={MIB: 24, 64 * MIB: 60, GIB: 24},
     names={1: 24, 1000: 24, 100_000: 24},
     small_pairs=24,
-    threads=[1, 2, 4, 8, 16, 32, 64, 128, 256],
-    thread_rounds=40,
+    threads=[1, 4, 32, 256],
+    thread_rounds=10,
     calls_at_once=128,
     memory_sizes=[MIB, 16 * MIB, 256 * MIB, GIB, 10 * GIB],
-    memory_rounds=5,
-    fixed_rounds=24,
+    memory_rounds=2,
+    fixed_rounds=16,
     count_size=64 * MIB,
     micro_repetitions=10,
     cold_rounds=16,
-    warm_rounds=5,
+    warm_rounds=4,
+    warm_calls=200,
     folder_files=1000,
     folder_rounds=2,
     large_size=GIB,
-    large_rounds=6,
-    quiet_rounds=3,
+    large_rounds=4,
+    quiet_rounds=2,
     wait_seconds=5,
     kept_connections=64,
     session_sizes=[MIB, 64 * MIB, GIB, 10 * GIB],
@@ -105,6 +106,7 @@ QUICK = Effort(
     micro_repetitions=3,
     cold_rounds=3,
     warm_rounds=2,
+    warm_calls=50,
     folder_files=50,
     folder_rounds=1,
     large_size=64 * MIB,

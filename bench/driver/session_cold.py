@@ -21,9 +21,16 @@ def goal(what, tool):
 def suite(servers, recorder, goals, effort):
     table = Table(
         "One operation as a process",
-        "Ratios of a session's runs to the tool's in the same round: median (least–greatest). Below 1, the session takes "
-        "less. All trust one certificate.",
-        ["server", "operation", "rounds", "session, ms", *(f"{what}, to {tool}" for tool in TOOLS for what in COMPARED), "goals"],
+        "Ratios of a session's runs to the tool's in the same round: median (least–greatest). Below 1, the session "
+        "takes less. All trust one certificate.",
+        [
+            "server",
+            "operation",
+            "rounds",
+            "session, ms",
+            *(f"{what}, to {tool}" for tool in TOOLS for what in COMPARED),
+            "goals",
+        ],
     )
     for server in servers:
         for work in session_works.small(server):

@@ -64,10 +64,10 @@ class Folders:
 def suite(servers, recorder, goals, effort):
     table = Table(
         f"{effort.folder_files:,} files of 20 kB",
-        "Files per second, and how many times the tool's rate the session's is: median (least–greatest). Peak memory of "
-        "each in MiB, and the session's to rclone's. lftp mirrors a folder with as many files at a time as the session "
-        "has connections; rclone copies four at a time. Both also look up what is there before. The files' places are in "
-        "memory. The goals are for both ways together.",
+        "Files per second, and how many times the tool's rate the session's is: median (least–greatest). Peak memory "
+        "of each in MiB, and the session's to rclone's. lftp mirrors a folder with as many files at a time as the "
+        "session has connections; rclone copies four at a time. Both also look up what is there before. The files' "
+        "places are in memory. The goals are for both ways together.",
         [
             "server",
             "way",

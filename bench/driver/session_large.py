@@ -20,9 +20,9 @@ LFTP_GOAL = "a large file in less CPU time than lftp"
 def suite(servers, recorder, goals, effort):
     table = Table(
         f"{size_name(effort.large_size)} each way",
-        "Ratios of a session's runs to the others' in the same round: median (least–greatest). Client and server share one "
-        "processor: the wall time is what both take together. OpenSSL alone encrypts or decrypts the same bytes on a "
-        "connection to the same server, and does nothing with them: no program with OpenSSL can take less.",
+        "Ratios of a session's runs to the others' in the same round: median (least–greatest). Client and server share "
+        "one processor: the wall time is what both take together. OpenSSL alone encrypts or decrypts the same bytes on "
+        "a connection to the same server, and does nothing with them.",
         [
             "server",
             "way",

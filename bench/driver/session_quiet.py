@@ -27,19 +27,23 @@ def suite(servers, recorder, goals, effort):
     )
     with daemons.Stalling(servers[0].build) as stalling:
         waiting.rows.append(_stall(stalling, recorder, goals, effort))
+    _prepare_kept(servers)
+    waiting.rows.append(_idle(servers[0], recorder, goals, effort))
     kept = Table(
         "Memory of kept connections",
-        f"Peak of a process that keeps {effort.kept_connections} connections, less that of one with one connection, for "
-        "each further one, in KiB: median (least–greatest). Each has downloaded and uploaded, on a thread of its own, "
-        "whose stack is counted in.",
+        f"Peak of a process that keeps {effort.kept_connections} connections, less that of one with one connection, "
+        "for each further one, in KiB: median (least–greatest). Each has downloaded and uploaded.",
         ["server", "rounds", "KiB for each", "goal"],
     )
     for server in servers:
-        server.make_writable_folder("kept")
-        server.make_file("kept/file.bak", session_works.SMALL)
-        waiting.rows.append(_idle(server, recorder, goals, effort))
         kept.rows.append(_kept(server, recorder, goals, effort))
     return [waiting, kept, _sizes(servers[0], recorder, goals, effort)]
+
+
+def _prepare_kept(servers):
+    for server in servers:
+        server.make_writable_folder("kept")
+        server.make_file("kept/file.bak", session_works.SMALL)
 
 
 def _stall(server, recorder, goals, effort):
@@ -49,7 +53,7 @@ def _stall(server, recorder, goals, effort):
 
 
 def _idle(server, recorder, goals, effort):
-    work = Work(f"an idle kept connection, {server.name}", "keep", "kept/file.bak")
+    work = Work("an idle kept connection", "keep", "kept/file.bak")
     return _waiting_row(server, work, recorder, goals, effort)
 
 
@@ -77,8 +81,8 @@ def _kept(server, recorder, goals, effort):
 def _sizes(server, recorder, goals, effort):
     table = Table(
         "A session's memory against file size",
-        f"Peak memory in KiB: median (least–greatest), with {server.name}. Downloads are discarded; the largest files are "
-        "not uploaded, for want of room.",
+        f"Peak memory in KiB: median (least–greatest), with {server.name}. Downloads are discarded; the largest files "
+        "are not uploaded, for want of room.",
         ["file", "rounds", "download", "upload"],
     )
     medians = {"download": [], "upload": []}

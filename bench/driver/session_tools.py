@@ -9,6 +9,8 @@ LFTP = [
     "set ftp:ssl-force yes",
     "set ftp:ssl-protect-data yes",
     "set ftp:ssl-protect-list yes",
+    # Over 1.3, its uploads to vsftpd break off: it does not wait for the server to close the data connection.
+    "set ssl:priority NORMAL:-VERS-TLS1.3",
     "set net:max-retries 1",
     "set net:timeout 60",
     # It would give /dev/null the server's time, and put an older file aside.
@@ -75,7 +77,8 @@ def _lftp_environment(server):
 
 
 def _rclone_environment(server):
-    obscured = subprocess.run(["rclone", "obscure", "-"], input=server.password, capture_output=True, text=True, check=True)
+    command = ["rclone", "obscure", "-"]
+    obscured = subprocess.run(command, input=server.password, capture_output=True, text=True, check=True)
     settings = {
         "TYPE": "ftp",
         "HOST": "localhost",

@@ -6,7 +6,6 @@ from figures import Spread, per_unit
 from report import Table
 
 SUITE = "session, warm"
-CALLS = 200
 AT_MOST_MS = 1
 GOAL = "rename and size on a kept connection in less than 1 ms of CPU time"
 MILLISECONDS = "{:.2f} ({:.2f}–{:.2f})"
@@ -15,15 +14,16 @@ MILLISECONDS = "{:.2f} ({:.2f}–{:.2f})"
 def suite(servers, recorder, goals, effort):
     table = Table(
         "A further call on a kept connection",
-        f"In milliseconds of the client: a run with {CALLS + 1} calls less one with one call, for each of the {CALLS}: "
-        "median (least–greatest).",
+        f"In milliseconds of the client: a run with {effort.warm_calls + 1} calls less one with one call, for each of "
+        "the others: median (least–greatest).",
         ["server", "operation", "rounds", "wall time", "CPU time", "goal"],
     )
     for server in servers:
         for work in session_works.repeatable(server):
-            pair = {name: program(server, "session", work, calls=calls) for name, calls in (("1", 1), ("many", CALLS + 1))}
+            numbers = {"1": 1, "many": effort.warm_calls + 1}
+            pair = {name: program(server, "session", work, calls=calls) for name, calls in numbers.items()}
             runs = recorder.alternate(SUITE, f"{server.name}: {work.name}", effort.warm_rounds, pair)
-            wall, cpu = (_of_each(runs, what) for what in ("wall", "cpu"))
+            wall, cpu = (_of_each(runs, what, effort.warm_calls) for what in ("wall", "cpu"))
             verdict = "–"
             if work.operation in ("rename", "size"):
                 subject = f"{server.name}: {work.name}"
@@ -32,6 +32,7 @@ def suite(servers, recorder, goals, effort):
     return [table]
 
 
-def _of_each(runs, what):
+def _of_each(runs, what, calls):
     pairs = zip(runs["1"], runs["many"])
-    return Spread.of((1000 * per_unit(getattr(one, what), getattr(many, what), CALLS) for one, many in pairs), MILLISECONDS)
+    each = (1000 * per_unit(getattr(one, what), getattr(many, what), calls) for one, many in pairs)
+    return Spread.of(each, MILLISECONDS)

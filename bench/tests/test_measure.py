@@ -1,10 +1,10 @@
 """Where what a suite starts may run."""
 
+import dataclasses
 import os
 import subprocess
 import sys
 import unittest
-from unittest import mock
 
 import machine
 from loaded import driver
@@ -23,18 +23,36 @@ class Suite:
 
 class Measure(unittest.TestCase):
     def test_each_suite_has_its_processors(self):
-        placed = {suite.__name__: where.__name__ for suite, where in driver.SUITES.items()}
-        expected = {"beside_bare": "together", "beside_tools": "apart", "sizes": "apart", "fixed": "apart"}
-        anywhere = {"counts": "everywhere", "threads": "everywhere", "micro": "everywhere"}
-        self.assertEqual({**expected, **anywhere}, placed)
+        for part, expected in {
+            "core": {
+                "beside_bare": "together",
+                "beside_tools": "apart",
+                "sizes": "apart",
+                "fixed": "apart",
+                "counts": "everywhere",
+                "threads": "everywhere",
+                "micro": "everywhere",
+            },
+            "sessions": {
+                "session_cold": "apart",
+                "session_warm": "apart",
+                "session_folders": "everywhere",
+                "session_large": "together",
+                "session_quiet": "apart",
+            },
+        }.items():
+            suites = driver.PARTS[part].suites
+            self.assertEqual(expected, {suite.__name__: where.__name__ for suite, where in suites.items()})
 
     def test_client_and_server_run_where_the_suite_places_them(self):
         before = os.sched_getaffinity(0)
         first = {min(before)}
         self.addCleanup(os.sched_setaffinity, 0, before)
         apart, everywhere = Suite(), Suite()
-        with mock.patch.object(driver, "SUITES", {apart: machine.apart, everywhere: machine.everywhere}):
-            driver.measure(os.environ["BENCH_BUILD"], None, None)
+        part = dataclasses.replace(
+            driver.PARTS["core"], suites={apart: machine.apart, everywhere: machine.everywhere}
+        )
+        driver.measure(part, os.environ["BENCH_BUILD"], None, None)
         self.assertEqual((first, before - first or first), (apart.client, apart.server))
         self.assertEqual((before, before), (everywhere.client, everywhere.server))
 

@@ -42,13 +42,16 @@ class Report(unittest.TestCase):
         self.assertEqual("2.000 / 0.500 / 0.250, 3.0", str(Took.of(runs)))
 
     def test_what_stands_around_the_measured_part_is_kept(self):
-        document = f"above\n{report.BEGIN}\nold\n{report.END}\nbelow\n"
-        once = report.put_between_marks(document, "new\n")
-        self.assertEqual(f"above\n{report.BEGIN}\n\nnew\n\n{report.END}\nbelow\n", once)
-        self.assertEqual(once, report.put_between_marks(once, "new"))
+        begin, end = report.marks("core")
+        document = f"above\n{begin}\nold\n{end}\nbelow\n"
+        once = report.put_between_marks(document, "new\n", "core")
+        self.assertEqual(f"above\n{begin}\n\nnew\n\n{end}\nbelow\n", once)
+        self.assertEqual(once, report.put_between_marks(once, "new", "core"))
 
     def test_a_document_without_marks_is_left_alone(self):
-        self.assertRaises(ValueError, report.put_between_marks, "above\n", "new")
+        other = "\n".join(report.marks("sessions"))
+        for document in ("above\n", other):
+            self.assertRaises(ValueError, report.put_between_marks, document, "new", "core")
 
 
 if __name__ == "__main__":

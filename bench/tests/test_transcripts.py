@@ -47,5 +47,48 @@ class Transcripts(unittest.TestCase):
         self.compare("delete", "folder/", remote="backup-000000.bak")
 
 
+class ExplicitServer(serving.Server):
+    """As sessions are measured: TLS on demand, and nothing without it."""
+
+    def _command(self):
+        words = ["explicit" if word == "implicit" else word for word in super()._command()]
+        return [*words, "--require-tls"]
+
+    def url(self, path):
+        return f"ftp://localhost:{self.port}/{path}"
+
+
+class SessionTranscripts(unittest.TestCase):
+    def session_of(self, program, operation, path, local):
+        with ExplicitServer(BUILD, keep_transcript=True) as server:
+            server.make_file("file.bak", 300001)
+            local = str(server.make_file("source.bak", 300001)) if local == "SOURCE" else local
+            command = [f"{BUILD}/bench/{program}", operation, server.url(path), local, "-"]
+            done = subprocess.run(command, env=server.environment(), capture_output=True, check=False)
+            self.assertEqual(0, done.returncode, f"{program} {operation}: {done.stderr}")
+            if operation == "upload":
+                self.assertEqual(bytes(300001), (server.served / path).read_bytes())
+            return server.sessions()[0]
+
+    def test_the_plain_program_downloads_as_a_session_does(self):
+        session = self.session_of("bench-session", "download", "file.bak", "/dev/null")
+        self.assertIn("= 300001 bytes sent", session)
+        self.assertEqual(session, self.session_of("bench-plain", "download", "file.bak", "/dev/null"))
+
+    def test_the_plain_program_uploads_as_a_session_does_but_to_the_place_itself(self):
+        session = self.session_of("bench-session", "upload", "sent.bak", "SOURCE")
+        temporary = next(line.partition(" RNFR ")[2] for line in session if " RNFR " in line)
+        places = [line.replace(temporary, "sent.bak") for line in session]
+        extra = places.index("> SIZE sent.bak")
+        self.assertEqual(["> SIZE sent.bak", "> RNFR sent.bak", "> RNTO sent.bak"], places[extra : extra + 6 : 2])
+        plain = self.session_of("bench-plain", "upload", "sent.bak", "SOURCE")
+        self.assertIn("= 300001 bytes received", plain)
+        self.assertEqual(places[:extra] + places[extra + 6 :], plain)
+
+    def test_openssl_alone_moves_the_same_bytes(self):
+        self.assertIn("= 300001 bytes sent", self.session_of("bench-openssl", "download", "file.bak", "/dev/null"))
+        self.assertIn("= 300001 bytes received", self.session_of("bench-openssl", "upload", "sent.bak", "SOURCE"))
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -2,7 +2,6 @@
 
 #include "call/Failure.h"
 #include "call/SetOption.h"
-#include "request/Certificates.h"
 #include "request/Digest.h"
 
 #include <ConfigReader.h>

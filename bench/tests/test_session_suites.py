@@ -1,0 +1,76 @@
+"""The suites that measure sessions, from end to end, with the least that there can be: what they need is there, and
+their rows are complete. As root, with Debian's daemons."""
+
+import contextlib
+import os
+import unittest
+from types import SimpleNamespace
+
+import daemons
+import measuring
+import session_cold
+import session_folders
+import session_large
+import session_quiet
+import session_warm
+from figures import Goals
+from works import MIB
+
+BUILD = os.environ["BENCH_BUILD"]
+EFFORT = SimpleNamespace(
+    cold_rounds=1,
+    warm_rounds=1,
+    warm_calls=3,
+    folder_files=5,
+    folder_rounds=2,
+    large_size=MIB,
+    large_rounds=1,
+    quiet_rounds=1,
+    wait_seconds=1,
+    kept_connections=3,
+    session_sizes=[MIB, 2 * MIB],
+)
+
+
+class Suites(unittest.TestCase):
+    def setUp(self):
+        stack = self.enterContext(contextlib.ExitStack())
+        self.servers = [stack.enter_context(daemons.Daemon(BUILD, name)) for name in daemons.NAMES]
+        self.recorder = measuring.Recorder(self.servers[0].build, lambda text: None)
+        self.goals = Goals()
+
+    def rows(self, suite, columns=2):
+        tables = suite.suite(self.servers, self.recorder, self.goals, EFFORT)
+        for table in tables:
+            for row in table.rows:
+                self.assertEqual(len(table.head), len(row), table.title)
+        return [[tuple(row[:columns]) for row in table.rows] for table in tables]
+
+    def on_both(self, names):
+        return [(server, name) for server in daemons.NAMES for name in names]
+
+    def test_cold(self):
+        names = ["test", "rename", "delete", "list 100 names", "download 20 kB", "upload 20 kB"]
+        self.assertEqual([self.on_both(names)], self.rows(session_cold))
+
+    def test_warm(self):
+        names = ["rename", "size", "list 100 names", "download 20 kB", "upload 20 kB"]
+        self.assertEqual([self.on_both(names)], self.rows(session_warm))
+
+    def test_folders(self):
+        ways = ["upload", "download", "both ways"]
+        expected = [(server, way, number) for server in daemons.NAMES for number in (1, 4) for way in ways]
+        self.assertEqual([expected], self.rows(session_folders, columns=3))
+
+    def test_large(self):
+        self.assertEqual([self.on_both(["upload", "download"])], self.rows(session_large))
+
+    def test_quiet(self):
+        waiting, kept, sizes = self.rows(session_quiet, columns=1)
+        self.assertEqual([("a stalled download",), ("an idle kept connection",)], waiting)
+        self.assertEqual([("vsftpd",), ("ProFTPD",)], kept)
+        self.assertEqual([("1 MiB",), ("2 MiB",)], sizes)
+
+
+if __name__ == "__main__":
+    unittest.main()
