@@ -1,23 +1,12 @@
 #include "SFtpSession.h"
 
-#include "Access.h"
-#include "Call.h"
-#include "Failure.h"
-#include "LocalFiles.h"
-#include "Operations.h"
-#include "OptionsCheck.h"
-#include "Pool.h"
-#include "StopSwitch.h"
-#include "Text.h"
-#include "ThreadState.h"
-
-#include <LogProxy.h>
-#include <transfer/WipeString.h>
+#include "Engine.h"
+#include "call/Failure.h"
+#include "files/LocalFiles.h"
+#include "operation/Operations.h"
 
 #include <istream>
-#include <mutex>
 #include <ostream>
-#include <set>
 #include <utility>
 
 using namespace session;
@@ -33,17 +22,6 @@ std::int64_t sizeLimitOf(const std::string& localPath)
     return localPath.substr(localPath.rfind('/') + 1) == "RetentionDB.db" ? kRetentionDatabaseLimit : kFileLimit;
 }
 
-/// Levels of a record, as the library's.
-constexpr int kLogEnd = 2;
-constexpr int kLogFailure = 4;
-
-/// Writes one record of the calling thread's request; like the library's, its text begins with a 0.
-void record(int level, const char* function, unsigned int line, const std::string& text)
-{
-    LogProxy(level, "SFtpSession", TSP_RequestID.get(), std::string("SFtpSession::") + function + "()", line)
-        << 0 << text;
-}
-
 void requireFunction(const char* name, bool isThere)
 {
     if (!isThere) {
@@ -51,149 +29,12 @@ void requireFunction(const char* name, bool isThere)
     }
 }
 
-/// The options, whose secrets do not stay in memory that is given back.
-struct Options : SessionOptions
-{
-    explicit Options(SessionOptions&& options) : SessionOptions(std::move(options)) {}
-    ~Options()
-    {
-        sftpWipeString(clientKey);
-        sftpWipeString(proxy);
-    }
-    Options(const Options&) = delete;
-    Options& operator=(const Options&) = delete;
-};
-
-/// Servers of which something is known, for all threads.
-class ServerSet
-{
-public:
-    void add(const std::string& server)
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_servers.insert(server);
-    }
-
-    bool holds(const std::string& server) const
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        return m_servers.count(server) > 0;
-    }
-
-private:
-    mutable std::mutex m_mutex;
-    std::set<std::string> m_servers;
-};
-
-// What becomes of a connection that had been kept and was found dead: the server has carried nothing out.
-bool diedWhileKept(const Connection& connection, const Call& call, CURLcode code)
-{
-    const bool lost = code == CURLE_RECV_ERROR || code == CURLE_SEND_ERROR || code == CURLE_GOT_NOTHING ||
-                      code == CURLE_OPERATION_TIMEDOUT || code == CURLE_FTP_WEIRD_SERVER_REPLY;
-    const std::size_t heard = connection.replies().lines().size();
-    return lost && (heard == 0 || (heard == 1 && connection.replies().lastCode() == 421)) && !call.hasMoved() &&
-           call.verdict() == CURLE_OK;
-}
-
 } // namespace
 
-class SFtpSession::Engine
+class SFtpSession::Engine : public session::Engine
 {
 public:
-    explicit Engine(SessionOptions&& options)
-        : m_options(std::move(options)), m_pool(m_options.maxConnections, m_options.idleTimeout, m_stop)
-    {
-        checkOptions(m_options);
-    }
-
-    // Closing connections is libcurl's and OpenSSL's work as well.
-    ~Engine()
-    {
-        try {
-            const ThreadState left;
-            m_pool.clear();
-        } catch (const std::bad_alloc&) { // they are closed all the same
-        }
-    }
-    Engine(const Engine&) = delete;
-    Engine& operator=(const Engine&) = delete;
-
-    /// Runs one operation over a connection of its own, and makes a result and a record of its end.
-    template <typename Operation>
-    int call(const char* function, const SFtpRequest& request, std::string& errorText, const Operation& operation)
-    {
-        const ThreadState left;
-        try {
-            run(request, operation);
-        } catch (const Failure& failure) {
-            errorText = failure.what();
-            record(kLogFailure, function, __LINE__,
-                   shownUrl(request) + ": " + std::to_string(failure.code()) + " " + failure.what());
-            return failure.code();
-        } catch (...) {
-            record(kLogFailure, function, __LINE__, shownUrl(request) + ": ended by an exception");
-            throw;
-        }
-        record(kLogEnd, function, __LINE__, shownUrl(request) + ": end");
-        return 0;
-    }
-
-    StopSwitch& stop() { return m_stop; }
-
-private:
-    template <typename Operation>
-    void run(const SFtpRequest& request, const Operation& operation)
-    {
-        Access access(request, m_options);
-        Call call(m_options, m_stop);
-        if (const CURLcode verdict = call.verdict()) {
-            throw refusal(verdict, call.reason());
-        }
-        if (!tryToRun(access, call, operation, false)) {
-            tryToRun(access, call, operation, true);
-        }
-    }
-
-    // False where the operation may be tried once more, with a fresh connection.
-    template <typename Operation>
-    bool tryToRun(Access& access, Call& call, const Operation& operation, bool fresh)
-    {
-        const std::unique_ptr<Pool::Lease> lease = m_pool.take(access.identity(), call, fresh);
-        Connection& connection = lease->connection();
-        connection.newestTls = m_newestTlsOnly.holds(access.identity().server);
-        const bool kept = connection.isOpen();
-        try {
-            try {
-                operation(Work{connection, access, call});
-            } catch (const Failure& failure) {
-                if (connection.newestTls || !refusesTls12(connection, failure)) {
-                    throw;
-                }
-                m_newestTlsOnly.add(access.identity().server);
-                connection.newestTls = true;
-                operation(Work{connection, access, call});
-            }
-            return true;
-        } catch (const Failure& failure) {
-            if (kept && !fresh && diedWhileKept(connection, call, failure.code())) {
-                connection.giveUp();
-                return false;
-            }
-            throw;
-        }
-    }
-
-    // A server that has nothing but TLS 1.3: nothing has been said to it but that.
-    static bool refusesTls12(const Connection& connection, const Failure& failure)
-    {
-        return failure.code() == CURLE_SSL_CONNECT_ERROR &&
-               connection.detail().find("protocol version") != std::string::npos;
-    }
-
-    const Options m_options;
-    ServerSet m_newestTlsOnly; // they refused TLS 1.2
-    StopSwitch m_stop;
-    Pool m_pool;
+    using session::Engine::Engine;
 };
 
 SFtpSession::SFtpSession(SessionOptions options) : m_engine(std::make_unique<Engine>(std::move(options))) {}

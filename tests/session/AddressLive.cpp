@@ -105,6 +105,38 @@ TEST_F(SessionAddress, ACodedSlashIsOne)
     EXPECT_EQ(CURLE_URL_MALFORMAT, session.UploadFileToSFtpServer(request, errorText)) << "it is a directory's";
 }
 
+TEST_F(SessionAddress, WhatIsNoFileOrCertificateIsNamedAndNothingIsSent)
+{
+    serve();
+    SessionOptions resuming;
+    resuming.resume = true;
+    for (const bool resumes : {false, true}) {
+        SFtpSession session(resumes ? resuming : SessionOptions());
+        for (const std::string& path : {local(""), std::string(), local("no/such"), local("new") + "/"}) {
+            SCOPED_TRACE(path);
+            aimAt("/a.bak");
+            request.localPath = path;
+            EXPECT_EQ(CURLE_READ_ERROR, session.UploadFileToSFtpServer(request, errorText));
+            EXPECT_NE(std::string::npos, errorText.find("localPath " + path)) << errorText;
+            if (!resumes || path != local("no/such")) {
+                EXPECT_EQ(CURLE_WRITE_ERROR, session.DownLoadSFtpFile(request, errorText));
+                EXPECT_NE(std::string::npos, errorText.find("localPath " + path)) << errorText;
+            }
+            aimAt("/");
+            EXPECT_EQ(CURLE_WRITE_ERROR, session.Listsftpdir(request, errorText));
+            EXPECT_NE(std::string::npos, errorText.find("localPath " + path)) << errorText;
+        }
+        const std::string right = request.caCert;
+        for (const char* const wrong : {"no certificate", "none", "-----BEGIN CERTIFICATE-----\nAAAA\n"}) {
+            request.caCert = wrong;
+            EXPECT_EQ(CURLE_SSL_CACERT_BADFILE, session.TestSConnect(request, errorText));
+            EXPECT_NE(std::string::npos, errorText.find("caCert")) << errorText;
+        }
+        request.caCert = right;
+    }
+    EXPECT_TRUE(sessions().empty());
+}
+
 TEST_F(SessionAddress, ALoginInTheUrlIsNotWrittenDown)
 {
     serve();

@@ -104,6 +104,15 @@ TEST(LineSplitter, MakesLinesOfPieces)
     EXPECT_EQ("[ab][c][][de\rf]", lines);
 }
 
+TEST(LineSplitter, RefusesALineWithoutEnd)
+{
+    LineSplitter splitter([](std::string_view) {});
+    const DataSink sink = splitter.sink();
+    const std::string much(1024 * 1024, 'x');
+    sink(much.data(), much.size());
+    EXPECT_THROW(sink("x", 1), Failure);
+}
+
 TEST(Text, IsShownWithoutSecretsAndControlBytes)
 {
     EXPECT_EQ("a ****\\x0D\\x0A\\x1B\\x7F****", shown("a secret\r\n\x1b\x7fsecret", "secret"));

@@ -1,0 +1,128 @@
+#include "Engine.h"
+
+#include "call/Call.h"
+#include "call/ThreadState.h"
+#include "request/Access.h"
+#include "request/Text.h"
+
+#include <LogProxy.h>
+
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace session {
+
+namespace {
+
+/// Levels of a record, as the library's.
+constexpr int kLogEnd = 2;
+constexpr int kLogFailure = 4;
+
+/// Writes one record of the calling thread's request; like the library's, its text begins with a 0.
+void record(int level, const char* function, unsigned int line, const std::string& text)
+{
+    LogProxy(level, "SFtpSession", TSP_RequestID.get(), std::string("SFtpSession::") + function + "()", line)
+        << 0 << text;
+}
+
+// What becomes of a connection that had been kept and was found dead: the server has carried nothing out.
+bool diedWhileKept(const Connection& connection, const Call& call, CURLcode code)
+{
+    const bool lost = code == CURLE_RECV_ERROR || code == CURLE_SEND_ERROR || code == CURLE_GOT_NOTHING ||
+                      code == CURLE_OPERATION_TIMEDOUT || code == CURLE_FTP_WEIRD_SERVER_REPLY;
+    const std::size_t heard = connection.replies().lines().size();
+    return lost && (heard == 0 || (heard == 1 && connection.replies().lastCode() == 421)) && !call.hasMoved() &&
+           call.verdict() == CURLE_OK;
+}
+
+// A server that has nothing but TLS 1.3: nothing has been said to it but that.
+bool refusesTls12(const Connection& connection, const Failure& failure)
+{
+    return failure.code() == CURLE_SSL_CONNECT_ERROR &&
+           connection.detail().find("protocol version") != std::string::npos;
+}
+
+} // namespace
+
+Engine::Engine(SessionOptions&& options)
+    : m_options(std::move(options)), m_pool(m_options.maxConnections, m_options.idleTimeout, m_stop)
+{
+    checkOptions(m_options);
+}
+
+// Closing connections is libcurl's and OpenSSL's work as well.
+Engine::~Engine()
+{
+    try {
+        const ThreadState left;
+        m_pool.clear();
+    } catch (const std::bad_alloc&) { // they are closed all the same
+    }
+}
+
+int Engine::call(const char* function, const SFtpRequest& request, std::string& errorText, const Operation& operation)
+{
+    const ThreadState left;
+    try {
+        run(request, operation);
+    } catch (const Failure& failure) {
+        errorText = failure.what();
+        record(kLogFailure, function, __LINE__,
+               shownUrl(request) + ": " + std::to_string(failure.code()) + " " + failure.what());
+        return failure.code();
+    } catch (...) {
+        record(kLogFailure, function, __LINE__, shownUrl(request) + ": ended by an exception");
+        throw;
+    }
+    record(kLogEnd, function, __LINE__, shownUrl(request) + ": end");
+    return 0;
+}
+
+void Engine::run(const SFtpRequest& request, const Operation& operation)
+{
+    Access access(request, m_options);
+    Call call(m_options, m_stop);
+    if (const CURLcode verdict = call.verdict()) {
+        throw refusal(verdict, call.reason());
+    }
+    if (!tryToRun(access, call, operation, false)) {
+        tryToRun(access, call, operation, true);
+    }
+}
+
+// False where the operation may be tried once more, with a fresh connection.
+bool Engine::tryToRun(Access& access, Call& call, const Operation& operation, bool fresh)
+{
+    const std::unique_ptr<Pool::Lease> lease = m_pool.take(access.identity(), call, fresh);
+    Connection& connection = lease->connection();
+    const bool kept = connection.isOpen();
+    try {
+        runWithSomeTls({connection, access, call}, operation);
+        return true;
+    } catch (const Failure& failure) {
+        if (kept && !fresh && diedWhileKept(connection, call, failure.code())) {
+            connection.giveUp();
+            return false;
+        }
+        throw;
+    }
+}
+
+void Engine::runWithSomeTls(const Work& work, const Operation& operation)
+{
+    const std::string& server = work.access.identity().server;
+    work.connection.newestTls = m_newestTlsOnly.holds(server);
+    try {
+        operation(work);
+    } catch (const Failure& failure) {
+        if (work.connection.newestTls || !refusesTls12(work.connection, failure)) {
+            throw;
+        }
+        m_newestTlsOnly.add(server);
+        work.connection.newestTls = true;
+        operation(work);
+    }
+}
+
+} // namespace session

@@ -1,0 +1,161 @@
+#include "connection/Connection.h"
+
+#include "call/SetOption.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <new>
+
+namespace session {
+
+namespace {
+
+/// How long to wait before libcurl is asked again, in milliseconds. libcurl 7.88 does not name every socket that it
+/// waits for: while a data connection is made, it must be asked often; where nothing happens for long, seldom. So what
+/// is waited for is noticed late by an eighth of its time at most.
+int patience(Call::Clock::duration idle)
+{
+    constexpr std::chrono::milliseconds::rep kShortest = 1;
+    constexpr std::chrono::milliseconds::rep kLongest = 100;
+    const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(idle).count();
+    return static_cast<int>(std::clamp(waited / 8, kShortest, kLongest));
+}
+
+} // namespace
+
+Connection::Connection(StopSwitch& stop)
+    : m_stop(stop), m_easy(curl_easy_init(), curl_easy_cleanup), m_multi(curl_multi_init(), curl_multi_cleanup)
+{
+    if (!m_easy || !m_multi) {
+        throw std::bad_alloc();
+    }
+    curl_multi_setopt(m_multi.get(), CURLMOPT_MAXCONNECTS, 1L);
+}
+
+// libcurl would wait for the reply to its QUIT: what can still be sent, but not read, is sent and not waited for.
+Connection::~Connection()
+{
+    shutAll(m_usable ? SHUT_RD : SHUT_RDWR);
+    m_multi.reset();
+    m_easy.reset();
+}
+
+void Connection::shutAll(int how) const
+{
+    for (const Socket& each : m_sockets) {
+        shutdown(each.number, how);
+    }
+}
+
+void Connection::cut()
+{
+    giveUp();
+    shutAll(SHUT_RDWR);
+}
+
+CURL* Connection::renew()
+{
+    CURL* const handle = m_easy.get();
+    curl_easy_reset(handle);
+    m_replies = {};
+    m_detail = {};
+    set(handle, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+    set(handle, CURLOPT_OPENSOCKETDATA, this);
+    set(handle, CURLOPT_CLOSESOCKETFUNCTION, closeSocket);
+    set(handle, CURLOPT_CLOSESOCKETDATA, this);
+    set(handle, CURLOPT_ERRORBUFFER, m_detail.data());
+    set(handle, CURLOPT_NOSIGNAL, 1L);
+    // A name that is being looked up is not waited for when the call ends; a libcurl before 7.87 waits.
+    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
+    set(handle, CURLOPT_TCP_KEEPALIVE, 1L);
+    return handle;
+}
+
+void Connection::reachSockets()
+{
+    for (Socket& each : m_sockets) {
+        each.reach = std::make_unique<StopSwitch::Reach>(m_stop, each.number);
+    }
+}
+
+CURLcode Connection::run(Call& call)
+{
+    m_call = &call;
+    reachSockets();
+    if (curl_multi_add_handle(m_multi.get(), m_easy.get()) != CURLM_OK) {
+        throw std::bad_alloc();
+    }
+    const CURLcode result = drive(call);
+    const CURLcode verdict = call.verdict();
+    if (verdict != CURLE_OK) {
+        cut();
+    }
+    curl_multi_remove_handle(m_multi.get(), m_easy.get());
+    for (Socket& each : m_sockets) {
+        each.reach.reset();
+    }
+    lastUsed = std::chrono::steady_clock::now();
+    // Whatever libcurl made of a socket that was shut down under it.
+    return result != CURLE_OK && verdict != CURLE_OK ? verdict : result;
+}
+
+CURLcode Connection::drive(Call& call)
+{
+    call.await(Call::Awaited::Nothing);
+    for (;;) {
+        int running = 0;
+        if (curl_multi_perform(m_multi.get(), &running) != CURLM_OK) {
+            return CURLE_FAILED_INIT;
+        }
+        if (running == 0) {
+            return resultOfTransfer();
+        }
+        if (const CURLcode verdict = call.verdict()) {
+            return verdict;
+        }
+        curl_waitfd stop = {m_stop.descriptor(), CURL_WAIT_POLLIN, 0};
+        int ready = 0;
+        curl_multi_poll(m_multi.get(), &stop, 1, patience(Call::Clock::now() - call.lastSign()), &ready);
+    }
+}
+
+CURLcode Connection::resultOfTransfer() const
+{
+    int left = 0;
+    while (const CURLMsg* const message = curl_multi_info_read(m_multi.get(), &left)) {
+        if (message->msg == CURLMSG_DONE) {
+            return message->data.result;
+        }
+    }
+    return CURLE_FAILED_INIT;
+}
+
+curl_socket_t Connection::openSocket(void* self, curlsocktype /*purpose*/, curl_sockaddr* address) noexcept
+{
+    auto& connection = *static_cast<Connection*>(self);
+    const int number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    if (number < 0) {
+        return CURL_SOCKET_BAD;
+    }
+    try {
+        connection.m_sockets.push_back({number, std::make_unique<StopSwitch::Reach>(connection.m_stop, number)});
+        return number;
+    } catch (...) {
+        connection.m_call->keepException();
+        close(number);
+        return CURL_SOCKET_BAD;
+    }
+}
+
+int Connection::closeSocket(void* self, curl_socket_t socket) noexcept
+{
+    auto& sockets = static_cast<Connection*>(self)->m_sockets;
+    sockets.erase(
+        std::remove_if(sockets.begin(), sockets.end(), [socket](const Socket& each) { return each.number == socket; }),
+        sockets.end());
+    return close(socket);
+}
+
+} // namespace session

@@ -1,0 +1,137 @@
+#include "connection/Pool.h"
+
+#include "call/Failure.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace session {
+
+namespace {
+
+// A signal handler can wake nobody who waits for a condition: those who wait look for themselves.
+constexpr std::chrono::milliseconds kLook(20);
+
+} // namespace
+
+Pool::Lease::Lease(Pool& pool, const Identity& identity, std::unique_ptr<Connection> connection)
+    : m_pool(pool), m_identity(identity), m_connection(std::move(connection))
+{
+}
+
+Pool::Lease::~Lease() { m_pool.giveBack(m_identity, std::move(m_connection)); }
+
+// Connections are closed outside of the lock: a QUIT is sent.
+std::unique_ptr<Pool::Lease> Pool::take(const Identity& identity, const Call& call, bool fresh)
+{
+    Connections closing;
+    std::unique_lock<std::mutex> lock(m_mutex);
+    closing = takeOverdue();
+    for (;;) {
+        std::unique_ptr<Connection> connection = takeIdle(identity, fresh, closing);
+        if (connection || m_counts[identity.server] < m_most || makeRoom(identity.server, closing)) {
+            if (!connection) {
+                ++m_counts[identity.server];
+            }
+            lock.unlock();
+            closing.clear();
+            try {
+                if (!connection) {
+                    connection = std::make_unique<Connection>(m_stop);
+                }
+                return std::make_unique<Lease>(*this, identity, std::move(connection));
+            } catch (...) {
+                giveBack(identity, nullptr);
+                throw;
+            }
+        }
+        if (!closing.empty()) {
+            // The server counts them as long as they are open.
+            lock.unlock();
+            closing.clear();
+            lock.lock();
+            continue;
+        }
+        m_returned.wait_for(lock, kLook);
+        if (const CURLcode verdict = call.verdict()) {
+            throw refusal(verdict, call.reason() + " while all connections to the server were in use");
+        }
+    }
+}
+
+Pool::Connections Pool::takeOverdue()
+{
+    const auto now = std::chrono::steady_clock::now();
+    Connections overdue;
+    for (auto each = m_idle.begin(); each != m_idle.end();) {
+        const auto next = std::next(each);
+        if (now - each->connection->lastUsed >= m_idleTimeout) {
+            countDown(each->identity.server);
+            overdue.splice(overdue.end(), m_idle, each);
+        }
+        each = next;
+    }
+    return overdue;
+}
+
+std::unique_ptr<Connection> Pool::takeIdle(const Identity& identity, bool fresh, Connections& closing)
+{
+    for (auto each = m_idle.begin(); each != m_idle.end(); ++each) {
+        if (each->identity.digest != identity.digest) {
+            continue;
+        }
+        if (fresh) {
+            // One that was kept is suspected to be dead, and then so are those that are older.
+            countDown(identity.server);
+            closing.splice(closing.end(), m_idle, each);
+            return nullptr;
+        }
+        std::unique_ptr<Connection> connection = std::move(each->connection);
+        m_idle.erase(each);
+        return connection;
+    }
+    return nullptr;
+}
+
+// Another login's idle connection gives way.
+bool Pool::makeRoom(const std::string& server, Connections& closing)
+{
+    const auto oldest = std::find_if(m_idle.rbegin(), m_idle.rend(),
+                                     [&server](const Idle& each) { return each.identity.server == server; });
+    if (oldest == m_idle.rend()) {
+        return false;
+    }
+    closing.splice(closing.end(), m_idle, std::prev(oldest.base()));
+    countDown(server);
+    return true;
+}
+
+void Pool::giveBack(const Identity& identity, std::unique_ptr<Connection> connection)
+{
+    const bool keeps = connection && connection->isUsable() && m_idleTimeout.count() > 0;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (keeps) {
+            try {
+                m_idle.push_front({identity, nullptr});
+                m_idle.front().connection = std::move(connection);
+            } catch (const std::bad_alloc&) {
+                countDown(identity.server);
+            }
+        } else {
+            countDown(identity.server);
+        }
+    }
+    // Of those who wait, some wait for another server.
+    m_returned.notify_all();
+}
+
+void Pool::countDown(const std::string& server)
+{
+    const auto count = m_counts.find(server);
+    if (--count->second == 0) {
+        m_counts.erase(count);
+    }
+}
+
+} // namespace session

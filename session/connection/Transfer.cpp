@@ -1,0 +1,291 @@
+#include "connection/Transfer.h"
+
+#include "call/SetOption.h"
+#include "request/Text.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace session {
+
+namespace {
+
+// libcurl took a reply for that to another command, and keeps the connection: the next one would get a late reply, too.
+bool isOutOfStep(CURLcode code)
+{
+    return code == CURLE_FTP_WEIRD_PASV_REPLY || code == CURLE_FTP_WEIRD_227_FORMAT ||
+           code == CURLE_FTP_CANT_GET_HOST || code == CURLE_WEIRD_SERVER_REPLY;
+}
+
+// libcurl reports a refused directory in a way that hosts know as a missing file.
+CURLcode asReported(CURLcode code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
+
+} // namespace
+
+std::string sizesDiffer(std::int64_t there, std::int64_t sent)
+{
+    return "the server has " + std::to_string(there) + " of the " + std::to_string(sent) + " bytes that were sent";
+}
+
+Transfer::Transfer(Connection& connection, Access& access, Call& call)
+    : m_connection(connection), m_access(access), m_call(call), m_handle(connection.renew()),
+      m_after(nullptr, curl_slist_free_all)
+{
+    access.applyTo(m_handle, call, connection.newestTls);
+    set(m_handle, CURLOPT_NOPROGRESS, 0L);
+    set(m_handle, CURLOPT_XFERINFOFUNCTION, progress);
+    set(m_handle, CURLOPT_XFERINFODATA, this);
+    set(m_handle, CURLOPT_HEADERFUNCTION, hear);
+    set(m_handle, CURLOPT_HEADERDATA, this);
+    set(m_handle, CURLOPT_PREREQFUNCTION, begin);
+    set(m_handle, CURLOPT_PREREQDATA, this);
+    set(m_handle, CURLOPT_WRITEFUNCTION, write);
+    set(m_handle, CURLOPT_WRITEDATA, this);
+}
+
+void Transfer::visit(const std::string& url) { set(m_handle, CURLOPT_URL, url.c_str()); }
+
+void Transfer::withoutData() { set(m_handle, CURLOPT_NOBODY, 1L); }
+
+void Transfer::after(const std::vector<std::string>& commands)
+{
+    for (const std::string& command : commands) {
+        curl_slist* const longer = curl_slist_append(m_after.get(), command.c_str());
+        if (longer == nullptr) {
+            throw std::bad_alloc();
+        }
+        static_cast<void>(m_after.release());
+        m_after.reset(longer);
+    }
+    set(m_handle, CURLOPT_POSTQUOTE, m_after.get());
+}
+
+void Transfer::receive(const DataSink& sink) { m_sink = sink; }
+
+void Transfer::send(const DataSource& source, std::int64_t size)
+{
+    m_source = source;
+    m_sizeToSend = size;
+    set(m_handle, CURLOPT_UPLOAD, 1L);
+    set(m_handle, CURLOPT_READFUNCTION, read);
+    set(m_handle, CURLOPT_READDATA, this);
+    set(m_handle, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
+}
+
+// libcurl finds the place itself, by the function for that; else it would append the file's beginning.
+void Transfer::send(const LeavingFile& file, std::int64_t offset)
+{
+    file.seek(offset);
+    send([&file](char* bytes, std::size_t count) { return file.read(bytes, count); }, file.size());
+    m_sent = offset;
+    set(m_handle, CURLOPT_SEEKFUNCTION, seek);
+    set(m_handle, CURLOPT_SEEKDATA, static_cast<const void*>(&file));
+    receiveFrom(offset);
+}
+
+void Transfer::receiveFrom(std::int64_t offset)
+{
+    set(m_handle, CURLOPT_RESUME_FROM_LARGE, static_cast<curl_off_t>(offset));
+}
+
+void Transfer::run()
+{
+    if (const CURLcode code = tryToRun()) {
+        throw failure(code);
+    }
+}
+
+CURLcode Transfer::tryToRun()
+{
+    const CURLcode code = m_connection.run(m_call);
+    // What was waited for is over with the transfer; what is said about it is not.
+    m_reason = m_call.verdict() == CURLE_OK ? "" : m_call.reason();
+    m_call.await(Call::Awaited::Nothing);
+    if (isOutOfStep(code)) {
+        m_connection.cut();
+    }
+    if (m_call.hasThrown()) {
+        m_connection.giveUp();
+        m_call.rethrow();
+    }
+    return m_foundCode != CURLE_OK ? m_foundCode : code;
+}
+
+Failure Transfer::failure(CURLcode code) const
+{
+    std::string text = curl_easy_strerror(code);
+    const auto add = [&text](const std::string& more) {
+        if (!more.empty() && more != text) {
+            text += ": " + more;
+        }
+    };
+    if (!m_found.empty()) {
+        add(m_found);
+    } else if (!m_access.hostKeyRefusal().empty()) {
+        add(m_access.hostKeyRefusal());
+    } else if (!m_reason.empty()) {
+        add(m_reason);
+    } else {
+        add(shown(m_connection.detail(), m_access.request().password));
+    }
+    const std::string& reply = m_connection.replies().last();
+    if (!reply.empty()) {
+        text += " (the server's last reply: " + shown(reply, m_access.request().password) + ")";
+    }
+    return {asReported(code), text};
+}
+
+size_t Transfer::write(char* bytes, size_t /*one*/, size_t count, void* self) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    try {
+        return transfer.take(bytes, count);
+    } catch (...) {
+        transfer.m_call.keepException();
+        return 0;
+    }
+}
+
+size_t Transfer::take(const char* bytes, size_t count)
+{
+    if (!m_sink) {
+        return count; // the contents of what is only visited
+    }
+    if (!m_sink(bytes, count)) {
+        if (m_found.empty()) {
+            m_found = "the receiver of the bytes refused them";
+        }
+        return 0;
+    }
+    m_call.moved(count);
+    return count;
+}
+
+size_t Transfer::read(char* bytes, size_t /*one*/, size_t count, void* self) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    try {
+        return transfer.give(bytes, count);
+    } catch (...) {
+        transfer.m_call.keepException();
+        return CURL_READFUNC_ABORT;
+    }
+}
+
+// libcurl asks no more when it has as many bytes as were announced: whether there are more must be looked for.
+size_t Transfer::give(char* bytes, size_t count)
+{
+    m_hasAsked = true;
+    m_call.moved(0); // the source's bytes cannot be had again
+    const size_t given = m_source(bytes, count);
+    m_sent += static_cast<std::int64_t>(given);
+    requireAnnounced(given == 0);
+    m_call.moved(given);
+    if (m_sent == m_sizeToSend && given > 0) {
+        char further = 0;
+        m_sent += static_cast<std::int64_t>(m_source(&further, 1));
+        requireAnnounced(true);
+    }
+    if (given == 0 || m_sent == m_sizeToSend) {
+        m_call.finishing();
+    }
+    return given;
+}
+
+void Transfer::requireAnnounced(bool isEnd)
+{
+    const std::string announced = std::to_string(m_sizeToSend) + " bytes that were announced";
+    if (m_sizeToSend >= 0 && m_sent > m_sizeToSend) {
+        throw refusal(CURLE_READ_ERROR, "the source has more than the " + announced);
+    }
+    if (m_sizeToSend >= 0 && m_sent < m_sizeToSend && isEnd) {
+        throw refusal(CURLE_READ_ERROR, "the source has only " + std::to_string(m_sent) + " of the " + announced);
+    }
+}
+
+size_t Transfer::hear(char* bytes, size_t one, size_t count, void* self) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    try {
+        transfer.m_call.sawSign();
+        if (transfer.m_connection.hear({bytes, one * count})) {
+            transfer.judgeReply();
+        }
+        return transfer.m_foundCode == CURLE_OK ? count : 0;
+    } catch (...) {
+        transfer.m_call.keepException();
+        return 0;
+    }
+}
+
+void Transfer::judgeReply()
+{
+    const int code = replies().lastCode();
+    if (m_call.awaited() != Call::Awaited::Nothing) {
+        m_call.await(Replies::opensData(code) ? Call::Awaited::Bytes : Call::Awaited::Reply);
+    }
+    if (m_comparesSize && m_isStored) {
+        m_comparesSize = false;
+        judgeSize();
+    }
+    m_isStored = m_isStored || ((code == 226 || code == 250) && replies().openData());
+}
+
+// A server may lack the command; what is no number otherwise is no proof.
+void Transfer::judgeSize()
+{
+    const int code = replies().lastCode();
+    const long long there = sizeInReply(replies().last());
+    if (code == 500 || code == 502 || there == m_sent) {
+        return;
+    }
+    m_foundCode = CURLE_PARTIAL_FILE;
+    m_found = there < 0 ? "the server does not report the size of what was sent" : sizesDiffer(there, m_sent);
+}
+
+int Transfer::seek(void* file, curl_off_t offset, int origin) noexcept
+try {
+    static_cast<const LeavingFile*>(file)->seek(offset);
+    return origin == SEEK_SET ? CURL_SEEKFUNC_OK : CURL_SEEKFUNC_FAIL;
+} catch (const std::exception&) {
+    return CURL_SEEKFUNC_FAIL;
+}
+
+// CURLOPT_PREREQFUNCTION: logged in.
+int Transfer::begin(void* self, char* /*theirs*/, char* /*ours*/, int /*theirPort*/, int /*ourPort*/) noexcept
+{
+    static_cast<Transfer*>(self)->m_call.await(Call::Awaited::Reply);
+    return CURL_PREREQFUNC_OK;
+}
+
+void Transfer::watch(std::int64_t moved, std::int64_t all)
+{
+    if (moved != m_moved) {
+        m_moved = moved;
+        m_call.await(moved == all ? Call::Awaited::Reply : Call::Awaited::Bytes);
+    }
+}
+
+int Transfer::progress(void* self, curl_off_t toReceive, curl_off_t received, curl_off_t toSend,
+                       curl_off_t sent) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    try {
+        if (transfer.m_sink && toReceive > 0) {
+            transfer.m_call.learnTotal(toReceive);
+        }
+        transfer.watch(received + sent, toReceive + toSend);
+        transfer.m_call.report();
+    } catch (...) {
+        transfer.m_call.keepException();
+    }
+    if (transfer.m_call.verdict() == CURLE_OK) {
+        return 0;
+    }
+    // libcurl says QUIT else, and waits for the reply.
+    transfer.m_connection.cut();
+    return 1;
+}
+
+} // namespace session

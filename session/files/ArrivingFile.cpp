@@ -1,0 +1,228 @@
+#include "call/Failure.h"
+#include "files/LocalFiles.h"
+#include "request/Text.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+namespace session {
+
+namespace {
+
+constexpr std::chrono::milliseconds kLook(20);
+
+Failure failure(const std::string& path, int error)
+{
+    return refusal(CURLE_WRITE_ERROR,
+                   "localPath " + path + " cannot be written: " + std::generic_category().message(error));
+}
+
+// A link's own place would be taken, not that of what it leads to.
+std::string withoutLinks(const std::string& path)
+{
+    const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr), std::free);
+    return real ? real.get() : path;
+}
+
+// Else the new name could be lost when the machine goes down, and the old file with it.
+void saveFolder(const std::string& path)
+{
+    const std::string::size_type slash = path.rfind('/');
+    const std::string name = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    const Descriptor folder(open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.isOpen()) {
+        static_cast<void>(fsync(folder.get()));
+    }
+}
+
+// Whether the file is still the one of that name, and nobody else's.
+bool isOurs(int descriptor, const std::string& path, struct stat& opened)
+{
+    struct stat named = {};
+    return fstat(descriptor, &opened) == 0 && lstat(path.c_str(), &named) == 0 && S_ISREG(opened.st_mode) &&
+           opened.st_ino == named.st_ino && opened.st_dev == named.st_dev && opened.st_uid == geteuid() &&
+           opened.st_nlink == 1;
+}
+
+} // namespace
+
+Descriptor::Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+
+Descriptor& Descriptor::operator=(Descriptor&& other) noexcept
+{
+    std::swap(m_number, other.m_number);
+    return *this;
+}
+
+Descriptor::~Descriptor()
+{
+    if (isOpen()) {
+        close(m_number);
+    }
+}
+
+ArrivingFile::ArrivingFile(const std::string& path, const Call& call) : ArrivingFile(path, call, std::string()) {}
+
+ArrivingFile::ArrivingFile(const std::string& path, const Call& call, const std::string& version)
+    : m_call(call), m_asked(path), m_path(withoutLinks(path))
+{
+    requireFile(path);
+    struct stat there = {};
+    const bool exists = stat(m_path.c_str(), &there) == 0;
+    if (exists && !S_ISREG(there.st_mode)) {
+        openPipe();
+    } else if (exists && access(m_path.c_str(), W_OK) != 0) {
+        fail(errno);
+    } else if (version.empty() || !openKept(version)) {
+        openNew();
+    }
+    if (!m_descriptor.isOpen()) {
+        m_temporary.clear();
+        fail(errno);
+    }
+    if (exists && !m_temporary.empty()) {
+        // Nobody else reads it who may not read the file that it replaces.
+        m_replaced = there;
+        static_cast<void>(fchmod(m_descriptor.get(), there.st_mode & 07777));
+    }
+}
+
+// Two that write to one file at a time would spoil it; the lock goes with the descriptor.
+bool ArrivingFile::openKept(const std::string& version)
+{
+    const std::string path = beside(version + ".part");
+    Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666));
+    struct stat opened = {};
+    if (!file.isOpen() || flock(file.get(), LOCK_EX | LOCK_NB) != 0 || !isOurs(file.get(), path, opened)) {
+        return false;
+    }
+    m_descriptor = std::move(file);
+    m_temporary = path;
+    m_size = opened.st_size;
+    m_isKept = true;
+    return true;
+}
+
+void ArrivingFile::openNew()
+{
+    for (unsigned i = 0; !m_descriptor.isOpen() && (i == 0 || errno == EEXIST); ++i) {
+        m_temporary = beside(std::to_string(getpid()) + "." + std::to_string(i) + ".part");
+        m_descriptor = Descriptor(open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    }
+}
+
+// The other end can keep it waiting, but not beyond the call's end.
+void ArrivingFile::openPipe()
+{
+    m_descriptor = Descriptor(open(m_path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
+    while (!m_descriptor.isOpen() && errno == ENXIO) {
+        requireCall();
+        std::this_thread::sleep_for(kLook);
+        m_descriptor = Descriptor(open(m_path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
+    }
+}
+
+void ArrivingFile::requireCall() const
+{
+    if (const CURLcode verdict = m_call.verdict()) {
+        throw refusal(verdict, m_call.reason() + " while nobody read from localPath " + m_asked);
+    }
+}
+
+std::string ArrivingFile::beside(const std::string& middle) const
+{
+    const std::string::size_type name = m_path.rfind('/') + 1;
+    return m_path.substr(0, name) + hiddenName(m_path.substr(name), middle);
+}
+
+void ArrivingFile::fail(int error)
+{
+    // On a full disk, what is there would be in the way of everything else.
+    m_isKept = false;
+    throw failure(m_asked, error);
+}
+
+void ArrivingFile::requireFile(const std::string& path)
+{
+    struct stat there = {};
+    const bool isDirectory = stat(path.c_str(), &there) == 0 && S_ISDIR(there.st_mode);
+    if (isDirectory || path.empty() || path.back() == '/') {
+        throw failure(path, path.empty() ? ENOENT : EISDIR);
+    }
+}
+
+ArrivingFile::~ArrivingFile()
+{
+    // Before the lock goes.
+    if (!m_temporary.empty() && (!m_isKept || m_size == 0)) {
+        unlink(m_temporary.c_str());
+    }
+}
+
+std::string ArrivingFile::end(std::size_t count) const
+{
+    std::string bytes(count, '\0');
+    const ssize_t got = pread(m_descriptor.get(), bytes.data(), count, m_size - static_cast<std::int64_t>(count));
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    return bytes;
+}
+
+void ArrivingFile::startOver()
+{
+    if (!m_temporary.empty() && ftruncate(m_descriptor.get(), 0) != 0) {
+        fail(errno);
+    }
+    m_size = 0;
+}
+
+bool ArrivingFile::write(const char* bytes, std::size_t count)
+{
+    while (count > 0) {
+        const ssize_t written = m_temporary.empty() ? ::write(m_descriptor.get(), bytes, count)
+                                                    : ::pwrite(m_descriptor.get(), bytes, count, m_size);
+        if (written < 0 && errno == EAGAIN) {
+            requireCall();
+            pollfd room = {m_descriptor.get(), POLLOUT, 0};
+            poll(&room, 1, static_cast<int>(kLook.count()));
+        } else if (written < 0 && errno != EINTR) {
+            fail(errno);
+        }
+        if (written > 0) {
+            bytes += written;
+            count -= static_cast<std::size_t>(written);
+            m_size += written;
+        }
+    }
+    return true;
+}
+
+void ArrivingFile::takePlace()
+{
+    if (m_temporary.empty()) {
+        return;
+    }
+    if (m_replaced) {
+        // The owner, as far as may be, and then the mode, of which a change of the owner takes some away.
+        static_cast<void>(fchown(m_descriptor.get(), m_replaced->st_uid, m_replaced->st_gid) == 0);
+        static_cast<void>(fchmod(m_descriptor.get(), m_replaced->st_mode & 07777));
+    }
+    if (fsync(m_descriptor.get()) != 0 || rename(m_temporary.c_str(), m_path.c_str()) != 0) {
+        fail(errno);
+    }
+    m_temporary.clear();
+    saveFolder(m_path);
+}
+
+} // namespace session

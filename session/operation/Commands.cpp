@@ -1,0 +1,74 @@
+#include "operation/Operations.h"
+
+#include "call/Failure.h"
+#include "connection/Transfer.h"
+#include "request/Text.h"
+
+namespace session {
+
+namespace {
+
+void command(const Work& work, const std::string& directoryUrl, const std::vector<std::string>& commands)
+{
+    Transfer transfer(work.connection, work.access, work.call);
+    transfer.visit(directoryUrl);
+    transfer.withoutData();
+    transfer.after(commands);
+    transfer.run();
+}
+
+void requireName(const char* field, const std::string& name)
+{
+    if (name.empty()) {
+        throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, std::string(field) + " names nothing");
+    }
+    // It would reach the server as a command of its own.
+    if (holdsControlByte(name)) {
+        throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, std::string(field) + " holds a control byte");
+    }
+}
+
+} // namespace
+
+void test(const Work& work) { command(work, work.access.target().directoryUrl(), {}); }
+
+void renameFile(const Work& work)
+{
+    const Target& target = work.access.target();
+    const std::string& from = work.access.request().remoteFileName;
+    const std::string& to = work.access.request().localPath;
+    requireName("remoteFileName", from);
+    requireName("localPath", to);
+    if (target.isSsh()) {
+        command(work, target.directoryUrl(),
+                {"rename " + quoted(target.commandPath(from)) + " " + quoted(target.commandPath(to))});
+    } else {
+        command(work, target.directoryUrl(), {"RNFR " + from, "RNTO " + to});
+    }
+}
+
+void deleteFile(const Work& work)
+{
+    const Target& target = work.access.target();
+    const std::string& name = work.access.request().remoteFileName;
+    requireName("remoteFileName", name);
+    command(work, target.directoryUrl(), {target.isSsh() ? "rm " + quoted(target.commandPath(name)) : "DELE " + name});
+}
+
+void makeDirectory(const Work& work)
+{
+    const Target& target = work.access.target();
+    requireName("remotePath", target.name());
+    command(work, target.parentUrl(),
+            {target.isSsh() ? "mkdir " + quoted(target.commandPathInParent(target.name())) : "MKD " + target.name()});
+}
+
+void removeDirectory(const Work& work)
+{
+    const Target& target = work.access.target();
+    requireName("remotePath", target.name());
+    command(work, target.parentUrl(),
+            {target.isSsh() ? "rmdir " + quoted(target.commandPathInParent(target.name())) : "RMD " + target.name()});
+}
+
+} // namespace session

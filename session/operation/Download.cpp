@@ -1,0 +1,141 @@
+#include "operation/Operations.h"
+
+#include "call/Failure.h"
+#include "call/SetOption.h"
+#include "connection/Transfer.h"
+#include "files/LocalFiles.h"
+#include "request/Digest.h"
+#include "request/Text.h"
+
+#include <algorithm>
+
+namespace session {
+
+namespace {
+
+DataSink sinkOf(ArrivingFile& file)
+{
+    return [&file](const char* bytes, std::size_t count) { return file.write(bytes, count); };
+}
+
+Failure tooLarge(std::int64_t limit)
+{
+    return refusal(CURLE_FILESIZE_EXCEEDED, "the file is larger than " + std::to_string(limit - 1) + " bytes");
+}
+
+// This content of this file: another one on the server has another name here.
+std::string versionOf(const Work& work, const RemoteEntry& there)
+{
+    Digest digest;
+    digest.add(work.access.identity().server);
+    digest.add(work.access.request().userName);
+    digest.add(work.access.target().url());
+    digest.add(std::to_string(there.size));
+    digest.add(there.modified ? std::to_string(there.modified->time_since_epoch().count()) : "unknown");
+    constexpr std::size_t kDigits = 12;
+    return inHex(digest.value()).substr(0, kDigits);
+}
+
+// The last bytes of an earlier attempt, against the server's.
+class Overlap
+{
+public:
+    explicit Overlap(std::string expected) : m_expected(std::move(expected)) {}
+
+    /// Takes what belongs to it from the beginning of what came; false where it differs.
+    bool take(const char*& bytes, std::size_t& count)
+    {
+        const std::size_t compared = std::min(count, m_expected.size() - m_done);
+        const bool same = m_expected.compare(m_done, compared, bytes, compared) == 0;
+        m_done += compared;
+        bytes += compared;
+        count -= compared;
+        return same;
+    }
+
+private:
+    std::string m_expected;
+    std::size_t m_done = 0;
+};
+
+// False where what is there cannot be gone on with.
+bool goOn(const Work& work, ArrivingFile& file, std::int64_t size)
+{
+    const std::int64_t compared = std::min(file.size(), kOverlap);
+    const std::int64_t offset = file.size() - compared;
+    Overlap overlap(file.end(static_cast<std::size_t>(compared)));
+    bool differs = false;
+    Transfer transfer(work.connection, work.access, work.call);
+    work.call.beginTransfer(size, offset);
+    transfer.visit(work.access.target().url());
+    transfer.receiveFrom(offset);
+    transfer.receive([&](const char* bytes, std::size_t count) {
+        differs = !overlap.take(bytes, count);
+        return !differs && file.write(bytes, count);
+    });
+    const CURLcode code = transfer.tryToRun();
+    if (differs || code == CURLE_FTP_COULDNT_USE_REST || code == CURLE_BAD_DOWNLOAD_RESUME) {
+        return false;
+    }
+    if (code != CURLE_OK) {
+        throw transfer.failure(code);
+    }
+    return true;
+}
+
+void resume(const Work& work, const std::string& localPath, std::int64_t limit)
+{
+    ArrivingFile::requireFile(localPath);
+    const std::optional<RemoteEntry> there = fileAt(work, work.access.target().url());
+    if (!there) {
+        throw refusal(CURLE_REMOTE_FILE_NOT_FOUND, "there is no such file on the server");
+    }
+    if (there->size >= limit) {
+        throw tooLarge(limit);
+    }
+    ArrivingFile file(localPath, work.call, there->size < 0 ? std::string() : versionOf(work, *there));
+    if (file.size() == 0 || file.size() > there->size || !goOn(work, file, there->size)) {
+        file.startOver();
+        download(work, sinkOf(file), limit);
+    }
+    if (there->size >= 0 && file.size() != there->size) {
+        file.startOver();
+        throw refusal(CURLE_PARTIAL_FILE, "the file has changed on the server meanwhile");
+    }
+    file.takePlace();
+}
+
+} // namespace
+
+void download(const Work& work, const DataSink& sink, std::int64_t limit)
+{
+    Transfer transfer(work.connection, work.access, work.call);
+    work.access.target().requireFile();
+    work.call.beginTransfer(-1);
+    transfer.visit(work.access.target().url());
+    // libcurl goes by the size that the server tells; where it tells none, the bytes are counted.
+    set(transfer.handle(), CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(limit - 1));
+    transfer.receive([&](const char* bytes, std::size_t count) {
+        if (work.call.bytes() + static_cast<std::int64_t>(count) >= limit) {
+            throw tooLarge(limit);
+        }
+        return sink(bytes, count);
+    });
+    transfer.run();
+    work.call.finishing();
+    work.call.report(true);
+}
+
+void downloadFile(const Work& work, const std::string& localPath, std::int64_t limit)
+{
+    work.access.target().requireFile();
+    if (work.access.options().resume) {
+        resume(work, localPath, limit);
+        return;
+    }
+    ArrivingFile file(localPath, work.call);
+    download(work, sinkOf(file), limit);
+    file.takePlace();
+}
+
+} // namespace session

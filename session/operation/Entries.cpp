@@ -1,0 +1,174 @@
+#include "operation/Entries.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <ctime>
+#include <string>
+
+namespace session {
+
+namespace {
+
+bool isOneOfTheDots(std::string_view name) { return name == "." || name == ".."; }
+
+template <typename Number>
+std::optional<Number> numberIn(std::string_view text)
+{
+    Number number = 0;
+    const std::from_chars_result read = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool whole = read.ec == std::errc() && read.ptr == text.data() + text.size();
+    return whole && number >= 0 ? std::optional<Number>(number) : std::nullopt;
+}
+
+std::string lowerCase(std::string_view text)
+{
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
+    return lower;
+}
+
+EntryKind kindOf(const std::string& type)
+{
+    if (type == "file") {
+        return EntryKind::File;
+    }
+    return type == "dir" || type == "cdir" || type == "pdir" ? EntryKind::Directory : EntryKind::Other;
+}
+
+// "YYYYMMDDhhmmss", perhaps with a fraction of a second behind it; UTC.
+std::optional<std::chrono::system_clock::time_point> timeIn(std::string_view text)
+{
+    constexpr std::size_t kDigits = 14;
+    if (text.size() < kDigits || (text.size() > kDigits && text[kDigits] != '.') ||
+        !std::all_of(text.begin(), text.begin() + kDigits,
+                     [](unsigned char digit) { return std::isdigit(digit) != 0; })) {
+        return std::nullopt;
+    }
+    const auto part = [&text](std::size_t at, std::size_t size) { return *numberIn<int>(text.substr(at, size)); };
+    std::tm time = {};
+    time.tm_year = part(0, 4) - 1900;
+    time.tm_mon = part(4, 2) - 1;
+    time.tm_mday = part(6, 2);
+    time.tm_hour = part(8, 2);
+    time.tm_min = part(10, 2);
+    time.tm_sec = part(12, 2);
+    const bool exists = time.tm_mon >= 0 && time.tm_mon < 12 && time.tm_mday >= 1 && time.tm_mday <= 31 &&
+                        time.tm_hour < 24 && time.tm_min < 60 && time.tm_sec <= 60;
+    return exists ? timeAt(timegm(&time)) : std::nullopt;
+}
+
+void takeFact(std::string_view fact, RemoteEntry& entry, std::string& type)
+{
+    const std::size_t sign = fact.find('=');
+    if (sign == std::string_view::npos) {
+        return;
+    }
+    const std::string name = lowerCase(fact.substr(0, sign));
+    const std::string_view value = fact.substr(sign + 1);
+    if (name == "type") {
+        type = lowerCase(value);
+        entry.kind = kindOf(type);
+    } else if (name == "size") {
+        entry.size = numberIn<std::int64_t>(value).value_or(-1);
+    } else if (name == "modify") {
+        entry.modified = timeIn(value);
+    }
+}
+
+std::string_view takeWord(std::string_view& line)
+{
+    line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
+    const std::string_view word = line.substr(0, line.find(' '));
+    line.remove_prefix(word.size());
+    return word;
+}
+
+std::string_view withoutEnd(std::string_view line)
+{
+    while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) {
+        line.remove_suffix(1);
+    }
+    return line;
+}
+
+} // namespace
+
+// The clock counts in smaller steps than seconds, from 1677 to 2262.
+std::optional<std::chrono::system_clock::time_point> timeAt(std::int64_t seconds)
+{
+    using Clock = std::chrono::system_clock;
+    const auto inSeconds = [](Clock::duration time) {
+        return std::chrono::duration_cast<std::chrono::seconds>(time).count();
+    };
+    if (seconds < inSeconds(Clock::duration::min()) || seconds > inSeconds(Clock::duration::max())) {
+        return std::nullopt;
+    }
+    return Clock::from_time_t(static_cast<std::time_t>(seconds));
+}
+
+std::optional<RemoteEntry> entryOfFacts(std::string_view line)
+{
+    line = withoutEnd(line);
+    const std::size_t blank = line.find(' ');
+    // Each fact ends in a semicolon, and a blank follows the last one.
+    if (blank == std::string_view::npos || (blank > 0 && line[blank - 1] != ';')) {
+        return std::nullopt;
+    }
+    RemoteEntry entry;
+    entry.name = line.substr(blank + 1);
+    std::string type;
+    for (std::string_view facts = line.substr(0, blank); !facts.empty();) {
+        const std::string_view fact = facts.substr(0, facts.find(';'));
+        takeFact(fact, entry, type);
+        facts.remove_prefix(std::min(fact.size() + 1, facts.size()));
+    }
+    const bool isItself = type == "cdir" || type == "pdir" || isOneOfTheDots(entry.name);
+    if (entry.name.empty() || isItself) {
+        return std::nullopt;
+    }
+    if (entry.kind != EntryKind::File) {
+        entry.size = -1;
+    }
+    return entry;
+}
+
+std::optional<RemoteEntry> entryOfLongLine(std::string_view line)
+{
+    line = withoutEnd(line);
+    const std::string_view mode = takeWord(line);
+    constexpr std::size_t kMode = 10;
+    if (mode.size() < kMode || std::string_view("-dlbcps").find(mode.front()) == std::string_view::npos) {
+        return std::nullopt;
+    }
+    for (int i = 0; i < 3; ++i) { // links, owner, group
+        takeWord(line);
+    }
+    std::string_view size = takeWord(line);
+    const bool isDevice = !size.empty() && size.back() == ',';
+    if (isDevice) {
+        size = takeWord(line);
+    }
+    for (int i = 0; i < 3; ++i) { // month, day, and time or year
+        if (takeWord(line).empty()) {
+            return std::nullopt;
+        }
+    }
+    // One blank; further ones belong to the name.
+    if (line.size() < 2 || !numberIn<std::int64_t>(size)) {
+        return std::nullopt;
+    }
+    RemoteEntry entry;
+    entry.name = line.substr(1);
+    entry.kind = mode.front() == '-' ? EntryKind::File : mode.front() == 'd' ? EntryKind::Directory : EntryKind::Other;
+    if (mode.front() == 'l') {
+        entry.name = entry.name.substr(0, entry.name.find(" -> "));
+    }
+    if (entry.kind == EntryKind::File) {
+        entry.size = *numberIn<std::int64_t>(size);
+    }
+    return isOneOfTheDots(entry.name) ? std::nullopt : std::optional<RemoteEntry>(entry);
+}
+
+} // namespace session

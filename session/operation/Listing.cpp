@@ -1,0 +1,198 @@
+#include "operation/Operations.h"
+
+#include "call/Failure.h"
+#include "call/SetOption.h"
+#include "connection/Transfer.h"
+#include "operation/Entries.h"
+#include "operation/LineSplitter.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace session {
+
+namespace {
+
+void visitDirectory(const Work& work, const std::vector<std::string>& commands)
+{
+    Transfer transfer(work.connection, work.access, work.call);
+    transfer.visit(work.access.target().directoryUrl());
+    transfer.withoutData();
+    transfer.after(commands);
+    transfer.run();
+}
+
+bool names(const std::string& line, const char* feature)
+{
+    const std::string::size_type begin = line.find_first_not_of(' ');
+    return begin != std::string::npos && begin > 0 && line.compare(begin, 4, feature) == 0;
+}
+
+const Features& featuresOf(const Work& work)
+{
+    if (!work.connection.features) {
+        visitDirectory(work, {"*FEAT"});
+        const std::vector<std::string>& lines = work.connection.replies().lines();
+        work.connection.features = {
+            std::any_of(lines.begin(), lines.end(), [](const std::string& line) { return names(line, "MLST"); })};
+    }
+    return *work.connection.features;
+}
+
+RemoteEntry found(const std::optional<RemoteEntry>& entry, const std::string& name)
+{
+    if (!entry) {
+        throw refusal(CURLE_REMOTE_FILE_NOT_FOUND, "the directory holds no \"" + name + "\"");
+    }
+    RemoteEntry same = *entry;
+    same.name = name;
+    return same;
+}
+
+std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& directoryUrl)
+{
+    const bool facts = !work.access.target().isSsh() && featuresOf(work).mlst;
+    std::vector<RemoteEntry> entries;
+    LineSplitter lines([&](std::string_view line) {
+        if (std::optional<RemoteEntry> entry = facts ? entryOfFacts(line) : entryOfLongLine(line)) {
+            entries.push_back(std::move(*entry));
+        }
+    });
+    Transfer transfer(work.connection, work.access, work.call);
+    transfer.visit(directoryUrl);
+    if (facts) {
+        set(transfer.handle(), CURLOPT_CUSTOMREQUEST, "MLSD");
+    }
+    transfer.receive(lines.sink());
+    transfer.run();
+    lines.end();
+    return entries;
+}
+
+// By MLST, which tells all in one reply.
+RemoteEntry statByFacts(const Work& work, const std::string& name)
+{
+    const Target& target = work.access.target();
+    Transfer transfer(work.connection, work.access, work.call);
+    transfer.visit(target.parentUrl());
+    transfer.withoutData();
+    transfer.after({"MLST " + name});
+    const CURLcode code = transfer.tryToRun();
+    if (code != CURLE_OK) {
+        throw transfer.failure(code == CURLE_QUOTE_ERROR ? CURLE_REMOTE_FILE_NOT_FOUND : code);
+    }
+    // "250-Listing", the facts behind a blank, "250 End".
+    for (const std::string& line : transfer.replies().lines()) {
+        if (!line.empty() && line.front() == ' ') {
+            if (const std::optional<RemoteEntry> entry = entryOfFacts(std::string_view(line).substr(1))) {
+                return found(entry, name);
+            }
+        }
+    }
+    throw refusal(CURLE_WEIRD_SERVER_REPLY, "the reply to MLST holds no facts");
+}
+
+// By SIZE and MDTM; a directory has none of them, but can be entered.
+RemoteEntry statByCommands(const Work& work, const std::string& name)
+{
+    const Target& target = work.access.target();
+    if (std::optional<RemoteEntry> file = fileAt(work, target.parentUrl() + target.encodedName())) {
+        file->name = name;
+        return *file;
+    }
+    const Failure missing = refusal(CURLE_REMOTE_FILE_NOT_FOUND, "there is no \"" + name + "\"");
+    try {
+        visitDirectory(work, {});
+    } catch (const Failure&) {
+        throw Failure(missing);
+    }
+    return {name, EntryKind::Directory, -1, std::nullopt};
+}
+
+// Its directory tells what it is, in whole only; the file itself when it was modified.
+RemoteEntry statOverSsh(const Work& work, const std::string& name)
+{
+    const Target& target = work.access.target();
+    const std::vector<RemoteEntry> entries = entriesAt(work, target.parentUrl());
+    const auto same =
+        std::find_if(entries.begin(), entries.end(), [&name](const RemoteEntry& each) { return each.name == name; });
+    RemoteEntry entry = found(same == entries.end() ? std::nullopt : std::optional<RemoteEntry>(*same), name);
+    if (entry.kind == EntryKind::File) {
+        const std::optional<RemoteEntry> file = fileAt(work, target.parentUrl() + target.encodedName());
+        entry.modified = file ? file->modified : std::nullopt;
+    }
+    return entry;
+}
+
+} // namespace
+
+std::optional<RemoteEntry> fileAt(const Work& work, const std::string& url)
+{
+    Transfer transfer(work.connection, work.access, work.call);
+    transfer.visit(url);
+    transfer.withoutData();
+    set(transfer.handle(), CURLOPT_FILETIME, 1L);
+    const CURLcode code = transfer.tryToRun();
+    const bool isSsh = work.access.target().isSsh();
+    if (code == CURLE_REMOTE_FILE_NOT_FOUND || code == CURLE_REMOTE_ACCESS_DENIED || (isSsh && code == CURLE_SSH)) {
+        return std::nullopt;
+    }
+    if (code != CURLE_OK) {
+        throw transfer.failure(code);
+    }
+    RemoteEntry entry{"", EntryKind::File, -1, std::nullopt};
+    curl_off_t size = -1;
+    curl_off_t time = -1;
+    curl_easy_getinfo(transfer.handle(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
+    curl_easy_getinfo(transfer.handle(), CURLINFO_FILETIME_T, &time);
+    if (time >= 0) {
+        entry.modified = timeAt(time);
+    }
+    if (isSsh) {
+        entry.size = std::max<curl_off_t>(size, 0); // -1 for an empty file
+    }
+    // libcurl makes 0 of some replies that are no number.
+    for (const std::string& line : transfer.replies().lines()) {
+        entry.size = size >= 0 && line.compare(0, 4, "213 ") == 0 ? sizeInReply(line) : entry.size;
+    }
+    return entry;
+}
+
+void listNames(const Work& work, const DataSink& sink)
+{
+    bool taken = true;
+    LineSplitter lines([&](std::string_view line) {
+        if (line != "." && line != "..") {
+            const std::string whole = std::string(line) + "\n";
+            taken = taken && sink(whole.data(), whole.size());
+        }
+    });
+    Transfer transfer(work.connection, work.access, work.call);
+    transfer.visit(work.access.target().directoryUrl());
+    set(transfer.handle(), CURLOPT_DIRLISTONLY, 1L);
+    const DataSink splitting = lines.sink();
+    transfer.receive([&](const char* bytes, std::size_t count) { return splitting(bytes, count) && taken; });
+    transfer.run();
+    lines.end();
+}
+
+std::vector<RemoteEntry> listEntries(const Work& work) { return entriesAt(work, work.access.target().directoryUrl()); }
+
+RemoteEntry statEntry(const Work& work)
+{
+    const Target& target = work.access.target();
+    const std::string name = target.name();
+    if (name.empty()) {
+        visitDirectory(work, {});
+        return {"/", EntryKind::Directory, -1, std::nullopt};
+    }
+    if (target.isSsh()) {
+        return statOverSsh(work, name);
+    }
+    if (work.connection.features && work.connection.features->mlst) {
+        return statByFacts(work, name);
+    }
+    return statByCommands(work, name);
+}
+
+} // namespace session

@@ -1,0 +1,52 @@
+#ifndef SFTPCLIENT_SESSION_OPERATIONS_H
+#define SFTPCLIENT_SESSION_OPERATIONS_H
+
+#include "call/Call.h"
+#include "connection/Connection.h"
+#include "request/Access.h"
+
+#include <SFtpSession.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What a session does, one function each: over a connection that is the call's alone. Each throws `Failure`, and what
+/// the caller's functions throw.
+namespace session {
+
+/// What an operation works with.
+struct Work
+{
+    Connection& connection;
+    Access& access;
+    Call& call;
+};
+
+void test(const Work& work);
+void renameFile(const Work& work);
+void deleteFile(const Work& work);
+void makeDirectory(const Work& work);
+void removeDirectory(const Work& work);
+
+/// The names in the directory, one a line.
+void listNames(const Work& work, const DataSink& sink);
+std::vector<RemoteEntry> listEntries(const Work& work);
+RemoteEntry statEntry(const Work& work);
+
+/// The file at this URL: size and time, without its name. Nothing where there is none.
+std::optional<RemoteEntry> fileAt(const Work& work, const std::string& url);
+
+/// `limit`: the least size that is refused, with 63.
+void download(const Work& work, const DataSink& sink, std::int64_t limit);
+void downloadFile(const Work& work, const std::string& localPath, std::int64_t limit);
+void upload(const Work& work, const DataSource& source, std::int64_t size);
+void uploadFile(const Work& work, const std::string& localPath);
+
+/// How many of the last bytes must agree before a broken transfer is resumed.
+constexpr std::int64_t kOverlap = 65536;
+
+} // namespace session
+
+#endif

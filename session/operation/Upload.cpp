@@ -1,0 +1,334 @@
+#include "operation/Operations.h"
+
+#include "call/Failure.h"
+#include "call/SetOption.h"
+#include "connection/Transfer.h"
+#include "files/LocalFiles.h"
+#include "request/Digest.h"
+#include "request/Text.h"
+
+#include <openssl/rand.h>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace session {
+
+namespace {
+
+constexpr std::size_t kDigits = 12;
+
+// Digits that nobody else has.
+std::string randomDigits()
+{
+    std::array<char, kDigits / 2> bytes = {};
+    if (RAND_bytes(reinterpret_cast<unsigned char*>(bytes.data()), static_cast<int>(bytes.size())) != 1) {
+        throw refusal(CURLE_FAILED_INIT, "there are no random numbers for a temporary name");
+    }
+    return inHex({bytes.data(), bytes.size()});
+}
+
+// Digits that a later attempt to send the same content to the same place finds again.
+std::string digitsFor(const Work& work, const LeavingFile& file)
+{
+    Digest digest;
+    digest.add(work.access.identity().server);
+    digest.add(work.access.request().userName);
+    digest.add(work.access.target().url());
+    digest.add(file.version());
+    return inHex(digest.value()).substr(0, kDigits);
+}
+
+/// An upload under a temporary name beside the target, until it is in place: renaming is one step for the server.
+class Arrival
+{
+public:
+    Arrival(const Work& work, const DataSource& source, std::int64_t size) : Arrival(work, size, randomDigits())
+    {
+        m_source = source;
+    }
+
+    /// What is left of a failure is kept for the next attempt.
+    /// REQUIRES: the file is locked, and outlives this object.
+    Arrival(const Work& work, const LeavingFile& file) : Arrival(work, file.size(), digitsFor(work, file))
+    {
+        m_file = &file;
+    }
+
+    void run()
+    {
+        if (m_file != nullptr) {
+            m_offset = sizeToGoOnFrom();
+            if (m_offset == 0) {
+                makeRoom();
+            }
+            if (m_offset == m_size && m_size > 0) {
+                m_begun = true;
+                putInPlace();
+                return;
+            }
+        }
+        CURLcode code = tryToSend(false);
+        if (code != CURLE_OK && m_offset > 0 && !m_begun && isRefusal()) {
+            m_offset = 0;
+            makeRoom();
+            code = tryToSend(false);
+        }
+        // Nothing has been sent then: the directory comes before the file.
+        if (code == CURLE_REMOTE_ACCESS_DENIED || (m_target.isSsh() && code == CURLE_REMOTE_FILE_NOT_FOUND)) {
+            code = tryToSend(true);
+        }
+        if (code == CURLE_QUOTE_ERROR && m_begun && m_stored != m_name) {
+            replace();
+        } else if (code != CURLE_OK) {
+            throw Failure(*m_failure);
+        } else if (m_target.isSsh()) {
+            finishOverSsh();
+        }
+    }
+
+    /// What is left of a failure, the server would keep for ever. A call that was stopped has no time for that.
+    void removeQuietly() noexcept
+    try {
+        if (m_begun && m_stored != m_name && !m_mustStay && (m_file == nullptr || m_isWrong) &&
+            m_work.call.verdict() == CURLE_OK) {
+            static_cast<void>(command({"*" + removal(m_stored)}));
+        }
+    } catch (...) { // of two failures, the first one is told
+    }
+
+private:
+    Arrival(const Work& work, std::int64_t size, const std::string& digits)
+        : m_work(work), m_target(work.access.target()), m_size(size), m_name(m_target.name()), m_digits(digits),
+          m_stored(work.access.options().atomicUpload ? hiddenName(m_name, m_digits + ".part") : m_name)
+    {
+    }
+
+    // Of appending, which some servers do not allow; libcurl has several codes for that.
+    bool isRefusal() const { return m_target.isSsh() || m_work.connection.replies().lastCode() >= 400; }
+
+    // Some servers do not allow overwriting, either.
+    void makeRoom() const
+    {
+        if (m_isThere) {
+            static_cast<void>(command({"*" + removal(m_stored)}));
+        }
+    }
+
+    std::string storedUrl() const { return m_target.parentUrl() + percentEncoded(m_stored); }
+
+    // How much of the file the server has from an earlier attempt, if its last bytes are the file's.
+    std::int64_t sizeToGoOnFrom()
+    {
+        const std::optional<RemoteEntry> there = fileAt(m_work, storedUrl());
+        m_isThere = there.has_value();
+        if (!there || there->size <= 0 || there->size > m_size) {
+            return 0;
+        }
+        const std::int64_t compared = std::min(there->size, kOverlap);
+        const std::int64_t offset = there->size - compared;
+        std::string end;
+        Transfer transfer(m_work.connection, m_work.access, m_work.call);
+        transfer.visit(storedUrl());
+        transfer.receiveFrom(offset);
+        transfer.receive([&](const char* bytes, std::size_t count) {
+            end.append(bytes, count);
+            return end.size() <= static_cast<std::size_t>(compared);
+        });
+        const CURLcode code = transfer.tryToRun();
+        if (m_work.call.verdict() != CURLE_OK) {
+            throw transfer.failure(code);
+        }
+        return code == CURLE_OK && end == m_file->part(offset, static_cast<std::size_t>(compared)) ? there->size : 0;
+    }
+
+    CURLcode tryToSend(bool makesDirectories)
+    {
+        Transfer transfer(m_work.connection, m_work.access, m_work.call);
+        m_work.call.beginTransfer(m_size, m_offset);
+        transfer.visit(storedUrl());
+        if (m_file != nullptr) {
+            transfer.send(*m_file, m_offset);
+        } else {
+            transfer.send(m_source, m_size);
+        }
+        if (makesDirectories) {
+            // Each missing directory is made on the way to the next one.
+            set(transfer.handle(), CURLOPT_FTP_FILEMETHOD, static_cast<long>(CURLFTPMETHOD_MULTICWD));
+            set(transfer.handle(), CURLOPT_FTP_CREATE_MISSING_DIRS, static_cast<long>(CURLFTP_CREATE_DIR_RETRY));
+        }
+        std::vector<std::string> commands;
+        if (verifies() && !m_target.isSsh()) {
+            commands.push_back("*SIZE " + m_stored);
+            transfer.requireSentSize();
+        }
+        if (m_stored != m_name && !m_target.isSsh()) {
+            append(commands, renaming(m_stored, m_name));
+        }
+        transfer.after(commands);
+        const CURLcode code = run(transfer);
+        m_sent = transfer.sent();
+        m_isWrong = transfer.hasFoundWrongSize();
+        if (code != CURLE_OK) {
+            m_failure = transfer.failure(code);
+        }
+        return code;
+    }
+
+    // Whether the server has begun to take the file, also where a function of the caller's throws.
+    void noteBegin(const Transfer& transfer)
+    {
+        m_begun = m_begun || transfer.hasAskedSource() || transfer.replies().openData();
+    }
+
+    CURLcode run(Transfer& transfer)
+    {
+        try {
+            const CURLcode code = transfer.tryToRun();
+            noteBegin(transfer);
+            return code;
+        } catch (const Failure& failure) {
+            noteBegin(transfer);
+            m_isWrong = failure.code() == CURLE_READ_ERROR; // the file is no longer what it was
+            throw;
+        } catch (...) {
+            noteBegin(transfer);
+            throw;
+        }
+    }
+
+    bool verifies() const { return m_work.access.options().verifyUpload || m_offset > 0; }
+
+    void finishOverSsh()
+    {
+        if (verifies()) {
+            const std::optional<RemoteEntry> there = fileAt(m_work, storedUrl());
+            m_isWrong = !there || there->size != m_sent;
+            if (m_isWrong) {
+                throw refusal(CURLE_PARTIAL_FILE, sizesDiffer(there ? there->size : 0, m_sent));
+            }
+        }
+        putInPlace();
+    }
+
+    void putInPlace()
+    {
+        if (m_stored == m_name) {
+            return;
+        }
+        m_failure = command(renaming(m_stored, m_name));
+        if (m_failure && m_failure->code() == CURLE_QUOTE_ERROR) {
+            replace();
+        } else if (m_failure) {
+            throw Failure(*m_failure);
+        }
+    }
+
+    // Some servers do not rename over a file that is there: it must make room first, and is deleted last.
+    void replace()
+    {
+        const std::string old = hiddenName(m_name, m_digits + ".old");
+        if (command(renaming(m_name, old))) {
+            throw Failure(*m_failure);
+        }
+        std::vector<std::string> commands = renaming(m_stored, m_name);
+        commands.push_back("*" + removal(old));
+        m_mustStay = true;
+        if (const std::optional<Failure> failed = command(commands)) {
+            if (failed->code() != CURLE_QUOTE_ERROR || command(renaming(old, m_name))) {
+                throw Failure(failed->code(), std::string(failed->what()) + "; the new file may be under " + m_stored +
+                                                  ", the old one under " + old);
+            }
+            m_mustStay = false;
+            throw Failure(*failed);
+        }
+    }
+
+    // In the directory of the target; nothing where all went well.
+    std::optional<Failure> command(const std::vector<std::string>& commands) const
+    {
+        Transfer transfer(m_work.connection, m_work.access, m_work.call);
+        transfer.visit(m_target.parentUrl());
+        transfer.withoutData();
+        transfer.after(commands);
+        const CURLcode code = transfer.tryToRun();
+        return code == CURLE_OK ? std::nullopt : std::optional(transfer.failure(code));
+    }
+
+    static void append(std::vector<std::string>& commands, const std::vector<std::string>& more)
+    {
+        commands.insert(commands.end(), more.begin(), more.end());
+    }
+
+    std::vector<std::string> renaming(const std::string& from, const std::string& to) const
+    {
+        if (m_target.isSsh()) {
+            return {"rename " + quoted(m_target.commandPathInParent(from)) + " " +
+                    quoted(m_target.commandPathInParent(to))};
+        }
+        return {"RNFR " + from, "RNTO " + to};
+    }
+
+    std::string removal(const std::string& name) const
+    {
+        return m_target.isSsh() ? "rm " + quoted(m_target.commandPathInParent(name)) : "DELE " + name;
+    }
+
+    const Work& m_work;
+    const Target& m_target;
+    DataSource m_source;
+    const LeavingFile* m_file = nullptr;
+    std::int64_t m_size;
+    std::int64_t m_offset = 0; // what the server has from an earlier attempt
+    std::int64_t m_sent = 0;   // in all
+    std::string m_name;
+    std::string m_digits;
+    std::string m_stored;
+    bool m_isThere = false; // something is there from an earlier attempt
+    bool m_begun = false;
+    bool m_mustStay = false; // it may be all that is left
+    bool m_isWrong = false;  // not to be gone on with
+    std::optional<Failure> m_failure;
+};
+
+void carryOut(const Work& work, Arrival& arrival)
+{
+    try {
+        arrival.run();
+    } catch (...) {
+        arrival.removeQuietly();
+        throw;
+    }
+    if (work.access.speaksNewestTls(work.connection.newestTls)) {
+        // After an upload over TLS 1.3, libcurl has lost the session that the server wants to see again.
+        work.connection.giveUp();
+    }
+    work.call.finishing();
+    work.call.report(true);
+}
+
+} // namespace
+
+void upload(const Work& work, const DataSource& source, std::int64_t size)
+{
+    work.access.target().requireFile();
+    Arrival arrival(work, source, size);
+    carryOut(work, arrival);
+}
+
+void uploadFile(const Work& work, const std::string& localPath)
+{
+    work.access.target().requireFile();
+    const LeavingFile file(localPath);
+    // In place there would be no telling an earlier attempt from another file.
+    if (work.access.options().resume && work.access.options().atomicUpload && file.lock()) {
+        Arrival arrival(work, file);
+        carryOut(work, arrival);
+        return;
+    }
+    upload(
+        work, [&file](char* bytes, std::size_t count) { return file.read(bytes, count); }, file.size());
+}
+
+} // namespace session

@@ -1,0 +1,183 @@
+#include "request/Access.h"
+
+#include "call/Failure.h"
+#include "call/SetOption.h"
+#include "request/Certificates.h"
+#include "request/Digest.h"
+
+#include <ConfigReader.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <limits>
+
+namespace session {
+
+namespace {
+
+long inMilliseconds(std::chrono::milliseconds time) { return static_cast<long>(time.count()); }
+
+long inSeconds(std::chrono::milliseconds time)
+{
+    return static_cast<long>(std::chrono::ceil<std::chrono::seconds>(time).count());
+}
+
+// libcurl takes 0 for limits of its own.
+constexpr std::chrono::seconds kForEver(std::numeric_limits<std::int32_t>::max() / 1000);
+
+std::chrono::milliseconds orForEver(std::chrono::milliseconds limit) { return limit.count() == 0 ? kForEver : limit; }
+
+// Whether libcurl knows a folder of the machine's trust store.
+bool hasTrustFolder() { return curl_version_info(CURLVERSION_NOW)->capath != nullptr; }
+
+bool allowsNone() { return ConfigReader::getInt("General", "CertAuthSwitch", true) == 0; }
+
+std::string nameOf(Scheme scheme) { return scheme == Scheme::Ftp ? "ftp" : scheme == Scheme::Ftps ? "ftps" : "sftp"; }
+
+} // namespace
+
+Access::Access(const SFtpRequest& request, const SessionOptions& options)
+    : m_request(request), m_options(options), m_target(request)
+{
+    checkTexts(request);
+    if (!m_target.isSsh()) {
+        m_trustsAnybody = request.caCert == "none" && allowsNone();
+        m_ca = m_trustsAnybody ? std::string() : trustedCertificates(request.caCert);
+    }
+    m_identity.server = nameOf(m_target.scheme()) + "://" + m_target.host() + ":" + std::to_string(m_target.port());
+    // The options are the session's, and so the same for all of its connections.
+    Digest digest;
+    digest.add(m_identity.server);
+    digest.add(request.userName);
+    digest.add(request.password);
+    digest.add(m_ca);
+    digest.add(m_trustsAnybody ? "none" : "");
+    m_identity.digest = digest.value();
+}
+
+void Access::applyTo(CURL* handle, Call& call, bool newestTls)
+{
+    m_call = &call;
+    set(handle, CURLOPT_PROTOCOLS_STR, nameOf(m_target.scheme()).c_str());
+    set(handle, CURLOPT_PATH_AS_IS, 1L);
+    set(handle, CURLOPT_USERNAME, m_request.userName.c_str());
+    set(handle, CURLOPT_PASSWORD, m_request.password.c_str());
+    // Also where it is empty: the environment's would get the login in the clear.
+    set(handle, CURLOPT_PROXY, m_options.proxy.c_str());
+    // A proxy that speaks HTTP would be handed the login for the server, in the clear.
+    set(handle, CURLOPT_HTTPPROXYTUNNEL, 1L);
+    set(handle, CURLOPT_FTP_SKIP_PASV_IP, 1L);
+    set(handle, CURLOPT_FTP_FILEMETHOD, static_cast<long>(CURLFTPMETHOD_SINGLECWD));
+    applyLimits(handle, call);
+    if (m_target.isSsh()) {
+        applySsh(handle);
+    } else {
+        applyTls(handle, newestTls);
+    }
+}
+
+void Access::applyLimits(CURL* handle, const Call& call) const
+{
+    set(handle, CURLOPT_CONNECTTIMEOUT_MS, inMilliseconds(orForEver(m_options.connectTimeout)));
+    // Later than the call's own, which is exact, and says what it is.
+    set(handle, CURLOPT_FTP_RESPONSE_TIMEOUT,
+        std::min(inSeconds(orForEver(m_options.replyTimeout)) + 1, inSeconds(kForEver)));
+    // Whether an idle connection is still of use is the pool's business.
+    set(handle, CURLOPT_MAXAGE_CONN, inSeconds(kForEver));
+    if (const auto left = call.timeLeft()) {
+        set(handle, CURLOPT_TIMEOUT_MS, inMilliseconds(*left));
+    }
+    set(handle, CURLOPT_MAX_SEND_SPEED_LARGE, static_cast<curl_off_t>(m_options.sendRate));
+    set(handle, CURLOPT_MAX_RECV_SPEED_LARGE, static_cast<curl_off_t>(m_options.receiveRate));
+}
+
+// Over TLS 1.3 a kept connection and servers that want to see the control connection's session again do not go
+// together, and libcurl before 8.9 loses the ends of uploads: so 1.2, wherever there is a choice.
+void Access::applyTls(CURL* handle, bool newestTls) const
+{
+    // libcurl's number for the highest version is that for the lowest, 16 bits further up.
+    constexpr long kTls12Alone = static_cast<long>(CURL_SSLVERSION_TLSv1_2) * 0x10001;
+    set(handle, CURLOPT_SSLVERSION,
+        speaksNewestTls(newestTls) ? static_cast<long>(CURL_SSLVERSION_TLSv1_3) : kTls12Alone);
+    set(handle, CURLOPT_USE_SSL, static_cast<long>(m_options.requireTls ? CURLUSESSL_ALL : CURLUSESSL_TRY));
+    set(handle, CURLOPT_FTPSSLAUTH, static_cast<long>(CURLFTPAUTH_TLS));
+    set(handle, CURLOPT_SSL_VERIFYPEER, m_trustsAnybody ? 0L : 1L);
+    set(handle, CURLOPT_SSL_VERIFYHOST, m_trustsAnybody || !m_options.compareHostName ? 0L : 2L);
+    if (!m_ca.empty()) {
+        setBlob(handle, CURLOPT_CAINFO_BLOB, m_ca);
+        // The certificate alone is trusted.
+        set(handle, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+    } else if (hasTrustFolder()) {
+        // The folder of the machine's store is looked up by name; its bundle would be read whole each time.
+        set(handle, CURLOPT_CAINFO, static_cast<const char*>(nullptr));
+    }
+    if (!m_options.pinnedPublicKey.empty()) {
+        set(handle, CURLOPT_PINNEDPUBLICKEY, m_options.pinnedPublicKey.c_str());
+    }
+    if (!m_options.clientCertificate.empty()) {
+        setBlob(handle, CURLOPT_SSLCERT_BLOB, m_options.clientCertificate);
+        setBlob(handle, CURLOPT_SSLKEY_BLOB, m_options.clientKey);
+    }
+}
+
+bool Access::speaksNewestTls(bool newestTls) const
+{
+    return !m_target.isSsh() && (m_options.minimumTls == TlsVersion::Tls13 || newestTls);
+}
+
+void Access::applySsh(CURL* handle)
+{
+    set(handle, CURLOPT_SSH_AUTH_TYPES, static_cast<long>(CURLSSH_AUTH_PASSWORD | CURLSSH_AUTH_KEYBOARD));
+    if (!m_options.knownHostsFile.empty()) {
+        set(handle, CURLOPT_SSH_KNOWNHOSTS, m_options.knownHostsFile.c_str());
+        set(handle, CURLOPT_SSH_KEYFUNCTION, judgeKnownHost);
+        set(handle, CURLOPT_SSH_KEYDATA, this);
+    } else {
+        set(handle, CURLOPT_SSH_HOSTKEYFUNCTION, judgeHostKey);
+        set(handle, CURLOPT_SSH_HOSTKEYDATA, this);
+    }
+}
+
+int Access::judgeUnknown(const std::string& fingerprint)
+{
+    const std::string& wanted = m_options.hostKeySha256;
+    if (!wanted.empty() ? fingerprint == withFingerprintName(wanted) : m_options.acceptUnknownHostKey) {
+        return CURLKHSTAT_FINE;
+    }
+    m_hostKeyRefusal = wanted.empty() ? "the server's host key is unknown: " + fingerprint +
+                                            "; where that is right, set hostKeySha256 to it, or add the host to "
+                                            "knownHostsFile"
+                                      : "the server's host key is " + fingerprint + ", hostKeySha256 is another";
+    return CURLKHSTAT_REJECT;
+}
+
+int Access::judgeHostKey(void* self, int /*type*/, const char* key, size_t length) noexcept
+try {
+    const std::string fingerprint = fingerprintOf({key, length});
+    return static_cast<Access*>(self)->judgeUnknown(fingerprint) == CURLKHSTAT_FINE ? CURLKHMATCH_OK
+                                                                                    : CURLKHMATCH_MISMATCH;
+} catch (...) {
+    static_cast<Access*>(self)->m_call->keepException();
+    return CURLKHMATCH_MISMATCH;
+}
+
+int Access::judgeKnownHost(CURL* /*handle*/, const curl_khkey* /*known*/, const curl_khkey* found, curl_khmatch match,
+                           void* self) noexcept
+try {
+    auto& access = *static_cast<Access*>(self);
+    const std::string fingerprint = fingerprintOf({found->key, found->len});
+    if (match == CURLKHMATCH_OK) {
+        return access.m_options.hostKeySha256.empty() ? CURLKHSTAT_FINE : access.judgeUnknown(fingerprint);
+    }
+    if (match == CURLKHMATCH_MISMATCH) {
+        access.m_hostKeyRefusal = "the server's host key is " + fingerprint + ", another one than in knownHostsFile";
+        return CURLKHSTAT_REJECT;
+    }
+    return access.judgeUnknown(fingerprint);
+} catch (...) {
+    static_cast<Access*>(self)->m_call->keepException();
+    return CURLKHSTAT_REJECT;
+}
+
+} // namespace session

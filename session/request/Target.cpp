@@ -1,0 +1,199 @@
+#include "request/Target.h"
+
+#include "call/Failure.h"
+#include "request/Text.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <new>
+
+namespace session {
+
+namespace {
+
+constexpr std::uint32_t kHighestPort = 65535;
+constexpr char kCodedSlash[] = "%2F";
+
+using Url = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
+
+Url parsed(const std::string& text)
+{
+    Url url(curl_url(), curl_url_cleanup);
+    if (!url) {
+        throw std::bad_alloc();
+    }
+    // A blank in a path is meant as one.
+    const CURLUcode code = curl_url_set(url.get(), CURLUPART_URL, text.c_str(),
+                                        CURLU_PATH_AS_IS | CURLU_NON_SUPPORT_SCHEME | CURLU_URLENCODE);
+    if (code == CURLUE_OUT_OF_MEMORY) {
+        throw std::bad_alloc();
+    }
+    if (code != CURLUE_OK) {
+        throw refusal(CURLE_URL_MALFORMAT,
+                      std::string("remotePath cannot be read as a URL (") + curl_url_strerror(code) + ")");
+    }
+    return url;
+}
+
+std::string partOf(const Url& url, CURLUPart part, unsigned flags = 0)
+{
+    char* text = nullptr;
+    const CURLUcode code = curl_url_get(url.get(), part, &text, flags);
+    if (code == CURLUE_OUT_OF_MEMORY) {
+        throw std::bad_alloc(); // a part that is lost is not one that is missing
+    }
+    if (code != CURLUE_OK) {
+        return {};
+    }
+    const std::unique_ptr<char, decltype(&curl_free)> owner(text, curl_free);
+    return text;
+}
+
+Scheme schemeOf(const std::string& name)
+{
+    if (name == "ftp") {
+        return Scheme::Ftp;
+    }
+    if (name == "ftps") {
+        return Scheme::Ftps;
+    }
+    if (name != "sftp") {
+        throw refusal(CURLE_UNSUPPORTED_PROTOCOL,
+                      "remotePath begins with " + shown(name, {}) + ":, a session knows ftp:, ftps: and sftp:");
+    }
+    return Scheme::Sftp;
+}
+
+std::uint16_t portOf(const SFtpRequest& request, const Url& url, Scheme scheme)
+{
+    if (request.port > kHighestPort) {
+        throw refusal(CURLE_URL_MALFORMAT, "port is " + std::to_string(request.port) + ", above 65535");
+    }
+    const std::string inUrl = partOf(url, CURLUPART_PORT);
+    std::uint16_t port = scheme == Scheme::Ftp ? 21 : scheme == Scheme::Ftps ? 990 : 22;
+    std::from_chars(inUrl.data(), inUrl.data() + inUrl.size(), port);
+    return request.port != 0 ? static_cast<std::uint16_t>(request.port) : port;
+}
+
+// What would be a query, a fragment or a type of transfer to libcurl is a part of the name: it must not end there, or
+// another file would be meant. A coded slash is one; libcurl decodes it, too.
+std::string wholePath(const Url& url)
+{
+    const std::string query = partOf(url, CURLUPART_QUERY);
+    const std::string fragment = partOf(url, CURLUPART_FRAGMENT);
+    std::string path = partOf(url, CURLUPART_PATH);
+    path += (query.empty() ? "" : "?" + query) + (fragment.empty() ? "" : "#" + fragment);
+    std::string whole = path.empty() ? "/" : "";
+    for (std::string::size_type i = 0; i < path.size(); ++i) {
+        const std::string code = path.substr(i, 3);
+        if (code == "%2F" || code == "%2f") {
+            whole += i == 1 ? kCodedSlash : "/";
+            i += 2;
+        } else if (std::string_view("?#;").find(path[i]) != std::string_view::npos) {
+            whole += percentEncoded(path.substr(i, 1));
+        } else {
+            whole += path[i];
+        }
+    }
+    return whole;
+}
+
+std::string withoutBrackets(const std::string& host)
+{
+    return !host.empty() && host.front() == '[' ? host.substr(1, host.size() - 2) : host;
+}
+
+void requireNoControlByte(const char* field, const std::string& text)
+{
+    if (holdsControlByte(text)) {
+        throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, std::string(field) + " holds a control byte");
+    }
+}
+
+} // namespace
+
+Target::Target(const SFtpRequest& request)
+{
+    requireNoControlByte("remotePath", request.remotePath);
+    const Url url = parsed(request.remotePath);
+    m_scheme = schemeOf(partOf(url, CURLUPART_SCHEME));
+    const std::string host = partOf(url, CURLUPART_HOST);
+    m_host = withoutBrackets(host);
+    m_port = portOf(request, url, m_scheme);
+    m_server = partOf(url, CURLUPART_SCHEME) + "://" + host + ":" + std::to_string(m_port);
+    m_path = wholePath(url);
+    requireNoControlByte("remotePath", percentDecoded(m_path));
+    if (m_host.empty()) {
+        throw refusal(CURLE_URL_MALFORMAT, "remotePath names no host");
+    }
+}
+
+void Target::requireFile() const
+{
+    if (isDirectory()) {
+        throw refusal(CURLE_URL_MALFORMAT, "remotePath ends in \"/\" and so names a directory");
+    }
+}
+
+std::string Target::directoryUrl() const { return url() + (isDirectory() ? "" : "/"); }
+
+// Where the first name begins.
+std::string::size_type Target::top() const { return m_path.compare(1, 3, kCodedSlash) == 0 ? 4 : 1; }
+
+std::string::size_type Target::lastName() const
+{
+    const std::string::size_type end =
+        m_path.size() > 1 && m_path.back() == '/' ? m_path.size() - 2 : std::string::npos;
+    return std::max(m_path.rfind('/', end) + 1, top());
+}
+
+std::string Target::encodedName() const
+{
+    const std::string name = m_path.substr(lastName());
+    return !name.empty() && name.back() == '/' ? name.substr(0, name.size() - 1) : name;
+}
+
+std::string Target::name() const { return percentDecoded(encodedName()); }
+
+std::string Target::pathOf(const std::string& directory, const std::string& name) const
+{
+    if (!isSsh()) {
+        return name;
+    }
+    // "/~/" is the login's directory, from which a path without "/" counts.
+    const std::string decoded = percentDecoded(directory);
+    return (decoded.compare(0, 3, "/~/") == 0 ? decoded.substr(3) : decoded) + name;
+}
+
+std::string Target::commandPath(const std::string& name) const
+{
+    return pathOf(m_path + (isDirectory() ? "" : "/"), name);
+}
+
+std::string Target::commandPathInParent(const std::string& name) const
+{
+    return pathOf(m_path.substr(0, lastName()), name);
+}
+
+void checkTexts(const SFtpRequest& request)
+{
+    requireNoControlByte("userName", request.userName);
+    requireNoControlByte("password", request.password);
+    requireNoControlByte("remoteFileName", request.remoteFileName);
+}
+
+std::string percentDecoded(const std::string& text)
+{
+    int length = 0;
+    const std::unique_ptr<char, decltype(&curl_free)> decoded(
+        curl_easy_unescape(nullptr, text.c_str(), static_cast<int>(text.size()), &length), curl_free);
+    if (!decoded) {
+        throw std::bad_alloc();
+    }
+    return std::string(decoded.get(), static_cast<std::size_t>(length));
+}
+
+} // namespace session
