@@ -240,7 +240,8 @@ private:
         }
     }
 
-    // Some servers do not rename over a file that is there: it must make room first, and is deleted last.
+    // Some servers do not rename over a file that is there: it must make room first, and is deleted last. What cannot
+    // be deleted, such as a directory, gets its name back.
     void replace()
     {
         const std::string old = hiddenName(m_name, m_digits + ".old");
@@ -248,9 +249,12 @@ private:
             throw Failure(*m_failure);
         }
         std::vector<std::string> commands = renaming(m_stored, m_name);
-        commands.push_back("*" + removal(old));
+        commands.push_back(removal(old));
         m_mustStay = true;
         if (const std::optional<Failure> failed = command(commands)) {
+            if (failed->code() == CURLE_QUOTE_ERROR) {
+                static_cast<void>(command(renaming(m_name, m_stored))); // if it got there
+            }
             if (failed->code() != CURLE_QUOTE_ERROR || command(renaming(old, m_name))) {
                 throw Failure(failed->code(), std::string(failed->what()) + "; the new file may be under " + m_stored +
                                                   ", the old one under " + old);
@@ -267,7 +271,9 @@ private:
         transfer.visit(m_target.parentUrl());
         transfer.withoutData();
         transfer.after(commands);
-        set(transfer.handle(), CURLOPT_FRESH_CONNECT, fresh ? 1L : 0L);
+        if (fresh) {
+            set(transfer.handle(), CURLOPT_FRESH_CONNECT, 1L);
+        }
         const CURLcode code = transfer.tryToRun();
         return code == CURLE_OK ? std::nullopt : std::optional(transfer.failure(code));
     }

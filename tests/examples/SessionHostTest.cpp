@@ -35,7 +35,7 @@ protected:
         Lines said;
         for (const std::string& line : all.at(0)) {
             if (line.rfind("> ", 0) == 0) {
-                said.push_back(std::regex_replace(line, std::regex("[0-9a-f]{12}\\.part"), "XXXXXXXXXXXX.part"));
+                said.push_back(std::regex_replace(line, std::regex("[0-9A-F]{12}\\.part"), "XXXXXXXXXXXX.part"));
             }
         }
         const auto login = std::find(said.begin(), said.end(), "> PWD");

@@ -19,6 +19,10 @@ protected:
         if (isUpload && failed == "getinfo CONTENT_LENGTH_DOWNLOAD_T") {
             return CURLE_PARTIAL_FILE; // a size that is not known is no proof
         }
+        const bool asksForTime = GetParam().call.function == "StatEntry" && GetParam().scheme != "sftp";
+        if (asksForTime && failed == "getinfo FILETIME_T") {
+            return CURLE_REMOTE_FILE_NOT_FOUND; // all that this server reports of the file
+        }
         static const std::map<std::string, int> kResults = {
             {"curl_easy_init", kThrown},
             {"curl_multi_init", kThrown},

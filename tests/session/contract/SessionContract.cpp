@@ -40,6 +40,7 @@ SessionContract::SessionContract()
 {
     recorded::disk() = {};
     scripted::curl().connects = true;
+    scripted::curl().time = 1000;
     request.remotePath = "ftp://server:2121/backup/a.bak";
     request.port = 0;
     request.caCert.clear();

@@ -143,7 +143,7 @@ TEST_F(SessionTransfer, AnUploadReplacesAFileThatIsInTheWay)
         return served(handle);
     };
     EXPECT_TRUE(sameLines({"handle 1 made", kUpload, kCommands, kDirectory, kAway, kDirectory,
-                           "1 POSTQUOTE = [RNFR " + kPart + "][RNTO a.bak][*DELE " + kOld + "]", "handle 1 cleaned up"},
+                           "1 POSTQUOTE = [RNFR " + kPart + "][RNTO a.bak][DELE " + kOld + "]", "handle 1 cleaned up"},
                           wayOf("UploadFileToSFtpServer")));
     EXPECT_EQ("as it was", errorText);
 }
@@ -171,7 +171,7 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
                          "1 POSTQUOTE = [rename " + part + " " + file + "]",
                          directory,
                          "1 POSTQUOTE = [rename " + file + " " + old + "]"};
-    const Lines replaced = {directory, "1 POSTQUOTE = [rename " + part + " " + file + "][*rm " + old + "]"};
+    const Lines replaced = {directory, "1 POSTQUOTE = [rename " + part + " " + file + "][rm " + old + "]"};
     const Lines end = {"handle 1 cleaned up"};
     EXPECT_TRUE(sameLines(begin + replaced + end, wayOf("UploadFileToSFtpServer")));
     EXPECT_EQ("as it was", errorText);
@@ -183,7 +183,8 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
         return transfers == 3 || transfers == 5 ? CURLE_QUOTE_ERROR : code;
     };
     transfers = 0;
-    const Lines back = {directory, "1 POSTQUOTE = [rename " + old + " " + file + "]"};
+    const Lines back = {directory, "1 POSTQUOTE = [rename " + file + " " + part + "]", directory,
+                        "1 POSTQUOTE = [rename " + old + " " + file + "]"};
     const Lines removed = {directory, "1 POSTQUOTE = [*rm " + part + "]"};
     EXPECT_TRUE(sameLines(begin + replaced + back + removed + end, wayOf("UploadFileToSFtpServer", CURLE_QUOTE_ERROR)));
     EXPECT_EQ(0U, errorText.find(scripted::text(21)));
@@ -413,10 +414,14 @@ TEST_F(SessionTransfer, OneEntryByCommands)
     EXPECT_EQ("[a.bak file 17 at 1000]", lastGot());
     // libcurl makes 0 of it.
     scripted::curl().size = 0;
-    scripted::curl().time = -1;
     says("213 many\r\n");
     wayOf("StatEntry");
-    EXPECT_EQ("[a.bak file -1]", lastGot());
+    EXPECT_EQ("[a.bak file -1 at 1000]", lastGot());
+    // A file of which the server reports nothing is not there.
+    scripted::curl().time = -1;
+    SFtpSession session;
+    EXPECT_EQ("CURLE_REMOTE_FILE_NOT_FOUND", nameOf(operationCall("StatEntry").run(session, request, errorText)));
+    EXPECT_EQ("libcurl's text for 78: the server reports neither its size nor its time", errorText);
 }
 
 TEST_F(SessionTransfer, OneEntryMayBeADirectory)
@@ -452,7 +457,7 @@ TEST_F(SessionTransfer, OneEntryOverSshIsInItsDirectoryOrNowhere)
     request.remotePath = "sftp://server/backup/b";
     content = "-rw-r--r-- 1 u g 7 Jan  1 00:00 a\n-rw-r--r-- 1 u g 8 Jan  1 00:00 b\n";
     wayOf("StatEntry");
-    EXPECT_EQ("[b file 8]", lastGot());
+    EXPECT_EQ("[b file 8 at 1000]", lastGot());
     request.remotePath = "sftp://server/backup/c";
     wayOf("StatEntry", CURLE_REMOTE_FILE_NOT_FOUND);
     EXPECT_EQ(scripted::text(78) + ": the directory holds no \"c\"", errorText);
