@@ -230,12 +230,13 @@ private:
         }
     }
 
-    // Some servers do not rename over a file that is there: it must make room first, and is deleted last.
+    // Some servers do not rename over a file that is there: it must make room first, and is deleted last. A directory
+    // makes no room.
     void replace()
     {
         const std::string old = hiddenName(m_name, m_digits + ".old");
-        if (command(renaming(m_name, old))) {
-            throw Failure(*m_failure);
+        if (const std::optional<Failure> failed = isDirectoryThere() ? m_failure : command(renaming(m_name, old))) {
+            throw Failure(m_work.call.verdict() == CURLE_OK ? *m_failure : *failed);
         }
         std::vector<std::string> commands = renaming(m_stored, m_name);
         commands.push_back("*" + removal(old));
@@ -248,6 +249,17 @@ private:
             m_mustStay = false;
             throw Failure(*failed);
         }
+    }
+
+    // Over SSH, to visit a directory tells nothing: it must be opened.
+    bool isDirectoryThere() const
+    {
+        Transfer transfer(m_work.connection, m_work.access, m_work.call);
+        transfer.visit(m_target.directoryUrl());
+        if (!m_target.isSsh()) {
+            transfer.withoutData();
+        }
+        return transfer.tryToRun() == CURLE_OK;
     }
 
     // In the directory of the target, over a new connection where `fresh` asks for it; nothing where all went well.
