@@ -1,5 +1,5 @@
 #include "Bare.h"
-#include "operation/Operations.h"
+#include "Operations.h"
 
 const std::map<std::string, Operation>& operations()
 {

@@ -9,8 +9,6 @@ LFTP = [
     "set ftp:ssl-force yes",
     "set ftp:ssl-protect-data yes",
     "set ftp:ssl-protect-list yes",
-    # Over 1.3, its uploads to vsftpd break off: it does not wait for the server to close the data connection.
-    "set ssl:priority NORMAL:-VERS-TLS1.3",
     "set net:max-retries 1",
     "set net:timeout 60",
     # It would give /dev/null the server's time, and put an older file aside.
@@ -18,6 +16,8 @@ LFTP = [
     "set xfer:clobber yes",
     "set xfer:make-backup no",
 ]
+# Over 1.3, its uploads to vsftpd break off: it does not wait for the server to close the data connection.
+LFTP_UPLOAD = ["set ssl:priority NORMAL:-VERS-TLS1.3"]
 
 
 def curl(server, work):
@@ -43,19 +43,20 @@ def lftp(server, work):
         "rename": f"mv {folder / work.remote} {folder / work.local}",
         "delete": f"rm {folder / work.remote}",
     }[work.operation]
-    return _prepared(work, lftp_command(server, does), _lftp_environment(server))
+    return _prepared(work, lftp_command(server, work.operation, does), _lftp_environment(server))
 
 
-def lftp_command(server, does):
+def lftp_command(server, operation, does):
+    settings = [*LFTP, *(LFTP_UPLOAD if operation == "upload" else []), f"set ssl:ca-file {server.small_trust}"]
     login = f"open --user backup --env-password {server.url('')}"
-    return ["lftp", "--norc", "-c", "; ".join([*LFTP, f"set ssl:ca-file {server.small_trust}", login, does])]
+    return ["lftp", "--norc", "-c", "; ".join([*settings, login, does])]
 
 
 def lftp_mirror(server, operation, local, remote, parallel):
     """A whole folder, from or to the server."""
     mirror = f"mirror --parallel={parallel}"
     does = f"{mirror} --reverse {local} /{remote}" if operation == "upload" else f"{mirror} /{remote} {local}"
-    return lftp_command(server, does), _lftp_environment(server)
+    return lftp_command(server, operation, does), _lftp_environment(server)
 
 
 def rclone_copy(server, operation, local, remote, transfers):

@@ -1,4 +1,4 @@
-#include "operation/Operations.h"
+#include "Operations.h"
 
 #include <ISFtpClient.h>
 #include <SFtpClient.h>

@@ -30,7 +30,7 @@ void write(const std::filesystem::path& path, const std::string& content)
 struct Daemon
 {
     std::string package;
-    Start (*configure)(const std::string& folder);
+    ProcessSetup (*configure)(const std::string& folder);
 };
 
 const Daemon& daemonNamed(const std::string& name)
@@ -58,9 +58,10 @@ void serve(const Daemon& which, const std::string& folder)
     write(folder + "/password", PrivateSystem::kPassword);
     write(daemon + "/cert.pem", certificate.certificatePem);
     write(daemon + "/key.pem", certificate.privateKeyPem);
-    const Start start = which.configure(daemon);
-    const Inetd inetd(PrivateSystem(daemon, folder + "/served", SERVERS_FOLDER), start.command, start.environment,
-                      daemon + "/stderr.log");
+    ProcessSetup setup = which.configure(daemon);
+    setup.environment.emplace_back("PATH", "/usr/sbin:/usr/bin:/sbin:/bin");
+    setup.err = daemon + "/stderr.log";
+    const Inetd inetd(PrivateSystem(daemon, folder + "/served", SERVERS_FOLDER), setup);
     std::cout << "listening on 127.0.0.1:" << inetd.port() << std::endl;
     std::cin.ignore(std::numeric_limits<std::streamsize>::max());
 }

@@ -1,7 +1,7 @@
 // One operation, so many times on so many threads: the process as a whole is what is measured.
 
-#include "base/Arguments.h"
-#include "operation/Operations.h"
+#include "Arguments.h"
+#include "Operations.h"
 
 #include <curl/curl.h>
 

@@ -54,13 +54,14 @@ public:
     Arrival(const Work& work, const LeavingFile& file) : Arrival(work, file.size(), digitsFor(work, file))
     {
         m_file = &file;
+        m_isKept = true;
     }
 
     void run()
     {
         if (m_file != nullptr) {
             m_offset = sizeToGoOnFrom();
-            if (m_offset == 0) {
+            if (m_offset == 0 && m_isThere) {
                 makeRoom();
             }
             if (m_offset == m_size && m_size > 0) {
@@ -70,9 +71,8 @@ public:
             }
         }
         CURLcode code = tryToSend(false);
-        if (code != CURLE_OK && m_offset > 0 && !m_begun && isRefusal()) {
-            m_offset = 0;
-            makeRoom();
+        if (m_file != nullptr && !m_begun && isRefusal(code)) {
+            beginAnew();
             code = tryToSend(false);
         }
         // Nothing has been sent then: the directory comes before the file.
@@ -91,7 +91,7 @@ public:
     /// What is left of a failure, the server would keep for ever. A call that was stopped has no time for that.
     void removeQuietly() noexcept
     try {
-        if (m_begun && m_stored != m_name && !m_mustStay && (m_file == nullptr || m_isWrong) &&
+        if (m_begun && m_stored != m_name && !m_mustStay && (!m_isKept || m_isWrong) &&
             m_work.call.verdict() == CURLE_OK) {
             const std::vector<std::string> commands = {"*" + removal(m_stored)};
             const std::optional<Failure> failed = command(commands);
@@ -110,16 +110,26 @@ private:
     {
     }
 
-    // Of appending, which some servers do not allow; libcurl has several codes for that.
-    bool isRefusal() const { return m_target.isSsh() || m_work.connection.replies().lastCode() >= 400; }
-
-    // Some servers do not allow overwriting, either.
-    void makeRoom() const
+    // Of appending or overwriting, which some servers do not allow, or of what an earlier attempt, not yet over for the
+    // server, has left meanwhile. libcurl has several codes for that.
+    bool isRefusal(CURLcode code) const
     {
-        if (m_isThere) {
-            static_cast<void>(command({"*" + removal(m_stored)}));
-        }
+        return m_target.isSsh() ? code == CURLE_REMOTE_ACCESS_DENIED
+                                : code != CURLE_OK && code != CURLE_REMOTE_ACCESS_DENIED &&
+                                      m_work.connection.replies().lastCode() >= 400;
     }
+
+    // Under a name that nobody has.
+    void beginAnew()
+    {
+        makeRoom();
+        m_offset = 0;
+        m_isKept = false;
+        m_digits = randomDigits();
+        m_stored = hiddenName(m_name, m_digits + ".part");
+    }
+
+    void makeRoom() const { static_cast<void>(command({"*" + removal(m_stored)})); }
 
     std::string storedUrl() const { return m_target.parentUrl() + percentEncoded(m_stored); }
 
@@ -303,6 +313,7 @@ private:
     std::string m_name;
     std::string m_digits;
     std::string m_stored;
+    bool m_isKept = false;  // for a later attempt
     bool m_isThere = false; // something is there from an earlier attempt
     bool m_begun = false;
     bool m_mustStay = false; // it may be all that is left

@@ -1,5 +1,6 @@
 // What must be the same for a connection to serve another request.
 #include <request/Access.h>
+#include <request/Certificates.h>
 
 #include "support/LiveHost.h"
 
@@ -27,7 +28,8 @@ protected:
         SFtpRequest changed = request;
         change(changed);
         const SessionOptions options;
-        return session::Access(changed, options).identity().digest;
+        session::CertificateReader certificates;
+        return session::Access(changed, options, certificates).identity().digest;
     }
 
     SFtpRequest request;

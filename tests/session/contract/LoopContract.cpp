@@ -1,8 +1,8 @@
 // How a session drives libcurl: waiting, being cancelled, running out of time, keeping a connection or not.
 #include "OperationCalls.h"
+#include "RecordedDisk.h"
 #include "SessionContract.h"
 
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -403,10 +403,6 @@ TEST_F(SessionLoop, ClosesAConnectionThatWasIdleForTooLong)
 
 TEST_F(SessionLoop, DoesNotBeginWithoutADescriptor)
 {
-    rlimit before = {};
-    getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit none = {0, before.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &none);
+    recorded::disk().failing = {{"eventfd", EMFILE}};
     EXPECT_THROW(SFtpSession(), std::system_error);
-    setrlimit(RLIMIT_NOFILE, &before);
 }

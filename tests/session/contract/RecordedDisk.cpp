@@ -4,6 +4,7 @@
 #include "support/Memory.h"
 #include "support/NextFunction.h"
 
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -119,4 +120,11 @@ extern "C" ssize_t read(int descriptor, void* bytes, size_t count)
     static auto* const next = nextFunction<ssize_t(int, void*, size_t)>("read");
     const memory::Pause pause;
     return isInterrupted() || fails("read") ? -1 : next(descriptor, bytes, count);
+}
+
+extern "C" int eventfd(unsigned count, int flags) noexcept
+{
+    static auto* const next = nextFunction<int(unsigned, int)>("eventfd");
+    const memory::Pause pause;
+    return fails("eventfd") ? -1 : next(count, flags);
 }
