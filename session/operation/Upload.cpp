@@ -240,13 +240,12 @@ private:
         }
     }
 
-    // Some servers do not rename over a file that is there: it must make room first, and is deleted last. A directory
-    // makes no room.
+    // Some servers do not rename over a file that is there: it must make room first, and is deleted last.
     void replace()
     {
         const std::string old = hiddenName(m_name, m_digits + ".old");
-        if (const std::optional<Failure> failed = isDirectoryThere() ? m_failure : command(renaming(m_name, old))) {
-            throw Failure(m_work.call.verdict() == CURLE_OK ? *m_failure : *failed);
+        if (command(renaming(m_name, old))) {
+            throw Failure(*m_failure);
         }
         std::vector<std::string> commands = renaming(m_stored, m_name);
         commands.push_back("*" + removal(old));
@@ -259,17 +258,6 @@ private:
             m_mustStay = false;
             throw Failure(*failed);
         }
-    }
-
-    // Over SSH, to visit a directory tells nothing: it must be opened.
-    bool isDirectoryThere() const
-    {
-        Transfer transfer(m_work.connection, m_work.access, m_work.call);
-        transfer.visit(m_target.directoryUrl());
-        if (!m_target.isSsh()) {
-            transfer.withoutData();
-        }
-        return transfer.tryToRun() == CURLE_OK;
     }
 
     // In the directory of the target, over a new connection where `fresh` asks for it; nothing where all went well.

@@ -102,9 +102,6 @@ CURLcode SessionContract::serve(const scripted::Handle& handle)
         return CURLE_PEER_FAILED_VERIFICATION;
     }
     say(handle, "220 ready");
-    if (!missing.empty() && scripted::curl().url == missing) {
-        return CURLE_REMOTE_FILE_NOT_FOUND;
-    }
     if (!handle.isOn(CURLOPT_NOBODY)) {
         if (const CURLcode code = moveFile(handle)) {
             return code;

@@ -32,7 +32,6 @@ protected:
     std::string content = "the content";     ///< what is downloaded or listed
     std::string uploaded;                    ///< what came up last
     std::vector<std::string> features;       ///< lines of the reply to FEAT
-    std::string missing;                     ///< a URL at which there is nothing
     std::string toldSize;                    ///< in the reply to SIZE; empty: what has been uploaded
     std::map<std::string, CURLcode> refused; ///< commands that end a transfer, with what libcurl makes of it
 
