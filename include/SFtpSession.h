@@ -124,8 +124,7 @@ struct SessionOptions
 /// same server, login, trust and options where there is one.
 ///
 /// Kept connections: closed by the session's destructor, and at the next call after `idleTimeout`. libcurl keeps the
-/// login of a connection in memory as long as the connection lives; the session makes no
-/// copy of its own.
+/// login of a connection in memory as long as the connection lives; the session makes no copy of its own.
 ///
 /// Resuming: with `SessionOptions::resume`, UploadFileToSFtpServer and DownLoadSFtpFile leave the temporary file of a
 /// failure where it is, and find it again: its name has digits that are made of both ends' names and of the file's size
@@ -175,11 +174,12 @@ public:
     /// away first and deleted last; where that breaks off, `errorText` names what is left.
     int UploadFileToSFtpServer(const SFtpRequest& request, std::string& errorText) override;
 
-    /// Connects and logs in, and enters the directory of `remotePath`; no data connection is made.
+    /// Connects and logs in, and over FTP enters the directory `remotePath`; no data connection is made.
     int TestSConnect(const SFtpRequest& request, std::string& errorText);
 
     /// Replaces `entries` by what is in the directory `remotePath`, without "." and "..", and without names that hold a
-    /// "/" or a zero byte; a failure leaves it alone. 63 where the listing is larger than 128 MiB.
+    /// "/" or a zero byte; a failure leaves it alone. 63 where the listing, or what is kept of it, is larger than
+    /// 128 MiB.
     int ListEntries(const SFtpRequest& request, std::vector<RemoteEntry>& entries, std::string& errorText);
 
     /// Tells about the file or directory `remotePath`. 78 where there is none; a failure leaves `entry` alone.

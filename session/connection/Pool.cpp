@@ -109,6 +109,9 @@ bool Pool::makeRoom(const std::string& server, Connections& closing)
 void Pool::giveBack(const Identity& identity, std::unique_ptr<Connection> connection)
 {
     const bool keeps = connection && connection->isUsable() && m_idleTimeout.count() > 0;
+    if (!keeps) {
+        connection.reset(); // before somebody makes another one: the server counts them as long as they are open
+    }
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (keeps) {

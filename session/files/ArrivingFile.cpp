@@ -127,7 +127,11 @@ void ArrivingFile::openNew()
 void ArrivingFile::openPipe()
 {
     m_descriptor = Descriptor(open(m_path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
-    while (!m_descriptor.isOpen() && errno == ENXIO) {
+    const auto isPipe = [this] {
+        struct stat there = {};
+        return stat(m_path.c_str(), &there) == 0 && S_ISFIFO(there.st_mode);
+    };
+    while (!m_descriptor.isOpen() && errno == ENXIO && isPipe()) {
         requireCall();
         std::this_thread::sleep_for(kLook);
         m_descriptor = Descriptor(open(m_path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));

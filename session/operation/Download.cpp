@@ -70,6 +70,8 @@ private:
     std::size_t m_done = 0;
 };
 
+Failure changedMeanwhile() { return refusal(CURLE_PARTIAL_FILE, "the file has changed on the server meanwhile"); }
+
 // False where what is there cannot be gone on with.
 bool goOn(const Work& work, ArrivingFile& file, std::int64_t size)
 {
@@ -83,6 +85,10 @@ bool goOn(const Work& work, ArrivingFile& file, std::int64_t size)
     transfer.receiveFrom(offset);
     transfer.receive([&](const char* bytes, std::size_t count) {
         differs = !overlap.take(bytes, count);
+        if (!differs && file.size() + static_cast<std::int64_t>(count) > size) {
+            file.startOver();
+            throw changedMeanwhile();
+        }
         return !differs && file.write(bytes, count);
     });
     const CURLcode code = transfer.tryToRun();
@@ -112,7 +118,7 @@ void resume(const Work& work, const std::string& localPath, std::int64_t limit)
     }
     if (there->size >= 0 && file.size() != there->size) {
         file.startOver();
-        throw refusal(CURLE_PARTIAL_FILE, "the file has changed on the server meanwhile");
+        throw changedMeanwhile();
     }
     file.takePlace();
 }

@@ -16,6 +16,8 @@ namespace {
 // All of it is kept in memory: a server must not decide how much that is.
 constexpr std::int64_t kLargestListing = 128LL * 1024 * 1024;
 
+Failure listingTooLarge() { return refusal(CURLE_FILESIZE_EXCEEDED, "the listing is larger than 128 MiB"); }
+
 void visitDirectory(const Work& work, const std::vector<std::string>& commands)
 {
     Transfer transfer(work.connection, work.access, work.call);
@@ -56,9 +58,14 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
 {
     const bool facts = !work.access.target().isSsh() && featuresOf(work).mlst;
     std::vector<RemoteEntry> entries;
+    std::size_t kept = 0; // a few bytes on the wire can be many here
     LineSplitter lines([&](std::string_view line) {
         std::optional<RemoteEntry> entry = facts ? entryOfFacts(line) : entryOfLongLine(line);
         if (entry && leadsNowhereElse(entry->name)) {
+            kept += sizeof *entry + entry->name.size();
+            if (kept > static_cast<std::size_t>(kLargestListing)) {
+                throw listingTooLarge();
+            }
             entries.push_back(std::move(*entry));
         }
     });
@@ -69,7 +76,7 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
     }
     transfer.receive([&work, take = lines.sink()](const char* bytes, std::size_t count) {
         if (work.call.bytes() > kLargestListing) {
-            throw refusal(CURLE_FILESIZE_EXCEEDED, "the listing is larger than 128 MiB");
+            throw listingTooLarge();
         }
         return take(bytes, count);
     });
@@ -110,6 +117,9 @@ RemoteEntry statByCommands(const Work& work, const std::string& name)
 {
     const Target& target = work.access.target();
     if (std::optional<RemoteEntry> file = fileAt(work, target.parentUrl() + target.encodedName())) {
+        if (file->size < 0 && !file->modified) {
+            throw refusal(CURLE_REMOTE_FILE_NOT_FOUND, "the server reports neither its size nor its time");
+        }
         file->name = name;
         return *file;
     }
@@ -167,9 +177,6 @@ std::optional<RemoteEntry> fileAt(const Work& work, const std::string& url)
     // libcurl makes 0 of some replies that are no number.
     for (const std::string& line : transfer.replies().lines()) {
         entry.size = size >= 0 && line.compare(0, 4, "213 ") == 0 ? sizeInReply(line) : entry.size;
-    }
-    if (entry.size < 0 && !entry.modified) {
-        throw refusal(CURLE_REMOTE_FILE_NOT_FOUND, "the server reports neither its size nor its time");
     }
     return entry;
 }

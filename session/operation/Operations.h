@@ -35,7 +35,8 @@ void listNames(const Work& work, const DataSink& sink);
 std::vector<RemoteEntry> listEntries(const Work& work);
 RemoteEntry statEntry(const Work& work);
 
-/// The file at this URL: size and time, without its name. Nothing where there is none.
+/// The file at this URL: size and time, as far as the server reports them, without its name. Nothing where there is
+/// none.
 std::optional<RemoteEntry> fileAt(const Work& work, const std::string& url);
 
 /// `limit`: the least size that is refused, with 63.

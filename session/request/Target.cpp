@@ -19,14 +19,30 @@ constexpr char kCodedSlash[] = "%2F";
 
 using Url = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
 
+// What would be a query, a fragment or a type of transfer to libcurl is a part of the name: it must not end there, or
+// another file would be meant. A blank is one, which libcurl makes a "+" of behind a "?".
+std::string withNamesAlone(const std::string& url)
+{
+    const std::string::size_type host = url.find_first_not_of('/', url.find(':') + 1);
+    const std::string::size_type path = url.find_first_of("/?#", host);
+    if (host == std::string::npos || path == std::string::npos) {
+        return url;
+    }
+    std::string whole = url.substr(0, path) + (url[path] == '/' ? "" : "/");
+    for (const char each : url.substr(path)) {
+        whole += std::string_view("?#; ").find(each) != std::string_view::npos ? percentEncoded({&each, 1})
+                                                                               : std::string(1, each);
+    }
+    return whole;
+}
+
 Url parsed(const std::string& text)
 {
     Url url(curl_url(), curl_url_cleanup);
     if (!url) {
         throw std::bad_alloc();
     }
-    // A blank in a path is meant as one.
-    const CURLUcode code = curl_url_set(url.get(), CURLUPART_URL, text.c_str(),
+    const CURLUcode code = curl_url_set(url.get(), CURLUPART_URL, withNamesAlone(text).c_str(),
                                         CURLU_PATH_AS_IS | CURLU_NON_SUPPORT_SCHEME | CURLU_URLENCODE);
     if (code == CURLUE_OUT_OF_MEMORY) {
         throw std::bad_alloc();
@@ -78,22 +94,16 @@ std::uint16_t portOf(const SFtpRequest& request, const Url& url, Scheme scheme)
     return request.port != 0 ? static_cast<std::uint16_t>(request.port) : port;
 }
 
-// What would be a query, a fragment or a type of transfer to libcurl is a part of the name: it must not end there, or
-// another file would be meant. A coded slash is one; libcurl decodes it, too.
+// A coded slash is one; libcurl decodes it, too.
 std::string wholePath(const Url& url)
 {
-    const std::string query = partOf(url, CURLUPART_QUERY);
-    const std::string fragment = partOf(url, CURLUPART_FRAGMENT);
-    std::string path = partOf(url, CURLUPART_PATH);
-    path += (query.empty() ? "" : "?" + query) + (fragment.empty() ? "" : "#" + fragment);
+    const std::string path = partOf(url, CURLUPART_PATH);
     std::string whole = path.empty() ? "/" : "";
     for (std::string::size_type i = 0; i < path.size(); ++i) {
         const std::string code = path.substr(i, 3);
         if (code == "%2F" || code == "%2f") {
             whole += i == 1 ? kCodedSlash : "/";
             i += 2;
-        } else if (std::string_view("?#;").find(path[i]) != std::string_view::npos) {
-            whole += percentEncoded(path.substr(i, 1));
         } else {
             whole += path[i];
         }

@@ -36,8 +36,6 @@ public:
     std::string directoryUrl() const;
     /// The URL of the directory that the last name of the path is in.
     std::string parentUrl() const { return m_server + m_path.substr(0, lastName()); }
-    /// The URL of the directory that logging in leads to.
-    std::string startUrl() const { return m_server + "/"; }
 
     /// The path's last name, decoded; empty for the top directory.
     std::string name() const;

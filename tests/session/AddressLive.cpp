@@ -66,7 +66,7 @@ TEST_F(SessionAddress, EveryByteOfANameCounts)
     serve();
     writeFile(served("a"), "another file");
     SFtpSession session;
-    for (const std::string name : {"a#b?c", "a?b#c?d", "a;type=a", "a;type=d"}) {
+    for (const std::string name : {"a#b?c", "a?b#c?d", "a;type=a", "a;type=d", "a?b c", "a?", "a#", "a?#b"}) {
         SCOPED_TRACE(name);
         aimAt("/" + name);
         std::istringstream in("line\ncontent");

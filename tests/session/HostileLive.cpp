@@ -126,6 +126,18 @@ TEST_F(SessionHostile, AListingHasAnEnd)
     EXPECT_EQ(1U, entries.size());
 }
 
+// The shortest lines make the most entries.
+TEST_F(SessionHostile, AListingHasAnEndInMemoryToo)
+{
+    std::string data;
+    for (int i = 0; i < 3 * 1024 * 1024; ++i) {
+        data += " x\n";
+    }
+    EXPECT_EQ(CURLE_FILESIZE_EXCEEDED, listWhatComes(std::move(data)));
+    EXPECT_NE(std::string::npos, errorText.find("the listing is larger than 128 MiB")) << errorText;
+    EXPECT_TRUE(entries.empty());
+}
+
 TEST_F(SessionHostile, ALineHasAnEnd)
 {
     EXPECT_EQ(CURLE_WEIRD_SERVER_REPLY, listWhatComes("type=file; " + std::string(2 * 1024 * 1024, 'a')));

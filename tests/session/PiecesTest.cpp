@@ -18,7 +18,9 @@
 #include <openssl/err.h>
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -61,7 +63,9 @@ TEST(Target, HasTheUrlsParts)
     EXPECT_EQ(990, targetOf("ftps://host").port());
     EXPECT_EQ(21, targetOf("ftp://host").port());
     EXPECT_EQ(22, targetOf("sftp://host").port());
-    EXPECT_EQ("ftp://host:21/a%3Fb", targetOf("ftp://host/a?b").url());
+    EXPECT_EQ("ftp://host:21/a%3Fb%20c+d", targetOf("ftp://host/a?b c+d").url());
+    EXPECT_EQ("ftp://host:21/a%3F%23", targetOf("ftp:///host/a?#").url());
+    EXPECT_EQ("ftp://host:21/%3Fa%3Bb", targetOf("ftp://host?a;b").url());
 }
 
 TEST(Replies, EndWithThreeDigitsAndABlank)
@@ -270,6 +274,18 @@ TEST_F(Arriving, WaitsForAPipesOtherEndAsLongAsTheCallMay)
         EXPECT_NE(std::string::npos, std::string(failure.what()).find("nobody read from localPath " + path("p")));
     }
     EXPECT_EQ(1, files());
+}
+
+// Nobody can open it, ever: there is nothing to wait for.
+TEST_F(Arriving, DoesNotWaitForASocket)
+{
+    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path("s").copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(0, bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+    EXPECT_THROW(ArrivingFile(path("s"), call), Failure);
+    close(listener);
 }
 
 TEST_F(Arriving, FollowsALink)

@@ -1,6 +1,8 @@
 // Transfers that go on where an earlier one broke off.
 #include "SessionLive.h"
 
+#include "support/FileSizeLimit.h"
+
 #include <algorithm>
 #include <filesystem>
 
@@ -156,6 +158,36 @@ TEST_F(SessionResume, NothingStaysOfADownloadThatHasNotBegun)
     writeFile(served("a.bak"), content);
     EXPECT_NE(0, download());
     EXPECT_EQ(Lines{}, namesIn(local("")));
+}
+
+TEST_F(SessionResume, WhereTheServerReportsNeitherSizeNorTimeTransfersBeginAnew)
+{
+    misbehave("SIZE=reply:502 not implemented");
+    misbehave("MDTM=reply:502 not implemented");
+    serve();
+    writeFile(local("file"), content);
+    EXPECT_EQ(0, upload()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+    EXPECT_EQ(0, download()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+    EXPECT_EQ((Lines{"file", "got"}), namesIn(local("")));
+    EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+}
+
+// A server must not fill the disk with more than the size by which the file was let in.
+TEST_F(SessionResume, ADownloadOfAFileThatHasGrownEndsAtItsSize)
+{
+    misbehave("2/SIZE#1=reply:213 " + std::to_string(kBytes));
+    breakADownload();
+    writeFile(served("a.bak"), content + std::string(2 * kBytes, 'x'));
+    {
+        const FileSizeLimit limit(kBytes);
+        EXPECT_EQ(CURLE_PARTIAL_FILE, download());
+    }
+    EXPECT_EQ(0U, errorText.find("Transferred a partial file: the file has changed on the server meanwhile"))
+        << errorText;
+    EXPECT_EQ("before", contentOf(local("got")));
+    EXPECT_EQ(Lines{"got"}, namesIn(local("")));
 }
 
 TEST_F(SessionResume, AnUploadSendsTheRest)

@@ -164,6 +164,18 @@ TEST_F(SessionUpload, TheOldFileComesBackWhereTheNewOneCannotTakeItsPlace)
     expectTheOldFileAlone();
 }
 
+TEST_F(SessionUpload, ADirectoryDoesNotGiveWay)
+{
+    serve();
+    std::filesystem::create_directory(served("d"));
+    writeFile(served("d/kept"), "kept");
+    aimAt("/d");
+    SFtpSession session;
+    EXPECT_EQ(CURLE_QUOTE_ERROR, session.UploadFileToSFtpServer(request, errorText)) << errorText;
+    EXPECT_EQ("kept", contentOf(served("d/kept")));
+    EXPECT_EQ(2U, names().size()) << "a.bak and d";
+}
+
 TEST_F(SessionUpload, ALongNameHasATemporaryOneToo)
 {
     serve();
