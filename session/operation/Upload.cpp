@@ -245,8 +245,8 @@ private:
     void replace()
     {
         const std::string old = hiddenName(m_name, m_digits + ".old");
-        if (command(renaming(m_name, old))) {
-            throw Failure(*m_failure);
+        if (const std::optional<Failure> failed = command(renaming(m_name, old))) {
+            throw Failure(m_work.call.verdict() == CURLE_OK ? *m_failure : *failed);
         }
         std::vector<std::string> commands = renaming(m_stored, m_name);
         commands.push_back(removal(old));

@@ -148,6 +148,21 @@ TEST_F(SessionTransfer, AnUploadReplacesAFileThatIsInTheWay)
     EXPECT_EQ("as it was", errorText);
 }
 
+TEST_F(SessionTransfer, AReplacementThatIsCancelledSaysSo)
+{
+    refused["RNTO"] = CURLE_QUOTE_ERROR;
+    SFtpSession session(options);
+    unsigned transfers = 0;
+    const auto served = scripted::curl().perform;
+    scripted::curl().perform = [&](scripted::Handle& handle) {
+        if (++transfers == 2) {
+            session.Cancel();
+        }
+        return served(handle);
+    };
+    EXPECT_EQ("CURLE_ABORTED_BY_CALLBACK", nameOf(session.UploadFileToSFtpServer(request, errorText)));
+}
+
 TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
 {
     request.remotePath = "sftp://server/backup/a.bak";
