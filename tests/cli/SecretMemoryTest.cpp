@@ -1,4 +1,4 @@
-// What was read of a secret is overwritten before its memory is released.
+// A secret is overwritten before its memory is released.
 #include "support/Memory.h"
 #include "support/TemporaryFolder.h"
 
@@ -86,8 +86,8 @@ TEST_F(SecretMemory, OfAMaskIsWiped)
     EXPECT_EQ(0U, leaked);
 }
 
-// A resized window, or a stop and a continuation, must not end the question.
-TEST(ReadSecretLine, GoesOnAfterASignal)
+// A resized window, or a stop and a continuation, must not end the prompt.
+TEST(ReadSecretLine, ContinuesAfterASignal)
 {
     static std::atomic<int> signals;
     signals = 0;

@@ -3,7 +3,7 @@
 
 #include "harness/Crowd.h"
 
-/// The operations of one thread, on files that no other thread has. Each call goes under a request identifier of its
+/// The operations of one thread, on files that no other thread uses. Each call has a request identifier of its
 /// own; what is wrong with its result, its records or the files is kept.
 class Visitor
 {
