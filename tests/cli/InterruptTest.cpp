@@ -27,7 +27,7 @@ protected:
     }
 };
 
-/// Where a command is when it is interrupted, what it says then, and what is left.
+/// The step at which a command is interrupted, its output, and what is left.
 struct Interrupted
 {
     const char* id;

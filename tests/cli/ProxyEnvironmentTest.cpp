@@ -71,7 +71,7 @@ TEST_F(ProxyVariables, AreThoseThatLibcurlUses)
     EXPECT_TRUE(libcurlTakesProxy("ftp://127.0.0.1:7/")) << "this test would see nothing";
 }
 
-TEST_F(ProxyVariables, HaveLibcurlsPrecedence)
+TEST_F(ProxyVariables, HaveAPrecedence)
 {
     const std::vector<std::string> order{"ftps_proxy", "FTPS_PROXY", "all_proxy", "ALL_PROXY"};
     for (std::size_t first = 0; first < order.size(); ++first) {

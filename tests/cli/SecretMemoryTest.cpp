@@ -25,7 +25,7 @@ constexpr char kBase64[] = "bWU6YSBwYXNzd29yZCB0aGF0IGlz";
 class SecretMemory : public testing::Test
 {
 protected:
-    // A block that holds the beginning of the secret counts: a text that grew leaves no more.
+    // A block with the beginning of the secret counts: a string that grew leaves no more behind.
     const memory::Observer onRelease = [this](std::string_view block) {
         ++released;
         const bool holdsSecret = block.find(std::string_view(kPassword, 12)) != std::string_view::npos ||

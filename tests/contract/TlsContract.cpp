@@ -161,7 +161,7 @@ TEST_F(TlsContract, OnlyTheFirstCertificateIsConverted)
     }
 }
 
-TEST_F(TlsContract, EarlierOpensslErrorsAreLeftAlone)
+TEST_F(TlsContract, OpensslErrorsStayInTheQueue)
 {
     const unsigned long hosts = recorded::leaveHostsError();
     hook(pemOf(first.get()), CURLE_OK);
@@ -172,7 +172,7 @@ TEST_F(TlsContract, EarlierOpensslErrorsAreLeftAlone)
 }
 
 // Hosts clear the queue after a failed call, and some read it first.
-TEST_F(TlsContract, AFailingHookLeavesItsOpensslErrors)
+TEST_F(TlsContract, OpensslErrorsOfAFailingHookStayInTheQueue)
 {
     const std::string pem = pemOf(first.get());
     const unsigned long hosts = recorded::leaveHostsError();

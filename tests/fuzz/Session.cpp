@@ -60,7 +60,7 @@ int operate(uint8_t choice, SFtpRequest request)
 {
     const boost::shared_ptr<ISFtpClient> client = ISFtpClient::CreateClient();
     std::string errorText;
-    switch (choice % 8) { // "0" is the first, for those who write one by hand
+    switch (choice % 8) { // "0" is the first, for inputs written by hand
     case 0:
         return client->TestSConnect(request, 0);
     case 1:

@@ -40,7 +40,7 @@ public:
     /// A line without its line end, or nothing at the end; a line of more than 64 KiB counts as the end.
     std::optional<std::string> readLine();
 
-    /// Whether bytes are here that no `read` has taken: a command sent ahead of TLS, for example.
+    /// Whether bytes have arrived that no `read` has returned: a command sent ahead of TLS, for example.
     bool hasUnread() const { return !m_unread.empty(); }
 
     /// Reads and drops everything until the client leaves.

@@ -112,7 +112,7 @@ unsigned freedWithSecret();
 /// Forgets a block that is meant to outlive the operation.
 void leave(void* block);
 
-/// Tells whether the calling thread is in libcurl, for as long as it lives.
+/// Marks whether the calling thread is in libcurl, as long as it lives.
 class Place
 {
 public:

@@ -113,7 +113,7 @@ TEST_F(CertificatesAtOnce, EachThreadTrustsItsOwn)
     EXPECT_EQ(kThreads, held());
 }
 
-TEST_F(FailuresAtOnce, UploadsLogUnderTheRequestThatFailed)
+TEST_F(FailuresAtOnce, UploadsLogFailuresUnderTheirOwnRequest)
 {
     holdAt("TYPE");
     misbehave("STOR=reply:552 no room");

@@ -6,7 +6,7 @@
 namespace {
 
 // All six operations on each thread, one after another: while one of a thread's calls runs, a call of every other
-// thread runs too, for the server holds each until all are there.
+// thread runs too, because the server holds each until all are there.
 class OperationsAtOnce : public Crowd
 {
 protected:

@@ -10,7 +10,7 @@ class Visitor
 public:
     static constexpr unsigned kOperations = 6;
 
-    /// Where a visitor's files are: below a URL and in a folder for each side.
+    /// The places of a visitor's files: a URL, and a folder on each side.
     struct Place
     {
         std::string url;
