@@ -1,4 +1,4 @@
-# Compares the symbols that a library defines for others with the list that says which it may: not one more or less.
+# Compares a library's exported symbols with the list of those that it must export, no more and no fewer.
 execute_process(COMMAND ${NM} --dynamic --defined-only --demangle ${LIBRARY}
                 OUTPUT_VARIABLE symbols RESULT_VARIABLE failed)
 if(failed)
@@ -34,7 +34,7 @@ if(listed STREQUAL "" OR exported STREQUAL "")
 endif()
 
 list(REMOVE_DUPLICATES exported)
-# A name with a "*" in place of its parameters stands for one function: a second of that name is not listed.
+# A name with a "*" in place of its parameters stands for one function: an overload is not listed.
 string(REGEX REPLACE "\"[^\"\n]+\"" "" unquoted "${map}")
 string(REGEX MATCHALL "[A-Za-z_:]+\\*" patterns "${unquoted}")
 foreach(pattern IN LISTS patterns)

@@ -1,5 +1,5 @@
 # Configures the library alone, as a consumer's compiler would see it. Leaves the result in `failed` and, its line
-# breaks made blanks, what was said in `output`.
+# breaks replaced by blanks, the output in `output`.
 function(configure_library source build)
     execute_process(
         COMMAND ${CMAKE_COMMAND} -S ${source} -B ${build} -G ${GENERATOR} -DCMAKE_CXX_COMPILER=${COMPILER}

@@ -6,7 +6,7 @@ endif()
 file(REMOVE_RECURSE ${SCRATCH})
 file(MAKE_DIRECTORY ${SCRATCH})
 
-# A folder at a time, for most of the time goes into headers.
+# A folder at a time, because most of the time goes into headers.
 set(units "")
 foreach(folder facade log tls transfer)
     file(GLOB sources ${SOURCE_DIR}/src/${folder}/*.cpp)

@@ -15,7 +15,7 @@ endif()
 expect_in_output("libcurl (${gnutls}) uses GnuTLS/")
 expect_in_output("for TLS, but the CA certificate hook needs a libcurl with OpenSSL; install libcurl4-openssl-dev.")
 
-# The same folder with the right one: what was found out about the other must not stick.
+# The same folder with the right one: nothing cached about the other may remain.
 configure_library(${SOURCE_DIR} ${SCRATCH} -UCURL_LIBRARY)
 if(failed)
     message(FATAL_ERROR "The project was not configured with libcurl4-openssl-dev's libcurl: ${output}")

@@ -5,7 +5,7 @@
 #include <streambuf>
 #include <string>
 
-/// A host's record of a layout of its own: another base class, other members, a constructor in the header, and an
+/// A host's record with its own layout: another base class, other members, a constructor in the header, and an
 /// explicit one.
 class LogProxy : public std::ostream
 {

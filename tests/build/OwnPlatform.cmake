@@ -1,4 +1,4 @@
-# A host lays its LogProxy out as it likes and builds the library against its own headers.
+# A host chooses the layout of its LogProxy and builds the library against its own headers.
 include(${CMAKE_CURRENT_LIST_DIR}/Configure.cmake)
 
 file(REMOVE_RECURSE ${SCRATCH})

@@ -1,4 +1,4 @@
-# The check of the exports must notice a list that has one name more, or one fewer, than the library.
+# The check of the exports must detect a list that has one name more, or one fewer, than the library.
 include(${CMAKE_CURRENT_LIST_DIR}/Configure.cmake)
 file(READ ${MAP} map)
 

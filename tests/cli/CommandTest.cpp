@@ -12,20 +12,20 @@ constexpr char kRefused[] = "7 Couldn't connect to server\n";
 ProgramResult run(Words form)
 {
     form.insert(form.end(), {"--user", "me", "--ca", "none"});
-    // The lists that mv and rm leave behind are kept in sight of leak detection.
+    // Leak detection must not report the lists that mv and rm leave behind.
     return runCommand(form, {{"SFTPCLIENT_PASSWORD", "secret"}, {"LD_PRELOAD", SFTPCLIENT_TRUST_LIBRARY}}, "/");
 }
 
 class Command : public testing::Test
 {
 protected:
-    const LoopbackPort port; // nobody listens there
+    const LoopbackPort port; // refuses connections
     const std::string url = "ftp://" + port.address() + "/";
 };
 
 } // namespace
 
-TEST_F(Command, TellsTheResultAndExitsWithIt)
+TEST_F(Command, ReportsTheResultAndExitsWithIt)
 {
     const TextFile file("contents");
     const std::vector<Words> forms{{"test", url},
@@ -57,7 +57,7 @@ TEST_F(Command, HidesTheTraceOfTheSizeCheckAndShowsTheRecords)
     EXPECT_TRUE(holds(" curl_easy_perform fail, res =Couldn't connect to server\n", log));
 }
 
-TEST_F(Command, LogsFailuresOnlyWhenToldSo)
+TEST_F(Command, LogsOnlyFailuresIfQuiet)
 {
     EXPECT_TRUE(holds(" debug ", run({"ls", url}).err));
     const ProgramResult quiet = run({"ls", url, "--quiet"});

@@ -73,7 +73,7 @@ TEST_F(Completion, OffersEveryOption)
     EXPECT_EQ(Names{"--trace"}, offered({"get", "ftps", ":", "//host/x", "--tr"}));
 }
 
-TEST_F(Completion, OffersFilesWhereOneIsMeant)
+TEST_F(Completion, OffersFilesWhereAFileIsExpected)
 {
     EXPECT_EQ(kFile, inFolder({"put", "su"}));
     EXPECT_EQ(kFile, inFolder({"get", "ftps", ":", "//host/x", "s"}));
@@ -97,8 +97,8 @@ TEST_F(Completion, KnowsEveryOptionThatTakesAValue)
     }
 }
 
-// The other tests call the function as bash does, and would not notice if they and it agreed on something else.
-TEST(CompletionAtATerminal, IsThereForTheTabulatorKey)
+// The other tests call the function as bash does, but would miss a mistake that both make.
+TEST(CompletionAtATerminal, WorksWithTheTabKey)
 {
     ProcessSetup setup;
     setup.words = {"/bin/bash", "--norc", "--noprofile", "-i"};

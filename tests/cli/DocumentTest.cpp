@@ -82,7 +82,7 @@ std::string stemOf(const testing::TestParamInfo<std::string>& document)
     return std::filesystem::path(document.param).stem().string();
 }
 
-/// The servers that the documents speak of, and a folder with the files that they use.
+/// The servers that the documents mention, and a folder with the files that they use.
 class Document : public Served, public testing::WithParamInterface<std::string>
 {
 protected:
@@ -148,7 +148,7 @@ INSTANTIATE_TEST_SUITE_P(Each, Document, testing::ValuesIn(documentsWithSessions
 
 TEST(Documents, AreFound) { EXPECT_GE(documentsWithSessions().size(), 3U); }
 
-TEST(DocumentOptions, AreAllThatThereAre)
+TEST(DocumentOptions, ListEveryOption)
 {
     const std::string document = contentOf(SFTPCLIENT_SOURCE "/docs/command.md");
     for (const Option& option : options()) {

@@ -22,7 +22,7 @@ void expectGolden(const Words& form, const std::string& name)
 
 } // namespace
 
-TEST(Help, IsAsItWasRead)
+TEST(Help, MatchesItsGoldenFiles)
 {
     expectGolden({"--help"}, "sftpclient");
     expectGolden({"-h"}, "sftpclient");
@@ -33,7 +33,7 @@ TEST(Help, IsAsItWasRead)
     }
 }
 
-// Up to the server that is not there: what an example names must exist, and what it says must be understood.
+// Up to the missing server: the files that an example names must exist, and the command must accept its arguments.
 TEST(Help, HasExamplesThatTheCommandTakes)
 {
     for (const Command& command : commands()) {
@@ -53,7 +53,7 @@ TEST(Help, HasExamplesThatTheCommandTakes)
     }
 }
 
-TEST(Version, NamesTheLibrariesAsWell)
+TEST(Version, NamesTheLibrariesToo)
 {
     const ProgramResult version = runCommand({"--version"});
     EXPECT_TRUE(exited(0, version));

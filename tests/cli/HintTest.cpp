@@ -55,7 +55,7 @@ TEST(Hint, FollowsFromTheReply)
               hint(CURLE_QUOTE_ERROR, 550));
 }
 
-TEST(Hint, TellsARefusedTransferFromAClosedPort)
+TEST(Hint, DistinguishesARefusedTransferFromAClosedPort)
 {
     const std::string refused =
         "the server's last reply refuses the transfer itself: look there for the reason, not at "

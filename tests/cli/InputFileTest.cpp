@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// What is read of at most ten bytes, or why not.
+// What is read, at most ten bytes, or the error.
 std::string read(const std::string& path)
 {
     std::string text;
@@ -23,7 +23,7 @@ std::string read(const std::string& path)
     return reason.empty() ? text : "not: " + reason;
 }
 
-/// A pipe in a folder of its own.
+/// A pipe in its own folder.
 class NamedPipe
 {
 public:
@@ -35,7 +35,7 @@ private:
     TemporaryFolder m_folder;
 };
 
-// Else a pipe that nobody writes to would hold the test for ever.
+// Otherwise a pipe without a writer would block the test forever.
 bool isOpenedWithoutWaiting()
 {
     const TextFile file("");
@@ -51,7 +51,7 @@ std::string warningAbout(const std::string& path)
 
 } // namespace
 
-TEST(InputFile, IsReadToItsEnd)
+TEST(InputFile, IsReadToTheEnd)
 {
     EXPECT_EQ("", read(TextFile("").path()));
     EXPECT_EQ("0123456789", read(TextFile("0123456789").path()));
@@ -84,7 +84,7 @@ TEST(InputFile, MayBeAPipe)
     writer.join();
 }
 
-TEST(InputFile, HasAWarningWhereOthersCanReadIt)
+TEST(InputFile, CausesAWarningIfOthersCanReadIt)
 {
     ASSERT_TRUE(isOpenedWithoutWaiting());
     const TextFile file("secret");

@@ -27,7 +27,7 @@ protected:
     }
 };
 
-/// Where a command is when it is interrupted, what it says then, and what is left.
+/// The step at which a command is interrupted, its output, and what is left.
 struct Interrupted
 {
     const char* id;
@@ -46,7 +46,7 @@ class InterruptAt : public Interrupt, public testing::WithParamInterface<Interru
 {
 };
 
-TEST_P(InterruptAt, SaysWhatIsLeft)
+TEST_P(InterruptAt, ReportsWhatIsLeft)
 {
     const Interrupted& at = GetParam();
     writeFile(served("file"), std::string(4000, 'x'));
@@ -137,7 +137,7 @@ const Interrupted kInterrupted[] = {
 INSTANTIATE_TEST_SUITE_P(Within, InterruptAt, testing::ValuesIn(kInterrupted),
                          [](const testing::TestParamInfo<Interrupted>& of) { return std::string(of.param.id); });
 
-TEST_F(Interrupt, ByAHangUpThatIsIgnoredStaysIgnored)
+TEST_F(Interrupt, ByAnIgnoredHangUpHasNoEffect)
 {
     serve({"NLST=meet:2"});
     ProcessSetup setup = setupOf({"ls", url(), "--trace"});
@@ -150,7 +150,7 @@ TEST_F(Interrupt, ByAHangUpThatIsIgnoredStaysIgnored)
 }
 
 // The line before a retry, which nobody reads.
-TEST_F(Interrupt, ByAReaderThatLeftRemovesTheTemporaryFile)
+TEST_F(Interrupt, ByAClosedPipeRemovesTheTemporaryFile)
 {
     // It gets no further until the reader has left and another client has come.
     serve({"PASS=meet:2", "CWD=drop"});
@@ -183,7 +183,7 @@ TEST(Interruption, LeavesTheSecondSignalToTheSystem)
     }
 }
 
-TEST(Interruption, OutlivesEveryLineThatNobodyReads)
+TEST(Interruption, SurvivesOutputThatNobodyReads)
 {
     auto* const before = std::signal(SIGPIPE, SIG_DFL);
     {

@@ -37,14 +37,14 @@ TEST(JsonResult, IsValidForAnyBytes)
     EXPECT_EQ("\xef\xbf\xbd", nlohmann::json::parse(jsonOf(result))["names"][2]);
 }
 
-TEST(JsonResult, HoldsNothingThatATerminalObeys)
+TEST(JsonResult, ContainsNoTerminalControls)
 {
     Result result;
     result.names = {"\x1b[2J", "\x7f", "\xc2\x9b", "\xc3\xa9"};
     EXPECT_TRUE(holds(R"("names":["\u001b[2J","\u007f","\u009b","\u00e9"])", jsonOf(result)));
 }
 
-TEST_F(Served, GivesTheResultAsOneJsonObject)
+TEST_F(Served, PrintsTheResultAsOneJsonObject)
 {
     writeFile(served("file"), "contents");
     serve();

@@ -38,7 +38,7 @@ TEST(Listing, IsEscapedForATerminal)
     EXPECT_EQ("", printed("", true));
 }
 
-TEST(Listing, SaysWhenItCannotBePrinted)
+TEST(Listing, ReportsThatItCannotBePrinted)
 {
     std::istringstream listing("a\r\n");
     std::ostringstream full;
@@ -48,7 +48,7 @@ TEST(Listing, SaysWhenItCannotBePrinted)
     EXPECT_THROW(openListing("/nowhere/listing"), std::runtime_error);
 }
 
-TEST_F(Served, LeavesNoFileBehindWhenNobodyReadsTheListing)
+TEST_F(Served, LeavesNoFileIfNobodyReadsTheListing)
 {
     writeFile(served("file"), "");
     serve();
@@ -67,7 +67,7 @@ TEST_F(Served, LeavesNoFileBehindWhenNobodyReadsTheListing)
     }
 }
 
-TEST(TemporaryFile, IsThereAsLongAsItsObject)
+TEST(TemporaryFile, ExistsAsLongAsItsObject)
 {
     std::string path;
     {

@@ -15,7 +15,7 @@ std::string masked(curl_infotype type, const std::string& line)
 
 } // namespace
 
-TEST(LoginMask, HidesTheLoginsCommands)
+TEST(LoginMask, HidesTheLoginCommands)
 {
     EXPECT_EQ("USER ****", masked(CURLINFO_HEADER_OUT, "USER me"));
     EXPECT_EQ("PASS ****", masked(CURLINFO_HEADER_OUT, "PASS anything at all"));
@@ -33,7 +33,7 @@ TEST(LoginMask, HidesThePasswordAnywhere)
     }
 }
 
-TEST(LoginMask, HidesTheUserInWhatIsAnswered)
+TEST(LoginMask, HidesTheUserInReplies)
 {
     EXPECT_EQ("331 Password required for ****.", masked(CURLINFO_HEADER_IN, "331 Password required for me."));
     EXPECT_EQ("Server auth using Basic with user '****'",
@@ -64,7 +64,7 @@ TEST(PasswordMask, HidesEveryForm)
     EXPECT_EQ("p\\a \"", mask.hiddenIn("p\\a \"")) << "a part alone is not the password";
 }
 
-TEST(PasswordMask, HidesShortOnesAndThoseOfTheMask)
+TEST(PasswordMask, HidesShortPasswordsAndThoseMadeOfTheMask)
 {
     EXPECT_EQ("22**** x", PasswordMask("me", "0").hiddenIn("220 x"));
     EXPECT_EQ("####", PasswordMask("me", "***").hiddenIn("***"));
@@ -73,7 +73,7 @@ TEST(PasswordMask, HidesShortOnesAndThoseOfTheMask)
     EXPECT_EQ("220 x", PasswordMask("me", "").hiddenIn("220 x"));
 }
 
-TEST(PasswordMask, HidesOneThatHasEverySign)
+TEST(PasswordMask, HidesAPasswordOfEveryPrintableCharacter)
 {
     std::string password;
     for (char sign = ' '; sign <= '~'; ++sign) {
@@ -84,8 +84,8 @@ TEST(PasswordMask, HidesOneThatHasEverySign)
     EXPECT_EQ("<>", mask.hiddenIn("<>"));
 }
 
-// The second took minutes when the text was gone through again and again.
-TEST(PasswordMask, TakesNoLongerWhateverTheTextIs)
+// The second took minutes when the text was scanned repeatedly.
+TEST(PasswordMask, TakesLinearTimeForAnyText)
 {
     constexpr std::size_t kLength = 100000;
     const std::string backslashes(kLength, '\\');
@@ -95,7 +95,7 @@ TEST(PasswordMask, TakesNoLongerWhateverTheTextIs)
     EXPECT_EQ(PasswordMask("me", std::string(40, '\\') + "q").hiddenIn(backslashes), backslashes);
 }
 
-TEST(Trace, WritesALineForEach)
+TEST(Trace, WritesOneLineForEachCommandAndReply)
 {
     std::ostringstream out;
     Trace trace(out, "me", "secret");

@@ -41,7 +41,7 @@ constexpr char kVariable[] = "SFTPCLIENT_PASSWORD";
 
 } // namespace
 
-TEST_F(Login, TakesThePasswordFromTheFirstSourceThatThereIs)
+TEST_F(Login, TakesThePasswordFromTheFirstSource)
 {
     m_arguments.netrcFile = m_netrc.path();
     EXPECT_EQ("me:from netrc", login());
@@ -55,7 +55,7 @@ TEST_F(Login, TakesThePasswordFromTheFirstSourceThatThereIs)
     EXPECT_EQ("me:from file", login());
 }
 
-TEST_F(Login, TakesTheUserFromTheNetrcFileOnlyWithoutAnother)
+TEST_F(Login, TakesTheUserFromNetrcOnlyIfNoOtherIsGiven)
 {
     m_arguments.netrcFile = m_netrc.path();
     m_arguments.user = "";
@@ -79,14 +79,14 @@ TEST_F(Login, FindsTheUsualNetrcFileAtHome)
     EXPECT_EQ("HOME is not set, so there is no ~/.netrc: name the file with --netrc-file FILE.", refusal());
 }
 
-TEST_F(Login, RefusesTwoExplicitSources)
+TEST_F(Login, RejectsTwoExplicitSources)
 {
     m_arguments.passwordFile = m_file.path();
     m_arguments.passwordFromInput = true;
     EXPECT_EQ("The password can come from --password-file or from --password-stdin: leave one of them out.", refusal());
 }
 
-TEST_F(Login, SaysWhereAUserCanComeFrom)
+TEST_F(Login, ListsTheSourcesOfAUser)
 {
     const SetVariable variable(kVariable, "secret");
     m_arguments.user = "";
@@ -96,7 +96,7 @@ TEST_F(Login, SaysWhereAUserCanComeFrom)
     EXPECT_EQ("There is no user: " + m_netrc.path() + " has none for this host; give --user NAME.", refusal());
 }
 
-TEST_F(Login, RefusesWhatTheLoginCannotHold)
+TEST_F(Login, RejectsUsersAndPasswordsThatFtpCannotSend)
 {
     const SetVariable variable(kVariable, "secret");
     m_arguments.user = "me\r\nDELE x";

@@ -24,7 +24,7 @@ std::set<std::string> wordsAfter(const std::string& mark)
 
 } // namespace
 
-TEST(ManPage, HasEveryOptionAndNoOther)
+TEST(ManPage, ListsExactlyTheOptions)
 {
     std::set<std::string> known{"--help", "--version"};
     for (const Option& option : options()) {
@@ -38,7 +38,7 @@ TEST(ManPage, HasEveryOptionAndNoOther)
     EXPECT_EQ(std::set<std::string>{"help"}, wordsAfter("\n.It Fl h , -"));
 }
 
-TEST(ManPage, HasEveryOperationAndNoOther)
+TEST(ManPage, ListsExactlyTheOperations)
 {
     std::set<std::string> known;
     for (const Command& command : commands()) {

@@ -55,7 +55,7 @@ TEST(Netrc, HasADefaultForOtherHosts)
     EXPECT_EQ("any:two", found(text, "b"));
 }
 
-TEST(Netrc, SkipsWhatIsNoLogin)
+TEST(Netrc, SkipsEntriesThatAreNotLogins)
 {
     EXPECT_EQ("me:one", found("# machine a login x password y\nmachine a login me account z password one", "a"));
     EXPECT_EQ(
@@ -64,14 +64,14 @@ TEST(Netrc, SkipsWhatIsNoLogin)
     EXPECT_EQ("me:one", found("macdef init\r\ncd /\r\n\r\nmachine a login me password one\r\n", "a"));
 }
 
-TEST(Netrc, TakesWordsInQuotes)
+TEST(Netrc, AcceptsQuotedWords)
 {
     EXPECT_EQ(R"(m e:o"n\e #)", found(R"(machine "a" login "m e" password "o\"n\\e #")", "a"));
     EXPECT_EQ("me:machine", found(R"(machine a login me password machine)", "a"));
     EXPECT_EQ("me:", found(R"(machine a login me password "")", "a"));
 }
 
-TEST(Netrc, RefusesWhatItCannotReadWithoutRepeatingIt)
+TEST(Netrc, RejectsInvalidEntriesWithoutQuotingThem)
 {
     EXPECT_TRUE(holds(" holds a word that is none of machine,", refusalOf("machine host login me password two words")));
     EXPECT_FALSE(holds("words", refusalOf("machine host login me password two words")));
@@ -85,7 +85,7 @@ TEST(Netrc, RefusesWhatItCannotReadWithoutRepeatingIt)
               thrownBy<UsageError>([&] { readNetrc("/nowhere/netrc", "host", text, text); }));
 }
 
-TEST(Netrc, HasAWarningWhereOthersCanReadIt)
+TEST(Netrc, CausesAWarningIfOthersCanReadIt)
 {
     const TextFile file("machine a login me password one");
     ASSERT_EQ(0, chmod(file.path().c_str(), 0604));

@@ -1,4 +1,4 @@
-// What cannot be delivered is a failure, and told before anything is sent where that is possible.
+// Output that cannot be delivered is a failure, reported before anything is sent if possible.
 #include "harness/Served.h"
 
 #include <sys/stat.h>
@@ -22,7 +22,7 @@ constexpr char kNoResult[] = "sftpclient: the result cannot be written to standa
 
 } // namespace
 
-TEST_F(NothingLost, OfAListingWithoutAPlaceToGo)
+TEST_F(NothingLost, OfAListingThatCannotBeWritten)
 {
     writeFile(served("file"), "contents");
     serve();
@@ -41,7 +41,7 @@ TEST_F(NothingLost, OfAListingWithoutAPlaceToGo)
     }
 }
 
-TEST_F(NothingLost, OfWhatGoesToStandardOutputByName)
+TEST_F(NothingLost, OfFilesWrittenToStandardOutputByName)
 {
     writeFile(served("file"), "contents");
     serve();
@@ -63,7 +63,7 @@ TEST_F(NothingLost, OfWhatGoesToStandardOutputByName)
     EXPECT_TRUE(exited(0, run({"get", url("/file"), "/dev/null"})));
 }
 
-TEST_F(NothingLost, OfWhatIsNoRegularFile)
+TEST_F(NothingLost, OfSpecialFiles)
 {
     serve();
     ASSERT_EQ(0, mkfifo(local("pipe").c_str(), 0600));
@@ -79,7 +79,7 @@ TEST_F(NothingLost, OfWhatIsNoRegularFile)
     EXPECT_FALSE(exists(served("sent")));
 }
 
-TEST_F(NothingLost, ToInputsWithoutAnEnd)
+TEST_F(NothingLost, ToEndlessInputs)
 {
     serve();
     ASSERT_EQ(0, mkfifo(local("pipe").c_str(), 0600));

@@ -25,7 +25,7 @@ TEST(OperationWatch, NamesTheLimitThatEndedATransfer)
     EXPECT_EQ("", watch.limitReached());
 }
 
-TEST(OperationWatch, TakesARefusalForNoLimit)
+TEST(OperationWatch, DoesNotMistakeARefusalForALimit)
 {
     OperationWatch watch(TimeLimits{kConnect}, nullptr, nullptr);
     watch.begins();

@@ -31,7 +31,7 @@ std::string refusalOf(const std::string& contents) { return refusalOfFile(TextFi
 
 } // namespace
 
-TEST(Password, IsTheFirstLineOfTheFileWithoutItsEnd)
+TEST(Password, IsTheFirstLineOfTheFileWithoutItsLineEnd)
 {
     EXPECT_EQ("secret", passwordFrom("secret\nnot this\n"));
     EXPECT_EQ("secret", passwordFrom("secret\r\nnot this\r\n"));
@@ -40,7 +40,7 @@ TEST(Password, IsTheFirstLineOfTheFileWithoutItsEnd)
     EXPECT_EQ("", passwordFrom("\nnot this\n"));
 }
 
-TEST(Password, HasALongestLength)
+TEST(Password, HasAMaximumLength)
 {
     const std::string longest(kLongestPassword, 'x');
     EXPECT_EQ(longest, passwordFrom(longest));
@@ -61,7 +61,7 @@ TEST(Password, IsMissingFromAnEmptyOrUnreadableFile)
               refusalOfFile("/nowhere/password"));
 }
 
-TEST(Password, DoesNotComeFromAPipeThatNobodyWritesTo)
+TEST(Password, IsNotReadFromAPipeWithoutAWriter)
 {
     const TemporaryFolder folder;
     const std::string pipe = folder.file("pipe");
@@ -69,7 +69,7 @@ TEST(Password, DoesNotComeFromAPipeThatNobodyWritesTo)
     EXPECT_EQ("The password file " + pipe + " is empty: write the password into its first line.", refusalOfFile(pipe));
 }
 
-TEST(Password, HasAWarningWhereOthersCanReadItsFile)
+TEST(Password, CausesAWarningIfOthersCanReadItsFile)
 {
     const TextFile file("secret\n");
     ASSERT_EQ(0, chmod(file.path().c_str(), 0640));

@@ -1,4 +1,4 @@
-// A server that repeats the password wherever it can: no operation shows it, or ends in another way because of it.
+// A server that repeats the password wherever it can: no operation shows it, or ends differently because of it.
 #include "support/PlantedPassword.h"
 #include "harness/Served.h"
 
@@ -24,7 +24,7 @@ protected:
         writeFile(served("gone"), "contents");
     }
 
-    /// A fault that says every form of the password.
+    /// A fault that sends every form of the password.
     std::string planted(const std::string& fault) const { return fault + asFault(GetParam().text(config.user)); }
 
     void servePlanted(const std::vector<std::string>& faults)
@@ -36,7 +36,7 @@ protected:
         serve(all);
     }
 
-    /// All at once, each with everything that it can say.
+    /// All at once, each with all its output options.
     void expectSecrecy(const std::vector<Attempt>& attempts, const Variables& more = {}) const
     {
         std::vector<std::future<ProgramResult>> results;
@@ -57,7 +57,7 @@ protected:
 
 } // namespace
 
-TEST_P(PlantedPasswords, AreNotShownWhenAllGoesWell)
+TEST_P(PlantedPasswords, AreNotShownOnSuccess)
 {
     std::vector<std::string> faults;
     for (const char* const command : {"GREETING", "AUTH", "USER", "PASS", "PBSZ", "PROT", "PWD", "CWD", "TYPE", "EPSV",
@@ -89,7 +89,7 @@ TEST_P(PlantedPasswords, AreNotShownWhenTheLoginIsRefused)
     expectSecrecy({{{"test", url()}, 67}, {{"put", "sent", url()}, 67}, {{"get", url("/kept"), "got"}, 255}});
 }
 
-TEST_P(PlantedPasswords, AreNotShownOutOfACertificate)
+TEST_P(PlantedPasswords, AreNotShownFromACertificate)
 {
     const testserver::CertificateAuthority own;
     testserver::CertificateOptions options;

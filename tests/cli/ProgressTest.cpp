@@ -12,7 +12,7 @@ constexpr std::int64_t kMebi = 1048576;
 
 } // namespace
 
-TEST(ProgressText, TellsHowFarAndHowLong)
+TEST(ProgressText, ShowsTheAmountTheRateAndTheTimeLeft)
 {
     EXPECT_EQ("12.0 MiB of 48.0 MiB, 25 %, 6.0 MiB/s, 6 s left", progressText(12 * kMebi, 48 * kMebi, 2s));
     EXPECT_EQ("1.0 MiB of 1000.0 MiB, 0 %, 1.0 MiB/s, 17 min left", progressText(kMebi, 1000 * kMebi, 1s));
@@ -27,7 +27,7 @@ TEST(ProgressText, LeavesOutWhatIsUnknown)
     EXPECT_EQ("512 B of 2.0 KiB, 25 %", progressText(512, 2048, 0s));
 }
 
-TEST(Progress, IsWrittenOverAndClearedOnce)
+TEST(Progress, IsOverwrittenInPlaceAndClearedOnce)
 {
     std::ostringstream terminal;
     Progress progress(terminal);

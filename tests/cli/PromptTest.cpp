@@ -41,11 +41,11 @@ std::string readToEnd(int descriptor)
     return text;
 }
 
-/// A child process that asks for a password at a terminal of its own, and this process at the keyboard.
+/// A child process that prompts for a password on its own terminal, and this process at the keyboard.
 class Prompt
 {
 public:
-    /// `typedAhead`: keys that are pressed before the question.
+    /// `typedAhead`: keys that are pressed before the prompt.
     explicit Prompt(const std::string& typedAhead = "")
     {
         std::array<int, 2> answer = {-1, -1};
@@ -86,7 +86,7 @@ public:
         return waitpid(m_child, &status, 0) == m_child ? status : -1;
     }
 
-    /// All that has been shown and not been taken yet.
+    /// All that has been shown and not been read yet.
     std::string shownRest() const
     {
         fcntl(m_keyboard, F_SETFL, O_NONBLOCK);
@@ -99,14 +99,14 @@ public:
         return tcgetattr(m_terminal, &mode) == 0 && (mode.c_lflag & ECHO) != 0;
     }
 
-    /// What nobody has read of what was typed.
+    /// What was typed and not read.
     int unread() const
     {
         int bytes = -1;
         return ioctl(m_terminal, FIONREAD, &bytes) == 0 ? bytes : -1;
     }
 
-    /// Whether the child puts off `signal`.
+    /// Whether the child blocks `signal`.
     bool putsOff(int signal) const
     {
         std::ifstream status("/proc/" + std::to_string(m_child) + "/status");
@@ -146,7 +146,7 @@ constexpr char kQuestion[] = "Password of me: ";
 
 } // namespace
 
-TEST(Prompt, TakesALineAndDoesNotShowIt)
+TEST(Prompt, ReadsALineWithoutEchoingIt)
 {
     const Prompt prompt;
     EXPECT_EQ(kQuestion, prompt.shownUpTo(kQuestion));
@@ -158,7 +158,7 @@ TEST(Prompt, TakesALineAndDoesNotShowIt)
     EXPECT_TRUE(prompt.echoes());
 }
 
-TEST(Prompt, RefusesAnEmptyInputAndRestoresTheTerminal)
+TEST(Prompt, RejectsEmptyInputAndRestoresTheTerminal)
 {
     const Prompt prompt;
     EXPECT_EQ(kQuestion, prompt.shownUpTo(kQuestion));
@@ -168,7 +168,7 @@ TEST(Prompt, RefusesAnEmptyInputAndRestoresTheTerminal)
     EXPECT_TRUE(prompt.echoes());
 }
 
-TEST(Prompt, RefusesATooLongLineAndRestoresTheTerminal)
+TEST(Prompt, RejectsATooLongLineAndRestoresTheTerminal)
 {
     const Prompt prompt;
     EXPECT_EQ(kQuestion, prompt.shownUpTo(kQuestion));
@@ -179,7 +179,7 @@ TEST(Prompt, RefusesATooLongLineAndRestoresTheTerminal)
     EXPECT_TRUE(prompt.echoes());
 }
 
-TEST(Prompt, TakesNothingThatWasTypedBeforeTheQuestion)
+TEST(Prompt, DiscardsWhatWasTypedBeforeThePrompt)
 {
     const Prompt prompt("typed ahead\n");
     prompt.shownUpTo(kQuestion);
@@ -188,7 +188,7 @@ TEST(Prompt, TakesNothingThatWasTypedBeforeTheQuestion)
     EXPECT_EQ(0, prompt.ended());
 }
 
-TEST(Prompt, LeavesNothingOfATooLongLineForTheShell)
+TEST(Prompt, DiscardsTheRestOfATooLongLine)
 {
     const Prompt prompt;
     prompt.shownUpTo(kQuestion);
@@ -198,8 +198,8 @@ TEST(Prompt, LeavesNothingOfATooLongLineForTheShell)
     EXPECT_EQ(0, prompt.unread());
 }
 
-// A stop would leave the shell with a terminal that shows nothing.
-TEST(Prompt, PutsOffWhatWouldStopOrEndIt)
+// A stop would leave the shell with a terminal that does not echo.
+TEST(Prompt, DefersSignalsThatWouldStopOrEndIt)
 {
     const Prompt prompt;
     prompt.shownUpTo(kQuestion);

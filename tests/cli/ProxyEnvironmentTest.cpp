@@ -24,7 +24,7 @@ curl_socket_t notePort(void* port, curlsocktype /*purpose*/, curl_sockaddr* addr
     return CURL_SOCKET_BAD;
 }
 
-/// What libcurl itself does for the URL, by this process's environment.
+/// What libcurl itself does for the URL in this process's environment.
 bool libcurlTakesProxy(const std::string& url)
 {
     const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(curl_easy_init(), curl_easy_cleanup);
@@ -52,7 +52,7 @@ protected:
 
 } // namespace
 
-TEST_F(ProxyVariables, AreTheOnesThatLibcurlTakes)
+TEST_F(ProxyVariables, AreThoseThatLibcurlUses)
 {
     for (const std::string name : kVariables) {
         SCOPED_TRACE(name);
@@ -71,12 +71,12 @@ TEST_F(ProxyVariables, AreTheOnesThatLibcurlTakes)
     EXPECT_TRUE(libcurlTakesProxy("ftp://127.0.0.1:7/")) << "this test would see nothing";
 }
 
-TEST_F(ProxyVariables, HaveAnOrder)
+TEST_F(ProxyVariables, HaveAPrecedence)
 {
     const std::vector<std::string> order{"ftps_proxy", "FTPS_PROXY", "all_proxy", "ALL_PROXY"};
     for (std::size_t first = 0; first < order.size(); ++first) {
         for (std::size_t i = 0; i < order.size(); ++i) {
-            // libcurl counts an empty one as none.
+            // libcurl treats an empty variable as unset.
             setenv(order[i].c_str(), i < first ? "" : kProxy, 1);
         }
         EXPECT_EQ(order[first], ProxyEnvironment().variableFor("ftps://host/"));
@@ -84,7 +84,7 @@ TEST_F(ProxyVariables, HaveAnOrder)
     EXPECT_EQ("", ProxyEnvironment().variableFor("ftps://host/"));
 }
 
-TEST_F(ProxyVariables, AreOverruledByTheExceptions)
+TEST_F(ProxyVariables, AreOverriddenByExceptions)
 {
     for (const char* const name : {"no_proxy", "NO_PROXY"}) {
         SCOPED_TRACE(name);
@@ -104,7 +104,7 @@ TEST_F(ProxyVariables, AreOverruledByTheExceptions)
     EXPECT_EQ("ALL_PROXY", proxies.variableFor("ftps://other.example.com/weekly/"));
 }
 
-TEST_F(Served, GoesThroughNoProxyOfTheEnvironment)
+TEST_F(Served, IgnoresProxiesInTheEnvironment)
 {
     writeFile(local("file"), "contents");
     testserver::ServerConfig noProxy;

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// What the server says in place of its own replies, and what the command is to make of it.
+/// What the server sends instead of its own replies, and what the command is to report.
 struct Refusal
 {
     std::string fault;
@@ -40,7 +40,7 @@ protected:
 
 } // namespace
 
-TEST_F(Replies, StandInTheResult)
+TEST_F(Replies, AppearInTheResult)
 {
     const std::string last = " (the server's last reply: ";
     expect({"STOR=reply:552 Quota exceeded",
@@ -75,7 +75,7 @@ TEST_F(Replies, StandInTheResult)
             "check user and password; "});
 }
 
-TEST_F(Replies, AreToldFromThoseToTheGoodbye)
+TEST_F(Replies, AreReportedWithoutTheReplyToQuit)
 {
     expect({"QUIT=reply:500 stay",
             {"ls", "/missing/"},
@@ -84,7 +84,7 @@ TEST_F(Replies, AreToldFromThoseToTheGoodbye)
             "there is no such path for this user; "});
 }
 
-TEST_F(Replies, AreNotToldOfASuccess)
+TEST_F(Replies, AreNotReportedAfterSuccess)
 {
     serve();
     const ProgramResult result = run({"test", url(), "--json"});
@@ -92,7 +92,7 @@ TEST_F(Replies, AreNotToldOfASuccess)
     EXPECT_EQ(0U, nlohmann::json::parse(result.out).count("reply"));
 }
 
-TEST_F(Replies, AreToldBeforeTheNextTry)
+TEST_F(Replies, AreReportedBeforeTheNextTry)
 {
     serve({"GREETING=reply:421 too many"});
     const ProgramResult result = run({"ls", url(), "--retry=1", "--retry-delay=0", "--quiet"});
@@ -100,7 +100,7 @@ TEST_F(Replies, AreToldBeforeTheNextTry)
                       result.err));
 }
 
-TEST(ResultLine, HasTheReplyInOneLine)
+TEST(ResultLine, QuotesTheReplyOnOneLine)
 {
     Result result;
     result.operation = "put";

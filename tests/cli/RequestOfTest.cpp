@@ -38,7 +38,7 @@ std::string refusalOf(Operation operation, const std::string& local)
     return refusalOf(arguments);
 }
 
-/// Files that are none, in a folder of their own.
+/// Special files, in their own folder.
 struct OddFiles
 {
     OddFiles()
@@ -58,7 +58,7 @@ struct OddFiles
 
 } // namespace
 
-TEST(RequestOf, FillsInWhatATransferReads)
+TEST(RequestOf, FillsInTheFieldsThatATransferReads)
 {
     const SFtpRequest request = requestOf(argumentsFor(Operation::Get));
     EXPECT_EQ("ftps://host/dir/", request.remotePath);
@@ -96,7 +96,7 @@ TEST(RequestOf, ReadsTheCertificateByteForByte)
     EXPECT_EQ(bytes, requestOf(arguments).caCert);
 }
 
-TEST(RequestOf, RefusesACertificateThatItCannotRead)
+TEST(RequestOf, RejectsACertificateThatItCannotRead)
 {
     Arguments arguments = argumentsFor(Operation::Get);
     const TextFile empty("");
@@ -112,7 +112,7 @@ TEST(RequestOf, RefusesACertificateThatItCannotRead)
     }
 }
 
-TEST(RequestOf, AsksForTheCertificateWhereTheOperationReadsIt)
+TEST(RequestOf, RequiresACertificateIfTheOperationReadsIt)
 {
     const TextFile local("contents");
     for (const Operation operation :
@@ -129,7 +129,7 @@ TEST(RequestOf, AsksForTheCertificateWhereTheOperationReadsIt)
     }
 }
 
-TEST(RequestOf, RefusesNamesThatBreakACommand)
+TEST(RequestOf, RejectsNamesThatBreakACommand)
 {
     const std::string control = " must not hold a control byte (a line break, a tab, ...).";
     const std::string split = " must not be empty or hold a blank: the server's command is split there.";
@@ -148,7 +148,7 @@ TEST(RequestOf, RefusesNamesThatBreakACommand)
     }
 }
 
-TEST(RequestOf, NamesTheLocalFileAsTheUrlDoes)
+TEST(RequestOf, NamesTheLocalFileAfterTheUrl)
 {
     Arguments arguments = argumentsFor(Operation::Get);
     arguments.local = "";
@@ -157,7 +157,7 @@ TEST(RequestOf, NamesTheLocalFileAsTheUrlDoes)
     EXPECT_EQ("ftps://host/dir/a%20b.bak", requestOf(arguments).remotePath);
 }
 
-TEST(RequestOf, NamesTheRemoteFileAsTheLocalOne)
+TEST(RequestOf, NamesTheRemoteFileAfterTheLocalOne)
 {
     const TextFile local("contents");
     const std::string name = local.path().substr(local.path().rfind('/') + 1);
@@ -167,7 +167,7 @@ TEST(RequestOf, NamesTheRemoteFileAsTheLocalOne)
     EXPECT_EQ(local.path(), requestOf(arguments).localPath);
 }
 
-TEST(RequestOf, RefusesALocalFileThatTheLibraryCouldNotOpen)
+TEST(RequestOf, RejectsALocalFileThatTheLibraryCouldNotOpen)
 {
     EXPECT_EQ("The file /nowhere/local cannot be read (No such file or directory): name one that can be.",
               refusalOf(Operation::Put, "/nowhere/local"));
@@ -181,7 +181,7 @@ TEST(RequestOf, RefusesALocalFileThatTheLibraryCouldNotOpen)
     }
 }
 
-TEST(RequestOf, RefusesToSendWhatIsNoRegularFile)
+TEST(RequestOf, SendsOnlyRegularFiles)
 {
     const OddFiles odd;
     const std::string remedy = ": put sends regular files only; write the contents into one first.";
@@ -194,7 +194,7 @@ TEST(RequestOf, RefusesToSendWhatIsNoRegularFile)
     EXPECT_EQ(kNothingThrown, refusalOf(Operation::Put, TextFile("").path()));
 }
 
-TEST(RequestOf, RefusesToWriteWhatIsNoRegularFile)
+TEST(RequestOf, WritesOnlyToRegularFiles)
 {
     const OddFiles odd;
     const std::string ofGet = ": name a regular file.";
@@ -213,7 +213,7 @@ TEST(RequestOf, RefusesToWriteWhatIsNoRegularFile)
     }
 }
 
-TEST(RequestOf, RefusesALastNameThatIsADirectoryHere)
+TEST(RequestOf, RejectsAFileNameThatIsALocalDirectory)
 {
     const std::string folder = "requestof-" + std::to_string(getpid());
     ASSERT_EQ(0, mkdir(folder.c_str(), 0700));

@@ -3,7 +3,7 @@
 #include <curl/curl.h>
 #include <gtest/gtest.h>
 
-TEST(ResultName, IsLibcurls)
+TEST(ResultName, MatchesLibcurl)
 {
     EXPECT_EQ("CURLE_OK", nameOfResult(0));
     EXPECT_EQ("CURLE_LOGIN_DENIED", nameOfResult(67));
@@ -11,8 +11,8 @@ TEST(ResultName, IsLibcurls)
     EXPECT_EQ("CURLE_200", nameOfResult(200));
 }
 
-// What libcurl has a text for, it has a name for as well.
-TEST(ResultName, IsThereForEveryCodeInUse)
+// Every code that has a text has a name too.
+TEST(ResultName, ExistsForEveryCodeInUse)
 {
     constexpr int kLastOfLibcurl788 = 99;
     const std::string unused = curl_easy_strerror(static_cast<CURLcode>(20));

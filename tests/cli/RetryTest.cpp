@@ -12,7 +12,7 @@ constexpr char kNoDelay[] = "--retry-delay=0";
 
 } // namespace
 
-TEST_F(Served, TriesAgainUntilTheFaultHasPassed)
+TEST_F(Served, RetriesUntilTheErrorHasPassed)
 {
     serve({"1/GREETING=drop", "2/GREETING=reply:421 busy"});
     const ProgramResult result = run({"ls", url(), "--retry", "5", kNoDelay});
@@ -23,7 +23,7 @@ TEST_F(Served, TriesAgainUntilTheFaultHasPassed)
     EXPECT_EQ(3U, sessions().size());
 }
 
-TEST_F(Served, TriesAgainNoMoreOftenThanItWasTold)
+TEST_F(Served, RetriesNoMoreOftenThanRequested)
 {
     serve({"GREETING=drop"});
     const ProgramResult result = run({"ls", url(), "--retry", "2", kNoDelay});
@@ -31,7 +31,7 @@ TEST_F(Served, TriesAgainNoMoreOftenThanItWasTold)
     EXPECT_EQ(3U, sessions().size());
 }
 
-TEST_F(Served, TriesAgainAfterAFaultOfTheSizeCheck)
+TEST_F(Served, RetriesAfterATransientErrorInTheSizeCheck)
 {
     writeFile(served("file"), "contents");
     serve({"1/GREETING=drop"});
@@ -39,7 +39,7 @@ TEST_F(Served, TriesAgainAfterAFaultOfTheSizeCheck)
     EXPECT_EQ(3U, sessions().size());
 }
 
-TEST_F(Served, SendsAgainWhatArrivedInPart)
+TEST_F(Served, ResendsAPartialUpload)
 {
     writeFile(local("file"), "contents");
     serve({"2/SIZE=reply:213 5"});
@@ -50,7 +50,7 @@ TEST_F(Served, SendsAgainWhatArrivedInPart)
     EXPECT_EQ(4U, sessions().size());
 }
 
-TEST_F(Served, SendsAgainWhatCouldNotBeChecked)
+TEST_F(Served, ResendsAnUploadThatCouldNotBeChecked)
 {
     writeFile(local("file"), "contents");
     serve({"2/SIZE=drop"});
@@ -62,7 +62,7 @@ TEST_F(Served, SendsAgainWhatCouldNotBeChecked)
     EXPECT_EQ(4U, sessions().size());
 }
 
-TEST_F(Served, DoesNotRepeatARefusal)
+TEST_F(Served, DoesNotRetryARefusal)
 {
     serve();
     EXPECT_TRUE(exited(67, run({"ls", url(), "--retry", "5", kNoDelay}, {{"SFTPCLIENT_PASSWORD", "wrong"}})));
@@ -70,7 +70,7 @@ TEST_F(Served, DoesNotRepeatARefusal)
     EXPECT_EQ(2U, sessions().size());
 }
 
-TEST(Retry, IsForPassingFaultsAlone)
+TEST(Retry, IsOnlyForTransientErrors)
 {
     std::set<int> passing;
     for (int code = 0; code < CURL_LAST; ++code) {

@@ -1,4 +1,4 @@
-// What was read of a secret is overwritten before its memory is released.
+// A secret is overwritten before its memory is released.
 #include "support/Memory.h"
 #include "support/TemporaryFolder.h"
 
@@ -25,7 +25,7 @@ constexpr char kBase64[] = "bWU6YSBwYXNzd29yZCB0aGF0IGlz";
 class SecretMemory : public testing::Test
 {
 protected:
-    // A block that holds the beginning of the secret counts: a text that grew leaves no more.
+    // A block with the beginning of the secret counts: a string that grew leaves no more behind.
     const memory::Observer onRelease = [this](std::string_view block) {
         ++released;
         const bool holdsSecret = block.find(std::string_view(kPassword, 12)) != std::string_view::npos ||
@@ -86,8 +86,8 @@ TEST_F(SecretMemory, OfAMaskIsWiped)
     EXPECT_EQ(0U, leaked);
 }
 
-// A resized window, or a stop and a continuation, must not end the question.
-TEST(ReadSecretLine, GoesOnAfterASignal)
+// A resized window, or a stop and a continuation, must not end the prompt.
+TEST(ReadSecretLine, ContinuesAfterASignal)
 {
     static std::atomic<int> signals;
     signals = 0;

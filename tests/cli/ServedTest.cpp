@@ -27,7 +27,7 @@ TEST_F(Served, SendsAFileUnderItsOwnName)
     EXPECT_TRUE(hasLine("= TLS on control", said[1]));
 }
 
-TEST_F(Served, KeepsStandardOutputForTheNames)
+TEST_F(Served, PrintsOnlyNamesOnStandardOutput)
 {
     writeFile(served("one"), "");
     writeFile(served("two\x1b[2J"), "");
@@ -68,7 +68,7 @@ TEST_F(Served, ExitsWithTheResult)
     EXPECT_TRUE(exited(77, runCommand({"ls", url(), "--ca", "none"}, environment())));
 }
 
-TEST_F(Served, SaysWhyADownloadWasNotBegun)
+TEST_F(Served, ExplainsWhyADownloadDidNotStart)
 {
     writeFile(served("file"), "contents");
     serve({"SIZE=reply:500 unknown"});
@@ -81,7 +81,7 @@ TEST_F(Served, SaysWhyADownloadWasNotBegun)
     EXPECT_FALSE(exists(local("file")));
 }
 
-TEST_F(Served, LogsInFromEverySource)
+TEST_F(Served, LogsInWithCredentialsFromEverySource)
 {
     serve();
     writeFile(local("password"), config.password + "\n");
@@ -123,14 +123,14 @@ TEST_F(Served, TracesAllConnectionsOfTheOperation)
     EXPECT_TRUE(sameText("get: 0 No error\n", run({"get", url("/file"), "--quiet"}).err));
 }
 
-TEST_F(Served, LetsAnUnverifiedServerPassWhereTheConfigurationSaysSo)
+TEST_F(Served, AcceptsAnUnverifiedServerIfConfigured)
 {
     serve();
     writeFile(local("config"), "[General]\nCertAuthSwitch=0\n[sftpclient]\nca=none\n");
     EXPECT_TRUE(exited(0, runCommand({"test", url(), "--config", "config"}, environment(), local(""))));
 }
 
-TEST_F(Served, HintsAtWhatTheSizeCheckOfADownloadMet)
+TEST_F(Served, HintsWhyTheSizeCheckOfADownloadFailed)
 {
     config.tls = testserver::TlsMode::Implicit;
     serve();

@@ -28,7 +28,7 @@ void expectTold(const std::vector<Step>& steps)
 
 } // namespace
 
-TEST(ServerReplies, AreToldWithTheirCommands)
+TEST(ServerReplies, AreReportedWithTheirCommands)
 {
     expectTold({{"<220 ready\r\n", "220|ready|"},
                 {">USER me\r\n", "220|ready|"},
@@ -37,7 +37,7 @@ TEST(ServerReplies, AreToldWithTheirCommands)
                 {"<257 \"/\"\r\n", "257|\"/\"|PWD"}});
 }
 
-TEST(ServerReplies, MayHaveManyLines)
+TEST(ServerReplies, CanHaveManyLines)
 {
     expectTold({{">STOR x\r\n", "0||"},
                 {"<552-Sorry,\r\n", "0||"},
@@ -45,14 +45,14 @@ TEST(ServerReplies, MayHaveManyLines)
                 {"<552 \r\n", "552|Sorry, 552 of them no more|STOR"}});
 }
 
-TEST(ServerReplies, AnnounceAnother)
+TEST(ServerReplies, CanBePreliminary)
 {
     expectTold({{">RETR x\r\n", "0||"},
                 {"<150 here it comes\r\n", "150|here it comes|RETR"},
                 {"<426 broken\r\n", "426|broken|RETR"}});
 }
 
-TEST(ServerReplies, AnswerTheirCommandsInOrder)
+TEST(ServerReplies, MatchTheirCommandsInOrder)
 {
     expectTold({{">STOR x\r\n", "0||"},
                 {">PASV\r\n", "0||"},
@@ -60,13 +60,13 @@ TEST(ServerReplies, AnswerTheirCommandsInOrder)
                 {"<227 (1,2,3,4,5,6)\r\n", "227|(1,2,3,4,5,6)|PASV"}});
 }
 
-TEST(ServerReplies, EndAsLibcurlSeesIt)
+TEST(ServerReplies, EndWhereLibcurlEndsThem)
 {
     expectTold({{"<no reply\r\n22 x\r\n2200 x\r\n220\r\n220\tx\r\n", "0||"},
                 {"<220 at last", "220|no reply 22 x 2200 x 220 220\tx at last|"}});
 }
 
-TEST(ServerReplies, AreCutWhereTheyAreVeryLong)
+TEST(ServerReplies, AreTruncatedIfVeryLong)
 {
     ServerReplies replies;
     replies.received("220-" + std::string(900, 'a') + "\r\n220 " + std::string(900, 'b') + "\r\n");

@@ -1,4 +1,4 @@
-// In a process with more rights than its caller, the environment is not obeyed.
+// A process with more rights than its caller ignores the environment.
 #include "harness/Served.h"
 
 #include <unistd.h>
@@ -12,7 +12,7 @@ constexpr gid_t kOtherGroup = 65534;
 class SetGroup : public Served
 {
 protected:
-    /// The command's file, with a group of its own that comes with it. Needs root.
+    /// A set-group-ID copy of the command. Needs root.
     SetGroup() : m_command(std::string(SFTPCLIENT_COMMAND_OF_A_GROUP) + "-" + std::to_string(getpid()))
     {
         std::filesystem::copy_file(SFTPCLIENT_COMMAND_OF_A_GROUP, m_command);
@@ -34,7 +34,7 @@ private:
 
 } // namespace
 
-TEST_F(SetGroup, ObeysNoVariable)
+TEST_F(SetGroup, IgnoresTheEnvironment)
 {
     serve();
     const std::string noTerminal =

@@ -26,7 +26,7 @@ std::string refusalOf(const TypedOptions& typed)
     return thrownBy<UsageError>([&] { applied(typed); });
 }
 
-// No configuration of the machine's user takes part.
+// No configuration of the user who runs the test takes part.
 class Settings : public testing::Test
 {
 protected:
@@ -35,7 +35,7 @@ protected:
 
 } // namespace
 
-TEST_F(Settings, TakeTheCommandLineBeforeTheEnvironmentBeforeTheFile)
+TEST_F(Settings, PreferTheCommandLineThenTheEnvironmentThenTheFile)
 {
     const TextFile file("[sftpclient]\nuser=file\nport=1\nca=file.pem\n[General]\nCertAuthSwitch=0\n");
     const SetVariable user("SFTPCLIENT_USER", "environment");
@@ -47,7 +47,7 @@ TEST_F(Settings, TakeTheCommandLineBeforeTheEnvironmentBeforeTheFile)
     EXPECT_EQ(file.path(), arguments.configFile);
 }
 
-TEST_F(Settings, TakeThePasswordFromTheFirstPlaceThatSaysWhereItIs)
+TEST_F(Settings, TakeThePasswordFromTheFirstPlaceThatNamesASource)
 {
     const TextFile file("[sftpclient]\npassword-file=file\n");
     const std::string path = file.path();
@@ -59,7 +59,7 @@ TEST_F(Settings, TakeThePasswordFromTheFirstPlaceThatSaysWhereItIs)
     EXPECT_FALSE(applied({{"--password-file", "typed"}}).passwordFromInput);
 }
 
-TEST_F(Settings, TakeAnEmptyVariableForNone)
+TEST_F(Settings, TreatAnEmptyVariableAsUnset)
 {
     const TextFile file("[sftpclient]\nuser=file\n");
     const SetVariable config("SFTPCLIENT_CONFIG", file.path());
@@ -85,7 +85,7 @@ TEST_F(Settings, FindTheFileInItsUsualPlace)
     EXPECT_EQ("at-home", applied({}).user);
 }
 
-TEST_F(Settings, AreSwitchesInWords)
+TEST_F(Settings, AcceptSwitchesInWords)
 {
     for (const std::string word : {"true", "yes", "on", "1"}) {
         EXPECT_TRUE(applied({{"--quiet", word}}).quiet) << word;
@@ -98,7 +98,7 @@ TEST_F(Settings, AreSwitchesInWords)
     EXPECT_EQ("--quiet must be true or false.", refusalOf({{"--quiet", "maybe"}}));
 }
 
-TEST_F(Settings, NameWhereAWrongValueComesFrom)
+TEST_F(Settings, NameTheSourceOfAnInvalidValue)
 {
     EXPECT_EQ("--port must be a number from 1 to 65535.", refusalOf({{"--port", "0"}}));
     const TextFile file("[sftpclient]\nport=x\n");
@@ -109,7 +109,7 @@ TEST_F(Settings, NameWhereAWrongValueComesFrom)
     EXPECT_EQ("--user must not be empty.", refusalOf({{"--user", ""}}));
 }
 
-TEST_F(Settings, RefuseAFileThatIsNone)
+TEST_F(Settings, RejectAnInvalidFile)
 {
     const TextFile unknown("[sftpclient]\nprot=1\n");
     EXPECT_EQ("\"prot\" in " + unknown.path() +

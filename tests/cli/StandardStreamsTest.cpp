@@ -6,7 +6,7 @@
 
 #include <cstdio>
 
-TEST(Silenced, SwallowsWhatAStreamStillHolds)
+TEST(Silenced, DiscardsBufferedOutput)
 {
     testing::internal::CaptureStdout();
     std::printf("before ");
@@ -18,7 +18,7 @@ TEST(Silenced, SwallowsWhatAStreamStillHolds)
     EXPECT_EQ("before after", testing::internal::GetCapturedStdout());
 }
 
-TEST(Silenced, SwallowsWhatIsWrittenToTheDescriptor)
+TEST(Silenced, DiscardsWritesToTheDescriptor)
 {
     testing::internal::CaptureStderr();
     {
@@ -29,7 +29,7 @@ TEST(Silenced, SwallowsWhatIsWrittenToTheDescriptor)
     EXPECT_EQ("after", testing::internal::GetCapturedStderr());
 }
 
-// In a process of its own, whose standard descriptors are closed.
+// In a separate process, whose standard descriptors are closed.
 TEST(OpenStandardDescriptorsDeathTest, FillsTheGaps)
 {
     EXPECT_EXIT(
@@ -40,7 +40,7 @@ TEST(OpenStandardDescriptorsDeathTest, FillsTheGaps)
             const int next = dup(STDERR_FILENO);
             char byte = 'x';
             const bool filled = read(STDIN_FILENO, &byte, 1) == 0 && next > STDERR_FILENO;
-            // As if it were still closed: what is written there is not to be lost in silence.
+            // As if it were still closed: writes there must fail, not be lost silently.
             const bool refuses = write(STDOUT_FILENO, &byte, 1) == -1;
             _exit(filled && refuses ? 0 : 1);
         },

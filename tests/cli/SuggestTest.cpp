@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(Suggest, NamesTheNearest)
+TEST(Suggest, NamesTheClosest)
 {
     const std::vector<std::string> known{"--port", "--user", "--quiet", "ls", "mv", "put"};
     EXPECT_EQ("; did you mean --port?", suggestionFor("--prot", known));
@@ -14,13 +14,13 @@ TEST(Suggest, NamesTheNearest)
     EXPECT_EQ("; did you mean mv?", suggestionFor("mb", known));
 }
 
-TEST(Suggest, NamesAllThatBeginSo)
+TEST(Suggest, NamesEveryMatchOfAPrefix)
 {
     EXPECT_EQ("; did you mean --password-file or --password-stdin?",
               suggestionFor("--pass", {"--password-file", "--password-stdin", "--port"}));
 }
 
-TEST(Suggest, IsSilentWhereNothingIsNear)
+TEST(Suggest, SuggestsNothingIfNothingIsClose)
 {
     EXPECT_EQ(".", suggestionFor("frob", {"get", "put", "rm"}));
     EXPECT_EQ(".", suggestionFor("--", {"--port"}));

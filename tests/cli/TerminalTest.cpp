@@ -28,7 +28,7 @@ TEST_F(Terminal, ShowsProgressAndRemovesIt)
     }
 }
 
-TEST_F(Terminal, ShowsNoProgressWhenToldSo)
+TEST_F(Terminal, ShowsNoProgressOnRequest)
 {
     writeFile(served("file"), std::string(2000, 'x'));
     serve();

@@ -28,7 +28,7 @@ protected:
         std::filesystem::resize_file(local("file"), 64 << 20);
     }
 
-    /// Runs all of them at once, each against a server of its own, and compares how they end.
+    /// Runs all of them at once, each against its own server, and compares how they end.
     void expectEnds(const std::vector<Hang>& hangs, const std::vector<std::string>& options)
     {
         std::vector<std::unique_ptr<Case>> cases;
@@ -82,7 +82,7 @@ constexpr char kNotConnected[] =
 
 } // namespace
 
-TEST_F(TimeLimit, EndsWhatHangsWhereverItDoes)
+TEST_F(TimeLimit, EndsAHangAtAnyStep)
 {
     const std::string last = " (the server's last reply: ";
     const std::string check = "the size check before the download failed: ";
@@ -106,25 +106,24 @@ TEST_F(TimeLimit, EndsWhatHangsWhereverItDoes)
         {"--stall-time=1"});
 }
 
-TEST_F(TimeLimit, EndsAConnectionThatIsNotMade)
+TEST_F(TimeLimit, EndsAConnectionAttempt)
 {
-    expectEnds(
-        {{"GREETING=stall", {"ls", "/"}, 28, std::string("ls: ") + kNotConnected},
-         {"TLS=stall",
-          {"ls", "/"},
-          28,
-          std::string("ls: ") + kNotConnected + " (the server's last reply: 234 TLS next)"},
-         // A data connection is not here: libcurl ends one that stalls in its handshake with 28 or 13, by chance.
-         {"PWD=stall",
-          {"get", "/file", "got"},
-          255,
-          std::string("get: -1 the size check before the download failed: ") + kNotConnected +
-              " (the server's last reply: 230 logged in)"},
-         {"GREETING=reply:421 too many users",
-          {"ls", "/"},
-          28,
-          "ls: 28 Timeout was reached (the server's last reply: 421 too many users)"}},
-        {"--connect-time=4"});
+    expectEnds({{"GREETING=stall", {"ls", "/"}, 28, std::string("ls: ") + kNotConnected},
+                {"TLS=stall",
+                 {"ls", "/"},
+                 28,
+                 std::string("ls: ") + kNotConnected + " (the server's last reply: 234 TLS next)"},
+                // Not a data connection: if one stalls in its handshake, libcurl returns 28 or 13, by chance.
+                {"PWD=stall",
+                 {"get", "/file", "got"},
+                 255,
+                 std::string("get: -1 the size check before the download failed: ") + kNotConnected +
+                     " (the server's last reply: 230 logged in)"},
+                {"GREETING=reply:421 too many users",
+                 {"ls", "/"},
+                 28,
+                 "ls: 28 Timeout was reached (the server's last reply: 421 too many users)"}},
+               {"--connect-time=4"});
 }
 
 TEST_F(TimeLimit, EndsTheWholeOperation)
@@ -141,7 +140,7 @@ TEST_F(TimeLimit, EndsTheWholeOperation)
                      " (the server's last reply: 200 type set)"},
                 {"TLS=stall", {"ls", "/"}, 28, "ls: " + over + " (the server's last reply: 234 TLS next)"},
                 {"DATA=stall", {"ls", "/"}, 28, "ls: " + over + " (the server's last reply: 150 data follows)"},
-                // A wait that would take longer is not begun.
+                // A longer wait does not start.
                 {"GREETING=drop",
                  {"ls", "/", "--retry=9", "--retry-delay=3600"},
                  56,
@@ -149,7 +148,7 @@ TEST_F(TimeLimit, EndsTheWholeOperation)
                {"--max-time=6"});
 }
 
-TEST(TransferClock, LeavesNoMoreForConnectingThanThereIs)
+TEST(TransferClock, LimitsConnectingToTheTimeLeft)
 {
     const TransferClock::Time begin;
     EXPECT_EQ(20s, TransferClock({20s, 60s, 0s}, begin).connectingFrom(begin + 1h));
@@ -159,7 +158,7 @@ TEST(TransferClock, LeavesNoMoreForConnectingThanThereIs)
     EXPECT_EQ(1s, clock.connectingFrom(begin + 1h)) << "libcurl takes 0 for 300 s";
 }
 
-TEST(TransferClock, SeesAStall)
+TEST(TransferClock, DetectsAStall)
 {
     const TransferClock::Time begin;
     TransferClock clock({20s, 60s, 0s}, begin);
@@ -173,7 +172,7 @@ TEST(TransferClock, SeesAStall)
     EXPECT_FALSE(clock.isOver(begin + 1000h));
 }
 
-TEST(TransferClock, KnowsEachConnection)
+TEST(TransferClock, TimesEachConnection)
 {
     const TransferClock::Time begin;
     TransferClock clock({20s, 60s, 0s}, begin);
@@ -184,7 +183,7 @@ TEST(TransferClock, KnowsEachConnection)
     EXPECT_FALSE(clock.isConnected());
 }
 
-TEST(TransferClock, SeesTheEndOfAll)
+TEST(TransferClock, DetectsTheEndOfTheTotal)
 {
     const TransferClock::Time begin;
     TransferClock clock({20s, 60s, 10s}, begin);
@@ -197,7 +196,7 @@ TEST(TransferClock, SeesTheEndOfAll)
     EXPECT_TRUE(clock.isOver(begin + 10s)) << "it counts from the first transfer's begin";
 }
 
-TEST(TimeLimits, AreFiniteUnlessToldOtherwise)
+TEST(TimeLimits, AreFiniteByDefault)
 {
     const TimeLimits limits;
     EXPECT_EQ(20s, limits.connect);

@@ -20,7 +20,7 @@ constexpr char kDone[] = "put: 0 No error\n";
 
 } // namespace
 
-TEST_F(UploadCheck, FailsWhereBytesAreMissing)
+TEST_F(UploadCheck, FailsIfBytesAreMissing)
 {
     for (const std::string size : {"5", "0", "9"}) {
         SCOPED_TRACE(size);
@@ -33,7 +33,7 @@ TEST_F(UploadCheck, FailsWhereBytesAreMissing)
     }
 }
 
-TEST_F(UploadCheck, SaysWhereItCannotBeMade)
+TEST_F(UploadCheck, ReportsThatItCannotBeMade)
 {
     for (const std::string reply :
          {"500 unknown", "502 no", "530 no", "213 abc", "213 ", "213 -5", "213 8 bytes", "213 999999999999999999999"}) {
@@ -53,7 +53,7 @@ TEST_F(UploadCheck, SaysWhereItCannotBeMade)
                          result.err));
 }
 
-TEST_F(UploadCheck, FailsWhereTheServerIsGone)
+TEST_F(UploadCheck, FailsIfTheServerIsGone)
 {
     const ProgramResult result = put({"2/GREETING=drop"}, {"--json"});
     EXPECT_TRUE(exited(56, result));
@@ -63,7 +63,7 @@ TEST_F(UploadCheck, FailsWhereTheServerIsGone)
     EXPECT_TRUE(holds("\"sizeChecked\":false", result.out));
 }
 
-TEST_F(UploadCheck, IsLeftOutWhenToldSo)
+TEST_F(UploadCheck, CanBeSwitchedOff)
 {
     const ProgramResult result = put({"SIZE=reply:213 5"}, {"--no-verify"});
     EXPECT_TRUE(exited(0, result));
@@ -71,7 +71,7 @@ TEST_F(UploadCheck, IsLeftOutWhenToldSo)
     EXPECT_EQ(1U, sessions().size());
 }
 
-TEST_F(UploadCheck, TakesAnEmptyFileForWhole)
+TEST_F(UploadCheck, AcceptsAnEmptyFile)
 {
     writeFile(local("empty"), "");
     serve();
@@ -79,7 +79,7 @@ TEST_F(UploadCheck, TakesAnEmptyFileForWhole)
     EXPECT_EQ("", contentOf(served("empty")));
 }
 
-TEST(SizeInReply, IsAProperNumberAlone)
+TEST(SizeInReply, IsAPlainNumber)
 {
     EXPECT_EQ(0, sizeInReply("213 0\r\n"));
     EXPECT_EQ(53687091200, sizeInReply("213 53687091200\r\n"));

@@ -14,7 +14,7 @@ void expectRefusal(const std::vector<std::string>& arguments, const std::string&
     EXPECT_TRUE(sameText("sftpclient: " + message + "\n", result.err));
 }
 
-// What the command line itself tells to be wrong; `operation` is empty, or a name and a blank.
+// The errors of the command line itself; `operation` is empty, or a name and a blank.
 void expectWrongUsage(const std::vector<std::string>& arguments, const std::string& message,
                       const std::string& operation)
 {
@@ -31,7 +31,7 @@ TEST(Usage, NeedsAnOperation)
     expectWrongUsage({"\x1b[2J"}, "There is no operation \\x1b[2J.", "");
 }
 
-TEST(Usage, NeedsEveryPartOfTheForm)
+TEST(Usage, NeedsEveryArgument)
 {
     expectWrongUsage({"test"}, "URL is required.", "test ");
     expectWrongUsage({"ls"}, "URL is required.", "ls ");
@@ -51,7 +51,7 @@ TEST(Usage, SuggestsTheOptionThatWasMeant)
     expectWrongUsage({"test", "ftp://host/", "--frobnicate"}, "There is no option --frobnicate.", "test ");
 }
 
-TEST(Usage, RefusesAPasswordOnTheCommandLineWithoutRepeatingIt)
+TEST(Usage, RejectsAPasswordOnTheCommandLineWithoutQuotingIt)
 {
     const std::string remedy = "There is no option --password; did you mean --password-file or --password-stdin?";
     expectWrongUsage({"test", "ftp://host/", "--password=secret"}, remedy, "test ");
@@ -59,7 +59,7 @@ TEST(Usage, RefusesAPasswordOnTheCommandLineWithoutRepeatingIt)
     expectWrongUsage({"test", "ftp://host/", "-psecret"}, "There is no option -p.", "test ");
 }
 
-TEST(Usage, RefusesAPortOutOfRange)
+TEST(Usage, RejectsAPortOutOfRange)
 {
     for (const std::string port : {"0", "65536", "21x", "-1"}) {
         SCOPED_TRACE(port);
@@ -68,7 +68,7 @@ TEST(Usage, RefusesAPortOutOfRange)
     }
 }
 
-TEST(Usage, RefusesFilesThatAreNotThere)
+TEST(Usage, RejectsMissingFiles)
 {
     expectRefusal(
         {"test", "ftp://me@host/", "--ca", "none", "--config", "/nowhere"},
@@ -85,19 +85,19 @@ TEST(Usage, NamesTheRemedyForAMissingCertificate)
     expectRefusal({"get", "ftps://me@host/x"}, "The server's CA certificate is missing: give --ca FILE or --ca none.");
 }
 
-TEST(Usage, RefusesABlankInAName)
+TEST(Usage, RejectsABlankInAName)
 {
     expectRefusal({"mv", "ftp://host/", "old", "new name", "--user", "me", "--ca", "none"},
                   "NEW must not be empty or hold a blank: the server's command is split there.");
 }
 
-TEST(Usage, RefusesTwoUsers)
+TEST(Usage, RejectsTwoUsers)
 {
     expectRefusal({"test", "ftp://me@host/", "--user", "you"},
                   "URL and --user name different users: give one of them.");
 }
 
-TEST(Usage, NeedsATerminalToAskAt)
+TEST(Usage, NeedsATerminalForThePrompt)
 {
     const ProgramResult result = runCommand({"test", "ftp://host/", "--user", "me", "--ca", "none"});
     EXPECT_TRUE(exited(2, result));

@@ -23,7 +23,7 @@ const Wrapper kWrappers[] = {
      "UploadFileToSFtpServer, Create  CurlHttpClient object failed."},
 };
 
-// Each of its words is too long for a string to hold without an allocation.
+// Each of its words is too long for the small-string buffer.
 constexpr const char* kLongStatusLine = "protocol-of-a-long-name 00000000000000000000200 a-text-of-a-good-length";
 
 class ClientContract : public Contract
@@ -58,7 +58,7 @@ TEST_F(ClientContract, EachWrapperRunsItsOperationAndKeepsTheHandleAsLongAsTheRe
     }
 }
 
-TEST_F(ClientContract, EachWrapperPassesTheTimeoutOn)
+TEST_F(ClientContract, EachWrapperPassesOnTheTimeout)
 {
     EXPECT_TRUE(hasLine("1 FTP_RESPONSE_TIMEOUT = 17", journalOf([&] { client->Listsftpdir(request, 17); })));
 }
@@ -103,7 +103,7 @@ TEST_F(ClientContract, WithoutMemoryForTheSharedPointerTheResponseIsDestroyed)
     }
 }
 
-TEST_F(ClientContract, AnExceptionOfTheOperationDestroysTheResponseAndPasses)
+TEST_F(ClientContract, AnExceptionInTheOperationDestroysTheResponseAndPropagates)
 {
     scripted::curl().perform = [](scripted::Handle&) -> CURLcode { throw std::runtime_error("from within"); };
     for (const Wrapper& wrapper : kWrappers) {
@@ -177,7 +177,7 @@ TEST_F(ClientContract, AnInstanceThatCannotBeMadeIsNullWithARecord)
                   })));
 }
 
-TEST_F(ClientContract, ExceptionsOfOtherKindsPass)
+TEST_F(ClientContract, ExceptionsOfOtherKindsPropagate)
 {
     expectNothingNoted([] {
         memory::failAllocationStrangely(1);

@@ -43,7 +43,7 @@ protected:
     }
 };
 
-TEST_F(ConnectionTestContract, GivesLibcurlsCodeUnchanged)
+TEST_F(ConnectionTestContract, ReturnsLibcurlsCodeUnchanged)
 {
     // Also CURLE_REMOTE_ACCESS_DENIED: no response translates it.
     for (int code = 0; code < kEndOfCodes && !HasFailure(); ++code) {
@@ -52,7 +52,7 @@ TEST_F(ConnectionTestContract, GivesLibcurlsCodeUnchanged)
     }
 }
 
-TEST_F(ConnectionTestContract, OpensslsErrorsAreLeftWhereTheyAre)
+TEST_F(ConnectionTestContract, LeavesOpensslsErrorQueueAlone)
 {
     for (const CURLcode code : {CURLE_OK, CURLE_PEER_FAILED_VERIFICATION, CURLE_SSL_CACERT_BADFILE}) {
         SCOPED_TRACE(nameOf(code));

@@ -24,7 +24,7 @@ std::string recordLine(int level, const std::string& function, const std::string
 /// What the TLS step does to a handle when the request carries a certificate.
 Lines tlsStep();
 
-/// Ends the codes that libcurl has, and some more.
+/// Greater than every code of libcurl.
 constexpr int kEndOfCodes = 128;
 
 /// The base of every contract test: a fresh world, a request and a folder for local files.
@@ -33,10 +33,10 @@ class Contract : public testing::Test
 protected:
     Contract();
 
-    /// Runs a piece of the library and gives the journal of all that it did. Handles and buffers are numbered from 1.
+    /// Runs a piece of the library and returns the journal of all that it did. Handles and buffers are numbered from 1.
     Lines journalOf(const std::function<void()>& piece);
 
-    /// That a piece's journal is empty.
+    /// Expects the piece's journal to be empty.
     void expectNothingNoted(const std::function<void()>& piece) { EXPECT_TRUE(sameLines({}, journalOf(piece))); }
 
     /// Makes every transfer end with this code.
@@ -44,7 +44,7 @@ protected:
 
     std::string path(const std::string& name) const { return m_folder.file(name); }
 
-    /// What libcurl is handed is a copy of the request's URL.
+    /// Expects libcurl to get a copy of the request's URL.
     void expectUrlCopied() const;
 
     static constexpr const char* kPassword = "correct horse battery";

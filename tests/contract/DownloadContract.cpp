@@ -68,13 +68,13 @@ TEST_F(DownloadContract, EmptiesAnOldFileBeforeTheTransferAndKeepsWhatArrived)
     EXPECT_EQ("new", contentOf(request.localPath));
 }
 
-TEST_F(DownloadContract, EndsBeforeAnyOptionWhereTheFileCannotBeOpened)
+TEST_F(DownloadContract, SetsNoOptionIfTheFileCannotBeOpened)
 {
     request.localPath = path("no-folder/local");
     expectEndedAfter({"credentials joined", "open " + request.localPath + " w+ fails", "credentials wiped",
                       recordLine(4, kFunction, "DownLoadSFtpFile():open file failed. ")});
 }
 
-TEST_F(DownloadContract, NoticesAFullDiskInTheFirstShortWrite) { expectFullDiskNoticed(); }
+TEST_F(DownloadContract, DetectsAFullDiskAtTheFirstShortWrite) { expectFullDiskNoticed(); }
 
 } // namespace

@@ -13,7 +13,7 @@
 
 namespace {
 
-// What the client and the response below the facade were asked, and what they answer.
+// The calls to the client and the response below the facade, and what they return.
 Lines calls;
 int code = 0;
 bool responds = true;
@@ -131,7 +131,7 @@ TEST_F(FacadeCalls, OneClientForAFacadesWholeLife)
     EXPECT_TRUE(sameLines({"client made", "client released"}, callsOf([] { const SFtpClient facade; })));
 }
 
-TEST_F(FacadeCalls, NoClientIsReleasedWhereNoneWasMade)
+TEST_F(FacadeCalls, ReleasesNoClientIfNoneWasMade)
 {
     exists = false;
     EXPECT_TRUE(sameLines({"client made"}, callsOf([] { const SFtpClient facade; })));
@@ -166,7 +166,7 @@ TEST_F(FacadeCalls, FailureAsksForTextAndCodeTwice)
     }
 }
 
-TEST_F(FacadeCalls, AnEmptyResponseIsAskedNothing)
+TEST_F(FacadeCalls, CallsNothingOnAnEmptyResponse)
 {
     responds = false;
     SFtpClient facade;

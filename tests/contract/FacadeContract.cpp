@@ -66,7 +66,7 @@ protected:
     std::string errorText = "as it was";
 };
 
-TEST_F(FacadeContract, SuccessLeavesTheErrorText)
+TEST_F(FacadeContract, SuccessLeavesTheErrorTextUnchanged)
 {
     SFtpClient facade;
     for (const Operation& operation : kOperations) {
@@ -80,7 +80,7 @@ TEST_F(FacadeContract, SuccessLeavesTheErrorText)
     }
 }
 
-TEST_F(FacadeContract, FailureGivesTheReportedCodeAndTheTextOfTheRawOne)
+TEST_F(FacadeContract, FailureReturnsTheReportedCodeAndTheTextOfTheRawOne)
 {
     SFtpClient facade;
     for (const Operation& operation : kOperations) {
@@ -91,14 +91,14 @@ TEST_F(FacadeContract, FailureGivesTheReportedCodeAndTheTextOfTheRawOne)
         EXPECT_EQ(scripted::text(CURLE_REMOTE_ACCESS_DENIED), errorText);
         const std::string text = scripted::text(CURLE_REMOTE_ACCESS_DENIED);
         const std::string asked = recordLine(4, "CurlSFtpResponse::GetErrString", "Get error string: |" + text);
-        // Asked once for the caller, once inside the record; the record that was begun first is written last.
+        // Called once for the caller, once inside the record; the record that was begun first is written last.
         EXPECT_TRUE(sameLines({"close", asked, asked, record(operation, operation.failed + ("|" + text)),
                                operation.checksSize ? "handle 2 cleaned up" : "handle 1 cleaned up"},
                               lastOf(lines, 5)));
     }
 }
 
-TEST_F(FacadeContract, EveryCodeButNineIsGivenAsItIs)
+TEST_F(FacadeContract, EveryCodeExceptNineIsReturnedUnchanged)
 {
     SFtpClient facade;
     for (int code = 1; code < kEndOfCodes; ++code) {
@@ -147,7 +147,7 @@ TEST_F(FacadeContract, WithoutALibcurlTextTheErrorTextSaysUnknown)
     EXPECT_EQ(record(kOperations[0], kOperations[0].failed + std::string("|UnKown error")), *(lines.end() - 2));
 }
 
-TEST_F(FacadeContract, AnEmptyLibcurlTextIsATextToo)
+TEST_F(FacadeContract, AnEmptyLibcurlTextCountsAsAText)
 {
     scripted::curl().emptyTexts = true;
     performGives(CURLE_LOGIN_DENIED);
@@ -226,7 +226,7 @@ TEST_F(FacadeContract, ARefusedSizeCheckEndsTheDownloadSilently)
                           lastOf(lines, 4)));
 }
 
-TEST_F(FacadeContract, TheDownloadChecksTheSizeOnAHandleOfItsOwnFirst)
+TEST_F(FacadeContract, TheDownloadFirstChecksTheSizeOnASeparateHandle)
 {
     SFtpClient facade;
     const Lines lines = run(facade, kOperations[1], CURLE_OK);
@@ -241,7 +241,7 @@ TEST_F(FacadeContract, TheDownloadChecksTheSizeOnAHandleOfItsOwnFirst)
         handles));
 }
 
-TEST_F(FacadeContract, AnExceptionOfTheOperationPasses)
+TEST_F(FacadeContract, AnExceptionInTheOperationPropagates)
 {
     scripted::curl().perform = [](scripted::Handle&) -> CURLcode { throw std::runtime_error("from within"); };
     SFtpClient facade;
@@ -263,7 +263,7 @@ TEST_F(FacadeContract, TheClientEndsWithTheFacade)
     });
 }
 
-TEST_F(FacadeContract, AnEmptyRequestGivesLibcurlsResult)
+TEST_F(FacadeContract, AnEmptyRequestReturnsLibcurlsResult)
 {
     request = {};
     SFtpClient facade;

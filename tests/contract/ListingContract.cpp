@@ -75,13 +75,13 @@ TEST_F(ListingContract, EmptiesAnOldFileEvenWhenItFails)
     EXPECT_EQ("", contentOf(request.localPath));
 }
 
-TEST_F(ListingContract, EndsBeforeAnyOptionWhereTheFileCannotBeOpened)
+TEST_F(ListingContract, SetsNoOptionIfTheFileCannotBeOpened)
 {
     request.localPath = path("no-folder/local");
     expectEndedAfter({"credentials joined", "open " + request.localPath + " wr+ fails", "credentials wiped",
                       recordLine(4, kFunction, "Listsftpdir():Open local file file failed.")});
 }
 
-TEST_F(ListingContract, NoticesAFullDiskInTheFirstShortWrite) { expectFullDiskNoticed(); }
+TEST_F(ListingContract, DetectsAFullDiskAtTheFirstShortWrite) { expectFullDiskNoticed(); }
 
 } // namespace

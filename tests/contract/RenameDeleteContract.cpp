@@ -4,7 +4,7 @@ namespace {
 
 void aim(SFtpRequest& request) { request.localPath = "b.bak"; }
 
-// What leads to a command, and what follows it.
+// What comes before a command, and what after it.
 Lines beginning() { return Lines{"handle 1 made", "credentials joined", "open /dev/null w+"} + tlsStep(); }
 
 Lines rest(const SFtpRequest& request)
@@ -84,7 +84,7 @@ protected:
         for (const char* url : {"", "no colon/at/all/", "scheme://host:21", "/before:after"}) {
             SCOPED_TRACE(url);
             request.remotePath = url;
-            // The credentials come and go between two lines: they are wiped before the record.
+            // The credentials are joined and wiped between two lines, before the record.
             expectEndedAfter({recordLine(4, function, kNoDirectory)});
         }
     }
@@ -129,7 +129,7 @@ protected:
     DeleteContract() : RenameDeleteContract(deletion(), "DelSFtpFile", deleteWith) {}
 };
 
-TEST_F(RenameContract, TakesTheDirectoryBehindTheLastColon)
+TEST_F(RenameContract, TakesTheDirectoryAfterTheLastColon)
 {
     expectCommand("scheme://host:21/data/", "rename /data/a.bak /data/b.bak");
     expectCommand("scheme://host/data/", "rename //host/data/a.bak //host/data/b.bak");
@@ -139,7 +139,7 @@ TEST_F(RenameContract, TakesTheDirectoryBehindTheLastColon)
     expectCommand("scheme://host:21/a?b#c%20d/", "rename /a?b#c%20d/a.bak /a?b#c%20d/b.bak");
 }
 
-TEST_F(DeleteContract, TakesTheDirectoryBehindTheLastColon)
+TEST_F(DeleteContract, TakesTheDirectoryAfterTheLastColon)
 {
     expectCommand("scheme://host:21/data/", "rm /data/a.bak");
     expectCommand("scheme://host/data/", "rm //host/data/a.bak");
@@ -147,7 +147,7 @@ TEST_F(DeleteContract, TakesTheDirectoryBehindTheLastColon)
     expectCommand("scheme://host:21/data", "rm /dataa.bak");
 }
 
-TEST_F(RenameContract, TakesTheNamesAsTheyAre)
+TEST_F(RenameContract, TakesTheNamesUnchanged)
 {
     request.remoteFileName = "a b";
     request.localPath = "c d";
@@ -156,7 +156,7 @@ TEST_F(RenameContract, TakesTheNamesAsTheyAre)
     expectCommand("scheme://host:21/data/", "rename /data/a b /data/");
 }
 
-TEST_F(DeleteContract, TakesTheNameAsItIs)
+TEST_F(DeleteContract, TakesTheNameUnchanged)
 {
     request.remoteFileName = "a b";
     expectCommand("scheme://host:21/data/", "rm /data/a b");
@@ -164,7 +164,7 @@ TEST_F(DeleteContract, TakesTheNameAsItIs)
     expectCommand("scheme://host:21/data/", "rm /data/");
 }
 
-TEST_F(DeleteContract, ThrowsTheListingOfTheVisitAway)
+TEST_F(DeleteContract, DiscardsTheListingOfTheVisit)
 {
     scripted::curl().perform = [](scripted::Handle& handle) {
         EXPECT_EQ(7U, handle.receive("a.bak\r\n"));
@@ -173,11 +173,11 @@ TEST_F(DeleteContract, ThrowsTheListingOfTheVisitAway)
     expectSuccess();
 }
 
-TEST_F(RenameContract, EndsBeforeAnyOptionWithoutADirectory) { expectEndedWithoutDirectory(); }
-TEST_F(DeleteContract, EndsBeforeAnyOptionWithoutADirectory) { expectEndedWithoutDirectory(); }
+TEST_F(RenameContract, SetsNoOptionWithoutADirectory) { expectEndedWithoutDirectory(); }
+TEST_F(DeleteContract, SetsNoOptionWithoutADirectory) { expectEndedWithoutDirectory(); }
 
-TEST_F(RenameContract, EndsBeforeAnyOptionWithoutItsDevice) { expectEndedWithoutDevice(); }
-TEST_F(DeleteContract, EndsBeforeAnyOptionWithoutItsDevice) { expectEndedWithoutDevice(); }
+TEST_F(RenameContract, SetsNoOptionIfItsDeviceCannotBeOpened) { expectEndedWithoutDevice(); }
+TEST_F(DeleteContract, SetsNoOptionIfItsDeviceCannotBeOpened) { expectEndedWithoutDevice(); }
 
 TEST_F(RenameContract, LosesNoCommandSilently) { expectLost("rename /backup/a.bak /backup/b.bak"); }
 TEST_F(DeleteContract, LosesNoCommandSilently) { expectLost("rm /backup/a.bak"); }

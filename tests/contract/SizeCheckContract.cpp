@@ -87,7 +87,7 @@ TEST_F(SizeCheckContract, ASizeThatLibcurlDoesNotWriteIsUnknown)
     expectSize(-1, kLimit, false);
 }
 
-TEST_F(SizeCheckContract, TheRetentionDatabaseHasALimitOfItsOwn)
+TEST_F(SizeCheckContract, TheRetentionDatabaseHasItsOwnLimit)
 {
     for (const char* localPath : {"/data/RetentionDB.db", "RetentionDB.db", "/RetentionDB.db", "a/b/RetentionDB.db"}) {
         request.localPath = localPath;
@@ -108,7 +108,7 @@ TEST_F(SizeCheckContract, AnyOtherNameHasTheLargeLimit)
     }
 }
 
-TEST_F(SizeCheckContract, OnlyAMissingFilePassesInSpiteOfItsFailure)
+TEST_F(SizeCheckContract, OnlyAMissingFilePassesDespiteTheFailure)
 {
     for (int code = 1; code < kEndOfCodes && !HasFailure(); ++code) {
         SCOPED_TRACE(nameOf(code));

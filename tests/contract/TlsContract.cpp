@@ -60,7 +60,7 @@ protected:
         return recordLine(level, function, text);
     }
 
-    // What a conversion does, from its buffers to the attempt to read PEM; its end is the same for all.
+    // The steps of a conversion, from its buffers to the attempt to read PEM; its end is the same for all.
     static Lines tried(const std::string& text)
     {
         return {"BIO_new_mem_buf 1" + size(text), "BIO_new_mem_buf 2" + size(text), "PEM_read_bio_X509 buffer 1"};
@@ -97,7 +97,7 @@ protected:
     Certificate converted;
 };
 
-TEST_F(TlsContract, ACertificateIsHandedToTheHook)
+TEST_F(TlsContract, ACertificateIsPassedToTheHook)
 {
     EXPECT_TRUE(sameLines(begin() + withCertificate(), setCert(pemOf(first.get()))));
 }
@@ -111,7 +111,7 @@ TEST_F(TlsContract, NoneWithTheSwitchOffVerifiesNothing)
                           setCert("none")));
 }
 
-TEST_F(TlsContract, NoneWithTheSwitchOnIsTakenForACertificate)
+TEST_F(TlsContract, NoneWithTheSwitchOnIsTreatedAsACertificate)
 {
     for (const int value : {1, -1, 2, 256, 65536}) {
         SCOPED_TRACE(value);
@@ -137,14 +137,14 @@ TEST_F(TlsContract, PemIsConverted)
     expectConverted(text, tried(text) + released(), first.get());
 }
 
-TEST_F(TlsContract, DerIsConvertedFromABufferOfItsOwn)
+TEST_F(TlsContract, DerIsConvertedFromASeparateBuffer)
 {
     const std::string text = derOf(first.get());
     ASSERT_NE(std::string::npos, text.find('\0'));
     expectConverted(text, tried(text) + Lines{"d2i_X509_bio buffer 2"} + released(), first.get());
 }
 
-TEST_F(TlsContract, TextBeforeTheCertificateIsPassedOver)
+TEST_F(TlsContract, TextBeforeTheCertificateIsSkipped)
 {
     const std::string text = std::string(70000, '#') + "\n" + pemOf(first.get());
     expectConverted(text, tried(text) + released(), first.get());
@@ -161,7 +161,7 @@ TEST_F(TlsContract, OnlyTheFirstCertificateIsConverted)
     }
 }
 
-TEST_F(TlsContract, OpensslsErrorsAreLeftWhereTheyAre)
+TEST_F(TlsContract, OpensslErrorsStayInTheQueue)
 {
     const unsigned long hosts = recorded::leaveHostsError();
     hook(pemOf(first.get()), CURLE_OK);
@@ -172,7 +172,7 @@ TEST_F(TlsContract, OpensslsErrorsAreLeftWhereTheyAre)
 }
 
 // Hosts clear the queue after a failed call, and some read it first.
-TEST_F(TlsContract, OpensslsErrorsAreLeftByAHookThatFails)
+TEST_F(TlsContract, OpensslErrorsOfAFailingHookStayInTheQueue)
 {
     const std::string pem = pemOf(first.get());
     const unsigned long hosts = recorded::leaveHostsError();
@@ -265,7 +265,7 @@ TEST_F(TlsContract, TheHookAddsTheFirstOfSeveralCertificatesAndEachOnce)
     EXPECT_EQ("1 2 ", serialsIn(context.get()));
 }
 
-TEST_F(TlsContract, ATextThatIsNoCertificateStopsTheHandshake)
+TEST_F(TlsContract, InvalidCertificateTextStopsTheHandshake)
 {
     for (const char* text : {"", "none", "no certificate"}) {
         SCOPED_TRACE(text);
@@ -306,7 +306,7 @@ TEST_F(TlsContract, NoExceptionLeavesTheHook)
     EXPECT_EQ(Errors{hosts}, recorded::takeErrors());
 }
 
-TEST_F(TlsContract, TheHookAnswersWithTwoWhatTheHostsLogThrows)
+TEST_F(TlsContract, TheHookReturnsTwoIfTheHostsLogThrows)
 {
     recording::host().onStep = [](const std::string& step) {
         if (step == "begin") {

@@ -67,16 +67,16 @@ void PrintTo(const Transfer& transfer, std::ostream* stream) { *stream << transf
 
 namespace {
 
-// What holds for each of them.
+// What is true of each of them.
 class EachTransfer : public TransferContract, public testing::WithParamInterface<Transfer>
 {
 protected:
     EachTransfer() : TransferContract(GetParam()) {}
 };
 
-TEST_P(EachTransfer, HasItsJournalWhenItSucceeds) { expectSuccess(); }
+TEST_P(EachTransfer, MakesTheExpectedCallsOnSuccess) { expectSuccess(); }
 
-TEST_P(EachTransfer, RecordsEveryCodeThatLibcurlGives)
+TEST_P(EachTransfer, LogsEveryCodeThatLibcurlReturns)
 {
     for (int code = 1; code < kEndOfCodes && !HasFailure(); ++code) {
         SCOPED_TRACE(nameOf(code));
@@ -84,7 +84,7 @@ TEST_P(EachTransfer, RecordsEveryCodeThatLibcurlGives)
     }
 }
 
-TEST_P(EachTransfer, HandsLibcurlACopyOfTheUrl)
+TEST_P(EachTransfer, PassesLibcurlACopyOfTheUrl)
 {
     expectSuccess();
     expectUrlCopied();
@@ -98,7 +98,7 @@ TEST_P(EachTransfer, WipesTheCredentialsWhenAnExceptionPasses)
         EXPECT_THROW((response.*transfer.call)(request, 90), std::bad_alloc);
         EXPECT_EQ(nameOf(CURLE_FAILED_INIT), nameOf(response.m_ErrorCode));
     });
-    // What is released by an exception goes in the order opposite to its making.
+    // An exception releases resources in the reverse order of their creation.
     EXPECT_TRUE(sameLines({"1 perform", "close", "credentials wiped", "handle 1 cleaned up"}, lastOf(lines, 4)));
 }
 
@@ -107,12 +107,12 @@ std::string nameOfCase(const testing::TestParamInfo<Transfer>& info) { return in
 INSTANTIATE_TEST_SUITE_P(Contract, EachTransfer,
                          testing::Values(listing(), download(), renaming(), deletion(), upload()), nameOfCase);
 
-// The listing alone passes its timeout on.
+// Only the listing passes its timeout on.
 class TransferWithoutTimeout : public EachTransfer
 {
 };
 
-TEST_P(TransferWithoutTimeout, DoesTheSameWithAny)
+TEST_P(TransferWithoutTimeout, IgnoresItsTimeout)
 {
     for (const uint32_t timeout : {0U, 90U, UINT32_MAX}) {
         SCOPED_TRACE(timeout);

@@ -32,17 +32,17 @@ class TransferContract : public Contract
 protected:
     explicit TransferContract(Transfer tested);
 
-    /// Runs it and gives its journal. What no operation may touch of the transfer object must be kept.
+    /// Runs it and returns its journal. Fails if it changes fields of the transfer object that no operation may touch.
     Lines run(bool expected, int code, uint32_t timeout = 90);
 
-    /// The whole journal of a run that succeeds, or that ends with a code of libcurl's.
+    /// The whole journal of a run that succeeds, or that ends with one of libcurl's codes.
     void expectSuccess(uint32_t timeout = 90);
     void expectFailure(int code);
 
     /// The whole journal of a run that ends with CURLE_FAILED_INIT before any option is set.
     void expectEndedAfter(const Lines& beginning);
 
-    /// The whole journal of a run whose first bytes find no room on the disk.
+    /// The whole journal of a run whose first bytes do not fit on the disk.
     void expectFullDiskNoticed();
 
     const Transfer transfer;

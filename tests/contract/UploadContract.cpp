@@ -114,7 +114,7 @@ TEST_F(UploadContract, GivesLibcurlTheFile)
     EXPECT_EQ("seventeen bytes.\n", sent);
 }
 
-TEST_F(UploadContract, EndsBeforeAnyOptionWhereTheFileCannotBeOpened)
+TEST_F(UploadContract, SetsNoOptionIfTheFileCannotBeOpened)
 {
     request.localPath = path("missing");
     expectEndedAfter({"credentials joined", "open " + request.localPath + " rb fails", "credentials wiped",

@@ -17,8 +17,8 @@ protected:
     }
 };
 
-TEST_F(Config, SwitchesTheVerificationOff) { EXPECT_EQ(0, statusWith("[General]\nCertAuthSwitch=0\n")); }
+TEST_F(Config, SwitchesVerificationOff) { EXPECT_EQ(0, statusWith("[General]\nCertAuthSwitch=0\n")); }
 
-TEST_F(Config, LeavesTheVerificationOn) { EXPECT_EQ(1, statusWith("")); }
+TEST_F(Config, LeavesVerificationOn) { EXPECT_EQ(1, statusWith("")); }
 
 } // namespace

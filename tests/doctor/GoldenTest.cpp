@@ -1,4 +1,4 @@
-// What people get to read of each kind of server.
+// What doctor prints for each kind of server.
 #include "harness/Golden.h"
 #include "harness/Kinds.h"
 

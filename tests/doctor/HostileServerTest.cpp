@@ -1,4 +1,4 @@
-// Servers that say nothing, too much, or what a terminal should not see.
+// Servers that send nothing, too much, or control characters for a terminal.
 #include "doctor/Renderers.h"
 #include "harness/Examined.h"
 
@@ -121,7 +121,7 @@ TEST_F(HostileServer, AnImplicitServerBehindAnFtpUrlIsRecognised)
               test.remedy);
 }
 
-TEST_F(HostileServer, AnFtpsUrlIsNoRemedyForAnFtpsUrl)
+TEST_F(HostileServer, AnFtpsUrlIsNotTheRemedyForAnFtpsUrl)
 {
     waitBriefly();
     config.tls = testserver::TlsMode::Implicit;
@@ -156,14 +156,14 @@ TEST_F(HostileServer, AnEndlessGreetingEnds)
     EXPECT_LT(tableOf(report).size(), 50000U);
 }
 
-TEST_F(HostileServer, AGreetingOfEndlessLinesEndsBeforeTheTimeDoes)
+TEST_F(HostileServer, AGreetingOfEndlessLinesEndsBeforeTheTimeLimit)
 {
     misbehave("GREETING=endless:220-hello");
     serveAndAsk();
     EXPECT_EQ(doctor::Ending::Garbled, examine(question).contact.greeting.ending);
 }
 
-TEST_F(HostileServer, ALineOfAnyLengthIsKeptTo4096Bytes)
+TEST_F(HostileServer, ALongerLineIsTruncatedTo4096Bytes)
 {
     misbehave("GREETING=pad:4096");
     serveAndAsk();
@@ -172,7 +172,7 @@ TEST_F(HostileServer, ALineOfAnyLengthIsKeptTo4096Bytes)
     EXPECT_EQ(4096U, greeting.text.raw().size());
 }
 
-TEST_F(HostileServer, ALineOf4095BytesIsTakenWhole)
+TEST_F(HostileServer, ALineOf4095BytesIsKeptWhole)
 {
     misbehave("GREETING=pad:4094");
     serveAndAsk();
@@ -181,7 +181,7 @@ TEST_F(HostileServer, ALineOf4095BytesIsTakenWhole)
     EXPECT_EQ(4090U, greeting.text.raw().size());
 }
 
-TEST_F(HostileServer, OfALongListingOneMebibyteIsKept)
+TEST_F(HostileServer, ALongListingIsTruncatedToOneMebibyte)
 {
     constexpr std::size_t kLine = 200;
     constexpr std::size_t kLines = 6000;
@@ -195,7 +195,7 @@ TEST_F(HostileServer, OfALongListingOneMebibyteIsKept)
     EXPECT_TRUE(holds("listing of names   ok    more than 5243 lines\n", tableOf(report)));
 }
 
-TEST_F(HostileServer, AReplyOfManyBytesIsTakenWhole)
+TEST_F(HostileServer, ALongReplyIsKeptWhole)
 {
     misbehave("SIZE=pad:3000");
     serveAndAsk();

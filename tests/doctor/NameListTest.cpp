@@ -30,7 +30,7 @@ TEST(NameList, CountsLines)
     EXPECT_EQ(2U, listOf("one\r\ntwo\r\n").lines());
 }
 
-TEST(NameList, KeepsOneMebibyteAndSaysWhatItLeftOut)
+TEST(NameList, KeepsOneMebibyteAndReportsWhatItOmits)
 {
     constexpr std::size_t kMebibyte = std::size_t{1} << 20;
     doctor::NameList list = listOf(std::string(kMebibyte - 4, '\n'));

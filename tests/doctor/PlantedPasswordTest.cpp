@@ -1,4 +1,4 @@
-// A server that repeats the password wherever it can: it is shown nowhere, and changes nothing in what is found out.
+// A server that repeats the password wherever it can: it is shown nowhere, and does not change the findings.
 #include "support/PlantedPassword.h"
 #include "doctor/Renderers.h"
 #include "harness/Examined.h"

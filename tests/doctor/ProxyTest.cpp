@@ -1,4 +1,4 @@
-// A proxy in the environment: doctor goes around it, and says what a host would do.
+// A proxy in the environment: doctor bypasses it, and reports what a host would do.
 #include "harness/DoctorProcess.h"
 #include "harness/Examined.h"
 #include "harness/Golden.h"
@@ -17,7 +17,7 @@ class InTheEnvironment : public Examined
 protected:
     InTheEnvironment() { trap.listen(); }
 
-    /// What a process with these variables says of the proxy. It writes, too.
+    /// What a process with these variables reports about the proxy. It runs with --write.
     std::string rowWith(const Variables& variables)
     {
         serve();
@@ -35,7 +35,7 @@ protected:
         return "no row";
     }
 
-    const LoopbackPort trap; // where a proxy might be, and nobody must connect to
+    const LoopbackPort trap; // in place of a proxy; nobody must connect to it
     int status = -1;
 };
 
@@ -53,7 +53,7 @@ TEST_F(InTheEnvironment, AnExceptionForTheHostCounts)
     EXPECT_FALSE(trap.wasReached());
 }
 
-TEST_F(InTheEnvironment, ASocksProxyIsNotToldTheLogin)
+TEST_F(InTheEnvironment, ASocksProxyDoesNotGetTheLogin)
 {
     EXPECT_EQ(
         "warn: a host with this environment connects through the proxy that ALL_PROXY names; doctor went around it",
@@ -62,7 +62,7 @@ TEST_F(InTheEnvironment, ASocksProxyIsNotToldTheLogin)
     EXPECT_FALSE(trap.wasReached());
 }
 
-TEST_F(InTheEnvironment, WithImplicitTlsTheProxyIsNotToldTheLogin)
+TEST_F(InTheEnvironment, WithImplicitTlsTheProxyDoesNotGetTheLogin)
 {
     config.tls = testserver::TlsMode::Implicit;
     EXPECT_EQ(
@@ -71,7 +71,7 @@ TEST_F(InTheEnvironment, WithImplicitTlsTheProxyIsNotToldTheLogin)
     EXPECT_FALSE(trap.wasReached());
 }
 
-TEST_F(InTheEnvironment, NoProbeObeysIt)
+TEST_F(InTheEnvironment, NoProbeUsesIt)
 {
     const SetVariable variable("all_proxy", "http://" + trap.address());
     serveAndAsk();
@@ -80,7 +80,7 @@ TEST_F(InTheEnvironment, NoProbeObeysIt)
     EXPECT_FALSE(trap.wasReached());
 }
 
-TEST_F(InTheEnvironment, TheProbeOfAHostKeyDoesNotObeyIt)
+TEST_F(InTheEnvironment, TheHostKeyProbeDoesNotUseIt)
 {
     const SetVariable variable("all_proxy", "http://" + trap.address());
     misbehave("GREETING=last:SSH-2.0-fake");

@@ -46,7 +46,7 @@ TEST(Table, IsColouredOnlyWhenAskedTo)
     EXPECT_TRUE(holds("\x1b[31mwill fail with 67\x1b[0m  because\n", table(true)));
 }
 
-TEST(Json, TellsEachOperation)
+TEST(Json, ReportsEachOperation)
 {
     std::ostringstream stream;
     doctor::renderJson({}, kVerdicts, stream);
@@ -75,7 +75,7 @@ doctor::Report hostileReport()
     return report;
 }
 
-TEST(Json, EscapesWhatAServerSaysOnce)
+TEST(Json, EscapesServerTextOnce)
 {
     std::ostringstream stream;
     doctor::renderJson(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile}}, stream);
@@ -89,7 +89,7 @@ TEST(Json, EscapesWhatAServerSaysOnce)
     }
 }
 
-TEST(Json, HoldsNothingThatATerminalObeys)
+TEST(Json, ContainsNoTerminalControls)
 {
     std::ostringstream stream;
     doctor::renderJson(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile}}, stream);
@@ -98,7 +98,7 @@ TEST(Json, HoldsNothingThatATerminalObeys)
     }
 }
 
-TEST(Table, EscapesWhatAServerSaysOnce)
+TEST(Table, EscapesServerTextOnce)
 {
     std::ostringstream stream;
     doctor::renderTable(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile}}, false, stream);

@@ -117,7 +117,7 @@ TEST(ReplyTest, ShowsItsCodeWhateverThePasswordIs)
     EXPECT_EQ("220", shown("220 ", "2"));
 }
 
-TEST(DialogueTest, KeepsOfPassOnlyTheWord)
+TEST(DialogueTest, KeepsOnlyTheWordOfPass)
 {
     const PasswordMask mask("me", "secret");
     doctor::Dialogue dialogue(mask);
@@ -134,7 +134,7 @@ TEST(DialogueTest, KeepsOfPassOnlyTheWord)
     EXPECT_EQ(doctor::Ending::NotTried, dialogue.exchanges()[2].reply.ending);
 }
 
-TEST(DialogueTest, KeepsOfALongLineItsBeginning)
+TEST(DialogueTest, KeepsTheBeginningOfALongLine)
 {
     const PasswordMask mask("me", "secret");
     doctor::Dialogue dialogue(mask);

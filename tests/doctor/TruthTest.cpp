@@ -1,4 +1,4 @@
-// What the doctor predicts, against what the library's operations then do on the same server.
+// The doctor's predictions, compared with what the library's operations then do on the same server.
 #include "harness/Truth.h"
 #include "harness/Kinds.h"
 

@@ -35,7 +35,7 @@ TEST(DoctorUsage, BoundsTheTimeout)
     }
 }
 
-TEST(DoctorUsage, HelpTellsTheExitStatus)
+TEST(DoctorUsage, HelpExplainsTheExitStatus)
 {
     DoctorProcess process({"--help"}, "");
     EXPECT_EQ(0, process.wait());

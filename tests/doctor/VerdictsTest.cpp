@@ -77,12 +77,12 @@ Report fineWithUserAlone(const Reply& toUser)
     return report;
 }
 
-/// A change of the fine server, and what becomes of the outlooks: download, upload, rename, delete, list, test.
+/// A change to the good server, and the outlooks that follow: download, upload, rename, delete, list, test.
 struct Change
 {
     const char* id;
     const char* outlooks;
-    std::vector<int> codes; ///< 99: none is told
+    std::vector<int> codes; ///< 99: none is reported
     Report report;
 };
 
@@ -218,7 +218,7 @@ struct Loss
     bool cautioned;
 };
 
-TEST(VerdictsOnUploads, CautionOnlyWhereTheEndCanBeLost)
+TEST(VerdictsOnUploads, WarnOnlyIfTheEndCanBeLost)
 {
     const Loss cases[] = {{Scheme::Ftps, 0x075801, true, true},
                           {Scheme::Ftps, 0x0808ff, true, true},
@@ -236,7 +236,7 @@ TEST(VerdictsOnUploads, CautionOnlyWhereTheEndCanBeLost)
     }
 }
 
-TEST(VerdictsAfterARoundTrip, AreWhatItShowed)
+TEST(VerdictsAfterARoundTrip, MatchWhatItShowed)
 {
     Report report = fine();
     answerVerbs(report, reply(202));
@@ -252,7 +252,7 @@ TEST(VerdictsAfterARoundTrip, AreWhatItShowed)
     EXPECT_EQ("", verdicts[2].reason);
 }
 
-TEST(VerdictsAfterARoundTrip, CallNoStepGoodThatDidNotFinish)
+TEST(VerdictsAfterARoundTrip, ConfirmNoStepThatDidNotFinish)
 {
     const std::pair<doctor::Step, std::size_t> steps[] = {{doctor::Step::Get, 0},
                                                           {doctor::Step::Put, 1},
@@ -298,7 +298,7 @@ TEST(VerdictsAfterARoundTrip, KeepAReasonThatWasPredicted)
     EXPECT_EQ("the server does not know the command \"rename\" (500 text)", rename.reason);
 }
 
-TEST(VerdictsAfterARoundTrip, KnowALossThatNobodyReported)
+TEST(VerdictsAfterARoundTrip, DetectAnUnreportedLoss)
 {
     Report report = fine();
     doctor::RoundTrip& trip = report.roundTrip.emplace();
@@ -309,7 +309,7 @@ TEST(VerdictsAfterARoundTrip, KnowALossThatNobodyReported)
     EXPECT_EQ("WWWWWW", outlooksOf(predict(report)));
 }
 
-TEST(ExitStatus, TellsTheWorst)
+TEST(ExitStatus, ReportsTheWorstVerdict)
 {
     const auto statusOf = [](const std::vector<Outlook>& outlooks) {
         std::vector<Verdict> verdicts;

@@ -1,4 +1,4 @@
-// "doctor --write": what it shows, and that nothing stays on the server.
+// "doctor --write": what it shows, and that nothing is left on the server.
 #include "harness/DoctorProcess.h"
 #include "harness/Examined.h"
 
@@ -22,7 +22,7 @@ protected:
         return {target, "--user", config.user, "--ca", local("ca.pem"), "--clear-login", "--write", "--json"};
     }
 
-    /// Its temporary files would be in a folder of their own.
+    /// With a separate folder for its temporary files.
     Variables variables()
     {
         std::filesystem::create_directory(local("tmp"));
@@ -30,7 +30,7 @@ protected:
     }
     bool nothingIsLeftHere() const { return std::filesystem::is_empty(local("tmp")); }
 
-    /// Runs it and takes its report.
+    /// Runs it and keeps its report.
     int write(const std::string& directory = "/", const std::vector<std::string>& more = {})
     {
         serve();
@@ -40,7 +40,7 @@ protected:
         return report(process);
     }
 
-    /// Takes its report. The exit status.
+    /// Keeps its report. Returns the exit status.
     int report(DoctorProcess& process)
     {
         const int status = process.wait();
@@ -69,7 +69,7 @@ protected:
     std::string reasonOf(const std::string& operation) const { return verdictOf(operation)["reason"]; }
 
     bool nothingIsLeft() const { return std::filesystem::is_empty(served("")); }
-    /// What the report says of the round trip as a whole.
+    /// What the report says about the round trip as a whole.
     std::string roundTrip() const
     {
         for (const auto& each : m_report["findings"]) {
@@ -87,7 +87,7 @@ protected:
     nlohmann::json m_report;
 };
 
-TEST_F(Write, LeavesNothingBehindWhenAllWorks)
+TEST_F(Write, LeavesNothingBehindOnSuccess)
 {
     EXPECT_EQ(0, write());
     for (const char* const operation : {"download", "upload", "rename", "delete", "list", "test"}) {
@@ -176,7 +176,7 @@ TEST_F(Write, NamesWhatCannotBeRemoved)
     EXPECT_TRUE(exists(served(left.substr(left.rfind('/'))))) << left;
 }
 
-TEST_F(Write, SaysSoWhenAListingIsTooLongToLookForTheFile)
+TEST_F(Write, ReportsAListingTooLongToSearch)
 {
     constexpr int kNames = 5000;
     for (int i = 0; i < kNames; ++i) {
@@ -189,7 +189,7 @@ TEST_F(Write, SaysSoWhenAListingIsTooLongToLookForTheFile)
     EXPECT_TRUE(holds("the server could not be asked; look, and remove it by hand", said()));
 }
 
-TEST_F(Write, SaysSoWhenTheContentCameBackDifferent)
+TEST_F(Write, ReportsContentThatCameBackDifferent)
 {
     misbehave("RETR=delay:0");
     misbehave("9/DATA=claim-after:1000");
@@ -210,7 +210,7 @@ class WriteHanging : public Write, public testing::WithParamInterface<Hang>
 {
 };
 
-TEST_P(WriteHanging, GivesUpAndCallsTheStepNotGood)
+TEST_P(WriteHanging, GivesUpWithoutConfirmingTheStep)
 {
     misbehave(std::string(GetParam().command) + "=stall");
     EXPECT_EQ(3, write("/", {"--timeout", "4"})) << said();
@@ -257,7 +257,7 @@ class WriteInterrupted : public Write, public testing::WithParamInterface<int>
 {
 };
 
-TEST_P(WriteInterrupted, CleansUpAndObeys)
+TEST_P(WriteInterrupted, CleansUpAndEndsByTheSignal)
 {
     misbehave("RETR=stall");
     serve();
@@ -272,7 +272,7 @@ TEST_P(WriteInterrupted, CleansUpAndObeys)
     EXPECT_EQ("", process.err());
 }
 
-TEST_F(Write, GoesOnAtASignalThatWasIgnored)
+TEST_F(Write, ContinuesAfterAnIgnoredSignal)
 {
     serve();
     const FileWatch watch(served(""));
@@ -309,7 +309,7 @@ TEST_F(Write, LeavesNoLocalFileWhenItIsKilled)
     EXPECT_TRUE(nothingIsLeftHere());
 }
 
-TEST_F(Write, CallsAStepNotGoodWhoseProcessWasKilled)
+TEST_F(Write, DoesNotConfirmAStepWhoseProcessWasKilled)
 {
     misbehave(kUploadStalls);
     serve();
@@ -323,7 +323,7 @@ TEST_F(Write, CallsAStepNotGoodWhoseProcessWasKilled)
     EXPECT_TRUE(nothingIsLeft());
 }
 
-TEST_F(Write, LetsNoListingFillTheMemory)
+TEST_F(Write, BoundsTheMemoryForAListing)
 {
     misbehave(kUploadStalls);
     serve();
@@ -339,7 +339,7 @@ TEST_F(Write, LetsNoListingFillTheMemory)
 
 INSTANTIATE_TEST_SUITE_P(BySignal, WriteInterrupted, testing::Values(SIGINT, SIGTERM, SIGHUP));
 
-TEST_F(Write, IsNotTriedWhereTheDirectoryWouldStayBehind)
+TEST_F(Write, IsNotTriedIfTheDirectoryWouldBeLeftBehind)
 {
     serve();
     DoctorProcess process(arguments(url("/missing/")), config.password);

@@ -51,7 +51,7 @@ private:
     int m_watch;
 };
 
-/// A folder to back up, and a server that demands TLS at login.
+/// A folder to back up, and a server that requires TLS at login.
 class BackupHost : public ServerFixture
 {
 protected:
@@ -91,7 +91,7 @@ protected:
 
     int backUp() { return Process(setup()).wait(); }
 
-    /// What it shows of the progress last, and what it says besides.
+    /// The last progress that it shows, and its other output.
     std::string lastShown() const
     {
         const std::string shown = contentOf(folder.file("err"));
@@ -115,7 +115,7 @@ protected:
 
 } // namespace
 
-TEST_F(BackupHost, SendsAllFilesOverAConnectionForEachThread)
+TEST_F(BackupHost, SendsAllFilesOverOneConnectionPerThread)
 {
     for (int i = 0; i < 20; ++i) {
         add(std::to_string(i) + ".bak", std::string(1000, static_cast<char>('a' + i)));
@@ -133,7 +133,7 @@ TEST_F(BackupHost, SendsAllFilesOverAConnectionForEachThread)
     EXPECT_EQ(kThreads, static_cast<int>(sessions().size()));
 }
 
-TEST_F(BackupHost, SaysWhichFileFailsAndSendsTheOthers)
+TEST_F(BackupHost, ReportsAFailedFileAndSendsTheOthers)
 {
     add("a.bak", "one");
     add("b.bak", "two");
@@ -191,7 +191,7 @@ TEST_F(BackupHost, SaysWhereTemporaryFilesMayRemain)
         << said;
 }
 
-TEST_F(BackupHost, TellsHowItIsUsed)
+TEST_F(BackupHost, PrintsItsUsage)
 {
     ProcessSetup bare{{BACKUP_HOST}};
     bare.err = folder.write("err", "");

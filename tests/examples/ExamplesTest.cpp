@@ -8,7 +8,7 @@ namespace {
 
 using testserver::TlsMode;
 
-/// A server with one file, and what a newcomer has to hand to an example.
+/// A server with one file, and what a newcomer has to give an example.
 class ExamplesTest : public ServerFixture
 {
 protected:
@@ -28,7 +28,7 @@ protected:
 
     ProgramResult runOwnHost(const std::string& name) { return run({OWN_HOST, m_ca, url(name), m_local}); }
 
-    /// The size check knows the machine's trust store only, so the CA is in its place.
+    /// The size check uses only the machine's trust store, so the CA takes its place.
     ProgramResult run(const std::vector<std::string>& command)
     {
         ProcessSetup setup;
@@ -82,7 +82,7 @@ TEST_F(ExamplesTest, MinimalHostDownloads)
     }
 }
 
-TEST_F(ExamplesTest, MinimalHostTellsOfAFailure)
+TEST_F(ExamplesTest, MinimalHostReportsAFailure)
 {
     serve(TlsMode::Implicit);
     const ProgramResult result = runMinimalHost("/missing/sunday.bak");
@@ -122,7 +122,7 @@ TEST_F(ExamplesTest, OwnHostDownloads)
 }
 
 // Without a certificate to go by, the configuration service decides.
-TEST_F(ExamplesTest, MinimalHostGoesByItsCertAuthSwitch)
+TEST_F(ExamplesTest, MinimalHostObeysItsCertAuthSwitch)
 {
     folder.write("ca.pem", "none");
     serve(TlsMode::Explicit);
@@ -138,7 +138,7 @@ TEST_F(ExamplesTest, OwnHostTrustsNoUnknownServer)
     EXPECT_EQ("result 77 ", lastLine(runOwnHost("/sunday.bak").out).substr(0, 10));
 }
 
-TEST_F(ExamplesTest, TellHowTheyAreUsed)
+TEST_F(ExamplesTest, EachPrintsItsUsage)
 {
     EXPECT_TRUE(
         sameText("usage: HOST_PASSWORD=... minimal-host INI-FILE CA-FILE URL LOCAL-FILE\n", run({MINIMAL_HOST}).err));

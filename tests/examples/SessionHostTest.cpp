@@ -28,7 +28,7 @@ protected:
         return Process(setup).wait();
     }
 
-    /// What one connection says to the server after the login.
+    /// What one connection sends to the server after the login.
     Lines commands()
     {
         const std::vector<Lines> all = sessions();
@@ -45,7 +45,7 @@ protected:
 
 } // namespace
 
-TEST_F(SessionHost, TakeOneConnection)
+TEST_F(SessionHost, UsesOneConnection)
 {
     serve();
     EXPECT_EQ(0, run()) << contentOf(folder.file("err"));
@@ -62,7 +62,7 @@ TEST_F(SessionHost, TakeOneConnection)
                   commands()));
 }
 
-TEST_F(SessionHost, EndWithTheFirstThatFails)
+TEST_F(SessionHost, StopsAtTheFirstFailure)
 {
     misbehave("STOR=reply:552 Quota exceeded");
     serve();

@@ -38,7 +38,7 @@ const Rows kRm = {
 };
 INSTANTIATE_TEST_SUITE_P(RmCommand, Fault, testing::ValuesIn(chosen(kRm)), idOf);
 
-// A visit that fails leaves the command unsaid.
+// If the visit fails, the command is not sent.
 const Rows kVisit = {
     Row("ListRefused", kRename, {"LIST=reply:550 no"}, {CURLE_FTP_COULDNT_RETR_FILE}).leaving(kNoFile),
     Row("ListRefusedForADelete", kDelete, {"LIST=reply:500 unknown"}, {CURLE_FTP_COULDNT_RETR_FILE}).leaving(kAll),

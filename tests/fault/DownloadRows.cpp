@@ -76,7 +76,7 @@ const Rows kData = {
 };
 INSTANTIATE_TEST_SUITE_P(DownloadData, Fault, testing::ValuesIn(chosen(kData)), idOf);
 
-// All the data has come: the file is whole, whatever the server says of it.
+// All the data has arrived: the file is complete, whatever the server replies.
 const Rows kDone = {
     Row("Reply426", kDownload, {"DONE=reply:426 aborted"}, {CURLE_PARTIAL_FILE}).leaving(kAll),
     Row("Reply451", kDownload, {"DONE=reply:451 broken"}, {CURLE_PARTIAL_FILE}).leaving(kAll),

@@ -68,7 +68,7 @@ void Fault::SetUp()
     if (row().arrange != nullptr) {
         row().arrange(scene);
     }
-    // Where the request's certificate does not count, the machine's store trusts the same CA.
+    // Where the request's certificate is ignored, the machine's trust store holds the same CA.
     trustByDefault(request.caCert);
     serve();
     if (scene.serverGone) {

@@ -23,7 +23,7 @@ enum class Operation
     Upload    ///< of the local file to /dir/up.bak
 };
 
-/// What a row may change of the server and of the request before the operation begins.
+/// What a row may change in the server and the request before the operation begins.
 struct Scene
 {
     testserver::ServerConfig& server;
@@ -38,7 +38,7 @@ struct Left
 {
     std::string text;
     std::optional<std::size_t> bytes = {}; ///< in place of a text: so many of the file that moves
-    bool orLess = false;                   ///< fewer will do, because how many arrived is a matter of time
+    bool orLess = false;                   ///< fewer are accepted, because how many arrive depends on timing
     std::optional<int> code = {}; ///< only where this was the result; the other codes of the row leave something else
 };
 
@@ -51,7 +51,7 @@ struct Row
     Row& because(const char* text) { return (why = text, *this); }
     /// The same for a race: each run may give another code.
     Row& racing(const char* text) { return (race = true, because(text)); }
-    /// Seconds that each reply may take; only a listing can be told.
+    /// Seconds that each reply may take; only a listing has this time-out.
     Row& waiting(unsigned seconds) { return (responseTimeout = seconds, *this); }
     Row& leaving(const char* text) { return (left = Left{text}, *this); }
     Row& leaving(std::size_t bytes) { return (left = Left{"", bytes}, *this); }
@@ -61,7 +61,7 @@ struct Row
     Row& leavingAfter(int code, std::size_t bytes) { return (left = Left{"", bytes, false, code}, *this); }
     Row& at(const char* remote) { return (path = remote, *this); }
     Row& on(void (*change)(Scene&)) { return (arrange = change, *this); }
-    /// Seconds that connecting may take pass 20 times as fast. What the operation tells libcurl counts, not the row.
+    /// Connection time-outs pass 20 times as fast: those that the operation sets, not the row.
     Row& hastened() { return (hasten = true, beyondTheTool()); }
     /// The `curl` command has no option for what the row needs.
     Row& beyondTheTool() { return (replayed = false, *this); }
@@ -91,8 +91,8 @@ constexpr std::size_t kUploaded = 16000000;
 /// What a listing of /dir/ holds.
 constexpr const char* kNames = "a.bak\nb.bak\n";
 
-/// Builds what the row asks for, files, server and request, and holds the outcome to the row. Two programs have its
-/// rows: in one the library meets them, in the other the `curl` command.
+/// Builds what the row asks for, files, server and request, and compares the outcome with the row. Two programs have
+/// its rows: in one the library meets them, in the other the `curl` command.
 class Fault : public Live, public testing::WithParamInterface<Row>
 {
 protected:
@@ -111,7 +111,7 @@ protected:
 /// Those of the rows that the program can run.
 Rows chosen(const Rows& rows);
 
-/// What no operation may take: the shortest time-out that libcurl goes by where it is told none.
+/// What no operation may take: the shortest of libcurl's default time-outs.
 constexpr double kLongest = 20;
 
 std::string idOf(const testing::TestParamInfo<Row>& info);

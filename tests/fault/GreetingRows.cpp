@@ -44,7 +44,7 @@ const Rows kSilent = {
 };
 INSTANTIATE_TEST_SUITE_P(GreetingSilent, Fault, testing::ValuesIn(chosen(kSilent)), idOf);
 
-// What the library itself allows for connecting, without being told.
+// The library's own time-out for connecting.
 const Rows kConnecting = {
     Row("SilenceForATest", kConnect, {"GREETING=stall"}, {CURLE_OPERATION_TIMEDOUT})
         .hastened()

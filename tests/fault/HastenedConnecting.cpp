@@ -24,7 +24,7 @@ HastenedConnecting::~HastenedConnecting() { hastened = false; }
 // The type of the second parameter is curl.h's, and clang would rather have another in front of "...".
 #pragma GCC diagnostic ignored "-Wvarargs"
 
-// Stands before libcurl's for the library.
+// Replaces libcurl's for the library.
 extern "C" CURLcode curl_easy_setopt(CURL* handle, CURLoption option, ...)
 {
     static auto* const next = nextFunction<CURLcode(CURL*, CURLoption, ...)>("curl_easy_setopt");

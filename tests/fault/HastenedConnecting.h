@@ -2,7 +2,7 @@
 #define FAULT_HASTENEDCONNECTING_H
 
 /// As long as one lives, a second of CURLOPT_CONNECTTIMEOUT lasts 50 milliseconds for the thread that made it: a test
-/// of the library's 20 seconds takes one. An operation that sets no such time-out is none the faster.
+/// of the library's 20 seconds takes one. An operation that sets no such time-out is not affected.
 class HastenedConnecting
 {
 public:

@@ -33,7 +33,7 @@ boost::shared_ptr<ISFtpResponse> transfer(const Row& row, ISFtpClient& client, c
     }
 }
 
-TEST_P(Fault, EndsAsItMust)
+TEST_P(Fault, EndsAsExpected)
 {
     const std::optional<HastenedConnecting> hastened =
         row().hasten ? std::make_optional<HastenedConnecting>() : std::nullopt;

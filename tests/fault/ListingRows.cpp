@@ -1,4 +1,4 @@
-// NLST and what comes over its data connection; QUIT, which a listing alone can be told how long to wait for.
+// NLST and what comes over its data connection; QUIT, whose reply has a time-out only in a listing.
 #include "Rows.h"
 
 namespace {

@@ -14,7 +14,7 @@ Rows chosen(const Rows& rows)
 {
     Rows some;
     std::copy_if(rows.begin(), rows.end(), std::back_inserter(some), [](const Row& row) {
-        // The tool cannot be told a time-out for replies, nor to check a size first.
+        // The command has no option for a reply time-out, nor for a size check.
         return row.replayed && row.responseTimeout == 0 && row.operation != Operation::Checked;
     });
     return some;
@@ -62,14 +62,14 @@ std::string toldOf(const Row& row, int code, const std::optional<std::string>& l
 TEST_P(Fault, IsAnswered)
 {
     if (row().operation != Operation::Upload) {
-        // The library empties or creates the file before it asks the server, the tool when there is something to write.
+        // The library empties or creates the file before it connects, the command when there is something to write.
         writeFile(local("file"), "");
     }
     Process tool({Lines{"curl", "--disable", "--silent", "--max-time", "25", "--user",
                         request.userName + ":" + request.password, "--cacert", local("default-trust.pem")} +
                   optionsOf(row().operation, local("file")) + Lines{request.remotePath}});
     const int answer = tool.wait();
-    // This one code the library tells as another, except in the connection test.
+    // The library reports this one code as another, except in the connection test.
     const bool renamed = answer == CURLE_REMOTE_ACCESS_DENIED && row().operation != Operation::Connect;
     const int code = renamed ? CURLE_REMOTE_FILE_NOT_FOUND : answer;
     expectCode(code);
@@ -78,7 +78,7 @@ TEST_P(Fault, IsAnswered)
     ASSERT_NE(nullptr, answers) << "name the file that takes the answers in SFTPCLIENT_ANSWERS, or run scripts/oracle";
     const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
     const std::string suite = test.test_suite_name();
-    // Of each process's own, and whole lines: they run at the same time.
+    // A file for each process, and whole lines: they run at the same time.
     std::ofstream(answers, std::ios::app)
         << suite.substr(0, suite.find('/')) + "/" + row().name + ": " +
                toldOf(row(), answer, tellsWhatIsLeft(code) ? std::optional(whatIsLeft()) : std::nullopt) + "\n";

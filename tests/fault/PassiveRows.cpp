@@ -35,7 +35,7 @@ const Rows kPasv = {
     Row("Reply500", kUpload, {kPasvOnly, "PASV=reply:500 unknown"}, {CURLE_FTP_WEIRD_PASV_REPLY}).leaving(kNoFile),
     Row("Reply450", kList, {kPasvOnly, "PASV=reply:450 not now"}, {CURLE_FTP_WEIRD_PASV_REPLY}).leaving(""),
     Row("Reply200", kDownload, {kPasvOnly, "PASV=reply:200 (127,0,0,1,4,1)"}, {CURLE_FTP_WEIRD_PASV_REPLY}).leaving(""),
-    // Port 1 of the control connection's host, where nobody listens: the address that is named does not count.
+    // Port 1 of the control connection's host, where nobody listens: libcurl ignores the address in the reply.
     Row("ClosedPortOfAnotherHost", kDownload, {kPasvOnly, "PASV=reply:227 here (10,0,0,1,0,1)"},
         {CURLE_COULDNT_CONNECT})
         .leaving(""),

@@ -22,7 +22,7 @@ constexpr int kRefused = -1;
 /// CURLE_TOO_LARGE, which the headers of older releases do not have.
 constexpr int kTooLarge = 100;
 
-// Where more counts than the silence, no reply may come too late on a busy machine.
+// If a row is about more than a silence, no reply may come too late on a busy machine.
 constexpr unsigned kAmple = 3;
 
 // Reasons for more than one code.
@@ -41,7 +41,7 @@ inline void implicitTls(Scene& scene) { scene.server.tls = testserver::TlsMode::
 
 inline void noTls(Scene& scene) { scene.server.tls = testserver::TlsMode::Plain; }
 
-/// A stall ends by itself: the operation has no time-out of its own.
+/// The stall ends by itself: the operation has no time-out.
 inline void boundedStall(Scene& scene) { scene.server.stallLimit = std::chrono::milliseconds(300); }
 
 /// Longer than the library's 20 seconds for connecting where they are hastened, so that they end the call.

@@ -15,7 +15,7 @@
 
 namespace {
 
-// What a session says in place of the library's own commands.
+// What a session sends in place of the library's commands.
 std::string inItsWords(std::string fault)
 {
     for (const auto& [word, own] : {std::pair("rename=", "RNTO="), std::pair("rm=", "DELE=")}) {
@@ -46,11 +46,11 @@ Rows chosen(const Rows& rows)
 
 namespace {
 
-// Where a session ends a row in another way than the library, and why.
+// Where a session ends a row differently from the library, and why.
 const std::map<std::string, std::set<int>>& ownCodes()
 {
     static const std::map<std::string, std::set<int>> codes = {
-        // The file's size is a part of the download, and a reply that tells none is as good as no reply.
+        // SIZE is part of the download, and a reply without a size counts as no reply.
         {"SizeCheck/MissingForTheCheckOnly", {CURLE_REMOTE_FILE_NOT_FOUND}},
         {"SizeCheck/Reply500", {CURLE_OK}},
         {"SizeCheck/Reply530", {CURLE_OK}},
@@ -58,7 +58,7 @@ const std::map<std::string, std::set<int>>& ownCodes()
         {"SizeCheck/Empty", {CURLE_OK}},
         {"SizeCheck/TwentyFourDigits", {CURLE_OK}},
         {"SizeCheck/AboveTheLimit", {CURLE_FILESIZE_EXCEEDED}},
-        {"SizeCheck/BelowTheLimit", {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR}}, // and there are not so many bytes
+        {"SizeCheck/BelowTheLimit", {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR}}, // and fewer bytes arrive
         {"SizeCheck/Reply421", {CURLE_OPERATION_TIMEDOUT}},
         {"SizeCheck/Closed", {CURLE_RECV_ERROR}},
         {"SizeCheck/GreetingClosed", {CURLE_RECV_ERROR}},
@@ -112,14 +112,14 @@ std::set<int> codesOf(const Row& row, const std::string& suite)
     std::set<int> codes = own == ownCodes().end() ? row.codes : own->second;
     for (const std::string& fault : row.faults) {
         if (boost::algorithm::ends_with(fault, "=reset") && codes.count(CURLE_OK) == 0) {
-            // The sending meets it, or the reading.
+            // Either the send or the read fails.
             codes.insert({CURLE_SEND_ERROR, CURLE_RECV_ERROR});
         }
     }
     return codes;
 }
 
-// A second where a limit is to end the row; else so much that none can.
+// One second if a limit is to end the row; otherwise so long that none does.
 SessionOptions limitsFor(const std::set<int>& codes)
 {
     SessionOptions options;
@@ -167,7 +167,7 @@ Lines filesIn(const std::string& folder)
 
 } // namespace
 
-TEST_P(Fault, EndsAsItMust)
+TEST_P(Fault, EndsAsExpected)
 {
     const std::set<int> codes =
         codesOf(row(), testing::UnitTest::GetInstance()->current_test_info()->test_suite_name());
@@ -188,7 +188,7 @@ TEST_P(Fault, EndsAsItMust)
         EXPECT_EQ(localFiles, filesIn(local("")));
         EXPECT_EQ(servedFiles, filesIn(served("")));
     }
-    // What has moved under a name of its own has its place, or is gone.
+    // A temporary file has been renamed, or removed.
     for (const std::string& name : filesIn(folder.path())) {
         EXPECT_EQ(std::string::npos, name.find(".part")) << name;
     }

@@ -28,7 +28,7 @@ const Rows kHandshake = {
     Row("Garbage", kConnect, {"TLS=garbage"}, {CURLE_SSL_CONNECT_ERROR, CURLE_WEIRD_SERVER_REPLY}).racing(kGlued),
     Row("Closed", kConnect, {"TLS=close"}, {CURLE_SSL_CONNECT_ERROR}),
     Row("Reset", kConnect, {"TLS=reset"}, {CURLE_SSL_CONNECT_ERROR, CURLE_RECV_ERROR}).racing(kReset),
-    // The time-out for replies does not count for a handshake: only the server, or 300 seconds, end it.
+    // The reply time-out does not apply to a handshake: only the server, or 300 seconds, end it.
     Row("SilenceThenClosed", kList, {"TLS=stall"}, {CURLE_SSL_CONNECT_ERROR}).on(boundedStall).leaving(""),
     Row("OldVersion", kConnect, {}, {CURLE_SSL_CONNECT_ERROR}).on([](Scene& scene) {
         scene.server.maxTlsVersion = TLS1_1_VERSION;
@@ -70,11 +70,11 @@ const Rows kCertificate = {
     Row("ExpiredForADelete", kDelete, {}, {CURLE_PEER_FAILED_VERIFICATION}).leaving(kAll).on([](Scene& scene) {
         scene.server.certificate = expired(scene.authority);
     }),
-    // The library asks for the chain alone, which the command cannot be told.
+    // The library verifies the chain but not the name, for which the command has no option.
     Row("OfAnotherHost", kList, {}, {CURLE_OK}).beyondTheTool().leaving(kNames).on([](Scene& scene) {
         scene.server.certificate = ofAnotherHost(scene.authority);
     }),
-    // An upload has libcurl's own settings, which ask for the name too.
+    // An upload uses libcurl's defaults, which verify the name too.
     Row("OfAnotherHostForAnUpload", kUpload, {}, {CURLE_PEER_FAILED_VERIFICATION})
         .leaving(kNoFile)
         .on([](Scene& scene) {

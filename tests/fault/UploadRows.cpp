@@ -64,7 +64,7 @@ const Rows kDone = {
 };
 INSTANTIATE_TEST_SUITE_P(UploadDone, Fault, testing::ValuesIn(chosen(kDone)), idOf);
 
-// What the size that is announced to libcurl, not to the server, is good for.
+// Why the size is given to libcurl, though not to the server.
 const Rows kSource = {
     Row("HasMoreBytesThanItsSizeSays", kUpload, {}, {CURLE_PARTIAL_FILE}).beyondTheTool().on([](Scene& scene) {
         scene.request.localPath = "/proc/version";

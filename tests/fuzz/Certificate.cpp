@@ -35,6 +35,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     require(text == std::string(reinterpret_cast<const char*>(data), size), "the text stays as it is");
     ERR_clear_error();
-    live::takeRecords(); // or they would grow for ever
+    live::takeRecords(); // otherwise they would grow forever
     return 0;
 }

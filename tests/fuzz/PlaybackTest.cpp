@@ -1,5 +1,5 @@
 // The playback and the program's own connect(), on which the session waits for the end of its connections: a connection
-// that is counted must end, or the fuzzer takes its own harness for a finding.
+// that is counted must end, otherwise the fuzzer reports its own harness.
 #include "harness/Playback.h"
 #include "harness/OwnPorts.h"
 #include "support/LoopbackPort.h"
@@ -52,7 +52,7 @@ private:
     const int m_descriptor;
 };
 
-TEST(Playback, GoesOnAfterASignal)
+TEST(Playback, ContinuesAfterASignal)
 {
     interruptions = 2; // one for each of its threads
     Playback server;
@@ -66,7 +66,7 @@ TEST(Playback, GoesOnAfterASignal)
     EXPECT_GE(0, interruptions);
 }
 
-TEST(OwnPorts, AConnectionStandsBeforeTheClientGoesOn)
+TEST(OwnPorts, AConnectionIsEstablishedBeforeTheClientContinues)
 {
     const LoopbackPort port;
     port.listen(0);
@@ -88,9 +88,9 @@ TEST(OwnPorts, AConnectionStandsBeforeTheClientGoesOn)
     EXPECT_EQ(before + 1, ownConnections());
 }
 
-TEST(OwnPorts, AConnectionThatIsRefusedDoesNotCount)
+TEST(OwnPorts, ARefusedConnectionDoesNotCount)
 {
-    const LoopbackPort port; // nobody listens there
+    const LoopbackPort port; // refuses connections
     allowPortsOnly(port.number(), 0);
     const unsigned before = ownConnections();
     for (const int flags : {0, int(SOCK_NONBLOCK)}) {
@@ -103,7 +103,7 @@ TEST(OwnPorts, AConnectionThatIsRefusedDoesNotCount)
 
 } // namespace
 
-// Stands before the C library's, for the playback too.
+// Replaces the C library's, for the playback too.
 extern "C" int poll(pollfd* watched, nfds_t count, int milliseconds)
 {
     if (interruptions.fetch_sub(1) > 0) {

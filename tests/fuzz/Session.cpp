@@ -1,6 +1,6 @@
 // A whole session with a server whose replies are the fuzzer's: the first byte chooses the operation, the rest is the
-// script of the playback, which also says where TLS begins. No certificate is asked for, so that each handshake comes
-// about that is one.
+// script of the playback, which also says where TLS begins. No certificate is verified, so that every valid handshake
+// succeeds.
 #include "harness/OwnPorts.h"
 #include "harness/Playback.h"
 #include "harness/Require.h"
@@ -27,7 +27,7 @@ int lowestFreeDescriptor()
     return descriptor;
 }
 
-// The path of a file without a name, so that nothing is left where the fuzzer ends in the middle.
+// The path of an unnamed file, so that nothing is left if the fuzzer is killed.
 std::string fileWith(const std::string& content)
 {
     const int file = memfd_create("fuzz", MFD_CLOEXEC);
@@ -60,7 +60,7 @@ int operate(uint8_t choice, SFtpRequest request)
 {
     const boost::shared_ptr<ISFtpClient> client = ISFtpClient::CreateClient();
     std::string errorText;
-    switch (choice % 8) { // "0" is the first, for those who write one by hand
+    switch (choice % 8) { // "0" is the first, for inputs written by hand
     case 0:
         return client->TestSConnect(request, 0);
     case 1:
@@ -85,10 +85,10 @@ int operate(uint8_t choice, SFtpRequest request)
 
 Playback& playback()
 {
-    // Made after libcurl is ready, and there until the program ends.
+    // Made after libcurl is initialised, and kept until the program ends.
     static Playback server;
     static const bool prepared = [] {
-        // Nobody is verified, but libcurl would read all of the machine's store for each connection.
+        // Nothing is verified, but libcurl would read the machine's whole trust store for each connection.
         setenv("SFTPCLIENT_DEFAULT_TRUST", fileWith(server.certificatePem()).c_str(), 1);
         live::setCertAuthSwitch(0); // so that transfers go on without a certificate
         curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -111,7 +111,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     fileToSend();
     const int before = lowestFreeDescriptor();
     const int code = operate(data[0], requestTo(server.controlPort()));
-    live::takeRecords(); // or they would grow for ever
+    live::takeRecords(); // otherwise they would grow forever
     require(code >= -1 && code < CURL_LAST, "the result is one of libcurl's or -1");
     server.waitForEndOf(ownConnections());
     require(lowestFreeDescriptor() <= before, "all that was opened is closed");

@@ -1,4 +1,4 @@
-# CI runs each gate, and each has a canary at least.
+# CI runs each gate, and each has at least one canary.
 cmake_minimum_required(VERSION 3.25)
 
 set(watched "")

@@ -30,7 +30,7 @@ protected:
     LogCapture m_log;
 };
 
-TEST_F(ConfigReaderTest, GivesTheDefaultForAMissingKey)
+TEST_F(ConfigReaderTest, ReturnsTheDefaultForAMissingKey)
 {
     load("[General]\nOther=7\n[Else]\nCertAuthSwitch=7\n[A.B]\nC=7\n");
     EXPECT_EQ(1, certAuthSwitch(true));
@@ -41,7 +41,7 @@ TEST_F(ConfigReaderTest, GivesTheDefaultForAMissingKey)
     EXPECT_EQ("", m_log.text());
 }
 
-TEST_F(ConfigReaderTest, GivesTheInteger)
+TEST_F(ConfigReaderTest, ReturnsTheInteger)
 {
     EXPECT_EQ(0, switchIn("[General]\nCertAuthSwitch=0\n"));
     EXPECT_EQ(0, switchIn("; note\n# note\n\n [General] \r\n  CertAuthSwitch = 0 \r\n"));
@@ -50,7 +50,7 @@ TEST_F(ConfigReaderTest, GivesTheInteger)
     EXPECT_EQ("", m_log.text());
 }
 
-TEST_F(ConfigReaderTest, CountsWhatIsNoIntegerAsOneAndSaysSo)
+TEST_F(ConfigReaderTest, ReturnsOneForAnInvalidIntegerAndLogsIt)
 {
     for (const std::string value :
          {"off", "0x0", "0 0", "+0", "", "0.0", "0 ; off", "00000000004294967296", "99999999999999999999"}) {
@@ -66,7 +66,7 @@ TEST_F(ConfigReaderTest, CountsWhatIsNoIntegerAsOneAndSaysSo)
     }
 }
 
-TEST_F(ConfigReaderTest, ReportsUnderTheThreadsRequestIdentifier)
+TEST_F(ConfigReaderTest, LogsUnderTheThreadsRequestIdentifier)
 {
     const RequestIdScope scope(7);
     EXPECT_EQ(1, switchIn("[General]\nCertAuthSwitch=off\n"));
@@ -76,7 +76,7 @@ TEST_F(ConfigReaderTest, ReportsUnderTheThreadsRequestIdentifier)
         replaceLines(m_log.withoutTimes()));
 }
 
-TEST_F(ConfigReaderTest, AnswersFromMemoryUntilTheReload)
+TEST_F(ConfigReaderTest, UsesLoadedValuesUntilTheReload)
 {
     EXPECT_EQ(0, switchIn("[General]\nCertAuthSwitch=0\n"));
     m_folder.write("test.ini", "[General]\nCertAuthSwitch=1\n");
@@ -85,7 +85,7 @@ TEST_F(ConfigReaderTest, AnswersFromMemoryUntilTheReload)
     EXPECT_EQ(1, certAuthSwitch());
 }
 
-// The configuration as it is before anything was loaded: each in a process of its own. Standard error has the log.
+// The configuration before anything was loaded: each in a separate process. The log goes to standard error.
 class ConfigReaderDeathTest : public testing::Test
 {
 protected:
@@ -111,7 +111,7 @@ protected:
     }
 };
 
-TEST_F(ConfigReaderDeathTest, GivesTheDefaultWithoutAFile)
+TEST_F(ConfigReaderDeathTest, ReturnsTheDefaultWithoutAFile)
 {
     EXPECT_EXIT(answerOfTheFirstQuestion(nullptr), testing::ExitedWithCode(10), "^$");
 }
@@ -121,7 +121,7 @@ TEST_F(ConfigReaderDeathTest, ReadsTheFileThatTheVariableNames)
     EXPECT_EXIT(answerOfTheFirstQuestionTo("[General]\nCertAuthSwitch=5\n"), testing::ExitedWithCode(15), "^$");
 }
 
-TEST_F(ConfigReaderDeathTest, CountsAFileItCannotReadAsOneAndSaysSo)
+TEST_F(ConfigReaderDeathTest, ReturnsOneForAnUnreadableFileAndLogsIt)
 {
     EXPECT_EXIT(
         answerOfTheFirstQuestion("/nowhere/missing.ini"), testing::ExitedWithCode(11),
@@ -130,7 +130,7 @@ TEST_F(ConfigReaderDeathTest, CountsAFileItCannotReadAsOneAndSaysSo)
     EXPECT_EXIT(answerOfTheFirstQuestion("/tmp"), testing::ExitedWithCode(11), " counts as 1: /tmp");
 }
 
-TEST_F(ConfigReaderDeathTest, CountsWhatIsNoIniFileAsOneAndSaysSo)
+TEST_F(ConfigReaderDeathTest, ReturnsOneForAnInvalidFileAndLogsIt)
 {
     for (const char* const content :
          {"[General]\nCertAuthSwitch=0\nCertAuthSwitch=0\n",

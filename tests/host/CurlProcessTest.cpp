@@ -26,7 +26,7 @@ protected:
 
 } // namespace
 
-// In libcurl's place: it counts these calls, and tells nobody the number.
+// In libcurl's place, which counts these calls but does not report the number.
 CURLcode curl_global_init(long flags)
 {
     EXPECT_EQ(CURL_GLOBAL_DEFAULT, flags);

@@ -64,7 +64,7 @@ TEST_F(DescriptorSinkTest, SurvivesAPipeThatNobodyReads)
     EXPECT_EQ(0, sigismember(&blocked, SIGPIPE));
 }
 
-TEST_F(DescriptorSinkTest, LeavesTheHostASignalThatItBlocksItself)
+TEST_F(DescriptorSinkTest, LeavesASignalPendingThatTheHostBlocks)
 {
     sigset_t sigpipe = {};
     sigemptyset(&sigpipe);
@@ -94,7 +94,7 @@ TEST_F(DescriptorSinkTest, WaitsForRoomInAPipeThatDoesNotBlock)
     EXPECT_TRUE(read == line);
 }
 
-TEST_F(DescriptorSinkTest, SaysThatTheDescriptorIsClosed)
+TEST_F(DescriptorSinkTest, ReportsAClosedDescriptor)
 {
     const int number = m_ends[1];
     closeEnd(1);

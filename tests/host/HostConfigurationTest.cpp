@@ -97,7 +97,7 @@ TEST_F(HostConfigurationTest, KeepsTheOldFileWhenAnotherCannotBeLoaded)
     EXPECT_EQ("new", value());
 }
 
-TEST_F(HostConfigurationTest, ReloadsTheSameFileWhenTheProcessGoesElsewhere)
+TEST_F(HostConfigurationTest, ReloadsTheSameFileAfterAChangeOfDirectory)
 {
     m_folder.write("a.ini", "[General]\nKey=old\n");
     const std::filesystem::path before = std::filesystem::current_path();
@@ -110,7 +110,7 @@ TEST_F(HostConfigurationTest, ReloadsTheSameFileWhenTheProcessGoesElsewhere)
     EXPECT_EQ("new", value());
 }
 
-TEST_F(HostConfigurationTest, RefusesAFileWithoutEnd)
+TEST_F(HostConfigurationTest, RejectsAnEndlessFile)
 {
     EXPECT_EQ("/dev/zero: more than 16777216 bytes", thrownBy([this] { m_configuration.load("/dev/zero"); }));
     const std::string begin = "[General]\nKey=";
@@ -121,12 +121,12 @@ TEST_F(HostConfigurationTest, RefusesAFileWithoutEnd)
               thrownBy([&] { m_configuration.load(m_folder.write("a.ini", largest + "x")); }));
 }
 
-TEST_F(HostConfigurationTest, SaysThatAFileCannotBeRead)
+TEST_F(HostConfigurationTest, ReportsAnUnreadableFile)
 {
     EXPECT_EQ(m_folder.path() + ": cannot read file", thrownBy([this] { m_configuration.load(m_folder.path()); }));
 }
 
-TEST_F(HostConfigurationTest, SaysEachTimeThatTheFirstReadingFailed)
+TEST_F(HostConfigurationTest, LogsEachTimeThatTheFirstReadFailed)
 {
     const std::string path = m_folder.file("late.ini");
     const SetVariable variable(kVariable, path.c_str());
@@ -137,7 +137,7 @@ TEST_F(HostConfigurationTest, SaysEachTimeThatTheFirstReadingFailed)
     EXPECT_EQ("late", value());
 }
 
-TEST_F(HostConfigurationTest, LeavesValuesToThoseWhoHoldThem)
+TEST_F(HostConfigurationTest, KeepsOldValuesValidForThoseWhoHoldThem)
 {
     m_configuration.load(m_folder.write("a.ini", "[General]\nKey=old\n"));
     const std::shared_ptr<const IniFile> held = m_configuration.values();
@@ -146,7 +146,7 @@ TEST_F(HostConfigurationTest, LeavesValuesToThoseWhoHoldThem)
     EXPECT_EQ("new", value());
 }
 
-// Both keys change together in the file: who sees them differ has seen half a reading.
+// Both keys change together in the file: a reader that sees them differ has seen half a reload.
 TEST_F(HostConfigurationTest, IsNeverSeenHalfRead)
 {
     const std::string even = m_folder.write("even.ini", "[General]\nKey=even\nOther=even\n");
@@ -177,7 +177,7 @@ TEST_F(HostConfigurationTest, IsNeverSeenHalfRead)
     EXPECT_EQ(0, torn);
 }
 
-TEST_F(HostConfigurationTest, ReadsOnceForManyThreadsAtTheirFirstQuestion)
+TEST_F(HostConfigurationTest, ReadsOnceForManyThreadsAtFirstUse)
 {
     const std::string path = m_folder.write("a.ini", "[General]\nKey=a\n");
     const SetVariable variable(kVariable, path.c_str());

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kForks = 20;
 
-/// Threads that do the same again and again as long as this object lives.
+/// Threads that repeat the same call as long as this object lives.
 class BusyThreads
 {
 public:
@@ -57,7 +57,7 @@ private:
 
 void log(const std::string& text) { LogProxy(1, "m", 0, "f()", 1) << 0 << text; }
 
-// What became of a child that does this and ends: 0, or a status that tells of SIGALRM when it hung.
+// The wait status of a child that does this and exits: 0, or SIGALRM's if it hung.
 int statusOfChildThat(const std::function<void()>& work)
 {
     constexpr unsigned kHangsAfterSeconds = 60;

@@ -48,7 +48,7 @@ std::string levelsThatPass(LogLevel lowest)
 
 } // namespace
 
-TEST(HostLog, WritesOneLineARecord)
+TEST(HostLog, WritesOneLinePerRecord)
 {
     const LogCapture capture;
     LogProxy(4, "SFtpClient", 18446744073709551615UL, "SFtpClient::Listsftpdir()", 41) << 0 << "no " << 12 << "";
@@ -64,7 +64,7 @@ TEST(HostLog, NamesTheLevels)
     EXPECT_EQ("TIME error SFtpClient request=7 SFtpClient::Listsftpdir():41 x\n", lineOf(3, "0x"));
 }
 
-TEST(HostLog, LeavesOutOneLeadingZeroAndNoMore)
+TEST(HostLog, DropsExactlyOneLeadingZero)
 {
     const std::string begin = "TIME info SFtpClient request=7 SFtpClient::Listsftpdir():41 ";
     EXPECT_EQ(begin + "0 bytes\n", lineOf(2, "00 bytes"));
@@ -83,13 +83,13 @@ TEST(HostLog, KeepsARecordOnOneLine)
     EXPECT_TRUE(sameText("TIME debug m\\n request=1 f\\n():2 \n", capture.withoutTimes()));
 }
 
-TEST(HostLog, TakesTextAsItIs)
+TEST(HostLog, WritesTextUnchanged)
 {
     EXPECT_EQ("TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 {} {0} %s %v\n",
               lineOf(1, "0{} {0} %s %v"));
 }
 
-TEST(HostLog, WritesOneJsonObjectARecord)
+TEST(HostLog, WritesOneJsonObjectPerRecord)
 {
     const std::string begin =
         R"*(","module":"SFtpClient","request":7,"function":"SFtpClient::Listsftpdir()","line":41,)*";
@@ -112,7 +112,7 @@ TEST(HostLog, EscapesAllTextsOfAJsonObject)
 }
 
 // Escaped, a byte becomes up to six.
-TEST(HostLog, BoundsTheTextsOfARecord)
+TEST(HostLog, LimitsTheTextsOfARecord)
 {
     const std::string begin = "TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 ";
     const std::string longest(65536, 'x');
@@ -129,7 +129,7 @@ TEST(HostLog, BoundsTheTextsOfARecord)
                  capture.withoutTimes()));
 }
 
-TEST(HostLog, BoundsAJsonObjectsOtherTextsToo)
+TEST(HostLog, LimitsTheOtherTextsOfAJsonObjectToo)
 {
     const LogCapture capture;
     HostLogSettings settings;
@@ -143,7 +143,7 @@ TEST(HostLog, BoundsAJsonObjectsOtherTextsToo)
                          capture.withoutTimes()));
 }
 
-TEST(HostLog, DoesNotCutACharacterApart)
+TEST(HostLog, DoesNotSplitACharacter)
 {
     const std::string begin = "TIME debug SFtpClient request=7 SFtpClient::Listsftpdir():41 ";
     const std::string emoji = "\xf0\x9f\x98\x80";
@@ -156,7 +156,7 @@ TEST(HostLog, DoesNotCutACharacterApart)
     EXPECT_EQ(begin + repeated("\\x80", 65532) + " [8 bytes left out]\n", lineOf(1, "0" + std::string(65540, '\x80')));
 }
 
-TEST(HostLog, LeavesOutWhatIsBelowItsLevel)
+TEST(HostLog, DropsRecordsBelowItsLevel)
 {
     EXPECT_EQ("12430", levelsThatPass(LogLevel::Debug));
     EXPECT_EQ("2430", levelsThatPass(LogLevel::Info));
@@ -177,15 +177,15 @@ TEST(HostLog, WritesARecordWhileAnotherIsOpen)
                          capture.withoutTimes()));
 }
 
-TEST(HostLog, GoesToStandardErrorAtFirst)
+TEST(HostLog, WritesToStandardErrorByDefault)
 {
     testing::internal::CaptureStderr();
     LogProxy(2, "m", 0, "f()", 1) << 0 << "seen";
     EXPECT_EQ("TIME info m request=0 f():1 seen\n", replaceTimes(testing::internal::GetCapturedStderr()));
 }
 
-// In a process of its own, for there is no way back.
-TEST(HostLogDeathTest, LeavesOutWhatIsNoFailure)
+// In a separate process, because it cannot be undone.
+TEST(HostLogDeathTest, CanBeLimitedToFailures)
 {
     EXPECT_EXIT(
         {

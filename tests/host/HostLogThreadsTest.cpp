@@ -113,7 +113,7 @@ TEST(HostLogThreads, SettingsChangeBetweenRecords)
     json.format = LogFormat::Json;
     const AppliedSettings applied(text);
 
-    constexpr unsigned kWriters = 2; // more would hardly let the changes through
+    constexpr unsigned kWriters = 2; // with more, the changes would hardly get their turn
     std::atomic<bool> over{false};
     std::atomic<unsigned> written{0};
     std::vector<std::thread> writers;
@@ -152,7 +152,7 @@ TEST(HostLogThreads, SettingsChangeBetweenRecords)
     EXPECT_EQ(written, count);
 }
 
-TEST(HostLogThreads, NoRecordIsLostWhenTheyAreSentElsewhereMeanwhile)
+TEST(HostLogThreads, NoRecordIsLostWhenTheLogIsRedirected)
 {
     std::string log;
     {

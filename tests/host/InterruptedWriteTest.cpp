@@ -85,7 +85,7 @@ protected:
     DescriptorSink m_sink;
 };
 
-TEST_F(InterruptedWrite, ToAFileGoesOn)
+TEST_F(InterruptedWrite, ToAFileContinues)
 {
     LogFile file(m_path, 1000, 2);
     nextWrites = {{EINTR}, {0, 2}, {EINTR}, {0, 1}};
@@ -102,7 +102,7 @@ TEST_F(InterruptedWrite, ToAFileLeavesNothingWhenItFailsAfterwards)
     EXPECT_EQ("1st\n", contentOf(m_path));
 }
 
-TEST_F(InterruptedDescriptor, GoesOn)
+TEST_F(InterruptedDescriptor, IsWrittenCompletely)
 {
     nextWrites = {{EINTR}, {0, 2}, {EAGAIN}, {EAGAIN}, {0, 1}};
     nextPollErrors = {EINTR};
@@ -110,7 +110,7 @@ TEST_F(InterruptedDescriptor, GoesOn)
     EXPECT_EQ("a line\n", contentOf(m_path));
 }
 
-TEST_F(InterruptedDescriptor, FailsWhereItCannotWait)
+TEST_F(InterruptedDescriptor, FailsIfItCannotWait)
 {
     nextWrites = {{EAGAIN}};
     nextPollErrors = {EINVAL};

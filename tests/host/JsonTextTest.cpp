@@ -21,7 +21,7 @@ TEST(JsonText, EscapesControlCharacters)
     EXPECT_EQ(R"("\u0080\u009f")", jsonText("\xc2\x80\xc2\x9f"));
 }
 
-TEST(JsonText, WritesWhatIsNotAsciiAsNumbers)
+TEST(JsonText, WritesNonAsciiAsNumericEscapes)
 {
     EXPECT_EQ(R"("\u00fc\u20ac\ud83d\ude00")", jsonText("\xc3\xbc\xe2\x82\xac\xf0\x9f\x98\x80"));
 }

@@ -44,7 +44,7 @@ std::size_t openDescriptors()
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
-/// A mask for new files as long as this object lives.
+/// The umask as long as this object lives.
 class Umask
 {
 public:
@@ -78,7 +78,7 @@ protected:
     std::string m_path = m_folder.file("a.log");
 };
 
-TEST_F(LogFileTest, AddsToWhatIsThere)
+TEST_F(LogFileTest, AppendsToAnExistingFile)
 {
     m_folder.write("a.log", "old\n");
     LogFile(m_path, 1000, 2).write("one\n");
@@ -95,7 +95,7 @@ TEST_F(LogFileTest, WritesEachLineAtOnce)
     EXPECT_EQ(905U, content().size());
 }
 
-TEST_F(LogFileTest, GivesWayBeforeItBecomesTooLarge)
+TEST_F(LogFileTest, RotatesBeforeItBecomesTooLarge)
 {
     LogFile file(m_path, 8, 3);
     for (const char* const line : {"1st\n", "2nd\n", "3rd\n", "4th\n", "5th\n", "6th\n", "7th\n"}) {
@@ -107,7 +107,7 @@ TEST_F(LogFileTest, GivesWayBeforeItBecomesTooLarge)
     EXPECT_EQ("3rd\n4th\n", content("a.2.log"));
 }
 
-TEST_F(LogFileTest, CanBeOneFileAlone)
+TEST_F(LogFileTest, CanKeepOnlyOneFile)
 {
     LogFile file(m_path, 8, 1);
     for (const char* const line : {"1st\n", "2nd\n", "3rd\n"}) {
@@ -117,7 +117,7 @@ TEST_F(LogFileTest, CanBeOneFileAlone)
     EXPECT_EQ("3rd\n", content());
 }
 
-TEST_F(LogFileTest, TakesALineThatIsTooLargeAlone)
+TEST_F(LogFileTest, WritesAnOversizedLineToItsOwnFile)
 {
     LogFile file(m_path, 8, 3);
     file.write("1st\n");
@@ -128,20 +128,20 @@ TEST_F(LogFileTest, TakesALineThatIsTooLargeAlone)
     EXPECT_EQ("1st\n", content("a.2.log"));
 }
 
-TEST_F(LogFileTest, DoesNotGiveWayWhileItIsEmpty)
+TEST_F(LogFileTest, DoesNotRotateWhileEmpty)
 {
     LogFile(m_path, 8, 3).write("much too large\n");
     EXPECT_EQ("much too large\n", content());
     EXPECT_EQ(std::set<std::string>{"a.log"}, namesIn(m_folder.path()));
 }
 
-TEST_F(LogFileTest, MakesItsFolder)
+TEST_F(LogFileTest, CreatesItsFolder)
 {
     LogFile(m_folder.file("new/folder/a.log"), 1000, 2).write("one\n");
     EXPECT_EQ("one\n", content("new/folder/a.log"));
 }
 
-TEST_F(LogFileTest, StaysInItsFolderWhenTheProcessGoesElsewhere)
+TEST_F(LogFileTest, StaysInItsFolderAfterAChangeOfDirectory)
 {
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(m_folder.path());
@@ -153,7 +153,7 @@ TEST_F(LogFileTest, StaysInItsFolderWhenTheProcessGoesElsewhere)
     EXPECT_EQ("1st\n", content("a.1.log"));
 }
 
-TEST_F(LogFileTest, IsNotHandedToPrograms)
+TEST_F(LogFileTest, IsNotInheritedByPrograms)
 {
     const LogFile file(m_path, 1000, 2);
     int found = 0;
@@ -167,7 +167,7 @@ TEST_F(LogFileTest, IsNotHandedToPrograms)
     EXPECT_EQ(1, found);
 }
 
-TEST_F(LogFileTest, ComesBackWhenItWasRemoved)
+TEST_F(LogFileTest, IsRecreatedAfterRemoval)
 {
     const std::string folder = m_folder.file("sub");
     LogFile file(folder + "/a.log", 1000, 2);
@@ -180,7 +180,7 @@ TEST_F(LogFileTest, ComesBackWhenItWasRemoved)
     EXPECT_EQ("three\n", contentOf(folder + "/a.log"));
 }
 
-TEST_F(LogFileTest, LeavesNothingOfALineThatDoesNotFitOnTheDisk)
+TEST_F(LogFileTest, LeavesNoPartOfALineThatDoesNotFitOnTheDisk)
 {
     LogFile file(m_path, 1000, 2);
     file.write("the first line\n");
@@ -194,7 +194,7 @@ TEST_F(LogFileTest, LeavesNothingOfALineThatDoesNotFitOnTheDisk)
     EXPECT_EQ("the first line\n3rd\nthe fourth line\n", content());
 }
 
-TEST_F(LogFileTest, LeavesNothingOfALineThatDoesNotFitAfterARotation)
+TEST_F(LogFileTest, LeavesNoPartOfALineThatDoesNotFitAfterARotation)
 {
     LogFile file(m_path, 20, 2);
     file.write("the first line\n");
@@ -222,14 +222,14 @@ TEST_F(LogFileTest, CannotBeReadByOthers)
     EXPECT_EQ(0640U, modeOf("old.log"));
 }
 
-TEST_F(LogFileTest, LeavesItToTheUmaskToForbidMore)
+TEST_F(LogFileTest, ObeysAStricterUmask)
 {
     const Umask ownerOnly(0077);
     LogFile(m_path, 1000, 2).write("one\n");
     EXPECT_EQ(0600U, modeOf("a.log"));
 }
 
-TEST_F(LogFileTest, IsRefusedWhereThereIsNoRegularFile)
+TEST_F(LogFileTest, IsRefusedIfItIsNotARegularFile)
 {
     ASSERT_EQ(0, mkfifo(m_path.c_str(), 0600));
     const std::string refusal = " is not a regular file. Remove it, or name another file";
@@ -242,7 +242,7 @@ TEST_F(LogFileTest, IsRefusedWhereThereIsNoRegularFile)
     EXPECT_EQ(m_folder.path() + ": Is a directory", refusalOf(m_folder.path()));
 }
 
-TEST_F(LogFileTest, IsRefusedWhenAFifoCameInItsPlace)
+TEST_F(LogFileTest, IsRefusedIfAFifoHasReplacedIt)
 {
     LogFile file(m_path, 1000, 2);
     file.write("one\n");
@@ -261,7 +261,7 @@ TEST_F(LogFileTest, IsRefusedWhenAFifoCameInItsPlace)
     EXPECT_EQ("one\n", content("old.log"));
 }
 
-TEST_F(LogFileTest, IsMadeAnewWhenItWasRenamed)
+TEST_F(LogFileTest, IsRecreatedAfterARename)
 {
     LogFile file(m_path, 1000, 2);
     file.write("one\n");
@@ -271,7 +271,7 @@ TEST_F(LogFileTest, IsMadeAnewWhenItWasRenamed)
     EXPECT_EQ("two\n", content());
 }
 
-TEST_F(LogFileTest, GoesOnInTheFileThatReplacedIt)
+TEST_F(LogFileTest, ContinuesInTheFileThatReplacedIt)
 {
     LogFile file(m_path, 12, 2);
     file.write("one\n");
@@ -285,7 +285,7 @@ TEST_F(LogFileTest, GoesOnInTheFileThatReplacedIt)
     EXPECT_EQ("4th\n", content());
 }
 
-TEST_F(LogFileTest, GoesOnFromTheBeginningWhenItWasCopiedAndEmptied)
+TEST_F(LogFileTest, ContinuesFromTheStartAfterItWasCopiedAndTruncated)
 {
     LogFile file(m_path, 8, 3);
     file.write("1st\n");
@@ -299,7 +299,7 @@ TEST_F(LogFileTest, GoesOnFromTheBeginningWhenItWasCopiedAndEmptied)
     EXPECT_EQ((std::set<std::string>{"a.log", "copy"}), namesIn(m_folder.path()));
 }
 
-TEST_F(LogFileTest, GoesOnWhereItsFolderMayNotBeSearchedAnyMore)
+TEST_F(LogFileTest, ContinuesInAFolderThatIsNoLongerSearchable)
 {
     std::unique_ptr<LogFile> file;
     {
@@ -315,7 +315,7 @@ TEST_F(LogFileTest, GoesOnWhereItsFolderMayNotBeSearchedAnyMore)
     EXPECT_EQ("one\n", content());
 }
 
-TEST_F(LogFileTest, KeepsAFileOpenThatItMayNotOpenAgain)
+TEST_F(LogFileTest, KeepsAFileOpenThatItCannotReopen)
 {
     const OtherUser user;
     LogFile file(m_path, 1000, 2);
@@ -324,7 +324,7 @@ TEST_F(LogFileTest, KeepsAFileOpenThatItMayNotOpenAgain)
     EXPECT_EQ("one\n", content());
 }
 
-TEST_F(LogFileTest, MayHaveTheNumberOfStandardInput)
+TEST_F(LogFileTest, CanHaveTheDescriptorOfStandardInput)
 {
     const int standardInput = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 100);
     close(STDIN_FILENO);
@@ -339,8 +339,8 @@ TEST_F(LogFileTest, MayHaveTheNumberOfStandardInput)
     close(standardInput);
 }
 
-// What the process opens next must not get the lines of a log that is closed, nor stay open itself.
-TEST_F(LogFileTest, HoldsOneDescriptorWhateverComes)
+// A file that the process opens next must not get the lines of a closed log, nor leak its descriptor.
+TEST_F(LogFileTest, NeverHoldsMoreThanOneDescriptor)
 {
     const std::size_t before = openDescriptors();
     {
@@ -360,7 +360,7 @@ TEST_F(LogFileTest, HoldsOneDescriptorWhateverComes)
     EXPECT_EQ(before, openDescriptors());
 }
 
-TEST_F(LogFileTest, NumbersNamesWithoutAnExtensionAtTheirEnd)
+TEST_F(LogFileTest, AppendsTheNumberToNamesWithoutAnExtension)
 {
     for (const std::string name : {"log", ".hidden", "b.c.log"}) {
         LogFile file(m_folder.file(name), 4, 2);
@@ -379,7 +379,7 @@ TEST_F(LogFileTest, IsRefusedInAReadOnlyFolder)
     EXPECT_THROW(LogFile(m_folder.file("sub/a.log"), 1000, 2), std::system_error);
 }
 
-TEST_F(LogFileTest, GoesOnEmptyWhereItMayNotBeRenamed)
+TEST_F(LogFileTest, IsTruncatedIfItCannotBeRenamed)
 {
     std::unique_ptr<LogFile> file;
     {

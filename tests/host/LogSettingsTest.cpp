@@ -51,7 +51,7 @@ TEST(LogSettings, AreReadFromTheSection)
     EXPECT_EQ(LogLevel::Error, settingsIn("[Log]\nLevel=error\n").level);
 }
 
-TEST(LogSettings, RefuseWhatTheyDoNotKnow)
+TEST(LogSettings, RejectUnknownKeysAndValues)
 {
     EXPECT_EQ("[Log] Target: it is empty, but must be stderr or a file", refusalOf("Target", ""));
     EXPECT_EQ("[Log] Level: \"Error\" is not debug, info or error", refusalOf("Level", "Error"));

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kText = 67108864;
 
-// What it takes to write a record whose every byte is escaped, beyond its text.
+// The memory, beyond its text, to write a record whose every byte is escaped.
 std::size_t bytesToWriteARecordIn(LogFormat format)
 {
     HostLogSettings settings;

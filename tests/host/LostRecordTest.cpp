@@ -37,8 +37,8 @@ std::string allFilesIn(const std::string& folder)
     return content;
 }
 
-// Lets each allocation of a record fail in turn, until there are no more: each time the record is written or told of as
-// lost, and the next one counts it.
+// Makes each allocation of a record fail in turn, until there are no more: each time the record is written or reported
+// as lost, and the next one counts it.
 void expectToldOfEachAllocation(const HostLogSettings& settings, const std::string& folder)
 {
     const AppliedSettings applied(settings);
@@ -65,13 +65,13 @@ void expectToldOfEachAllocation(const HostLogSettings& settings, const std::stri
 
 } // namespace
 
-TEST(LostRecord, IsToldOfWhicheverAllocationFails)
+TEST(LostRecord, IsReportedWhicheverAllocationFails)
 {
     const TemporaryFolder folder;
     expectToldOfEachAllocation({}, folder.path());
 }
 
-TEST(LostRecord, IsToldOfInJsonToo)
+TEST(LostRecord, IsReportedInJsonToo)
 {
     const TemporaryFolder folder;
     HostLogSettings settings;
@@ -79,8 +79,8 @@ TEST(LostRecord, IsToldOfInJsonToo)
     expectToldOfEachAllocation(settings, folder.path());
 }
 
-// Each record makes the file give way to a new one, so that allocations fail amid a rotation too.
-TEST(LostRecord, IsToldOfBesidesRotatedFiles)
+// Each record rotates the file, so that allocations fail during a rotation too.
+TEST(LostRecord, IsReportedWithRotatedFilesToo)
 {
     const TemporaryFolder folder;
     HostLogSettings settings;
@@ -89,8 +89,8 @@ TEST(LostRecord, IsToldOfBesidesRotatedFiles)
     expectToldOfEachAllocation(settings, folder.path());
 }
 
-// In a process of its own, in which the log has not been used before.
-TEST(LostRecordDeathTest, IsToldOfWhenItIsTheFirst)
+// In a separate process, in which the log has not been used before.
+TEST(LostRecordDeathTest, IsReportedIfItIsTheFirst)
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     EXPECT_EXIT(

@@ -32,7 +32,7 @@ std::string shapeOf(const std::string& log) { return replaceLines(replaceTimes(l
 
 } // namespace
 
-TEST(LostRecords, AreCountedOnceADeviceIsFullNoMore)
+TEST(LostRecords, AreCountedOnceADeviceHasRoomAgain)
 {
     const LogCapture standardError;
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
@@ -56,7 +56,7 @@ TEST(LostRecords, AreCountedInTheFileWhenTheDiskHasRoomAgain)
     HostLogSettings settings = to(folder.file("log"));
     settings.format = LogFormat::Json;
     const AppliedSettings applied(settings);
-    // Standard error goes to a file here, and must have room for what is said of the loss.
+    // Standard error goes to a file here, and must have room for the report of the loss.
     const std::string text(500, 'x');
     write(text);
     {
@@ -116,7 +116,7 @@ TEST(LostRecords, AreNoneWhenSettingsAreRefused)
     EXPECT_EQ("TIME info m request=1 f():LINE as before\n", shapeOf(contentOf(folder.file("log"))));
 }
 
-TEST(LostRecords, OfALogThatIsNoRegularFileAreToldAndCounted)
+TEST(LostRecords, OfASpecialFileAreReportedAndCounted)
 {
     const TemporaryFolder folder;
     const LogCapture standardError;
@@ -134,7 +134,7 @@ TEST(LostRecords, OfALogThatIsNoRegularFileAreToldAndCounted)
               shapeOf(contentOf(folder.file("log"))));
 }
 
-TEST(LostRecords, AreNoneWhenALogThatIsNoRegularFileIsRefused)
+TEST(LostRecords, AreNoneIfASpecialFileIsRefused)
 {
     EXPECT_EQ(
         "The log cannot be written to /dev/null: /dev/null is not a regular file. Remove it, or name another file.",

@@ -68,7 +68,7 @@ TEST(Readme, HasEveryKeyAndEachIsRead)
     EXPECT_EQ("TLS_CHACHA20_POLY1305_SHA256:TLS_AES_256_GCM_SHA384", tls.tls13Ciphers);
 }
 
-TEST(Readme, TellsTheDefaults)
+TEST(Readme, StatesTheDefaults)
 {
     const std::string ini = blockOf("ini");
     const HostLogSettings defaults;

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <thread>
 
-TEST(ThreadRequestId, IsEachThreadsOwnAndStartsAtZero)
+TEST(ThreadRequestId, IsPerThreadAndStartsAtZero)
 {
     unsigned long before = 99;
     unsigned long after = 99;
@@ -46,7 +46,7 @@ TEST(RequestIdScope, EndsWithAnException)
     }
 }
 
-TEST(RequestIdScope, IsItsThreadsOwn)
+TEST(RequestIdScope, BelongsToItsThread)
 {
     const RequestIdScope here(1);
     std::thread([] {

@@ -34,7 +34,7 @@ gid_t anotherGroup()
 } // namespace
 
 // A user must not choose the configuration of a program that has more rights than the user.
-TEST(SecureProcess, DoesNotObeyTheVariable)
+TEST(SecureProcess, IgnoresTheVariable)
 {
     const TemporaryFolder folder;
     std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));

@@ -17,7 +17,7 @@
 
 namespace {
 
-/// A server, and a handle that logs in to it; libcurl's trace tells what the handshake came to.
+/// A server, and a handle that logs in to it; libcurl's trace shows what the handshake negotiated.
 class SecuritySSTest : public testing::Test
 {
 protected:
@@ -43,7 +43,7 @@ protected:
         return answer;
     }
 
-    /// What comes of logging in to a server that speaks `lowest` to `highest`.
+    /// The result of logging in to a server that supports `lowest` to `highest`.
     CURLcode connect(int lowest, int highest)
     {
         m_server.minTlsVersion = lowest;
@@ -67,7 +67,7 @@ protected:
 
     CURLcode connect() { return connect(0, 0); }
 
-    /// "VERSION / CIPHER", as they were agreed on.
+    /// "VERSION / CIPHER", as negotiated.
     std::string agreed() const
     {
         const std::string mark = "SSL connection using ";
@@ -99,7 +99,7 @@ protected:
     std::string m_trace;
 };
 
-// OpenSSL itself refuses TLS 1.1 unless it is told otherwise.
+// OpenSSL itself refuses TLS 1.1 by default.
 constexpr char kEverything[] = "ALL:@SECLEVEL=0";
 
 TEST_F(SecuritySSTest, LeavesTheCiphersToLibcurlWithoutAConfiguration)
@@ -112,9 +112,9 @@ TEST_F(SecuritySSTest, LeavesTheCiphersToLibcurlWithoutAConfiguration)
     EXPECT_EQ("", m_log.text());
 }
 
-TEST_F(SecuritySSTest, RefusesAServerThatSpeaksTls11AtMost)
+TEST_F(SecuritySSTest, RefusesAServerLimitedToTls11)
 {
-    // What the security service is there to prevent works without it.
+    // Without the security service, the login that it must prevent succeeds.
     curl_easy_setopt(m_curl.get(), CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_0));
     curl_easy_setopt(m_curl.get(), CURLOPT_SSL_CIPHER_LIST, kEverything);
     ASSERT_EQ(CURLE_OK, connect(TLS1_1_VERSION, TLS1_1_VERSION));
@@ -146,7 +146,7 @@ TEST_F(SecuritySSTest, SetsTheTls13CiphersOfTheConfiguration)
 
 TEST_F(SecuritySSTest, RefusesAServerWithoutACommonCipher)
 {
-    // The server's certificate is not one of RSA.
+    // The server's certificate has no RSA key.
     configure("CipherList=ECDHE-RSA-AES256-GCM-SHA384\n");
     EXPECT_EQ(SECURITYSS_SUCCESS, enrich());
     EXPECT_EQ(CURLE_SSL_CONNECT_ERROR, connect(TLS1_2_VERSION, TLS1_2_VERSION));
@@ -160,7 +160,7 @@ TEST_F(SecuritySSTest, LeavesAnUnknownCipherToTheConnection)
     EXPECT_EQ(CURLE_SSL_CIPHER, connect());
 }
 
-TEST_F(SecuritySSTest, AnswersFailureWhenLibcurlRefuses)
+TEST_F(SecuritySSTest, ReturnsFailureIfLibcurlRefuses)
 {
     std::string cert = "none";
     EXPECT_EQ(SECURITYSS_FAILURE, SecuritySS::enrichSSL(nullptr, cert));
@@ -171,7 +171,7 @@ TEST_F(SecuritySSTest, AnswersFailureWhenLibcurlRefuses)
                       record));
 }
 
-// libcurl takes no text of more than 8000000 bytes.
+// libcurl accepts no text of more than 8000000 bytes.
 TEST_F(SecuritySSTest, NamesTheListThatLibcurlRefuses)
 {
     for (const std::string key : {"CipherList", "Tls13Ciphers"}) {
@@ -183,7 +183,7 @@ TEST_F(SecuritySSTest, NamesTheListThatLibcurlRefuses)
     }
 }
 
-TEST_F(SecuritySSTest, AnswersFailureToAMisspeltKey)
+TEST_F(SecuritySSTest, ReturnsFailureForAMisspeltKey)
 {
     configure("Cipherlist=ECDHE-ECDSA-AES256-GCM-SHA384\n");
     EXPECT_EQ(SECURITYSS_FAILURE, enrich());

@@ -6,7 +6,7 @@
 
 namespace {
 
-// What UTF-8 has for a number, written as its definition says; surrogates and what is too large are not left out.
+// A code point encoded as the definition of UTF-8 says, surrogates and numbers that are too large included.
 std::string encoded(char32_t number)
 {
     const auto tail = [number](unsigned shift) { return static_cast<char>(0x80U | ((number >> shift) & 0x3fU)); };
@@ -24,7 +24,7 @@ std::string encoded(char32_t number)
 
 } // namespace
 
-TEST(Utf8, KnowsEveryCharacter)
+TEST(Utf8, AcceptsEveryCharacter)
 {
     for (char32_t number = 0; number < 0x110000; ++number) {
         const std::string text = encoded(number);
@@ -35,7 +35,7 @@ TEST(Utf8, KnowsEveryCharacter)
     EXPECT_EQ(0U, utf8Length(encoded(0x1fffff)));
 }
 
-TEST(Utf8, RefusesEveryCharacterCutShort)
+TEST(Utf8, RejectsEveryTruncatedCharacter)
 {
     for (const char32_t number : {0x80U, 0x7ffU, 0x800U, 0xffffU, 0x10000U, 0x10ffffU}) {
         std::string text = encoded(number);
@@ -49,7 +49,7 @@ TEST(Utf8, RefusesEveryCharacterCutShort)
     EXPECT_EQ(0U, utf8Length(""));
 }
 
-TEST(Utf8, RefusesOverlongFormsAndStrayBytes)
+TEST(Utf8, RejectsOverlongFormsAndStrayBytes)
 {
     for (const char* const text : {"\xc0\x80", "\xc1\xbf", "\xe0\x80\x80", "\xe0\x9f\xbf", "\xf0\x80\x80\x80",
                                    "\xf0\x8f\xbf\xbf", "\x80", "\xbf", "\xf5\x80\x80\x80", "\xfe", "\xff"}) {
@@ -57,7 +57,7 @@ TEST(Utf8, RefusesOverlongFormsAndStrayBytes)
     }
 }
 
-TEST(Utf8, KnowsTheControlCharacters)
+TEST(Utf8, RecognisesControlCharacters)
 {
     for (char32_t number = 0; number < 0x200; ++number) {
         const bool control = number < 0x20 || (number >= 0x7f && number <= 0x9f);

@@ -13,7 +13,7 @@ namespace {
 using testserver::CertificateAuthority;
 using testserver::TlsMode;
 
-// The connection test against one server, told by its result: which certificate text lets it through.
+// The connection test against one server: its result shows which certificate text is trusted.
 class CertificateLive : public Live
 {
 protected:
@@ -42,13 +42,13 @@ TEST_F(CertificateLive, TheRightCaAsDer)
     EXPECT_EQ("CURLE_OK", test());
 }
 
-TEST_F(CertificateLive, TheFirstOfTwoCounts)
+TEST_F(CertificateLive, TheFirstOfTwoIsTrusted)
 {
     request.caCert += CertificateAuthority("Another CA").certificatePem();
     EXPECT_EQ("CURLE_OK", test());
 }
 
-TEST_F(CertificateLive, TheSecondOfTwoDoesNot)
+TEST_F(CertificateLive, TheSecondOfTwoIsNotTrusted)
 {
     request.caCert = CertificateAuthority("Another CA").certificatePem() + request.caCert;
     EXPECT_EQ("CURLE_PEER_FAILED_VERIFICATION", test());
@@ -107,7 +107,7 @@ TEST_F(CertificateLive, AServerWithoutTls)
         {greeting() + Lines({"> AUTH SSL", "< 502 no TLS here", "> AUTH TLS", "< 502 no TLS here"})}, sessions()));
 }
 
-// A TLS connection that a host has of its own: both ends in this thread, the handshake done.
+// The host's own TLS connection: both ends in this thread, the handshake done.
 class HostsConnection
 {
 public:
@@ -128,7 +128,7 @@ public:
         EXPECT_TRUE(SSL_is_init_finished(m_host.get()) && SSL_is_init_finished(m_peer.get()));
     }
 
-    // What the host learns when it reads, and nothing has come.
+    // The error that the host gets when it reads and no data has arrived.
     int errorOfReading() const
     {
         char byte = 0;
@@ -145,7 +145,7 @@ private:
     }
 
     const testserver::TlsContexts m_contexts;
-    const testserver::TlsContext m_trusting; ///< trusts anybody, as OpenSSL does unless it is told otherwise
+    const testserver::TlsContext m_trusting; ///< verifies nothing, OpenSSL's default
     const testserver::Tls m_host;
     const testserver::Tls m_peer;
 };

@@ -29,7 +29,7 @@ protected:
     }
 };
 
-TEST_F(DownloadLive, TheSizeIsAskedInTheClearAndTheFileFetchedOverTls)
+TEST_F(DownloadLive, TheSizeIsRequestedInTheClearAndTheFileOverTls)
 {
     writeFile(served("a.bak"), "the content");
     serve();
@@ -97,7 +97,7 @@ TEST_F(DownloadLive, AMissingFileIsReportedByTheDownload)
     EXPECT_EQ(2U, sessions().size());
 }
 
-TEST_F(DownloadLive, AMissingDirectoryEndsItAtTheSizeCheck)
+TEST_F(DownloadLive, AMissingDirectoryFailsTheSizeCheck)
 {
     serve();
     EXPECT_EQ("LIBRARY_FAILURE", download("missing/a.bak"));
@@ -146,7 +146,7 @@ TEST_F(DownloadLive, TheSameFileUnderAnotherLocalNameIsFetched)
     EXPECT_EQ(104857600U, std::filesystem::file_size(request.localPath));
 }
 
-TEST_F(DownloadLive, AServerThatDemandsTlsAtLoginStopsItAtTheSizeCheck)
+TEST_F(DownloadLive, AServerThatRequiresTlsAtLoginFailsTheSizeCheck)
 {
     config.tlsRequiredAtLogin = true;
     writeFile(served("a.bak"), "the content");
@@ -161,7 +161,7 @@ TEST_F(DownloadLive, AServerThatDemandsTlsAtLoginStopsItAtTheSizeCheck)
                   live::takeRecords()));
 }
 
-TEST_F(DownloadLive, TheClientItselfChecksNoSize)
+TEST_F(DownloadLive, TheClientItselfDoesNotCheckTheSize)
 {
     writeFile(served("a.bak"), "the content");
     serve();

@@ -15,8 +15,8 @@ protected:
     }
 };
 
-// The server ends names with CR LF; libcurl turns that into LF, because it lists in ASCII mode.
-TEST_F(ListingLive, NamesOneALine)
+// The server ends names with CR LF; libcurl converts that to LF, because it lists in ASCII mode.
+TEST_F(ListingLive, OneNamePerLine)
 {
     writeFile(served("b.bak"), "");
     writeFile(served("a.bak"), "content");
@@ -32,7 +32,7 @@ TEST_F(ListingLive, NamesOneALine)
     EXPECT_EQ("", err->content());
 }
 
-TEST_F(ListingLive, ADirectoryBelow)
+TEST_F(ListingLive, ASubdirectory)
 {
     std::filesystem::create_directory(served("weekly"));
     writeFile(served("weekly/a.bak"), "");
@@ -78,7 +78,7 @@ TEST_F(ListingLive, AMissingDirectoryIsReportedAsAMissingFile)
                   live::takeRecords()));
 }
 
-TEST_F(ListingLive, AServerThatDemandsTlsAtLoginIsServed)
+TEST_F(ListingLive, AServerThatRequiresTlsAtLoginWorks)
 {
     config.tlsRequiredAtLogin = true;
     writeFile(served("a.bak"), "");

@@ -32,7 +32,7 @@ protected:
 
     static constexpr const char* kListing = "-rw-r--r-- 1 backup backup 7 Jan 01 00:00 a.bak\n";
 
-    // The visit of the directory, then the command. On its way, the listing's line ends in CR LF.
+    // The visit of the directory, then the command. On the wire, the listing's line ends in CR LF.
     static Lines visit(const std::string& command, const std::string& reply)
     {
         return Lines{"> CWD weekly", "< 250 directory changed"} + names("LIST", std::string(kListing).size() + 1) +

@@ -1,4 +1,4 @@
-// Which operations let libcurl set SIGPIPE aside for the whole process, the end of the response included.
+// Which operations let libcurl ignore SIGPIPE for the whole process, the end of the response included.
 #include "support/Live.h"
 #include "support/NextFunction.h"
 
@@ -43,7 +43,7 @@ TEST_F(SignalsLive, SomeOperationsLeaveSigpipeAlone)
     EXPECT_FALSE(setsAside("/dir/up.bak", &ISFtpClient::UploadFileToSFtpServer));
 }
 
-TEST_F(SignalsLive, TheOthersSetItAside)
+TEST_F(SignalsLive, OtherOperationsIgnoreSigpipeMeanwhile)
 {
     EXPECT_TRUE(setsAside("/dir/a.bak", [&] { return facade.CheckFileSizeBeforeDownload(request) ? 0 : -1; }));
     EXPECT_TRUE(setsAside("/dir/a.bak", [&] { return facade.DownLoadSFtpFile(request, errorText); }));
@@ -56,7 +56,7 @@ TEST_F(SignalsLive, TheOthersSetItAside)
 
 } // namespace
 
-// Stands before the C library's for libcurl.
+// Replaces the C library's for libcurl.
 extern "C" int sigaction(int signal, const struct sigaction* action, struct sigaction* before) noexcept
 {
     static auto* const next = nextFunction<int(int, const struct sigaction*, struct sigaction*)>("sigaction");

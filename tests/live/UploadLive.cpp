@@ -54,7 +54,7 @@ TEST_F(UploadLive, AnFtpsUrlGoesOverTls)
     EXPECT_TRUE(sameSessions({implicitLogin() + store("a.bak", 11, true) + quit()}, sessions()));
 }
 
-TEST_F(UploadLive, TheRequestsCertificateDoesNotCount)
+TEST_F(UploadLive, TheRequestsCertificateIsIgnored)
 {
     config.tls = TlsMode::Implicit;
     trustByDefault(testserver::CertificateAuthority("Another CA").certificatePem());
@@ -63,7 +63,7 @@ TEST_F(UploadLive, TheRequestsCertificateDoesNotCount)
     EXPECT_FALSE(exists(served("a.bak")));
 }
 
-TEST_F(UploadLive, MissingDirectoriesAreMade)
+TEST_F(UploadLive, MissingDirectoriesAreCreated)
 {
     serve();
     EXPECT_EQ("CURLE_OK", upload("/weekly/monday/a.bak"));
@@ -95,7 +95,7 @@ TEST_F(UploadLive, ManyMebibytes)
     EXPECT_TRUE(sameBytes(content, contentOf(served("large"))));
 }
 
-TEST_F(UploadLive, AServerThatDemandsTlsAtLoginRefusesIt)
+TEST_F(UploadLive, AServerThatRequiresTlsAtLoginRefusesIt)
 {
     config.tlsRequiredAtLogin = true;
     serve();

@@ -1,4 +1,4 @@
-# The installed examples, built with the command that each begins with, and all together with CMake.
+# The installed examples, each built with the command at its top, and all together with CMake.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 set(examples ${PREFIX}/share/doc/libsftpclient-dev/examples)

@@ -1,6 +1,6 @@
-# What no finished file tells: each source that ships is compiled with all of these, whichever target it is in.
+# What no finished file shows: each source that ships is compiled with all of these, whichever target it is in.
 file(STRINGS ${BUILD}/compile_commands.json commands REGEX " -c ${SOURCE_DIR}/(src|session|host|cli)/")
-# What the tests make of such a source for themselves does not ship.
+# What the tests compile from such a source for themselves does not ship.
 list(FILTER commands EXCLUDE REGEX " -o tests/")
 if(commands STREQUAL "")
     message(FATAL_ERROR "${BUILD}/compile_commands.json compiles nothing that ships.")

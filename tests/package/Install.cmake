@@ -1,4 +1,4 @@
-# Installs the build below PREFIX, where the other tests look for it, and compares what came there with the list.
+# Installs the build below PREFIX, where the other tests look for it, and compares the installed files with the list.
 file(REMOVE_RECURSE ${PREFIX})
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix ${PREFIX}
                 OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)

@@ -1,5 +1,5 @@
 # LeakSanitizer reports what each rename and delete leaves behind; with the installed file it does not, but it still
-# reports what the host itself loses.
+# reports the host's own leaks.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 ask_pkg_config(flags --cflags --libs sftpclient libcurl)

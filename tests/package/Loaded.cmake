@@ -1,4 +1,4 @@
-# A host that loads the library at run time, and one that has a service too few for that.
+# A host that loads the library at run time, and one that lacks a service.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 set(library ${PREFIX}/${LIBDIR}/libSFtpClient.so.1)

@@ -1,4 +1,4 @@
-# A host that lacks a service: the loader must say which, before the first call, however the host comes by the library.
+# A host that lacks a service: the loader must name it before the first call, however the host gets the library.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 set(missing _ZN12ConfigReader6getIntERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES7_b)
@@ -11,7 +11,7 @@ function(must_name_missing_service)
 endfunction()
 
 ask_pkg_config(flags --cflags --libs sftpclient libcurl)
-# The linker would notice it too.
+# The linker would report it too.
 compile(${SCRATCH}/linked own_services.cpp
         "${flags} -DWITHOUT_CONFIG_READER -Wl,--unresolved-symbols=ignore-all -Wl,-rpath,${PREFIX}/${LIBDIR}")
 must_name_missing_service(${SCRATCH}/linked)

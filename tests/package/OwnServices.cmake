@@ -1,4 +1,4 @@
-# A host with services of its own.
+# A host with its own services.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 ask_pkg_config(flags --cflags --libs sftpclient libcurl)

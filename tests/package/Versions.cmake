@@ -1,4 +1,4 @@
-# The version is told in two places that CMake does not write.
+# The version is also in two files that CMake does not write.
 file(STRINGS ${SOURCE_DIR}/packaging/changelog first LIMIT_COUNT 1)
 if(NOT first MATCHES "^libsftpclient \\(([0-9.]+)\\) " OR NOT CMAKE_MATCH_1 STREQUAL VERSION)
     message(FATAL_ERROR "packaging/changelog begins with \"${first}\", but this is version ${VERSION}.")

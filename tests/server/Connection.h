@@ -25,7 +25,7 @@ public:
     /// Does the server's side of the handshake; false when it fails, and the connection is in the clear as before.
     bool startTls(SSL_CTX* context);
     bool hasTls() const { return m_tls != nullptr; }
-    /// Whether the TLS session is an earlier one that goes on.
+    /// Whether the TLS session was resumed.
     bool continuesTls() const { return m_tls != nullptr && SSL_session_reused(m_tls.get()) == 1; }
 
     bool write(const std::string& bytes) { return write(bytes.data(), bytes.size()); }
@@ -34,19 +34,19 @@ public:
     /// Reads up to `count` bytes; 0 at the end, however it came about.
     std::size_t read(char* bytes, std::size_t count);
 
-    /// Whether the end that `read` met was announced: by the client's close_notify where there is TLS.
+    /// Whether the client announced the end that `read` met: with close_notify if the connection uses TLS.
     bool endedCleanly() const { return m_endedCleanly; }
 
     /// A line without its line end, or nothing at the end; a line of more than 64 KiB counts as the end.
     std::optional<std::string> readLine();
 
-    /// Whether bytes are here that no `read` has taken: a command sent ahead of TLS, for example.
+    /// Whether bytes have arrived that no `read` has returned: a command sent ahead of TLS, for example.
     bool hasUnread() const { return !m_unread.empty(); }
 
     /// Reads and drops everything until the client leaves.
     void waitForEnd();
 
-    /// Leaves the client without an answer until it leaves, or for as long as the limit allows; 0 is no limit.
+    /// Does not answer until the client leaves, or for as long as the limit allows; 0 is no limit.
     void stall(std::chrono::milliseconds limit);
 
     /// Announces the end to the client (close_notify) and waits for its answer.

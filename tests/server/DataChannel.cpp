@@ -96,7 +96,7 @@ TransferEnd DataChannel::secure(SSL_CTX* tls)
         stall();
         return TransferEnd::Aborted;
     }
-    // In the clear, garbage would be data like any other.
+    // In the clear, garbage would be ordinary data.
     if (tls != nullptr && does(m_fault, Misbehaviour::Garbage)) {
         m_connection->write(kGarbage);
         m_connection->closeAfterClient();
@@ -132,7 +132,7 @@ TransferEnd DataChannel::atLimit()
     }
 }
 
-// Lets as much time pass as the fault wants for these bytes.
+// Waits as long as the fault requires for these bytes.
 bool DataChannel::pace(std::size_t count)
 {
     if (!does(m_fault, Misbehaviour::Slow) || m_fault->number == 0) {

@@ -43,12 +43,12 @@ public:
     /// the wait. Null for `tls` means no TLS.
     TransferEnd open(int control, SSL_CTX* tls, const Fault* fault);
 
-    /// Whether its TLS session is an earlier one that goes on.
+    /// Whether its TLS session was resumed.
     bool continuesTls() const { return m_connection && m_connection->continuesTls(); }
 
     TransferEnd send(const std::string& bytes);
     TransferEnd sendFile(const std::filesystem::path& file, std::uint64_t offset);
-    /// Writes what arrives into the file. `strict` demands that the client announces its end.
+    /// Writes what arrives into the file. `strict` requires the client to announce the end.
     TransferEnd receiveFile(const std::filesystem::path& file, bool append, bool strict);
 
     void close();

@@ -133,7 +133,7 @@ std::string unescape(const std::string& text, const std::string& whole)
     return bytes + "\r\n";
 }
 
-// Reads what stands before the "=".
+// Reads the part before the "=".
 void parseWhen(const std::string& when, Fault& fault, const std::string& whole)
 {
     fault.command = when;
@@ -152,7 +152,7 @@ void parseWhen(const std::string& when, Fault& fault, const std::string& whole)
     }
 }
 
-// Reads what stands behind the "=".
+// Reads the part after the "=".
 void parseWhat(const std::string& what, Fault& fault, const std::string& whole)
 {
     const std::size_t colon = what.find(':');

@@ -103,7 +103,7 @@ private:
         }
     }
 
-    // Without descriptors or threads to spare, it would fail again and again until a session has given its own back.
+    // Without spare descriptors or threads, it would fail repeatedly until a session has released its own.
     void waitForRoom()
     {
         std::unique_lock<std::mutex> lock(m_mutex);

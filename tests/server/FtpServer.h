@@ -37,7 +37,7 @@ struct ServerConfig
     /// Data connections must continue the control connection's TLS session; else 522. Excludes `dataCertificate`, and
     /// sends session tickets on data connections.
     bool tlsReuseRequired = false;
-    bool dataTickets = false; ///< session tickets on data connections; README.md tells what they cost an upload
+    bool dataTickets = false; ///< session tickets on data connections; README.md says what they cost an upload
     int minTlsVersion = 0;    ///< an OpenSSL version number; 0: OpenSSL's own choice
     int maxTlsVersion = 0;
     std::chrono::milliseconds stallLimit{0}; ///< after which a stall ends like a drop; 0: when the client leaves

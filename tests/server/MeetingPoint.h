@@ -13,7 +13,7 @@ class MeetingPoint
 {
 public:
     /// Waits until `sessions` of them wait, this one included. False when the client at the other end of `control`
-    /// leaves before that; it is not counted any more then.
+    /// leaves before that; it is then no longer counted.
     bool wait(std::uint64_t sessions, int control);
 
 private:

@@ -85,7 +85,7 @@ void Session::serve(const std::string& line)
     }
 }
 
-// Carries out the fault that this command meets; true when the command is not carried out any more.
+// Carries out the fault for this command; true if the command must not be carried out.
 bool Session::misbehaves(const std::string& command)
 {
     const Fault* fault = m_faults.next(command);
@@ -171,7 +171,7 @@ void Session::sendReply(const std::string& bytes)
     }
 }
 
-// The transcript tells it once, however often it goes out.
+// The transcript records it once, however often it is sent.
 void Session::sendEndlessly(const std::string& bytes)
 {
     sendReply(bytes);

@@ -38,7 +38,7 @@ enum class ListingForm
     Facts
 };
 
-/// One client's visit, from greeting to goodbye, on a thread of its own.
+/// One client's session, from greeting to QUIT, on its own thread.
 class Session
 {
 public:

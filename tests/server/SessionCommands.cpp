@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A quote in a path is doubled, or the reply's path would end there.
+// A quote in a path is doubled, otherwise the path would end there.
 std::string quotedPath(const std::string& path)
 {
     return '"' + boost::algorithm::replace_all_copy(path, "\"", "\"\"") + '"';
@@ -158,7 +158,7 @@ void Session::auth(const std::string& argument)
         reply("504 unknown mechanism");
     } else {
         reply("234 TLS next");
-        // What was sent in the clear behind the command must not count as said under TLS.
+        // Bytes pipelined in the clear after the command must not count as sent over TLS.
         if (m_leaving || m_control.hasUnread() || !startControlTls()) {
             leave();
         }
@@ -186,7 +186,7 @@ void Session::pass(const std::string& argument)
     reply(m_loggedIn ? "230 logged in" : "530 login incorrect");
 }
 
-// The port changes from run to run, so the transcript does not tell it.
+// The port changes from run to run, so the transcript omits it.
 void Session::passive(bool extended)
 {
     const std::uint16_t port = m_data.listen(m_faults.next("LISTEN"));

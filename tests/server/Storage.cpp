@@ -31,7 +31,7 @@ std::optional<fs::path> Storage::real(const std::string& absolute) const
     if (path.filename().empty()) {
         path = path.parent_path();
     }
-    // A link that leads nowhere is still there, and to write to it would make what it names.
+    // A dangling link exists, and writing to it would create its target.
     if (fs::is_symlink(path, failed)) {
         return std::nullopt;
     }

@@ -24,7 +24,7 @@ public:
 
     bool isDirectory(const std::string& absolute) const;
     bool isFile(const std::string& absolute) const;
-    /// Whether a file can be written there. Devices and pipes cannot: opening one could wait for ever.
+    /// Whether a file can be written there. Devices and pipes cannot: opening one could block forever.
     bool isWritable(const std::string& absolute) const;
     /// Bytes of a file; 0 for all else.
     std::uint64_t size(const std::string& absolute) const;

@@ -23,7 +23,7 @@ bool useChain(SSL_CTX* context, const std::string& pem)
             return false;
         }
     }
-    // The reading ends with an error, and an error that is left would be taken for one of the next call.
+    // The last read ends with an error, which would otherwise be attributed to the next call.
     ERR_clear_error();
     return true;
 }
@@ -37,7 +37,7 @@ bool useKey(SSL_CTX* context, const std::string& pem)
 
 void limitVersions(SSL_CTX* context, const ServerConfig& config)
 {
-    // Old versions are there only for those who ask for them.
+    // Old versions are available only on request.
     if (config.maxTlsVersion != 0 && config.maxTlsVersion < TLS1_2_VERSION) {
         SSL_CTX_set_security_level(context, 0);
         SSL_CTX_set_min_proto_version(context, config.maxTlsVersion);
@@ -72,7 +72,7 @@ TlsContexts::TlsContexts(const ServerConfig& config)
     }
     control = makeContext(config.certificate, config);
     if (config.tlsReuseRequired) {
-        // One memory of sessions for both.
+        // One session cache for both.
         SSL_CTX_up_ref(control.get());
         data.reset(control.get());
         return;

@@ -6,13 +6,13 @@
 
 namespace testserver {
 
-/// The lines of one session: what each side said, and what became of the data connections. README.md explains them.
+/// The lines of one session: what each side sent, and the data connections. README.md explains them.
 using Transcript = std::vector<std::string>;
 
-/// A client's command as a transcript tells it: the password is hidden, control bytes are written \xHH.
+/// A client's command as a transcript records it: the password is hidden, control bytes are written \xHH.
 std::string commandLine(const std::string& command);
 
-/// What the server sent as a transcript tells it, a line for each line; control bytes are written \xHH.
+/// What the server sent as a transcript records it, a line for each line; control bytes are written \xHH.
 std::vector<std::string> replyLines(const std::string& bytes);
 
 } // namespace testserver

@@ -51,11 +51,11 @@ void writePair(const std::filesystem::path& folder, const std::string& name, con
     writeFile(folder / (name + ".pem"), certificate.certificatePem);
     const std::filesystem::path key = folder / (name + ".key");
     writeFile(key, certificate.privateKeyPem);
-    // A file that was there before has kept its mode.
+    // An existing file keeps its mode.
     std::filesystem::permissions(key, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
-// A CA, a server certificate of it, and bad ones. The CA's own key is not kept.
+// A CA, a server certificate signed by it, and bad ones. The CA's own key is not kept.
 Certificate makeCertificates(const std::filesystem::path& folder)
 {
     std::filesystem::create_directories(folder);
@@ -167,7 +167,7 @@ void complete(Options& options)
 class EndSignals
 {
 public:
-    // Blocked before the server's threads begin, so that all of them leave the signals alone.
+    // Blocked before the server's threads begin, so that all of them inherit the mask.
     EndSignals()
     {
         sigset_t signals;

@@ -23,7 +23,7 @@ Certificate make(long serial);
 std::string pemOf(X509* cert);
 std::string derOf(X509* cert);
 
-/// The serial numbers of the certificates in a context's store, in its order, each with a blank behind it.
+/// The serial numbers of the certificates in a context's store, in its order, each followed by a blank.
 std::string serialsIn(SSL_CTX* context);
 
 } // namespace certificates

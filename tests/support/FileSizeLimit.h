@@ -6,7 +6,7 @@
 #include <csignal>
 #include <sys/resource.h>
 
-/// No file of this process grows beyond so many bytes, as long as the object lives: a write fails instead.
+/// No file of this process can grow beyond so many bytes, as long as the object lives: a write fails instead.
 class FileSizeLimit
 {
 public:

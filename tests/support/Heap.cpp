@@ -1,4 +1,4 @@
-// Malloc and its like, for a program all of whose heap is watched.
+// malloc and the like, for a program whose whole heap is watched.
 
 #include "support/Memory.h"
 #include "support/NextFunction.h"

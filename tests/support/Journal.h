@@ -10,10 +10,10 @@ namespace journal {
 
 void clear();
 
-/// Adds a line, out of the memory watch.
+/// Adds a line, outside the memory watch.
 void note(const std::string& line);
 
-/// Adds what the end of the operation left to tell, and gives the lines.
+/// Adds what remains to be noted at the end of the operation, and returns the lines.
 Lines take();
 
 } // namespace journal

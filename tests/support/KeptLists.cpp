@@ -1,5 +1,5 @@
-// Keeps in sight the command list that each rename and delete leaves behind, as it is meant to, so that leak detection
-// finds whatever else is lost. Linked into a program, it stands before libcurl's function.
+// Keeps reachable the command list that each rename and delete intentionally leaves behind, so that leak detection
+// reports only other leaks. Linked into a program, it replaces libcurl's function.
 
 #include "NextFunction.h"
 

@@ -55,7 +55,7 @@ bool isNearDifference(const std::vector<Step>& steps, std::size_t at)
                        [](const Step& step) { return step.mark != ' '; });
 }
 
-// What stands before, between and behind the ends of lines.
+// The parts before, between and after line ends.
 Lines split(const std::string& text)
 {
     Lines pieces;

@@ -18,7 +18,7 @@ Lines linesOf(const std::string& text);
 /// The last line of a text, without its end.
 std::string lastLine(const std::string& text);
 
-/// The last lines: all of them where there are not that many.
+/// The last lines: all of them if there are not that many.
 Lines lastOf(const Lines& lines, std::size_t count);
 
 /// For EXPECT_TRUE. A failure shows where the two differ, with three lines around it: expected with "-", actual with
@@ -31,7 +31,7 @@ testing::AssertionResult sameText(const std::string& expected, const std::string
 /// For EXPECT_TRUE: the text holds this part. A failure shows the text, line by line.
 testing::AssertionResult holds(const std::string& part, const std::string& text);
 
-/// For EXPECT_TRUE: whether this very line is among them. A failure shows them all.
+/// For EXPECT_TRUE: whether this exact line is among them. A failure shows them all.
 testing::AssertionResult hasLine(const std::string& line, const Lines& lines);
 
 #endif

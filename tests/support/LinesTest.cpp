@@ -22,7 +22,7 @@ std::string differenceOf(const Lines& expected, const Lines& actual)
     return result.message();
 }
 
-TEST(SameLines, OfAnotherLineShowThreeAroundIt)
+TEST(SameLines, ShowsThreeLinesAroundADifference)
 {
     EXPECT_EQ("expected (-), actual (+):\n"
               "    ...\n"
@@ -38,31 +38,31 @@ TEST(SameLines, OfAnotherLineShowThreeAroundIt)
               differenceOf(numbered(1, 20), numbered(1, 9) + Lines{"another"} + numbered(11, 20)));
 }
 
-TEST(SameLines, OfMissingLinesShowWhere)
+TEST(SameLines, ShowsWhereLinesAreMissing)
 {
     EXPECT_EQ("expected (-), actual (+):\n  - \"line 1\"\n    \"line 2\"\n    \"line 3\"\n  - \"line 4\"\n",
               differenceOf(numbered(1, 4), numbered(2, 3)));
 }
 
-TEST(SameLines, OfFurtherLinesShowThem)
+TEST(SameLines, ShowsExtraLines)
 {
     EXPECT_EQ("expected (-), actual (+):\n  + \"line 1\"\n    \"line 2\"\n  + \"line 3\"\n",
               differenceOf(numbered(2, 2), numbered(1, 3)));
     EXPECT_EQ("expected (-), actual (+):\n  + \"\"\n", differenceOf({}, {""}));
 }
 
-TEST(SameLines, ShowBlanksAndControlBytes)
+TEST(SameLines, ShowsBlanksAndControlBytes)
 {
     EXPECT_EQ("expected (-), actual (+):\n  - \"a \\r\"\n  + \"a\"\n", differenceOf({"a \r"}, {"a"}));
 }
 
-TEST(SameLines, AreTheSame)
+TEST(SameLines, AcceptsEqualLines)
 {
     EXPECT_EQ("the same 0 lines", differenceOf({}, {}));
     EXPECT_EQ("the same 3 lines", differenceOf(numbered(1, 3), numbered(1, 3)));
 }
 
-TEST(SameText, IsToTheByte)
+TEST(SameText, ComparesEveryByte)
 {
     EXPECT_TRUE(sameText("a\nb\n", "a\nb\n"));
     EXPECT_STREQ("expected (-), actual (+):\n    \"a\"\n  - \"b\"\n  - \"\"\n  + \"c\"\n",
@@ -70,7 +70,7 @@ TEST(SameText, IsToTheByte)
     EXPECT_FALSE(sameText("a\n", "a"));
 }
 
-TEST(LinesOf, AreWithoutTheirEnds)
+TEST(LinesOf, DropsLineEnds)
 {
     EXPECT_EQ((Lines{"a", "", "b"}), linesOf("a\n\nb\n"));
     EXPECT_EQ((Lines{"a", "b"}), linesOf("a\nb"));
@@ -79,7 +79,7 @@ TEST(LinesOf, AreWithoutTheirEnds)
     EXPECT_EQ("", lastLine(""));
 }
 
-TEST(Holds, IsForPartsOfLines)
+TEST(Holds, MatchesPartsOfLines)
 {
     EXPECT_STREQ("\"a\" is in:\n    \"bab\"\n", holds("a", "bab\n").message());
     EXPECT_TRUE(holds("b\na", "ab\nab\n"));
@@ -87,20 +87,20 @@ TEST(Holds, IsForPartsOfLines)
     EXPECT_STREQ("\"c\" is missing from:\n    \"a\"\n    \"b\"\n", holds("c", "a\nb\n").message());
 }
 
-TEST(HasLine, IsForWholeLines)
+TEST(HasLine, MatchesWholeLines)
 {
     EXPECT_TRUE(hasLine("line 2", numbered(1, 3)));
     EXPECT_EQ("\"line\" is missing from:\n    \"line 1\"\n    \"line 2\"\n",
               std::string(hasLine("line", numbered(1, 2)).message()));
 }
 
-TEST(LastOf, IsAllWhereThereAreFewer)
+TEST(LastOf, ReturnsAllIfThereAreFewer)
 {
     EXPECT_TRUE(sameLines(numbered(2, 3), lastOf(numbered(1, 3), 2)));
     EXPECT_TRUE(sameLines(numbered(1, 3), lastOf(numbered(1, 3), 4)));
 }
 
-TEST(Codes, HaveNamesOfTheirOwn)
+TEST(Codes, HaveUniqueNames)
 {
     EXPECT_EQ("CURLE_LOGIN_DENIED", nameOf(CURLE_LOGIN_DENIED));
     EXPECT_NE(nameOf(-1), nameOf(CURLE_OK));

@@ -32,7 +32,7 @@ Live::Live() : out(std::make_unique<Redirection>(stdout)), err(std::make_unique<
 Live::~Live()
 {
     if (HasFailure()) {
-        // What the test found wrong went the redirected way too.
+        // The test's failures were redirected too.
         const std::string printed = out->content();
         out.reset();
         std::cout << printed << std::flush;

@@ -30,7 +30,7 @@ protected:
     /// The request, aimed at another path and a local file.
     SFtpRequest requestFor(const std::string& path, const std::string& localName = "file") const;
 
-    /// Lets libcurl trust this CA where the request's certificate does not count: size check and upload.
+    /// Lets libcurl trust this CA where the request's certificate is ignored: size check and upload.
     void trustByDefault(const std::string& caPem);
 
     static void makeSparse(const std::string& path, off_t size);

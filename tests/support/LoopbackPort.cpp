@@ -35,8 +35,8 @@ LoopbackPort::~LoopbackPort() { close(m_socket); }
 
 void LoopbackPort::listen(int waiting) const { check(::listen(m_socket, waiting)); }
 
-// A call of accept() that waits has already taken a descriptor, and whoever counts descriptors would find it missing:
-// so the waiting is poll()'s. An alarm may interrupt that.
+// An accept() that waits has already reserved a descriptor, which would spoil a count of descriptors:
+// so poll() waits. An alarm may interrupt that.
 int LoopbackPort::accept() const
 {
     for (;;) {

@@ -25,13 +25,13 @@ public:
     /// `waiting`: how many connections may wait to be accepted.
     void listen(int waiting = SOMAXCONN) const;
 
-    /// Waits for the next connection, which is the caller's to close; negative when `stop` has been called.
+    /// Waits for the next connection, which the caller closes; negative if `stop` has been called.
     int accept() const;
 
-    /// Whether somebody has connected whom `accept` has not taken yet.
+    /// Whether a connection waits for `accept`.
     bool wasReached() const;
 
-    /// Ends the listening, and with it an `accept` that waits.
+    /// Stops listening, and ends an `accept` that waits.
     void stop() const;
 
 private:

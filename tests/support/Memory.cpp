@@ -42,7 +42,7 @@ namespace {
 
 // Plain data: this is read inside the allocator.
 thread_local Books* current = nullptr;
-thread_local bool writing = false; // into the books, which does not count
+thread_local bool writing = false; // the watch's own notes, which do not count
 thread_local unsigned pauses = 0;
 thread_local bool inLibcurl = false;
 thread_local unsigned countdown = 0;

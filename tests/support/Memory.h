@@ -9,7 +9,7 @@
 /// The memory of the code under test: a program with this in it replaces operator new and delete, and free. While a
 /// Watch lives, what its thread allocates outside any Pause is counted, can be refused, and is known until it is freed.
 ///
-/// A program that takes in Heap.cpp as well replaces malloc and its like, too; then all of its heap counts.
+/// A program that takes in Heap.cpp as well replaces malloc and the like, too; then all of its heap counts.
 namespace memory {
 
 struct Books;
@@ -49,7 +49,7 @@ private:
     const std::unique_ptr<Books> m_books;
 };
 
-/// Takes the harness's own allocations out of the watch.
+/// Excludes the harness's own allocations from the watch.
 class Pause
 {
 public:
@@ -59,7 +59,7 @@ public:
     Pause& operator=(const Pause&) = delete;
 };
 
-/// Takes what the harness calls back into the watch, whatever Pause it is in.
+/// Watches callbacks of the harness again, whatever Pause it is in.
 class Resumption
 {
 public:
@@ -112,7 +112,7 @@ unsigned freedWithSecret();
 /// Forgets a block that is meant to outlive the operation.
 void leave(void* block);
 
-/// Tells whether the calling thread is in libcurl, for as long as it lives.
+/// Marks whether the calling thread is in libcurl, as long as it lives.
 class Place
 {
 public:
@@ -125,7 +125,7 @@ private:
     const bool m_before;
 };
 
-/// For the functions that stand before the C library's: whether an allocation is refused, and what came of it.
+/// For the functions that replace the C library's: whether an allocation must fail, and its outcome.
 bool refuses(bool byNew);
 void noteMade(void* block, std::size_t size, bool byNew);
 void noteFreed(void* block);

@@ -3,7 +3,7 @@
 
 #include <dlfcn.h>
 
-/// The function of this name that the program's one stands before: `nextFunction<int(FILE*)>("fclose")`.
+/// The function that this program's function of the same name replaces: `nextFunction<int(FILE*)>("fclose")`.
 template <typename Function>
 Function* nextFunction(const char* name)
 {

@@ -1,4 +1,4 @@
-// Linked into a test, these functions stand before libcurl's.
+// Linked into a test, these functions replace libcurl's.
 
 #include "support/OpenHandles.h"
 

@@ -8,7 +8,7 @@ OtherUser::OtherUser() : m_user(geteuid()), m_group(getegid())
     if (m_user == 0) {
         constexpr uid_t kNobody = 65534;
         setfsgid(kNobody);
-        setfsuid(kNobody); // the right to pass over modes goes with it
+        setfsuid(kNobody); // this also drops the capability to override modes
     }
 }
 

@@ -3,8 +3,8 @@
 
 #include <sys/types.h>
 
-/// The calling thread opens files as a user whom their modes bind, as long as the object lives. Modes bind everyone but
-/// root, so this changes something for root alone; it concerns one thread, and leaves the process what it is.
+/// The calling thread opens files as a user to whom their modes apply, as long as the object lives. They apply to all
+/// but root, so this only affects root; it concerns one thread, and does not change the process.
 class OtherUser
 {
 public:

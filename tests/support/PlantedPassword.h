@@ -27,7 +27,7 @@ std::string marked(const std::string& form);
 /// As the text of a fault, in which a backslash is written twice.
 std::string asFault(const std::string& text);
 
-/// An ordinary one, and those that something else can be mistaken for.
+/// An ordinary one, and those that can be mistaken for something else.
 const std::vector<PlantedPassword>& everyPassword();
 
 /// For the tests' names in ctest.

@@ -56,7 +56,7 @@ struct ProgramResult
     std::string err;
 };
 
-/// Runs a program to its end, and keeps what it says on its standard output and error.
+/// Runs a program to its end, and captures its standard output and error.
 ProgramResult runProgram(ProcessSetup setup);
 
 /// For EXPECT_TRUE: it ended with this status. A failure shows what it said.
@@ -77,10 +77,10 @@ public:
 
     /// The next line of what is written, without its line end.
     std::string line() const;
-    /// All that is written until nobody has the pipe open for writing.
+    /// All that is written until the last writer closes the pipe.
     std::string rest() const;
 
-    /// This process's own ends; what it has closed it cannot name any more.
+    /// This process's own ends; it cannot name one that it has closed.
     void closeReader();
     void closeWriter();
 

@@ -21,7 +21,7 @@ ProgramResult shell(const std::string& line, const Variables& environment = {})
     return runProgram(setup);
 }
 
-TEST(RunProgram, KeepsWhatIsSaidAndHowItEnds)
+TEST(RunProgram, CapturesOutputAndExitStatus)
 {
     const ProgramResult result = shell("echo said; echo complained >&2; exit 7");
     EXPECT_EQ(7, result.status);
@@ -33,14 +33,14 @@ TEST(RunProgram, KeepsWhatIsSaidAndHowItEnds)
     EXPECT_THROW(runProgram({{"/nowhere/program"}}), std::runtime_error);
 }
 
-TEST(RunProgram, TakesNoSettingsOfTheUserAlong)
+TEST(RunProgram, DropsTheUsersSettings)
 {
     const SetVariable user("SFTPCLIENT_USER", "somebody");
     EXPECT_EQ("/nowhere\n", shell("echo $HOME $SFTPCLIENT_USER").out);
     EXPECT_EQ("me\n", shell("echo $SFTPCLIENT_USER", {{"SFTPCLIENT_USER", "me"}}).out);
 }
 
-TEST(Process, HasTheSignalsOfATerminalsUserButTheOneToIgnore)
+TEST(Process, HasDefaultSignalsExceptTheIgnoredOne)
 {
     const auto before = std::signal(SIGHUP, SIG_IGN);
     EXPECT_EQ(-SIGHUP, shell("kill -HUP $$").status);
@@ -52,7 +52,7 @@ TEST(Process, HasTheSignalsOfATerminalsUserButTheOneToIgnore)
     EXPECT_EQ(before, std::signal(SIGHUP, before));
 }
 
-TEST(SetVariable, LeavesAllAsItWas)
+TEST(SetVariable, RestoresTheFormerValue)
 {
     const SetVariable outer("SUPPORT_TEST", "outer");
     {
@@ -74,7 +74,7 @@ TEST(LoopbackPort, IsReachedOnceItListens)
     EXPECT_TRUE(port.wasReached());
 }
 
-// A line of the shell in place of a program of cases, in two processes.
+// A shell command in place of a test program, in two processes.
 ProcessSetup shards(const std::string& line)
 {
     ProcessSetup setup;
@@ -92,7 +92,7 @@ TEST(Shards, CountTheCases)
     EXPECT_TRUE(exited(1, runProgram(shards("true"))));
 }
 
-TEST(Shards, ShowWhatAProcessSaidThatFailedOrCrashed)
+TEST(Shards, ShowTheOutputOfAProcessThatFailsOrCrashes)
 {
     const ProgramResult failed = runProgram(shards(std::string(kRan) + "exit $GTEST_SHARD_INDEX"));
     EXPECT_TRUE(exited(1, failed));
@@ -104,7 +104,7 @@ TEST(Shards, ShowWhatAProcessSaidThatFailedOrCrashed)
     EXPECT_TRUE(sameText("said by 1\nprocess 2 of 2: status 139, SIGSEGV\n3 cases in 2 processes\n", crashed.out));
 }
 
-TEST(Shards, ShowWhatAProcessSaidThatHangs)
+TEST(Shards, ShowTheOutputOfAProcessThatHangs)
 {
     ProcessSetup setup = shards("sleep 600");
     setup.environment = {{"SHARDS_SECONDS", "0.01"}};
@@ -113,7 +113,7 @@ TEST(Shards, ShowWhatAProcessSaidThatHangs)
     EXPECT_TRUE(holds("process 1 of 2: status 137, SIGKILL\n", hung.out));
 }
 
-TEST(Shards, ShowWhatWasSaidWhenTheyAreEnded)
+TEST(Shards, ShowTheOutputWhenTheyAreTerminated)
 {
     const TemporaryFolder folder;
     const TextFile out;

@@ -35,7 +35,7 @@ std::vector<unsigned long> takeErrors()
 
 namespace {
 
-// Notes one call of the library, not OpenSSL's calls of its own; false when it is to fail.
+// Notes one call of the library, not OpenSSL's internal calls; false if it is to fail.
 bool noteCall(const std::string& name, const std::string& about, bool starved = false)
 {
     const bool fails = starved || openSsl().fails == name;

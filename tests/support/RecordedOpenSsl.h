@@ -17,7 +17,7 @@ struct OpenSsl
 
 OpenSsl& openSsl();
 
-/// Empties OpenSSL's error queue of this thread and puts one error of the host's own into it, which is returned.
+/// Empties this thread's OpenSSL error queue and puts one of the host's own errors into it, which is returned.
 unsigned long leaveHostsError();
 
 /// What the queue holds, the oldest first; empties it.

@@ -54,7 +54,7 @@ void step(const std::string& name)
     }
 }
 
-// Takes each insertion as one piece, where a string buffer would run them together.
+// Keeps each insertion apart, whereas a string buffer would join them.
 class Pieces : public std::streambuf
 {
 public:

@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-/// Host services that keep what the library hands them, and note it in the journal: a record as "log " and its text.
+/// Host services that keep what the library passes them, and note it in the journal: a record as "log " and its text.
 namespace recording {
 
 struct Record
@@ -41,7 +41,7 @@ struct Host
     std::vector<Record> records;
     std::vector<Enrichment> enrichments;
 
-    /// Told of each step of a record: "identifier", "begin", "piece ...", "end".
+    /// Called for each step of a record: "identifier", "begin", "piece ...", "end".
     std::function<void(const std::string& step)> onStep;
 };
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <stdexcept>
 
-// Only there in a program that is built with a sanitizer.
+// Exists only in a program that is built with a sanitizer.
 #pragma weak __sanitizer_set_report_fd
 
 namespace {
@@ -16,7 +16,7 @@ namespace {
 void keepReportsAt(int descriptor)
 {
     if (__sanitizer_set_report_fd != nullptr) {
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): it takes the number itself in the place of a pointer
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): it takes the number itself in place of a pointer
         __sanitizer_set_report_fd(reinterpret_cast<void*>(static_cast<std::intptr_t>(descriptor)));
     }
 }

@@ -124,7 +124,7 @@ std::string listOf(const curl_slist* list)
 
 std::string optionName(CURLoption option)
 {
-    // libcurl knows it by two names, and which one it prefers depends on its release.
+    // It has two names, and libcurl's release decides which one is preferred.
     if (option == CURLOPT_FTP_RESPONSE_TIMEOUT) {
         return "FTP_RESPONSE_TIMEOUT";
     }

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-/// A libcurl that does what the test says and notes what it was told. This program defines `curl_easy_init` and its
-/// like, so the library calls these.
+/// A libcurl that does what the test says and notes every call. This program defines `curl_easy_init` and
+/// the like, so the library calls these.
 namespace scripted {
 
 /// What stands behind a CURL*.
@@ -31,10 +31,10 @@ public:
     /// As new.
     void reset();
 
-    // Each calls one of the callbacks that were set, as libcurl does, and gives what it returned:
+    // Each calls one of the callbacks that were set, as libcurl does, and returns its result:
     /// for received data,
     size_t receive(std::string bytes) const;
-    /// for a line that the server says,
+    /// for a line that the server sends,
     size_t hear(std::string line) const;
     /// for so many bytes to send, which come back in `bytes`,
     size_t send(std::string& bytes, size_t most) const;
@@ -43,7 +43,7 @@ public:
     /// for what has moved.
     int progress(curl_off_t toReceive, curl_off_t received) const;
 
-    /// What stands in the error buffer afterwards.
+    /// The error buffer's content afterwards.
     void detail(const std::string& text) const;
 
 private:
@@ -65,13 +65,13 @@ struct Curl
     std::function<void()> onWait; ///< called each time
     CURLcode getinfo = CURLE_OK;
     bool tellsSize = true;                    ///< whether a successful curl_easy_getinfo writes
-    curl_off_t size = 0;                      ///< what CURLINFO_CONTENT_LENGTH_DOWNLOAD_T tells
-    curl_off_t time = -1;                     ///< what CURLINFO_FILETIME_T tells
+    curl_off_t size = 0;                      ///< what CURLINFO_CONTENT_LENGTH_DOWNLOAD_T returns
+    curl_off_t time = -1;                     ///< what CURLINFO_FILETIME_T returns
     std::map<const void*, std::string> names; ///< what the journal calls a pointer
     int made = 0;
     int multisMade = 0;
     unsigned failing = 0;   ///< which call from now on fails, once, of those that can; 1 is the next one, 0 none
-    std::string failed;     ///< what was called then
+    std::string failed;     ///< the function that failed
     std::vector<int> asked; ///< the codes that curl_easy_strerror was asked for
     std::string url;        ///< the bytes of the last CURLOPT_URL, and where they stood
     const void* urlAt = nullptr;
@@ -79,7 +79,7 @@ struct Curl
 
 Curl& curl();
 
-/// For the functions of libcurl's that can fail: true where this call is to.
+/// For libcurl's functions that can fail: true if this call is to.
 bool fails(const std::string& call);
 
 /// The text that curl_easy_strerror gives for a code.

@@ -28,7 +28,7 @@ struct Multi
     std::function<int(curl_socket_t)> close = {}; // what the handle's callback does that opened it
 };
 
-// False where the session gives no socket.
+// False if the session gives no socket.
 bool connects(Multi& multi)
 {
     if (!curl().connects || multi.socket != CURL_SOCKET_BAD) {

@@ -27,7 +27,7 @@ protected:
 
     void misbehave(const std::string& fault) { config.faults.push_back(testserver::parseFault(fault)); }
 
-    /// What the clients said to the server, session by session, when all of them have left.
+    /// The transcripts of all sessions, when all clients have left.
     std::vector<Lines> sessions() { return server->transcripts(); }
 
     /// "ftp://localhost:PORT", or with ftps: for a server of implicit TLS, and the path.
@@ -48,7 +48,7 @@ protected:
 /// For EXPECT_TRUE: `sameLines` for the sessions of a server.
 testing::AssertionResult sameSessions(const std::vector<Lines>& expected, const std::vector<Lines>& actual);
 
-/// For EXPECT_TRUE: the bytes are the same. A failure says where they part, without quoting them all.
+/// For EXPECT_TRUE: the bytes are the same. A failure says where they differ, without quoting them all.
 testing::AssertionResult sameBytes(const std::string& expected, const std::string& actual);
 
 #endif

@@ -3,7 +3,7 @@
 
 #include <string>
 
-/// A folder that goes with the object.
+/// A folder that is removed with the object.
 class TemporaryFolder
 {
 public:
@@ -17,14 +17,14 @@ public:
     /// The path of `name` in the folder.
     std::string file(const std::string& name) const { return m_path + "/" + name; }
 
-    /// Writes a file there, for its owner alone, and gives its path.
+    /// Writes a file there, readable only by its owner, and returns its path.
     std::string write(const std::string& name, const std::string& content) const;
 
 private:
     std::string m_path;
 };
 
-/// A file of this content, for its owner alone, that goes with the object.
+/// A file with this content, readable only by its owner, that is removed with the object.
 class TextFile
 {
 public:
@@ -40,7 +40,7 @@ private:
 /// Writes a file, in place of what was there.
 void writeFile(const std::string& path, const std::string& content);
 
-/// What a file holds; kNoFile where there is none.
+/// What a file holds; kNoFile if there is none.
 std::string contentOf(const std::string& path);
 
 constexpr const char* kNoFile = "no such file";

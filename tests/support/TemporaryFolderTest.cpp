@@ -21,7 +21,7 @@ TEST(TemporaryFolder, KeepsTheBytesOfItsFiles)
     EXPECT_THROW(folder.write("no-folder/name", ""), std::runtime_error);
 }
 
-TEST(TemporaryFolder, GoesWithTheObject)
+TEST(TemporaryFolder, IsRemovedWithItsObject)
 {
     std::string path;
     {

@@ -6,7 +6,7 @@
 
 constexpr const char* kNothingThrown = "nothing thrown";
 
-/// What the exception says that an action throws. One of another type passes.
+/// The message of the exception that an action throws. One of another type propagates.
 template <typename Exception = std::exception, typename Action>
 std::string thrownBy(const Action& action)
 {

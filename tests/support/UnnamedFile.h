@@ -13,7 +13,7 @@ public:
 
     int descriptor() const { return fileno(m_file.get()); }
 
-    /// What has been written so far, by whomever.
+    /// What has been written so far, by any process.
     std::string content() const;
 
 private:

@@ -48,7 +48,7 @@ protected:
 class CertificatesAtOnce : public FailuresAtOnce
 {
 protected:
-    // What one kind of thread does differently, and what comes of it.
+    // What one kind of thread does differently, and its outcome.
     struct Kind
     {
         std::string caCert;
@@ -98,7 +98,7 @@ protected:
 TEST_F(CertificatesAtOnce, EachThreadTrustsItsOwn)
 {
     live::setCertAuthSwitch(0);
-    // All are connected before the first of them shakes hands.
+    // All are connected before the first handshake begins.
     holdAt("GREETING");
     serve();
     const std::array<Kind, 5> all = kinds();
@@ -113,7 +113,7 @@ TEST_F(CertificatesAtOnce, EachThreadTrustsItsOwn)
     EXPECT_EQ(kThreads, held());
 }
 
-TEST_F(FailuresAtOnce, UploadsTellUnderWhichRequestTheyFailed)
+TEST_F(FailuresAtOnce, UploadsLogFailuresUnderTheirOwnRequest)
 {
     holdAt("TYPE");
     misbehave("STOR=reply:552 no room");

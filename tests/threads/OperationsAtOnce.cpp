@@ -6,7 +6,7 @@
 namespace {
 
 // All six operations on each thread, one after another: while one of a thread's calls runs, a call of every other
-// thread runs too, for the server holds each until all are there.
+// thread runs too, because the server holds each until all are there.
 class OperationsAtOnce : public Crowd
 {
 protected:
@@ -14,7 +14,8 @@ protected:
     {
         config.tls = testserver::TlsMode::Implicit;
         trustByDefault(authority.certificatePem());
-        // One moment of each operation. The connection test fetches a file, so it is held as the download is.
+        // One moment of each operation. The connection test fetches a file, so it is held at the same reply as the
+        // download.
         for (const char* const command : {"RETR", "STOR", "NLST", "rename", "rm"}) {
             holdAt(command);
         }
@@ -26,7 +27,7 @@ protected:
         return Visitor(thread, request, {url("/" + own), served(own), local(own)});
     }
 
-    // `operationOf` says which operation is a thread's in a round, `facadeOf` which facade it calls in it.
+    // `operationOf` says which operation a thread runs in a round, `facadeOf` on which facade.
     template <typename OperationOf, typename FacadeOf>
     void visit(OperationOf operationOf, FacadeOf facadeOf)
     {

@@ -9,7 +9,7 @@ namespace {
 
 using Response = boost::shared_ptr<ISFtpResponse>;
 
-// The client below the facade, and what it answers with.
+// The client below the facade, and the response that it returns.
 class ResponsesAtOnce : public Crowd
 {
 };
@@ -33,7 +33,7 @@ TEST_F(ResponsesAtOnce, AResponseMayBeReadAndDroppedOnAnotherThread)
         const int code = received->GetErrCode();
         const std::string text = received->GetErrString();
         received.reset();
-        // The neighbour's outcome, under this thread's identifier.
+        // The other thread's outcome, under this thread's identifier.
         const std::string expected = fails ? "No error" : "Access denied to remote resource";
         return compare("the code", nameOf(fails ? CURLE_OK : CURLE_REMOTE_FILE_NOT_FOUND), nameOf(code)) +
                compare("the text", expected, text) +

@@ -44,7 +44,7 @@ TEST(FunctionName, TakesTheLastOfSeveralBlanks)
     EXPECT_EQ("f()", GetFunctionName(" f()"));
 }
 
-TEST(FunctionName, TakesNoTabForABlank) { EXPECT_EQ("int\tf()", GetFunctionName("int\tf(int)")); }
+TEST(FunctionName, DoesNotTreatATabAsABlank) { EXPECT_EQ("int\tf()", GetFunctionName("int\tf(int)")); }
 
 TEST(FunctionName, ReturnsATextWithoutParametersAsItIs)
 {
@@ -54,7 +54,7 @@ TEST(FunctionName, ReturnsATextWithoutParametersAsItIs)
     EXPECT_EQ("int main)", GetFunctionName("int main)"));
 }
 
-TEST(FunctionName, IsAnEmptyPairForATextThatBeginsWithItsParameters)
+TEST(FunctionName, IsOnlyParenthesesIfTheParametersComeFirst)
 {
     EXPECT_EQ("()", GetFunctionName("("));
     EXPECT_EQ("()", GetFunctionName("(int a)"));

@@ -82,14 +82,14 @@ protected:
     }
 };
 
-TEST_F(LogStatement, HasItsLevels)
+TEST_F(LogStatement, UsesTheseLevels)
 {
     EXPECT_EQ(1, kLogDetail);
     EXPECT_EQ(2, kLogEnd);
     EXPECT_EQ(4, kLogFailure);
 }
 
-TEST_F(LogStatement, HandsOverLevelModuleIdentifierFunctionAndLine)
+TEST_F(LogStatement, PassesLevelModuleIdentifierFunctionAndLine)
 {
     host().requestId = 18446744073709551615UL;
     statement::writeRecordOfThisThread();
@@ -103,7 +103,7 @@ TEST_F(LogStatement, HandsOverLevelModuleIdentifierFunctionAndLine)
     EXPECT_FALSE(record.bad);
 }
 
-TEST_F(LogStatement, HandsOverNoIdentifierInTheFormWithoutRequest)
+TEST_F(LogStatement, PassesNoIdentifierInTheFormWithoutRequest)
 {
     statement::writeRecordOfNoRequest();
     ASSERT_EQ(1U, host().records.size());
@@ -116,7 +116,7 @@ TEST_F(LogStatement, HandsOverNoIdentifierInTheFormWithoutRequest)
     EXPECT_FALSE(record.bad);
 }
 
-TEST_F(LogStatement, HasItsOrder)
+TEST_F(LogStatement, EvaluatesInOrder)
 {
     const Lines expected{"identifier", "begin", "piece 0",       "piece text",
                          "piece ",     "end",   "name released", "signature released"};
@@ -142,7 +142,7 @@ TEST_F(LogStatement, ReadsTheIdentifierForEachRecord)
     EXPECT_TRUE(sameLines(expected, takeRecords()));
 }
 
-TEST_F(LogStatement, TakesPiecesOfEveryKindInTheirOrder)
+TEST_F(LogStatement, AcceptsPiecesOfEveryKindInOrder)
 {
     SFTP_LOG(kLogDetail, "int " << -5 << " long " << 107374182400L << " unsigned " << 18446744073709551615UL << ' '
                                 << std::string("with\0zero", 9));

@@ -13,7 +13,7 @@ namespace {
 
 using Strings = std::multimap<std::string, std::string>;
 
-// What the loader adds to the addresses of this program, the first image that it lists.
+// The load address of this program, the first image that the loader lists.
 std::uintptr_t loadBias()
 {
     std::uintptr_t bias = 0;
@@ -58,7 +58,7 @@ Strings withoutTests(Strings strings)
     return strings;
 }
 
-TEST(ModuleConstants, EverySourceThatLogsHasTheModuleNameForItself)
+TEST(ModuleConstants, EverySourceThatLogsHasItsOwnModuleName)
 {
     const Strings expected{{"CurlSFtpClient.cpp", "SFtpClient"}, {"CurlSFtpResponse.cpp", "SFtpClient"},
                            {"Delete.cpp", "SFtpClient"},         {"Download.cpp", "SFtpClient"},

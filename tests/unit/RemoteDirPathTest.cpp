@@ -21,7 +21,7 @@ TEST(RemoteDirPath, FollowsThePort)
     EXPECT_EQ("//a//b", directoryOf("ftp://host:21//a//b"));
 }
 
-TEST(RemoteDirPath, FollowsTheSchemeWhereThereIsNoPort)
+TEST(RemoteDirPath, FollowsTheSchemeIfThereIsNoPort)
 {
     EXPECT_EQ("//host/backup/", directoryOf("ftp://host/backup/"));
     EXPECT_EQ("//host", directoryOf("ftp://host"));
@@ -34,7 +34,7 @@ TEST(RemoteDirPath, FollowsTheLastColon)
     EXPECT_EQ("/b", directoryOf(":/a:/b"));
 }
 
-TEST(RemoteDirPath, BeginsRightBehindTheColon)
+TEST(RemoteDirPath, BeginsRightAfterTheColon)
 {
     EXPECT_EQ("/", directoryOf(":/"));
     EXPECT_EQ("/a", directoryOf(":/a"));
@@ -47,7 +47,7 @@ TEST(RemoteDirPath, NeedsAColon)
     EXPECT_EQ("unchanged", directoryOf("host"));
 }
 
-TEST(RemoteDirPath, NeedsASlashBehindTheLastColon)
+TEST(RemoteDirPath, NeedsASlashAfterTheLastColon)
 {
     EXPECT_EQ("unchanged", directoryOf(":"));
     EXPECT_EQ("unchanged", directoryOf("ftp://host:21"));

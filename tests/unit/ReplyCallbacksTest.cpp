@@ -19,7 +19,7 @@ class ReplyCallbacks : public testing::Test
 protected:
     ReplyCallbacks() { recording::reset(); }
 
-    // libcurl gives the size of an item, which is 1, and the count; the product is what tells.
+    // libcurl passes the size of an item, which is 1, and the count; only the product matters.
     size_t give(Callback callback, std::string bytes, size_t itemSize = 1)
     {
         return callback(bytes.data(), itemSize, bytes.size() / itemSize, &transfer);
@@ -65,7 +65,7 @@ protected:
     char block[4] = "abc";
 };
 
-TEST_F(ReplyCallbacks, DataIsCollectedInItsOrder)
+TEST_F(ReplyCallbacks, DataIsCollectedInOrder)
 {
     EXPECT_EQ(5U, give(CurlSFtpResponse::GetDataCallback, std::string("one\0 ", 5)));
     EXPECT_EQ(6U, give(CurlSFtpResponse::GetDataCallback, "two:\r\n", 3));
@@ -94,7 +94,7 @@ TEST_F(ReplyCallbacks, ALineWithAColonIsAHeader)
     EXPECT_TRUE(sameLines({}, takeRecords()));
 }
 
-TEST_F(ReplyCallbacks, AColonIsFoundHoweverFarBehind)
+TEST_F(ReplyCallbacks, AColonIsFoundAtAnyPosition)
 {
     const std::string name(70000, 'n');
     EXPECT_EQ(name.size() + 7, give(CurlSFtpResponse::GetHeaderCallback, name + ": value"));
@@ -111,7 +111,7 @@ TEST_F(ReplyCallbacks, ALineWithoutAColonIsAStatus)
     EXPECT_TRUE(sameLines({}, takeRecords()));
 }
 
-TEST_F(ReplyCallbacks, ALineThatNoParserTakesLetsTheTransferGoOn)
+TEST_F(ReplyCallbacks, ALineThatNoParserAcceptsDoesNotStopTheTransfer)
 {
     EXPECT_EQ(19U, give(CurlSFtpResponse::GetHeaderCallback, "220 Service ready\r\n"));
     EXPECT_TRUE(
@@ -139,7 +139,7 @@ TEST_F(ReplyCallbacks, ALineNeedsBothPointers)
     expectRefused(CurlSFtpResponse::GetHeaderCallback, nullptr, nullptr, "CurlSFtpResponse::GetHeaderCallback");
 }
 
-TEST_F(ReplyCallbacks, LetNoExceptionThroughWhereMemoryRunsOut)
+TEST_F(ReplyCallbacks, LetNoExceptionThroughIfMemoryRunsOut)
 {
     for (const memory::Shortage shortage : {memory::Shortage::Once, memory::Shortage::ForGood}) {
         EXPECT_LE(2U, refusals(CurlSFtpResponse::GetDataCallback, &transfer, shortage));
@@ -149,7 +149,7 @@ TEST_F(ReplyCallbacks, LetNoExceptionThroughWhereMemoryRunsOut)
     }
 }
 
-TEST_F(ReplyCallbacks, StopTheTransferWhereMemoryRunsOut)
+TEST_F(ReplyCallbacks, StopTheTransferIfMemoryRunsOut)
 {
     std::string data(100, 'x');
     const memory::Watch watch;
@@ -163,7 +163,7 @@ TEST_F(ReplyCallbacks, StopTheTransferWhereMemoryRunsOut)
     EXPECT_EQ(0U, CurlSFtpResponse::GetHeaderCallback(data.data(), 1, data.size(), &transfer));
 }
 
-TEST_F(ReplyCallbacks, WhatTheHostsLogThrowsStopsTheTransfer)
+TEST_F(ReplyCallbacks, AnExceptionFromTheHostsLogStopsTheTransfer)
 {
     recording::host().onStep = [](const std::string& step) {
         if (step == "begin") {

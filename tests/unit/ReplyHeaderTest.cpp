@@ -41,7 +41,7 @@ TEST_F(ReplyHeader, KeepsEveryValueOfAName)
 
 TEST_F(ReplyHeader, KeepsEqualValuesOnce) { EXPECT_EQ((Headers{{"A", {"one"}}}), headersOf({"A: one", "A:one\r\n"})); }
 
-TEST_F(ReplyHeader, TellsNamesApartByTheirCase)
+TEST_F(ReplyHeader, TreatsNamesAsCaseSensitive)
 {
     EXPECT_EQ((Headers{{"A", {"one"}}, {"a", {"one"}}}), headersOf({"A: one", "a: one"}));
 }

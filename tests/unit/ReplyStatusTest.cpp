@@ -60,7 +60,7 @@ private:
     }
 };
 
-TEST_F(ReplyStatus, HasItsCodeInTheSecondWordAndItsTextBehindIt)
+TEST_F(ReplyStatus, HasItsCodeInTheSecondWordAndItsTextAfterIt)
 {
     expectTaken("V1 200 OK", 200, "OK");
     expectTaken("V1 200 OK\r\n", 200, "OK");
@@ -84,7 +84,7 @@ TEST_F(ReplyStatus, KeepsTheBlanksInsideItsText)
 
 TEST_F(ReplyStatus, TrimsItsCode) { expectTaken("V1 \t200\v\f\t OK", 200, "OK"); }
 
-TEST_F(ReplyStatus, TakesEveryCodeOf32Bits)
+TEST_F(ReplyStatus, AcceptsEvery32BitCode)
 {
     expectTaken("V1 0 OK", 0, "OK");
     expectTaken("V1 000200 OK", 200, "OK");
@@ -94,7 +94,7 @@ TEST_F(ReplyStatus, TakesEveryCodeOf32Bits)
     expectRefused("V1 42949672950 OK");
 }
 
-TEST_F(ReplyStatus, TakesASign)
+TEST_F(ReplyStatus, AcceptsASign)
 {
     expectTaken("V1 +200 OK", 200, "OK");
     expectTaken("V1 -1 OK", 4294967295U, "OK");
@@ -106,7 +106,7 @@ TEST_F(ReplyStatus, TakesASign)
     expectRefused("V1 +-1 OK");
 }
 
-TEST_F(ReplyStatus, IsRefusedWithoutANumberAsItsSecondWord)
+TEST_F(ReplyStatus, IsRejectedIfItsSecondWordIsNotANumber)
 {
     expectRefused("220 Service ready");
     expectRefused("220 Service ready\r\n");
@@ -123,7 +123,7 @@ TEST_F(ReplyStatus, IsRefusedWithoutANumberAsItsSecondWord)
     expectRefused(std::string("V1 200\0 OK", 10));
 }
 
-TEST_F(ReplyStatus, TakesNoTabForASeparator)
+TEST_F(ReplyStatus, DoesNotSplitAtTabs)
 {
     expectRefused("V1 200\tOK");
     expectRefused("V1\t200 OK");
@@ -164,13 +164,13 @@ TEST_F(ReplyStatus, TrimsTheWholeText)
     EXPECT_EQ("kept  more", transfer.statusText);
 }
 
-TEST_F(ReplyStatus, TakesEffectWholeOrNotAtAllWhereMemoryRunsOut)
+TEST_F(ReplyStatus, TakesFullEffectOrNoneIfMemoryRunsOut)
 {
     const std::string line = "protocol 200 a text that is too long for a string without a block of its own";
     const std::string before = "the text of the lines before this one, long as well";
     const std::string after = before + line.substr(line.find(" a text"));
     CurlSFtpResponse transfer;
-    // Splitting comes first and lets the exception pass; what fails from then on is recorded.
+    // Splitting comes first and lets the exception propagate; later failures are logged.
     unsigned passed = 0;
     unsigned recorded = 0;
     for (bool taken = false; !taken;) {

@@ -31,7 +31,7 @@ protected:
     CurlSFtpResponse transfer;
 };
 
-TEST_F(SetCert, KeepsTheTextAndHandsItToTheHost)
+TEST_F(SetCert, KeepsTheTextAndPassesItToTheHost)
 {
     expectKept("a certificate", "a certificate");
     expectKept(std::string("\0der", 4), std::string("\0der", 4));
@@ -44,7 +44,7 @@ TEST_F(SetCert, KeepsNoneForAnEmptyText)
     expectKept("", "none");
 }
 
-TEST_F(SetCert, AnswersAsTheHostDoes)
+TEST_F(SetCert, ReturnsTheHostsResult)
 {
     host().enriched = SECURITYSS_FAILURE;
     EXPECT_EQ(SECURITYSS_FAILURE, transfer.SetCert("a certificate"));
@@ -53,7 +53,7 @@ TEST_F(SetCert, AnswersAsTheHostDoes)
     EXPECT_EQ(SECURITYSS_SUCCESS, transfer.SetCert("a certificate"));
 }
 
-TEST_F(SetCert, ForgetsTheFormerTextFirst)
+TEST_F(SetCert, ClearsTheFormerTextFirst)
 {
     const std::string longText(100, 'x');
     transfer.cert = "former";

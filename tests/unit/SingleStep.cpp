@@ -11,7 +11,7 @@
 
 namespace {
 
-// The signals by which the child tells that it is about to call and has called the function.
+// The signals with which the child reports that it is about to call the function, and has called it.
 constexpr int kBegin = SIGSTOP;
 constexpr int kEnd = SIGUSR1;
 

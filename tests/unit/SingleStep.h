@@ -6,7 +6,7 @@
 /// What a function stores into a text that it overwrites with zero bytes.
 struct Overwriting
 {
-    unsigned passes = 0;         ///< how often every character had become zero
+    unsigned passes = 0;         ///< how often all characters became zero
     bool fromFirstToLast = true; ///< in each pass, and nothing but zeros was stored
     std::string obstacle;        ///< why it could not be watched; empty when it was
 };

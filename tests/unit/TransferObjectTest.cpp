@@ -34,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(TransferObject, StartsOut)
+TEST_F(TransferObject, StartsWithDefaults)
 {
     const CurlSFtpResponse transfer;
     EXPECT_EQ(0U, transfer.statusCode);
@@ -52,7 +52,7 @@ TEST_F(TransferObject, ReportsItsFirstCodeBeforeAnyTransfer)
     EXPECT_EQ(CURLE_FAILED_INIT, CurlSFtpResponse().GetErrCode());
 }
 
-TEST_F(TransferObject, ReportsARefusedAccessAsAMissingFileAndEveryOtherCodeAsItIs)
+TEST_F(TransferObject, ReportsARefusedAccessAsAMissingFileAndEveryOtherCodeUnchanged)
 {
     CurlSFtpResponse transfer;
     for (int code = -1; code < 1000; ++code) {
@@ -64,7 +64,7 @@ TEST_F(TransferObject, ReportsARefusedAccessAsAMissingFileAndEveryOtherCodeAsItI
     EXPECT_TRUE(sameLines({}, takeRecords()));
 }
 
-TEST_F(TransferObject, GivesTheTextOfTheCodeThatLibcurlGaveAndRecordsIt)
+TEST_F(TransferObject, ReturnsTheTextOfLibcurlsCodeAndLogsIt)
 {
     for (const int code : {int{CURLE_OK}, int{CURLE_REMOTE_ACCESS_DENIED}, 9999}) {
         SCOPED_TRACE(nameOf(code));
@@ -77,7 +77,7 @@ TEST_F(TransferObject, GivesTheTextOfTheCodeThatLibcurlGaveAndRecordsIt)
     }
 }
 
-TEST_F(TransferObject, HasATextOfItsOwnWhereLibcurlHasNone)
+TEST_F(TransferObject, HasItsOwnTextIfLibcurlHasNone)
 {
     curl().texts = false;
     EXPECT_EQ("UnKown error", textOf(CURLE_COULDNT_CONNECT));
@@ -96,7 +96,7 @@ TEST_F(TransferObject, IsReadAndCleanedUpOnceThroughItsInterface)
     EXPECT_TRUE(sameLines({"handle 1 cleaned up"}, journal::take()));
 }
 
-TEST_F(TransferObject, CleansUpNoHandleThatWasTakenAway)
+TEST_F(TransferObject, DoesNotCleanUpAHandleThatWasTakenAway)
 {
     CURL* handle = nullptr;
     {

@@ -38,7 +38,7 @@ TEST(UserPwd, JoinsUserAndPassword)
     EXPECT_FALSE(userPwd.empty());
 }
 
-TEST(UserPwd, IsAColonWhereThereIsNothingToJoin)
+TEST(UserPwd, IsAColonIfThereIsNothingToJoin)
 {
     const UserPwd userPwd{SFtpRequest()};
     EXPECT_STREQ(":", userPwd.c_str());
@@ -59,7 +59,7 @@ TEST(UserPwd, IsEmptyOnceWiped)
     EXPECT_TRUE(userPwd.empty());
 }
 
-TEST_F(UserPwdMemory, NeverOutgrowsABlock)
+TEST_F(UserPwdMemory, AllocatesOnlyOnce)
 {
     const memory::Watch watch(onRelease);
     const UserPwd userPwd(request);

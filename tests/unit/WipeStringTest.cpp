@@ -22,7 +22,7 @@ TEST(WipeString, ZeroesAndEmpties)
     EXPECT_EQ(std::string(4, '\0'), std::string(characters, 4));
 }
 
-TEST(WipeString, PassesOverTheWholeTextThreeTimes)
+TEST(WipeString, OverwritesTheWholeTextThreeTimes)
 {
     std::string text = "a password of 24 letters";
     ASSERT_EQ(24U, text.size());

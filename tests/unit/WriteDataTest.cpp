@@ -59,7 +59,7 @@ TEST(WriteData, ReturnsAShortCountFromAFullDevice)
     EXPECT_EQ(0U, sftp_write_data(block, 1, 2, stream.get()));
 }
 
-TEST(WriteData, ReturnsTheItemsThatFitted)
+TEST(WriteData, ReturnsTheNumberOfItemsThatFit)
 {
     char room[5];
     const Stream stream(fmemopen(room, sizeof room, "w"));

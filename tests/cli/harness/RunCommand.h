@@ -6,7 +6,7 @@
 
 #include <string>
 
-/// The command with these arguments, without a terminal, in `folder` (or else in this process's).
+/// The command with these arguments, without a terminal, in `folder` (by default in this process's).
 ProcessSetup commandSetup(const Words& arguments, const Variables& environment = {}, const std::string& folder = {});
 
 /// Runs it to its end with `input` on its standard input.

@@ -26,13 +26,13 @@ protected:
     /// Runs the command in the folder of the local files, with the CA and the password.
     ProgramResult run(Words form, Variables more = {}) const;
 
-    /// How it is run so.
+    /// The setup for such a run.
     ProcessSetup setupOf(Words form, const Variables& more = {}) const;
 
     /// `form` with the CA.
     Words withCa(Words form) const;
 
-    /// The CA in place of the machine's trust store, which besides is slow to read.
+    /// The CA in place of the machine's trust store, which is also slow to read.
     Variables trust() const;
 
     /// The same, and the password.

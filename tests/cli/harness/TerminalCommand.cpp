@@ -16,12 +16,12 @@ TerminalCommand::TerminalCommand(ProcessSetup setup)
         throw std::runtime_error("no terminal");
     }
     m_keyboard = std::make_unique<Descriptor>(keyboard);
-    // Or an interruption from the keyboard would discard what the command is writing at that moment.
+    // Otherwise an interrupt from the keyboard would discard what the command is writing at that moment.
     termios mode = {};
     tcgetattr(terminal, &mode);
     mode.c_lflag |= NOFLSH;
     tcsetattr(terminal, TCSANOW, &mode);
-    // Until the command has it open: reading from the keyboard fails when nobody has.
+    // Wait until the command has it open: until then, reads fail.
     const Descriptor open(terminal);
     setup.terminal = name.data();
     m_process = std::make_unique<Process>(setup);

@@ -8,13 +8,13 @@
 #include <memory>
 #include <string>
 
-/// The command, or another program, at a terminal of its own, and this process at the keyboard.
+/// The command, or another program, on its own terminal, and this process at the keyboard.
 class TerminalCommand
 {
 public:
     explicit TerminalCommand(ProcessSetup setup);
 
-    /// Waits until `text` is shown. What was shown until then.
+    /// Waits until `text` is shown. Returns what was shown until then.
     std::string shownUpTo(const std::string& text);
 
     void type(const std::string& keys) const;

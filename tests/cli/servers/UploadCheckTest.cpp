@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_P(SshServer, TellsTheSizeOfAnUpload)
+TEST_P(SshServer, ReportsTheSizeOfAnUpload)
 {
     keep("large.bak", std::string(300001, 'x'));
     keep("empty.bak", "");
@@ -34,7 +34,7 @@ TEST_P(SshServer, TellsTheSizeOfAnUpload)
     EXPECT_EQ("asking for it failed: Remote file not found", missing.whyNot);
 }
 
-TEST_P(SshServer, TellsTheSizeToTheCommand)
+TEST_P(SshServer, ReportsTheSizeToTheCommand)
 {
     keep("first.bak", "");
     writeFile(local("file"), std::string(70000, 'x'));

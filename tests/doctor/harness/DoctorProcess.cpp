@@ -14,7 +14,7 @@ ProcessSetup DoctorProcess::setupOf(const Words& arguments, const std::string& p
     ProcessSetup setup;
     setup.words = {SFTPCLIENT_COMMAND, "doctor"};
     setup.words.insert(setup.words.end(), arguments.begin(), arguments.end());
-    // The lists that rename and delete leave behind are kept in sight of leak detection.
+    // Leak detection must not report the lists that rename and delete leave behind.
     setup.environment = {{"SFTPCLIENT_PASSWORD", password}, {"LD_PRELOAD", SFTPCLIENT_KEPT_LISTS}};
     setup.environment.insert(setup.environment.end(), variables.begin(), variables.end());
     setup.out = m_out.path();

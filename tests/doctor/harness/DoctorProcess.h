@@ -16,10 +16,10 @@ public:
 
     void signal(int number) const { m_process.signal(number); }
 
-    /// The process that it has forked. Throws where there is none.
+    /// The process that it has forked. Throws if there is none.
     pid_t child() const;
 
-    /// Waits for its end and gives its exit status, or minus the signal that ended it.
+    /// Waits for it to end and returns its exit status, or minus the signal that ended it.
     int wait() { return m_process.wait(); }
 
     std::string out() const { return contentOf(m_out.path()); }

@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-/// The base of the tests that let the doctor loose on a server: a test server on demand, and a question about it.
+/// The base of the tests that run the doctor against a server: a test server on demand, and a question about it.
 class Examined : public Live
 {
 protected:
-    /// Starts the server and asks about this directory of it. The URL's scheme is the one that the server speaks.
+    /// Starts the server and asks about this directory of it. The URL's scheme matches the server's TLS mode.
     void serveAndAsk(const std::string& directory = "/");
 
     /// Asks about a directory of the server that the request is aimed at.

@@ -14,13 +14,13 @@ struct World
     SFtpRequest& request;
     testserver::CertificateAuthority& authority;
     std::string directory = "/";
-    std::string scheme = {};          ///< of the URL, where it is not the one that the server speaks
+    std::string scheme = {};          ///< of the URL, if it does not match the server
     std::string directoryOnDisk = {}; ///< where that differs from `directory`
     std::string machineTrusts = {};   ///< PEM; empty: the machine's real store
     bool listening = true;
 };
 
-/// A kind of server, and what the doctor is to say of it. The outlooks keep the comparison with the truth from being
+/// A kind of server, and the doctor's verdict on it. The outlooks keep the comparison with the truth from being
 /// one of two mistakes that agree.
 struct Kind
 {
@@ -38,7 +38,7 @@ const std::vector<Kind>& kinds();
 /// Those of the kinds that have these names.
 std::vector<Kind> kindsNamed(const std::vector<std::string>& ids);
 
-/// The base of the tests that run against a server of each kind. It is asked about with the login in the clear allowed.
+/// The base of the tests that run against a server of each kind. The question allows a login in the clear.
 class OfAKind : public Examined, public testing::WithParamInterface<Kind>
 {
 protected:

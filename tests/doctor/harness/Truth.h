@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-/// What the library's six operations really give in the directory of a question: the codes in the order of the
+/// What the library's six operations really return for the directory of a question: the codes in the order of the
 /// verdicts.
 ///
-/// `keep` puts a file of this name and content into that directory, by another way than through the library; where
+/// `keep` puts a file of this name and content into that directory without using the library; where
 /// there is no directory it does nothing. `scratch` is a local file that may be overwritten.
 std::vector<int> truthOf(const doctor::Question& question, const std::string& scratch,
                          const std::function<void(const std::string&, const std::string&)>& keep);

@@ -1,4 +1,4 @@
-// The doctor against the file servers of Debian.
+// The doctor against Debian's file servers.
 #include "RealServer.h"
 #include "doctor/CleanUp.h"
 #include "doctor/RoundTrip.h"
@@ -26,7 +26,7 @@ protected:
     }
 };
 
-TEST_P(Daemons, DoAsPredicted)
+TEST_P(Daemons, BehaveAsPredicted)
 {
     const doctor::Question question = ask();
     const std::vector<doctor::Verdict> verdicts = predict(examine(question));
@@ -35,7 +35,7 @@ TEST_P(Daemons, DoAsPredicted)
                 }));
 }
 
-TEST_P(Daemons, AreKnownToRefuseTheClearByTheUsersNameAlone)
+TEST_P(Daemons, AreKnownToRequireTlsFromTheUserCommandAlone)
 {
     doctor::Question question = ask();
     question.clearLogin = false;
@@ -61,7 +61,7 @@ TEST_P(Daemons, AreLeftAsTheyWere)
     makeRoundTrip(question, roundTrip.name, [&roundTrip](const doctor::StepNews& each) { record(each, roundTrip); });
     EXPECT_EQ(server.expected.upload, roundTrip.put);
     EXPECT_EQ(server.expected.list, roundTrip.list);
-    // A trip that ends right after the upload, too.
+    // Including a round trip that ends right after the upload.
     keep("weekly/" + doctor::renamed(roundTrip.name), "");
     cleanUp(question, report, roundTrip);
     EXPECT_FALSE(exists(served("weekly/" + roundTrip.name)));
@@ -98,7 +98,7 @@ TEST_P(SshDaemons, RefuseAWrongPasswordAsPredicted)
     expectPrediction(ask(), "FFFFFF");
 }
 
-TEST_P(SshDaemons, MissADirectoryAsPredicted)
+TEST_P(SshDaemons, ReportAMissingDirectoryAsPredicted)
 {
     doctor::Question question = ask();
     question.request.remotePath += "missing/";

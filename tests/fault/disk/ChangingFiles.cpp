@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What becomes of an upload whose local file changes when its first block has been read.
+// What an upload sends if its local file changes after the first block has been read.
 class ChangingFiles : public Disk
 {
 protected:
@@ -37,7 +37,7 @@ protected:
     const std::string content = randomBytes(1000000);
 };
 
-TEST_F(ChangingFiles, ARemovedFileIsSentAllTheSame)
+TEST_F(ChangingFiles, ARemovedFileIsStillSent)
 {
     EXPECT_EQ("CURLE_OK", uploadWhile([this] { fs::remove(request.localPath); }));
     EXPECT_EQ("as it was", errorText);
@@ -55,13 +55,13 @@ TEST_F(ChangingFiles, AReplacedFileIsSentAsItWas)
     EXPECT_TRUE(sameBytes(content, contentOf(served("sent.bak"))));
 }
 
-TEST_F(ChangingFiles, ATruncatedFileIsSentAsFarAsItGoes)
+TEST_F(ChangingFiles, ATruncatedFileIsSentUpToItsNewEnd)
 {
     EXPECT_EQ("CURLE_PARTIAL_FILE", uploadWhile([this] { fs::resize_file(request.localPath, 300000); }));
     expectEndedTooEarly(300000);
 }
 
-TEST_F(ChangingFiles, OfAnEmptiedFileTheFirstBlockIsSent)
+TEST_F(ChangingFiles, OnlyTheFirstBlockOfAnEmptiedFileIsSent)
 {
     constexpr std::size_t kBlock = 65536; // libcurl's upload buffer
     EXPECT_EQ("CURLE_PARTIAL_FILE", uploadWhile([this] { fs::resize_file(request.localPath, 0); }));

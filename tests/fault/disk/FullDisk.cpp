@@ -6,8 +6,8 @@
 namespace {
 
 // A disk with room for so many bytes more: a limit of the process on the size of its files, because it is exact to the
-// byte and takes no rights, where a small file system is mounted by root and counts in pages. To a write both look
-// alike: it takes what there is room for, and the next one fails.
+// byte and needs no rights, whereas a small file system is mounted by root and counts in pages. To a write both look
+// alike: it writes what there is room for, and the next one fails.
 struct Room
 {
     const char* name;
@@ -74,7 +74,7 @@ class DiskRoom : public Disk
 {
 };
 
-TEST_F(DiskRoom, ThatIsJustEnoughIsEnough)
+TEST_F(DiskRoom, CanBeUsedToTheLastByte)
 {
     const std::string content(40000, 'x');
     writeFile(served("a.bak"), content);
@@ -87,8 +87,8 @@ TEST_F(DiskRoom, ThatIsJustEnoughIsEnough)
     EXPECT_TRUE(sameBytes(content, contentOf(request.localPath)));
 }
 
-// The device that is always full gives the error that a full disk gives.
-TEST_F(DiskRoom, ThatIsNoneStopsADownloadAndAListing)
+// /dev/full returns the error of a full disk.
+TEST_F(DiskRoom, StopsADownloadAndAListingIfThereIsNone)
 {
     writeFile(served("a.bak"), "the content");
     request.localPath = "/dev/full";
@@ -103,7 +103,7 @@ TEST_F(DiskRoom, ThatIsNoneStopsADownloadAndAListing)
         sameLines(kTls + listFailed("Listsftpdir() list dir failed.code:23", kNotWritten), live::takeRecords()));
 }
 
-TEST_F(DiskRoom, IsNotMissedByAnEmptyFile)
+TEST_F(DiskRoom, IsNotNeededForAnEmptyFile)
 {
     writeFile(served("a.bak"), "");
     writeFile(request.localPath, "an old file");

@@ -53,9 +53,9 @@ private:
     int m_reader = -1;
 };
 
-TEST_F(Pipes, TakeWhatIsDownloaded)
+TEST_F(Pipes, AcceptADownload)
 {
-    // More than a pipe holds: it has to be read meanwhile.
+    // More than a pipe holds: it must be read meanwhile.
     const std::string content(300000, 'x');
     writeFile(served("a.bak"), content);
     std::future<std::string> taken = std::async(std::launch::async, [this] { return readToTheEnd(); });
@@ -64,7 +64,7 @@ TEST_F(Pipes, TakeWhatIsDownloaded)
     EXPECT_TRUE(sameBytes(content, taken.get()));
 }
 
-TEST_F(Pipes, TakeWhatIsListed)
+TEST_F(Pipes, AcceptAListing)
 {
     writeFile(served("a.bak"), "");
     EXPECT_EQ("CURLE_OK", list());
@@ -72,7 +72,7 @@ TEST_F(Pipes, TakeWhatIsListed)
     EXPECT_EQ("a.bak\n", readToTheEnd());
 }
 
-// A pipe tells no size, so libcurl announces an empty file, and finds that it has sent more.
+// A pipe has no size, so libcurl expects an empty file, and finds that it has sent more.
 TEST_F(Pipes, AreUploadedToTheEndAndReportedAsPartial)
 {
     closeWriter();
@@ -86,7 +86,7 @@ TEST_F(Pipes, AreUploadedToTheEndAndReportedAsPartial)
     EXPECT_TRUE(sameLines(uploadNotWhole(), live::takeRecords()));
 }
 
-// Devices tell no size either.
+// Devices have no size either.
 class Devices : public Disk
 {
 };
@@ -100,7 +100,7 @@ TEST_F(Devices, TheNullDeviceIsUploadedAsAnEmptyFile)
     EXPECT_TRUE(sameLines({}, live::takeRecords()));
 }
 
-TEST_F(Devices, ADeviceWithoutEndIsUploadedForAsLongAsTheServerTakesIt)
+TEST_F(Devices, AnEndlessDeviceIsUploadedAsLongAsTheServerAcceptsIt)
 {
     constexpr std::size_t kTaken = 8000000;
     misbehave("DATA=drop-after:" + std::to_string(kTaken));

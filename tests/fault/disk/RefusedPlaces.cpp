@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 const Lines kMeasured = {
     "1 SFtpClient::CheckFileSizeBeforeDownload(): remoteFileSizeByte =11, fileSizeLimit = 53687091200"};
 
-// Local paths that cannot be opened: the server is never asked for more than the size.
+// Local paths that cannot be opened: the library asks the server for the size at most.
 class RefusedPlaces : public Disk
 {
 protected:
@@ -67,13 +67,13 @@ protected:
     }
 };
 
-// A folder whose files can be reached and read, but that takes no new ones.
+// A folder whose files can be read, but in which none can be created.
 class ReadOnlyFolder : public RefusedPlaces
 {
 protected:
     ReadOnlyFolder()
     {
-        // The other user has to get here.
+        // The other user needs access to this folder.
         fs::permissions(fs::path(local("")).parent_path().parent_path(), fs::perms(0711));
         fs::permissions(local(""), fs::perms(0711));
         fs::create_directory(local("sealed"));
@@ -85,7 +85,7 @@ protected:
     ~ReadOnlyFolder() override { fs::permissions(local("sealed"), fs::perms(0755)); }
 };
 
-TEST_F(ReadOnlyFolder, TakesNoNewFile)
+TEST_F(ReadOnlyFolder, RejectsANewFile)
 {
     request.localPath = local("sealed/new");
     {
@@ -97,7 +97,7 @@ TEST_F(ReadOnlyFolder, TakesNoNewFile)
     EXPECT_FALSE(exists(local("sealed/new")));
 }
 
-TEST_F(ReadOnlyFolder, KeepsItsOldFile)
+TEST_F(ReadOnlyFolder, KeepsAnExistingFile)
 {
     request.localPath = local("sealed/old");
     {
@@ -109,7 +109,7 @@ TEST_F(ReadOnlyFolder, KeepsItsOldFile)
     EXPECT_EQ("an old file", contentOf(local("sealed/old")));
 }
 
-TEST_F(ReadOnlyFolder, IsUploadedFrom)
+TEST_F(ReadOnlyFolder, CanBeUploadedFrom)
 {
     request.localPath = local("sealed/old");
     {
@@ -150,7 +150,7 @@ TEST_F(RefusedPlaces, AFolderIsNotWrittenTo)
     EXPECT_EQ("an old file", contentOf(local("folder/old")));
 }
 
-// It can be opened, and has a size; only reading it fails, which libcurl takes for its end.
+// It can be opened, and has a size; only reading fails, which libcurl treats as its end.
 TEST_F(RefusedPlaces, AFolderIsUploadedAsAFileThatEndsTooEarly)
 {
     request.localPath = local("folder");

@@ -1,4 +1,4 @@
-// The boundary between the library and libcurl: these functions stand before both sides', and tell the watch on which
+// The boundary between the library and libcurl: these functions wrap both sides', and tell the watch on which
 // side the thread is.
 
 #include "support/Memory.h"
@@ -16,7 +16,7 @@
 
 namespace {
 
-// The function of the same name that this program's one stands before.
+// The function that this program's function of the same name replaces.
 template <typename Function>
 Function* nextOf(Function* own)
 {
@@ -34,7 +34,7 @@ extern "C" CURLcode curl_easy_perform(CURL* handle)
     return real(handle);
 }
 
-// The list is meant to be left behind. Here it stays in sight of leak detection.
+// The library leaves the list behind intentionally. Keep it reachable for leak detection.
 extern "C" curl_slist* curl_slist_append(curl_slist* list, const char* text)
 {
     static auto* const real = nextFunction<curl_slist*(curl_slist*, const char*)>("curl_slist_append");

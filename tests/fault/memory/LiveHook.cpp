@@ -42,7 +42,7 @@ private:
     bool m_trusted = false;
 };
 
-// OpenSSL does without some of its allocations: it reads the certificate's key when it is first needed, if not now.
+// OpenSSL tolerates some failures: if it cannot read the certificate's key now, it does so at first use.
 TEST_F(LiveHook, OneFailedAllocationIsAFailureUnlessTheCertificateIsTrusted)
 {
     walk(hook(), Whose::Everyone, Shortage::Once, [this](const Outcome& outcome) {
@@ -57,7 +57,7 @@ TEST_F(LiveHook, OneFailedAllocationIsAFailureUnlessTheCertificateIsTrusted)
     });
 }
 
-TEST_F(LiveHook, NoMemoryAnyMoreIsAFailure)
+TEST_F(LiveHook, ExhaustedMemoryIsAFailure)
 {
     walk(hook(), Whose::Everyone, Shortage::ForGood, [this](const Outcome& outcome) {
         EXPECT_EQ(nameOf(CURLE_FAILED_INIT), nameOf(outcome.result));

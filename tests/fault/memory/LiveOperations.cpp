@@ -34,7 +34,7 @@ class LiveOperations : public LiveWalk, public testing::WithParamInterface<Opera
 protected:
     LiveOperations()
     {
-        // An address, because a name is looked up on a thread of libcurl's own.
+        // An address, because libcurl resolves names on its own thread.
         request.remotePath = "ftp://127.0.0.1:" + std::to_string(request.port) + "/weekly/";
         request.remoteFileName = "a.bak";
     }
@@ -43,7 +43,7 @@ protected:
     {
         walk(piece(), whose, shortage, [this, shortage](const Outcome& outcome) {
             if (outcome.result != 0 && outcome.result != kThrown) {
-                // No failure is without a record, and no record without memory.
+                // Every failure has a record, and a record needs memory.
                 EXPECT_EQ(Shortage::Once, shortage) << nameOf(outcome.result);
                 EXPECT_NE(usualRecords(), outcome.records);
             }
@@ -139,8 +139,8 @@ TEST_P(LiveHeap, EachAllocationFailsOnce) { walkThrough(Whose::Everyone, Shortag
 
 TEST_P(LiveHeap, EachAllocationFailsWithAllAfterIt) { walkThrough(Whose::Everyone, Shortage::ForGood); }
 
-// In the clear, libcurl gives everything back whatever it is refused. With TLS one transfer takes 12400 allocations,
-// too many to walk through each time; OpenSSL's part in the library's own doing is walked through in LiveHook.
+// In the clear, libcurl releases everything whichever allocation fails. With TLS one transfer takes 12400 allocations,
+// too many to walk through each time; LiveHook walks through those of OpenSSL that the library itself causes.
 INSTANTIATE_TEST_SUITE_P(Clear, LiveHeap,
                          testing::Values(Operation{"Upload", Kind::Upload}, Operation{"SizeCheck", Kind::SizeCheck}),
                          nameOfCase);

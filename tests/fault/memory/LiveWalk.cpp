@@ -11,7 +11,7 @@
 #include <iterator>
 #include <new>
 
-// The live tests' host services, here those that can run short.
+// The host services of the live tests, here with memory that can run out.
 void live::setCertAuthSwitch(int value) { recording::host().certAuthSwitch = value; }
 
 Lines live::takeRecords() { return recording::takeRecords(); }
@@ -53,7 +53,7 @@ Outcome LiveWalk::run(const Piece& piece, unsigned nth, memory::Whose whose, mem
         EXPECT_EQ(0U, memory::livingBlocks());
         EXPECT_EQ(0U, memory::freedWithSecret());
     }
-    // First of all: the server waits for a handle that was not cleaned up.
+    // This comes first: the server would wait for a handle that was not cleaned up.
     if (openHandles() != 0) {
         ADD_FAILURE() << openHandles() << " libcurl handles were not cleaned up";
         return outcome;
@@ -67,10 +67,10 @@ Outcome LiveWalk::run(const Piece& piece, unsigned nth, memory::Whose whose, mem
 
 void LiveWalk::walk(const Piece& piece, memory::Whose whose, memory::Shortage shortage, const Check& check)
 {
-    // Makes what libcurl, OpenSSL and the standard streams make once and keep.
+    // Makes libcurl, OpenSSL and the standard streams allocate what they keep.
     piece.prepare();
     ASSERT_EQ(nameOf(CURLE_OK), nameOf(piece.run()));
-    sessions(); // the descriptors of the server, too, are counted
+    sessions(); // the count includes the server's descriptors
 
     const Outcome usual = run(piece, 0, whose, shortage);
     ASSERT_EQ(nameOf(CURLE_OK), nameOf(usual.result));

@@ -11,7 +11,7 @@
 /// In place of a result: the piece threw `std::bad_alloc`.
 constexpr int kThrown = -1000;
 
-/// What came of a piece of the library that ran short of memory.
+/// The outcome of a piece of the library that ran out of memory.
 struct Outcome
 {
     int result = 0;
@@ -42,10 +42,10 @@ protected:
     /// Walks, and checks each outcome. First and last, with nothing refused, the piece must succeed.
     void walk(const Piece& piece, memory::Whose whose, memory::Shortage shortage, const Check& check);
 
-    /// The records of a run with enough memory.
+    /// The records of a run with enough memory, for comparison.
     const Lines& usualRecords() const { return m_usualRecords; }
 
-    /// What libcurl said to the server in the last session.
+    /// What libcurl sent to the server in the last session.
     const testserver::Transcript& lastSession() const { return m_lastSession; }
 
 private:

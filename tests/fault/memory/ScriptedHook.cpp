@@ -8,7 +8,7 @@ namespace {
 
 using memory::Shortage;
 
-// The certificate hook as libcurl calls it, through whose frames no exception may pass.
+// The certificate hook as libcurl, which is written in C, calls it: no exception may leave it.
 class ScriptedHook : public ScriptedWalk
 {
 protected:
@@ -31,7 +31,7 @@ private:
     }
 };
 
-TEST_F(ScriptedHook, OneUnmetNeedIsAnsweredWithACode)
+TEST_F(ScriptedHook, OneFailedAllocationReturnsACode)
 {
     const std::map<std::string, int> answers = {{"operator new", CURLE_FAILED_INIT},
                                                 {"BIO_new_mem_buf", CURLE_SSL_CACERT_BADFILE},
@@ -39,20 +39,20 @@ TEST_F(ScriptedHook, OneUnmetNeedIsAnsweredWithACode)
                                                 {"X509_STORE_add_cert", CURLE_FAILED_INIT}};
     walk(hook, CURLE_OK, Shortage::Once, [&](const Outcome& outcome) {
         EXPECT_EQ(nameOf(answers.at(outcome.who)), nameOf(outcome.result));
-        // What the exception handler swallows it cannot record.
+        // The exception handler has no memory to log what it catches.
         if (outcome.who != std::string("operator new")) {
             expectTold(outcome);
         }
     });
 }
 
-TEST_F(ScriptedHook, NoMemoryAnyMoreIsAnsweredWithAFailure)
+TEST_F(ScriptedHook, ExhaustedMemoryReturnsAFailure)
 {
     walk(hook, CURLE_OK, Shortage::ForGood,
          [](const Outcome& outcome) { EXPECT_EQ(nameOf(CURLE_FAILED_INIT), nameOf(outcome.result)); });
 }
 
-TEST_F(ScriptedHook, ATextThatIsNoCertificateIsRefusedWhateverIsLost)
+TEST_F(ScriptedHook, InvalidTextIsRefusedWhateverAllocationFails)
 {
     request.caCert = "a text that is too long for a string without a block of its own";
     for (const Shortage shortage : {Shortage::Once, Shortage::ForGood}) {

@@ -84,7 +84,7 @@ const Operation kConnectionTest = {"ClientConnectionTest", connectionTest, CURLE
 // Success is right where an operation does not depend on what was lost: the words of a record, which the stream drops
 // by itself, and the kind of a client certificate that nobody gives (libcurl's default is the same).
 //
-// A login that libcurl had no memory to copy goes unnoticed: the transfer runs without it, and it is the server that
+// A login that libcurl had no memory to copy goes unnoticed: the transfer runs without it, and the server
 // refuses.
 const std::map<std::string, std::set<int>> kOutcomes = {
     {"operator new", {kThrown, kNoClient, kNoResponse, -1, CURLE_FAILED_INIT, CURLE_WRITE_ERROR}},
@@ -106,7 +106,7 @@ class ScriptedOperations : public ScriptedWalk, public testing::WithParamInterfa
 {
 };
 
-TEST_P(ScriptedOperations, OneUnmetNeedEndsInTheRightWay)
+TEST_P(ScriptedOperations, OneFailedAllocationEndsAsExpected)
 {
     walk(GetParam().run, CURLE_OK, Shortage::Once, [this](const Outcome& outcome) {
         EXPECT_EQ(1U, kOutcomes.at(outcome.who).count(outcome.result)) << "result " << nameOf(outcome.result);
@@ -116,9 +116,9 @@ TEST_P(ScriptedOperations, OneUnmetNeedEndsInTheRightWay)
     });
 }
 
-// Each failure is recorded, and no record can be made either: std::bad_alloc passes, and nothing else comes out. Only
-// the words of the very last record are lost without a consequence.
-TEST_P(ScriptedOperations, NoMemoryAnyMoreThrows)
+// Each failure is logged, and no record can be made either: std::bad_alloc propagates, and nothing else. Only
+// the text of the very last record is lost without consequences.
+TEST_P(ScriptedOperations, ExhaustedMemoryThrows)
 {
     unsigned successes = 0;
     walk(GetParam().run, CURLE_OK, Shortage::ForGood, [&](const Outcome& outcome) {
@@ -132,7 +132,7 @@ TEST_P(ScriptedOperations, NoMemoryAnyMoreThrows)
     });
 }
 
-// A failure that is no shortage's stays one, whatever is lost on the way to its records and its text.
+// A failure that has another cause stays a failure, whichever allocation of its records or its text fails.
 TEST_P(ScriptedOperations, AFailureIsNeverTurnedIntoSuccess)
 {
     performGives(CURLE_REMOTE_ACCESS_DENIED);
@@ -158,7 +158,7 @@ class ScriptedResponses : public ScriptedOperations
 {
 };
 
-TEST_P(ScriptedResponses, AreEmptyOnlyWhereTheyCouldNotBeMade)
+TEST_P(ScriptedResponses, AreEmptyOnlyIfTheyCouldNotBeMade)
 {
     std::vector<int> results;
     walk(GetParam().run, CURLE_OK, Shortage::Once, [&](const Outcome& outcome) {

@@ -109,7 +109,7 @@ void ScriptedWalk::expectReleased(const Outcome& outcome) const
     EXPECT_EQ(0, countOf(outcome.journal, "PASSWORD FREED"));
     EXPECT_EQ(countOf(outcome.journal, "credentials joined"), countOf(outcome.journal, "credentials wiped"));
     EXPECT_EQ(scripted::curl().made, countOf(outcome.journal, "cleaned up"));
-    // The harness forgets a stream, a buffer and a certificate when they are given back.
+    // The harness removes a stream, a buffer or a certificate from its list when it is released.
     for (const auto& [pointer, name] : scripted::curl().names) {
         EXPECT_EQ(&request.caCert, pointer) << name << " was not given back";
     }

@@ -13,7 +13,7 @@
 /// In place of a result: the piece threw `std::bad_alloc`.
 constexpr int kThrown = -1000;
 
-/// What came of a piece of the library that ran short of memory.
+/// The outcome of a piece of the library that ran out of memory.
 struct Outcome
 {
     int result = 0;            ///< the piece's own, or kThrown
@@ -25,8 +25,8 @@ struct Outcome
 /// The base of the walks against the scripted libcurl: a piece of the library is run over and over, each time with the
 /// next of its needs unmet, until a run gets by without coming to it.
 ///
-/// libcurl does here what it does with what it was told: no URL, no transfer; no login, no entry; the hook's and the
-/// write callback's answers end the transfer.
+/// The scripted libcurl obeys the options that were set: no URL, no transfer; no login, no access; the hook's and the
+/// write callback's results end the transfer.
 class ScriptedWalk : public Contract
 {
 protected:
@@ -39,13 +39,13 @@ protected:
     /// the piece must come to `expected`.
     void walk(const Piece& piece, int expected, memory::Shortage shortage, const Check& check);
 
-    /// That everything was given back and the password left nowhere.
+    /// Expects that everything was released and the password wiped.
     void expectReleased(const Outcome& outcome) const;
 
-    /// That a record tells what the run with enough memory does not.
+    /// Expects a record that the run with enough memory does not write.
     void expectTold(const Outcome& outcome) const;
 
-    // A context that is made and freed out of the watch.
+    // A context that is made and freed outside the watch.
     struct FreeContext
     {
         void operator()(SSL_CTX* context) const;

@@ -1,4 +1,4 @@
-// The program's own connect(), which stands before the C library's for libcurl too.
+// The program's own connect(), which replaces the C library's for libcurl too.
 #include "harness/OwnPorts.h"
 
 #include <netinet/in.h>
@@ -18,7 +18,7 @@ std::atomic<std::uint16_t> controlPort{0};
 std::atomic<std::uint16_t> dataPort{0};
 std::atomic<unsigned> connections{0};
 
-// 0 as soon as a connection that has begun stands, else the error that ended it.
+// 0 as soon as a pending connection is established, otherwise the error that ended it.
 int outcomeOf(int descriptor)
 {
     pollfd watched = {descriptor, POLLOUT, 0};
@@ -52,8 +52,8 @@ extern "C" __attribute__((visibility("default"))) int connect(int descriptor, co
         errno = ECONNREFUSED;
         return -1;
     }
-    // A client may leave as soon as it has begun to connect, and the other end would never hear of it: so the
-    // connection stands, and counts, before the client goes on.
+    // A client may close while it is still connecting, and the other end would never accept it: so the
+    // connection is established, and counted, before the client continues.
     const int begun = static_cast<int>(syscall(SYS_connect, descriptor, address, length));
     if (begun != 0) {
         const int error = errno == EINPROGRESS ? outcomeOf(descriptor) : errno;

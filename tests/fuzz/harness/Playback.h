@@ -13,11 +13,11 @@
 #include <thread>
 #include <vector>
 
-/// A server that says what it is given, whatever the client asks.
+/// A server that sends what it is given, whatever the client sends.
 ///
 /// A script is replies, with a "~" between two of them: the first greets, and one more goes out whenever the client has
-/// said something, or is silent. When there are no more, the connection closes. "@" in a reply is the port of the data
-/// connection, "#" the same as EPSV's older sister writes it. A "!" at the end of a reply is not sent: TLS begins in
+/// sent something, or is silent. When there are no more, the connection closes. "@" in a reply is the port of the data
+/// connection, "#" the same in the format of PASV. A "!" at the end of a reply is not sent: TLS begins in
 /// its place. What follows a "^" goes over each data connection, which then closes, and a "!" there begins TLS first;
 /// whatever the client sends there is dropped.
 class Playback
@@ -31,10 +31,10 @@ public:
     std::uint16_t controlPort() const { return m_control.number(); }
     std::uint16_t dataPort() const { return m_data.number(); }
 
-    /// The certificate that TLS shows.
+    /// The server's certificate.
     const std::string& certificatePem() const { return m_certificate.certificatePem; }
 
-    /// What the connections that follow hear.
+    /// Sets what the following connections receive.
     void load(const std::string& script);
 
     /// Waits until so many connections, since the program began, have come to their end.

@@ -12,7 +12,7 @@ namespace {
 
 // A client that waits for the rest of a reply is not kept waiting for long.
 constexpr int kSilence = 5;
-// Nor is a handshake that the client has not begun, but one that it has gets the time it needs.
+// Nor does a handshake that the client has not begun last long, but one that it has begun gets the time it needs.
 constexpr timeval kHandshakeSilence = {0, 100000};
 
 } // namespace

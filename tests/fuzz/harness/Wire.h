@@ -9,18 +9,18 @@
 class Wire
 {
 public:
-    /// Takes the descriptor.
+    /// Takes ownership of the descriptor.
     explicit Wire(int descriptor);
     ~Wire();
     Wire(const Wire&) = delete;
     Wire& operator=(const Wire&) = delete;
 
-    /// What comes from now on is TLS. Where the client does not want any, the connection is of no more use.
+    /// Starts TLS. If the handshake fails, the connection is unusable.
     void beginTls(SSL_CTX* context);
     void send(const std::string& bytes);
-    /// Ends the sending.
+    /// Shuts down sending.
     void finish();
-    /// Takes what the client says. False when it has left; silence is no leaving.
+    /// Reads what the client sends. False if it has closed the connection; silence does not count.
     bool hear();
 
 private:

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-// A host with a log of its own, which takes the other services as they are: what they have to say goes to its log.
+// A host with its own log and the other ready services, which log there.
 LogProxy::LogProxy(int level, const std::string& module, unsigned long requestId, const std::string& function,
                    unsigned int line)
     : m_level(level), m_module(module), m_requestId(requestId), m_function(function), m_line(line)

@@ -2,7 +2,7 @@
 #include <LogProxy.h>
 #include <SecuritySS.h>
 
-// A host with a security service and request identifiers of its own, which takes the other services as they are.
+// A host with its own security service and request identifiers, and the other ready services.
 SecuritySS_RC SecuritySS::enrichSSL(void* /*curl*/, std::string& cert)
 {
     cert = "own";

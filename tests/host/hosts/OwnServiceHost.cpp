@@ -1,7 +1,7 @@
 #include <ConfigReader.h>
 #include <LogProxy.h>
 
-// A host with a configuration of its own, which takes the other services as they are.
+// A host with its own configuration, and the other ready services.
 int ConfigReader::getInt(const std::string& /*section*/, const std::string& /*key*/, bool /*defaultValue*/)
 {
     return 42;

@@ -1,7 +1,7 @@
 #include <HostLog.h>
 #include <SFtpClient.h>
 
-// A shared object with the ready services. It asks for JSON, and lets the library write a record.
+// A shared object with the ready services. It switches to JSON, and makes the library write a record.
 extern "C" void writeRecord()
 {
     HostLogSettings settings;

@@ -1,6 +1,6 @@
 extern "C" void writeRecord();
 
-// Is linked with a plugin, and may have services of its own.
+// Linked with a plugin, and may have its own services.
 int main()
 {
     writeRecord();

@@ -15,7 +15,7 @@ std::string writeConfiguration(const std::string& folder, const std::string& tex
 }
 
 // Debian 12's libcurl does not wait for the server to close a data connection, and with TLS 1.3 the end of an upload
-// can be lost to that. Where the test uploads over TLS, the server is therefore kept to TLS 1.2, through OpenSSL's own
+// can be lost because of that. If the test uploads over TLS, the server is therefore limited to TLS 1.2, by OpenSSL's
 // configuration, because vsftpd has no setting for it.
 ProcessSetup withTls12(ProcessSetup start, const std::string& folder)
 {

@@ -16,13 +16,13 @@ Inetd::Inetd(const PrivateSystem& system, ProcessSetup daemon) : m_daemon(std::m
 {
     writeFile(m_daemon.err, "");
     m_port.listen();
-    // The processes that daemons start for a session become the test's when their parent ends, so that it can wait for
+    // The test adopts the processes that daemons start for a session when their parent ends, so that it can wait for
     // them too.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     std::promise<void> entered;
     m_thread = std::thread([this, &system, &entered] {
         try {
-            // The namespace is this thread's alone: the test itself goes on seeing the real machine.
+            // Only this thread is in the namespace: the test itself still sees the real machine.
             system.enter();
         } catch (...) {
             entered.set_exception(std::current_exception());

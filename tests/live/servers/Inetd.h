@@ -13,7 +13,7 @@
 #include <vector>
 
 /// Listens for a daemon and starts it once for every connection, with the connection as its standard input and
-/// output. The port is the kernel's choice and is bound and listened on before anyone is told of it, so that there is
+/// output. The kernel chooses the port, which is bound and listened on before anyone knows it, so that there is
 /// no moment at which another process could take it, or a client come too early.
 class Inetd
 {

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Several blocks and TLS records, and no whole number of them.
+// Several blocks and TLS records, the last one incomplete.
 constexpr std::size_t kSize = 300001;
 
 Lines sortedLinesOf(const std::string& text)
@@ -25,7 +25,7 @@ bool beginsWith(const std::string& beginning, const std::string& line)
     return line.compare(0, beginning.size(), beginning) == 0;
 }
 
-// The rows of the table in docs/servers.md that tells what works where, below its head and a line of dashes.
+// The rows of the first table in docs/servers.md, below its head and a line of dashes.
 Lines documentedRows()
 {
     const Lines lines = linesOf(contentOf(SERVERS_DOCUMENT));
@@ -65,7 +65,7 @@ Lines namesOf(const Six<int>& codes)
 }
 
 // The six operations on one server, in one test, because their results make one row of the matrix. Each has files of
-// its own and looks for its effect on the disks: the library's 0 is not enough.
+// its own and checks its effect on both disks: the library's 0 is not enough.
 class Operations : public RealServer
 {
 protected:
@@ -143,7 +143,7 @@ protected:
     }
 };
 
-TEST_P(Operations, AnswerAsExpectedAndAsTheMatrixSays)
+TEST_P(Operations, ReturnWhatIsExpectedAndWhatTheMatrixSays)
 {
     const Six<int> codes = {test(), upload(), list(), download(), rename(), remove()};
     EXPECT_TRUE(sameLines(namesOf(server.expected), namesOf(codes)));

@@ -42,7 +42,7 @@ void makeEmpty(const std::string& target)
     require(mount("tmpfs", target.c_str(), "tmpfs", 0, "mode=0755") == 0, "No tmpfs can be mounted on " + target);
 }
 
-// What programs look up in /etc besides users; the rest of the machine's settings does not count here.
+// What programs look up in /etc besides users; other settings of the machine do not matter here.
 void copySettings(const std::string& target)
 {
     namespace fs = std::filesystem;

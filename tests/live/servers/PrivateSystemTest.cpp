@@ -15,7 +15,7 @@ namespace {
 
 int ownMounts() { return open("/proc/thread-self/ns/mnt", O_RDONLY | O_CLOEXEC); }
 
-// On a thread of its own, because it changes what the thread sees. The machine is a made-up one, too: nobody's real
+// On a separate thread, because it changes what the thread sees. The machine is simulated too: nobody's real
 // users are touched.
 TEST(PrivateSystem, KeepsItsUsersWhileTheMachineReplacesItsOwn)
 {

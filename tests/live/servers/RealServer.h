@@ -16,7 +16,7 @@ void PrintTo(const Server& server, std::ostream* stream);
 std::string idOf(const testing::TestParamInfo<Server>& of);
 
 /// The base of every test against a daemon: the daemon, ready for connections, and files of the user who logs in.
-/// Fails where the daemon cannot run, unless the user has switched it off.
+/// Fails if the daemon cannot run, unless the user has switched it off.
 class RealServer : public Live, public testing::WithParamInterface<Server>
 {
 protected:
@@ -33,7 +33,7 @@ protected:
     unsigned connections() const { return m_daemon->connections(); }
 
     const Server server = GetParam();
-    /// Whether the daemon speaks TLS 1.3 also where it is kept to 1.2, for the core's uploads.
+    /// Whether to allow TLS 1.3 where the daemon is otherwise limited to 1.2 for the core's uploads.
     bool speaksNewestTls = false;
 
 private:

@@ -28,7 +28,7 @@ enum class DataTls
     SameSession
 };
 
-/// A daemon in one of its configurations, and what the library's operations are to give there.
+/// A daemon in one of its configurations, and what the library's operations are to return there.
 struct Server
 {
     std::string id;      ///< the name of its test
@@ -42,7 +42,7 @@ struct Server
     std::string remark; ///< why that is so
 
     /// Writes the configuration into `folder`, which holds the certificate's PEM files cert.pem and key.pem, and for
-    /// SFTP the host_key. The command goes by the paths of `PrivateSystem`.
+    /// SFTP the host_key. The command uses the paths of `PrivateSystem`.
     ProcessSetup (*configure)(const std::string& folder);
 };
 

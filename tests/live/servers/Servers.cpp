@@ -6,7 +6,7 @@ constexpr const char* kNoVerbs = "the server knows neither command, `rename` nor
 constexpr const char* kClearRefused =
     "the size check before a download (-1) and the upload log in without TLS, which this server refuses";
 
-// What libcurl answers, in the order test, upload, list, download, rename, remove: 21 a refused command after the
+// What libcurl returns, in the order test, upload, list, download, rename, remove: 21 a refused command after the
 // transfer, 64 no TLS where it is required, 67 a login refused with 530, 28 one refused with 421. -1 is the library's
 // own, when the size check ends with any of these.
 constexpr Six<int> kAll = {0, 0, 0, 0, 0, 0};

@@ -2,7 +2,7 @@
 
 #include <fstream>
 
-// Passwords are checked by sshd itself against the shadow file that it sees; PAM has no part in it.
+// sshd itself checks passwords against the shadow file that it sees, without PAM.
 ProcessSetup opensshSftp(const std::string& folder)
 {
     const std::string path = folder + "/daemon.conf";

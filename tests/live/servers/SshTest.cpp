@@ -15,8 +15,8 @@
 
 namespace {
 
-// What differs with an sftp: URL. There libcurl ends an upload without a word when the source has ended, or when it has
-// sent the first block of one that tells no size.
+// What differs with an sftp: URL. There libcurl ends an upload silently when the source has ended, or when it has
+// sent the first block of one without a size.
 class OverSsh : public RealServer
 {
 protected:
@@ -39,8 +39,8 @@ std::vector<Server> thoseWithSsh()
     return those;
 }
 
-// At times more than that is sent, by how the writer and libcurl take turns; nobody is told of what is missing.
-TEST_P(OverSsh, OfAPipeTheFirstBlockIsSentAndTheResultIsZero)
+// Sometimes more is sent, depending on timing; the rest is lost silently.
+TEST_P(OverSsh, TheFirstBlockOfAPipeIsSentAndTheResultIsZero)
 {
     const auto before = std::signal(SIGPIPE, SIG_IGN); // the pipe is left before its end
     const std::string pipe = local("pipe");
@@ -48,7 +48,7 @@ TEST_P(OverSsh, OfAPipeTheFirstBlockIsSentAndTheResultIsZero)
     const std::future<void> writer =
         std::async(std::launch::async, [&] { std::ofstream(pipe, std::ios::binary) << std::string(600000, 'x'); });
     EXPECT_LE(kFirstBlock, uploaded(pipe, "pipe.bak"));
-    // A daemon that was started meanwhile has the pipe open, too: what nobody reads would hold the writer.
+    // A daemon that was started meanwhile has inherited the pipe: unread data would block the writer.
     const int rest = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     for (std::string block(65536, '\0'); writer.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready;) {
         static_cast<void>(read(rest, block.data(), block.size()) < 0);
@@ -57,12 +57,12 @@ TEST_P(OverSsh, OfAPipeTheFirstBlockIsSentAndTheResultIsZero)
     std::signal(SIGPIPE, before);
 }
 
-// /dev/zero is not tried: what is cut after the first block most of the time can go on for ever.
-TEST_P(OverSsh, OfAnEmptyDeviceNothingIsSent) { EXPECT_EQ(0U, uploaded("/dev/null", "null.bak")); }
+// /dev/zero is not tested: usually it is cut after the first block, but it can go on forever.
+TEST_P(OverSsh, NothingOfAnEmptyDeviceIsSent) { EXPECT_EQ(0U, uploaded("/dev/null", "null.bak")); }
 
-TEST_P(OverSsh, OfAFolderNothingIsSent) { EXPECT_EQ(0U, uploaded(local(""), "folder.bak")); }
+TEST_P(OverSsh, NothingOfAFolderIsSent) { EXPECT_EQ(0U, uploaded(local(""), "folder.bak")); }
 
-TEST_P(OverSsh, OfAFileThatBecomesShorterWhatIsLeftIsSent)
+TEST_P(OverSsh, AShrinkingFileIsSentUpToItsNewEnd)
 {
     writeFile(local("source"), std::string(600000, 'x'));
     const AfterFirstBlock after([this] { std::filesystem::resize_file(local("source"), 100000); });

@@ -1,4 +1,4 @@
-// The services of a host that has its own: records go to standard error.
+// A host's own services: records go to standard error.
 #include <ConfigReader.h>
 #include <LogProxy.h>
 #include <SecuritySS.h>

@@ -1,4 +1,4 @@
-// A host that renames and deletes under LeakSanitizer, and loses memory of its own if it gets an argument.
+// A host that renames and deletes under LeakSanitizer, and leaks memory itself if it gets an argument.
 #include "OwnServices.h"
 
 #include <SFtpClient.h>

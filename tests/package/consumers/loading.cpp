@@ -1,4 +1,4 @@
-// A host that loads the library at run time and finds its way in by the factory's name.
+// A host that loads the library at run time and looks up the factory by name.
 #include "OwnServices.h"
 
 #include <ISFtpClient.h>

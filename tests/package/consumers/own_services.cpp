@@ -1,4 +1,4 @@
-// A host with services of its own.
+// A host with its own services.
 #include "OwnServices.h"
 
 #include "host.cpp"

@@ -24,7 +24,7 @@ Key keyOf(const std::string& pem)
 using Store = std::unique_ptr<X509_STORE, Releaser<X509_STORE, X509_STORE_free>>;
 using Context = std::unique_ptr<X509_STORE_CTX, Releaser<X509_STORE_CTX, X509_STORE_CTX_free>>;
 
-// How a client that trusts `anchor` and knows the server as `host` judges it.
+// The verdict of a client that trusts `anchor` and expects the server to be `host`.
 int verdict(const std::string& anchor, const std::string& pem, const char* host = "localhost")
 {
     const Store store(X509_STORE_new());
@@ -47,14 +47,14 @@ protected:
     std::string anchor = authority.certificatePem();
 };
 
-TEST_F(CertificatesTest, OneOfTheAuthorityIsTrusted)
+TEST_F(CertificatesTest, ACertificateOfTheAuthorityIsTrusted)
 {
     const Certificate server = authority.issue();
     EXPECT_EQ(X509_V_OK, verdict(anchor, server.certificatePem));
     EXPECT_EQ(1, X509_check_private_key(certOf(server.certificatePem).get(), keyOf(server.privateKeyPem).get()));
 }
 
-TEST_F(CertificatesTest, AnAuthorityOfTheSameNameDoesNotEither)
+TEST_F(CertificatesTest, AnotherAuthorityOfTheSameNameIsNotTrusted)
 {
     EXPECT_NE(X509_V_OK, verdict(CertificateAuthority().certificatePem(), authority.issue().certificatePem));
 }
@@ -86,7 +86,7 @@ TEST_F(CertificatesTest, Addresses)
     EXPECT_EQ(0, X509_check_ip_asc(cert.get(), "127.0.0.2", 0));
 }
 
-TEST_F(CertificatesTest, AServersCertificateIssuesNothing)
+TEST_F(CertificatesTest, AServerCertificateCannotIssueOthers)
 {
     EXPECT_EQ(0, X509_check_ca(certOf(authority.issue().certificatePem).get()));
     EXPECT_EQ(1, X509_check_ca(certOf(anchor).get()));

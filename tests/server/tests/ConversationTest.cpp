@@ -1,4 +1,4 @@
-// What the server says to each command, over a bare connection in the clear.
+// What the server replies to each command, over a bare connection in the clear.
 #include "ServerTest.h"
 
 #include <utility>
@@ -11,7 +11,7 @@ using testserver::TlsMode;
 class Conversation : public ServerTest
 {
 protected:
-    // Says each command after a login, and holds the transcript to the replies.
+    // Sends each command after a login, and compares the transcript with the replies.
     testing::AssertionResult goesLike(const std::vector<std::pair<std::string, std::string>>& dialogue)
     {
         Lines expected;
@@ -36,7 +36,7 @@ Lines inTheClear(const std::string& command, std::size_t bytes)
             "= no TLS on data", "= " + std::to_string(bytes) + " bytes sent",      "< 226 done"};
 }
 
-TEST_F(Conversation, FromGreetingToGoodbye)
+TEST_F(Conversation, FromGreetingToQuit)
 {
     serve();
     {
@@ -66,7 +66,7 @@ TEST_F(Conversation, WrongLogins)
     EXPECT_EQ("530 log in first", client.ask("PWD"));
 }
 
-TEST_F(Conversation, TlsDemandedAtLogin)
+TEST_F(Conversation, TlsRequiredAtLogin)
 {
     config.tlsRequiredAtLogin = true;
     serve();
@@ -78,7 +78,7 @@ TEST_F(Conversation, TlsDemandedAtLogin)
     EXPECT_EQ("234 TLS next", client.ask("auth tls"));
 }
 
-TEST_F(Conversation, DeleIsAnotherNameOfRm)
+TEST_F(Conversation, DeleIsAnAliasOfRm)
 {
     writeFile(served("a"), "a");
     EXPECT_TRUE(goesLike({{"DELE a", "250 removed"}, {"DELE a", "550 no such file"}}));
@@ -102,7 +102,7 @@ TEST_F(Conversation, NoTlsOnAPlainServer)
                           {"PBSZ 0", "200 PBSZ=0"}}));
 }
 
-TEST_F(Conversation, CommandsBehindAuthAreNotTakenOver)
+TEST_F(Conversation, CommandsPipelinedAfterAuthAreDropped)
 {
     serve();
     {
@@ -189,7 +189,7 @@ TEST_F(Conversation, NothingOutsideTheFolderIsServed)
     EXPECT_FALSE(std::filesystem::exists(folder.file("new")));
 }
 
-TEST_F(Conversation, TheSmallOnes)
+TEST_F(Conversation, MinorCommands)
 {
     EXPECT_TRUE(goesLike({{"NOOP", "200 ok"},
                           {"SYST", "215 UNIX Type: L8"},

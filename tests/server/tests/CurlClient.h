@@ -25,7 +25,7 @@ public:
     CURLcode download(const std::string& path);
     CURLcode upload(const std::string& path, std::string content);
 
-    /// The handle, for options of a case's own.
+    /// The handle, for options of a single case.
     CURL* handle() { return m_handle.get(); }
 
     std::string body;

@@ -102,7 +102,7 @@ TEST_F(DataMisbehaviour, Close)
     EXPECT_EQ("426 transfer aborted", client->line());
 }
 
-TEST_F(DataMisbehaviour, TheNthDataConnectionOnly)
+TEST_F(DataMisbehaviour, OnlyTheNthDataConnection)
 {
     misbehave("DATA#2=drop-after:5");
     serve();
@@ -115,7 +115,7 @@ TEST_F(DataMisbehaviour, TheNthDataConnectionOnly)
     }
 }
 
-TEST_F(DataMisbehaviour, SlowTakesItsTime)
+TEST_F(DataMisbehaviour, SlowLimitsTheRate)
 {
     using Clock = std::chrono::steady_clock;
     const auto before = Clock::now();
@@ -164,7 +164,7 @@ TEST_F(DataMisbehaviour, Refuse)
     EXPECT_EQ("425 no data connection", client->line());
 }
 
-TEST_F(DataMisbehaviour, AClientThatNeverComesEndsWithItsControlConnection)
+TEST_F(DataMisbehaviour, TheWaitForAClientEndsWithItsControlConnection)
 {
     serve();
     {

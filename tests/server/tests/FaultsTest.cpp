@@ -89,7 +89,7 @@ TEST(ParseFault, EachMisbehaviourHasItsPlaces)
     }
 }
 
-TEST(ParseFault, TheRestIsRefusedWithTheReason)
+TEST(ParseFault, InvalidFaultsAreRejectedWithTheReason)
 {
     struct Row
     {
@@ -130,7 +130,7 @@ TEST(ParseFault, TheRestIsRefusedWithTheReason)
 
 std::string textOf(const Fault* fault) { return fault == nullptr ? "none" : fault->text; }
 
-TEST(FaultPlan, WithoutNumbersItIsEachTime)
+TEST(FaultPlan, WithoutNumbersAFaultHappensEachTime)
 {
     FaultPlan plan({parseFault("SIZE=reply:x\\c")}, 7);
     EXPECT_EQ("x", textOf(plan.next("SIZE")));
@@ -138,7 +138,7 @@ TEST(FaultPlan, WithoutNumbersItIsEachTime)
     EXPECT_EQ("x", textOf(plan.next("size")));
 }
 
-TEST(FaultPlan, TheNthOccurrenceOnly)
+TEST(FaultPlan, OnlyTheNthOccurrence)
 {
     FaultPlan plan({parseFault("SIZE#2=reply:second\\c"), parseFault("SIZE#3=reply:third\\c")}, 1);
     EXPECT_EQ("none", textOf(plan.next("SIZE")));
@@ -147,7 +147,7 @@ TEST(FaultPlan, TheNthOccurrenceOnly)
     EXPECT_EQ("none", textOf(plan.next("SIZE")));
 }
 
-TEST(FaultPlan, TheNthSessionOnly)
+TEST(FaultPlan, OnlyTheNthSession)
 {
     const std::vector<Fault> faults = {parseFault("2/SIZE=reply:x\\c")};
     EXPECT_EQ("none", textOf(FaultPlan(faults, 1).next("SIZE")));
@@ -155,7 +155,7 @@ TEST(FaultPlan, TheNthSessionOnly)
     EXPECT_EQ("x", textOf(second.next("SIZE")));
 }
 
-TEST(FaultPlan, TheFirstThatFitsCounts)
+TEST(FaultPlan, TheFirstMatchWins)
 {
     FaultPlan plan({parseFault("SIZE#1=reply:a\\c"), parseFault("SIZE=reply:b\\c")}, 1);
     EXPECT_EQ("a", textOf(plan.next("SIZE")));

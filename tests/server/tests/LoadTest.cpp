@@ -106,7 +106,7 @@ TEST_F(Load, TranscriptsWaitForTheSessions)
     EXPECT_EQ("< 221 goodbye", transcripts.get().at(0).back());
 }
 
-TEST_F(Load, EndedSessionsAreToldOneAtATime)
+TEST_F(Load, EndedSessionsAreReportedOneAtATime)
 {
     std::vector<std::string> told;
     config.keepTranscripts = false;

@@ -12,7 +12,7 @@ class Misbehaviour : public ServerTest
 {
 };
 
-/// What a client that says something and no more hears, and what the transcript tells of it.
+/// What a client that sends one command receives, and what the transcript records.
 struct Bad
 {
     const char* id;
@@ -28,7 +28,7 @@ class EachMisbehaviour : public Misbehaviour, public testing::WithParamInterface
 {
 };
 
-TEST_P(EachMisbehaviour, IsWhatTheClientHears)
+TEST_P(EachMisbehaviour, IsWhatTheClientSees)
 {
     writeFile(served("a"), "a");
     misbehave(GetParam().fault);
@@ -102,7 +102,7 @@ TEST_F(Misbehaviour, AStallCanHaveALimit)
     EXPECT_LE(std::chrono::milliseconds(50), Clock::now() - before);
 }
 
-TEST_F(Misbehaviour, DelayPutsTheReplyOff)
+TEST_F(Misbehaviour, DelayDefersTheReply)
 {
     using Clock = std::chrono::steady_clock;
     misbehave("NOOP=delay:50");
@@ -113,7 +113,7 @@ TEST_F(Misbehaviour, DelayPutsTheReplyOff)
     EXPECT_LE(std::chrono::milliseconds(50), Clock::now() - before);
 }
 
-TEST_F(Misbehaviour, MeetWaitsForAllAgainAndAgain)
+TEST_F(Misbehaviour, MeetWaitsForAllRepeatedly)
 {
     misbehave("NOOP=meet:2");
     misbehave("PWD=meet:2");
@@ -136,7 +136,7 @@ TEST_F(Misbehaviour, MeetWaitsForAllAgainAndAgain)
     }
 }
 
-TEST_F(Misbehaviour, MeetDoesNotCountWhoLeaves)
+TEST_F(Misbehaviour, MeetDoesNotCountClientsThatLeave)
 {
     misbehave("NOOP=meet:2");
     serve();
@@ -151,7 +151,7 @@ TEST_F(Misbehaviour, MeetDoesNotCountWhoLeaves)
     }
 }
 
-TEST_F(Misbehaviour, TheGreetingCanBeBadToo)
+TEST_F(Misbehaviour, TheGreetingCanMisbehaveToo)
 {
     misbehave("1/GREETING=reply:421 full");
     misbehave("2/GREETING=drop");
@@ -168,7 +168,7 @@ TEST_F(Misbehaviour, TheGreetingCanBeBadToo)
     EXPECT_TRUE(sameSessions({{"< 421 full"}, {}, {"< "}, {"< 220 ready"}}, sessions()));
 }
 
-TEST_F(Misbehaviour, AfterAuthTheServerGoesOnInTheClear)
+TEST_F(Misbehaviour, AfterAuthTheServerContinuesInTheClear)
 {
     misbehave("TLS=plain");
     serve();

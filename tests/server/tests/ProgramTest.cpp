@@ -21,7 +21,7 @@ public:
         output.closeWriter();
     }
 
-    // The port that its first line tells.
+    // The port in its first line.
     std::uint16_t port()
     {
         const std::string expected = "listening on 127.0.0.1:";
@@ -86,7 +86,7 @@ TEST_F(ProgramTest, ServesUntilItsInputEnds)
     EXPECT_EQ(0, program.wait());
 }
 
-TEST_F(ProgramTest, TheEndOfItsInputDoesNotMatterOtherwise)
+TEST_F(ProgramTest, IgnoresTheEndOfItsInputByDefault)
 {
     Program program(plain());
     const std::uint16_t port = program.port();
@@ -129,7 +129,7 @@ TEST_F(ProgramTest, MakesCertificates)
     Program program({"--make-certificates", path("certificates")});
     EXPECT_EQ(0, program.wait());
     EXPECT_EQ("", program.output.rest());
-    // Put together, so that no search for committed keys finds it here.
+    // Concatenated, so that no search for committed keys finds it here.
     const std::string keyBegins = std::string("-----BEGIN ") + "PRIVATE KEY-----";
     for (const char* name : {"server", "expired", "not-yet-valid", "wrong-host", "self-signed"}) {
         const std::string pair = path("certificates/") + name;
@@ -153,7 +153,7 @@ TEST_F(ProgramTest, ServesWithTheCertificatesItMade)
     EXPECT_EQ("the content", downloads.body);
 }
 
-TEST_F(ProgramTest, ServesWithACertificateOfItsUser)
+TEST_F(ProgramTest, ServesWithAGivenCertificate)
 {
     writeFile(path("own.pem"), config.certificate.certificatePem);
     writeFile(path("own.key"), config.certificate.privateKeyPem);
@@ -163,7 +163,7 @@ TEST_F(ProgramTest, ServesWithACertificateOfItsUser)
     EXPECT_EQ(CURLE_OK, downloads.download("a"));
 }
 
-TEST_F(ProgramTest, WrongUseIsToldAndFails)
+TEST_F(ProgramTest, InvalidUsageIsReportedAndFails)
 {
     struct Row
     {

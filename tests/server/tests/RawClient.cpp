@@ -12,7 +12,7 @@ using asio::ip::tcp;
 
 namespace {
 
-// One for all: each has descriptors of its own.
+// One for all: each has its own descriptors.
 asio::io_context& context()
 {
     static asio::io_context instance;
@@ -28,7 +28,7 @@ RawClient::RawClient(std::uint16_t port) : m_socket(context())
 
 void RawClient::send(const std::string& bytes)
 {
-    boost::system::error_code left; // the next read tells how
+    boost::system::error_code left; // the next read reports it
     asio::write(m_socket, asio::buffer(bytes), left);
 }
 

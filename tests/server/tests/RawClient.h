@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-/// A TCP connection to 127.0.0.1 that says and reads what it is told to, in the clear.
+/// A TCP connection to 127.0.0.1 that sends and reads what the test asks for, in the clear.
 class RawClient
 {
 public:
@@ -17,13 +17,13 @@ public:
     /// The next line without its line end, or what came before the end of the connection.
     std::string line();
 
-    /// Says a command and gives the line that answers it.
+    /// Sends a command and returns the line that answers it.
     std::string ask(const std::string& command);
 
     /// All that comes until the server ends the connection, and "(reset)" if it ended so.
     std::string rest();
 
-    /// Ends the client's sending; the server can go on.
+    /// Shuts down sending; the server can still send.
     void finish();
 
     /// Asks for a port for a data connection with EPSV.

@@ -22,7 +22,7 @@ protected:
 
     CurlClient client() { return CurlClient(config, server->port(), authority.certificatePem()); }
 
-    /// What `login` left out of the one session's transcript.
+    /// The transcript of the only session, without the lines of `login`.
     Lines afterLogin();
 };
 

@@ -26,7 +26,7 @@ protected:
     Storage storage = Storage((fs::create_directories(served), served));
 };
 
-TEST(StoragePath, IsTakenFromTheDirectory)
+TEST(StoragePath, IsRelativeToTheDirectory)
 {
     EXPECT_EQ("/a", Storage::absolute("/", "a"));
     EXPECT_EQ("/sub/a", Storage::absolute("/sub", "a"));
@@ -62,7 +62,7 @@ TEST_F(StorageTest, ALinkWithinTheFolderIsFollowed)
     EXPECT_TRUE(storage.isFile("/link"));
 }
 
-TEST_F(StorageTest, ALinkOutOfTheFolderIsNot)
+TEST_F(StorageTest, ALinkOutOfTheFolderIsNotFollowed)
 {
     fs::create_symlink(folder.file("outside"), served / "file");
     fs::create_directory_symlink(folder.path(), served / "directory");
@@ -75,7 +75,7 @@ TEST_F(StorageTest, ALinkOutOfTheFolderIsNot)
     EXPECT_EQ(0U, storage.size("/file"));
 }
 
-TEST_F(StorageTest, ALinkToNothingIsNotWrittenThrough)
+TEST_F(StorageTest, ADanglingLinkIsNotWrittenThrough)
 {
     fs::create_symlink(folder.file("not yet there"), served / "link");
     EXPECT_FALSE(storage.real("/link"));
@@ -89,13 +89,13 @@ TEST_F(StorageTest, AFolderThatOnlyBeginsLikeTheServedOneIsOutside)
     EXPECT_FALSE(storage.isDirectory("/link"));
 }
 
-TEST_F(StorageTest, AZeroByteIsInNoPath)
+TEST_F(StorageTest, APathWithAZeroByteIsInvalid)
 {
     EXPECT_FALSE(storage.real(std::string("/a.bak\0x", 8)));
     EXPECT_FALSE(storage.real(std::string("/..\0x", 5)));
 }
 
-TEST_F(StorageTest, TooLongANameIsNoPath) { EXPECT_FALSE(storage.isWritable("/" + std::string(5000, 'x'))); }
+TEST_F(StorageTest, ANameThatIsTooLongIsInvalid) { EXPECT_FALSE(storage.isWritable("/" + std::string(5000, 'x'))); }
 
 TEST_F(StorageTest, OnlyFilesAreWritable)
 {
@@ -107,6 +107,6 @@ TEST_F(StorageTest, OnlyFilesAreWritable)
     EXPECT_FALSE(storage.isWritable("/pipe"));
 }
 
-TEST(StorageRoot, MustBeThere) { EXPECT_THROW(Storage("/no such folder"), fs::filesystem_error); }
+TEST(StorageRoot, MustExist) { EXPECT_THROW(Storage("/no such folder"), fs::filesystem_error); }
 
 } // namespace

@@ -9,9 +9,9 @@ namespace {
 using testserver::commandLine;
 using testserver::replyLines;
 
-TEST(CommandLine, IsToldAsItCame) { EXPECT_EQ("> rename a b", commandLine("rename a b")); }
+TEST(CommandLine, IsRecordedAsReceived) { EXPECT_EQ("> rename a b", commandLine("rename a b")); }
 
-TEST(CommandLine, NoPasswordIsTold)
+TEST(CommandLine, PasswordsAreHidden)
 {
     EXPECT_EQ("> PASS ****", commandLine("PASS secret"));
     EXPECT_EQ("> pass ****", commandLine("pass sec ret"));
@@ -19,9 +19,9 @@ TEST(CommandLine, NoPasswordIsTold)
     EXPECT_EQ("> PASS ****", commandLine("PASS\tsecret"));
 }
 
-TEST(CommandLine, OtherCommandsAreNoPassword) { EXPECT_EQ("> PASSIVE x", commandLine("PASSIVE x")); }
+TEST(CommandLine, OtherCommandsAreNotHidden) { EXPECT_EQ("> PASSIVE x", commandLine("PASSIVE x")); }
 
-TEST(CommandLine, ControlBytesAreWrittenOut)
+TEST(CommandLine, ControlBytesAreEscaped)
 {
     EXPECT_EQ("> SIZE \\x00\\x1b\\x7f \xc3\xa4", commandLine(std::string("SIZE \0\x1b\x7f \xc3\xa4", 11)));
 }
@@ -36,9 +36,9 @@ TEST(ReplyLines, ALineForEachLine)
 
 TEST(ReplyLines, WithoutALineEnd) { EXPECT_TRUE(sameLines(Lines({"< 220-a", "< 22"}), replyLines("220-a\r\n22"))); }
 
-TEST(ReplyLines, NothingAtAllIsALineToo) { EXPECT_TRUE(sameLines(Lines{"< "}, replyLines(""))); }
+TEST(ReplyLines, AnEmptyTextIsOneLine) { EXPECT_TRUE(sameLines(Lines{"< "}, replyLines(""))); }
 
-TEST(ReplyLines, ControlBytesAreWrittenOut)
+TEST(ReplyLines, ControlBytesAreEscaped)
 {
     EXPECT_TRUE(sameLines(Lines{"< 2\\x0d2\\x000"}, replyLines(std::string("2\r2\0000\n", 6))));
 }

@@ -1,4 +1,4 @@
-// What a client that knows its trade gets done, in each TLS mode.
+// What a well-behaved client can do, in each TLS mode.
 #include "ServerTest.h"
 
 namespace {
@@ -49,9 +49,9 @@ protected:
     TlsTransfer() { writeFile(served("a"), "the content"); }
 };
 
-// Session tickets that the client never reads turn its close into a reset, and that loses what is under way. These
-// sizes just fit the socket's buffers, where it is seen most.
-TEST_F(TlsTransfer, NoUploadIsCutShort)
+// Session tickets that the client never reads turn its close into a reset, which discards data in transit. These
+// sizes just fit the socket's buffers, where it happens most.
+TEST_F(TlsTransfer, NoUploadIsTruncated)
 {
     config.tls = TlsMode::Implicit;
     serve();
@@ -62,7 +62,7 @@ TEST_F(TlsTransfer, NoUploadIsCutShort)
     }
 }
 
-TEST_F(TlsTransfer, TicketsOnDataConnectionsAreThereToOrder)
+TEST_F(TlsTransfer, TicketsOnDataConnectionsCanBeEnabled)
 {
     config.dataTickets = true;
     serve();
@@ -71,7 +71,7 @@ TEST_F(TlsTransfer, TicketsOnDataConnectionsAreThereToOrder)
     EXPECT_EQ("the content", downloads.body);
 }
 
-TEST_F(TlsTransfer, AnUploadThatIsAnnouncedToEndIsTakenWhenItMust)
+TEST_F(TlsTransfer, AnUploadWithCloseNotifyIsAcceptedWhereRequired)
 {
     config.strictUploadEnd = true;
     serve();
@@ -102,7 +102,7 @@ TEST_F(TlsTransfer, TheControlConnectionsSessionIsRequired)
     EXPECT_TRUE(hasLine("< 522 the control connection's TLS session is required", server->transcripts().at(1)));
 }
 
-TEST_F(TlsTransfer, UnusableCertificatesAreRefusedAtOnce)
+TEST_F(TlsTransfer, UnusableCertificatesAreRejectedAtOnce)
 {
     config.certificate = Certificate{};
     EXPECT_THROW(serve(), std::runtime_error);

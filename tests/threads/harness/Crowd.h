@@ -15,7 +15,7 @@ protected:
     /// Holds the reply to this command until all threads wait for one that is held so.
     void holdAt(const std::string& command);
 
-    /// Runs the task on all threads, which set out together. What they find wrong is the test's failure.
+    /// Runs the task on all threads, which start together. What they find wrong fails the test.
     static void run(const std::function<Lines(unsigned thread)>& task);
 
     /// How often the server held a session until all were there.

@@ -3,14 +3,14 @@
 
 #include "harness/Crowd.h"
 
-/// The operations of one thread, on files that no other thread has. Each call goes under a request identifier of its
+/// The operations of one thread, on files that no other thread uses. Each call has a request identifier of its
 /// own; what is wrong with its result, its records or the files is kept.
 class Visitor
 {
 public:
     static constexpr unsigned kOperations = 6;
 
-    /// Where a visitor's files are: below a URL and in a folder for each side.
+    /// The places of a visitor's files: a URL, and a folder on each side.
     struct Place
     {
         std::string url;

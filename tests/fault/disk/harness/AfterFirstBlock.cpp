@@ -26,7 +26,7 @@ void AfterFirstBlock::blockWasRead()
     }
 }
 
-// libcurl reads the file through this function of the C library, before which this program's one stands.
+// libcurl reads the file through this function of the C library, which this one replaces.
 extern "C" size_t fread(void* buffer, size_t size, size_t count, FILE* stream)
 {
     static auto* const next = nextFunction<size_t(void*, size_t, size_t, FILE*)>("fread");

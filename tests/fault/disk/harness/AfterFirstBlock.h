@@ -15,7 +15,7 @@ public:
 
     bool hasHappened() const { return !m_happening; }
 
-    /// For the function that reads.
+    /// Called by the read function.
     static void blockWasRead();
 
 private:

@@ -13,7 +13,7 @@ std::set<std::string> openDescriptors()
     std::set<std::string> descriptors;
     for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
         const std::string target = std::filesystem::read_symlink(descriptor);
-        // The one that is open to find them all does not count.
+        // Without the one that reads this folder.
         if (target.rfind("/proc/", 0) != 0) {
             descriptors.insert(descriptor.path().filename().string() + " " + target);
         }
@@ -38,7 +38,7 @@ std::string Disk::run(Call call, const std::string& path)
     request.remotePath = url(path);
     const std::set<std::string> before = openDescriptors();
     std::string result = nameOf((facade.*call)(request, errorText));
-    // The server waits for a handle that was not cleaned up.
+    // The server would wait for a handle that was not cleaned up.
     if (openHandles() != 0) {
         ADD_FAILURE() << openHandles() << " libcurl handles were not cleaned up";
         return result;

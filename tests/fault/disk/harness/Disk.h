@@ -7,7 +7,7 @@
 #include <string>
 
 /// The base of the tests with local files that cannot be opened, read or written to the end. Of each operation is
-/// asserted that it gives its stream and its libcurl handle back.
+/// asserted that it releases its stream and its libcurl handle.
 class Disk : public Live
 {
 protected:
@@ -15,7 +15,7 @@ protected:
     std::string list() { return run(&SFtpClient::Listsftpdir, "/"); }
     std::string upload() { return run(&SFtpClient::UploadFileToSFtpServer, "/sent.bak"); }
 
-    // All the records of a failed operation, from the one that tells why.
+    // All the records of a failed operation, from the one with the reason on.
     static Lines downloadFailed(const std::string& why, const std::string& text);
     static Lines listFailed(const std::string& why, const std::string& text);
     static Lines uploadNotOpened();
