@@ -25,8 +25,8 @@ Pool::Lease::~Lease() { m_pool.giveBack(m_identity, std::move(m_connection)); }
 std::unique_ptr<Pool::Lease> Pool::take(const Identity& identity, const Call& call, bool fresh)
 {
     Connections closing;
+    closeOverdue();
     std::unique_lock<std::mutex> lock(m_mutex);
-    closing = takeOverdue();
     for (;;) {
         std::unique_ptr<Connection> connection = takeIdle(identity, fresh, closing);
         if (connection || m_counts[identity.server] < m_most || makeRoom(identity.server, closing)) {
@@ -45,13 +45,6 @@ std::unique_ptr<Pool::Lease> Pool::take(const Identity& identity, const Call& ca
                 throw;
             }
         }
-        if (!closing.empty()) {
-            // The server counts them as long as they are open.
-            lock.unlock();
-            closing.clear();
-            lock.lock();
-            continue;
-        }
         m_returned.wait_for(lock, kLook);
         if (const CURLcode verdict = call.verdict()) {
             throw refusal(verdict, call.reason() + " while all connections to the server were in use");
@@ -59,19 +52,27 @@ std::unique_ptr<Pool::Lease> Pool::take(const Identity& identity, const Call& ca
     }
 }
 
-Pool::Connections Pool::takeOverdue()
+void Pool::closeOverdue()
 {
     const auto now = std::chrono::steady_clock::now();
     Connections overdue;
+    std::unique_lock<std::mutex> lock(m_mutex);
     for (auto each = m_idle.begin(); each != m_idle.end();) {
         const auto next = std::next(each);
         if (now - each->connection->lastUsed >= m_idleTimeout) {
-            countDown(each->identity.server);
             overdue.splice(overdue.end(), m_idle, each);
         }
         each = next;
     }
-    return overdue;
+    lock.unlock();
+    for (Idle& each : overdue) {
+        each.connection.reset();
+    }
+    // The server counts them as long as they are open.
+    lock.lock();
+    for (const Idle& each : overdue) {
+        countDown(each.identity.server);
+    }
 }
 
 std::unique_ptr<Connection> Pool::takeIdle(const Identity& identity, bool fresh, Connections& closing)

@@ -59,7 +59,7 @@ private:
     };
     using Connections = std::list<Idle>;
 
-    Connections takeOverdue();
+    void closeOverdue();
     std::unique_ptr<Connection> takeIdle(const Identity& identity, bool fresh, Connections& closing);
     bool makeRoom(const std::string& server, Connections& closing);
     void countDown(const std::string& server);

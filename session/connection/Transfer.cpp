@@ -76,7 +76,9 @@ void Transfer::send(const DataSource& source, std::int64_t size)
 // libcurl finds the place itself, by the function for that; else it would append the file's beginning.
 void Transfer::send(const LeavingFile& file, std::int64_t offset)
 {
-    file.seek(offset);
+    if (!file.seek(offset)) {
+        throw refusal(CURLE_READ_ERROR, "the local file has no byte " + std::to_string(offset));
+    }
     send([&file](char* bytes, std::size_t count) { return file.read(bytes, count); }, file.size());
     m_sent = offset;
     set(m_handle, CURLOPT_SEEKFUNCTION, seek);
@@ -249,11 +251,9 @@ void Transfer::judgeSize()
 }
 
 int Transfer::seek(void* file, curl_off_t offset, int origin) noexcept
-try {
-    static_cast<const LeavingFile*>(file)->seek(offset);
-    return origin == SEEK_SET ? CURL_SEEKFUNC_OK : CURL_SEEKFUNC_FAIL;
-} catch (const std::exception&) {
-    return CURL_SEEKFUNC_FAIL;
+{
+    const bool found = origin == SEEK_SET && static_cast<const LeavingFile*>(file)->seek(offset);
+    return found ? CURL_SEEKFUNC_OK : CURL_SEEKFUNC_FAIL;
 }
 
 // CURLOPT_PREREQFUNCTION: logged in.

@@ -58,8 +58,6 @@ bool isOurs(int descriptor, const std::string& path, struct stat& opened)
 
 } // namespace
 
-Descriptor::Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-
 Descriptor& Descriptor::operator=(Descriptor&& other) noexcept
 {
     std::swap(m_number, other.m_number);

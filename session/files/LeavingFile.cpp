@@ -50,11 +50,9 @@ std::size_t LeavingFile::read(char* bytes, std::size_t count) const
     }
 }
 
-void LeavingFile::seek(std::int64_t offset) const
+bool LeavingFile::seek(std::int64_t offset) const noexcept
 {
-    if (lseek(m_descriptor.get(), offset, SEEK_SET) != offset) {
-        throw failure(m_path, std::generic_category().message(errno));
-    }
+    return lseek(m_descriptor.get(), offset, SEEK_SET) == offset;
 }
 
 std::string LeavingFile::part(std::int64_t offset, std::size_t count) const

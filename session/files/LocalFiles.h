@@ -17,7 +17,6 @@ class Descriptor
 {
 public:
     explicit Descriptor(int number = -1) : m_number(number) {}
-    Descriptor(Descriptor&& other) noexcept;
     Descriptor& operator=(Descriptor&& other) noexcept;
     ~Descriptor();
 
@@ -91,8 +90,8 @@ public:
 
     /// As `DataSource`. Throws `Failure` (26).
     std::size_t read(char* bytes, std::size_t count) const;
-    /// Where reading goes on. Throws `Failure` (26).
-    void seek(std::int64_t offset) const;
+    /// Where reading goes on; false where that cannot be.
+    bool seek(std::int64_t offset) const noexcept;
     /// `count` bytes from there on, or as many as there are.
     std::string part(std::int64_t offset, std::size_t count) const;
 

@@ -110,6 +110,25 @@ TEST_F(SessionConnections, AsManyAtOnceAsAreAllowed)
     EXPECT_EQ(kMost, sessions().size());
 }
 
+TEST_F(SessionConnections, WhereOneWasDeadTheOthersAreNotTried)
+{
+    for (const char* const each : {"1/USER=meet:2", "2/USER=meet:2", "1/CWD#2=drop", "2/CWD#2=drop"}) {
+        misbehave(each);
+    }
+    serve();
+    {
+        SFtpSession session;
+        aimAt("/a/");
+        std::string text;
+        std::thread other([&] { EXPECT_EQ(0, session.TestSConnect(request, text)) << text; });
+        EXPECT_EQ(0, session.TestSConnect(request, errorText)) << errorText;
+        other.join();
+        aimAt("/b/");
+        EXPECT_EQ(0, session.TestSConnect(request, errorText)) << errorText;
+    }
+    EXPECT_EQ(3U, sessions().size());
+}
+
 // And what it has begun, leaves nothing.
 TEST_F(SessionConnections, AGoodbyeAtAnyTimeCostsOneCall)
 {

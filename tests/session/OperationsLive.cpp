@@ -188,6 +188,19 @@ TEST_F(SessionOperations, EntriesComeByFactsOrByLongLines)
     }
 }
 
+// libcurl would take 5 for the size, and cut the file.
+TEST_F(SessionOperations, ASizeThatIsNoNumberIsNotDownloadedBy)
+{
+    misbehave("SIZE=reply:213 -5");
+    serve();
+    writeFile(served("a.bak"), "content");
+    writeFile(local("got"), "before");
+    aimAt("/a.bak");
+    request.localPath = local("got");
+    EXPECT_EQ(CURLE_WEIRD_SERVER_REPLY, SFtpSession().DownLoadSFtpFile(request, errorText)) << errorText;
+    EXPECT_EQ("before", contentOf(local("got")));
+}
+
 TEST_F(SessionOperations, ARefusalIsNoFileAndNoEmptyDirectory)
 {
     misbehave("1/FEAT=reply:500 unknown command");

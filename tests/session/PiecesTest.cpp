@@ -119,6 +119,17 @@ TEST(LineSplitter, RefusesALineWithoutEnd)
     EXPECT_THROW(sink("x", 1), Failure);
 }
 
+TEST(Text, OfALongNameIsCutBetweenCharacters)
+{
+    std::string name = "n";
+    std::string cut = ".n";
+    for (int i = 0; i < 150; ++i) {
+        name += "\u00e4";
+        cut += i < 123 ? "\u00e4" : "";
+    }
+    EXPECT_EQ(cut + ".parts", hiddenName(name, "parts")); // 254 bytes: one more would be half a character
+}
+
 TEST(Text, IsShownWithoutSecretsAndControlBytes)
 {
     EXPECT_EQ("a ****\\x0D\\x0A\\x1B\\x7F****", shown("a secret\r\n\x1b\x7fsecret", "secret"));

@@ -1,6 +1,7 @@
 // Transfers that go on where an earlier one broke off.
 #include "SessionLive.h"
 
+#include "support/Codes.h"
 #include "support/FileSizeLimit.h"
 
 #include <algorithm>
@@ -113,6 +114,38 @@ TEST_F(SessionResume, ADownloadFetchesTheRest)
     const std::size_t offset = kBroken - kOverlap;
     EXPECT_TRUE(sameLines(Lines{"> REST 0", "> REST " + std::to_string(offset), bytes(kBytes - offset, "sent")},
                           moved(sessions().at(1))));
+}
+
+TEST_F(SessionResume, ADownloadThatBreaksAgainKeepsWhatItHas)
+{
+    misbehave("2/DATA=drop-after:100000");
+    breakADownload();
+    EXPECT_EQ("CURLE_PARTIAL_FILE", nameOf(download())) << errorText;
+    EXPECT_EQ("before", contentOf(local("got")));
+    EXPECT_TRUE(sameBytes(content.substr(0, kBroken - kOverlap + 100000), contentOf(unfinishedIn(local("")))));
+    EXPECT_EQ(0, download()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+}
+
+TEST_F(SessionResume, NothingIsBegunOfAFileThatIsMissingOrTooLarge)
+{
+    serve();
+    EXPECT_EQ("CURLE_REMOTE_FILE_NOT_FOUND", nameOf(download())) << errorText;
+    writeFile(served("db"), "");
+    std::filesystem::resize_file(served("db"), 104857600);
+    aimAt("/db");
+    request.localPath = local("RetentionDB.db");
+    EXPECT_EQ("CURLE_FILESIZE_EXCEEDED", nameOf(SFtpSession(options).DownLoadSFtpFile(request, errorText)));
+    EXPECT_EQ(std::vector<std::string>{}, namesIn(local("")));
+}
+
+TEST_F(SessionResume, ADownloadOfAFileThatChangesMeanwhileFails)
+{
+    misbehave("SIZE#1=reply:213 " + std::to_string(kBytes + 1));
+    serve();
+    writeFile(served("a.bak"), content);
+    EXPECT_EQ("CURLE_PARTIAL_FILE", nameOf(download())) << errorText;
+    EXPECT_EQ(std::vector<std::string>{}, namesIn(local("")));
 }
 
 TEST_F(SessionResume, ADownloadWhoseEndDiffersBeginsAnew)
