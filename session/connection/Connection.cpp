@@ -53,6 +53,7 @@ void Connection::shutAll(int how) const
 void Connection::cut()
 {
     giveUp();
+    m_isCut = true;
     shutAll(SHUT_RDWR);
 }
 

@@ -53,6 +53,7 @@ public:
     /// The same, at once: nothing more is sent, and nobody waits for a reply.
     void cut();
     bool isUsable() const { return m_usable; }
+    bool isCut() const { return m_isCut; }
     /// Whether it leads to the server.
     bool isOpen() const { return !m_sockets.empty(); }
 
@@ -83,6 +84,7 @@ private:
     Replies m_replies;
     std::array<char, CURL_ERROR_SIZE> m_detail = {};
     bool m_usable = true;
+    bool m_isCut = false;
     // In this order: the handle leaves the multi handle, which closes the connection, before it goes itself.
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> m_easy;
     std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> m_multi;

@@ -12,10 +12,12 @@ namespace session {
 namespace {
 
 // libcurl took a reply for that to another command, and keeps the connection: the next one would get a late reply, too.
+// It also keeps one that broke off within a reply, and libcurl 7.88 would then go on with memory that it has freed.
 bool isOutOfStep(CURLcode code)
 {
     return code == CURLE_FTP_WEIRD_PASV_REPLY || code == CURLE_FTP_WEIRD_227_FORMAT ||
-           code == CURLE_FTP_CANT_GET_HOST || code == CURLE_WEIRD_SERVER_REPLY;
+           code == CURLE_FTP_CANT_GET_HOST || code == CURLE_WEIRD_SERVER_REPLY || code == CURLE_RECV_ERROR ||
+           code == CURLE_SEND_ERROR || code == CURLE_GOT_NOTHING || code == CURLE_OPERATION_TIMEDOUT;
 }
 
 // libcurl reports a refused directory in a way that hosts know as a missing file.
@@ -218,11 +220,15 @@ size_t Transfer::hear(char* bytes, size_t one, size_t count, void* self) noexcep
         if (transfer.m_connection.hear({bytes, one * count})) {
             transfer.judgeReply();
         }
-        return transfer.m_foundCode == CURLE_OK ? count : 0;
+        if (transfer.m_foundCode == CURLE_OK) {
+            return count;
+        }
     } catch (...) {
         transfer.m_call.keepException();
-        return 0;
     }
+    // libcurl 7.88 would go on with memory that it has freed, if it read another reply after one that was refused.
+    transfer.m_connection.cut();
+    return 0;
 }
 
 void Transfer::judgeReply()

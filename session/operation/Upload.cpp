@@ -94,7 +94,7 @@ public:
         if (m_begun && m_stored != m_name && !m_mustStay && (!m_isKept || m_isWrong) &&
             m_work.call.verdict() == CURLE_OK) {
             const std::vector<std::string> commands = {"*" + removal(m_stored)};
-            const std::optional<Failure> failed = command(commands);
+            const std::optional<Failure> failed = command(commands, m_work.connection.isCut());
             // What ended the upload may have ended the connection as well, which shows only now.
             if (failed && failed->code() == CURLE_RECV_ERROR && m_work.connection.replies().lines().empty()) {
                 static_cast<void>(command(commands, true));
