@@ -39,7 +39,7 @@ std::atomic<SFtpSession*> sessionToCancel = nullptr;
 
 void onCtrlC(int /*signal*/)
 {
-    std::signal(SIGINT, SIG_DFL);
+    static_cast<void>(std::signal(SIGINT, SIG_DFL));
     if (SFtpSession* const session = sessionToCancel) {
         session->Cancel();
     }
@@ -87,7 +87,7 @@ public:
     int run()
     {
         sessionToCancel = &m_session;
-        std::signal(SIGINT, onCtrlC);
+        static_cast<void>(std::signal(SIGINT, onCtrlC));
         std::vector<std::future<void>> threads;
         for (unsigned i = 0; i < kThreads; ++i) {
             threads.push_back(std::async(std::launch::async, [this] { sendFiles(); }));
