@@ -1,6 +1,5 @@
 #include "call/StopSwitch.h"
 
-#include <fcntl.h>
 #include <sched.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
@@ -74,7 +73,7 @@ StopSwitch::Slot* StopSwitch::takeSlot()
 
 StopSwitch::Reach::Reach(StopSwitch& stop, int socket) : m_stop(stop), m_slot(stop.takeSlot())
 {
-    m_slot->socket = fcntl(socket, F_DUPFD_CLOEXEC, 0);
+    m_slot->socket = socket;
     // The switch may have looked before the socket was there.
     if (stop.isOn()) {
         shutdown(socket, SHUT_RDWR);
@@ -83,13 +82,10 @@ StopSwitch::Reach::Reach(StopSwitch& stop, int socket) : m_stop(stop), m_slot(st
 
 StopSwitch::Reach::~Reach()
 {
-    const int socket = m_slot->socket.exchange(-1);
+    m_slot->socket = -1;
     // Whoever cuts right now may have read the number: it must not become another file's meanwhile.
     while (m_stop.m_cutting > 0) {
         sched_yield();
-    }
-    if (socket >= 0) {
-        close(socket);
     }
     const std::lock_guard<std::mutex> taking(m_stop.m_taking);
     m_slot->taken = false;

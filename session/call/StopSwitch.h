@@ -12,8 +12,8 @@ class StopSwitch
 {
     struct Slot
     {
-        std::atomic<int> socket{-1}; // a duplicate: its number stays ours until we close it
-        bool taken = true;           // guarded by m_taking
+        std::atomic<int> socket{-1};
+        bool taken = true; // guarded by m_taking
         Slot* next = nullptr;
     };
 
@@ -36,6 +36,7 @@ public:
     int descriptor() const noexcept { return m_event; }
 
     /// Lets the switch shut a socket down as long as this object lives.
+    /// REQUIRES: the number is the socket's for as long.
     class Reach
     {
     public:

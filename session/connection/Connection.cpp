@@ -2,10 +2,12 @@
 
 #include "call/SetOption.h"
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <new>
 #include <utility>
 
@@ -22,6 +24,14 @@ int patience(Call::Clock::duration idle)
     constexpr std::chrono::milliseconds::rep kLongest = 100;
     const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(idle).count();
     return static_cast<int>(std::clamp(waited / 8, kShortest, kLongest));
+}
+
+/// The kernel's own number for a socket, which no other has; 0 where the descriptor is none of a socket.
+std::uint64_t cookieOf(int descriptor)
+{
+    std::uint64_t cookie = 0;
+    socklen_t size = sizeof cookie;
+    return getsockopt(descriptor, SOL_SOCKET, SO_COOKIE, &cookie, &size) == 0 ? cookie : 0;
 }
 
 } // namespace
@@ -46,7 +56,7 @@ Connection::~Connection()
 void Connection::shutAll(int how) const
 {
     for (const Socket& each : m_sockets) {
-        shutdown(each.number, how);
+        shutdown(each.own(), how);
     }
 }
 
@@ -75,17 +85,12 @@ CURL* Connection::renew()
     return handle;
 }
 
-void Connection::reachSockets()
-{
-    for (Socket& each : m_sockets) {
-        each.reach = std::make_unique<StopSwitch::Reach>(m_stop, each.number);
-    }
-}
-
 CURLcode Connection::run(Call& call)
 {
     m_call = &call;
-    reachSockets();
+    for (Socket& each : m_sockets) {
+        each.reachBy(m_stop);
+    }
     if (curl_multi_add_handle(m_multi.get(), m_easy.get()) != CURLM_OK) {
         throw std::bad_alloc();
     }
@@ -95,8 +100,9 @@ CURLcode Connection::run(Call& call)
         cut();
     }
     curl_multi_remove_handle(m_multi.get(), m_easy.get());
+    forgetClosed();
     for (Socket& each : m_sockets) {
-        each.reach.reset();
+        each.leaveAlone();
     }
     lastUsed = std::chrono::steady_clock::now();
     // Whatever libcurl made of a socket that was shut down under it.
@@ -115,6 +121,7 @@ CURLcode Connection::drive(Call& call)
         if (curl_multi_perform(m_multi.get(), &running) != CURLM_OK) {
             return CURLE_FAILED_INIT;
         }
+        forgetClosed();
         if (running == 0) {
             return resultOfTransfer();
         }
@@ -135,7 +142,7 @@ bool Connection::wait(int milliseconds, bool watchesReplies)
     std::array<curl_waitfd, 2> watched = {{{m_stop.descriptor(), CURL_WAIT_POLLIN, 0}, {-1, CURL_WAIT_POLLIN, 0}}};
     const bool both = watchesReplies && !m_sockets.empty();
     if (both) {
-        watched[1].fd = m_sockets.front().number;
+        watched[1].fd = m_sockets.front().own();
     }
     int ready = 0;
     curl_multi_poll(m_multi.get(), watched.data(), both ? 2 : 1, milliseconds, &ready);
@@ -161,22 +168,40 @@ curl_socket_t Connection::openSocket(void* self, curlsocktype /*purpose*/, curl_
         return CURL_SOCKET_BAD;
     }
     try {
-        connection.m_sockets.push_back({number, std::make_unique<StopSwitch::Reach>(connection.m_stop, number)});
-        return number;
+        Socket& added = connection.m_sockets.emplace_back(number);
+        if (added.own() >= 0) {
+            added.reachBy(connection.m_stop);
+            return number;
+        }
     } catch (...) {
         connection.m_call->keepException();
-        close(number);
-        return CURL_SOCKET_BAD;
     }
+    close(number);
+    return CURL_SOCKET_BAD;
 }
 
 int Connection::closeSocket(void* self, curl_socket_t socket) noexcept
 {
-    auto& sockets = static_cast<Connection*>(self)->m_sockets;
-    sockets.erase(
-        std::remove_if(sockets.begin(), sockets.end(), [socket](const Socket& each) { return each.number == socket; }),
-        sockets.end());
+    static_cast<Connection*>(self)->m_sockets.remove_if(
+        [socket](const Socket& each) { return each.number() == socket; });
     return close(socket);
 }
+
+void Connection::forgetClosed()
+{
+    m_sockets.remove_if([](const Socket& each) { return !each.isOpen(); });
+}
+
+Connection::Socket::Socket(curl_socket_t number) : m_number(number), m_own(fcntl(number, F_DUPFD_CLOEXEC, 0)) {}
+
+Connection::Socket::~Socket()
+{
+    m_reach.reset(); // first: the switch may be shutting the descriptor down
+    if (m_own >= 0) {
+        close(m_own);
+    }
+}
+
+bool Connection::Socket::isOpen() const { return cookieOf(m_number) == cookieOf(m_own); }
 
 } // namespace session

@@ -9,11 +9,11 @@
 
 #include <array>
 #include <chrono>
+#include <list>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace session {
 
@@ -63,23 +63,41 @@ public:
     std::chrono::steady_clock::time_point lastUsed = std::chrono::steady_clock::now();
 
 private:
-    struct Socket
+    /// A socket of libcurl's, and a descriptor of our own for it: libcurl 7.88 closes one that did not connect without
+    /// a word, and then its number may be another connection's.
+    class Socket
     {
-        curl_socket_t number;
-        std::unique_ptr<StopSwitch::Reach> reach;
+    public:
+        explicit Socket(curl_socket_t number);
+        ~Socket();
+        Socket(const Socket&) = delete;
+        Socket& operator=(const Socket&) = delete;
+
+        curl_socket_t number() const { return m_number; }
+        /// -1 where the process has no descriptor left.
+        int own() const { return m_own; }
+        /// Whether libcurl still has it.
+        bool isOpen() const;
+        void reachBy(StopSwitch& stop) { m_reach.emplace(stop, m_own); }
+        void leaveAlone() { m_reach.reset(); }
+
+    private:
+        curl_socket_t m_number;
+        int m_own;
+        std::optional<StopSwitch::Reach> m_reach;
     };
 
     static curl_socket_t openSocket(void* self, curlsocktype purpose, curl_sockaddr* address) noexcept;
     static int closeSocket(void* self, curl_socket_t socket) noexcept;
 
-    void reachSockets();
     void shutAll(int how) const;
+    void forgetClosed();
     CURLcode drive(Call& call);
     bool wait(int milliseconds, bool watchesReplies);
     CURLcode resultOfTransfer() const;
 
     StopSwitch& m_stop;
-    std::vector<Socket> m_sockets;
+    std::list<Socket> m_sockets;
     Call* m_call = nullptr; // of the transfer that runs
     Replies m_replies;
     std::array<char, CURL_ERROR_SIZE> m_detail = {};

@@ -3,10 +3,12 @@
 #include "RecordedDisk.h"
 #include "SessionContract.h"
 
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <stdexcept>
@@ -387,6 +389,49 @@ TEST_F(SessionLoop, GoesOnWithTheNextAddressWhereASocketCannotBeMade)
         return CURLE_OK;
     };
     journalOfCall(operationCall("TestSConnect").run);
+}
+
+// libcurl 7.88 closes a socket that did not connect without a word.
+TEST_F(SessionLoop, CutsNothingThatHasTheNumberOfASocketThatLibcurlClosed)
+{
+    std::array<int, 2> others = {};
+    ASSERT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM, 0, others.data()));
+    SFtpSession session(options);
+    scripted::curl().perform = [&](scripted::Handle& handle) {
+        const memory::Pause pause;
+        const curl_socket_t socket = open(handle);
+        EXPECT_EQ(socket, dup2(others[0], socket));
+        ::close(others[0]);
+        others[0] = socket;
+        session.Cancel();
+        EXPECT_EQ(1, handle.progress(0, 0));
+        return CURLE_COULDNT_CONNECT;
+    };
+    EXPECT_EQ(nameOf(CURLE_ABORTED_BY_CALLBACK), nameOf(test(session)));
+    EXPECT_EQ(1, send(others[1], "a", 1, MSG_NOSIGNAL));
+    char heard = 0;
+    EXPECT_EQ(1, recv(others[0], &heard, 1, MSG_DONTWAIT));
+    for (const int each : others) {
+        EXPECT_EQ(0, ::close(each));
+    }
+}
+
+TEST_F(SessionLoop, OpensNoSocketThatCouldNotBeCut)
+{
+    scripted::curl().perform = [](scripted::Handle& handle) {
+        const memory::Pause pause;
+        const int next = dup(STDIN_FILENO);
+        ::close(next);
+        rlimit before = {};
+        EXPECT_EQ(0, getrlimit(RLIMIT_NOFILE, &before));
+        const rlimit oneMore = {static_cast<rlim_t>(next) + 1, before.rlim_max};
+        EXPECT_EQ(0, setrlimit(RLIMIT_NOFILE, &oneMore));
+        EXPECT_EQ(CURL_SOCKET_BAD, open(handle));
+        EXPECT_EQ(0, setrlimit(RLIMIT_NOFILE, &before));
+        EXPECT_EQ(-1, fcntl(next, F_GETFD)) << "it was left open";
+        return CURLE_COULDNT_CONNECT;
+    };
+    journalOfCall(operationCall("TestSConnect").run, CURLE_COULDNT_CONNECT);
 }
 
 TEST_F(SessionLoop, ClosesAConnectionThatWasIdleForTooLong)
