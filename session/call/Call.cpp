@@ -91,6 +91,7 @@ void Call::report(bool always)
     }
     m_nextReport = now + kBetweenReports;
     m_options.progress(m_progress);
+    m_lastSign += Clock::now() - now; // the caller's time is not the server's
 }
 
 } // namespace session

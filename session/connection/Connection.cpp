@@ -79,8 +79,9 @@ CURL* Connection::renew()
     set(handle, CURLOPT_CLOSESOCKETDATA, this);
     set(handle, CURLOPT_ERRORBUFFER, m_detail.data());
     set(handle, CURLOPT_NOSIGNAL, 1L);
-    // A name that is being looked up is not waited for when the call ends; a libcurl before 7.87 waits.
+#if LIBCURL_VERSION_NUM >= 0x075700 // before 7.87 a name that is being looked up is waited for when the call ends
     curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
+#endif
     set(handle, CURLOPT_TCP_KEEPALIVE, 1L);
     return handle;
 }

@@ -26,7 +26,7 @@ constexpr std::chrono::milliseconds kLook(20);
 Failure failure(const std::string& path, int error)
 {
     return refusal(CURLE_WRITE_ERROR,
-                   "localPath " + path + " cannot be written: " + std::generic_category().message(error));
+                   "localPath " + shown(path, {}) + " cannot be written: " + std::generic_category().message(error));
 }
 
 // A link's own place would be taken, not that of what it leads to.
@@ -46,6 +46,9 @@ void saveFolder(const std::string& path)
         static_cast<void>(fsync(folder.get()));
     }
 }
+
+// Not while another call writes to it. Where files cannot be locked, nothing tells.
+bool isLocked(int descriptor) { return flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK; }
 
 // Whether the file is still the one of that name, and nobody else's.
 bool isOurs(int descriptor, const std::string& path, struct stat& opened)
@@ -103,7 +106,7 @@ bool ArrivingFile::openKept(const std::string& version)
     const std::string path = beside(version + ".part");
     Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666));
     struct stat opened = {};
-    if (!file.isOpen() || flock(file.get(), LOCK_EX | LOCK_NB) != 0 || !isOurs(file.get(), path, opened)) {
+    if (!file.isOpen() || !isLocked(file.get()) || !isOurs(file.get(), path, opened)) {
         return false;
     }
     m_descriptor = std::move(file);
@@ -139,7 +142,7 @@ void ArrivingFile::openPipe()
 void ArrivingFile::requireCall() const
 {
     if (const CURLcode verdict = m_call.verdict()) {
-        throw refusal(verdict, m_call.reason() + " while nobody read from localPath " + m_asked);
+        throw refusal(verdict, m_call.reason() + " while nobody read from localPath " + shown(m_asked, {}));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "call/Failure.h"
 #include "files/LocalFiles.h"
 #include "request/Digest.h"
+#include "request/Text.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -18,7 +19,7 @@ namespace {
 
 Failure failure(const std::string& path, const std::string& why)
 {
-    return refusal(CURLE_READ_ERROR, "localPath " + path + " cannot be sent: " + why);
+    return refusal(CURLE_READ_ERROR, "localPath " + shown(path, {}) + " cannot be sent: " + why);
 }
 
 } // namespace

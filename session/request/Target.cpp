@@ -111,6 +111,23 @@ std::string wholePath(const Url& url)
     return whole;
 }
 
+// Of a URL "ftp:///a/b" libcurl would take the first directory for the host.
+void requireHost(const std::string& url)
+{
+    const std::string::size_type slashes = url.find("://");
+    if (slashes != std::string::npos && url.find_first_not_of('/', slashes + 3) != slashes + 3) {
+        throw refusal(CURLE_URL_MALFORMAT, "remotePath names no host");
+    }
+}
+
+// As it stands in a URL: an IPv6 address in brackets, and with the interface behind it that it is reached through.
+std::string hostOf(const Url& url)
+{
+    const std::string host = partOf(url, CURLUPART_HOST);
+    const std::string zone = partOf(url, CURLUPART_ZONEID);
+    return zone.empty() ? host : host.substr(0, host.size() - 1) + "%25" + zone + "]";
+}
+
 std::string withoutBrackets(const std::string& host)
 {
     return !host.empty() && host.front() == '[' ? host.substr(1, host.size() - 2) : host;
@@ -130,15 +147,13 @@ Target::Target(const SFtpRequest& request)
     requireNoControlByte("remotePath", request.remotePath);
     const Url url = parsed(request.remotePath);
     m_scheme = schemeOf(partOf(url, CURLUPART_SCHEME));
-    const std::string host = partOf(url, CURLUPART_HOST);
-    m_host = withoutBrackets(host);
+    requireHost(request.remotePath);
+    const std::string host = hostOf(url);
+    m_host = withoutBrackets(partOf(url, CURLUPART_HOST));
     m_port = portOf(request, url, m_scheme);
     m_server = partOf(url, CURLUPART_SCHEME) + "://" + host + ":" + std::to_string(m_port);
     m_path = wholePath(url);
     requireNoControlByte("remotePath", percentDecoded(m_path));
-    if (m_host.empty()) {
-        throw refusal(CURLE_URL_MALFORMAT, "remotePath names no host");
-    }
 }
 
 void Target::requireFile() const

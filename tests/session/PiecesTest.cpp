@@ -57,6 +57,7 @@ TEST(Target, HasTheUrlsParts)
     EXPECT_EQ("/a/b/x", directory.commandPath("x"));
     EXPECT_EQ("/a/x", directory.commandPathInParent("x"));
     EXPECT_EQ("::1", directory.host());
+    EXPECT_EQ("ftp://[fe80::1%25eth0]:21/a", targetOf("ftp://[fe80::1%25eth0]/a").url());
 
     EXPECT_EQ("below/x", targetOf("sftp://host/~/below/").commandPath("x"));
     EXPECT_EQ("", targetOf("ftps://host").name());
@@ -64,7 +65,7 @@ TEST(Target, HasTheUrlsParts)
     EXPECT_EQ(21, targetOf("ftp://host").port());
     EXPECT_EQ(22, targetOf("sftp://host").port());
     EXPECT_EQ("ftp://host:21/a%3Fb%20c+d", targetOf("ftp://host/a?b c+d").url());
-    EXPECT_EQ("ftp://host:21/a%3F%23", targetOf("ftp:///host/a?#").url());
+    EXPECT_EQ("ftp://host:21/a%3F%23", targetOf("ftp:/host/a?#").url());
     EXPECT_EQ("ftp://host:21/%3Fa%3Bb", targetOf("ftp://host?a;b").url());
 }
 

@@ -2,6 +2,7 @@
 #include "SessionLive.h"
 
 #include <csignal>
+#include <thread>
 
 namespace {
 
@@ -64,6 +65,23 @@ TEST_F(SessionProgress, ComesAtMostTenTimesASecond)
     // One at once, and one at the end.
     EXPECT_LE(static_cast<double>(reports.size()), 10 * took.count() + 2);
     EXPECT_LE(3U, reports.size());
+}
+
+TEST_F(SessionProgress, TimeThatTheCallerTakesIsNotTheServers)
+{
+    misbehave("DATA=slow:600000"); // half a second
+    serve();
+    aimAt("/a.bak");
+    options.stallTimeout = std::chrono::milliseconds(500);
+    options.replyTimeout = std::chrono::milliseconds(500);
+    options.progress = [slept = false](const TransferProgress& now) mutable {
+        if (now.phase == TransferPhase::Transferring && !slept) {
+            slept = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(700));
+        }
+    };
+    SFtpSession session(options);
+    EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
 }
 
 TEST_F(SessionProgress, WhatItThrowsEndsTheCallAndPasses)

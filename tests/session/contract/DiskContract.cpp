@@ -148,6 +148,18 @@ TEST_F(SessionSource, ThatGrowsOrShrinksMeanwhileEndsAnUpload)
     EXPECT_EQ(scripted::text(26) + ": the source has only 5 of the 17 bytes that were announced", errorText);
 }
 
+TEST_F(SessionSource, IsShownWithoutControlBytes)
+{
+    request.localPath = path("a\x1b[31m\nb");
+    const std::string visible = path("a\\x1B[31m\\x0Ab");
+    journalOfCall(operationCall("UploadFileToSFtpServer").run, CURLE_READ_ERROR);
+    EXPECT_EQ(scripted::text(26) + ": localPath " + visible + " cannot be sent: " + std::strerror(ENOENT), errorText);
+    request.localPath += "/";
+    journalOfCall(operationCall("DownLoadSFtpFile").run, CURLE_WRITE_ERROR);
+    EXPECT_EQ(scripted::text(23) + ": localPath " + visible + "/ cannot be written: " + std::strerror(EISDIR),
+              errorText);
+}
+
 TEST_F(SessionSource, ThatIsNoFileIsRefusedBeforeAnyTransfer)
 {
     const auto untold = [&](const std::string& where, const std::string& why) {

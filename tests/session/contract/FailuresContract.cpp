@@ -188,6 +188,8 @@ TEST_F(SessionFailures, OfARequestNameTheField)
         with([&] { request.remotePath = "ftp://server:65536/"; });
         expectRefused(call.function, CURLE_URL_MALFORMAT,
                       "remotePath cannot be read as a URL (Port number was not a decimal number between 0 and 65535)");
+        with([&] { request.remotePath = "ftp:///backup/a"; });
+        expectRefused(call.function, CURLE_URL_MALFORMAT, "remotePath names no host");
         with([&] { request.port = 65536; });
         expectRefused(call.function, CURLE_URL_MALFORMAT, "port is 65536, above 65535");
         with([&] { request.remotePath = "https://server/a"; });
