@@ -437,6 +437,8 @@ TEST_F(SessionLoop, OpensNoSocketThatCouldNotBeCut)
 TEST_F(SessionLoop, ClosesAConnectionThatWasIdleForTooLong)
 {
     options.idleTimeout = milliseconds(1);
+    options.maxConnections = 1; // it no longer counts, or there would be none for the second call
+    options.callTimeout = std::chrono::seconds(10);
     const Lines lines = journalOfSession([&](SFtpSession& session) {
         EXPECT_EQ(CURLE_OK, test(session));
         std::this_thread::sleep_for(milliseconds(5));
