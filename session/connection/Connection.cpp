@@ -193,7 +193,10 @@ void Connection::forgetClosed()
     m_sockets.remove_if([](const Socket& each) { return !each.isOpen(); });
 }
 
-Connection::Socket::Socket(curl_socket_t number) : m_number(number), m_own(fcntl(number, F_DUPFD_CLOEXEC, 0)) {}
+Connection::Socket::Socket(curl_socket_t number)
+    : m_number(number), m_own(fcntl(number, F_DUPFD_CLOEXEC, 0)), m_cookie(cookieOf(number))
+{
+}
 
 Connection::Socket::~Socket()
 {
@@ -203,6 +206,6 @@ Connection::Socket::~Socket()
     }
 }
 
-bool Connection::Socket::isOpen() const { return cookieOf(m_number) == cookieOf(m_own); }
+bool Connection::Socket::isOpen() const { return cookieOf(m_number) == m_cookie; }
 
 } // namespace session

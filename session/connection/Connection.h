@@ -9,6 +9,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <list>
 #include <memory>
 #include <optional>
@@ -84,6 +85,7 @@ private:
     private:
         curl_socket_t m_number;
         int m_own;
+        std::uint64_t m_cookie;
         std::optional<StopSwitch::Reach> m_reach;
     };
 
