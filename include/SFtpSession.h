@@ -90,6 +90,9 @@ struct SessionOptions
 
     bool atomicUpload = true; ///< under a temporary name beside the target, renamed when it is whole
     bool verifyUpload = true; ///< compare the size on the server
+    /// A download ends when the file is on the disk. False leaves that to the system, which is much faster for many
+    /// small files: sync the file system once after the last.
+    bool syncDownload = true;
     /// Files only: what a broken transfer has moved stays, and the next call for the same file goes on from there, if
     /// the last 64 KiB agree; else from the start. See "Resuming" below.
     bool resume = false;

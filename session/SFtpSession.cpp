@@ -46,7 +46,7 @@ int SFtpSession::Listsftpdir(const SFtpRequest& request, std::string& errorText)
     return m_engine->call("Listsftpdir", request, errorText, [&](const Work& work) {
         ArrivingFile file(request.localPath, work.call);
         listNames(work, [&file](const char* bytes, std::size_t count) { return file.write(bytes, count); });
-        file.takePlace();
+        file.takePlace(work.access.options().syncDownload);
     });
 }
 

@@ -213,7 +213,7 @@ bool ArrivingFile::write(const char* bytes, std::size_t count)
     return true;
 }
 
-void ArrivingFile::takePlace()
+void ArrivingFile::takePlace(bool syncs)
 {
     if (m_temporary.empty()) {
         return;
@@ -223,11 +223,13 @@ void ArrivingFile::takePlace()
         static_cast<void>(fchown(m_descriptor.get(), m_replaced->st_uid, m_replaced->st_gid) == 0);
         static_cast<void>(fchmod(m_descriptor.get(), m_replaced->st_mode & 07777));
     }
-    if (fsync(m_descriptor.get()) != 0 || rename(m_temporary.c_str(), m_path.c_str()) != 0) {
+    if ((syncs && fsync(m_descriptor.get()) != 0) || rename(m_temporary.c_str(), m_path.c_str()) != 0) {
         fail(errno);
     }
     m_temporary.clear();
-    saveFolder(m_path);
+    if (syncs) {
+        saveFolder(m_path);
+    }
 }
 
 } // namespace session

@@ -58,8 +58,8 @@ public:
     /// Behind what is there. Throws `Failure` (23) when the disk takes no more.
     bool write(const char* bytes, std::size_t count);
 
-    /// Puts the file into its place; on the disk, too. Throws `Failure` (23).
-    void takePlace();
+    /// Puts the file into its place; with `syncs` it is on the disk then. Throws `Failure` (23).
+    void takePlace(bool syncs);
 
 private:
     bool openKept(const std::string& version);

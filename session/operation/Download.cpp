@@ -120,7 +120,7 @@ void resume(const Work& work, const std::string& localPath, std::int64_t limit)
         file.startOver();
         throw changedMeanwhile();
     }
-    file.takePlace();
+    file.takePlace(work.access.options().syncDownload);
 }
 
 } // namespace
@@ -154,7 +154,7 @@ void downloadFile(const Work& work, const std::string& localPath, std::int64_t l
     }
     ArrivingFile file(localPath, work.call);
     download(work, sinkOf(file), limit);
-    file.takePlace();
+    file.takePlace(work.access.options().syncDownload);
 }
 
 } // namespace session

@@ -253,7 +253,7 @@ TEST_F(Arriving, TakesItsPlaceOrLeavesNothing)
     {
         ArrivingFile file(path("a"), call);
         file.write("after", 5);
-        file.takePlace();
+        file.takePlace(true);
     }
     EXPECT_EQ("after", contentOf(path("a")));
     EXPECT_EQ(1, files());
@@ -269,7 +269,7 @@ TEST_F(Arriving, WaitsForAPipesOtherEndAsLongAsTheCallMay)
         const int reader = open(path("p").c_str(), O_RDONLY | O_NONBLOCK);
         ArrivingFile file(path("p"), call);
         file.write("bytes", 5);
-        file.takePlace();
+        file.takePlace(true);
         char read_[6] = {};
         EXPECT_EQ(5, read(reader, read_, sizeof read_));
         EXPECT_STREQ("bytes", read_);
@@ -306,7 +306,7 @@ TEST_F(Arriving, FollowsALink)
     std::filesystem::create_symlink("a", path("l"));
     ArrivingFile file(path("l"), call);
     file.write("after", 5);
-    file.takePlace();
+    file.takePlace(true);
     EXPECT_EQ("after", contentOf(path("a")));
     EXPECT_TRUE(std::filesystem::is_symlink(path("l")));
 }

@@ -76,6 +76,20 @@ TEST_P(SessionDisk, ThatFailsLeavesTheFileAsItWas)
     }
 }
 
+TEST_P(SessionDisk, IsWaitedForUnlessTheHostSaysOtherwise)
+{
+    const auto waits = [this] {
+        const Lines lines = run(CURLE_OK);
+        EXPECT_EQ(content, contentOf(request.localPath));
+        return std::count(lines.begin(), lines.end(), "fsync");
+    };
+    EXPECT_EQ(2, waits());
+    options.syncDownload = false;
+    EXPECT_EQ(0, waits());
+    options.resume = true;
+    EXPECT_EQ(0, waits());
+}
+
 TEST_P(SessionDisk, WithoutAPlaceForTheFileIsNoticedBeforeAnyTransfer)
 {
     const auto untold = [&](const std::string& where, int error) {
