@@ -87,6 +87,18 @@ TEST(Replies, EndWithThreeDigitsAndABlank)
     EXPECT_EQ(6U, replies.lines().size());
 }
 
+TEST(Replies, KeepNoMoreThanMayBeWorthReading)
+{
+    Replies replies;
+    for (int i = 0; i < 1001; ++i) {
+        replies.add("220-" + std::string(5000, 'x'));
+    }
+    EXPECT_EQ(1000U, replies.lines().size());
+    EXPECT_EQ(4096U, replies.lines().front().size());
+    replies.add("550 no");
+    EXPECT_EQ("550 no", replies.last());
+}
+
 TEST(Replies, TellASize)
 {
     EXPECT_EQ(0, sizeInReply("213 0"));

@@ -448,6 +448,22 @@ TEST_F(SessionLoop, ClosesAConnectionThatWasIdleForTooLong)
               std::find(lines.begin(), lines.end(), "handle 2 made"));
 }
 
+// With a connection of its own for each call.
+TEST_F(SessionLoop, HoldsNoMoreMemoryFromCallToCall)
+{
+    options.idleTimeout = milliseconds(0);
+    const memory::Watch watch;
+    SFtpSession session(options);
+    const auto heldAfterACall = [&] {
+        EXPECT_EQ(CURLE_OK, test(session));
+        return memory::livingBlocks();
+    };
+    const unsigned first = heldAfterACall();
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(first, heldAfterACall());
+    }
+}
+
 TEST_F(SessionLoop, DoesNotBeginWithoutADescriptor)
 {
     recorded::disk().failing = {{"eventfd", EMFILE}};
