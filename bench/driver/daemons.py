@@ -1,10 +1,12 @@
-"""The servers that sessions are measured with: Debian's vsftpd and ProFTPD, which demand TLS at login."""
+"""The servers that sessions and the command are measured with: Debian's vsftpd and ProFTPD, which demand TLS at login,
+and OpenSSH."""
 
 import os
 
 from serving import Server
 
 NAMES = ["vsftpd", "ProFTPD"]
+SSH = "OpenSSH"
 
 
 class Daemon(Server):
@@ -13,6 +15,8 @@ class Daemon(Server):
     def __init__(self, build, name):
         super().__init__(build)
         self.name = name
+        # Where the user's files are in a URL, and for the tools.
+        self.root = "/run/served/" if name == SSH else "/"
 
     def __enter__(self):
         super().__enter__()
@@ -24,7 +28,11 @@ class Daemon(Server):
         return [self.build / "bench/bench-daemon", self.name, self.folder]
 
     def url(self, path):
-        return f"ftp://localhost:{self.port}/{path}"
+        scheme = "sftp" if self.name == SSH else "ftp"
+        return f"{scheme}://localhost:{self.port}{self.root}{path}"
+
+    def known_hosts(self):
+        return self.folder / "known_hosts"
 
     def make_writable_folder(self, name):
         """A folder of the user who logs in. Gives its path on this machine."""
