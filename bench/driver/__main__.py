@@ -60,6 +60,7 @@ class Effort:
     cold_rounds: int
     warm_rounds: int
     warm_calls: int
+    far_calls: int
     folder_files: int
     folder_rounds: int
     large_size: int
@@ -89,6 +90,7 @@ FULL = Effort(
     cold_rounds=16,
     warm_rounds=4,
     warm_calls=200,
+    far_calls=20,
     folder_files=1000,
     folder_rounds=2,
     large_size=GIB,
@@ -117,6 +119,7 @@ QUICK = Effort(
     cold_rounds=3,
     warm_rounds=2,
     warm_calls=50,
+    far_calls=3,
     folder_files=50,
     folder_rounds=1,
     large_size=64 * MIB,

@@ -43,6 +43,23 @@ class Daemon(Server):
         return folder
 
 
+class Distant(Server):
+    """The repository's own server, which waits before each reply to a command that a warm call sends."""
+
+    DELAY_MS = 50
+    COMMANDS = ["CWD", "DELE", "EPSV", "LIST", "MDTM", "MLSD", "MLST", "NLST", "RETR", "RNFR", "RNTO", "SIZE", "STOR"]
+    name = "test server"
+
+    def _command(self):
+        delays = [f"{command}=delay:{self.DELAY_MS}" for command in self.COMMANDS]
+        return [*super()._command(), *(word for delay in delays for word in ("--fault", delay))]
+
+    def make_writable_folder(self, name):
+        folder = self.served / name
+        folder.mkdir(exist_ok=True)
+        return folder
+
+
 class Stalling(Server):
     """The repository's own server, which stops sending in the middle of a download."""
 
