@@ -1,6 +1,7 @@
-"""usage: driver BUILD [quick|keep] [core|sessions]
+"""usage: driver BUILD [quick|keep] [core|sessions|command]
 
-Measures the library, sessions, or both, and writes tables and plots into build/bench/core and build/bench/sessions.
+Measures the library, sessions and the command, or some of these, and writes tables and plots into build/bench/core,
+build/bench/sessions and build/bench/command.
 "quick" makes few rounds with small files, to try it out, and writes into build/bench/quick; "keep" measures nothing and
 puts the last full runs into docs/performance.md.
 """
@@ -15,6 +16,7 @@ import sys
 
 import beside_bare
 import beside_tools
+import command_trees
 import counts
 import daemons
 import fixed
@@ -58,6 +60,7 @@ class Effort:
     cold_rounds: int
     warm_rounds: int
     warm_calls: int
+    far_calls: int
     folder_files: int
     folder_rounds: int
     large_size: int
@@ -66,6 +69,10 @@ class Effort:
     wait_seconds: int
     kept_connections: int
     session_sizes: list
+    tree_files: int
+    tree_large_files: int
+    tree_large_size: int
+    tree_rounds: int
 
 
 FULL = Effort(
@@ -83,6 +90,7 @@ FULL = Effort(
     cold_rounds=16,
     warm_rounds=4,
     warm_calls=200,
+    far_calls=20,
     folder_files=1000,
     folder_rounds=2,
     large_size=GIB,
@@ -91,6 +99,10 @@ FULL = Effort(
     wait_seconds=5,
     kept_connections=64,
     session_sizes=[MIB, 64 * MIB, GIB, 10 * GIB],
+    tree_files=1000,
+    tree_large_files=20,
+    tree_large_size=50_000_000,
+    tree_rounds=2,
 )
 QUICK = Effort(
     sizes={MIB: 4, 64 * MIB: 4},
@@ -107,6 +119,7 @@ QUICK = Effort(
     cold_rounds=3,
     warm_rounds=2,
     warm_calls=50,
+    far_calls=3,
     folder_files=50,
     folder_rounds=1,
     large_size=64 * MIB,
@@ -115,6 +128,10 @@ QUICK = Effort(
     wait_seconds=2,
     kept_connections=16,
     session_sizes=[MIB, 16 * MIB, 256 * MIB],
+    tree_files=50,
+    tree_large_files=4,
+    tree_large_size=10_000_000,
+    tree_rounds=1,
 )
 @contextlib.contextmanager
 def own_server(build):
@@ -124,15 +141,20 @@ def own_server(build):
 
 
 @contextlib.contextmanager
-def both_daemons(build):
+def both_daemons(build, names=daemons.NAMES):
     with contextlib.ExitStack() as stack:
-        yield [stack.enter_context(daemons.Daemon(build, name)) for name in daemons.NAMES]
+        yield [stack.enter_context(daemons.Daemon(build, name)) for name in names]
+
+
+def all_daemons(build):
+    return both_daemons(build, [*daemons.NAMES, daemons.SSH])
 
 
 @dataclasses.dataclass(frozen=True)
 class Part:
     """What is measured together: suites, each with the processors for what it starts, and their servers."""
 
+    name: str
     suites: dict
     serve: contextlib.AbstractContextManager
     draw: object = None
@@ -140,6 +162,7 @@ class Part:
 
 PARTS = {
     "core": Part(
+        "core",
         {
             counts: machine.everywhere,
             beside_bare: machine.together,
@@ -153,6 +176,7 @@ PARTS = {
         plots.draw_all,
     ),
     "sessions": Part(
+        "sessions",
         {
             session_cold: machine.apart,
             session_warm: machine.apart,
@@ -162,6 +186,7 @@ PARTS = {
         },
         both_daemons,
     ),
+    "command": Part("command", {command_trees: machine.everywhere}, all_daemons),
 }
 
 
@@ -176,7 +201,7 @@ def measure(part, build, effort, recorder):
         with part.serve(build) as served:
             os.sched_setaffinity(0, client_on)
             tables += suite.suite(served, recorder, goals, effort)
-    tables.insert(0, report.Table("Goals", "", ["goal", "met", "undecided", "not met by"], goals.summary()))
+    tables.insert(0, report.Table(f"Goals ({part.name})", "", ["goal", "met", "undecided", "not met by"], goals.summary()))
     return tables
 
 
@@ -232,8 +257,9 @@ def main(build, words):
     if "keep" in words:
         keep(names)
         return
-    if "sessions" in names and os.geteuid() != 0:
-        sys.exit("Sessions are measured with daemons that need root: run this as root, or: scripts/bench core")
+    if names != ["core"] and os.geteuid() != 0:
+        sys.exit("Sessions and the command are measured with daemons that need root: run this as root, or: "
+                 "scripts/bench core")
     machine.allow_many_files()
     for name in names:
         run(name, build, "quick" if "quick" in words else "full")

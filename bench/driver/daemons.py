@@ -1,10 +1,12 @@
-"""The servers that sessions are measured with: Debian's vsftpd and ProFTPD, which demand TLS at login."""
+"""The servers that sessions and the command are measured with: Debian's vsftpd and ProFTPD, which demand TLS at login,
+and OpenSSH."""
 
 import os
 
 from serving import Server
 
 NAMES = ["vsftpd", "ProFTPD"]
+SSH = "OpenSSH"
 
 
 class Daemon(Server):
@@ -13,6 +15,8 @@ class Daemon(Server):
     def __init__(self, build, name):
         super().__init__(build)
         self.name = name
+        # Where the user's files are in a URL, and for the tools.
+        self.root = "/run/served/" if name == SSH else "/"
 
     def __enter__(self):
         super().__enter__()
@@ -24,7 +28,11 @@ class Daemon(Server):
         return [self.build / "bench/bench-daemon", self.name, self.folder]
 
     def url(self, path):
-        return f"ftp://localhost:{self.port}/{path}"
+        scheme = "sftp" if self.name == SSH else "ftp"
+        return f"{scheme}://localhost:{self.port}{self.root}{path}"
+
+    def known_hosts(self):
+        return self.folder / "known_hosts"
 
     def make_writable_folder(self, name):
         """A folder of the user who logs in. Gives its path on this machine."""
@@ -32,6 +40,23 @@ class Daemon(Server):
         folder.mkdir(exist_ok=True)
         owner = self.served.stat()
         os.chown(folder, owner.st_uid, owner.st_gid)
+        return folder
+
+
+class Distant(Server):
+    """The repository's own server, which waits before each reply to a command that a warm call sends."""
+
+    DELAY_MS = 50
+    COMMANDS = ["CWD", "DELE", "EPSV", "LIST", "MDTM", "MLSD", "MLST", "NLST", "RETR", "RNFR", "RNTO", "SIZE", "STOR"]
+    name = "test server"
+
+    def _command(self):
+        delays = [f"{command}=delay:{self.DELAY_MS}" for command in self.COMMANDS]
+        return [*super()._command(), *(word for delay in delays for word in ("--fault", delay))]
+
+    def make_writable_folder(self, name):
+        folder = self.served / name
+        folder.mkdir(exist_ok=True)
         return folder
 
 

@@ -28,8 +28,9 @@ def lftp_goal(connections):
 class Folders:
     """What is moved, and where to. Each run's result is looked at before the next takes its place."""
 
-    def __init__(self, server, files):
+    def __init__(self, server, files, size=SMALL):
         self.files = files
+        self.size = size
         self.server = server
         self.local = server.folder / "local"
         self.remote = server.make_writable_folder("remote")
@@ -39,7 +40,7 @@ class Folders:
     def fill(self, folder):
         folder.mkdir(exist_ok=True)
         for number in range(self.files):
-            (folder / f"backup-{number:06}.bak").write_bytes(os.urandom(SMALL))
+            (folder / f"backup-{number:06}.bak").write_bytes(os.urandom(self.size))
 
     def aim(self, target):
         """Makes an empty folder the target of the next run."""
@@ -56,7 +57,7 @@ class Folders:
         if self.target is None:
             return
         sizes = [path.stat().st_size for path in self.target.iterdir()]
-        if len(sizes) != self.files or any(size != SMALL for size in sizes):
+        if len(sizes) != self.files or any(size != self.size for size in sizes):
             raise RuntimeError(f"{self.target} holds {len(sizes)} files of {sum(sizes)} bytes in all.")
         self.target = None
 

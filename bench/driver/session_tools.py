@@ -3,6 +3,8 @@
 import pathlib
 import subprocess
 
+from daemons import SSH
+
 CURL = ["curl", "--disable", "--silent", "--ssl-reqd"]
 LFTP = [
     "set ssl:verify-certificate yes",
@@ -48,6 +50,8 @@ def lftp(server, work):
 
 def lftp_command(server, operation, does):
     settings = [*LFTP, *(LFTP_UPLOAD if operation == "upload" else []), f"set ssl:ca-file {server.small_trust}"]
+    if server.name == SSH:
+        settings.append(f"set sftp:connect-program 'ssh -a -x -o UserKnownHostsFile={server.known_hosts()}'")
     login = f"open --user backup --env-password {server.url('')}"
     return ["lftp", "--norc", "-c", "; ".join([*settings, login, does])]
 
@@ -55,12 +59,13 @@ def lftp_command(server, operation, does):
 def lftp_mirror(server, operation, local, remote, parallel):
     """A whole folder, from or to the server."""
     mirror = f"mirror --parallel={parallel}"
-    does = f"{mirror} --reverse {local} /{remote}" if operation == "upload" else f"{mirror} /{remote} {local}"
+    there = server.root + remote
+    does = f"{mirror} --reverse {local} {there}" if operation == "upload" else f"{mirror} {there} {local}"
     return lftp_command(server, operation, does), _lftp_environment(server)
 
 
 def rclone_copy(server, operation, local, remote, transfers):
-    there = f"server:/{remote}"
+    there = f"server:{server.root}{remote}"
     ends = [local, there] if operation == "upload" else [there, local]
     return ["rclone", "copy", "--transfers", transfers, "--checkers", transfers, *ends], _rclone_environment(server)
 
@@ -81,15 +86,17 @@ def _rclone_environment(server):
     command = ["rclone", "obscure", "-"]
     obscured = subprocess.run(command, input=server.password, capture_output=True, text=True, check=True)
     settings = {
-        "TYPE": "ftp",
         "HOST": "localhost",
         "PORT": str(server.port),
         "USER": "backup",
         "PASS": obscured.stdout.strip(),
-        "EXPLICIT_TLS": "true",
-        # Over 1.3, its handshakes with vsftpd fail.
-        "DISABLE_TLS13": "true",
     }
+    if server.name == SSH:
+        # It has no shell to run a checksum in.
+        settings |= {"TYPE": "sftp", "KNOWN_HOSTS_FILE": str(server.known_hosts()), "SHELL_TYPE": "none"}
+    else:
+        # Over 1.3, its handshakes with vsftpd fail.
+        settings |= {"TYPE": "ftp", "EXPLICIT_TLS": "true", "DISABLE_TLS13": "true"}
     return {
         **server.environment(),
         **{f"RCLONE_CONFIG_SERVER_{name}": value for name, value in settings.items()},

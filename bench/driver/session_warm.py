@@ -1,5 +1,6 @@
 """Suite: what one further call costs on a session that has its connection."""
 
+import daemons
 import session_works
 from clients import program
 from figures import Spread, per_unit
@@ -8,6 +9,8 @@ from report import Table
 SUITE = "session, warm"
 AT_MOST_MS = 1
 GOAL = "rename and size on a kept connection in less than 1 ms of CPU time"
+ROUND_TRIPS = 4
+TRIPS_GOAL = f"listings and small transfers on a kept connection in no more than {ROUND_TRIPS} round trips"
 MILLISECONDS = "{:.2f} ({:.2f}–{:.2f})"
 
 
@@ -29,7 +32,27 @@ def suite(servers, recorder, goals, effort):
                 subject = f"{server.name}: {work.name}"
                 verdict = goals.judge_spread(GOAL, subject, cpu, greatest=AT_MOST_MS)
             table.rows.append([server.name, work.name, effort.warm_rounds, wall, cpu, verdict])
-    return [table]
+    with daemons.Distant(servers[0].build) as distant:
+        return [table, _far_away(distant, recorder, goals, effort)]
+
+
+def _far_away(server, recorder, goals, effort):
+    delay = server.DELAY_MS
+    table = Table(
+        f"A further call where each reply takes {delay} ms",
+        f"With the test server, over implicit TLS. Wall time in milliseconds: median (least–greatest); and how many times "
+        f"{delay} ms that is.",
+        ["operation", "rounds", "wall time", "round trips", "goal"],
+    )
+    for work in session_works.repeatable(server):
+        numbers = {"1": 1, "many": effort.far_calls + 1}
+        pair = {name: program(server, "session", work, calls=calls) for name, calls in numbers.items()}
+        runs = recorder.alternate(SUITE, f"{server.name}: {work.name}", 1, pair)
+        wall = _of_each(runs, "wall", effort.far_calls)
+        trips = round(wall.median / delay)
+        verdict = goals.judge(TRIPS_GOAL, work.name, trips <= ROUND_TRIPS)
+        table.rows.append([work.name, 1, wall, trips, verdict])
+    return table
 
 
 def _of_each(runs, what, calls):

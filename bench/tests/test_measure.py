@@ -40,6 +40,7 @@ class Measure(unittest.TestCase):
                 "session_large": "together",
                 "session_quiet": "apart",
             },
+            "command": {"command_trees": "everywhere"},
         }.items():
             suites = driver.PARTS[part].suites
             self.assertEqual(expected, {suite.__name__: where.__name__ for suite, where in suites.items()})

@@ -1,4 +1,4 @@
-"""The suites that measure sessions, from end to end, with the least that there can be: what they need is there, and
+"""The suites that measure sessions and the command, from end to end, with the least that there can be: what they need is there, and
 their rows are complete. As root, with Debian's daemons."""
 
 import contextlib
@@ -6,6 +6,7 @@ import os
 import unittest
 from types import SimpleNamespace
 
+import command_trees
 import daemons
 import measuring
 import session_cold
@@ -21,6 +22,7 @@ EFFORT = SimpleNamespace(
     cold_rounds=1,
     warm_rounds=1,
     warm_calls=3,
+    far_calls=1,
     folder_files=5,
     folder_rounds=2,
     large_size=MIB,
@@ -29,6 +31,10 @@ EFFORT = SimpleNamespace(
     wait_seconds=1,
     kept_connections=3,
     session_sizes=[MIB, 2 * MIB],
+    tree_files=5,
+    tree_large_files=2,
+    tree_large_size=MIB,
+    tree_rounds=1,
 )
 
 
@@ -55,7 +61,7 @@ class Suites(unittest.TestCase):
 
     def test_warm(self):
         names = ["rename", "size", "list 100 names", "download 20 kB", "upload 20 kB"]
-        self.assertEqual([self.on_both(names)], self.rows(session_warm))
+        self.assertEqual([self.on_both(names), [(name, 1) for name in names]], self.rows(session_warm))
 
     def test_folders(self):
         ways = ["upload", "download", "both ways"]
@@ -70,6 +76,20 @@ class Suites(unittest.TestCase):
         self.assertEqual([("a stalled download",), ("an idle kept connection",)], waiting)
         self.assertEqual([("vsftpd",), ("ProFTPD",)], kept)
         self.assertEqual([("1 MiB",), ("2 MiB",)], sizes)
+
+    def test_trees(self):
+        ways = [("push", 1), ("push", 4), ("pull", 1), ("pull", 4)]
+        small, large, again, start = self.rows(command_trees, columns=3)
+        expected = [(server, *way) for server in daemons.NAMES for way in ways]
+        self.assertEqual(expected, small)
+        self.assertEqual(expected, large)
+        self.assertEqual([row for row in expected if row[2] == 4], again)
+        self.assertEqual(1, len(start))
+
+    def test_trees_over_ssh(self):
+        self.servers = [self.enterContext(daemons.Daemon(BUILD, daemons.SSH))]
+        small, _, _, _ = self.rows(command_trees, columns=3)
+        self.assertEqual([("OpenSSH", "push", 1), ("OpenSSH", "push", 4)], small[:2])
 
 
 if __name__ == "__main__":

@@ -77,6 +77,8 @@ class AFurtherCall(unittest.TestCase):
         with (
             mock.patch.object(session_warm.session_works, "repeatable", lambda server: [work]),
             mock.patch.object(session_warm, "program"),
+            mock.patch.object(session_warm.daemons, "Distant"),
+            mock.patch.object(session_warm, "_far_away"),
         ):
             recorder = Recorder({"1": run(1, 0.5), "many": run(3, 0.5 + cpu)})
             table = session_warm.suite([SERVER], recorder, goals, SimpleNamespace(warm_rounds=1, warm_calls=200))[0]
@@ -91,6 +93,25 @@ class AFurtherCall(unittest.TestCase):
             self.assertEqual(("met", set()), (self.row(operation, 0.2)[0][-1], self.row(operation, 0.2)[1]))
             self.assertEqual({session_warm.GOAL}, self.row(operation, 0.202)[1])
         self.assertEqual(("–", set()), (self.row("list", 0.4)[0][-1], self.row("list", 0.4)[1]))
+
+
+class AFurtherCallFarAway(unittest.TestCase):
+    def row(self, seconds):
+        goals = Goals()
+        work = Work("list", "list", "path")
+        with (
+            mock.patch.object(session_warm.session_works, "repeatable", lambda server: [work]),
+            mock.patch.object(session_warm, "program"),
+        ):
+            recorder = Recorder({"1": run(1), "many": run(1 + 10 * seconds)})
+            server = SimpleNamespace(name="test server", DELAY_MS=50)
+            table = session_warm._far_away(server, recorder, goals, SimpleNamespace(far_calls=10))
+        return table.rows[0][3:], missed(goals)
+
+    def test_it_takes_no_more_than_four_round_trips(self):
+        self.assertEqual(([2, "met"], set()), self.row(0.097))
+        self.assertEqual(([4, "met"], set()), self.row(0.224))
+        self.assertEqual(([5, "NOT MET"], {session_warm.TRIPS_GOAL}), self.row(0.226))
 
 
 class ManyFiles(unittest.TestCase):

@@ -1,0 +1,49 @@
+"""The command beside lftp, rclone and sftp: the same tree, with the same trust."""
+
+import session_tools
+from daemons import SSH
+
+# What the command calls the two ways.
+PUSH, PULL = "push", "pull"
+
+
+def sftpclient(server, *words):
+    """A call of the command, and its environment."""
+    # What a user has set up for it would be measured, too.
+    environment = {name: value for name, value in server.environment().items() if not name.startswith("SFTPCLIENT_")}
+    return [server.build / "cli/sftpclient", *words], environment
+
+
+def command(server, way, local, remote, jobs):
+    url = server.url(remote + "/")
+    ends = [local, url] if way == PUSH else [url, local]
+    trust = ["--known-hosts", server.known_hosts()] if server.name == SSH else ["--ca", server.small_trust]
+    login = ["--user", "backup", "--password-file", server.folder / "password"]
+    return sftpclient(server, way, *ends, "--jobs", jobs, *login, *trust, "--quiet")
+
+
+def lftp(server, way, local, remote, jobs):
+    return session_tools.lftp_mirror(server, _operation(way), local, remote, jobs)
+
+
+def rclone(server, way, local, remote, jobs):
+    return session_tools.rclone_copy(server, _operation(way), local, remote, jobs)
+
+
+def sftp(server, way, local, remote, _):
+    """Its batch mode, which would rather not be asked for a password: what asks for one is a program."""
+    there = server.root + remote
+    does = f"put -r {local}/. {there}" if way == PUSH else f"get -r {there}/. {local}"
+    batch = server.folder / "batch"
+    batch.write_text(does + "\n")
+    asked = server.folder / "asked"
+    asked.write_text('#!/bin/sh\necho "$BENCH_PASSWORD"\n')
+    asked.chmod(0o700)
+    options = ["BatchMode=no", "NumberOfPasswordPrompts=1", f"UserKnownHostsFile={server.known_hosts()}"]
+    words = [word for option in options for word in ("-o", option)]
+    environment = {**server.environment(), "SSH_ASKPASS": str(asked), "SSH_ASKPASS_REQUIRE": "force"}
+    return ["sftp", "-q", *words, "-P", server.port, "-b", batch, "backup@localhost"], environment
+
+
+def _operation(way):
+    return {PUSH: "upload", PULL: "download"}[way]
