@@ -116,17 +116,13 @@ QUICK = Effort(
     kept_connections=16,
     session_sizes=[MIB, 16 * MIB, 256 * MIB],
 )
+
+
 @contextlib.contextmanager
 def own_server(build):
     # A server for each suite, so that none inherits another's files.
     with serving.Server(build) as server:
         yield server
-
-
-@contextlib.contextmanager
-def both_daemons(build):
-    with contextlib.ExitStack() as stack:
-        yield [stack.enter_context(daemons.Daemon(build, name)) for name in daemons.NAMES]
 
 
 @dataclasses.dataclass(frozen=True)
@@ -160,7 +156,7 @@ PARTS = {
             session_large: machine.together,
             session_quiet: machine.apart,
         },
-        both_daemons,
+        daemons.both,
     ),
 }
 

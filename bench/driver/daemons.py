@@ -1,5 +1,6 @@
 """The servers that sessions are measured with: Debian's vsftpd and ProFTPD, which demand TLS at login."""
 
+import contextlib
 import os
 
 from serving import Server
@@ -33,6 +34,12 @@ class Daemon(Server):
         owner = self.served.stat()
         os.chown(folder, owner.st_uid, owner.st_gid)
         return folder
+
+
+@contextlib.contextmanager
+def both(build):
+    with contextlib.ExitStack() as stack:
+        yield [stack.enter_context(Daemon(build, name)) for name in NAMES]
 
 
 class Stalling(Server):
