@@ -133,21 +133,13 @@ QUICK = Effort(
     tree_large_size=10_000_000,
     tree_rounds=1,
 )
+
+
 @contextlib.contextmanager
 def own_server(build):
     # A server for each suite, so that none inherits another's files.
     with serving.Server(build) as server:
         yield server
-
-
-@contextlib.contextmanager
-def both_daemons(build, names=daemons.NAMES):
-    with contextlib.ExitStack() as stack:
-        yield [stack.enter_context(daemons.Daemon(build, name)) for name in names]
-
-
-def all_daemons(build):
-    return both_daemons(build, [*daemons.NAMES, daemons.SSH])
 
 
 @dataclasses.dataclass(frozen=True)
@@ -184,9 +176,9 @@ PARTS = {
             session_large: machine.together,
             session_quiet: machine.apart,
         },
-        both_daemons,
+        daemons.both,
     ),
-    "command": Part("command", {command_trees: machine.everywhere}, all_daemons),
+    "command": Part("command", {command_trees: machine.everywhere}, daemons.all_three),
 }
 
 

@@ -5,6 +5,17 @@ import pathlib
 from collections.abc import Callable
 
 TOOLS = ["curl", "lftp"]
+LFTP = [
+    "set ssl:verify-certificate yes",
+    "set ftp:ssl-protect-data yes",
+    "set ftp:ssl-protect-list yes",
+    "set net:max-retries 1",
+    "set net:timeout 60",
+    # It would give /dev/null the server's time, and put an older file aside.
+    "set ftp:use-mdtm no",
+    "set xfer:clobber yes",
+    "set xfer:make-backup no",
+]
 
 
 @dataclasses.dataclass(frozen=True)
@@ -52,21 +63,29 @@ def curl(server, work):
 def lftp(server, work):
     folder = pathlib.PurePosixPath("/") / work.path
     does = {
+        "test": f"ls /{work.path} > /dev/null",
+        "rename": f"quote rename {folder / work.remote} {folder / work.local} > /dev/null",
+    }.get(work.operation) or lftp_does(server, work)
+    return _prepared(work, lftp_command(server, server.machine_trust, LFTP, does), server, lftp_login(server))
+
+
+def lftp_does(server, work):
+    """What lftp has one command for."""
+    return {
         "download": f"get /{work.path} -o {server.discard()}",
         "upload": f"put {work.local} -o /{work.path}",
         "list": f"nlist /{work.path} > {work.local}",
-        "test": f"ls /{work.path} > /dev/null",
-        "rename": f"quote rename {folder / work.remote} {folder / work.local} > /dev/null",
-        "delete": f"rm {folder / work.remote}",
+        "delete": f"rm {pathlib.PurePosixPath('/') / work.path / work.remote}",
     }[work.operation]
-    settings = f"set ssl:ca-file {server.machine_trust}; set ssl:verify-certificate yes; "
-    settings += "set ftp:ssl-protect-data yes; set ftp:ssl-protect-list yes; "
-    settings += "set net:max-retries 1; set net:timeout 60; "
-    # It would give /dev/null the server's time, and put an older file aside.
-    settings += "set ftp:use-mdtm no; set xfer:clobber yes; set xfer:make-backup no; "
-    login = f"open --user backup --env-password {server.url('')}; "
-    environment = {"LFTP_PASSWORD": server.password}
-    return _prepared(work, ["lftp", "--norc", "-c", settings + login + does], server, environment)
+
+
+def lftp_command(server, trust, settings, does):
+    login = f"open --user backup --env-password {server.url('')}"
+    return ["lftp", "--norc", "-c", "; ".join([*settings, f"set ssl:ca-file {trust}", login, does])]
+
+
+def lftp_login(server):
+    return {"LFTP_PASSWORD": server.password}
 
 
 def _prepared(work, command, server, environment=None):

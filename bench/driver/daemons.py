@@ -1,6 +1,7 @@
 """The servers that sessions and the command are measured with: Debian's vsftpd and ProFTPD, which demand TLS at login,
 and OpenSSH."""
 
+import contextlib
 import os
 
 from serving import Server
@@ -41,6 +42,16 @@ class Daemon(Server):
         owner = self.served.stat()
         os.chown(folder, owner.st_uid, owner.st_gid)
         return folder
+
+
+@contextlib.contextmanager
+def both(build, names=NAMES):
+    with contextlib.ExitStack() as stack:
+        yield [stack.enter_context(Daemon(build, name)) for name in names]
+
+
+def all_three(build):
+    return both(build, [*NAMES, SSH])
 
 
 class Distant(Server):

@@ -2,6 +2,7 @@
 
 import daemons
 import session_works
+import sizes
 from clients import Work, program
 from figures import AMOUNT, Spread, per_unit
 from report import Table
@@ -14,7 +15,6 @@ PERCENT = "{:.3f} % ({:.3f}–{:.3f})"
 CPU_GOAL = "less than 1 % of a processor while nothing moves"
 KEPT_KIB = 300
 KEPT_GOAL = "less than 300 KiB for each kept connection"
-FLAT_KIB = 1024
 FLAT_GOAL = "a session's peak memory flat from the smallest file to the largest, within 1 MiB"
 
 
@@ -85,7 +85,7 @@ def _sizes(server, recorder, goals, effort):
         "are not uploaded, for want of room.",
         ["file", "rounds", "download", "upload"],
     )
-    medians = {"download": [], "upload": []}
+    peaks = {"download": [], "upload": []}
     for size in effort.session_sizes:
         cells = []
         for make in (session_works.download, session_works.upload):
@@ -98,9 +98,8 @@ def _sizes(server, recorder, goals, effort):
             )["session"]
             work.before()
             cells.append(Spread.of((run.peak for run in runs), AMOUNT))
-            medians[work.operation].append(cells[-1].median)
+            peaks[work.operation].append(cells[-1])
         table.rows.append([size_name(size), effort.quiet_rounds, *cells])
-    for operation, of_operation in medians.items():
-        apart = max(of_operation) - min(of_operation)
-        goals.judge(FLAT_GOAL, f"{operation}: {apart:.0f} KiB apart", apart <= FLAT_KIB)
+    for operation, of_operation in peaks.items():
+        sizes.judge_flat(goals, FLAT_GOAL, f"{operation}: ", of_operation)
     return table

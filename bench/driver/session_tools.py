@@ -3,21 +3,11 @@
 import pathlib
 import subprocess
 
+import clients
 from daemons import SSH
 
 CURL = ["curl", "--disable", "--silent", "--ssl-reqd"]
-LFTP = [
-    "set ssl:verify-certificate yes",
-    "set ftp:ssl-force yes",
-    "set ftp:ssl-protect-data yes",
-    "set ftp:ssl-protect-list yes",
-    "set net:max-retries 1",
-    "set net:timeout 60",
-    # It would give /dev/null the server's time, and put an older file aside.
-    "set ftp:use-mdtm no",
-    "set xfer:clobber yes",
-    "set xfer:make-backup no",
-]
+LFTP = [*clients.LFTP, "set ftp:ssl-force yes"]
 # Over 1.3, its uploads to vsftpd break off: it does not wait for the server to close the data connection.
 LFTP_UPLOAD = ["set ssl:priority NORMAL:-VERS-TLS1.3"]
 
@@ -38,22 +28,10 @@ def curl(server, work):
 def lftp(server, work):
     folder = pathlib.PurePosixPath("/") / work.path
     does = {
-        "download": f"get /{work.path} -o {server.discard()}",
-        "upload": f"put {work.local} -o /{work.path}",
-        "list": f"nlist /{work.path} > {work.local}",
         "test": f"cd {folder}",
         "rename": f"mv {folder / work.remote} {folder / work.local}",
-        "delete": f"rm {folder / work.remote}",
-    }[work.operation]
-    return _prepared(work, lftp_command(server, work.operation, does), _lftp_environment(server))
-
-
-def lftp_command(server, operation, does):
-    settings = [*LFTP, *(LFTP_UPLOAD if operation == "upload" else []), f"set ssl:ca-file {server.small_trust}"]
-    if server.name == SSH:
-        settings.append(f"set sftp:connect-program 'ssh -a -x -o UserKnownHostsFile={server.known_hosts()}'")
-    login = f"open --user backup --env-password {server.url('')}"
-    return ["lftp", "--norc", "-c", "; ".join([*settings, login, does])]
+    }.get(work.operation) or clients.lftp_does(server, work)
+    return _prepared(work, _lftp_command(server, work.operation, does), _lftp_environment(server))
 
 
 def lftp_mirror(server, operation, local, remote, parallel):
@@ -61,7 +39,7 @@ def lftp_mirror(server, operation, local, remote, parallel):
     mirror = f"mirror --parallel={parallel}"
     there = server.root + remote
     does = f"{mirror} --reverse {local} {there}" if operation == "upload" else f"{mirror} {there} {local}"
-    return lftp_command(server, operation, does), _lftp_environment(server)
+    return _lftp_command(server, operation, does), _lftp_environment(server)
 
 
 def rclone_copy(server, operation, local, remote, transfers):
@@ -78,8 +56,15 @@ def _prepared(work, command, environment):
     return prepare
 
 
+def _lftp_command(server, operation, does):
+    settings = [*LFTP, *(LFTP_UPLOAD if operation == "upload" else [])]
+    if server.name == SSH:
+        settings.append(f"set sftp:connect-program 'ssh -a -x -o UserKnownHostsFile={server.known_hosts()}'")
+    return clients.lftp_command(server, server.small_trust, settings, does)
+
+
 def _lftp_environment(server):
-    return {**server.environment(), "LFTP_PASSWORD": server.password}
+    return {**server.environment(), **clients.lftp_login(server)}
 
 
 def _rclone_environment(server):

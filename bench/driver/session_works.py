@@ -51,21 +51,16 @@ def listing(server, names):
 
 def small(server):
     """Each operation on little: what it costs is the way there."""
-    of_one_file = on_one_file(server)
-    return [
-        *(of_one_file[name] for name in ("test", "rename", "delete")),
-        listing(server, 100),
-        download(server, "20 kB", SMALL),
-        upload(server, "20 kB", SMALL),
-    ]
+    return _little(server, "test", "rename", "delete")
 
 
 def repeatable(server):
     """What can be called again and again."""
+    return _little(server, "rename", "size")
+
+
+def _little(server, *names):
+    """These calls on one file, and the transfers of little."""
     of_one_file = on_one_file(server)
-    return [
-        *(of_one_file[name] for name in ("rename", "size")),
-        listing(server, 100),
-        download(server, "20 kB", SMALL),
-        upload(server, "20 kB", SMALL),
-    ]
+    transfers = [listing(server, 100), download(server, "20 kB", SMALL), upload(server, "20 kB", SMALL)]
+    return [*(of_one_file[name] for name in names), *transfers]

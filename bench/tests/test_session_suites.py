@@ -1,7 +1,6 @@
 """The suites that measure sessions and the command, from end to end, with the least that there can be: what they need is there, and
 their rows are complete. As root, with Debian's daemons."""
 
-import contextlib
 import os
 import unittest
 from types import SimpleNamespace
@@ -40,8 +39,7 @@ EFFORT = SimpleNamespace(
 
 class Suites(unittest.TestCase):
     def setUp(self):
-        stack = self.enterContext(contextlib.ExitStack())
-        self.servers = [stack.enter_context(daemons.Daemon(BUILD, name)) for name in daemons.NAMES]
+        self.servers = self.enterContext(daemons.both(BUILD))
         self.recorder = measuring.Recorder(self.servers[0].build, lambda text: None)
         self.goals = Goals()
 

@@ -20,7 +20,7 @@ OPERATIONS = {
 
 
 def runners(block):
-    """The names of the tests that run such a block, as ctest knows them."""
+    """The names of the tests that run such a block."""
     stem = re.sub(r"^.*/|\.md$", "", block.document)
     return {
         "cpp": ["docs.programs"],

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""usage: facts.py CTEST BUILD CURL_H SFTPCLIENT
+"""usage: facts.py CTEST BUILD CURL_H SFTPCLIENT CLI_TEST
 Compares what the documents say with the sources, with libcurl's header and with the command's help."""
 
 import json
@@ -12,16 +12,26 @@ from documents import ROOT, read_all
 from sources import curl_codes, read_sources
 
 
-def names_of_tests(ctest, build):
-    command = [ctest, "--test-dir", build, "--show-only=json-v1"]
-    said = subprocess.run(command, check=True, capture_output=True, text=True)
-    return {test["name"].split("  #")[0] for test in json.loads(said.stdout)["tests"]}
+def output_of(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def names_of_tests(ctest, build, cli_test):
+    """What ctest runs, and the cases of the command's test, which it runs as one."""
+    said = json.loads(output_of(ctest, "--test-dir", build, "--show-only=json-v1"))
+    names = {test["name"] for test in said["tests"]}
+    suite = ""
+    for line in output_of(cli_test, "--gtest_list_tests").splitlines():
+        if line.startswith("  "):
+            names.add(suite + line.split()[0])
+        else:
+            suite = line.split()[0]
+    return names
 
 
 def help_of(command):
     forms = [[], ["get"], ["put"], ["ls"], ["mv"], ["rm"], ["test"], ["doctor"]]
-    said = [subprocess.run([command, *form, "--help"], check=True, capture_output=True, text=True) for form in forms]
-    return "\n".join(each.stdout for each in said)
+    return "\n".join(output_of(command, *form, "--help") for form in forms)
 
 
 def everything_else():
@@ -53,9 +63,9 @@ def findings(documents, tests, header, help_text):
     }
 
 
-def main(ctest, build, curl_h, command):
+def main(ctest, build, curl_h, command, cli_test):
     with open(curl_h, encoding="utf-8") as file:
-        found = findings(read_all(), names_of_tests(ctest, build), file.read(), help_of(command))
+        found = findings(read_all(), names_of_tests(ctest, build, cli_test), file.read(), help_of(command))
     for check, wrong in found.items():
         print(f"{check}: {'well' if not wrong else ''}")
         for line in wrong:

@@ -91,6 +91,16 @@ protected:
 
     int backUp() { return Process(setup()).wait(); }
 
+    /// Presses Ctrl-C when each thread has begun a file, and waits for the end.
+    void backUpUntilCtrlC()
+    {
+        const NewFiles temporaryFiles(served("photos"));
+        Process process(setup());
+        temporaryFiles.waitFor(kThreads);
+        process.signal(SIGINT);
+        EXPECT_EQ(130, process.wait());
+    }
+
     /// The last progress that it shows, and its other output.
     std::string lastShown() const
     {
@@ -158,11 +168,7 @@ TEST_F(BackupHost, CtrlCEndsItAndLeavesNoTemporaryFile)
         misbehave(std::to_string(i) + "/DATA=stall-after:1000");
     }
     serve();
-    const NewFiles temporaryFiles(served("photos"));
-    Process process(setup());
-    temporaryFiles.waitFor(kThreads);
-    process.signal(SIGINT);
-    EXPECT_EQ(130, process.wait());
+    backUpUntilCtrlC();
     EXPECT_EQ((std::map<std::string, std::string>{{".other.bak.0123456789ab.part", "another's"}}), arrived());
     const std::string ending = "\nbackup-host: interrupted\n";
     const std::string said = contentOf(folder.file("err"));
@@ -179,11 +185,7 @@ TEST_F(BackupHost, SaysWhereTemporaryFilesMayRemain)
     fs::create_directory(served("photos"));
     misbehave("DELE=reply:550 not allowed");
     serve();
-    const NewFiles temporaryFiles(served("photos"));
-    Process process(setup());
-    temporaryFiles.waitFor(kThreads);
-    process.signal(SIGINT);
-    EXPECT_EQ(130, process.wait());
+    backUpUntilCtrlC();
     EXPECT_EQ(4U, arrived().size());
     const std::string said = contentOf(folder.file("err"));
     EXPECT_NE(std::string::npos, said.find("\nbackup-host: temporary files may remain in ftp://localhost:" +

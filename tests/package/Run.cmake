@@ -1,5 +1,9 @@
 # What the scripts of this folder share: a command that must succeed, and what a consumer must print.
 
+# With their full names the sources are the same from the folder of each project, so that a compiler's cache, where
+# there is one, has each of them compiled once.
+unset(ENV{CCACHE_BASEDIR})
+
 function(must_succeed)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output)
     if(failed)

@@ -1,14 +1,10 @@
 #include "support/Certificates.h"
 
-#include <openssl/evp.h>
 #include <openssl/pem.h>
 
 namespace certificates {
 
 namespace {
-
-using Key = std::unique_ptr<EVP_PKEY, Releaser<EVP_PKEY, EVP_PKEY_free>>;
-using Buffer = std::unique_ptr<BIO, Releaser<BIO, BIO_free_all>>;
 
 std::string bytesOf(BIO* buffer)
 {
@@ -23,7 +19,7 @@ long serialOf(const X509* cert) { return ASN1_INTEGER_get(X509_get0_serialNumber
 
 Certificate make(long serial)
 {
-    const Key key(EVP_EC_gen("P-256"));
+    const testserver::Key key(EVP_EC_gen("P-256"));
     Certificate cert(X509_new());
     X509_set_version(cert.get(), X509_VERSION_3);
     ASN1_INTEGER_set(X509_get_serialNumber(cert.get()), serial);
@@ -40,14 +36,14 @@ Certificate make(long serial)
 
 std::string pemOf(X509* cert)
 {
-    const Buffer buffer(BIO_new(BIO_s_mem()));
+    const testserver::Memory buffer(BIO_new(BIO_s_mem()));
     PEM_write_bio_X509(buffer.get(), cert);
     return bytesOf(buffer.get());
 }
 
 std::string derOf(X509* cert)
 {
-    const Buffer buffer(BIO_new(BIO_s_mem()));
+    const testserver::Memory buffer(BIO_new(BIO_s_mem()));
     i2d_X509_bio(buffer.get(), cert);
     return bytesOf(buffer.get());
 }

@@ -1,21 +1,14 @@
 #ifndef SUPPORT_CERTIFICATES_H
 #define SUPPORT_CERTIFICATES_H
 
-#include <openssl/ssl.h>
-#include <openssl/x509.h>
+#include "server/OpenSslObjects.h"
 
-#include <memory>
 #include <string>
 
 namespace certificates {
 
-template <typename Type, void (*Release)(Type*)>
-struct Releaser
-{
-    void operator()(Type* object) const { Release(object); }
-};
-using Certificate = std::unique_ptr<X509, Releaser<X509, X509_free>>;
-using Context = std::unique_ptr<SSL_CTX, Releaser<SSL_CTX, SSL_CTX_free>>;
+using Certificate = testserver::Cert;
+using Context = testserver::TlsContext;
 
 /// A self-signed certificate that is known by its serial number.
 Certificate make(long serial);
