@@ -14,44 +14,44 @@
 #include <string>
 #include <vector>
 
-/// The oldest version of TLS that a session speaks.
+/// The oldest TLS version that a session accepts.
 enum class TlsVersion
 {
     Tls12,
     Tls13
 };
 
-/// Where a transfer stands.
+/// The phase of a transfer.
 enum class TransferPhase
 {
     Connecting,   ///< no byte of the file has moved yet
-    Transferring, ///< bytes move
-    Finishing     ///< all bytes have moved; the server's confirmation is awaited
+    Transferring, ///< bytes are moving
+    Finishing     ///< all bytes have moved; the server has not confirmed yet
 };
 
-/// How far a transfer is.
+/// The progress of a transfer.
 struct TransferProgress
 {
-    std::int64_t bytes = 0;  ///< of the file, moved so far, those of an earlier attempt that is resumed included
-    std::int64_t total = -1; ///< of the file; -1: unknown
-    TransferPhase phase = TransferPhase::Connecting; ///< what is going on
+    std::int64_t bytes = 0;  ///< moved so far, including those of an earlier attempt that is resumed
+    std::int64_t total = -1; ///< the file's size; -1: unknown
+    TransferPhase phase = TransferPhase::Connecting; ///< the current phase
 };
 
 enum class EntryKind
 {
     File,
     Directory,
-    Other ///< a link, a device, or what the server does not name
+    Other ///< a link, a device, or what the server does not specify
 };
 
-/// What is in a directory on the server. Names are the server's: check them before they become local paths.
+/// An entry of a directory on the server. The server chose the name: check it before using it as a local path.
 struct RemoteEntry
 {
     std::string name;                  ///< within its directory
     EntryKind kind = EntryKind::Other; ///< what it is
     std::int64_t size = -1;            ///< in bytes; -1: unknown
-    /// Where the server reports it in UTC: always in a file's `StatEntry`, unless the server knows none of MLST and
-    /// MDTM; in `ListEntries` where it knows MLSD. Other listings are in a time zone that nobody tells.
+    /// Set if the server reports it in UTC: by `StatEntry` for a file, if the server supports MLST or MDTM; by
+    /// `ListEntries`, if it supports MLSD. Other listings do not say which time zone they use.
     std::optional<std::chrono::system_clock::time_point> modified;
 };
 
@@ -61,157 +61,158 @@ using DataSink = std::function<bool(const char* bytes, std::size_t size)>;
 /// Fills up to `size` bytes of an upload and returns how many; 0 at the end.
 using DataSource = std::function<std::size_t(char* bytes, std::size_t size)>;
 
-/// How a session behaves. A plain record: fill in what differs, and hand it to the session, which checks it.
+/// How a session behaves. A plain record: set the fields that differ from the defaults; the session checks them.
 struct SessionOptions
 {
-    /// `ftp:` URLs go on only over TLS, before the login, for control and data; else the result is 64. False lets a
-    /// server without TLS have the login and the files in the clear; TLS is still used where the server has it.
+    /// `ftp:` URLs require TLS before the login, on control and data connections; a server without TLS gives 64. If
+    /// false, such a server gets the login and the files in the clear; TLS is still used if the server offers it.
     bool requireTls = true;
-    bool compareHostName = true;               ///< the server's certificate must name the URL's host
-    TlsVersion minimumTls = TlsVersion::Tls12; ///< no older version is spoken
-    std::string pinnedPublicKey;               ///< "sha256//BASE64": the public key that the server must have; else 90
-    std::string clientCertificate;             ///< PEM text; with `clientKey`
+    bool compareHostName = true;               ///< the server's certificate must match the URL's host name
+    TlsVersion minimumTls = TlsVersion::Tls12; ///< the oldest version that is accepted
+    std::string pinnedPublicKey;               ///< "sha256//BASE64": the server's public key; any other gives 90
+    std::string clientCertificate;             ///< PEM text; requires `clientKey`
     std::string clientKey;                     ///< PEM text, without a passphrase
 
-    std::string knownHostsFile; ///< SSH: a file as OpenSSH writes it
-    std::string hostKeySha256;  ///< SSH: the fingerprint that the host key must have, as ssh-keygen -l prints it
-    bool acceptUnknownHostKey =
-        false; ///< SSH: go on where nothing is known of the host; a changed key is refused still
+    std::string knownHostsFile;        ///< SSH: a file in OpenSSH's known_hosts format
+    std::string hostKeySha256;         ///< SSH: the host key's fingerprint, as ssh-keygen -l prints it
+    bool acceptUnknownHostKey = false; ///< SSH: accept a host that is not known; a changed key is still refused
 
-    std::string proxy; ///< a URL; empty: none, whatever the environment says. A proxy for HTTP must allow CONNECT
+    std::string proxy; ///< a URL; empty: no proxy, whatever the environment says. An HTTP proxy must allow CONNECT
 
     // Limits; 0: none.
-    std::chrono::milliseconds connectTimeout{20000}; ///< up to the end of the login, and for each data connection
+    std::chrono::milliseconds connectTimeout{20000}; ///< until the login is done, and for each data connection
     std::chrono::milliseconds replyTimeout{60000};   ///< for each reply
-    std::chrono::milliseconds stallTimeout{60000};   ///< how long a transfer may go without a byte
-    std::chrono::milliseconds callTimeout{0};        ///< for a call as a whole
+    std::chrono::milliseconds stallTimeout{60000};   ///< how long a transfer may move no byte
+    std::chrono::milliseconds callTimeout{0};        ///< for the whole call
     std::uint64_t sendRate = 0;                      ///< bytes a second
     std::uint64_t receiveRate = 0;                   ///< bytes a second
 
-    bool atomicUpload = true; ///< under a temporary name beside the target, renamed when it is whole
-    bool verifyUpload = true; ///< compare the size on the server
-    /// A download ends when the file is on the disk. False leaves that to the system, which is much faster for many
-    /// small files: sync the file system once after the last.
+    bool atomicUpload = true; ///< to a temporary name beside the target, renamed once complete
+    bool verifyUpload = true; ///< compare the size on the server with the bytes sent
+    /// A download returns once the file is on the disk (fsync). If false, the system writes it later, which is much
+    /// faster for many small files: call sync() once after the last.
     bool syncDownload = true;
-    /// Files only: what a broken transfer has moved stays, and the next call for the same file goes on from there, if
-    /// the last 64 KiB agree; else from the start. See "Resuming" below.
+    /// Files only: a transfer that breaks off keeps what it has moved, and the next call for the same file continues
+    /// from there if the last 64 KiB match, otherwise from the start. See "Resuming" below.
     bool resume = false;
 
-    std::chrono::milliseconds idleTimeout{60000}; ///< how long an idle connection may be used again
+    std::chrono::milliseconds idleTimeout{60000}; ///< how long an idle connection is kept for reuse
     unsigned maxConnections = 8;                  ///< to one server at a time; further calls wait
 
-    /// Called at most ten times a second, and at the end, on the thread of the call that it is about.
+    /// Called at most ten times a second, and at the end, on the thread of the call it reports on. The time it takes
+    /// counts towards `callTimeout` only.
     std::function<void(const TransferProgress&)> progress;
 };
 
-/// The five operations of `SFtpClient`, and more, on every server: safe unless told otherwise, over connections that
-/// are kept from call to call.
+/// The five operations of `SFtpClient`, and more, on every server: secure by default, over connections that are kept
+/// between calls.
 ///
-/// A host that has an `SFtpClient` changes the type of its object. The requests are the same, but no port is needed in
-/// a URL, names may hold blanks, and `caCert` counts for all operations: one or more certificates (PEM), or one (DER),
-/// that are trusted alone; empty, the machine's trust store is; "none" is as for `SFtpClient`.
+/// A host that has an `SFtpClient` changes the type of its object. The requests stay the same, but URLs need no port,
+/// names may contain blanks, and all operations use `caCert`: one or more certificates (PEM), or one (DER), which alone
+/// are trusted. If it is empty, the machine's trust store is used; "none" works as for `SFtpClient`.
 ///
 /// Every operation returns
-///   0    success; `errorText` is left as it was,
-///   else libcurl's result code (9 is reported as 78), or the one that libcurl has for what the session itself found;
-///        `errorText` is replaced by libcurl's text, its detail, and the server's last reply. -1 is never returned.
-/// Nothing is printed; a record of the host's log tells how each call ended. Of the session itself only
-/// `std::bad_alloc` is thrown; what the host's services, a sink, a source or `progress` throw ends the call and passes
-/// to the caller.
+///   0    for success; `errorText` is unchanged;
+///   else libcurl's result code (9 is reported as 78), also for what the session itself detects; `errorText` is
+///   replaced
+///        with libcurl's text, its detail, and the server's last reply. -1 is never returned.
+/// Nothing is printed; one record in the host's log says how each call ended. The session itself throws only
+/// `std::bad_alloc`; an exception from the host's services, a sink, a source or `progress` ends the call and reaches
+/// the caller.
 ///
-/// Refused before anything is sent: a URL that cannot be read (3), another scheme than ftp, ftps and sftp (1), a port
-/// above 65535 (3), and control bytes in the URL, a name, the user or the password (43). All of a URL behind the host
-/// is a path: "?", "#" and ";" are bytes of a name.
+/// Refused before anything is sent: a URL that does not parse (3), a scheme other than ftp, ftps and sftp (1), a port
+/// above 65535 (3), and control bytes in the URL, a name, the user or the password (43). Everything after the host of a
+/// URL is the path: "?", "#" and ";" are part of a name.
 ///
-/// Threads: any number may use one session at the same time. Each call has a connection to itself, an idle one of the
-/// same server, login, trust and options where there is one.
+/// Threads: any number may use one session at the same time. Each call has a connection to itself: an idle one with the
+/// same server, login, trust and options, or a new one.
 ///
-/// Kept connections: closed by the session's destructor, and at the next call after `idleTimeout`. libcurl keeps the
-/// login of a connection in memory as long as the connection lives; the session makes no copy of its own.
+/// Kept connections: closed by the session's destructor, and by the next call after `idleTimeout`. libcurl keeps a
+/// connection's login in memory while the connection lives; the session makes no copy of its own.
 ///
-/// Resuming: with `SessionOptions::resume`, UploadFileToSFtpServer and DownLoadSFtpFile leave the temporary file of a
-/// failure where it is, and find it again: its name has digits that are made of both ends' names and of the file's size
-/// and time of modification, so that a file that has changed begins anew under another name. Who gives up for good
-/// removes what is left, ".NAME.DIGITS.part". Of several calls for one file at a time, one resumes; an upload holds a
-/// lock (flock) on the local file for that. Without effect where `atomicUpload` is false, and for DownLoadTo and
-/// UploadFrom, whose bytes cannot be had a second time.
+/// Resuming: with `SessionOptions::resume`, UploadFileToSFtpServer and DownLoadSFtpFile leave a failed transfer's
+/// temporary file in place, ".NAME.DIGITS.part", and find it again: the digits depend on both ends' names and on the
+/// file's size and modification time, so a file that has changed starts over under another name. A caller that gives up
+/// removes what is left. If several calls transfer the same file at once, one resumes; an upload holds a lock (flock)
+/// on the local file for that. No effect if `atomicUpload` is false, nor on DownLoadTo and UploadFrom, whose bytes
+/// cannot be read twice.
 ///
-/// fork(): a child leaves its parent's sessions alone and makes its own; both would use the same connections.
+/// fork(): a child must not use its parent's sessions, because both would use the same connections; it makes its own.
 ///
-/// Signals: SIGPIPE cannot come from a call. The thread's signal mask, errno and OpenSSL's queue of errors are as
-/// before when a call returns.
+/// Signals: a call never raises SIGPIPE. The thread's signal mask, errno and OpenSSL's error queue are as before when a
+/// call returns.
 ///
 /// REQUIRES, for every operation: the host has called `curl_global_init` and supplies the host services (platform/);
 /// the request stays unchanged until the call returns.
 class __attribute__((visibility("default"))) SFtpSession : public SFtpClient
 {
 public:
-    /// Throws `std::invalid_argument`, whose text names the field, for options that cannot be, and `std::system_error`
-    /// where the process has no descriptor left.
+    /// Throws `std::invalid_argument` for invalid options, with a text that names the field, and `std::system_error` if
+    /// the process has no file descriptor left.
     explicit SFtpSession(SessionOptions options = {});
 
-    /// REQUIRES: no call running on it.
+    /// REQUIRES: no call is running.
     ~SFtpSession() override;
 
     SFtpSession(const SFtpSession&) = delete;
     SFtpSession& operator=(const SFtpSession&) = delete;
 
-    /// Writes the names in the directory `remotePath` to the local file `localPath`, one a line, without "." and "..".
-    /// The local file is replaced when all is there; a failure leaves it as it was.
+    /// Writes the names in the directory `remotePath` to the local file `localPath`, one per line, without "." and
+    /// "..". The local file is replaced once the listing is complete; a failure leaves it as it was.
     int Listsftpdir(const SFtpRequest& request, std::string& errorText) override;
 
-    /// Fetches the file `remotePath` into `localPath`, which is replaced when all is there; a failure leaves it as it
-    /// was. 63 where the file is as large as 104857600 bytes for a `localPath` named "RetentionDB.db", or 53687091200
-    /// bytes for any other; 23 where the local file cannot be written.
+    /// Downloads the file `remotePath` to `localPath`, which is replaced once the file is complete; a failure leaves it
+    /// as it was. 63 for a file of 53687091200 bytes or more (104857600 if `localPath` is named "RetentionDB.db"); 23
+    /// if the local file cannot be written.
     int DownLoadSFtpFile(const SFtpRequest& request, std::string& errorText) override;
 
-    /// Renames `remoteFileName` to `localPath` within the directory `remotePath`. 21 where the server refuses.
+    /// Renames `remoteFileName` to `localPath` within the directory `remotePath`. 21 if the server refuses.
     int ReNameSFtpFile(const SFtpRequest& request, std::string& errorText) override;
 
-    /// Deletes `remoteFileName` in the directory `remotePath`. 21 where the server refuses.
+    /// Deletes `remoteFileName` in the directory `remotePath`. 21 if the server refuses.
     int DelSFtpFile(const SFtpRequest& request, std::string& errorText) override;
 
-    /// Sends the regular file `localPath` to `remotePath`, creating missing directories. 26 where the local file cannot
-    /// be read, 18 where the server has another number of bytes afterwards. A failure removes the temporary file from
-    /// the server as long as the connection lasts. A server that does not rename over an existing file has it renamed
-    /// away first and deleted last; where that breaks off, `errorText` names what is left.
+    /// Uploads the regular file `localPath` to `remotePath` and creates missing directories. 26 if the local file
+    /// cannot be read, 18 if its size on the server differs afterwards. A failed upload removes its temporary file if
+    /// the connection still works. On a server that cannot rename over an existing file, that file is renamed first and
+    /// deleted last; if this breaks off, `errorText` names what is left.
     int UploadFileToSFtpServer(const SFtpRequest& request, std::string& errorText) override;
 
-    /// Connects and logs in, and over FTP enters the directory `remotePath`; no data connection is made.
+    /// Connects, logs in and, over FTP, enters the directory `remotePath`; opens no data connection.
     int TestSConnect(const SFtpRequest& request, std::string& errorText);
 
-    /// Replaces `entries` by what is in the directory `remotePath`, without "." and "..", and without names that hold a
-    /// "/" or a zero byte; a failure leaves it alone. 63 where the listing, or what is kept of it, is larger than
-    /// 128 MiB.
+    /// Replaces `entries` with the contents of the directory `remotePath`, without ".", "..", and names that contain
+    /// "/" or a zero byte; a failure leaves `entries` unchanged. 63 if the listing, or what is kept of it, exceeds 128
+    /// MiB.
     int ListEntries(const SFtpRequest& request, std::vector<RemoteEntry>& entries, std::string& errorText);
 
-    /// Tells about the file or directory `remotePath`. 78 where there is none; a failure leaves `entry` alone.
+    /// Describes the file or directory `remotePath`. 78 if it does not exist; a failure leaves `entry` unchanged.
     int StatEntry(const SFtpRequest& request, RemoteEntry& entry, std::string& errorText);
 
-    /// Makes the directory `remotePath`, whose parent must be there. 21 where the server refuses.
+    /// Creates the directory `remotePath`, whose parent must exist. 21 if the server refuses.
     int MakeSFtpDir(const SFtpRequest& request, std::string& errorText);
 
-    /// Removes the empty directory `remotePath`. 21 where the server refuses.
+    /// Removes the empty directory `remotePath`. 21 if the server refuses.
     int RemoveSFtpDir(const SFtpRequest& request, std::string& errorText);
 
-    /// Hands the file `remotePath` to `sink`, in order. `localPath` is not used. What `sink` has got when the download
-    /// fails is the beginning of the file. 63 where the file is as large as 53687091200 bytes.
+    /// Downloads the file `remotePath` to `sink`, in order; `localPath` is not used. If the download fails, `sink` has
+    /// received the beginning of the file. 63 for a file of 53687091200 bytes or more.
     int DownLoadTo(const SFtpRequest& request, const DataSink& sink, std::string& errorText);
-    /// The same into a stream; 23 where it takes no more.
+    /// The same to a stream; 23 if writing to it fails.
     int DownLoadTo(const SFtpRequest& request, std::ostream& out, std::string& errorText);
 
-    /// Sends what `source` gives to `remotePath`, as `UploadFileToSFtpServer` does. `size`: how many bytes there will
-    /// be, -1 where that is not known; 26 where there are fewer or more.
+    /// Uploads the bytes of `source` to `remotePath`, as `UploadFileToSFtpServer` does. `size`: their number, or -1 if
+    /// unknown; 26 if there are fewer or more.
     int UploadFrom(const SFtpRequest& request, const DataSource& source, std::string& errorText,
                    std::int64_t size = -1);
-    /// The same from a stream, up to its end; 26 where it cannot be read.
+    /// The same from a stream, up to its end; 26 if reading it fails.
     int UploadFrom(const SFtpRequest& request, std::istream& in, std::string& errorText, std::int64_t size = -1);
 
-    /// Ends every call that runs or waits, and every one that comes later, with 42. From any thread, or from a signal
-    /// handler. What a call has completed by then stays, with 0.
+    /// Ends every call that is running, waiting or made later with 42. May be called from any thread and from a signal
+    /// handler. A call that is already complete returns 0.
     void Cancel() noexcept;
 
-    /// Lets calls run again.
+    /// Lets new calls run again.
     void ClearCancel() noexcept;
 
 private:
