@@ -15,20 +15,20 @@
 #include <set>
 #include <string>
 
-/// The way of a call, from the top down. Nothing knows what is above it.
+/// The path of a call, from the top down. Nothing knows what is above it.
 ///
 ///     SFtpSession.cpp        the public functions: each names its operation
-///     Engine                 takes a connection for it, runs it, makes a result and a record of its end
-///     operation/             what is said and moved: Commands, Listing, Download, Upload
-///     connection/Transfer    one transfer of libcurl's: its options and callbacks
-///     connection/Connection  the easy handle, its sockets, and the wait for them; kept in the Pool
+///     Engine                 takes a connection, runs the operation, returns its result and records it
+///     operation/             what is sent and moved: Commands, Listing, Download, Upload
+///     connection/Transfer    one libcurl transfer: its options and callbacks
+///     connection/Connection  the easy handle and its sockets; kept in the Pool
 ///
-/// Beside it: request/ (what a request and the options mean: URL, login, trust), files/ (the local ones), call/
-/// (limits, progress, the caller's exceptions, Cancel, the thread's state, and Failure, by which every call that fails
-/// ends).
+/// Beside it: request/ (the meaning of a request and the options: URL, login, trust), files/ (local files), call/
+/// (limits, progress, the caller's exceptions, Cancel, the thread's state, and Failure, the exception that ends a
+/// call).
 namespace session {
 
-/// Servers of which something is known, for all threads.
+/// A set of servers, for all threads.
 class ServerSet
 {
 public:
@@ -54,13 +54,14 @@ class Engine
 public:
     using Operation = std::function<void(const Work&)>;
 
-    /// Throws `std::invalid_argument`, whose text names the field, for options that cannot be.
+    /// Throws `std::invalid_argument` for invalid options, with a text that names the field.
     explicit Engine(SessionOptions&& options);
     ~Engine();
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
-    /// Runs one operation over a connection of its own; 0, or the code of a failure, whose text replaces `errorText`.
+    /// Runs one operation over a connection reserved for it. Returns 0, or the code of a failure, whose text replaces
+    /// `errorText`.
     int call(const char* function, const SFtpRequest& request, std::string& errorText, const Operation& operation);
 
     StopSwitch& stop() { return m_stop; }

@@ -16,7 +16,7 @@
 
 namespace session {
 
-/// One call from its beginning to its end: its limits, how far it is, and what the caller's functions threw.
+/// One call from beginning to end: its limits, its progress, and what the caller's functions threw.
 class Call
 {
 public:
@@ -24,31 +24,31 @@ public:
 
     Call(const SessionOptions& options, const StopSwitch& stop);
 
-    /// Why it must end now: 42 or 28; 0 while it may go on.
+    /// Why it must end now: 42 or 28; 0 if it may go on.
     CURLcode verdict() const;
-    /// The sentence about that.
+    /// The text for that.
     std::string reason() const;
 
-    /// What is left of the call's own limit; nothing where it has none. Never less than a millisecond, because 0 would
-    /// mean no limit to libcurl.
+    /// What is left of the call's own limit; nothing if it has none. At least a millisecond, because to libcurl 0 means
+    /// no limit.
     std::optional<std::chrono::milliseconds> timeLeft() const;
 
-    /// A file of so many bytes, -1 for unknown, begins to move; `done` of them have moved before.
+    /// A file of `total` bytes (-1: unknown) begins to move; `done` of them have moved before.
     void beginTransfer(std::int64_t total, std::int64_t done = 0);
-    /// Bytes have moved.
+    /// More bytes have moved.
     void moved(std::size_t bytes);
-    /// All have.
+    /// All bytes have moved.
     void finishing();
 
-    /// What a server that has been reached owes the call at the moment: each has its limit.
+    /// What the server owes the call at the moment; each kind has its own limit.
     enum class Awaited
     {
-        Nothing, ///< it has not been reached, or is done: libcurl limits that
+        Nothing, ///< still connecting, or done: libcurl's own limits apply
         Reply,
         Bytes
     };
     void await(Awaited what);
-    /// The server is alive: the limit counts from now on.
+    /// The server has shown a sign of life: the limit starts anew.
     void sawSign() { m_lastSign = Clock::now(); }
     Awaited awaited() const { return m_awaited; }
 
@@ -58,13 +58,13 @@ public:
     /// For a file of unknown size.
     void learnTotal(std::int64_t total);
 
-    /// Tells the caller how far it is, if it is time to.
+    /// Reports the progress to the caller, if a report is due.
     void report(bool always = false);
 
-    /// Keeps what one of the caller's functions has thrown: libcurl is C, and must not be unwound.
+    /// Keeps what one of the caller's functions has thrown: no exception may pass through libcurl, which is C.
     void keepException() { m_thrown = std::current_exception(); }
     bool hasThrown() const { return m_thrown != nullptr; }
-    /// Hands it on. What is done afterwards, to clean up, tells nobody of its progress.
+    /// Rethrows it. The clean-up that follows reports no progress.
     void rethrow()
     {
         if (m_thrown) {

@@ -8,7 +8,7 @@
 
 namespace session {
 
-/// Ends a call: the code that it returns, and as `what()` the sentence about it.
+/// Ends a call: the code that it returns, and its text as `what()`.
 class Failure : public std::runtime_error
 {
 public:
@@ -20,7 +20,7 @@ private:
     CURLcode m_code;
 };
 
-/// A failure that the session itself found: libcurl's text for `code`, and what was found.
+/// A failure that the session itself detected: libcurl's text for `code`, and what was detected.
 inline Failure refusal(CURLcode code, const std::string& found)
 {
     return {code, std::string(curl_easy_strerror(code)) + ": " + found};

@@ -10,7 +10,7 @@
 
 namespace session {
 
-/// Throws `std::bad_alloc` where libcurl has no memory for an option, and `Failure` where it refuses it.
+/// Throws `std::bad_alloc` if libcurl has no memory for an option, and `Failure` if it refuses it.
 inline void require(CURLcode answer, CURLoption option)
 {
     if (answer == CURLE_OUT_OF_MEMORY) {
@@ -29,7 +29,7 @@ void set(CURL* handle, CURLoption option, Value value)
     require(curl_easy_setopt(handle, option, value), option);
 }
 
-/// REQUIRES: `bytes` lives as long as the handle may use it.
+/// REQUIRES: `bytes` outlives the handle's use of it.
 inline void setBlob(CURL* handle, CURLoption option, const std::string& bytes)
 {
     curl_blob blob = {const_cast<char*>(bytes.data()), bytes.size(), CURL_BLOB_NOCOPY};

@@ -6,8 +6,8 @@
 
 namespace session {
 
-/// Stops what runs in a session: whoever waits can wait for its descriptor as well, and whoever is inside libcurl,
-/// which waits for some replies on its own, has its sockets shut down.
+/// Stops what runs in a session. Threads that wait include its descriptor in their poll; threads inside libcurl, which
+/// waits for some replies by itself, get their sockets shut down.
 class StopSwitch
 {
     struct Slot
@@ -18,25 +18,25 @@ class StopSwitch
     };
 
 public:
-    /// Throws `std::system_error` where the process has no descriptor left.
+    /// Throws `std::system_error` if the process has no file descriptor left.
     StopSwitch();
     ~StopSwitch();
     StopSwitch(const StopSwitch&) = delete;
     StopSwitch& operator=(const StopSwitch&) = delete;
 
-    /// May be called in a signal handler.
+    /// Safe in a signal handler.
     void turnOn() noexcept;
     void turnOff() noexcept;
-    /// Also as long as a turnOn() is still at work, whoever has turned it off meanwhile.
+    /// Also true while a turnOn() is still at work, even if another thread has turned it off meanwhile.
     bool isOn() const noexcept { return m_on.load() || m_cutting.load() > 0; }
-    /// How often it has been turned on: who began before the last time is stopped, on or off.
+    /// How often it has been turned on. A call that began before the last time is stopped, even if it is off again.
     unsigned turns() const noexcept { return m_turns.load(); }
 
-    /// Readable as long as the switch is on.
+    /// Readable while the switch is on.
     int descriptor() const noexcept { return m_event; }
 
-    /// Lets the switch shut a socket down as long as this object lives.
-    /// REQUIRES: the number is the socket's for as long.
+    /// Lets the switch shut a socket down while this object lives.
+    /// REQUIRES: the descriptor stays open until then.
     class Reach
     {
     public:
@@ -58,7 +58,7 @@ private:
     std::atomic<unsigned> m_turns{0};
     std::atomic<int> m_cutting{0};
     std::mutex m_taking;
-    std::atomic<Slot*> m_slots{nullptr}; // only ever grows: a signal handler walks along it
+    std::atomic<Slot*> m_slots{nullptr}; // only grows: a signal handler walks it
 };
 
 } // namespace session

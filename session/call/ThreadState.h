@@ -7,8 +7,8 @@
 
 namespace session {
 
-/// Leaves the calling thread as it was: errno, OpenSSL's queue of errors, and the signal mask, in which SIGPIPE is
-/// blocked meanwhile. A SIGPIPE that came from within is taken away.
+/// Restores the calling thread's state: errno, OpenSSL's error queue, and the signal mask, in which SIGPIPE is blocked
+/// meanwhile. A SIGPIPE raised in between is discarded.
 class ThreadState
 {
 public:

@@ -18,54 +18,54 @@
 
 namespace session {
 
-/// What a server has said about itself; asked once a connection.
+/// What a server supports; asked once per connection.
 struct Features
 {
     bool mlst = false; ///< MLSD and MLST
 };
 
-/// A connection to one server with one login: an easy handle that is used again and again, because libcurl keeps the
-/// TLS session there that the server wants to see again on each data connection.
+/// A connection to one server with one login: an easy handle that is reused, because libcurl keeps in it the TLS
+/// session that the server expects again on each data connection.
 class Connection
 {
 public:
     explicit Connection(StopSwitch& stop);
 
-    /// Says QUIT, and does not wait for the answer.
+    /// Sends QUIT, and does not wait for the reply.
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /// The handle, as new but for the connection that it holds.
+    /// The handle, reset except for the connection it holds.
     CURL* renew();
 
-    /// Makes the transfer that the handle is set up for.
+    /// Performs the transfer that the handle is set up for.
     CURLcode run(Call& call);
 
-    /// Keeps a line that the server says; true where it ends a reply.
+    /// Records a line from the server; true if it ends a reply.
     bool hear(std::string_view line) { return m_replies.add(line); }
-    /// What the server said during the last transfer.
+    /// The server's replies during the last transfer.
     const Replies& replies() const { return m_replies; }
-    /// libcurl's own words about the last transfer's failure.
+    /// libcurl's error text for the last transfer.
     std::string detail() const { return m_detail.data(); }
 
-    /// No request may come here any more.
+    /// It must not be used for another call.
     void giveUp() { m_usable = false; }
-    /// The same, at once: nothing more is sent, and nobody waits for a reply.
+    /// The same, at once: nothing more is sent, and no reply is awaited.
     void cut();
     bool isUsable() const { return m_usable; }
     bool isCut() const { return m_isCut; }
-    /// Whether it leads to the server.
+    /// Whether it is connected.
     bool isOpen() const { return !m_sockets.empty(); }
 
     std::optional<Features> features;
-    /// TLS 1.2 was refused: the server has nothing but 1.3.
+    /// The server refused TLS 1.2 and supports only 1.3.
     bool newestTls = false;
     std::chrono::steady_clock::time_point lastUsed = std::chrono::steady_clock::now();
 
 private:
-    /// A socket of libcurl's, and a descriptor of our own for it: libcurl 7.88 closes one that did not connect without
-    /// a word, and then its number may be another connection's.
+    /// A socket of libcurl's, and our own descriptor for it: libcurl 7.88 closes a socket that did not connect without
+    /// its callback, and the number may then belong to another connection.
     class Socket
     {
     public:
@@ -75,9 +75,9 @@ private:
         Socket& operator=(const Socket&) = delete;
 
         curl_socket_t number() const { return m_number; }
-        /// -1 where the process has no descriptor left.
+        /// -1 if the process has no file descriptor left.
         int own() const { return m_own; }
-        /// Whether libcurl still has it.
+        /// Whether libcurl still has it open.
         bool isOpen() const;
         void reachBy(StopSwitch& stop) { m_reach.emplace(stop, m_own); }
         void leaveAlone() { m_reach.reset(); }
@@ -100,12 +100,12 @@ private:
 
     StopSwitch& m_stop;
     std::list<Socket> m_sockets;
-    Call* m_call = nullptr; // of the transfer that runs
+    Call* m_call = nullptr; // of the current transfer
     Replies m_replies;
     std::array<char, CURL_ERROR_SIZE> m_detail = {};
     bool m_usable = true;
     bool m_isCut = false;
-    // In this order: the handle leaves the multi handle, which closes the connection, before it goes itself.
+    // In this order: the multi handle goes first and closes the connection, while the easy handle still exists.
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> m_easy;
     std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> m_multi;
 };

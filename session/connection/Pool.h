@@ -16,7 +16,7 @@
 
 namespace session {
 
-/// The connections of a session that nobody uses at the moment, and how many there are.
+/// The idle connections of a session, and the number of all connections to each server.
 class Pool
 {
 public:
@@ -25,7 +25,7 @@ public:
     {
     }
 
-    /// A connection that is one call's alone until this object goes; then it is kept, if it is still of use.
+    /// Reserves a connection for one call. The destructor returns it to the pool, if it is still usable.
     class Lease
     {
     public:
@@ -42,13 +42,13 @@ public:
         std::unique_ptr<Connection> m_connection;
     };
 
-    /// An idle connection of that identity, or where there is none or `fresh` asks for it, a new one. Waits while there
-    /// are as many to that server as may be. Throws `Failure` when the call must end meanwhile.
-    /// REQUIRES: the identity outlives the lease.
+    /// An idle connection of that identity, or a new one if there is none or `fresh` asks for it. Waits while the
+    /// server has its maximum of connections. Throws `Failure` if the call must end meanwhile. REQUIRES: the identity
+    /// outlives the lease.
     std::unique_ptr<Lease> take(const Identity& identity, const Call& call, bool fresh = false);
 
-    /// Closes what is idle.
-    /// REQUIRES: no lease.
+    /// Closes the idle connections.
+    /// REQUIRES: no lease exists.
     void clear() { m_idle.clear(); }
 
 private:
@@ -68,10 +68,10 @@ private:
     unsigned m_most;
     std::chrono::milliseconds m_idleTimeout;
     StopSwitch& m_stop;
-    std::mutex m_mutex; // for all that follows
+    std::mutex m_mutex; // for all of the following
     std::condition_variable m_returned;
-    Connections m_idle;                       // the one used last in front
-    std::map<std::string, unsigned> m_counts; // of each server, those in use included
+    Connections m_idle;                       // most recently used first
+    std::map<std::string, unsigned> m_counts; // per server, including those in use
 };
 
 } // namespace session

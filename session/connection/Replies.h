@@ -7,25 +7,25 @@
 
 namespace session {
 
-/// What an FTP server has said during one transfer, as libcurl's header callback hands it over line by line.
+/// An FTP server's replies during one transfer, as libcurl's header callback passes them line by line.
 class Replies
 {
 public:
-    /// True where the line ends a reply.
+    /// True if the line ends a reply.
     bool add(std::string_view line);
 
-    /// The last line of the last complete reply, "550 no such file"; empty where there was none.
+    /// The last line of the last complete reply, "550 no such file"; empty if there was none.
     const std::string& last() const { return m_last; }
 
-    /// The code of the last complete reply; 0 where there was none.
+    /// The code of the last complete reply; 0 if there was none.
     int lastCode() const { return m_lastCode; }
 
-    /// Whether a reply of this code tells that a data connection is used now.
+    /// Whether a reply with this code announces the use of a data connection.
     static bool opensData(int code) { return code == 150 || code == 125; }
     /// Whether there has been one.
     bool openData() const { return m_openData; }
 
-    /// All lines, without their ends; of a server without end the first thousand.
+    /// All lines, without line ends; at most the first thousand.
     const std::vector<std::string>& lines() const { return m_lines; }
 
 private:
@@ -35,7 +35,7 @@ private:
     std::vector<std::string> m_lines;
 };
 
-/// The bytes that a reply to SIZE tells ("213 1048576"), or -1.
+/// The size in a reply to SIZE ("213 1048576"), or -1.
 long long sizeInReply(std::string_view line);
 
 } // namespace session

@@ -18,51 +18,50 @@
 
 namespace session {
 
-/// What to say where the server has another number of bytes than it was sent.
+/// The text for an upload whose size on the server differs from the bytes sent.
 std::string sizesDiffer(std::int64_t there, std::int64_t sent);
 
-/// One transfer of libcurl's over a connection: set up step by step, then run.
+/// One libcurl transfer over a connection: set up step by step, then run.
 class Transfer
 {
 public:
-    /// REQUIRES: all three outlive this object; no other transfer is being made with the connection.
+    /// REQUIRES: all three outlive this object; the connection has no other transfer.
     Transfer(Connection& connection, Access& access, Call& call);
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
 
     void visit(const std::string& url);
-    /// No data connection: only what `after` and the way to the directory bring about.
+    /// No data connection: only changes to the directory and runs the commands of `after`.
     void withoutData();
-    /// Commands to the server when everything else is done. A "*" in front lets one fail.
+    /// Commands for the server once everything else is done. One that begins with "*" may fail.
     void after(const std::vector<std::string>& commands);
     /// Where received bytes go.
     void receive(const DataSink& sink);
-    /// Where bytes to send come from; `size` -1 where it is not known.
+    /// Where bytes to send come from; `size` is -1 if unknown.
     void send(const DataSource& source, std::int64_t size);
-    /// The same for a regular file, from `offset` on, behind what the server has.
+    /// The same for a regular file, from `offset` on, appended to what the server has.
     void send(const LeavingFile& file, std::int64_t offset);
-    /// Leaves out what comes before `offset`.
+    /// Skips everything before `offset`.
     void receiveFrom(std::int64_t offset);
-    /// For what only one operation needs.
+    /// For options that only one operation needs.
     CURL* handle() { return m_handle; }
 
-    /// Ends an upload whose file is not whole on the server before `after` goes on: the reply to SIZE must tell what
-    /// was sent.
+    /// Ends an upload before the commands of `after` continue, unless the reply to SIZE is the number of bytes sent.
     void requireSentSize() { m_comparesSize = true; }
 
-    /// Makes the transfer; throws `Failure` where it fails, and what sink, source or the host's progress have thrown.
+    /// Performs the transfer; throws `Failure` if it fails, and what sink, source or the host's progress have thrown.
     void run();
-    /// The same, but returns libcurl's code of a failure other than the call's own end.
+    /// The same, but returns libcurl's code unless the call itself had to end.
     CURLcode tryToRun();
 
     const Replies& replies() const { return m_connection.replies(); }
-    /// Whether bytes may have gone.
+    /// Whether bytes may have been sent.
     bool hasAskedSource() const { return m_hasAsked; }
-    /// The bytes that have gone, those before them included.
+    /// The bytes sent, including those of an earlier attempt.
     std::int64_t sent() const { return m_sent; }
-    /// Whether the server has another number of bytes than was sent.
+    /// Whether the size on the server differs from the bytes sent.
     bool hasFoundWrongSize() const { return m_foundCode == CURLE_PARTIAL_FILE; }
-    /// What to throw for a transfer that ended with this code.
+    /// The failure to throw for a transfer that ended with this code.
     Failure failure(CURLcode code) const;
 
 private:
@@ -94,7 +93,7 @@ private:
     bool m_comparesSize = false;
     bool m_isStored = false; // the server has confirmed the data
     std::string m_reason;    // why the call had to end
-    std::string m_found;     // what the session itself found wrong
+    std::string m_found;     // what the session itself detected
     CURLcode m_foundCode = CURLE_OK;
 };
 

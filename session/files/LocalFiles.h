@@ -12,7 +12,7 @@
 
 namespace session {
 
-/// An open file's number, closed with the object.
+/// Owns a file descriptor.
 class Descriptor
 {
 public:
@@ -27,20 +27,20 @@ private:
     int m_number;
 };
 
-/// A local file that comes about whole or not at all: what is written goes into a file beside it, which takes its place
-/// in the end. What is no regular file, such as a pipe or a device, is written to as it is.
+/// A local file that is replaced completely or not at all: what is written goes to a file beside it, which takes its
+/// place at the end. A pipe or a device is written to directly.
 class ArrivingFile
 {
 public:
-    /// Throws `Failure` (23) where it cannot be written, and when the call must end while nobody reads from a pipe.
+    /// Throws `Failure` (23) if it cannot be written, and if the call must end while nobody reads from a pipe.
     /// REQUIRES: the call outlives this object.
     ArrivingFile(const std::string& path, const Call& call);
 
-    /// The same, but what is written is kept when it does not take its place, and found again by the next object of
-    /// the same path and version (some letters). While one such object lives, others begin anew.
+    /// The same, but what has not taken its place is kept, and found again by the next object with the same path and
+    /// version (some letters). While one such object lives, others start over.
     ArrivingFile(const std::string& path, const Call& call, const std::string& version);
 
-    /// Throws `Failure` (23) for a path that cannot be a file's, without touching anything.
+    /// Throws `Failure` (23) for a path that cannot be a file, without touching anything.
     static void requireFile(const std::string& path);
 
     /// Removes what has not taken its place, unless it is kept.
@@ -48,17 +48,17 @@ public:
     ArrivingFile(const ArrivingFile&) = delete;
     ArrivingFile& operator=(const ArrivingFile&) = delete;
 
-    /// Bytes that are there.
+    /// The number of bytes so far.
     std::int64_t size() const { return m_size; }
     /// The last `count` of them.
     std::string end(std::size_t count) const;
-    /// Lets all of them go.
+    /// Discards them all.
     void startOver();
 
-    /// Behind what is there. Throws `Failure` (23) when the disk takes no more.
+    /// Appends. Throws `Failure` (23) if that fails.
     bool write(const char* bytes, std::size_t count);
 
-    /// Puts the file into its place; with `syncs` it is on the disk then. Throws `Failure` (23).
+    /// Moves the file into place; with `syncs`, it is on the disk afterwards. Throws `Failure` (23).
     void takePlace(bool syncs);
 
 private:
@@ -71,33 +71,33 @@ private:
 
     const Call& m_call;
     std::string m_asked;     // the request's path
-    std::string m_path;      // of the file itself, where the request's is a link
-    std::string m_temporary; // empty: there is none
+    std::string m_path;      // the file's own, if the request's is a link
+    std::string m_temporary; // empty: none
     Descriptor m_descriptor;
     std::int64_t m_size = 0;
     bool m_isKept = false;
     std::optional<struct stat> m_replaced;
 };
 
-/// A regular local file that is sent.
+/// A regular local file to be sent.
 class LeavingFile
 {
 public:
-    /// Throws `Failure` (26) where it cannot be read, or is no regular file.
+    /// Throws `Failure` (26) if it cannot be read, or is not a regular file.
     explicit LeavingFile(const std::string& path);
 
     std::int64_t size() const { return m_size; }
 
     /// As `DataSource`. Throws `Failure` (26).
     std::size_t read(char* bytes, std::size_t count) const;
-    /// Where reading goes on; false where that cannot be.
+    /// Sets where to read next; false if that is impossible.
     bool seek(std::int64_t offset) const noexcept;
-    /// `count` bytes from there on, or as many as there are.
+    /// `count` bytes from `offset` on, or as many as there are.
     std::string part(std::int64_t offset, std::size_t count) const;
 
-    /// What tells this content from another one: machine, file, size and time.
+    /// Identifies this content: machine, file, size and time.
     std::string version() const;
-    /// Whether no other call sends it in parts that may be continued; holds until this object goes.
+    /// Locks the file against other resumable uploads while this object lives; false if another call has the lock.
     bool lock() const;
 
 private:

@@ -10,18 +10,18 @@
 
 namespace session {
 
-/// The entry that a line of MLSD or MLST tells ("type=file;size=5;modify=20260101000000; name"); nothing for the
-/// directory itself, its parent, and what is no such line.
+/// The entry in a line of MLSD or MLST ("type=file;size=5;modify=20260101000000; name"); nothing for the directory
+/// itself, its parent, and any other line.
 std::optional<RemoteEntry> entryOfFacts(std::string_view line);
 
-/// The entry that a line of a listing as "ls -l" writes it tells; nothing for "." and "..", and what is no such line.
-/// Without a time: it would be the server's own, and nobody says which zone that is.
+/// The entry in a line of a listing in the format of "ls -l"; nothing for ".", "..", and any other line.
+/// Without a time, because the listing does not say which time zone it uses.
 std::optional<RemoteEntry> entryOfLongLine(std::string_view line);
 
-/// Whether a name is one of the directory's own: with a "/" or a zero byte, a path made of it would end elsewhere.
+/// Whether a name can be that of an entry: with a "/" or a zero byte, a path made from it would lead elsewhere.
 bool leadsNowhereElse(std::string_view name);
 
-/// So many seconds after the beginning of 1970; nothing where the clock does not reach that far.
+/// So many seconds after 1970-01-01 00:00 UTC; nothing if the clock cannot represent that.
 std::optional<std::chrono::system_clock::time_point> timeAt(std::int64_t seconds);
 
 } // namespace session

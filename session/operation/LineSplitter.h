@@ -12,7 +12,7 @@
 
 namespace session {
 
-/// Makes lines of bytes that come piece by piece, without their ends (LF or CR LF).
+/// Splits bytes that arrive piece by piece into lines, without line ends (LF or CR LF).
 class LineSplitter
 {
 public:
@@ -27,7 +27,7 @@ public:
         };
     }
 
-    /// What follows the last line's end is a line, too.
+    /// Passes on what follows the last line end as a line, too.
     void end()
     {
         if (!m_rest.empty()) {

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-/// What a session does, one function each: over a connection that is the call's alone. Each throws `Failure`, and what
-/// the caller's functions throw.
+/// The operations of a session, one function each, over a connection reserved for the call. Each throws `Failure`, and
+/// what the caller's functions throw.
 namespace session {
 
 /// What an operation works with.
@@ -30,22 +30,22 @@ void deleteFile(const Work& work);
 void makeDirectory(const Work& work);
 void removeDirectory(const Work& work);
 
-/// The names in the directory, one a line.
+/// The names in the directory, one per line.
 void listNames(const Work& work, const DataSink& sink);
 std::vector<RemoteEntry> listEntries(const Work& work);
 RemoteEntry statEntry(const Work& work);
 
-/// The file at this URL: size and time, as far as the server reports them, without its name. Nothing where there is
-/// none.
+/// The file at this URL: its size and time, as far as the server reports them, without its name. Nothing if it does not
+/// exist.
 std::optional<RemoteEntry> fileAt(const Work& work, const std::string& url);
 
-/// `limit`: the least size that is refused, with 63.
+/// `limit`: the smallest size that is refused, with 63.
 void download(const Work& work, const DataSink& sink, std::int64_t limit);
 void downloadFile(const Work& work, const std::string& localPath, std::int64_t limit);
 void upload(const Work& work, const DataSource& source, std::int64_t size);
 void uploadFile(const Work& work, const std::string& localPath);
 
-/// How many of the last bytes must agree before a broken transfer is resumed.
+/// How many of the last bytes must match before a transfer is resumed.
 constexpr std::int64_t kOverlap = 65536;
 
 } // namespace session

@@ -14,18 +14,18 @@
 
 namespace session {
 
-/// Whom a connection is to, and for whom: connections of one identity serve each other's requests.
+/// What a connection leads to and on whose behalf. Connections with the same identity are interchangeable.
 struct Identity
 {
     std::string server; ///< scheme, host and port
     std::string digest; ///< of these and of login, trust and options
 };
 
-/// How one request reaches its server: what a connection to it needs to be told.
+/// How one request reaches its server: the options that a connection to it needs.
 class Access
 {
 public:
-    /// Throws `Failure` where the request cannot be carried out: nothing has been sent then.
+    /// Throws `Failure` for an invalid request, before anything is sent.
     /// REQUIRES: request and options outlive this object.
     Access(const SFtpRequest& request, const SessionOptions& options, CertificateReader& certificates);
 
@@ -34,13 +34,13 @@ public:
     const Target& target() const { return m_target; }
     const Identity& identity() const { return m_identity; }
 
-    /// Sets a new handle up for this server and login. What libcurl is handed lives as long as this object.
+    /// Sets up a new handle for this server and login. What it refers to lives as long as this object.
     void applyTo(CURL* handle, Call& call, bool newestTls);
 
-    /// Whether TLS 1.3 is spoken, with a server that has nothing else (`newestTls`) or any other.
+    /// Whether TLS 1.3 is used; `newestTls`: the server supports nothing else.
     bool speaksNewestTls(bool newestTls) const;
 
-    /// Why the SSH server's key was refused; empty where it was not.
+    /// Why the SSH server's key was refused; empty if it was not.
     const std::string& hostKeyRefusal() const { return m_hostKeyRefusal; }
 
 private:
@@ -60,7 +60,7 @@ private:
     std::string m_ca;             ///< PEM; empty: the machine's trust store
     Identity m_identity;
     std::string m_hostKeyRefusal;
-    Call* m_call = nullptr; // of the transfer that is set up
+    Call* m_call = nullptr; // of the transfer being set up
 };
 
 } // namespace session

@@ -6,21 +6,21 @@
 
 namespace session {
 
-/// The certificates of a request's `caCert` as PEM: several as PEM, or one as DER. Empty where there is none, for the
-/// machine's trust store. Throws `Failure` with 77 for a text that is no certificate, "none" among them.
+/// The certificates in a request's `caCert` (several as PEM, or one as DER), as PEM. Empty if `caCert` is empty, which
+/// stands for the machine's trust store. Throws `Failure` with 77 for a text that is not a certificate, such as "none".
 std::string trustedCertificates(const std::string& caCert);
 
-/// The same, for requests of which one mostly has the same `caCert` as the last: reading a certificate takes longer
-/// than all else that a short call computes. Any number of threads may ask at once.
+/// The same, with a memory of the last `caCert`, because most requests repeat it and reading a certificate takes longer
+/// than everything else that a short call computes. For any number of threads.
 class CertificateReader
 {
 public:
     std::string trusted(const std::string& caCert);
 
 private:
-    std::mutex m_mutex; // for all that follows
+    std::mutex m_mutex; // for all of the following
     std::string m_text; // the last `caCert` that held a certificate
-    std::string m_pem;  // what it was read as
+    std::string m_pem;  // the result
 };
 
 } // namespace session

@@ -9,13 +9,13 @@
 
 namespace session {
 
-/// The SHA-256 digest of several texts: what a login is known by without its password being kept.
+/// The SHA-256 digest of several texts: identifies a login without keeping its password.
 class Digest
 {
 public:
     Digest();
 
-    /// One text after the other: "a", "b" is another digest than "ab".
+    /// Adds a text; "a" and "b" give another digest than "ab".
     void add(std::string_view text);
     std::string value();
 
@@ -26,7 +26,7 @@ private:
 /// The fingerprint of an SSH host key as ssh-keygen prints it: "SHA256:" and base64 without padding.
 std::string fingerprintOf(std::string_view key);
 
-/// The same for a fingerprint that may lack "SHA256:" or have the padding.
+/// The same from a fingerprint that may lack "SHA256:" or have padding.
 std::string withFingerprintName(const std::string& fingerprint);
 
 } // namespace session

@@ -8,7 +8,7 @@
 
 namespace session {
 
-/// The options, whose secrets do not stay in memory that is given back.
+/// The options; their secrets are wiped at the end.
 struct Options : SessionOptions
 {
     explicit Options(SessionOptions&& options) : SessionOptions(std::move(options)) {}
@@ -21,7 +21,7 @@ struct Options : SessionOptions
     Options& operator=(const Options&) = delete;
 };
 
-/// Throws `std::invalid_argument`, whose text names the field, for options that cannot be.
+/// Throws `std::invalid_argument` for invalid options, with a text that names the field.
 void checkOptions(const SessionOptions& options);
 
 } // namespace session

@@ -15,14 +15,14 @@ enum class Scheme
     Sftp
 };
 
-/// What a request points at: the parts of its URL, checked, without a login that may stand in it.
+/// What a request points to: the parts of its URL, checked, without any login in it.
 ///
-/// A path is kept as it stands in the URL, percent codes included. For FTP it counts from the login's directory, for
-/// SFTP from the root.
+/// Paths are kept as in the URL, with percent codes. They are relative to the login's directory for FTP, and to the
+/// root for SFTP.
 class Target
 {
 public:
-    /// Throws `Failure`, whose text names the field: nothing has been sent then.
+    /// Throws `Failure`, with a text that names the field, before anything is sent.
     explicit Target(const SFtpRequest& request);
 
     Scheme scheme() const { return m_scheme; }
@@ -32,23 +32,23 @@ public:
 
     /// The whole URL.
     std::string url() const { return m_server + m_path; }
-    /// The same with a "/" at its end.
+    /// The same, ending in "/".
     std::string directoryUrl() const;
-    /// The URL of the directory that the last name of the path is in.
+    /// The URL of the parent directory.
     std::string parentUrl() const { return m_server + m_path.substr(0, lastName()); }
 
     /// The path's last name, decoded; empty for the top directory.
     std::string name() const;
-    /// The same as it stands in the URL.
+    /// The same, as in the URL.
     std::string encodedName() const;
-    /// Whether the URL is a directory's: it ends in "/".
+    /// Whether the URL names a directory, that is, ends in "/".
     bool isDirectory() const { return m_path.back() == '/' || m_path.size() == top(); }
 
-    /// Throws `Failure` where the URL is a directory's.
+    /// Throws `Failure` if the URL names a directory.
     void requireFile() const;
 
-    /// How a command names `name`, an entry of the directory of `url`: for FTP by itself, because the server is in that
-    /// directory then; for SFTP with its path.
+    /// `name`, an entry of the directory `url`, as a command needs it: alone for FTP, where that is the current
+    /// directory; with its path for SFTP.
     std::string commandPath(const std::string& name) const;
     /// The same for an entry of the parent directory.
     std::string commandPathInParent(const std::string& name) const;
@@ -62,13 +62,13 @@ private:
     std::string m_host;
     std::uint16_t m_port = 0;
     std::string m_server; // "ftp://host:port"
-    std::string m_path;   // begins with "/", or for FTP's root, which is not where a login leads, with "/%2F"
+    std::string m_path;   // begins with "/", or with "/%2F" for FTP's root, which is not the login's directory
 };
 
-/// Throws `Failure` where user, password or a name of the request could reach the server as something else.
+/// Throws `Failure` for a control byte in the user, the password or a name: it could begin another command.
 void checkTexts(const SFtpRequest& request);
 
-/// `text` with the byte in place of each %XX.
+/// `text` with each %XX replaced by its byte.
 std::string percentDecoded(const std::string& text);
 
 } // namespace session

@@ -8,25 +8,25 @@
 
 namespace session {
 
-/// Whether `text` holds a byte below 0x20 or 0x7f: to a server it could begin another command.
+/// Whether `text` contains 0x7f or a byte below 0x20, which could begin another command.
 bool holdsControlByte(std::string_view text);
 
-/// `text` for a log or an error text: control bytes as \xNN, and "****" in place of `secret`.
+/// `text` for a log or an error text: control bytes as \xNN, and `secret` replaced by "****".
 std::string shown(std::string_view text, const std::string& secret);
 
-/// The URL of a request, for a log: without a login that may stand in it.
+/// The URL of a request, for a log: without any login in it.
 std::string shownUrl(const SFtpRequest& request);
 
-/// `text` with %XX in place of each byte but letters, digits and "-._~".
+/// `text` with each byte except letters, digits and "-._~" as %XX.
 std::string percentEncoded(std::string_view text);
 
-/// Two digits for each byte.
+/// Two hexadecimal digits per byte.
 std::string inHex(std::string_view bytes);
 
-/// A path for libcurl's SFTP commands: in double quotes, in which a backslash stands before what would end them.
+/// A path for libcurl's SFTP commands: in double quotes, with quotes and backslashes escaped.
 std::string quoted(const std::string& path);
 
-/// ".NAME.MIDDLE", a name for what is not yet `name`, beside it. Cut where it would be longer than file systems allow.
+/// ".NAME.MIDDLE", the temporary name of what will become `name`. Cut to the length that file systems allow.
 std::string hiddenName(const std::string& name, const std::string& middle);
 
 } // namespace session
