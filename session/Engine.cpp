@@ -15,18 +15,18 @@ namespace session {
 
 namespace {
 
-/// Levels of a record, as the library's.
+/// Levels of a record, as in the library.
 constexpr int kLogEnd = 2;
 constexpr int kLogFailure = 4;
 
-/// Writes one record of the calling thread's request; like the library's, its text begins with a 0.
+/// Writes one record for the calling thread's request; like the library's, its text begins with a 0.
 void record(int level, const char* function, unsigned int line, const std::string& text)
 {
     LogProxy(level, "SFtpSession", TSP_RequestID.get(), std::string("SFtpSession::") + function + "()", line)
         << 0 << text;
 }
 
-// What becomes of a connection that had been kept and was found dead: the server has carried nothing out.
+// Whether a kept connection was found dead: no reply to this call has come over it.
 bool diedWhileKept(const Connection& connection, const Call& call, CURLcode code)
 {
     const bool lost = code == CURLE_RECV_ERROR || code == CURLE_SEND_ERROR || code == CURLE_GOT_NOTHING ||
@@ -36,7 +36,7 @@ bool diedWhileKept(const Connection& connection, const Call& call, CURLcode code
            call.verdict() == CURLE_OK;
 }
 
-// A server that has nothing but TLS 1.3: nothing has been said to it but that.
+// The server supports only TLS 1.3. Nothing but the handshake has been sent.
 bool refusesTls12(const Connection& connection, const Failure& failure)
 {
     return failure.code() == CURLE_SSL_CONNECT_ERROR &&
@@ -51,13 +51,13 @@ Engine::Engine(SessionOptions&& options)
     checkOptions(m_options);
 }
 
-// Closing connections is libcurl's and OpenSSL's work as well.
+// Closing connections involves libcurl and OpenSSL, too.
 Engine::~Engine()
 {
     try {
         const ThreadState left;
         m_pool.clear();
-    } catch (const std::bad_alloc&) { // they are closed all the same
+    } catch (const std::bad_alloc&) { // they are closed by the member's destructor
     }
 }
 
@@ -91,7 +91,7 @@ void Engine::run(const SFtpRequest& request, const Operation& operation)
     }
 }
 
-// False where the operation may be tried once more, with a fresh connection.
+// False if the operation may be tried once more, with a fresh connection.
 bool Engine::tryToRun(Access& access, Call& call, const Operation& operation, bool fresh)
 {
     const std::unique_ptr<Pool::Lease> lease = m_pool.take(access.identity(), call, fresh);

@@ -13,7 +13,7 @@ using namespace session;
 
 namespace {
 
-// In bytes; a file of exactly the limit is refused. The library's own rule.
+// In bytes; a file of exactly the limit is refused. The same rule as the library's.
 constexpr std::int64_t kRetentionDatabaseLimit = 104857600;
 constexpr std::int64_t kFileLimit = 53687091200;
 

@@ -31,7 +31,7 @@ StopSwitch::~StopSwitch()
 void StopSwitch::turnOn() noexcept
 {
     const int before = errno;
-    // First, so that turnOff() takes back whatever it finds: readable and off, the event would keep everybody awake.
+    // First, so that turnOff() clears it: an event left readable while the switch is off would end every wait at once.
     const std::uint64_t one = 1;
     static_cast<void>(write(m_event, &one, sizeof one) < 0);
     ++m_cutting;
@@ -42,7 +42,7 @@ void StopSwitch::turnOn() noexcept
             shutdown(socket, SHUT_RDWR);
         }
     }
-    ++m_turns; // first, for those who came meanwhile and were cut
+    ++m_turns; // before m_cutting drops, for calls that began meanwhile and were cut
     --m_cutting;
     errno = before;
 }
@@ -74,7 +74,7 @@ StopSwitch::Slot* StopSwitch::takeSlot()
 StopSwitch::Reach::Reach(StopSwitch& stop, int socket) : m_stop(stop), m_slot(stop.takeSlot())
 {
     m_slot->socket = socket;
-    // The switch may have looked before the socket was there.
+    // The switch may have walked the slots before the socket was there.
     if (stop.isOn()) {
         shutdown(socket, SHUT_RDWR);
     }
@@ -83,7 +83,7 @@ StopSwitch::Reach::Reach(StopSwitch& stop, int socket) : m_stop(stop), m_slot(st
 StopSwitch::Reach::~Reach()
 {
     m_slot->socket = -1;
-    // Whoever cuts right now may have read the number: it must not become another file's meanwhile.
+    // A turnOn() that is running may have read the number, which must not become another file's meanwhile.
     while (m_stop.m_cutting > 0) {
         sched_yield();
     }

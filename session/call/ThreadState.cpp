@@ -37,7 +37,7 @@ ThreadState::ThreadState() : m_errno(errno), m_pipePending(pipeIsPending())
     int flags = 0;
     while (const unsigned long code = ERR_get_error_all(&file, &line, &function, &data, &flags)) {
         const bool isText = (static_cast<unsigned>(flags) & ERR_TXT_STRING) != 0 && data != nullptr;
-        // Copies: the queue frees its own.
+        // Copies, because the queue frees its own.
         m_errors.push_back({code, file, line, function, isText ? data : ""});
     }
     const sigset_t pipe = pipeAlone();

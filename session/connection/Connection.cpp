@@ -15,9 +15,9 @@ namespace session {
 
 namespace {
 
-/// How long to wait before libcurl is asked again, in milliseconds. libcurl 7.88 does not name every socket that it
-/// waits for: while a data connection is made, it must be asked often; where nothing happens for long, seldom. So what
-/// is waited for is noticed late by an eighth of its time at most.
+/// How long to wait before asking libcurl again, in milliseconds. libcurl 7.88 does not name every socket that it waits
+/// for: while a data connection is being made it must be asked often, and after a long silence seldom. An event is
+/// noticed late by at most an eighth of the time waited for it.
 int patience(Call::Clock::duration idle)
 {
     constexpr std::chrono::milliseconds::rep kShortest = 1;
@@ -26,7 +26,7 @@ int patience(Call::Clock::duration idle)
     return static_cast<int>(std::clamp(waited / 8, kShortest, kLongest));
 }
 
-/// The kernel's own number for a socket, which no other has; 0 where the descriptor is none of a socket.
+/// The kernel's unique number for a socket; 0 if the descriptor is not a socket.
 std::uint64_t cookieOf(int descriptor)
 {
     std::uint64_t cookie = 0;
@@ -45,7 +45,7 @@ Connection::Connection(StopSwitch& stop)
     curl_multi_setopt(m_multi.get(), CURLMOPT_MAXCONNECTS, 1L);
 }
 
-// libcurl would wait for the reply to its QUIT: what can still be sent, but not read, is sent and not waited for.
+// libcurl would wait for the reply to its QUIT: with only the reading side shut, QUIT is sent and not waited for.
 Connection::~Connection()
 {
     shutAll(m_usable ? SHUT_RD : SHUT_RDWR);
@@ -79,7 +79,7 @@ CURL* Connection::renew()
     set(handle, CURLOPT_CLOSESOCKETDATA, this);
     set(handle, CURLOPT_ERRORBUFFER, m_detail.data());
     set(handle, CURLOPT_NOSIGNAL, 1L);
-#if LIBCURL_VERSION_NUM >= 0x075700 // before 7.87 a name that is being looked up is waited for when the call ends
+#if LIBCURL_VERSION_NUM >= 0x075700 // older releases wait for a pending name lookup when the call ends
     curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
 #endif
     set(handle, CURLOPT_TCP_KEEPALIVE, 1L);
@@ -106,7 +106,7 @@ CURLcode Connection::run(Call& call)
         each.leaveAlone();
     }
     lastUsed = std::chrono::steady_clock::now();
-    // Whatever libcurl made of a socket that was shut down under it.
+    // libcurl's result may be that of a socket that was shut down under it.
     return result != CURLE_OK && verdict != CURLE_OK ? verdict : result;
 }
 
@@ -129,15 +129,15 @@ CURLcode Connection::drive(Call& call)
         if (const CURLcode verdict = call.verdict()) {
             return verdict;
         }
-        // After a reply libcurl may have more to do at once, and wait for nothing that it names.
+        // After a reply libcurl may have more to do at once, without naming anything to wait for.
         const bool goesOn = conversation != std::make_pair(m_replies.lines().size(), m_sockets.size());
-        // A reply that libcurl leaves for later would end every wait.
+        // A reply that libcurl leaves unread for now would end every wait.
         watchesReplies = goesOn || call.lastSign() != sign || (watchesReplies && !hasUnreadReply);
         hasUnreadReply = wait(goesOn ? 0 : patience(Call::Clock::now() - call.lastSign()), watchesReplies);
     }
 }
 
-// Gives whether there is something to read on the control connection, which libcurl 7.88 does not always name.
+// Returns whether the control connection, which libcurl 7.88 does not always name, has something to read.
 bool Connection::wait(int milliseconds, bool watchesReplies)
 {
     std::array<curl_waitfd, 2> watched = {{{m_stop.descriptor(), CURL_WAIT_POLLIN, 0}, {-1, CURL_WAIT_POLLIN, 0}}};

@@ -9,7 +9,7 @@ namespace session {
 
 namespace {
 
-// A signal handler can wake nobody who waits for a condition: those who wait look for themselves.
+// A signal handler cannot notify a condition variable, so waiting threads check at this interval.
 constexpr std::chrono::milliseconds kLook(20);
 
 } // namespace
@@ -21,7 +21,7 @@ Pool::Lease::Lease(Pool& pool, const Identity& identity, std::unique_ptr<Connect
 
 Pool::Lease::~Lease() { m_pool.giveBack(m_identity, std::move(m_connection)); }
 
-// Connections are closed outside of the lock: a QUIT is sent.
+// Connections are closed outside the lock, because that sends QUIT.
 std::unique_ptr<Pool::Lease> Pool::take(const Identity& identity, const Call& call, bool fresh)
 {
     Connections closing;
@@ -68,7 +68,7 @@ void Pool::closeOverdue()
     for (Idle& each : overdue) {
         each.connection.reset();
     }
-    // The server counts them as long as they are open.
+    // Only now: the server counts them while they are open.
     lock.lock();
     for (const Idle& each : overdue) {
         countDown(each.identity.server);
@@ -82,7 +82,7 @@ std::unique_ptr<Connection> Pool::takeIdle(const Identity& identity, bool fresh,
             continue;
         }
         if (fresh) {
-            // One that was kept is suspected to be dead, and then so are those that are older.
+            // A kept connection was found dead; an older one is likely to be dead, too.
             countDown(identity.server);
             closing.splice(closing.end(), m_idle, each);
             return nullptr;
@@ -94,7 +94,7 @@ std::unique_ptr<Connection> Pool::takeIdle(const Identity& identity, bool fresh,
     return nullptr;
 }
 
-// Another login's idle connection gives way.
+// Closes an idle connection of another login.
 bool Pool::makeRoom(const std::string& server, Connections& closing)
 {
     const auto oldest = std::find_if(m_idle.rbegin(), m_idle.rend(),
@@ -111,7 +111,7 @@ void Pool::giveBack(const Identity& identity, std::unique_ptr<Connection> connec
 {
     const bool keeps = connection && connection->isUsable() && m_idleTimeout.count() > 0;
     if (!keeps) {
-        connection.reset(); // before somebody makes another one: the server counts them as long as they are open
+        connection.reset(); // before another one is made: the server counts it while it is open
     }
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -126,7 +126,7 @@ void Pool::giveBack(const Identity& identity, std::unique_ptr<Connection> connec
             countDown(identity.server);
         }
     }
-    // Of those who wait, some wait for another server.
+    // All, because some wait for another server.
     m_returned.notify_all();
 }
 

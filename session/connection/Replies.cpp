@@ -13,7 +13,7 @@ constexpr std::size_t kLongestLine = 4096;
 
 bool isDigit(char character) { return std::isdigit(static_cast<unsigned char>(character)) != 0; }
 
-// Three digits, and a blank or nothing: lines in the middle of a reply have a "-" there, or no digits.
+// Three digits and a blank, or three digits alone: the other lines of a reply have a "-" there, or no digits.
 bool endsReply(std::string_view line)
 {
     return line.size() >= 3 && std::all_of(line.begin(), line.begin() + 3, isDigit) &&

@@ -11,8 +11,8 @@ namespace session {
 
 namespace {
 
-// libcurl took a reply for that to another command, and keeps the connection: the next one would get a late reply, too.
-// It also keeps one that broke off within a reply, and libcurl 7.88 would then go on with memory that it has freed.
+// libcurl took the reply to another command for that, and keeps the connection: each later reply would be off by one.
+// It also keeps a connection that broke off within a reply, after which libcurl 7.88 uses memory that it has freed.
 bool isOutOfStep(CURLcode code)
 {
     return code == CURLE_FTP_WEIRD_PASV_REPLY || code == CURLE_FTP_WEIRD_227_FORMAT ||
@@ -20,7 +20,7 @@ bool isOutOfStep(CURLcode code)
            code == CURLE_SEND_ERROR || code == CURLE_GOT_NOTHING || code == CURLE_OPERATION_TIMEDOUT;
 }
 
-// libcurl reports a refused directory in a way that hosts know as a missing file.
+// Hosts know a refused directory (9) as a missing file (78).
 CURLcode asReported(CURLcode code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
 
 } // namespace
@@ -75,7 +75,7 @@ void Transfer::send(const DataSource& source, std::int64_t size)
     set(m_handle, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
 }
 
-// libcurl finds the place itself, by the function for that; else it would append the file's beginning.
+// libcurl seeks by itself, with CURLOPT_SEEKFUNCTION; without it, it would append the file's beginning.
 void Transfer::send(const LeavingFile& file, std::int64_t offset)
 {
     if (!file.seek(offset)) {
@@ -103,11 +103,11 @@ void Transfer::run()
 CURLcode Transfer::tryToRun()
 {
     const CURLcode code = m_connection.run(m_call);
-    // What was waited for is over with the transfer; what is said about it is not.
+    // The verdict's reason is taken first, because it depends on what is awaited.
     m_reason = m_call.verdict() == CURLE_OK ? "" : m_call.reason();
     m_call.await(Call::Awaited::Nothing);
     if (code != CURLE_OK && replies().openData()) {
-        // TLS that breaks off on a data connection takes along the session that the server wants to see on the next.
+        // A broken TLS data connection invalidates the session that the server expects on the next one.
         m_connection.giveUp();
     }
     if (isOutOfStep(code)) {
@@ -158,7 +158,7 @@ size_t Transfer::write(char* bytes, size_t /*one*/, size_t count, void* self) no
 size_t Transfer::take(const char* bytes, size_t count)
 {
     if (!m_sink) {
-        return count; // the contents of what is only visited
+        return count; // the contents of a URL that is only visited
     }
     if (!m_sink(bytes, count)) {
         if (m_found.empty()) {
@@ -181,11 +181,11 @@ size_t Transfer::read(char* bytes, size_t /*one*/, size_t count, void* self) noe
     }
 }
 
-// libcurl asks no more when it has as many bytes as were announced: whether there are more must be looked for.
+// libcurl stops asking at the announced number of bytes, so whether there are more must be checked here.
 size_t Transfer::give(char* bytes, size_t count)
 {
     m_hasAsked = true;
-    m_call.moved(0); // the source's bytes cannot be had again
+    m_call.moved(0); // from now on nothing is repeated: the source's bytes cannot be read twice
     const size_t given = m_source(bytes, count);
     m_sent += static_cast<std::int64_t>(given);
     requireAnnounced(given == 0);
@@ -226,7 +226,7 @@ size_t Transfer::hear(char* bytes, size_t one, size_t count, void* self) noexcep
     } catch (...) {
         transfer.m_call.keepException();
     }
-    // libcurl 7.88 would go on with memory that it has freed, if it read another reply after one that was refused.
+    // If libcurl 7.88 read another reply after one that was refused here, it would use memory that it has freed.
     transfer.m_connection.cut();
     return 0;
 }
@@ -244,7 +244,7 @@ void Transfer::judgeReply()
     m_isStored = m_isStored || ((code == 226 || code == 250) && replies().openData());
 }
 
-// A server may lack the command; what is no number otherwise is no proof.
+// A server may lack SIZE (500, 502); any other reply without the number proves nothing.
 void Transfer::judgeSize()
 {
     const int code = replies().lastCode();
@@ -262,7 +262,7 @@ int Transfer::seek(void* file, curl_off_t offset, int origin) noexcept
     return found ? CURL_SEEKFUNC_OK : CURL_SEEKFUNC_FAIL;
 }
 
-// CURLOPT_PREREQFUNCTION: logged in.
+// CURLOPT_PREREQFUNCTION: called once logged in.
 int Transfer::begin(void* self, char* /*theirs*/, char* /*ours*/, int /*theirPort*/, int /*ourPort*/) noexcept
 {
     static_cast<Transfer*>(self)->m_call.await(Call::Awaited::Reply);
@@ -293,7 +293,7 @@ int Transfer::progress(void* self, curl_off_t toReceive, curl_off_t received, cu
     if (transfer.m_call.verdict() == CURLE_OK) {
         return 0;
     }
-    // libcurl says QUIT else, and waits for the reply.
+    // Otherwise libcurl sends QUIT and waits for the reply.
     transfer.m_connection.cut();
     return 1;
 }

@@ -29,14 +29,14 @@ Failure failure(const std::string& path, int error)
                    "localPath " + shown(path, {}) + " cannot be written: " + std::generic_category().message(error));
 }
 
-// A link's own place would be taken, not that of what it leads to.
+// Otherwise the link itself would be replaced, not the file it leads to.
 std::string withoutLinks(const std::string& path)
 {
     const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr), std::free);
     return real ? real.get() : path;
 }
 
-// Else the new name could be lost when the machine goes down, and the old file with it.
+// Otherwise a crash could lose the new name, and the old file with it.
 void saveFolder(const std::string& path)
 {
     const std::string::size_type slash = path.rfind('/');
@@ -47,10 +47,10 @@ void saveFolder(const std::string& path)
     }
 }
 
-// Not while another call writes to it. Where files cannot be locked, nothing tells.
+// False if another call holds the lock. A file system without locks counts as free.
 bool isLocked(int descriptor) { return flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK; }
 
-// Whether the file is still the one of that name, and nobody else's.
+// Whether the open file is still the one of that name, and the user's alone.
 bool isOurs(int descriptor, const std::string& path, struct stat& opened)
 {
     struct stat named = {};
@@ -94,13 +94,13 @@ ArrivingFile::ArrivingFile(const std::string& path, const Call& call, const std:
         fail(errno);
     }
     if (exists && !m_temporary.empty()) {
-        // Nobody else reads it who may not read the file that it replaces.
+        // Readable by no one who may not read the file that it replaces.
         m_replaced = there;
         static_cast<void>(fchmod(m_descriptor.get(), there.st_mode & 07777));
     }
 }
 
-// Two that write to one file at a time would spoil it; the lock goes with the descriptor.
+// The lock keeps two calls from writing to one file; closing the descriptor releases it.
 bool ArrivingFile::openKept(const std::string& version)
 {
     const std::string path = beside(version + ".part");
@@ -124,7 +124,7 @@ void ArrivingFile::openNew()
     }
 }
 
-// The other end can keep it waiting, but not beyond the call's end.
+// Waits for a reader, but not beyond the call's end.
 void ArrivingFile::openPipe()
 {
     m_descriptor = Descriptor(open(m_path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
@@ -154,7 +154,7 @@ std::string ArrivingFile::beside(const std::string& middle) const
 
 void ArrivingFile::fail(int error)
 {
-    // On a full disk, what is there would be in the way of everything else.
+    // On a full disk, a kept file would only be in the way.
     m_isKept = false;
     throw failure(m_asked, error);
 }
@@ -170,7 +170,7 @@ void ArrivingFile::requireFile(const std::string& path)
 
 ArrivingFile::~ArrivingFile()
 {
-    // Before the lock goes.
+    // Before the lock is released.
     if (!m_temporary.empty() && (!m_isKept || m_size == 0)) {
         unlink(m_temporary.c_str());
     }
@@ -219,7 +219,7 @@ void ArrivingFile::takePlace(bool syncs)
         return;
     }
     if (m_replaced) {
-        // The owner, as far as may be, and then the mode, of which a change of the owner takes some away.
+        // The owner, if permitted, and then the mode, because changing the owner clears some of its bits.
         static_cast<void>(fchown(m_descriptor.get(), m_replaced->st_uid, m_replaced->st_gid) == 0);
         static_cast<void>(fchmod(m_descriptor.get(), m_replaced->st_mode & 07777));
     }

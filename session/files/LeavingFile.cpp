@@ -24,7 +24,7 @@ Failure failure(const std::string& path, const std::string& why)
 
 } // namespace
 
-// Without waiting: a pipe that nobody writes to would hold the call for ever.
+// Non-blocking: a pipe without a writer would hold the call for ever.
 LeavingFile::LeavingFile(const std::string& path)
     : m_path(path), m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
 {
@@ -80,7 +80,7 @@ std::string LeavingFile::version() const
     return digest.value();
 }
 
-// Where files cannot be locked, the size on the server still tells when two have sent at a time.
+// On a file system without locks, the size on the server still reveals that two calls sent at once.
 bool LeavingFile::lock() const { return flock(m_descriptor.get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK; }
 
 } // namespace session

@@ -22,7 +22,7 @@ void requireName(const char* field, const std::string& name)
     if (name.empty()) {
         throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, std::string(field) + " names nothing");
     }
-    // It would reach the server as a command of its own.
+    // It could begin another command.
     if (holdsControlByte(name)) {
         throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, std::string(field) + " holds a control byte");
     }

@@ -13,7 +13,7 @@ namespace session {
 
 namespace {
 
-// libcurl takes the last digits of whatever stands there for the size, and ends the file after so many bytes.
+// libcurl takes the last digits of any reply to SIZE for the size, and ends the file after so many bytes.
 void requireNumberAsSize(Transfer& transfer)
 {
     curl_off_t size = -1;
@@ -35,7 +35,7 @@ Failure tooLarge(std::int64_t limit)
     return refusal(CURLE_FILESIZE_EXCEEDED, "the file is larger than " + std::to_string(limit - 1) + " bytes");
 }
 
-// This content of this file: another one on the server has another name here.
+// Identifies the file's content on the server: another content has another temporary name here.
 std::string versionOf(const Work& work, const RemoteEntry& there)
 {
     Digest digest;
@@ -48,13 +48,13 @@ std::string versionOf(const Work& work, const RemoteEntry& there)
     return inHex(digest.value()).substr(0, kDigits);
 }
 
-// The last bytes of an earlier attempt, against the server's.
+// Compares the last bytes of an earlier attempt with the server's.
 class Overlap
 {
 public:
     explicit Overlap(std::string expected) : m_expected(std::move(expected)) {}
 
-    /// Takes what belongs to it from the beginning of what came; false where it differs.
+    /// Takes its part from the beginning of the bytes; false if they differ.
     bool take(const char*& bytes, std::size_t& count)
     {
         const std::size_t compared = std::min(count, m_expected.size() - m_done);
@@ -72,7 +72,7 @@ private:
 
 Failure changedMeanwhile() { return refusal(CURLE_PARTIAL_FILE, "the file has changed on the server meanwhile"); }
 
-// False where what is there cannot be gone on with.
+// False if the earlier attempt cannot be continued.
 bool goOn(const Work& work, ArrivingFile& file, std::int64_t size)
 {
     const std::int64_t compared = std::min(file.size(), kOverlap);
@@ -131,7 +131,7 @@ void download(const Work& work, const DataSink& sink, std::int64_t limit)
     work.access.target().requireFile();
     work.call.beginTransfer(-1);
     transfer.visit(work.access.target().url());
-    // libcurl goes by the size that the server tells; where it tells none, the bytes are counted.
+    // libcurl checks the size that the server reports; if it reports none, the bytes are counted below.
     set(transfer.handle(), CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(limit - 1));
     transfer.receive([&](const char* bytes, std::size_t count) {
         if (work.call.bytes() + static_cast<std::int64_t>(count) >= limit) {

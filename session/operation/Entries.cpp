@@ -37,7 +37,7 @@ EntryKind kindOf(const std::string& type)
     return type == "dir" || type == "cdir" || type == "pdir" ? EntryKind::Directory : EntryKind::Other;
 }
 
-// "YYYYMMDDhhmmss", perhaps with a fraction of a second behind it; UTC.
+// "YYYYMMDDhhmmss", UTC, with an optional fraction of a second.
 std::optional<std::chrono::system_clock::time_point> timeIn(std::string_view text)
 {
     constexpr std::size_t kDigits = 14;

@@ -13,7 +13,7 @@ namespace session {
 
 namespace {
 
-// All of it is kept in memory: a server must not decide how much that is.
+// The listing is kept in memory, so the server must not decide its size.
 constexpr std::int64_t kLargestListing = 128LL * 1024 * 1024;
 
 Failure listingTooLarge() { return refusal(CURLE_FILESIZE_EXCEEDED, "the listing is larger than 128 MiB"); }
@@ -58,7 +58,7 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
 {
     const bool facts = !work.access.target().isSsh() && featuresOf(work).mlst;
     std::vector<RemoteEntry> entries;
-    std::size_t kept = 0; // a few bytes on the wire can be many here
+    std::size_t kept = 0; // a few bytes on the wire can take many here
     LineSplitter lines([&](std::string_view line) {
         std::optional<RemoteEntry> entry = facts ? entryOfFacts(line) : entryOfLongLine(line);
         if (entry && leadsNowhereElse(entry->name)) {
@@ -82,14 +82,14 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
     });
     transfer.run();
     if (transfer.replies().lastCode() == 450) {
-        // libcurl takes it for an empty directory, as some servers mean it when names alone are asked for.
+        // libcurl takes it for an empty directory, because some servers answer NLST of one that way.
         throw transfer.failure(CURLE_FTP_COULDNT_RETR_FILE);
     }
     lines.end();
     return entries;
 }
 
-// By MLST, which tells all in one reply.
+// By MLST, one command for everything.
 RemoteEntry statByFacts(const Work& work, const std::string& name)
 {
     const Target& target = work.access.target();
@@ -101,7 +101,7 @@ RemoteEntry statByFacts(const Work& work, const std::string& name)
     if (code != CURLE_OK) {
         throw transfer.failure(code == CURLE_QUOTE_ERROR ? CURLE_REMOTE_FILE_NOT_FOUND : code);
     }
-    // "250-Listing", the facts behind a blank, "250 End".
+    // "250-Listing", the facts after a blank, "250 End".
     for (const std::string& line : transfer.replies().lines()) {
         if (!line.empty() && line.front() == ' ') {
             if (const std::optional<RemoteEntry> entry = entryOfFacts(std::string_view(line).substr(1))) {
@@ -112,7 +112,7 @@ RemoteEntry statByFacts(const Work& work, const std::string& name)
     throw refusal(CURLE_WEIRD_SERVER_REPLY, "the reply to MLST holds no facts");
 }
 
-// By SIZE and MDTM; a directory has none of them, but can be entered.
+// By SIZE and MDTM; a directory has neither, but can be entered.
 RemoteEntry statByCommands(const Work& work, const std::string& name)
 {
     const Target& target = work.access.target();
@@ -132,7 +132,7 @@ RemoteEntry statByCommands(const Work& work, const std::string& name)
     return {name, EntryKind::Directory, -1, std::nullopt};
 }
 
-// Its directory tells what it is, in whole only; the file itself when it was modified.
+// The kind and size come from a listing of the whole directory; the time from the file itself.
 RemoteEntry statOverSsh(const Work& work, const std::string& name)
 {
     const Target& target = work.access.target();
@@ -174,7 +174,7 @@ std::optional<RemoteEntry> fileAt(const Work& work, const std::string& url)
     if (isSsh) {
         entry.size = std::max<curl_off_t>(size, 0); // -1 for an empty file
     }
-    // libcurl makes 0 of some replies that are no number.
+    // libcurl turns some replies without a number into 0.
     for (const std::string& line : transfer.replies().lines()) {
         entry.size = size >= 0 && line.compare(0, 4, "213 ") == 0 ? sizeInReply(line) : entry.size;
     }

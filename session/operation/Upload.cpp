@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t kDigits = 12;
 
-// Digits that nobody else has.
+// Unique digits.
 std::string randomDigits()
 {
     std::array<char, kDigits / 2> bytes = {};
@@ -29,7 +29,7 @@ std::string randomDigits()
     return inHex({bytes.data(), bytes.size()});
 }
 
-// Digits that a later attempt to send the same content to the same place finds again.
+// The same digits for each attempt to send this content to this place.
 std::string digitsFor(const Work& work, const LeavingFile& file)
 {
     Digest digest;
@@ -40,7 +40,7 @@ std::string digitsFor(const Work& work, const LeavingFile& file)
     return inHex(digest.value()).substr(0, kDigits);
 }
 
-/// An upload under a temporary name beside the target, until it is in place: renaming is one step for the server.
+/// An upload to a temporary name beside the target, then renamed into place: for the server that is one step.
 class Arrival
 {
 public:
@@ -49,7 +49,7 @@ public:
         m_source = source;
     }
 
-    /// What is left of a failure is kept for the next attempt.
+    /// What a failure leaves is kept for the next attempt.
     /// REQUIRES: the file is locked, and outlives this object.
     Arrival(const Work& work, const LeavingFile& file) : Arrival(work, file.size(), digitsFor(work, file))
     {
@@ -75,7 +75,7 @@ public:
             beginAnew();
             code = tryToSend(false);
         }
-        // Nothing has been sent then: the directory comes before the file.
+        // The directory comes first, so nothing has been sent yet.
         if (code == CURLE_REMOTE_ACCESS_DENIED || (m_target.isSsh() && code == CURLE_REMOTE_FILE_NOT_FOUND)) {
             code = tryToSend(true);
         }
@@ -88,19 +88,19 @@ public:
         }
     }
 
-    /// What is left of a failure, the server would keep for ever. A call that was stopped has no time for that.
+    /// Otherwise the server would keep a failure's file for ever. A call that was stopped has no time for it.
     void removeQuietly() noexcept
     try {
         if (m_begun && m_stored != m_name && !m_mustStay && (!m_isKept || m_isWrong) &&
             m_work.call.verdict() == CURLE_OK) {
             const std::vector<std::string> commands = {"*" + removal(m_stored)};
             const std::optional<Failure> failed = command(commands, m_work.connection.isCut());
-            // What ended the upload may have ended the connection as well, which shows only now.
+            // The upload's failure may have ended the connection as well, which only shows now.
             if (failed && failed->code() == CURLE_RECV_ERROR && m_work.connection.replies().lines().empty()) {
                 static_cast<void>(command(commands, true));
             }
         }
-    } catch (...) { // of two failures, the first one is told
+    } catch (...) { // of two failures, the first is reported
     }
 
 private:
@@ -110,8 +110,8 @@ private:
     {
     }
 
-    // Of appending or overwriting, which some servers do not allow, or of what an earlier attempt, not yet over for the
-    // server, has left meanwhile. libcurl has several codes for that.
+    // A server may forbid appending or overwriting, or may not have ended an earlier attempt yet. libcurl has several
+    // codes for that.
     bool isRefusal(CURLcode code) const
     {
         return m_target.isSsh() ? code == CURLE_REMOTE_ACCESS_DENIED
@@ -119,7 +119,7 @@ private:
                                       m_work.connection.replies().lastCode() >= 400;
     }
 
-    // Under a name that nobody has.
+    // Under a unique name.
     void beginAnew()
     {
         makeRoom();
@@ -133,7 +133,7 @@ private:
 
     std::string storedUrl() const { return m_target.parentUrl() + percentEncoded(m_stored); }
 
-    // How much of the file the server has from an earlier attempt, if its last bytes are the file's.
+    // How much of the file the server has from an earlier attempt, if its last bytes match; otherwise 0.
     std::int64_t sizeToGoOnFrom()
     {
         const std::optional<RemoteEntry> there = fileAt(m_work, storedUrl());
@@ -169,7 +169,7 @@ private:
             transfer.send(m_source, m_size);
         }
         if (makesDirectories) {
-            // Each missing directory is made on the way to the next one.
+            // One CWD per directory, each made if missing.
             set(transfer.handle(), CURLOPT_FTP_FILEMETHOD, static_cast<long>(CURLFTPMETHOD_MULTICWD));
             set(transfer.handle(), CURLOPT_FTP_CREATE_MISSING_DIRS, static_cast<long>(CURLFTP_CREATE_DIR_RETRY));
         }
@@ -191,7 +191,7 @@ private:
         return code;
     }
 
-    // Whether the server has begun to take the file, also where a function of the caller's throws.
+    // Notes whether the server has begun to receive the file, also if a function of the caller throws.
     void noteBegin(const Transfer& transfer)
     {
         m_begun = m_begun || transfer.hasAskedSource() || transfer.replies().openData();
@@ -205,7 +205,7 @@ private:
             return code;
         } catch (const Failure& failure) {
             noteBegin(transfer);
-            m_isWrong = failure.code() == CURLE_READ_ERROR; // the file is no longer what it was
+            m_isWrong = failure.code() == CURLE_READ_ERROR; // the local file has changed
             throw;
         } catch (...) {
             noteBegin(transfer);
@@ -240,8 +240,8 @@ private:
         }
     }
 
-    // Some servers do not rename over a file that is there: it must make room first, and is deleted last. What cannot
-    // be deleted, such as a directory, gets its name back.
+    // For servers that cannot rename over an existing file: it is renamed first, and deleted last. If it cannot be
+    // deleted, because it is a directory, say, it gets its name back.
     void replace()
     {
         const std::string old = hiddenName(m_name, m_digits + ".old");
@@ -253,7 +253,7 @@ private:
         m_mustStay = true;
         if (const std::optional<Failure> failed = command(commands)) {
             if (failed->code() == CURLE_QUOTE_ERROR) {
-                static_cast<void>(command(renaming(m_name, m_stored))); // if it got there
+                static_cast<void>(command(renaming(m_name, m_stored))); // if it got that far
             }
             if (failed->code() != CURLE_QUOTE_ERROR || command(renaming(old, m_name))) {
                 throw Failure(failed->code(), std::string(failed->what()) + "; the new file may be under " + m_stored +
@@ -264,7 +264,7 @@ private:
         }
     }
 
-    // In the directory of the target, over a new connection where `fresh` asks for it; nothing where all went well.
+    // Runs commands in the target's directory, over a new connection if `fresh`; nothing on success.
     std::optional<Failure> command(const std::vector<std::string>& commands, bool fresh = false) const
     {
         Transfer transfer(m_work.connection, m_work.access, m_work.call);
@@ -303,15 +303,15 @@ private:
     const LeavingFile* m_file = nullptr;
     std::int64_t m_size;
     std::int64_t m_offset = 0; // what the server has from an earlier attempt
-    std::int64_t m_sent = 0;   // in all
+    std::int64_t m_sent = 0;   // including that
     std::string m_name;
     std::string m_digits;
     std::string m_stored;
     bool m_isKept = false;  // for a later attempt
     bool m_isThere = false; // something is there from an earlier attempt
     bool m_begun = false;
-    bool m_mustStay = false; // it may be all that is left
-    bool m_isWrong = false;  // not to be gone on with
+    bool m_mustStay = false; // it may be the only copy
+    bool m_isWrong = false;  // must not be continued
     std::optional<Failure> m_failure;
 };
 
@@ -324,7 +324,7 @@ void carryOut(const Work& work, Arrival& arrival)
         throw;
     }
     if (work.access.speaksNewestTls(work.connection.newestTls)) {
-        // After an upload over TLS 1.3, libcurl has lost the session that the server wants to see again.
+        // After an upload over TLS 1.3, libcurl has lost the session that the server expects again.
         work.connection.giveUp();
     }
     work.call.finishing();
@@ -344,7 +344,7 @@ void uploadFile(const Work& work, const std::string& localPath)
 {
     work.access.target().requireFile();
     const LeavingFile file(localPath);
-    // In place there would be no telling an earlier attempt from another file.
+    // Without the temporary name, an earlier attempt could not be told from another file.
     if (work.access.options().resume && work.access.options().atomicUpload && file.lock()) {
         Arrival arrival(work, file);
         carryOut(work, arrival);

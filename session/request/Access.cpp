@@ -22,12 +22,12 @@ long inSeconds(std::chrono::milliseconds time)
     return static_cast<long>(std::chrono::ceil<std::chrono::seconds>(time).count());
 }
 
-// libcurl takes 0 for limits of its own.
+// To libcurl 0 means its own default.
 constexpr std::chrono::seconds kForEver(std::numeric_limits<std::int32_t>::max() / 1000);
 
 std::chrono::milliseconds orForEver(std::chrono::milliseconds limit) { return limit.count() == 0 ? kForEver : limit; }
 
-// Whether libcurl knows a folder of the machine's trust store.
+// Whether libcurl has a directory of the machine's trust store.
 bool hasTrustFolder() { return curl_version_info(CURLVERSION_NOW)->capath != nullptr; }
 
 bool allowsNone() { return ConfigReader::getInt("General", "CertAuthSwitch", true) == 0; }
@@ -45,7 +45,7 @@ Access::Access(const SFtpRequest& request, const SessionOptions& options, Certif
         m_ca = m_trustsAnybody ? std::string() : certificates.trusted(request.caCert);
     }
     m_identity.server = nameOf(m_target.scheme()) + "://" + m_target.host() + ":" + std::to_string(m_target.port());
-    // The options are the session's, and so the same for all of its connections.
+    // Options are per session, so they are the same for all of its connections.
     Digest digest;
     digest.add(m_identity.server);
     digest.add(request.userName);
@@ -62,9 +62,9 @@ void Access::applyTo(CURL* handle, Call& call, bool newestTls)
     set(handle, CURLOPT_PATH_AS_IS, 1L);
     set(handle, CURLOPT_USERNAME, m_request.userName.c_str());
     set(handle, CURLOPT_PASSWORD, m_request.password.c_str());
-    // Also where it is empty: the environment's would get the login in the clear.
+    // Even if empty: a proxy from the environment would get the login in the clear.
     set(handle, CURLOPT_PROXY, m_options.proxy.c_str());
-    // A proxy that speaks HTTP would be handed the login for the server, in the clear.
+    // Without a tunnel, an HTTP proxy would get the server's login in the clear.
     set(handle, CURLOPT_HTTPPROXYTUNNEL, 1L);
     set(handle, CURLOPT_FTP_SKIP_PASV_IP, 1L);
     set(handle, CURLOPT_FTP_FILEMETHOD, static_cast<long>(CURLFTPMETHOD_SINGLECWD));
@@ -79,10 +79,10 @@ void Access::applyTo(CURL* handle, Call& call, bool newestTls)
 void Access::applyLimits(CURL* handle, const Call& call) const
 {
     set(handle, CURLOPT_CONNECTTIMEOUT_MS, inMilliseconds(orForEver(m_options.connectTimeout)));
-    // Later than the call's own, which is exact, and says what it is.
+    // Longer than the call's own limit, which is exact and names itself.
     set(handle, CURLOPT_FTP_RESPONSE_TIMEOUT,
         std::min(inSeconds(orForEver(m_options.replyTimeout)) + 1, inSeconds(kForEver)));
-    // Whether an idle connection is still of use is the pool's business.
+    // The pool decides how long an idle connection is usable.
     set(handle, CURLOPT_MAXAGE_CONN, inSeconds(kForEver));
     if (const auto left = call.timeLeft()) {
         set(handle, CURLOPT_TIMEOUT_MS, inMilliseconds(*left));
@@ -91,11 +91,11 @@ void Access::applyLimits(CURL* handle, const Call& call) const
     set(handle, CURLOPT_MAX_RECV_SPEED_LARGE, static_cast<curl_off_t>(m_options.receiveRate));
 }
 
-// Over TLS 1.3 a kept connection and servers that want to see the control connection's session again do not go
-// together, and libcurl before 8.9 loses the ends of uploads: so 1.2, wherever there is a choice.
+// With TLS 1.3, kept connections fail on servers that require the control connection's session on data connections, and
+// libcurl before 8.9 loses the ends of uploads. So 1.2, wherever there is a choice.
 void Access::applyTls(CURL* handle, bool newestTls) const
 {
-    // libcurl's number for the highest version is that for the lowest, 16 bits further up.
+    // libcurl's constant for a maximum version is that for the minimum, shifted by 16 bits.
     constexpr long kTls12Alone = static_cast<long>(CURL_SSLVERSION_TLSv1_2) * 0x10001;
     set(handle, CURLOPT_SSLVERSION,
         speaksNewestTls(newestTls) ? static_cast<long>(CURL_SSLVERSION_TLSv1_3) : kTls12Alone);
@@ -105,10 +105,10 @@ void Access::applyTls(CURL* handle, bool newestTls) const
     set(handle, CURLOPT_SSL_VERIFYHOST, m_trustsAnybody || !m_options.compareHostName ? 0L : 2L);
     if (!m_ca.empty()) {
         setBlob(handle, CURLOPT_CAINFO_BLOB, m_ca);
-        // The certificate alone is trusted.
+        // Only the given certificate is trusted.
         set(handle, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
     } else if (hasTrustFolder()) {
-        // The folder of the machine's store is looked up by name; its bundle would be read whole each time.
+        // Certificates in the directory are found by name; the bundle would be read as a whole each time.
         set(handle, CURLOPT_CAINFO, static_cast<const char*>(nullptr));
     }
     if (!m_options.pinnedPublicKey.empty()) {

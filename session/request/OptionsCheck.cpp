@@ -19,7 +19,7 @@ void requireThat(bool holds, const std::string& sentence)
 
 void requireTime(const char* field, std::chrono::milliseconds time)
 {
-    // libcurl counts in a long of at least 32 bits.
+    // libcurl's options are longs, of 32 bits on some machines.
     requireThat(time.count() >= 0 && time.count() <= std::numeric_limits<std::int32_t>::max(),
                 std::string(field) + " must be from 0 to 2147483647 milliseconds");
 }

@@ -19,8 +19,8 @@ constexpr char kCodedSlash[] = "%2F";
 
 using Url = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
 
-// What would be a query, a fragment or a type of transfer to libcurl is a part of the name: it must not end there, or
-// another file would be meant. A blank is one, which libcurl makes a "+" of behind a "?".
+// To libcurl "?", "#" and ";" begin a query, a fragment or a transfer type, and the name would end there, as that of
+// another file. A blank is encoded, too, because after a "?" libcurl turns it into a "+".
 std::string withNamesAlone(const std::string& url)
 {
     const std::string::size_type host = url.find_first_not_of('/', url.find(':') + 1);
@@ -59,7 +59,7 @@ std::string partOf(const Url& url, CURLUPart part, unsigned flags = 0)
     char* text = nullptr;
     const CURLUcode code = curl_url_get(url.get(), part, &text, flags);
     if (code == CURLUE_OUT_OF_MEMORY) {
-        throw std::bad_alloc(); // a part that is lost is not one that is missing
+        throw std::bad_alloc(); // not the same as a part that is missing
     }
     if (code != CURLUE_OK) {
         return {};
@@ -94,7 +94,7 @@ std::uint16_t portOf(const SFtpRequest& request, const Url& url, Scheme scheme)
     return request.port != 0 ? static_cast<std::uint16_t>(request.port) : port;
 }
 
-// A coded slash is one; libcurl decodes it, too.
+// An encoded slash counts as one; libcurl decodes it, too.
 std::string wholePath(const Url& url)
 {
     const std::string path = partOf(url, CURLUPART_PATH);
@@ -111,7 +111,7 @@ std::string wholePath(const Url& url)
     return whole;
 }
 
-// Of a URL "ftp:///a/b" libcurl would take the first directory for the host.
+// In "ftp:///a/b" libcurl would take the first directory for the host.
 void requireHost(const std::string& url)
 {
     const std::string::size_type slashes = url.find("://");
@@ -120,7 +120,7 @@ void requireHost(const std::string& url)
     }
 }
 
-// As it stands in a URL: an IPv6 address in brackets, and with the interface behind it that it is reached through.
+// As in a URL: an IPv6 address in brackets, with its zone.
 std::string hostOf(const Url& url)
 {
     const std::string host = partOf(url, CURLUPART_HOST);
@@ -165,7 +165,7 @@ void Target::requireFile() const
 
 std::string Target::directoryUrl() const { return url() + (isDirectory() ? "" : "/"); }
 
-// Where the first name begins.
+// The index of the first name.
 std::string::size_type Target::top() const { return m_path.compare(1, 3, kCodedSlash) == 0 ? 4 : 1; }
 
 std::string::size_type Target::lastName() const
@@ -188,7 +188,7 @@ std::string Target::pathOf(const std::string& directory, const std::string& name
     if (!isSsh()) {
         return name;
     }
-    // "/~/" is the login's directory, from which a path without "/" counts.
+    // "/~/" stands for the login's directory, to which a path without a leading "/" is relative.
     const std::string decoded = percentDecoded(directory);
     return (decoded.compare(0, 3, "/~/") == 0 ? decoded.substr(3) : decoded) + name;
 }

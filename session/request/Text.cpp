@@ -102,7 +102,7 @@ std::string hiddenName(const std::string& name, const std::string& middle)
 {
     constexpr std::size_t kLongest = 255;
     std::size_t size = std::min(name.size(), kLongest - middle.size() - 2);
-    // Not within a character of UTF-8.
+    // Do not cut within a UTF-8 character.
     while (size < name.size() && size > 0 && (static_cast<unsigned char>(name[size]) & 0xc0U) == 0x80U) {
         --size;
     }
