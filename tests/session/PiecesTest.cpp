@@ -79,12 +79,15 @@ TEST(Replies, EndWithThreeDigitsAndABlank)
     replies.add(" 220 two\r\n");
     replies.add("220 three\r\n");
     EXPECT_EQ("220 three", replies.last());
+    replies.add("221 four\n");
+    EXPECT_EQ("221 four", replies.last());
+    replies.add("220 three\r\n");
     replies.add("55 x\r\n");
     replies.add("5500 x\r\n");
     EXPECT_EQ(220, replies.lastCode());
     replies.add("550");
     EXPECT_EQ(550, replies.lastCode());
-    EXPECT_EQ(6U, replies.lines().size());
+    EXPECT_EQ(8U, replies.lines().size());
 }
 
 TEST(Replies, KeepNoMoreThanMayBeWorthReading)
@@ -210,6 +213,8 @@ TEST(Options, NameTheFieldThatCannotBe)
               complaintAbout([](SessionOptions& each) { each.pinnedPublicKey = "x"; }));
     EXPECT_EQ("SessionOptions: proxy must not hold a control byte",
               complaintAbout([](SessionOptions& each) { each.proxy = "x\n"; }));
+    EXPECT_EQ("SessionOptions: knownHostsFile must not hold a control byte",
+              complaintAbout([](SessionOptions& each) { each.knownHostsFile = "x\n"; }));
     EXPECT_EQ("SessionOptions: sendRate is too high",
               complaintAbout([](SessionOptions& each) { each.sendRate = 1ULL << 63U; }));
 }

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -476,6 +477,27 @@ TEST_F(SessionTransfer, OneEntryOverSshIsInItsDirectoryOrNowhere)
     request.remotePath = "sftp://server/backup/c";
     wayOf("StatEntry", CURLE_REMOTE_FILE_NOT_FOUND);
     EXPECT_EQ(scripted::text(78) + ": the directory holds no \"c\"", errorText);
+}
+
+// It may be removed between the two, or may not be looked at.
+TEST_F(SessionTransfer, OneEntryOverSshMayHaveNoTime)
+{
+    request.remotePath = "sftp://server/backup/b";
+    content = "-rw-r--r-- 1 u g 8 Jan  1 00:00 b\n";
+    const auto served = scripted::curl().perform;
+    const auto whereTheFileGives = [&](CURLcode code) {
+        bool isListed = false;
+        scripted::curl().perform = [&, isListed](scripted::Handle& handle) mutable {
+            return std::exchange(isListed, true) ? code : served(handle);
+        };
+        SFtpSession session;
+        return nameOf(operationCall("StatEntry").run(session, request, errorText));
+    };
+    for (const CURLcode code : {CURLE_REMOTE_FILE_NOT_FOUND, CURLE_REMOTE_ACCESS_DENIED, CURLE_SSH}) {
+        EXPECT_EQ("CURLE_OK", whereTheFileGives(code)) << nameOf(code);
+        EXPECT_EQ("[b file 8]", lastGot()) << nameOf(code);
+    }
+    EXPECT_EQ("CURLE_SEND_FAIL_REWIND", whereTheFileGives(CURLE_SEND_FAIL_REWIND));
 }
 
 TEST_F(SessionTransfer, AStreamThatBreaksEndsAnUpload)
