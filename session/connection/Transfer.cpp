@@ -23,6 +23,20 @@ bool isOutOfStep(CURLcode code)
 // Hosts know a refused directory (9) as a missing file (78).
 CURLcode asReported(CURLcode code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
 
+CommandList listOf(const std::vector<std::string>& commands)
+{
+    CommandList list(nullptr, curl_slist_free_all);
+    for (const std::string& command : commands) {
+        curl_slist* const longer = curl_slist_append(list.get(), command.c_str());
+        if (longer == nullptr) {
+            throw std::bad_alloc();
+        }
+        static_cast<void>(list.release());
+        list.reset(longer);
+    }
+    return list;
+}
+
 } // namespace
 
 std::string sizesDiffer(std::int64_t there, std::int64_t sent)
@@ -32,7 +46,7 @@ std::string sizesDiffer(std::int64_t there, std::int64_t sent)
 
 Transfer::Transfer(Connection& connection, Access& access, Call& call)
     : m_connection(connection), m_access(access), m_call(call), m_handle(connection.renew()),
-      m_after(nullptr, curl_slist_free_all)
+      m_first(nullptr, curl_slist_free_all), m_after(nullptr, curl_slist_free_all)
 {
     access.applyTo(m_handle, call, connection.newestTls);
     set(m_handle, CURLOPT_NOPROGRESS, 0L);
@@ -48,19 +62,38 @@ Transfer::Transfer(Connection& connection, Access& access, Call& call)
 
 void Transfer::visit(const std::string& url) { set(m_handle, CURLOPT_URL, url.c_str()); }
 
-void Transfer::withoutData() { set(m_handle, CURLOPT_NOBODY, 1L); }
+void Transfer::withoutData()
+{
+    m_hasData = false;
+    set(m_handle, CURLOPT_NOBODY, 1L);
+}
 
 void Transfer::after(const std::vector<std::string>& commands)
 {
-    for (const std::string& command : commands) {
-        curl_slist* const longer = curl_slist_append(m_after.get(), command.c_str());
-        if (longer == nullptr) {
-            throw std::bad_alloc();
-        }
-        static_cast<void>(m_after.release());
-        m_after.reset(longer);
+    if (m_hasData || m_access.target().isSsh()) {
+        m_after = listOf(commands);
+    } else if (commands.empty()) {
+        sendFirst("*NOOP");
+    } else {
+        sendFirst(commands.front());
+        m_after = listOf({commands.begin() + 1, commands.end()});
     }
-    set(m_handle, CURLOPT_POSTQUOTE, m_after.get());
+    if (m_first) {
+        set(m_handle, CURLOPT_PREQUOTE, m_first.get());
+    }
+    if (m_after || !m_first) {
+        set(m_handle, CURLOPT_POSTQUOTE, m_after.get());
+    }
+}
+
+// On a kept connection libcurl 7.88 must have something to send at once: otherwise it reads what the server sends
+// unasked, and uses memory of the transfer before, which it has freed. A refusal at this point would cost the
+// connection, so that libcurl is told to ignore it.
+void Transfer::sendFirst(const std::string& command)
+{
+    const bool mayFail = command.front() == '*';
+    m_first = listOf({mayFail ? command : "*" + command});
+    m_firstMustSucceed = mayFail ? "" : command;
 }
 
 void Transfer::receive(const DataSink& sink) { m_sink = sink; }
@@ -117,6 +150,10 @@ CURLcode Transfer::tryToRun()
         m_connection.giveUp();
         m_call.rethrow();
     }
+    if (code == CURLE_OK && !m_refusal.empty() && !m_firstMustSucceed.empty()) {
+        m_foundCode = CURLE_QUOTE_ERROR;
+        m_found = "QUOT string not accepted: " + m_firstMustSucceed; // as libcurl says it of the later commands
+    }
     return m_foundCode != CURLE_OK ? m_foundCode : code;
 }
 
@@ -137,7 +174,7 @@ Failure Transfer::failure(CURLcode code) const
     } else {
         add(shown(m_connection.detail(), m_access.request().password));
     }
-    const std::string& reply = m_connection.replies().last();
+    const std::string& reply = m_refusal.empty() ? m_connection.replies().last() : m_refusal;
     if (!reply.empty()) {
         text += " (the server's last reply: " + shown(reply, m_access.request().password) + ")";
     }
@@ -234,6 +271,9 @@ size_t Transfer::hear(char* bytes, size_t one, size_t count, void* self) noexcep
 void Transfer::judgeReply()
 {
     const int code = replies().lastCode();
+    if (m_isReached && !m_hasData && code >= 400 && m_refusal.empty()) {
+        m_refusal = replies().last();
+    }
     if (m_call.awaited() != Call::Awaited::Nothing) {
         m_call.await(Replies::opensData(code) ? Call::Awaited::Bytes : Call::Awaited::Reply);
     }
@@ -265,7 +305,9 @@ int Transfer::seek(void* file, curl_off_t offset, int origin) noexcept
 // CURLOPT_PREREQFUNCTION: called once logged in.
 int Transfer::begin(void* self, char* /*theirs*/, char* /*ours*/, int /*theirPort*/, int /*ourPort*/) noexcept
 {
-    static_cast<Transfer*>(self)->m_call.await(Call::Awaited::Reply);
+    auto& transfer = *static_cast<Transfer*>(self);
+    transfer.m_isReached = true;
+    transfer.m_call.await(Call::Awaited::Reply);
     return CURL_PREREQFUNC_OK;
 }
 

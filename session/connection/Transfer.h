@@ -18,6 +18,8 @@
 
 namespace session {
 
+using CommandList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
+
 /// The text for an upload whose size on the server differs from the bytes sent.
 std::string sizesDiffer(std::int64_t there, std::int64_t sent);
 
@@ -75,6 +77,7 @@ private:
     size_t take(const char* bytes, size_t count);
     size_t give(char* bytes, size_t count);
     void requireAnnounced(bool isEnd);
+    void sendFirst(const std::string& command);
     void judgeReply();
     void judgeSize();
     void watch(std::int64_t moved, std::int64_t all);
@@ -83,7 +86,9 @@ private:
     Access& m_access;
     Call& m_call;
     CURL* m_handle;
-    std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> m_after;
+    CommandList m_first;            // before everything else
+    std::string m_firstMustSucceed; // the command there; empty: it may fail
+    CommandList m_after;
     DataSink m_sink;
     DataSource m_source;
     std::int64_t m_sizeToSend = -1;
@@ -91,9 +96,12 @@ private:
     std::int64_t m_moved = 0; // by libcurl's count
     bool m_hasAsked = false;
     bool m_comparesSize = false;
-    bool m_isStored = false; // the server has confirmed the data
-    std::string m_reason;    // why the call had to end
-    std::string m_found;     // what the session itself detected
+    bool m_hasData = true;
+    bool m_isReached = false; // logged in
+    bool m_isStored = false;  // the server has confirmed the data
+    std::string m_reason;     // why the call had to end
+    std::string m_refusal;    // the server's first, where no data moves
+    std::string m_found;      // what the session itself detected
     CURLcode m_foundCode = CURLE_OK;
 };
 

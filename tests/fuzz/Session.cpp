@@ -1,58 +1,16 @@
-// A whole session with a server whose replies are the fuzzer's: the first byte chooses the operation, the rest is the
-// script of the playback, which also says where TLS begins. No certificate is verified, so that every valid handshake
-// succeeds.
-#include "harness/OwnPorts.h"
-#include "harness/Playback.h"
+// A whole session of the library's with a server whose replies are the fuzzer's: the first byte chooses the operation,
+// the rest is the script of the playback, which also says where TLS begins.
+#include "harness/Client.h"
 #include "harness/Require.h"
-
-#include "support/LiveHost.h"
 
 #include <ISFtpClient.h>
 #include <SFtpClient.h>
 
 #include <curl/curl.h>
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cstdint>
-#include <cstdlib>
 
 namespace {
-
-int lowestFreeDescriptor()
-{
-    const int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    close(descriptor);
-    return descriptor;
-}
-
-// The path of an unnamed file, so that nothing is left if the fuzzer is killed.
-std::string fileWith(const std::string& content)
-{
-    const int file = memfd_create("fuzz", MFD_CLOEXEC);
-    require(write(file, content.data(), content.size()) == ssize_t(content.size()), "the file is written");
-    return "/proc/self/fd/" + std::to_string(file);
-}
-
-const std::string& fileToSend()
-{
-    static const std::string path = fileWith(std::string(3000, 'u'));
-    return path;
-}
-
-SFtpRequest requestTo(std::uint16_t port)
-{
-    SFtpRequest request;
-    request.port = port;
-    request.remotePath = "ftp://127.0.0.1:" + std::to_string(port) + "/dir/";
-    request.remoteFileName = "old.bak";
-    request.localPath = "/dev/null";
-    request.userName = "user";
-    request.password = "password";
-    request.caCert = "none";
-    return request;
-}
 
 int codeOf(const boost::shared_ptr<ISFtpResponse>& response) { return response ? response->GetErrCode() : -1; }
 
@@ -83,37 +41,15 @@ int operate(uint8_t choice, SFtpRequest request)
     }
 }
 
-Playback& playback()
-{
-    // Made after libcurl is initialised, and kept until the program ends.
-    static Playback server;
-    static const bool prepared = [] {
-        // Nothing is verified, but libcurl would read the machine's whole trust store for each connection.
-        setenv("SFTPCLIENT_DEFAULT_TRUST", fileWith(server.certificatePem()).c_str(), 1);
-        live::setCertAuthSwitch(0); // so that transfers go on without a certificate
-        curl_global_init(CURL_GLOBAL_DEFAULT);
-        allowPortsOnly(server.controlPort(), server.dataPort());
-        return true;
-    }();
-    require(prepared, "libcurl is ready");
-    return server;
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    if (size == 0) {
-        return 0;
+    if (size > 0) {
+        runAgainst(std::string(reinterpret_cast<const char*>(data + 1), size - 1), [data](const SFtpRequest& request) {
+            const int code = operate(data[0], request);
+            require(code >= -1 && code < CURL_LAST, "the result is one of libcurl's or -1");
+        });
     }
-    Playback& server = playback();
-    server.load(std::string(reinterpret_cast<const char*>(data + 1), size - 1));
-    fileToSend();
-    const int before = lowestFreeDescriptor();
-    const int code = operate(data[0], requestTo(server.controlPort()));
-    live::takeRecords(); // otherwise they would grow forever
-    require(code >= -1 && code < CURL_LAST, "the result is one of libcurl's or -1");
-    server.waitForEndOf(ownConnections());
-    require(lowestFreeDescriptor() <= before, "all that was opened is closed");
     return 0;
 }

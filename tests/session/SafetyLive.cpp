@@ -207,7 +207,8 @@ TEST_F(SessionSafety, LimitsEndACall)
 TEST_F(SessionSafety, ADeadKeptConnectionIsMadeAnew)
 {
     for (const std::string fault :
-         {"1/NOOP=drop", "1/CWD#2=drop", "1/CWD#2=last:421 idle for too long", "1/CWD#1=last:250 and that is all"}) {
+         {"1/CWD#2=drop", "1/CWD#2=last:421 idle for too long", "1/NOOP#1=last:200 and that is all",
+          "1/NOOP#1=last:200 here\r\n421 idle for too long", "1/NOOP#2=last:421 idle for too long"}) {
         SCOPED_TRACE(fault);
         config.faults.clear();
         misbehave(fault);
@@ -215,7 +216,7 @@ TEST_F(SessionSafety, ADeadKeptConnectionIsMadeAnew)
         std::filesystem::create_directory(served("a"));
         std::filesystem::create_directory(served("b"));
         SFtpSession session;
-        for (const char* const path : {"/a/", "/b/", "/a/"}) {
+        for (const char* const path : {"/a/", "/a/", "/b/", "/a/"}) {
             aimAt(path);
             EXPECT_EQ(0, session.TestSConnect(request, errorText)) << path << errorText;
         }

@@ -100,7 +100,7 @@ TEST_F(SessionWarm, NothingElseIsAsked)
                   request.remoteFileName = request.localPath = "a.bak";
                   return session.ReNameSFtpFile(request, errorText);
               }));
-    EXPECT_EQ(Lines{}, secondCommands([this](SFtpSession& session) {
+    EXPECT_EQ(Lines{"> NOOP"}, secondCommands([this](SFtpSession& session) {
                   aimAt("/d/");
                   return session.TestSConnect(request, errorText);
               }));

@@ -131,7 +131,7 @@ TEST_F(SessionSource, ThatCannotBeReadEndsAnUploadAndIsRemoved)
     const Lines lines = journalOfCall(operationCall("UploadFileToSFtpServer").run, CURLE_READ_ERROR);
     EXPECT_EQ(scripted::text(26) + ": localPath " + request.localPath + " cannot be sent: " + std::strerror(EIO),
               errorText);
-    EXPECT_TRUE(hasLine("1 POSTQUOTE = [*DELE .a.bak.XXXXXXXXXXXX.part]", lines));
+    EXPECT_TRUE(hasLine("1 PREQUOTE = [*DELE .a.bak.XXXXXXXXXXXX.part]", lines));
     EXPECT_EQ(0, std::count(lines.begin(), lines.end(), "1 POSTQUOTE = [RNFR"));
 }
 

@@ -100,10 +100,10 @@ TEST_F(SessionLoop, EndsAtOnceWhenItIsCancelled)
     EXPECT_EQ(2 + 5, countOf(lines, " waits "));
     const auto second = std::find(lines.begin(), lines.end(), "handle 2 made");
     ASSERT_NE(lines.end(), second) << "a connection that was cut was used again";
-    EXPECT_TRUE(sameLines({"multi 1 waits 1 ms with 1 more", "multi 1 perform", "multi 1 gives 1 back",
+    EXPECT_TRUE(sameLines({"multi 1 waits 1 ms with 1 more", "multi 1 perform", "multi 1 gives 1 back", "list freed",
                            "multi 1 cleaned up", "handle 1 cleaned up", failureOf("TestSConnect", request, 42, text),
                            failureOf("TestSConnect", request, 42, text), "handle 2 made"},
-                          Lines(second - 7, second + 1)));
+                          Lines(second - 8, second + 1)));
 }
 
 TEST_F(SessionLoop, EndsWhenTheCallTakesTooLong)

@@ -19,27 +19,45 @@ std::ostream& operator<<(std::ostream& stream, const Row& row) { return stream <
 
 constexpr const char* kTemporary = ".a b.bak.XXXXXXXXXXXX.part";
 
-// Lists of commands behind a visit to a directory without a data connection.
-Lines commands(const std::string& url, const Lines& texts)
+// An option that is a list of commands.
+Lines listed(const std::string& option, const Lines& texts)
 {
-    Lines lines = {"1 URL = " + url, "1 NOBODY = 1"};
+    Lines lines;
     std::string whole;
     for (const std::string& each : texts) {
         lines.push_back((whole.empty() ? "list of its own: " : "list of another: ") + each);
         whole += "[" + each + "]";
     }
-    lines.push_back("1 POSTQUOTE = " + (whole.empty() ? "null" : whole));
+    lines.push_back("1 " + option + " = " + (whole.empty() ? "null" : whole));
     return lines;
+}
+
+// Commands at a visit to a directory without a data connection. Over FTP libcurl sends one before anything else, and
+// the session judges the reply.
+Lines commands(const std::string& url, Lines texts)
+{
+    const Lines visit = {"1 URL = " + url, "1 NOBODY = 1"};
+    if (url.rfind("sftp:", 0) == 0) {
+        return visit + listed("POSTQUOTE", texts);
+    }
+    std::string first = texts.empty() ? "*NOOP" : texts.front();
+    first = (first[0] == '*' ? "" : "*") + first;
+    const Lines later(texts.begin() + (texts.empty() ? 0 : 1), texts.end());
+    Lines lists = listed("PREQUOTE", {first});
+    if (!later.empty()) {
+        const Lines more = listed("POSTQUOTE", later);
+        lists.insert(lists.begin() + 1, more.begin(), more.end() - 1);
+        lists.push_back(more.back());
+    }
+    return visit + lists;
 }
 
 Lines sending(const std::string& directory, const std::string& size, const Lines& texts)
 {
-    Lines lines = {"1 URL = " + directory + ".a%20b.bak.XXXXXXXXXXXX.part", "1 UPLOAD = 1",
-                   "1 READFUNCTION = unknown function", "1 READDATA = unknown",
-                   "1 INFILESIZE_LARGE = " + size + " (64 bits)"};
-    const Lines after = commands("", texts);
-    lines.insert(lines.end(), after.begin() + 2, after.end());
-    return lines;
+    return Lines{"1 URL = " + directory + ".a%20b.bak.XXXXXXXXXXXX.part", "1 UPLOAD = 1",
+                 "1 READFUNCTION = unknown function", "1 READDATA = unknown",
+                 "1 INFILESIZE_LARGE = " + size + " (64 bits)"} +
+           listed("POSTQUOTE", texts);
 }
 
 Lines receiving(const std::string& url) { return {"1 URL = " + url, "1 MAXFILESIZE_LARGE = 53687091199 (64 bits)"}; }

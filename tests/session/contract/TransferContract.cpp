@@ -19,9 +19,9 @@ protected:
     {
         Lines told;
         for (const std::string& line : lines) {
-            for (const char* const option : {"1 URL = ", "1 POSTQUOTE = ", "1 FTP_FILEMETHOD = 1",
-                                             "2 URL = ", "2 POSTQUOTE = ", "1 FTP_CREATE_MISSING_DIRS", "handle ",
-                                             "1 CUSTOMREQUEST", "1 getinfo"}) {
+            for (const char* const option : {"1 URL = ", "1 PREQUOTE = ", "1 POSTQUOTE = ", "1 FTP_FILEMETHOD = 1",
+                                             "2 URL = ", "2 PREQUOTE = ", "2 POSTQUOTE = ", "1 FTP_CREATE_MISSING_DIRS",
+                                             "handle ", "1 CUSTOMREQUEST", "1 getinfo"}) {
                 if (line.rfind(option, 0) == 0) {
                     told.push_back(line);
                 }
@@ -45,9 +45,9 @@ const std::string kPart = ".a.bak.XXXXXXXXXXXX.part";
 const std::string kUpload = "1 URL = ftp://server:2121/backup/" + kPart;
 const std::string kCommands = "1 POSTQUOTE = [*SIZE " + kPart + "][RNFR " + kPart + "][RNTO a.bak]";
 const std::string kOld = ".a.bak.XXXXXXXXXXXX.old";
-const std::string kAway = "1 POSTQUOTE = [RNFR a.bak][RNTO " + kOld + "]";
+const Lines kAway = {"1 PREQUOTE = [*RNFR a.bak]", "1 POSTQUOTE = [RNTO " + kOld + "]"};
 const std::string kDirectory = "1 URL = ftp://server:2121/backup/";
-const std::string kRemoval = "1 POSTQUOTE = [*DELE " + kPart + "]";
+const std::string kRemoval = "1 PREQUOTE = [*DELE " + kPart + "]";
 
 } // namespace
 
@@ -122,8 +122,8 @@ TEST_F(SessionTransfer, AnUploadIsNotTakenForWholeWhereTheServerTellsNoSize)
 TEST_F(SessionTransfer, AnUploadThatIsNotRenamedIsRemoved)
 {
     refused["RNTO"] = CURLE_QUOTE_ERROR;
-    const Lines lines = {"handle 1 made", kUpload,    kCommands, kDirectory,
-                         kAway,           kDirectory, kRemoval,  "handle 1 cleaned up"};
+    const Lines lines = Lines{"handle 1 made", kUpload, kCommands, kDirectory} + kAway +
+                        Lines{kDirectory, kRemoval, "handle 1 cleaned up"};
     EXPECT_TRUE(sameLines(lines, wayOf("UploadFileToSFtpServer", CURLE_QUOTE_ERROR)));
     EXPECT_EQ(scripted::text(21) + " (the server's last reply: 550 not that)", errorText);
     // The removal's own failure changes nothing.
@@ -143,8 +143,9 @@ TEST_F(SessionTransfer, AnUploadReplacesAFileThatIsInTheWay)
         }
         return served(handle);
     };
-    EXPECT_TRUE(sameLines({"handle 1 made", kUpload, kCommands, kDirectory, kAway, kDirectory,
-                           "1 POSTQUOTE = [RNFR " + kPart + "][RNTO a.bak][DELE " + kOld + "]", "handle 1 cleaned up"},
+    const Lines replaced = {kDirectory, "1 PREQUOTE = [*RNFR " + kPart + "]",
+                            "1 POSTQUOTE = [RNTO a.bak][DELE " + kOld + "]", "handle 1 cleaned up"};
+    EXPECT_TRUE(sameLines(Lines{"handle 1 made", kUpload, kCommands, kDirectory} + kAway + replaced,
                           wayOf("UploadFileToSFtpServer")));
     EXPECT_EQ("as it was", errorText);
 }
@@ -384,7 +385,7 @@ TEST_F(SessionTransfer, TheServerIsAskedForItsFeaturesOnce)
             EXPECT_EQ(0, operationCall("ListEntries").run(session, request, errorText));
         }
     }));
-    EXPECT_EQ(1, std::count(lines.begin(), lines.end(), "1 POSTQUOTE = [*FEAT]"));
+    EXPECT_EQ(1, std::count(lines.begin(), lines.end(), "1 PREQUOTE = [*FEAT]"));
 }
 
 TEST_F(SessionTransfer, OneEntryComesByFactsWhereTheyAreKnownToBeThere)
@@ -394,7 +395,7 @@ TEST_F(SessionTransfer, OneEntryComesByFactsWhereTheyAreKnownToBeThere)
         EXPECT_EQ(0, operationCall("ListEntries").run(session, request, errorText));
         EXPECT_EQ(0, operationCall("StatEntry").run(session, request, errorText));
     }));
-    EXPECT_EQ("1 POSTQUOTE = [MLST a.bak]", way.at(way.size() - 2));
+    EXPECT_EQ("1 PREQUOTE = [*MLST a.bak]", way.at(way.size() - 2));
     EXPECT_EQ("[a.bak file 11 at 1767323045]", lastGot());
 }
 
@@ -405,8 +406,9 @@ TEST_F(SessionTransfer, OneEntryThatFactsKnowNothingOf)
     EXPECT_EQ(0, operationCall("ListEntries").run(session, request, errorText));
     refused["MLST"] = CURLE_QUOTE_ERROR;
     EXPECT_EQ("CURLE_REMOTE_FILE_NOT_FOUND", nameOf(operationCall("StatEntry").run(session, request, errorText)));
-    EXPECT_EQ(scripted::text(78) + " (the server's last reply: 550 not that)", errorText);
-    refused["MLST"] = CURLE_OK;
+    EXPECT_EQ(scripted::text(78) + ": QUOT string not accepted: MLST a.bak (the server's last reply: 550 not that)",
+              errorText);
+    refusal = "250 End";
     EXPECT_EQ("CURLE_WEIRD_SERVER_REPLY", nameOf(operationCall("StatEntry").run(session, request, errorText)));
     EXPECT_EQ(scripted::text(8) + ": the reply to MLST holds no facts", errorText);
     performGives(CURLE_SEND_FAIL_REWIND);
@@ -447,7 +449,7 @@ TEST_F(SessionTransfer, OneEntryMayBeADirectory)
         return ++transfers == 1 ? CURLE_REMOTE_FILE_NOT_FOUND : CURLE_OK;
     };
     EXPECT_TRUE(sameLines({"handle 1 made", "1 URL = ftp://server:2121/backup/a.bak",
-                           "1 URL = ftp://server:2121/backup/a.bak/", "1 POSTQUOTE = null", "handle 1 cleaned up"},
+                           "1 URL = ftp://server:2121/backup/a.bak/", "1 PREQUOTE = [*NOOP]", "handle 1 cleaned up"},
                           wayOf("StatEntry")));
     EXPECT_EQ("[a.bak directory -1]", lastGot());
     // What cannot be entered either is not there: the first reply tells why.
@@ -463,7 +465,7 @@ TEST_F(SessionTransfer, OneEntryMayBeADirectory)
 TEST_F(SessionTransfer, TheTopIsADirectory)
 {
     request.remotePath = "ftp://server/";
-    EXPECT_TRUE(sameLines({"handle 1 made", "1 URL = ftp://server:21/", "1 POSTQUOTE = null", "handle 1 cleaned up"},
+    EXPECT_TRUE(sameLines({"handle 1 made", "1 URL = ftp://server:21/", "1 PREQUOTE = [*NOOP]", "handle 1 cleaned up"},
                           wayOf("StatEntry")));
     EXPECT_EQ("[/ directory -1]", lastGot());
 }
