@@ -53,7 +53,7 @@ private:
         m_rest.append(bytes);
     }
 
-    static constexpr std::size_t kLongestLine = 1024 * 1024;
+    static constexpr std::size_t kLongestLine = std::size_t{1024} * 1024;
 
     std::function<void(std::string_view)> m_take;
     std::string m_rest;
