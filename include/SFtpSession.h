@@ -55,6 +55,19 @@ struct RemoteEntry
     std::optional<std::chrono::system_clock::time_point> modified;
 };
 
+enum class ChecksumKind
+{
+    Sha256,
+    Crc32 ///< as in ISO 3309; finds damage by accident only
+};
+
+/// What a server has computed from the bytes of a file.
+struct RemoteChecksum
+{
+    ChecksumKind kind = ChecksumKind::Sha256;
+    std::string digits; ///< hexadecimal, lower case: 64, or 8 of a CRC-32
+};
+
 /// Takes `size` bytes of a download; false ends it, with 23.
 using DataSink = std::function<bool(const char* bytes, std::size_t size)>;
 
@@ -184,6 +197,21 @@ public:
 
     /// Tells about the file or directory `remotePath`. 78 where there is none; a failure leaves `entry` alone.
     int StatEntry(const SFtpRequest& request, RemoteEntry& entry, std::string& errorText);
+
+    /// Tells when the file `remotePath` was modified, in whole seconds, by one command (MDTM): where a listing has no
+    /// times. 78 where there is no such file, 4 where the server does not know the command; a failure leaves `modified`
+    /// alone.
+    int ReadModified(const SFtpRequest& request, std::chrono::system_clock::time_point& modified,
+                     std::string& errorText);
+
+    /// Sets when the file `remotePath` was modified; parts of a second are cut off. 4 where the server does not offer
+    /// MFMT, 21 where it refuses.
+    int SetModified(const SFtpRequest& request, std::chrono::system_clock::time_point modified, std::string& errorText);
+
+    /// Has the server compute a checksum of the file `remotePath`: by HASH or XSHA256 where it offers one of them,
+    /// else by XCRC. 4 where it offers none, as over SFTP; 21 where it refuses; a failure leaves `checksum` alone. The
+    /// server reads the whole file before it replies: `replyTimeout` counts.
+    int ReadChecksum(const SFtpRequest& request, RemoteChecksum& checksum, std::string& errorText);
 
     /// Makes the directory `remotePath`, whose parent must be there. 21 where the server refuses.
     int MakeSFtpDir(const SFtpRequest& request, std::string& errorText);

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace session {
@@ -20,6 +21,11 @@ std::optional<RemoteEntry> entryOfLongLine(std::string_view line);
 
 /// Whether a name is one of the directory's own: with a "/" or a zero byte, a path made of it would end elsewhere.
 bool leadsNowhereElse(std::string_view name);
+
+/// The time that "YYYYMMDDhhmmss" tells, perhaps with a fraction of a second behind it; UTC.
+std::optional<std::chrono::system_clock::time_point> timeIn(std::string_view text);
+
+std::string lowerCase(std::string_view text);
 
 /// So many seconds after the beginning of 1970; nothing where the clock does not reach that far.
 std::optional<std::chrono::system_clock::time_point> timeAt(std::int64_t seconds);
