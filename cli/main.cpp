@@ -17,18 +17,7 @@ constexpr int kCommandFailed = 255;
 
 int run(const Arguments& arguments, const ProxyEnvironment& proxies)
 {
-    switch (arguments.operation) {
-    case Operation::Test:
-    case Operation::List:
-    case Operation::Get:
-    case Operation::Put:
-    case Operation::Move:
-    case Operation::Remove:
-        return runOperation(arguments);
-    case Operation::Doctor:
-        return runDoctor(arguments, proxies);
-    }
-    return kCommandFailed;
+    return arguments.operation == Operation::Doctor ? runDoctor(arguments, proxies) : runOperation(arguments);
 }
 
 int fail(int status, const std::exception& error)

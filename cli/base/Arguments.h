@@ -1,6 +1,8 @@
 #ifndef SFTPCLIENT_CLI_BASE_ARGUMENTS_H
 #define SFTPCLIENT_CLI_BASE_ARGUMENTS_H
 
+#include <SFtpSession.h>
+
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -13,6 +15,9 @@ enum class Operation
     Put,
     Move,
     Remove,
+    MakeDirectory,
+    RemoveDirectory,
+    Stat,
     Doctor
 };
 
@@ -32,18 +37,28 @@ struct Arguments
     bool passwordFromInput = false;
     bool netrc = false;
     std::string netrcFile;
-    std::string ca;
+    std::string ca; // a file with one certificate or more, or "none"
+    std::string pin;
+    std::string clientCert;
+    std::string clientKey;
+    TlsVersion tlsMin = TlsVersion::Tls12;
+    std::string knownHosts; // empty: the user's own file, if there is one
+    std::string fingerprint;
+    std::string proxy;
+    bool clearLogin = false; // the login of an ftp: URL may go in the clear
+    bool asHost = false;     // through SFtpClient, as a host runs it; else on a session
     std::string configFile;
     bool quiet = false;
     bool trace = false;
     bool json = false;
-    bool verifies = true; // put compares the sizes
+    bool verifies = true;   // put compares the sizes
+    bool resumes = false;   // get and put leave what has moved, and go on from there
+    std::uint64_t rate = 0; // of get and put, in bytes a second; 0: no limit
     unsigned retries = 0;
     std::chrono::milliseconds retryDelay{1000}; // before the first
     std::chrono::seconds connectTime{20};       // of each connection
     std::chrono::seconds stallTime{60};         // without a byte
     std::chrono::seconds maxTime{0};            // of the whole operation; 0: no limit
-    bool clearLogin = false;                    // doctor may send the password in the clear
     bool writes = false;                        // doctor tries a round trip
     std::chrono::seconds timeout{20};           // of doctor's own connections
 };

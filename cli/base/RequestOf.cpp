@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr std::string::size_type kLargestCertificate = 1 << 20;
 constexpr char kNowhere[] = "/dev/null";
 
 std::string remotePathOf(const Arguments& arguments, const RemoteUrl& url)
@@ -45,26 +44,13 @@ std::string localPathOf(const Arguments& arguments, const RemoteUrl& url)
     }
 }
 
-std::string readCertificate(const std::string& file)
-{
-    std::string bytes;
-    std::string reason = InputFile(file).readWhole(kLargestCertificate, bytes);
-    if (reason.empty() && bytes.empty()) {
-        reason = "it is empty";
-    }
-    if (!reason.empty()) {
-        throw UsageError("The CA certificate " + file + " cannot be read (" + reason + "): name a PEM or DER file.");
-    }
-    return bytes;
-}
-
 std::string certificateOf(const Arguments& arguments, const RemoteUrl& url)
 {
     if (arguments.ca == "none") {
         return arguments.ca;
     }
     if (!arguments.ca.empty()) {
-        return readCertificate(arguments.ca);
+        return contentsOf(arguments.ca, "The CA certificate", "name a PEM or DER file.");
     }
     if (arguments.operation != Operation::Put && !url.isSsh()) {
         throw UsageError("The server's CA certificate is missing: give --ca FILE or --ca none.");

@@ -3,8 +3,8 @@
 
 _sftpclient() {
     local operations="get put ls mv rm test doctor"
-    local options="--help --user --password-file --password-stdin --netrc --netrc-file --ca --port --config --json"
-    local transfer="--retry --retry-delay --connect-time --stall-time --max-time --trace --quiet"
+    local options="--help --user --password-file --password-stdin --netrc --netrc-file --ca --clear-login --port --config --json"
+    local run="--pin --client-cert --client-key --tls-min --known-hosts --fingerprint --proxy --retry --retry-delay --connect-time --stall-time --max-time --trace --quiet"
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} operation=${COMP_WORDS[1]}
     COMPREPLY=()
 
@@ -20,7 +20,7 @@ _sftpclient() {
         before=${COMP_WORDS[COMP_CWORD - 2]}
     fi
     case $before in
-        --password-file | --netrc-file | --config)
+        --password-file | --netrc-file | --config | --client-cert | --client-key | --known-hosts)
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
@@ -32,7 +32,11 @@ _sftpclient() {
             mapfile -t COMPREPLY < <(compgen -u -- "$word")
             return
             ;;
-        --port | --retry | --retry-delay | --connect-time | --stall-time | --max-time | --timeout)
+        --tls-min)
+            mapfile -t COMPREPLY < <(compgen -W "1.2 1.3" -- "$word")
+            return
+            ;;
+        --pin | --fingerprint | --proxy | --limit-rate | --port | --retry | --retry-delay | --connect-time | --stall-time | --max-time | --timeout)
             return
             ;;
     esac
@@ -40,9 +44,10 @@ _sftpclient() {
     case $word in
         -*)
             case $operation in
-                doctor) options="$options --clear-login --write --timeout" ;;
-                put) options="$options $transfer --no-verify" ;;
-                *) options="$options $transfer" ;;
+                doctor) options="$options --write --timeout" ;;
+                get) options="$options $run --as-host --resume --limit-rate" ;;
+                put) options="$options $run --as-host --resume --limit-rate --no-verify" ;;
+                *) options="$options $run --as-host" ;;
             esac
             mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
             ;;

@@ -164,9 +164,7 @@ std::string OperationRun::whatIsLeft() const
     case Operation::Move:
     case Operation::Remove:
         return "whether the server has carried it out is not known";
-    case Operation::Test:
-    case Operation::Doctor:
-        break;
+    default:
+        return "nothing was tested to its end";
     }
-    return "nothing was tested to its end";
 }

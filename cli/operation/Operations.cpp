@@ -31,10 +31,9 @@ int perform(Operation operation, const SFtpRequest& request, std::string& errorT
         return client.ReNameSFtpFile(request, errorText);
     case Operation::Remove:
         return client.DelSFtpFile(request, errorText);
-    case Operation::Doctor:
-        break;
+    default: // SFtpClient has no others
+        return kNotRun;
     }
-    return kNotRun;
 }
 
 int exitStatusOf(int code) { return code == kNotRun ? kFailedStatus : code; }

@@ -182,6 +182,17 @@ void addUrl(const RemoteUrl& url, TypedOptions& typed)
     }
 }
 
+// In the environment and in the configuration file they may stand side by side.
+void refuseSessionOptionsAsHost(const TypedOptions& typed, const Arguments& arguments)
+{
+    for (const Option& option : options()) {
+        if (arguments.asHost && option.ofSession && typed.count(option.name) > 0) {
+            throw UsageError(std::string(option.name) +
+                             " has no effect with --as-host: SFtpClient knows nothing of it. Leave one of them out.");
+        }
+    }
+}
+
 } // namespace
 
 std::optional<Arguments> parseArguments(int argc, const char* const* argv, int& status)
@@ -200,5 +211,6 @@ std::optional<Arguments> parseArguments(int argc, const char* const* argv, int& 
     TypedOptions typed = grammar.typed();
     addUrl(RemoteUrl(arguments.url), typed);
     applySettings(typed, arguments);
+    refuseSessionOptionsAsHost(typed, arguments);
     return arguments;
 }

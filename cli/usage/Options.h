@@ -9,7 +9,9 @@
 enum class Use
 {
     Everywhere,
-    Operations, // of the library: everywhere but doctor
+    Operations, // everywhere but doctor
+    OfHost,     // what SFtpClient does, too
+    Transfers,  // get and put
     Put,
     Doctor
 };
@@ -23,6 +25,7 @@ struct Option
     const char* description;
     void (*store)(Arguments& arguments, const std::string& text); // throws std::invalid_argument: what it must be
     Use use = Use::Everywhere;
+    bool ofSession = false; // nothing that --as-host knows
 };
 
 /// All options, in the order in which the help shows them.
