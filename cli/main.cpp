@@ -3,6 +3,7 @@
 #include "doctor/DoctorCommand.h"
 #include "operation/RunOperation.h"
 #include "output/StandardStreams.h"
+#include "tree/RunTree.h"
 #include "usage/CommandLine.h"
 
 #include <EscapeControlBytes.h>
@@ -17,7 +18,15 @@ constexpr int kCommandFailed = 255;
 
 int run(const Arguments& arguments, const ProxyEnvironment& proxies)
 {
-    return arguments.operation == Operation::Doctor ? runDoctor(arguments, proxies) : runOperation(arguments);
+    switch (arguments.operation) {
+    case Operation::Doctor:
+        return runDoctor(arguments, proxies);
+    case Operation::Push:
+    case Operation::Pull:
+        return runTree(arguments);
+    default:
+        return runOperation(arguments);
+    }
 }
 
 int fail(int status, const std::exception& error)

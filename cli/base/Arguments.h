@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 enum class Operation
 {
@@ -18,7 +19,21 @@ enum class Operation
     MakeDirectory,
     RemoveDirectory,
     Stat,
+    Push,
+    Pull,
     Doctor
+};
+
+/// How whole trees are moved.
+struct TreeArguments
+{
+    unsigned jobs = 4; // connections
+    bool deletes = false;
+    bool forces = false; // deletes all where the source is empty, too
+    bool dryRun = false;
+    bool checksum = false;
+    bool keepsGoing = false;
+    std::vector<std::string> excluded; // patterns
 };
 
 /// What the command is to do, from the command line, the environment and the configuration file together. What was not
@@ -59,6 +74,7 @@ struct Arguments
     std::chrono::seconds connectTime{20};       // of each connection
     std::chrono::seconds stallTime{60};         // without a byte
     std::chrono::seconds maxTime{0};            // of the whole operation; 0: no limit
+    TreeArguments tree;                         // of push and pull
     bool writes = false;                        // doctor tries a round trip
     std::chrono::seconds timeout{20};           // of doctor's own connections
 };

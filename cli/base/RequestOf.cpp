@@ -52,7 +52,8 @@ std::string certificateOf(const Arguments& arguments, const RemoteUrl& url)
     if (!arguments.ca.empty()) {
         return contentsOf(arguments.ca, "The CA certificate", "name a PEM or DER file.");
     }
-    if (arguments.operation != Operation::Put && !url.isSsh()) {
+    if (arguments.operation != Operation::Put && arguments.operation != Operation::Push &&
+        arguments.operation != Operation::Pull && !url.isSsh()) {
         throw UsageError("The server's CA certificate is missing: give --ca FILE or --ca none.");
     }
     return {};

@@ -21,6 +21,16 @@ namespace {
 
 constexpr char kDescription[] = "Runs one operation of libSFtpClient against a remote file server.";
 
+// A line each.
+std::string joined(const std::vector<std::string>& texts)
+{
+    std::string lines;
+    for (const std::string& text : texts) {
+        lines += (lines.empty() ? "" : "\n") + text;
+    }
+    return lines;
+}
+
 // The command line's grammar, made from the tables of operations and options.
 class Grammar
 {
@@ -44,7 +54,8 @@ public:
         TypedOptions typed;
         for (const auto& option : m_options) {
             if (option.second->count() > 0) {
-                typed[option.first->name] = option.second->results().back();
+                typed[option.first->name] =
+                    option.first->repeats ? joined(option.second->results()) : option.second->results().back();
             }
         }
         return typed;
@@ -79,7 +90,8 @@ private:
         CLI::Option* const added = isSwitch ? form.add_flag(option.name, option.description)
                                             : form.add_option(option.name, option.description)->type_name(option.value);
         // So that a script's options can be overruled by its caller's.
-        added->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+        added->multi_option_policy(option.repeats ? CLI::MultiOptionPolicy::TakeAll : CLI::MultiOptionPolicy::TakeLast);
+        added->allow_extra_args(false);
         m_options.emplace_back(&option, added);
     }
 

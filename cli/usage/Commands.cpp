@@ -47,6 +47,20 @@ const std::vector<Command>& commands()
          {{"URL", &Arguments::url, "What to visit: a directory, ending in \"/\", is best", true}},
          "  sftpclient test ftps://backup@host/ --ca ca.pem --trace\n"
          "  sftpclient test ftp://backup@host/ --ca none --config unverified.ini\n"},
+        {Operation::Push,
+         "push",
+         "Make a directory on the server like a local one",
+         {{"DIR", &Arguments::local, "The local directory", true},
+          {"URL", &Arguments::url, "The directory on the server; it is created if missing", true}},
+         "  sftpclient push photos ftps://backup@host/photos/ --ca ca.pem\n"
+         "  sftpclient push photos ftps://backup@host/photos/ --delete --exclude '*.tmp' --dry-run\n"},
+        {Operation::Pull,
+         "pull",
+         "Make a local directory like one on the server",
+         {{"URL", &Arguments::url, "The directory on the server", true},
+          {"DIR", &Arguments::local, "The local directory; it is created if missing", true}},
+         "  sftpclient pull sftp://backup@host/photos/ photos\n"
+         "  sftpclient pull ftps://backup@host/photos/ photos --jobs 8 --keep-going --json\n"},
         {Operation::Doctor,
          "doctor",
          "Find out which operations will work on a server",

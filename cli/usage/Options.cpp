@@ -12,6 +12,7 @@ namespace {
 
 constexpr unsigned kHighestPort = 65535;
 constexpr unsigned kMostRetries = 1000;
+constexpr unsigned kMostJobs = 64;
 constexpr double kLongestDelay = 3600;
 constexpr unsigned kLongestTimeout = 600;
 constexpr unsigned kHour = 3600;
@@ -120,11 +121,36 @@ void storeSeconds(Arguments& arguments, const std::string& text)
     arguments.*member = std::chrono::seconds(toNumber(text, lowest, highest));
 }
 
+// A line each: a pattern can hold any other byte.
+void storeExclusions(Arguments& arguments, const std::string& text)
+{
+    arguments.tree.excluded.clear();
+    for (std::string::size_type begin = 0; begin <= text.size();) {
+        const std::string::size_type end = std::min(text.find('\n', begin), text.size());
+        if (end == begin) {
+            throw std::invalid_argument("must not be empty");
+        }
+        arguments.tree.excluded.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+}
+
+template <bool TreeArguments::*member>
+void storeTreeSwitch(Arguments& arguments, const std::string& text)
+{
+    arguments.tree.*member = toSwitch(text);
+}
+
+void storeJobs(Arguments& arguments, const std::string& text) { arguments.tree.jobs = toNumber(text, 1, kMostJobs); }
+
+bool isTree(Operation operation) { return operation == Operation::Push || operation == Operation::Pull; }
+
 } // namespace
 
 const std::vector<Option>& options()
 {
     constexpr bool kOfSession = true;
+    constexpr bool kRepeats = true;
     static const std::vector<Option> kOptions{
         {"--user", "NAME", "Name to log in with, if the URL has none", storeText<&Arguments::user>},
         {"--password-file", "FILE", "File whose first line is the password", storeText<&Arguments::passwordFile>},
@@ -157,6 +183,19 @@ const std::vector<Option>& options()
          Use::Transfers, kOfSession},
         {"--limit-rate", "BYTES", "At most so many bytes a second; 500K, 2M, 1G", storeRate, Use::Transfers,
          kOfSession},
+        {"--jobs", "N", "Connections at a time (4)", storeJobs, Use::Trees, kOfSession},
+        {"--delete", "", "Delete what the source does not have", storeTreeSwitch<&TreeArguments::deletes>, Use::Trees,
+         kOfSession},
+        {"--force", "", "With --delete: even if the source holds no file", storeTreeSwitch<&TreeArguments::forces>,
+         Use::Trees, kOfSession},
+        {"--exclude", "PATTERN", "Leave out what has such a name, or path; may be repeated", storeExclusions,
+         Use::Trees, kOfSession, kRepeats},
+        {"--checksum", "", "Compare contents of files of the same size by the\nserver's checksums, not times",
+         storeTreeSwitch<&TreeArguments::checksum>, Use::Trees, kOfSession},
+        {"--keep-going", "", "Go on with the other files after a failure", storeTreeSwitch<&TreeArguments::keepsGoing>,
+         Use::Trees, kOfSession},
+        {"--dry-run", "", "Only tell what would be done", storeTreeSwitch<&TreeArguments::dryRun>, Use::Trees,
+         kOfSession},
         {"--no-verify", "", "Do not compare the file's size on the server afterwards", storeNoVerify, Use::Put},
         {"--retry", "N",
          "Try again up to N times after a fault that may pass:\nresult 7, 28, 35, 52, 55 or 56, or a put whose "
@@ -172,7 +211,7 @@ const std::vector<Option>& options()
          storeSeconds<&Arguments::maxTime, 0, kWeek>, Use::Operations},
         {"--json", "", "Write the result to standard output, as a JSON object", storeSwitch<&Arguments::json>},
         {"--trace", "", "Show what libcurl and the server say to each other,\nthe login masked",
-         storeSwitch<&Arguments::trace>, Use::Operations},
+         storeSwitch<&Arguments::trace>, Use::Single},
         {"--quiet", "", "Log failures only, and show no progress", storeSwitch<&Arguments::quiet>, Use::Operations},
         {"--write", "", "Send, list, fetch, rename and delete a small file through\nthe library, and clean up",
          storeSwitch<&Arguments::writes>, Use::Doctor},
@@ -190,7 +229,11 @@ bool belongsTo(const Option& option, Operation operation)
     case Use::OfHost:
         return operation < Operation::MakeDirectory;
     case Use::Transfers:
-        return operation == Operation::Get || operation == Operation::Put;
+        return operation == Operation::Get || operation == Operation::Put || isTree(operation);
+    case Use::Trees:
+        return isTree(operation);
+    case Use::Single:
+        return operation != Operation::Doctor && !isTree(operation);
     case Use::Put:
         return operation == Operation::Put;
     case Use::Doctor:

@@ -11,7 +11,9 @@ enum class Use
     Everywhere,
     Operations, // everywhere but doctor
     OfHost,     // what SFtpClient does, too
-    Transfers,  // get and put
+    Transfers,  // get, put, push and pull
+    Trees,      // push and pull
+    Single,     // neither those nor doctor
     Put,
     Doctor
 };
@@ -26,6 +28,7 @@ struct Option
     void (*store)(Arguments& arguments, const std::string& text); // throws std::invalid_argument: what it must be
     Use use = Use::Everywhere;
     bool ofSession = false; // nothing that --as-host knows
+    bool repeats = false;   // each time it is given counts
 };
 
 /// All options, in the order in which the help shows them.
