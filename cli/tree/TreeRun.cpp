@@ -67,6 +67,7 @@ void TreeRun::runPhases()
     // What the source lacks matters only where it is to be deleted.
     listRemote(remote, m_isPush && !m_arguments.tree.deletes ? &m_source : nullptr);
     m_result.skipped = m_source.links;
+    std::sort(m_result.skipped.begin(), m_result.skipped.end());
     if (!mayGoOn()) {
         return;
     }
