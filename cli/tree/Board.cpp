@@ -65,6 +65,9 @@ std::vector<std::string> Board::lines(const std::string& operation, std::chrono:
                                       std::size_t width) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_files == 0) {
+        return {cutTo(operation + ": comparing", width)};
+    }
     std::vector<std::string> lines(1);
     std::int64_t moved = m_bytesDone;
     for (const auto& [thread, file] : m_running) {

@@ -25,7 +25,7 @@ public:
     void end(bool isDone);
 
     /// "push: 3 of 9 files, 12.0 MiB of 48.0 MiB, 25 %, 6.0 MiB/s, 6 s left", and "  sunday.bak: 1.0 MiB of 2.0 MiB,
-    /// 50 %". `width`: of the terminal.
+    /// 50 %"; "push: comparing" before `start`. `width`: of the terminal.
     std::vector<std::string> lines(const std::string& operation, std::chrono::duration<double> elapsed,
                                    std::size_t width) const;
 

@@ -14,6 +14,14 @@ namespace {
 
 using Json = nlohmann::json;
 
+Tree withoutFolders(Tree tree)
+{
+    for (auto each = tree.begin(); each != tree.end();) {
+        each = each->first.back() == '/' ? tree.erase(each) : std::next(each);
+    }
+    return tree;
+}
+
 class TreesTold : public Trees
 {
 protected:
@@ -98,26 +106,30 @@ TEST_F(TreesTold, NothingButTheEndWithoutATerminalOrQuietly)
 
 TEST_F(TreesTold, SignalsEndItAtAnyStep)
 {
-    for (const char* const step : {"GREETING", "MLSD", "RETR", "DATA#3"}) {
+    const std::pair<const char*, const char*> kSteps[] = {{"GREETING", "pull: comparing"},
+                                                          {"MLSD", "pull: comparing"},
+                                                          {"RETR", "pull: 0 of 2 files"},
+                                                          {"DATA#3", "pull: 0 of 2 files"}};
+    for (const auto& [step, shown] : kSteps) {
         SCOPED_TRACE(step);
         plant(there(), {{"a", "1"}, {"d/b", "2"}});
         serve({std::string(step) + "=stall"});
-        const TextFile errors;
-        ProcessSetup setup = setupOf({"pull", url("/there/"), "here", "--json", "--jobs", "1"});
-        const Pipe output;
-        setup.out = output.writer();
-        setup.err = errors.path();
-        Process command(setup);
-        std::vector<Lines> none;
+        TerminalCommand command(setupOf({"pull", url("/there/"), "here", "--json", "--jobs", "1"}));
+        command.shownUpTo(shown);
         command.signal(SIGTERM);
-        const int status = command.wait();
-        EXPECT_EQ(-SIGTERM, status) << contentOf(errors.path());
+        EXPECT_EQ(-SIGTERM, command.wait());
+        EXPECT_TRUE(holds("pull: 42 interrupted by SIGTERM; the same command goes on from here: 0 moved (0 B), 0 "
+                          "unchanged\r\n",
+                          command.shown()));
+        EXPECT_TRUE(holds("\"signal\":\"SIGTERM\"", command.shown()));
+        EXPECT_EQ(Tree(), withoutFolders(treeIn(here())));
     }
 }
 
 TEST(TreeBoard, ShowsAllFilesAndEachThatRuns)
 {
     Board board;
+    EXPECT_EQ(std::vector<std::string>{"push: comparing"}, board.lines("push", std::chrono::seconds(2), 80));
     board.start(3, 4096);
     board.begin("d/a\n", 1024);
     board.end(true);
