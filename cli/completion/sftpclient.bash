@@ -2,9 +2,9 @@
 # /usr/share/bash-completion/completions/sftpclient. It needs nothing but bash.
 
 _sftpclient() {
-    local operations="get put ls mv rm test doctor"
+    local operations="get put ls mv rm test push pull doctor"
     local options="--help --user --password-file --password-stdin --netrc --netrc-file --ca --clear-login --port --config --json"
-    local run="--pin --client-cert --client-key --tls-min --known-hosts --fingerprint --proxy --retry --retry-delay --connect-time --stall-time --max-time --trace --quiet"
+    local run="--pin --client-cert --client-key --tls-min --known-hosts --fingerprint --proxy --retry --retry-delay --connect-time --stall-time --max-time --quiet"
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} operation=${COMP_WORDS[1]}
     COMPREPLY=()
 
@@ -36,7 +36,7 @@ _sftpclient() {
             mapfile -t COMPREPLY < <(compgen -W "1.2 1.3" -- "$word")
             return
             ;;
-        --pin | --fingerprint | --proxy | --limit-rate | --port | --retry | --retry-delay | --connect-time | --stall-time | --max-time | --timeout)
+        --pin | --fingerprint | --proxy | --limit-rate | --port | --jobs | --exclude | --retry | --retry-delay | --connect-time | --stall-time | --max-time | --timeout)
             return
             ;;
     esac
@@ -45,16 +45,17 @@ _sftpclient() {
         -*)
             case $operation in
                 doctor) options="$options --write --timeout" ;;
-                get) options="$options $run --as-host --resume --limit-rate" ;;
-                put) options="$options $run --as-host --resume --limit-rate --no-verify" ;;
-                *) options="$options $run --as-host" ;;
+                get) options="$options $run --trace --as-host --resume --limit-rate" ;;
+                push | pull) options="$options $run --resume --limit-rate --jobs --delete --force --exclude --checksum --keep-going --dry-run" ;;
+                put) options="$options $run --trace --as-host --resume --limit-rate --no-verify" ;;
+                *) options="$options $run --trace --as-host" ;;
             esac
             mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
             ;;
         *)
             # Local files; what is on the server is not known here.
             case $operation in
-                get | put | ls) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+                get | put | ls | push | pull) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
             esac
             ;;
     esac

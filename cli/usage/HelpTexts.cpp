@@ -51,6 +51,19 @@ constexpr char kDoctor[] =
     "The report goes to standard output. Exit status: 0 when all operations will work, 1 when one will fail, 3\n"
     "when none will fail but one is unknown, 2 for wrong usage, 255 for a failure of the command itself.\n";
 
+constexpr char kTrees[] =
+    "\nFiles that differ in size or time are moved, over several connections; each has its name only once it is\n"
+    "whole, so an interrupted run is simply repeated. Links are told and left out. The last line counts what was\n"
+    "done; the exit status is 0, or the code of the first failure. docs/trees.md tells more.\n"
+    "\n"
+    "A PATTERN of --exclude is a shell's: without \"/\" for names (*.tmp), with one for paths from the top (/cache,\n"
+    "docs/*.html), with one at its end for directories (node_modules/).\n";
+
+bool isTree(const Command& command)
+{
+    return command.operation == Operation::Push || command.operation == Operation::Pull;
+}
+
 } // namespace
 
 std::string generalNotes() { return kNotes; }
