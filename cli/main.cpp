@@ -1,12 +1,15 @@
 #include "base/ProxyEnvironment.h"
 #include "base/UsageError.h"
 #include "doctor/DoctorCommand.h"
+#include "operation/Interruption.h"
 #include "operation/RunOperation.h"
+#include "output/Report.h"
 #include "output/StandardStreams.h"
 #include "usage/CommandLine.h"
 
 #include <EscapeControlBytes.h>
 
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <optional>
@@ -17,7 +20,18 @@ constexpr int kCommandFailed = 255;
 
 int run(const Arguments& arguments, const ProxyEnvironment& proxies)
 {
-    return arguments.operation == Operation::Doctor ? runDoctor(arguments, proxies) : runOperation(arguments);
+    if (arguments.operation == Operation::Doctor) {
+        return runDoctor(arguments, proxies);
+    }
+    const Result result = runOperation(arguments, notify);
+    const int signal = Interruption::signal();
+    if (signal != SIGPIPE) {
+        report(arguments, result);
+    }
+    if (signal != 0) {
+        endBySignal(signal);
+    }
+    return result.code == kNotRun ? kCommandFailed : result.code;
 }
 
 int fail(int status, const std::exception& error)

@@ -2,7 +2,7 @@
 # /usr/share/bash-completion/completions/sftpclient. It needs nothing but bash.
 
 _sftpclient() {
-    local operations="get put ls mv rm test doctor"
+    local operations="get put ls mv rm mkdir rmdir stat test doctor"
     local options="--help --user --password-file --password-stdin --netrc --netrc-file --ca --clear-login --port --config --json"
     local run="--pin --client-cert --client-key --tls-min --known-hosts --fingerprint --proxy --retry --retry-delay --connect-time --stall-time --max-time --trace --quiet"
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} operation=${COMP_WORDS[1]}
@@ -47,6 +47,8 @@ _sftpclient() {
                 doctor) options="$options --write --timeout" ;;
                 get) options="$options $run --as-host --resume --limit-rate" ;;
                 put) options="$options $run --as-host --resume --limit-rate --no-verify" ;;
+                ls) options="$options $run --as-host --long" ;;
+                mkdir | rmdir | stat) options="$options $run" ;;
                 *) options="$options $run --as-host" ;;
             esac
             mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")

@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr char kDescription[] = "Runs one operation of libSFtpClient against a remote file server.";
+constexpr char kDescription[] = "Runs one operation against a file server, over FTP with TLS or over SFTP.";
 
 // The command line's grammar, made from the tables of operations and options.
 class Grammar
@@ -76,8 +76,9 @@ private:
     void addOption(CLI::App& form, const Option& option)
     {
         const bool isSwitch = *option.value == '\0';
-        CLI::Option* const added = isSwitch ? form.add_flag(option.name, option.description)
-                                            : form.add_option(option.name, option.description)->type_name(option.value);
+        const std::string names = (*option.brief == '\0' ? "" : option.brief + std::string(",")) + option.name;
+        CLI::Option* const added = isSwitch ? form.add_flag(names, option.description)
+                                            : form.add_option(names, option.description)->type_name(option.value);
         // So that a script's options can be overruled by its caller's.
         added->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
         m_options.emplace_back(&option, added);

@@ -11,7 +11,8 @@ enum class Use
     Everywhere,
     Operations, // everywhere but doctor
     OfHost,     // what SFtpClient does, too
-    Transfers,  // get and put
+    List,
+    Transfers, // get and put
     Put,
     Doctor
 };
@@ -26,6 +27,7 @@ struct Option
     void (*store)(Arguments& arguments, const std::string& text); // throws std::invalid_argument: what it must be
     Use use = Use::Everywhere;
     bool ofSession = false; // nothing that --as-host knows
+    const char* brief = ""; // its other name, such as "-l"
 };
 
 /// All options, in the order in which the help shows them.
