@@ -61,6 +61,6 @@ std::chrono::milliseconds Retry::next()
 
 double randomShare()
 {
-    static std::random_device device;
+    std::random_device device;
     return std::uniform_real_distribution<double>(0, 1)(device);
 }
