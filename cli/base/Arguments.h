@@ -67,6 +67,7 @@ struct Arguments
     bool trace = false;
     bool json = false;
     bool verifies = true;   // put compares the sizes
+    bool isLong = false;    // ls tells kind, size and time
     bool resumes = false;   // get and put leave what has moved, and go on from there
     std::uint64_t rate = 0; // of get and put, in bytes a second; 0: no limit
     unsigned retries = 0;

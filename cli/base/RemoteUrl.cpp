@@ -135,18 +135,21 @@ std::string RemoteUrl::forUpload(const std::string& localPath) const
     if (!m_path.empty() && !endsInSlash(m_path)) {
         return m_text;
     }
+    if (localPath == "-") {
+        throw UsageError("URL must name the file to write: standard input has no name.");
+    }
     const std::string name = localPath.substr(localPath.rfind('/') + 1);
     refuseControlBytes("The name of LOCAL", name);
     return m_text + (m_path.empty() ? "/" : "") + percentEncoded(name);
 }
 
-std::string RemoteUrl::fileName() const
+std::string RemoteUrl::fileName(bool allIsName) const
 {
     // libcurl takes ";type=a" at the end for the kind of transfer.
-    const std::string path = m_path.substr(0, m_path.rfind(";type="));
+    const std::string path = allIsName ? m_path : m_path.substr(0, m_path.rfind(";type="));
     std::string name = percentDecoded(path.substr(path.rfind('/') + 1));
     const bool isPlain = !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
-                         path.find_first_of("?#") == std::string::npos;
+                         (allIsName || path.find_first_of("?#") == std::string::npos);
     if (!isPlain) {
         throw UsageError("The URL's last name cannot name a local file: name the file to write after the URL.");
     }

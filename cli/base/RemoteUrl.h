@@ -41,8 +41,9 @@ public:
     /// The file's URL for an upload of `localPath`: of the file of the same name where this is a directory's.
     std::string forUpload(const std::string& localPath) const;
 
-    /// The last name of the path, decoded, for a local file. Throws `UsageError` where that is no plain name.
-    std::string fileName() const;
+    /// The last name of the path, decoded, for a local file. What libcurl makes of "?", "#" and ";type=" counts only
+    /// where that is not the name's, as to a session all of it is. Throws `UsageError` where that is no plain name.
+    std::string fileName(bool allIsName) const;
 
 private:
     void takeUser(const std::string& login);

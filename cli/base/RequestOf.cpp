@@ -16,8 +16,18 @@ namespace {
 
 constexpr char kNowhere[] = "/dev/null";
 
+bool isForHost(const Arguments& arguments) { return arguments.asHost || arguments.operation == Operation::Doctor; }
+
+bool isStream(const std::string& local) { return local == "-"; }
+
 std::string remotePathOf(const Arguments& arguments, const RemoteUrl& url)
 {
+    if (arguments.operation == Operation::Put) {
+        return url.forUpload(arguments.local);
+    }
+    if (!isForHost(arguments)) {
+        return url.text();
+    }
     switch (arguments.operation) {
     case Operation::List:
     case Operation::Doctor:
@@ -25,8 +35,6 @@ std::string remotePathOf(const Arguments& arguments, const RemoteUrl& url)
     case Operation::Move:
     case Operation::Remove:
         return url.forDirectoryCommand(arguments.port);
-    case Operation::Put:
-        return url.forUpload(arguments.local);
     default:
         return url.text();
     }
@@ -38,7 +46,7 @@ std::string localPathOf(const Arguments& arguments, const RemoteUrl& url)
     case Operation::Move:
         return arguments.newName;
     case Operation::Get:
-        return arguments.local.empty() ? url.fileName() : arguments.local;
+        return arguments.local.empty() ? url.fileName(!isForHost(arguments)) : arguments.local;
     default:
         return arguments.local;
     }
@@ -52,8 +60,7 @@ std::string certificateOf(const Arguments& arguments, const RemoteUrl& url)
     if (!arguments.ca.empty()) {
         return contentsOf(arguments.ca, "The CA certificate", "name a PEM or DER file.");
     }
-    if (arguments.operation != Operation::Put && arguments.operation != Operation::Push &&
-        arguments.operation != Operation::Pull && !url.isSsh()) {
+    if (isForHost(arguments) && arguments.operation != Operation::Put && !url.isSsh()) {
         throw UsageError("The server's CA certificate is missing: give --ca FILE or --ca none.");
     }
     return {};
@@ -61,11 +68,13 @@ std::string certificateOf(const Arguments& arguments, const RemoteUrl& url)
 
 void checkNames(const Arguments& arguments)
 {
+    // The library puts them into a command that the server splits at each blank.
+    const auto check = isForHost(arguments) ? refuseAllButOneWord : refuseAllButAName;
     if (arguments.operation == Operation::Move) {
-        refuseAllButOneWord("OLD", arguments.remoteName);
-        refuseAllButOneWord("NEW", arguments.newName);
+        check("OLD", arguments.remoteName);
+        check("NEW", arguments.newName);
     } else if (arguments.operation == Operation::Remove) {
-        refuseAllButOneWord("NAME", arguments.remoteName);
+        check("NAME", arguments.remoteName);
     }
 }
 
@@ -93,12 +102,13 @@ bool hidesItsSize(const std::string& file)
     return stat(file.c_str(), &status) == 0 && status.st_size == 0 && !InputFile(file).readWhole(0, byte).empty();
 }
 
-// The library sends as many bytes as the file's size says.
-void checkSource(const std::string& file)
+// As many bytes are sent as the file's size says.
+void checkSource(const std::string& file, bool forHost)
 {
     const std::string kind = oddKindOf(file);
     if (!kind.empty()) {
-        throw UsageError(file + " is " + kind + ": put sends regular files only; write the contents into one first.");
+        throw UsageError(file + " is " + kind + ": put sends regular files only; write the contents into one first" +
+                         (forHost ? "." : ", or to standard input, with - for LOCAL."));
     }
     if (access(file.c_str(), R_OK) != 0) {
         throw UsageError("The file " + file + " cannot be read (" + std::strerror(errno) + "): name one that can be.");
@@ -128,11 +138,12 @@ bool isOpenFile(std::filesystem::path path)
     return false;
 }
 
-void checkTarget(Operation operation, const std::string& file)
+void checkTarget(const Arguments& arguments, const std::string& file)
 {
-    const std::string remedy = operation == Operation::List
+    const std::string remedy = arguments.operation == Operation::List
                                    ? ": name a regular file, or leave it out for the names on standard output."
-                                   : ": name a regular file.";
+                               : arguments.asHost ? ": name a regular file."
+                                                  : ": name a regular file, or - for standard output.";
     if (isOpenFile(file)) {
         throw UsageError(file + " is an open file of the command itself" + remedy);
     }
@@ -149,12 +160,24 @@ void checkTarget(Operation operation, const std::string& file)
 }
 
 // The library answers with nothing but a 2, or loses bytes without a word.
-void checkLocalFile(Operation operation, const std::string& file)
+void checkLocalFile(const Arguments& arguments, const std::string& file)
 {
+    const Operation operation = arguments.operation;
     if (operation == Operation::Put) {
-        checkSource(file);
+        checkSource(file, arguments.asHost);
     } else if (operation == Operation::Get || (operation == Operation::List && !file.empty())) {
-        checkTarget(operation, file);
+        checkTarget(arguments, file);
+    }
+}
+
+void checkStream(const Arguments& arguments)
+{
+    if (arguments.operation == Operation::Get && arguments.json) {
+        throw UsageError("With - the file goes to standard output: leave --json out.");
+    }
+    if (arguments.operation == Operation::Put && arguments.passwordFromInput) {
+        throw UsageError("With - the file comes from standard input: give the password in another way than with "
+                         "--password-stdin.");
     }
 }
 
@@ -168,7 +191,15 @@ SFtpRequest requestOf(const Arguments& arguments)
     request.remotePath = remotePathOf(arguments, url);
     request.remoteFileName = arguments.remoteName;
     request.localPath = localPathOf(arguments, url);
-    checkLocalFile(arguments.operation, request.localPath);
+    const bool mayBeStream = arguments.operation == Operation::Get || arguments.operation == Operation::Put;
+    if (mayBeStream && !arguments.asHost && isStream(request.localPath)) {
+        checkStream(arguments);
+    } else {
+        checkLocalFile(arguments, request.localPath);
+    }
+    if (arguments.isLong && !arguments.local.empty()) {
+        throw UsageError("With --long the listing goes to standard output: leave LOCAL out.");
+    }
     request.caCert = certificateOf(arguments, url);
     request.port = url.port(arguments.port);
     return request;

@@ -2,7 +2,7 @@
 # /usr/share/bash-completion/completions/sftpclient. It needs nothing but bash.
 
 _sftpclient() {
-    local operations="get put ls mv rm test push pull doctor"
+    local operations="get put ls mv rm mkdir rmdir stat test push pull doctor"
     local options="--help --user --password-file --password-stdin --netrc --netrc-file --ca --clear-login --port --config --json"
     local run="--pin --client-cert --client-key --tls-min --known-hosts --fingerprint --proxy --retry --retry-delay --connect-time --stall-time --max-time --quiet"
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} operation=${COMP_WORDS[1]}
@@ -46,8 +46,10 @@ _sftpclient() {
             case $operation in
                 doctor) options="$options --write --timeout" ;;
                 get) options="$options $run --trace --as-host --resume --limit-rate" ;;
-                push | pull) options="$options $run --resume --limit-rate --jobs --delete --force --exclude --checksum --keep-going --dry-run" ;;
                 put) options="$options $run --trace --as-host --resume --limit-rate --no-verify" ;;
+                push | pull) options="$options $run --resume --limit-rate --jobs --delete --force --exclude --checksum --keep-going --dry-run" ;;
+                ls) options="$options $run --trace --as-host --long" ;;
+                mkdir | rmdir | stat) options="$options $run --trace" ;;
                 *) options="$options $run --trace --as-host" ;;
             esac
             mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")

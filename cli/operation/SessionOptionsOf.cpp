@@ -62,7 +62,8 @@ SessionOptions sessionOptionsOf(const Arguments& arguments)
     options.sendRate = arguments.rate;
     options.receiveRate = arguments.rate;
     options.verifyUpload = arguments.verifies;
-    options.resume = arguments.resumes;
+    // What a retry can go on from must be left for it.
+    options.resume = arguments.resumes || arguments.retries > 0;
     return options;
 }
 

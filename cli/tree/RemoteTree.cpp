@@ -1,12 +1,9 @@
 #include "tree/RemoteTree.h"
 
+#include "base/PercentCode.h"
 #include "base/WipedAtEnd.h"
 
 #include <curl/curl.h>
-
-#include <array>
-#include <cctype>
-#include <cstdio>
 
 namespace {
 
@@ -15,18 +12,8 @@ constexpr char kNobody[] = ".sftpclient-asks-for-mfmt";
 
 std::string encoded(const std::string& path)
 {
-    std::string text;
-    for (const char each : path) {
-        const bool isAscii = static_cast<unsigned char>(each) < 0x80;
-        if (isAscii && (std::isalnum(each) != 0 || std::string("-._~/").find(each) != std::string::npos)) {
-            text += each;
-        } else {
-            std::array<char, 4> code = {};
-            static_cast<void>(std::snprintf(code.data(), code.size(), "%%%02X", static_cast<unsigned char>(each)));
-            text += code.data();
-        }
-    }
-    return text;
+    const auto [directory, name] = splitPath(path);
+    return (directory.empty() ? "" : encoded(directory) + "/") + percentEncoded(name);
 }
 
 // The local path of a call is one of an open file: its number means nothing to anybody.

@@ -130,8 +130,10 @@ void report(const Arguments& arguments, const TreeResult& result)
 
 } // namespace
 
-int runTree(const Arguments& arguments)
+int runTree(const Arguments& given)
 {
+    Arguments arguments = given;
+    arguments.asHost = false; // as the environment may say, for other operations
     if (!arguments.configFile.empty()) {
         HostConfiguration::instance().load(arguments.configFile);
     }

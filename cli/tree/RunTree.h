@@ -4,6 +4,6 @@
 #include "base/Arguments.h"
 
 /// Runs push or pull and tells how it went; the exit status. Throws `UsageError`.
-int runTree(const Arguments& arguments);
+int runTree(const Arguments& given);
 
 #endif

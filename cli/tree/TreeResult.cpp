@@ -1,5 +1,7 @@
 #include "tree/TreeResult.h"
 
+#include "base/PercentCode.h"
+#include "output/JsonResult.h"
 #include "output/Progress.h"
 #include "output/ResultName.h"
 
@@ -9,6 +11,18 @@
 #include <nlohmann/json.hpp>
 
 namespace {
+
+using Json = nlohmann::ordered_json;
+
+// A path that is no text is given a second time, in a form that loses nothing.
+Json withPath(Json object, const std::string& path)
+{
+    object["path"] = path;
+    if (!isText(path)) {
+        object["encodedPath"] = percentEncoded(path);
+    }
+    return object;
+}
 
 std::string countsOf(const TreeResult& result)
 {
@@ -40,27 +54,27 @@ std::string lineOf(const TreeResult& result)
 
 std::string jsonOf(const TreeResult& result)
 {
-    nlohmann::ordered_json object{
+    Json object{
         {"operation", result.operation}, {"url", result.url},
         {"code", result.code},           {"name", nameOfResult(result.code)},
         {"text", result.text},           {"dryRun", result.isDryRun},
         {"moved", result.moved},         {"bytes", result.bytes},
         {"directories", result.made},    {"deleted", result.deleted},
         {"unchanged", result.unchanged}, {"seconds", result.seconds},
-        {"skipped", result.skipped},
+        {"skipped", Json::array()},      {"failed", Json::array()},
     };
-    nlohmann::ordered_json failed = nlohmann::ordered_json::array();
-    for (const FailedPath& each : result.failed) {
-        failed.push_back(
-            {{"path", each.path}, {"code", each.code}, {"name", nameOfResult(each.code)}, {"text", each.text}});
+    for (const std::string& path : result.skipped) {
+        object["skipped"].push_back(withPath(Json::object(), path));
     }
-    object["failed"] = failed;
+    for (const FailedPath& each : result.failed) {
+        object["failed"].push_back(
+            withPath({{"code", each.code}, {"name", nameOfResult(each.code)}, {"text", each.text}}, each.path));
+    }
     if (result.isDryRun) {
-        nlohmann::ordered_json actions = nlohmann::ordered_json::array();
+        object["actions"] = Json::array();
         for (const TreeAction& each : result.actions) {
-            actions.push_back({{"action", nameOfStep(each.step)}, {"path", each.path}});
+            object["actions"].push_back(withPath({{"action", nameOfStep(each.step)}}, each.path));
         }
-        object["actions"] = actions;
     }
     if (!result.signal.empty()) {
         object["signal"] = result.signal;

@@ -47,7 +47,8 @@ struct TreeResult
 /// "push: 0 No error: 3 moved (1.2 MiB), 1 deleted, 17 unchanged".
 std::string lineOf(const TreeResult& result);
 
-/// One JSON object on one line, in ASCII. Bytes that are no UTF-8 are replaced by U+FFFD.
+/// One JSON object on one line, in ASCII. Bytes that are not UTF-8 are replaced by U+FFFD; a path with such bytes is
+/// also there percent-encoded.
 std::string jsonOf(const TreeResult& result);
 
 #endif

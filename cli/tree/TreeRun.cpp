@@ -7,18 +7,31 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <map>
+#include <string_view>
 #include <thread>
 #include <tuple>
 #include <utility>
 
 namespace {
 
-// A server that has no room for another connection: with fewer of them, all goes on.
-bool isTooManyConnections(const TreeFailure& failure)
+// The code of the server's last reply; 0 where the session tells none.
+int replyIn(const TreeFailure& failure)
 {
-    return std::string(failure.what()).find("(the server's last reply: 421") != std::string::npos;
+    constexpr std::string_view kMark = "(the server's last reply: ";
+    const std::string_view text = failure.what();
+    const std::size_t mark = text.rfind(kMark);
+    int code = 0;
+    if (mark != std::string_view::npos) {
+        const std::string_view digits = text.substr(mark + kMark.size(), 3);
+        std::from_chars(digits.data(), digits.data() + digits.size(), code);
+    }
+    return code;
 }
+
+// The server has no room for another connection: with fewer of them, all goes on.
+bool isTooManyConnections(const TreeFailure& failure) { return replyIn(failure) == 421; }
 
 std::size_t depthOf(const std::string& path)
 {
@@ -304,7 +317,8 @@ void TreeRun::tryAgainAndAgain(const Step& step)
             step();
             return;
         } catch (const TreeFailure& failure) {
-            if (!retry.isLeft() || !isPassingFault(static_cast<CURLcode>(failure.code())) || isEnding()) {
+            if (!retry.isLeft() || !isTransient(static_cast<CURLcode>(failure.code()), replyIn(failure)) ||
+                isEnding()) {
                 throw;
             }
         }

@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr char kDescription[] = "Runs one operation of libSFtpClient against a remote file server.";
+constexpr char kDescription[] = "Runs one operation against a file server, over FTP with TLS or over SFTP.";
 
 // A line each.
 std::string joined(const std::vector<std::string>& texts)
@@ -87,8 +87,9 @@ private:
     void addOption(CLI::App& form, const Option& option)
     {
         const bool isSwitch = *option.value == '\0';
-        CLI::Option* const added = isSwitch ? form.add_flag(option.name, option.description)
-                                            : form.add_option(option.name, option.description)->type_name(option.value);
+        const std::string names = (*option.brief == '\0' ? "" : option.brief + std::string(",")) + option.name;
+        CLI::Option* const added = isSwitch ? form.add_flag(names, option.description)
+                                            : form.add_option(names, option.description)->type_name(option.value);
         // So that a script's options can be overruled by its caller's.
         added->multi_option_policy(option.repeats ? CLI::MultiOptionPolicy::TakeAll : CLI::MultiOptionPolicy::TakeLast);
         added->allow_extra_args(false);

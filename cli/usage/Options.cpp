@@ -179,6 +179,8 @@ const std::vector<Option>& options()
          storeText<&Arguments::configFile>},
         {"--as-host", "", "Run it as a host with SFtpClient does (see below)", storeSwitch<&Arguments::asHost>,
          Use::OfHost},
+        {"--long", "", "Show kind, size and time (UTC) of each entry", storeSwitch<&Arguments::isLong>, Use::List,
+         kOfSession, "-l"},
         {"--resume", "", "Go on with what a broken transfer has left, and leave it", storeSwitch<&Arguments::resumes>,
          Use::Transfers, kOfSession},
         {"--limit-rate", "BYTES", "At most so many bytes a second; 500K, 2M, 1G", storeRate, Use::Transfers,
@@ -189,7 +191,7 @@ const std::vector<Option>& options()
         {"--force", "", "With --delete: even if the source holds no file", storeTreeSwitch<&TreeArguments::forces>,
          Use::Trees, kOfSession},
         {"--exclude", "PATTERN", "Leave out what has such a name, or path; may be repeated", storeExclusions,
-         Use::Trees, kOfSession, kRepeats},
+         Use::Trees, kOfSession, "", kRepeats},
         {"--checksum", "", "Compare contents of files of the same size by the\nserver's checksums, not times",
          storeTreeSwitch<&TreeArguments::checksum>, Use::Trees, kOfSession},
         {"--keep-going", "", "Go on with the other files after a failure", storeTreeSwitch<&TreeArguments::keepsGoing>,
@@ -197,12 +199,11 @@ const std::vector<Option>& options()
         {"--dry-run", "", "Only tell what would be done", storeTreeSwitch<&TreeArguments::dryRun>, Use::Trees,
          kOfSession},
         {"--no-verify", "", "Do not compare the file's size on the server afterwards", storeNoVerify, Use::Put},
-        {"--retry", "N",
-         "Try again up to N times after a fault that may pass:\nresult 7, 28, 35, 52, 55 or 56, or a put whose "
-         "size\nthere differs",
+        {"--retry", "N", "Try again up to N times after a fault that may pass, and\ngo on from where it broke off",
          storeRetries, Use::Operations},
-        {"--retry-delay", "SECONDS", "Wait so long before trying again (1), and each time\ntwice as long",
-         storeRetryDelay, Use::Operations},
+        {"--retry-delay", "SECONDS",
+         "Wait so long before trying again (1), each time twice\nas long, and up to half of it less", storeRetryDelay,
+         Use::Operations},
         {"--connect-time", "SECONDS", "How long a connection and its login may take (20)",
          storeSeconds<&Arguments::connectTime, 1, kHour>, Use::Operations},
         {"--stall-time", "SECONDS", "Longest time without a byte (60)", storeSeconds<&Arguments::stallTime, 1, kDay>,
@@ -228,6 +229,8 @@ bool belongsTo(const Option& option, Operation operation)
         return operation != Operation::Doctor;
     case Use::OfHost:
         return operation < Operation::MakeDirectory;
+    case Use::List:
+        return operation == Operation::List;
     case Use::Transfers:
         return operation == Operation::Get || operation == Operation::Put || isTree(operation);
     case Use::Trees:

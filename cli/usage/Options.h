@@ -11,9 +11,10 @@ enum class Use
     Everywhere,
     Operations, // everywhere but doctor
     OfHost,     // what SFtpClient does, too
-    Transfers,  // get, put, push and pull
-    Trees,      // push and pull
-    Single,     // neither those nor doctor
+    List,
+    Transfers, // get, put, push and pull
+    Trees,     // push and pull
+    Single,    // neither those nor doctor
     Put,
     Doctor
 };
@@ -28,6 +29,7 @@ struct Option
     void (*store)(Arguments& arguments, const std::string& text); // throws std::invalid_argument: what it must be
     Use use = Use::Everywhere;
     bool ofSession = false; // nothing that --as-host knows
+    const char* brief = ""; // its other name, such as "-l"
     bool repeats = false;   // each time it is given counts
 };
 

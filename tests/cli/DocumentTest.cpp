@@ -56,7 +56,8 @@ std::string withoutNumbers(std::string text, const std::string& mark, const std:
 // What differs from one run to the next.
 std::string comparable(const std::string& output)
 {
-    const std::string ports = withoutNumbers(replaceTimes(output), "(|||", "PORT");
+    const std::string delays = withoutNumbers(replaceTimes(output), "trying again in ", "DELAY");
+    const std::string ports = withoutNumbers(delays, "(|||", "PORT");
     return withoutNumbers(withoutNumbers(ports, "():", "LINE"), "\"seconds\":", "SECONDS");
 }
 

@@ -13,7 +13,7 @@ std::string hint(CURLcode result, int code, const std::string& command = "")
     Reply reply;
     reply.code = code;
     reply.command = command;
-    return hintFor(result, reply);
+    return hintFor(Way::AsHost, result, reply);
 }
 
 } // namespace

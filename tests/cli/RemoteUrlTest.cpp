@@ -132,11 +132,11 @@ TEST(RemoteUrl, RejectsAPasswordWithoutQuotingIt)
 
 TEST(RemoteUrl, NamesALocalFileAfterItsLastSegment)
 {
-    EXPECT_EQ("sunday.bak", RemoteUrl("ftp://host/dir/sunday.bak").fileName());
-    EXPECT_EQ("a %.bak", RemoteUrl("ftp://host/dir/a%20%25.bak;type=i").fileName());
+    EXPECT_EQ("sunday.bak", RemoteUrl("ftp://host/dir/sunday.bak").fileName(false));
+    EXPECT_EQ("a %.bak", RemoteUrl("ftp://host/dir/a%20%25.bak;type=i").fileName(false));
     for (const std::string path :
          {"", "/", "/dir/", "/dir/.", "/dir/..", "/%2e%2e", "/a%2fb", "/..%2fb", "/a?b", "/a#b", "/;type=a"}) {
-        EXPECT_THROW(RemoteUrl("ftp://host" + path).fileName(), UsageError) << path;
+        EXPECT_THROW(RemoteUrl("ftp://host" + path).fileName(false), UsageError) << path;
     }
 }
 

@@ -18,6 +18,7 @@ Arguments argumentsFor(Operation operation)
 {
     Arguments arguments;
     arguments.operation = operation;
+    arguments.asHost = true;
     arguments.url = "ftps://host/dir/";
     arguments.ca = "none";
     arguments.local = "local";

@@ -65,10 +65,14 @@ TEST_F(TreesTold, ToAProgram)
                     {"directories", 0},
                     {"deleted", 1},
                     {"unchanged", 1},
-                    {"skipped", {"link"}},
+                    {"skipped", {{{"path", "link"}}}},
                     {"failed", Json::array()}}),
               objectOf(push(how)));
-    const Json dry = objectOf(run({"pull", url("/there/"), "new", "--json", "--dry-run", "--exclude", "[bc]"}));
+    plant(there(), {{"not \xff text", "1"}});
+    const Json odd = objectOf(run({"pull", url("/there/"), "odd", "--json", "--dry-run"}));
+    EXPECT_EQ((Json{{"action", "move"}, {"path", "not \xef\xbf\xbd text"}, {"encodedPath", "not%20%FF%20text"}}),
+              odd["actions"].back());
+    const Json dry = objectOf(run({"pull", url("/there/"), "new", "--json", "--dry-run", "--exclude", "[bcn]*"}));
     EXPECT_EQ((Json{{{"action", "mkdir"}, {"path", ""}},
                     {{"action", "mkdir"}, {"path", "d"}},
                     {{"action", "move"}, {"path", "a"}}}),
