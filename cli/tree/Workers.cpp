@@ -53,7 +53,10 @@ private:
 
 } // namespace
 
-Workers::Workers(unsigned count, std::function<void()> tick) : m_tick(std::move(tick)), m_threads(count) {}
+Workers::Workers(unsigned count, std::function<void()> tick)
+    : m_tick(std::move(tick)), m_count(count), m_threads(count), m_alive(count)
+{
+}
 
 void Workers::add(Task task)
 {
@@ -68,7 +71,7 @@ void Workers::run()
         Threads threads;
         {
             const SignalsBlocked blocked;
-            for (m_alive = 0; m_alive < m_threads; ++m_alive) {
+            for (unsigned i = 0; i < m_count; ++i) {
                 threads.add([this] { work(); });
             }
         }

@@ -36,12 +36,13 @@ private:
     void finish(Task task, Verdict verdict, std::exception_ptr thrown);
     bool isOver() const { return m_stopped || (m_tasks.empty() && m_busy == 0); }
 
-    std::function<void()> m_tick;
-    std::mutex m_mutex;
+    const std::function<void()> m_tick;
+    const unsigned m_count;
+    std::mutex m_mutex; // for what follows
     std::condition_variable m_changed;
     std::deque<Task> m_tasks;
     unsigned m_threads; // that are to work
-    unsigned m_alive = 0;
+    unsigned m_alive;
     unsigned m_busy = 0;
     bool m_stopped = false;
     std::exception_ptr m_thrown;

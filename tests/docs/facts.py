@@ -19,7 +19,7 @@ def names_of_tests(ctest, build):
 
 
 def help_of(command):
-    forms = [[], ["get"], ["put"], ["ls"], ["mv"], ["rm"], ["test"], ["doctor"]]
+    forms = [[], ["get"], ["put"], ["ls"], ["mv"], ["rm"], ["test"], ["push"], ["doctor"]]
     said = [subprocess.run([command, *form, "--help"], check=True, capture_output=True, text=True) for form in forms]
     return "\n".join(each.stdout for each in said)
 
