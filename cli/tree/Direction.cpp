@@ -36,7 +36,7 @@ public:
             return false;
         }
         const std::optional<FileTime> there = timeThere(move);
-        return !there || areSameTimes(timeHere(move), *there) || isNewEnough(timeHere(move), *there);
+        return !there || areSameTimes(timeHere(move), *there) || isNewEnough(move, *there, mayChange);
     }
 
 protected:
@@ -51,7 +51,7 @@ protected:
     /// Gives the destination the source's time.
     virtual void adoptTime(const std::string& path, FileTime here, FileTime there) = 0;
     /// Whether times that differ are those of the same file.
-    virtual bool isNewEnough(FileTime here, FileTime there) = 0;
+    virtual bool isNewEnough(const Move& move, FileTime there, bool mayChange) = 0;
 
 private:
     std::optional<FileTime> timeThere(const Move& move) const
@@ -101,7 +101,10 @@ protected:
     }
 
     // Where times cannot be set, a file there has that of its arrival.
-    bool isNewEnough(FileTime here, FileTime there) override { return there > here && !remote().keepsTimes(); }
+    bool isNewEnough(const Move& move, FileTime there, bool mayChange) override
+    {
+        return there > timeHere(move) && !(mayChange ? remote().keepsTimes(move.path, there) : remote().mayKeepTimes());
+    }
 };
 
 class Pull : public BothWays
@@ -140,7 +143,7 @@ protected:
     {
         local().setModified(path, there);
     }
-    bool isNewEnough(FileTime /*here*/, FileTime /*there*/) override { return false; }
+    bool isNewEnough(const Move& /*move*/, FileTime /*there*/, bool /*mayChange*/) override { return false; }
 
 private:
     void makeRoot()

@@ -181,9 +181,14 @@ std::optional<FileTime> RemoteTree::modified(const std::string& path) const
 
 void RemoteTree::setModified(const std::string& path, FileTime modified)
 {
-    if (m_times == Known::No) {
-        return;
+    if (m_times != Known::No) {
+        m_times = trySetModified(path, modified) == 0 ? Known::Yes : Known::No;
     }
+}
+
+// 0, or why the server does not set times.
+int RemoteTree::trySetModified(const std::string& path, FileTime modified) const
+{
     std::string text;
     const int code = call(
         urlOf(path), "", "",
@@ -191,26 +196,24 @@ void RemoteTree::setModified(const std::string& path, FileTime modified)
             return m_session.SetModified(request, modified, errorText);
         },
         text);
-    if (code == CURLE_NOT_BUILT_IN) {
-        m_times = Known::No;
-    } else if (code != 0) {
+    if (code != 0 && code != CURLE_NOT_BUILT_IN && code != CURLE_QUOTE_ERROR) {
         throw TreeFailure(code, text);
-    } else {
-        m_times = Known::Yes;
     }
+    return code;
 }
 
-bool RemoteTree::keepsTimes()
+bool RemoteTree::keepsTimes(const std::string& path, FileTime modified)
 {
     if (m_times == Known::Unknown) {
-        try {
-            setModified(kNobody, FileTime());
-        } catch (const TreeFailure& failure) {
-            if (failure.code() != CURLE_QUOTE_ERROR) {
-                throw;
-            }
-            m_times = Known::Yes;
-        }
+        setModified(path, modified);
+    }
+    return m_times == Known::Yes;
+}
+
+bool RemoteTree::mayKeepTimes()
+{
+    if (m_times == Known::Unknown) {
+        m_times = trySetModified(kNobody, FileTime()) == CURLE_NOT_BUILT_IN ? Known::No : Known::Yes;
     }
     return m_times == Known::Yes;
 }

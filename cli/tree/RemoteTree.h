@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-/// A tree on the server, on one session. Each function but `setModified` and `checksum` throws `TreeFailure` where the
-/// server does not go along; its text hides the password. Any number of threads may call at the same time.
+/// A tree on the server, on one session. Each function throws `TreeFailure` where the server does not go along; its
+/// text hides the password. Any number of threads may call at the same time.
 class RemoteTree
 {
 public:
@@ -34,10 +34,12 @@ public:
 
     /// When the file was modified; nothing where the server cannot tell.
     std::optional<FileTime> modified(const std::string& path) const;
-    /// Nothing is done where the server cannot.
+    /// Nothing is done where the server cannot, or refuses.
     void setModified(const std::string& path, FileTime modified);
-    /// Whether the server sets times. The first call may ask it, without changing anything.
-    bool keepsTimes();
+    /// Whether the server sets times. The first call may try it with this file, which keeps the time that it has.
+    bool keepsTimes(const std::string& path, FileTime modified);
+    /// The same as far as the server's word goes, without a try.
+    bool mayKeepTimes();
 
     /// Nothing where the server computes none.
     std::optional<RemoteChecksum> checksum(const std::string& path);
@@ -53,6 +55,7 @@ private:
     };
     using Call = std::function<int(const SFtpRequest& request, std::string& errorText)>;
 
+    int trySetModified(const std::string& path, FileTime modified) const;
     int call(const std::string& url, const std::string& name, const std::string& localPath, const Call& call,
              std::string& text) const;
     void run(const std::string& url, const std::string& name, const std::string& localPath, const Call& call) const;

@@ -460,6 +460,15 @@ TEST_F(PushPull, AFileThatIsNewerThereIsReplacedWhereTimesAreKept)
     EXPECT_EQ("12345", contentOf(there("a")));
 }
 
+TEST_F(PushPull, AServerThatRefusesToSetTimesIsComparedLikeOneThatCannot)
+{
+    plant(here(), {{"a", "12345"}, {"b", "12345"}});
+    setAll(here(), kTime);
+    serve({"MFMT=reply:550 permission denied"});
+    expectLine("push: 0 No error: 2 moved (10 B), 0 unchanged", push());
+    expectLine("push: 0 No error: 0 moved (0 B), 2 unchanged", push());
+}
+
 TEST_F(PushPull, TheModeOfAReplacedFileStays)
 {
     plant(here(), {{"a", "1"}});

@@ -52,7 +52,9 @@ TEST_P(ServedTrees, ArePushedAndPulledAndThenUnchanged)
     EXPECT_EQ("push: 0 No error: 4 moved (68.4 KiB), 0 unchanged", lineOf({"push", "here", "URL"}));
     EXPECT_TRUE(sameTrees(kTree, treeIn(served("trees/new"))));
     EXPECT_EQ("push: 0 No error: 0 moved (0 B), 4 unchanged", lineOf({"push", "here", "URL"}));
-    EXPECT_EQ("pull: 0 No error: 4 moved (68.4 KiB), 0 unchanged", lineOf({"pull", "URL", "back"}));
+    std::filesystem::create_symlink(".", served("trees/new/loop"));
+    EXPECT_EQ("pull: 0 No error: 4 moved (68.4 KiB), 0 unchanged, 1 skipped", lineOf({"pull", "URL", "back"}));
+    std::filesystem::remove(served("trees/new/loop"));
     EXPECT_TRUE(sameTrees(kTree, treeIn(local("back"))));
     EXPECT_EQ(timesIn(served("trees/new")), timesIn(local("back")));
     const bool keepsTimes = server.package != "vsftpd";
