@@ -1,6 +1,5 @@
 #include "operation/SessionRun.h"
 
-#include "base/RemoteUrl.h"
 #include "operation/Interruption.h"
 #include "operation/SessionOptionsOf.h"
 #include "operation/Streams.h"
@@ -187,7 +186,7 @@ void SessionRun::describe(const std::string& sessionText, Result& result)
         // The code is no text of the server's: masked, it would say something else where a password is a number.
         result.reply = std::to_string(reply.code) + " " + m_mask.hiddenIn(reply.text);
     }
-    result.hint = hintFor(RemoteUrl(m_arguments.url).isSsh() ? Way::SshSession : Way::Session, code, reply);
+    result.hint = hintFor(m_arguments.remote.isSsh() ? Way::SshSession : Way::Session, code, reply);
     m_mayPass = isTransient(code, reply.code) && !movesAStream();
 }
 
@@ -212,10 +211,18 @@ void SessionRun::noteSizeCheck(Result& result) const
     if (m_arguments.operation != Operation::Put || !m_arguments.verifies) {
         return;
     }
-    result.sizeChecked = RemoteUrl(m_arguments.url).isSsh() || m_watch.hasReplied("SIZE", 213);
+    result.sizeChecked = m_arguments.remote.isSsh() || m_watch.hasReplied("SIZE", 213);
     if (result.code == 0 && !*result.sizeChecked) {
         m_notice(result.operation + ": the size on the server was not checked: the server does not report it");
     }
+}
+
+// Whether the server may hold something of an upload.
+bool SessionRun::hasBegun(const Result& result) const
+{
+    constexpr int kOpening = 150;
+    constexpr int kOpen = 125;
+    return result.bytes > 0 || m_watch.hasReplied("STOR", kOpening) || m_watch.hasReplied("STOR", kOpen);
 }
 
 std::string SessionRun::whatIsLeft(const Result& result) const
@@ -225,7 +232,7 @@ std::string SessionRun::whatIsLeft(const Result& result) const
         return m_request.localPath == kStream ? std::to_string(result.bytes) + " bytes were written"
                                               : m_request.localPath + " is as it was";
     case Operation::Put:
-        return result.bytes == 0 ? "nothing was sent"
+        return !hasBegun(result) ? "nothing was sent"
                                  : "the server has the file as it was, and may hold a part of the new one beside it";
     case Operation::List:
         return m_arguments.local.empty() ? "nothing is left of it" : m_request.localPath + " is as it was";

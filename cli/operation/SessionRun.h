@@ -35,6 +35,7 @@ private:
     std::string timeoutText(const std::string& detail, const Reply& reply) const;
     void noteSizeCheck(Result& result) const;
     bool movesAStream() const;
+    bool hasBegun(const Result& result) const;
 
     const Arguments& m_arguments;
     const SFtpRequest& m_request;
