@@ -119,8 +119,16 @@ void SessionRun::call(Result& result, std::string& text)
     }
 }
 
-int SessionRun::perform(SFtpSession& session, Result& result, std::string& text) const
+int SessionRun::perform(SFtpSession& session, Result& result, std::string& text)
 {
+    const auto sink = [this](const char* bytes, std::size_t size) {
+        m_hasStreamed = true;
+        return writeToOutput(bytes, size);
+    };
+    const auto source = [this](char* bytes, std::size_t size) {
+        m_hasStreamed = true;
+        return readFromInput(bytes, size);
+    };
     switch (m_arguments.operation) {
     case Operation::Test:
         return session.TestSConnect(m_request, text);
@@ -130,10 +138,10 @@ int SessionRun::perform(SFtpSession& session, Result& result, std::string& text)
         }
         return session.Listsftpdir(m_request, text);
     case Operation::Get:
-        return m_request.localPath == kStream ? session.DownLoadTo(m_request, writeToOutput, text)
+        return m_request.localPath == kStream ? session.DownLoadTo(m_request, sink, text)
                                               : session.DownLoadSFtpFile(m_request, text);
     case Operation::Put:
-        return m_request.localPath == kStream ? session.UploadFrom(m_request, readFromInput, text)
+        return m_request.localPath == kStream ? session.UploadFrom(m_request, source, text)
                                               : session.UploadFileToSFtpServer(m_request, text);
     case Operation::Move:
         return session.ReNameSFtpFile(m_request, text);
@@ -149,14 +157,6 @@ int SessionRun::perform(SFtpSession& session, Result& result, std::string& text)
         break;
     }
     return kNotRun;
-}
-
-// What is moved through a pipe cannot be moved a second time.
-bool SessionRun::movesAStream() const
-{
-    const bool isStream = m_request.localPath == kStream &&
-                          (m_arguments.operation == Operation::Get || m_arguments.operation == Operation::Put);
-    return isStream && m_watch.bytes() > 0;
 }
 
 void SessionRun::describe(const std::string& sessionText, Result& result)
@@ -175,26 +175,30 @@ void SessionRun::describe(const std::string& sessionText, Result& result)
     result.entry.reset();
     const SessionText text(sessionText, code);
     const Reply reply = text.hasReply ? m_watch.lastWith(text.reply) : Reply();
-    result.text = text.meaning;
-    const std::string detail =
-        code == CURLE_OPERATION_TIMEDOUT ? timeoutText(text.detail, reply) : withOptionNames(text.detail);
-    if (!detail.empty() && saysMore(code, reply.code)) {
-        result.text += ": " + m_mask.hiddenIn(detail);
-    }
+    result.text = textOf(code, text.meaning, text.detail, reply);
     result.text += m_mask.hiddenIn(text.whatIsLeft);
     if (reply.code != 0) {
         // The code is no text of the server's: masked, it would say something else where a password is a number.
         result.reply = std::to_string(reply.code) + " " + m_mask.hiddenIn(reply.text);
     }
     result.hint = hintFor(m_arguments.remote.isSsh() ? Way::SshSession : Way::Session, code, reply);
-    m_mayPass = isTransient(code, reply.code) && !movesAStream();
+    // What has gone through a pipe cannot be had a second time.
+    m_mayPass = isTransient(code, reply.code) && !m_hasStreamed;
+}
+
+std::string SessionRun::textOf(CURLcode code, const std::string& meaning, const std::string& detail,
+                               const Reply& reply) const
+{
+    if (code == CURLE_OPERATION_TIMEDOUT) {
+        return reply.code == kNoMoreConnections ? "The server ended the connection"
+                                                : meaning + ": " + timeoutText(detail, reply);
+    }
+    const bool isShown = !detail.empty() && saysMore(code, reply.code);
+    return meaning + (isShown ? ": " + m_mask.hiddenIn(withOptionNames(detail)) : "");
 }
 
 std::string SessionRun::timeoutText(const std::string& detail, const Reply& reply) const
 {
-    if (reply.code == kNoMoreConnections) {
-        return {};
-    }
     if (beginsWith(detail, "no reply for") || beginsWith(detail, "no byte moved for")) {
         return "no byte was sent or received for " + inSeconds(m_arguments.stallTime) + " (--stall-time)";
     }
