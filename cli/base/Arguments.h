@@ -1,6 +1,8 @@
 #ifndef SFTPCLIENT_CLI_BASE_ARGUMENTS_H
 #define SFTPCLIENT_CLI_BASE_ARGUMENTS_H
 
+#include "base/RemoteUrl.h"
+
 #include <SFtpSession.h>
 
 #include <chrono>
@@ -42,7 +44,8 @@ struct Arguments
 {
     Operation operation = Operation::Test;
     std::string name; // the operation's, as typed
-    std::string url;
+    std::string url;  // as typed
+    RemoteUrl remote; // the same, read
     std::string local;
     std::string remoteName; // OLD of mv, NAME of rm
     std::string newName;

@@ -2,7 +2,6 @@
 
 #include "base/Checks.h"
 #include "base/InputFile.h"
-#include "base/RemoteUrl.h"
 #include "base/UsageError.h"
 
 #include <sys/stat.h>
@@ -186,7 +185,7 @@ void checkStream(const Arguments& arguments)
 SFtpRequest requestOf(const Arguments& arguments)
 {
     checkNames(arguments);
-    const RemoteUrl url(arguments.url);
+    const RemoteUrl& url = arguments.remote;
     SFtpRequest request;
     request.remotePath = remotePathOf(arguments, url);
     request.remoteFileName = arguments.remoteName;

@@ -1,6 +1,5 @@
 #include "operation/SessionRun.h"
 
-#include "base/RemoteUrl.h"
 #include "operation/Interruption.h"
 #include "operation/SessionOptionsOf.h"
 #include "operation/Streams.h"
@@ -120,8 +119,16 @@ void SessionRun::call(Result& result, std::string& text)
     }
 }
 
-int SessionRun::perform(SFtpSession& session, Result& result, std::string& text) const
+int SessionRun::perform(SFtpSession& session, Result& result, std::string& text)
 {
+    const auto sink = [this](const char* bytes, std::size_t size) {
+        m_hasStreamed = true;
+        return writeToOutput(bytes, size);
+    };
+    const auto source = [this](char* bytes, std::size_t size) {
+        m_hasStreamed = true;
+        return readFromInput(bytes, size);
+    };
     switch (m_arguments.operation) {
     case Operation::Test:
         return session.TestSConnect(m_request, text);
@@ -131,10 +138,10 @@ int SessionRun::perform(SFtpSession& session, Result& result, std::string& text)
         }
         return session.Listsftpdir(m_request, text);
     case Operation::Get:
-        return m_request.localPath == kStream ? session.DownLoadTo(m_request, writeToOutput, text)
+        return m_request.localPath == kStream ? session.DownLoadTo(m_request, sink, text)
                                               : session.DownLoadSFtpFile(m_request, text);
     case Operation::Put:
-        return m_request.localPath == kStream ? session.UploadFrom(m_request, readFromInput, text)
+        return m_request.localPath == kStream ? session.UploadFrom(m_request, source, text)
                                               : session.UploadFileToSFtpServer(m_request, text);
     case Operation::Move:
         return session.ReNameSFtpFile(m_request, text);
@@ -154,14 +161,6 @@ int SessionRun::perform(SFtpSession& session, Result& result, std::string& text)
     return kNotRun;
 }
 
-// What is moved through a pipe cannot be moved a second time.
-bool SessionRun::movesAStream() const
-{
-    const bool isStream = m_request.localPath == kStream &&
-                          (m_arguments.operation == Operation::Get || m_arguments.operation == Operation::Put);
-    return isStream && m_watch.bytes() > 0;
-}
-
 void SessionRun::describe(const std::string& sessionText, Result& result)
 {
     const auto code = static_cast<CURLcode>(result.code);
@@ -178,26 +177,30 @@ void SessionRun::describe(const std::string& sessionText, Result& result)
     result.entry.reset();
     const SessionText text(sessionText, code);
     const Reply reply = text.hasReply ? m_watch.lastWith(text.reply) : Reply();
-    result.text = text.meaning;
-    const std::string detail =
-        code == CURLE_OPERATION_TIMEDOUT ? timeoutText(text.detail, reply) : withOptionNames(text.detail);
-    if (!detail.empty() && saysMore(code, reply.code)) {
-        result.text += ": " + m_mask.hiddenIn(detail);
-    }
+    result.text = textOf(code, text.meaning, text.detail, reply);
     result.text += m_mask.hiddenIn(text.whatIsLeft);
     if (reply.code != 0) {
         // The code is no text of the server's: masked, it would say something else where a password is a number.
         result.reply = std::to_string(reply.code) + " " + m_mask.hiddenIn(reply.text);
     }
-    result.hint = hintFor(RemoteUrl(m_arguments.url).isSsh() ? Way::SshSession : Way::Session, code, reply);
-    m_mayPass = isTransient(code, reply.code) && !movesAStream();
+    result.hint = hintFor(m_arguments.remote.isSsh() ? Way::SshSession : Way::Session, code, reply);
+    // What has gone through a pipe cannot be had a second time.
+    m_mayPass = isTransient(code, reply.code) && !m_hasStreamed;
+}
+
+std::string SessionRun::textOf(CURLcode code, const std::string& meaning, const std::string& detail,
+                               const Reply& reply) const
+{
+    if (code == CURLE_OPERATION_TIMEDOUT) {
+        return reply.code == kNoMoreConnections ? "The server ended the connection"
+                                                : meaning + ": " + timeoutText(detail, reply);
+    }
+    const bool isShown = !detail.empty() && saysMore(code, reply.code);
+    return meaning + (isShown ? ": " + m_mask.hiddenIn(withOptionNames(detail)) : "");
 }
 
 std::string SessionRun::timeoutText(const std::string& detail, const Reply& reply) const
 {
-    if (reply.code == kNoMoreConnections) {
-        return {};
-    }
     if (beginsWith(detail, "no reply for") || beginsWith(detail, "no byte moved for")) {
         return "no byte was sent or received for " + inSeconds(m_arguments.stallTime) + " (--stall-time)";
     }
@@ -214,10 +217,18 @@ void SessionRun::noteSizeCheck(Result& result) const
     if (m_arguments.operation != Operation::Put || !m_arguments.verifies) {
         return;
     }
-    result.sizeChecked = RemoteUrl(m_arguments.url).isSsh() || m_watch.hasReplied("SIZE", 213);
+    result.sizeChecked = m_arguments.remote.isSsh() || m_watch.hasReplied("SIZE", 213);
     if (result.code == 0 && !*result.sizeChecked) {
         m_notice(result.operation + ": the size on the server was not checked: the server does not report it");
     }
+}
+
+// Whether the server may hold something of an upload.
+bool SessionRun::hasBegun(const Result& result) const
+{
+    constexpr int kOpening = 150;
+    constexpr int kOpen = 125;
+    return result.bytes > 0 || m_watch.hasReplied("STOR", kOpening) || m_watch.hasReplied("STOR", kOpen);
 }
 
 std::string SessionRun::whatIsLeft(const Result& result) const
@@ -227,7 +238,7 @@ std::string SessionRun::whatIsLeft(const Result& result) const
         return m_request.localPath == kStream ? std::to_string(result.bytes) + " bytes were written"
                                               : m_request.localPath + " is as it was";
     case Operation::Put:
-        return result.bytes == 0 ? "nothing was sent"
+        return !hasBegun(result) ? "nothing was sent"
                                  : "the server has the file as it was, and may hold a part of the new one beside it";
     case Operation::List:
         return m_arguments.local.empty() ? "nothing is left of it" : m_request.localPath + " is as it was";

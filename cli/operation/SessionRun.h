@@ -30,11 +30,12 @@ private:
 
     void call(Result& result, std::string& text);
     SessionOptions optionsNow();
-    int perform(SFtpSession& session, Result& result, std::string& text) const;
+    int perform(SFtpSession& session, Result& result, std::string& text);
     void describe(const std::string& sessionText, Result& result);
+    std::string textOf(CURLcode code, const std::string& meaning, const std::string& detail, const Reply& reply) const;
     std::string timeoutText(const std::string& detail, const Reply& reply) const;
     void noteSizeCheck(Result& result) const;
-    bool movesAStream() const;
+    bool hasBegun(const Result& result) const;
 
     const Arguments& m_arguments;
     const SFtpRequest& m_request;
@@ -45,6 +46,7 @@ private:
     const PasswordMask m_mask;
     const Clock::time_point m_begin = Clock::now();
     bool m_mayPass = false; // what made the last attempt fail
+    bool m_hasStreamed = false;
 };
 
 #endif

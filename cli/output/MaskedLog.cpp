@@ -38,7 +38,9 @@ std::string withSingleBackslashes(std::string text)
 // Time, function and line are the log's own: masked, they would say something else where a password is a number.
 std::string masked(const std::string& record, const PasswordMask& mask)
 {
-    const std::string::size_type begin = std::min(record.find("():"), record.size());
+    const std::string::size_type function = record.find("():"); // a JSON object has none
+    const std::string::size_type begin =
+        function == std::string::npos ? 0 : std::min(record.find(' ', function), record.size());
     const std::string text = record.substr(begin);
     const std::string unescaped = withSingleBackslashes(text);
     const std::string hidden = mask.hiddenIn(unescaped);

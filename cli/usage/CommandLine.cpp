@@ -1,6 +1,5 @@
 #include "usage/CommandLine.h"
 
-#include "base/RemoteUrl.h"
 #include "base/UsageError.h"
 #include "usage/Commands.h"
 #include "usage/HelpTexts.h"
@@ -222,7 +221,8 @@ std::optional<Arguments> parseArguments(int argc, const char* const* argv, int& 
         return std::nullopt;
     }
     TypedOptions typed = grammar.typed();
-    addUrl(RemoteUrl(arguments.url), typed);
+    arguments.remote = RemoteUrl(arguments.url);
+    addUrl(arguments.remote, typed);
     applySettings(typed, arguments);
     refuseSessionOptionsAsHost(typed, arguments);
     return arguments;

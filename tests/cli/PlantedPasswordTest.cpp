@@ -127,6 +127,9 @@ TEST_P(PlantedPasswords, AreNotShownFromACertificate)
     serve();
     expectSecrecy({{{"put", "sent", url()}, 60}, {{"test", url()}, 0}, {{"get", url("/kept"), "got"}, 255}},
                   {{"SFTPCLIENT_DEFAULT_TRUST", local("own.pem")}});
+    asHost = false;
+    writeFile(ca(), own.certificatePem()); // trusted, but for another host
+    expectSecrecy({{{"put", "sent", url()}, 60}, {{"test", url()}, 60}, {{"get", url("/kept"), "got"}, 60}});
 }
 
 INSTANTIATE_TEST_SUITE_P(Such, PlantedPasswords, testing::ValuesIn(everyPassword()),

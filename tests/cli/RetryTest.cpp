@@ -19,7 +19,8 @@ TEST_F(Served, RetriesUntilTheErrorHasPassed)
     EXPECT_TRUE(exited(0, result));
     EXPECT_TRUE(holds("\nls: 56 Failure when receiving data from the peer; trying again in 0 s\n", result.err));
     EXPECT_TRUE(
-        holds("\nls: 28 Timeout was reached (the server's last reply: 421 busy); trying again in 0 s\n", result.err));
+        holds("\nls: 28 The server ended the connection (the server's last reply: 421 busy); trying again in 0 s\n",
+              result.err));
     EXPECT_EQ(3U, sessions().size());
 }
 

@@ -234,10 +234,29 @@ TEST_F(SessionRun, RetriesWhatTheServerRefusesForNow)
     EXPECT_TRUE(exited(0, result));
     EXPECT_EQ(4, nlohmann::json::parse(result.out)["attempts"]);
     EXPECT_TRUE(
-        holds("\nget: 28 Timeout was reached (the server's last reply: 421 busy); trying again in 0 s\n", result.err));
+        holds("\nget: 28 The server ended the connection (the server's last reply: 421 busy); trying again in 0 s\n",
+              result.err));
     EXPECT_TRUE(holds("\nget: 19 FTP: couldn't retrieve (RETR failed) the specified file (the server's last reply: 450 "
                       "locked); trying again in 0 s\n",
                       result.err));
+}
+
+TEST_F(SessionRun, RetriesNoStreamThatHasBegun)
+{
+    writeFile(local("file"), std::string(300000, 'x'));
+    writeFile(served("file"), std::string(300000, 'x'));
+    serve({"1/DATA=reset-after:1000", "2/PASS=drop", "3/DATA=drop-after:1000"});
+    const Words retry{"--retry=3", "--retry-delay=0"};
+    Words put{"put", "-", url("/sent")};
+    put.insert(put.end(), retry.begin(), retry.end());
+    EXPECT_FALSE(exited(0, inShell(std::string(kPipe) + " < file", put)));
+    Words get{"get", url("/file"), "-"};
+    get.insert(get.end(), retry.begin(), retry.end());
+    const ProgramResult got = run(get);
+    EXPECT_TRUE(exited(18, got));
+    EXPECT_EQ(1000U, got.out.size());
+    EXPECT_EQ(3U, sessions().size()) << "but before it has begun";
+    EXPECT_FALSE(exists(served("sent")));
 }
 
 TEST_F(SessionRun, RetriesNoRefusal)
@@ -363,7 +382,10 @@ TEST_F(SessionRun, CanBeInterruptedWhileItWaitsForInput)
     command.shownUpTo("< 150");
     command.signal(SIGINT);
     EXPECT_EQ(-SIGINT, command.wait());
-    EXPECT_TRUE(holds("put: 42 interrupted by SIGINT; nothing was sent", command.shown()));
+    EXPECT_TRUE(
+        holds("put: 42 interrupted by SIGINT; the server has the file as it was, and may hold a part of the new "
+              "one beside it\r\n",
+              command.shown()));
     EXPECT_FALSE(exists(served("sent")));
 }
 
