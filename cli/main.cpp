@@ -1,12 +1,16 @@
 #include "base/ProxyEnvironment.h"
 #include "base/UsageError.h"
 #include "doctor/DoctorCommand.h"
+#include "operation/Interruption.h"
 #include "operation/RunOperation.h"
+#include "output/Report.h"
 #include "output/StandardStreams.h"
+#include "tree/RunTree.h"
 #include "usage/CommandLine.h"
 
 #include <EscapeControlBytes.h>
 
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <optional>
@@ -17,18 +21,21 @@ constexpr int kCommandFailed = 255;
 
 int run(const Arguments& arguments, const ProxyEnvironment& proxies)
 {
-    switch (arguments.operation) {
-    case Operation::Test:
-    case Operation::List:
-    case Operation::Get:
-    case Operation::Put:
-    case Operation::Move:
-    case Operation::Remove:
-        return runOperation(arguments);
-    case Operation::Doctor:
+    if (arguments.operation == Operation::Doctor) {
         return runDoctor(arguments, proxies);
     }
-    return kCommandFailed;
+    if (arguments.operation == Operation::Push || arguments.operation == Operation::Pull) {
+        return runTree(arguments);
+    }
+    const Result result = runOperation(arguments, notify);
+    const int signal = Interruption::signal();
+    if (signal != SIGPIPE) {
+        report(arguments, result);
+    }
+    if (signal != 0) {
+        endBySignal(signal);
+    }
+    return result.code == kNotRun ? kCommandFailed : result.code;
 }
 
 int fail(int status, const std::exception& error)

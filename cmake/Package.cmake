@@ -52,7 +52,8 @@ a static library with host services for applications that have none.")
 
 set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME sftpclient)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION net)
-set(CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS "${library} (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS
+    "${library} (>= ${PROJECT_VERSION}), libsftpsession${PROJECT_VERSION_MAJOR} (>= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_COMMAND_DESCRIPTION "file transfers over FTP with TLS - command
 Runs each operation of libSFtpClient from the command line, and finds out why
 a server refuses them.")

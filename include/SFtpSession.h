@@ -55,6 +55,19 @@ struct RemoteEntry
     std::optional<std::chrono::system_clock::time_point> modified;
 };
 
+enum class ChecksumKind
+{
+    Sha256,
+    Crc32 ///< as in ISO 3309; finds damage by accident only
+};
+
+/// What a server has computed from the bytes of a file.
+struct RemoteChecksum
+{
+    ChecksumKind kind = ChecksumKind::Sha256;
+    std::string digits; ///< hexadecimal, lower case: 64, or 8 of a CRC-32
+};
+
 /// Takes `size` bytes of a download; false ends it, with 23.
 using DataSink = std::function<bool(const char* bytes, std::size_t size)>;
 
@@ -188,6 +201,21 @@ public:
 
     /// Describes the file or directory `remotePath`. 78 if it does not exist; a failure leaves `entry` unchanged.
     int StatEntry(const SFtpRequest& request, RemoteEntry& entry, std::string& errorText);
+
+    /// Reads when the file `remotePath` was modified, in whole seconds, with one command (MDTM), for servers whose
+    /// listings have no times. 78 if there is no such file, 4 if the server does not know the command; a failure leaves
+    /// `modified` unchanged.
+    int ReadModified(const SFtpRequest& request, std::chrono::system_clock::time_point& modified,
+                     std::string& errorText);
+
+    /// Sets when the file `remotePath` was modified, in whole seconds. 4 if the server does not offer MFMT, 21 if it
+    /// refuses.
+    int SetModified(const SFtpRequest& request, std::chrono::system_clock::time_point modified, std::string& errorText);
+
+    /// Has the server compute a checksum of the file `remotePath`: with HASH or XSHA256 if it offers one of them,
+    /// otherwise with XCRC. 4 if it offers none, as over SFTP; 21 if it refuses; a failure leaves `checksum` unchanged.
+    /// The server reads the whole file before it replies, which must take no longer than `replyTimeout`.
+    int ReadChecksum(const SFtpRequest& request, RemoteChecksum& checksum, std::string& errorText);
 
     /// Creates the directory `remotePath`, whose parent must exist. 21 if the server refuses.
     int MakeSFtpDir(const SFtpRequest& request, std::string& errorText);

@@ -88,6 +88,23 @@ int SFtpSession::StatEntry(const SFtpRequest& request, RemoteEntry& entry, std::
     return m_engine->call("StatEntry", request, errorText, [&](const Work& work) { entry = statEntry(work); });
 }
 
+int SFtpSession::ReadModified(const SFtpRequest& request, std::chrono::system_clock::time_point& modified,
+                              std::string& errorText)
+{
+    return m_engine->call("ReadModified", request, errorText, [&](const Work& work) { modified = readModified(work); });
+}
+
+int SFtpSession::SetModified(const SFtpRequest& request, std::chrono::system_clock::time_point modified,
+                             std::string& errorText)
+{
+    return m_engine->call("SetModified", request, errorText, [&](const Work& work) { setModified(work, modified); });
+}
+
+int SFtpSession::ReadChecksum(const SFtpRequest& request, RemoteChecksum& checksum, std::string& errorText)
+{
+    return m_engine->call("ReadChecksum", request, errorText, [&](const Work& work) { checksum = readChecksum(work); });
+}
+
 int SFtpSession::MakeSFtpDir(const SFtpRequest& request, std::string& errorText)
 {
     return m_engine->call("MakeSFtpDir", request, errorText, makeDirectory);

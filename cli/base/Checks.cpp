@@ -15,6 +15,14 @@ void refuseControlBytes(const std::string& what, const std::string& text)
     }
 }
 
+void refuseAllButAName(const std::string& what, const std::string& text)
+{
+    refuseControlBytes(what, text);
+    if (text.empty()) {
+        throw UsageError(what + " must not be empty.");
+    }
+}
+
 void refuseAllButOneWord(const std::string& what, const std::string& text)
 {
     refuseControlBytes(what, text);

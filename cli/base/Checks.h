@@ -8,6 +8,9 @@
 
 void refuseControlBytes(const std::string& what, const std::string& text);
 
+/// Not empty, no control byte.
+void refuseAllButAName(const std::string& what, const std::string& text);
+
 /// A name that becomes a word of a command: not empty, no blank, no control byte.
 void refuseAllButOneWord(const std::string& what, const std::string& text);
 

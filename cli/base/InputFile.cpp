@@ -1,5 +1,7 @@
 #include "base/InputFile.h"
 
+#include "base/UsageError.h"
+
 #include <EscapeControlBytes.h>
 
 #include <fcntl.h>
@@ -14,6 +16,7 @@
 namespace {
 
 constexpr std::string::size_type kKibi = 1024;
+constexpr std::string::size_type kLargestContents = kKibi * kKibi;
 
 bool hasInput(int descriptor, std::chrono::milliseconds patience)
 {
@@ -65,4 +68,17 @@ void InputFile::warnOfOtherReaders(const std::string& what) const
         std::cerr << "sftpclient: warning: others than its owner can read " << what << " " << shown
                   << "; run: chmod 600 " << shown << "\n";
     }
+}
+
+std::string contentsOf(const std::string& file, const std::string& what, const std::string& remedy)
+{
+    std::string bytes;
+    std::string reason = InputFile(file).readWhole(kLargestContents, bytes);
+    if (reason.empty() && bytes.empty()) {
+        reason = "it is empty";
+    }
+    if (!reason.empty()) {
+        throw UsageError(what + " " + file + " cannot be read (" + reason + "): " + remedy);
+    }
+    return bytes;
 }

@@ -37,4 +37,8 @@ private:
     int m_error;
 };
 
+/// All of the file `file`, up to 1 MiB. Throws `UsageError` where it cannot be read or is empty: `what`, such as "The
+/// CA certificate", cannot be read, and what to do about it is `remedy`.
+std::string contentsOf(const std::string& file, const std::string& what, const std::string& remedy);
+
 #endif

@@ -4,39 +4,67 @@
 #include "base/PercentCode.h"
 #include "base/UsageError.h"
 
+#include <curl/curl.h>
+#include <strings.h>
+
 #include <algorithm>
-#include <cctype>
 #include <charconv>
+#include <memory>
+#include <new>
 
 namespace {
 
-constexpr uint32_t kHighestPort = 65535;
+using Parts = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
 
-std::string lowerCase(std::string text)
+bool isKnownScheme(const std::string& scheme)
 {
-    for (char& character : text) {
-        character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
-    }
-    return text;
+    const auto same = [&scheme](const char* known) { return strcasecmp(known, scheme.c_str()) == 0; };
+    return same("ftp") || same("ftps") || same("sftp");
 }
 
-uint32_t portOfScheme(const std::string& scheme)
+[[noreturn]] void refuseHost()
 {
-    if (scheme == "ftps") {
-        return 990;
-    }
-    return scheme == "sftp" ? 22 : 21;
+    throw UsageError("URL must name a host after ://, an IPv6 address in brackets: ftp://[::1]/.");
 }
 
-uint32_t toPort(const std::string& digits)
+[[noreturn]] void refusePort()
 {
-    uint32_t port = 0;
-    const char* const end = digits.data() + digits.size();
-    const std::from_chars_result read = std::from_chars(digits.data(), end, port);
-    if (read.ec != std::errc() || read.ptr != end || port == 0 || port > kHighestPort) {
-        throw UsageError("The port in the URL must be a number from 1 to 65535.");
+    throw UsageError(
+        "The port in the URL must be a number from 1 to 65535, and an IPv6 address must stand in brackets: "
+        "ftp://[::1]/.");
+}
+
+Parts parsed(const std::string& url)
+{
+    Parts parts(curl_url(), curl_url_cleanup);
+    if (!parts) {
+        throw std::bad_alloc();
     }
-    return port;
+    // libcurl knows sftp: as a scheme only where it was built with SSH.
+    const CURLUcode code =
+        curl_url_set(parts.get(), CURLUPART_URL, url.c_str(), CURLU_NON_SUPPORT_SCHEME | CURLU_PATH_AS_IS);
+    if (code == CURLUE_BAD_PORT_NUMBER) {
+        refusePort();
+    }
+    if (code != CURLUE_OK) {
+        refuseHost();
+    }
+    return parts;
+}
+
+std::string partOf(const Parts& parts, CURLUPart part, unsigned flags = 0)
+{
+    char* text = nullptr;
+    const CURLUcode code = curl_url_get(parts.get(), part, &text, flags);
+    const std::unique_ptr<char, decltype(&curl_free)> owner(text, curl_free);
+    return code == CURLUE_OK ? text : std::string();
+}
+
+uint32_t toNumber(const std::string& digits)
+{
+    uint32_t number = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    return number;
 }
 
 bool endsInSlash(const std::string& path) { return !path.empty() && path.back() == '/'; }
@@ -50,8 +78,7 @@ RemoteUrl::RemoteUrl(const std::string& text) : m_text(text)
         throw UsageError("URL must not hold a blank: write %20.");
     }
     const std::string::size_type schemeEnd = text.find("://");
-    m_scheme = lowerCase(text.substr(0, schemeEnd));
-    if (schemeEnd == std::string::npos || (m_scheme != "ftp" && m_scheme != "ftps" && m_scheme != "sftp")) {
+    if (schemeEnd == std::string::npos || !isKnownScheme(text.substr(0, schemeEnd))) {
         throw UsageError("URL must begin with ftp://, ftps:// or sftp://.");
     }
     const std::string::size_type authority = schemeEnd + 3;
@@ -62,7 +89,18 @@ RemoteUrl::RemoteUrl(const std::string& text) : m_text(text)
         takeUser(text.substr(authority, host - 1 - authority));
         m_text.erase(authority, host - authority);
     }
-    splitAuthority(text.substr(std::max(authority, host), path - std::max(authority, host)));
+    if (path == std::max(authority, host)) {
+        refuseHost(); // libcurl would take the next name for it
+    }
+    const Parts parts = parsed(m_text);
+    m_scheme = partOf(parts, CURLUPART_SCHEME);
+    m_host = partOf(parts, CURLUPART_HOST);
+    m_port = toNumber(partOf(parts, CURLUPART_PORT));
+    m_usualPort = toNumber(partOf(parts, CURLUPART_PORT, CURLU_DEFAULT_PORT));
+    // libcurl takes them for no port.
+    if (m_usualPort == 0 || text[path - 1] == ':') {
+        refusePort();
+    }
     // libcurl would refuse most of them, too, but only when it has logged in.
     refuseControlBytes("The path in the URL", percentDecoded(m_path));
 }
@@ -81,30 +119,12 @@ void RemoteUrl::takeUser(const std::string& login)
     refuseControlBytes("The user in the URL", m_user);
 }
 
-void RemoteUrl::splitAuthority(const std::string& authority)
-{
-    const std::string::size_type bracket = authority.rfind(']');
-    const std::string::size_type colon = authority.find(':', bracket == std::string::npos ? 0 : bracket);
-    m_host = authority.substr(0, colon);
-    const bool bracketed = !m_host.empty() && m_host.front() == '[' && m_host.back() == ']';
-    if (m_host.empty() || (bracket != std::string::npos && !bracketed)) {
-        throw UsageError("URL must name a host after ://, an IPv6 address in brackets: ftp://[::1]/.");
-    }
-    if (colon == std::string::npos) {
-        return;
-    }
-    if (authority.find(':', colon + 1) != std::string::npos) {
-        throw UsageError("URL must hold an IPv6 address in brackets: ftp://[::1]/.");
-    }
-    m_port = toPort(authority.substr(colon + 1));
-}
-
 uint32_t RemoteUrl::port(uint32_t chosen) const
 {
     if (chosen != 0) {
         return chosen;
     }
-    return m_port != 0 ? m_port : portOfScheme(m_scheme);
+    return m_usualPort;
 }
 
 std::string RemoteUrl::host() const { return m_host.front() == '[' ? m_host.substr(1, m_host.size() - 2) : m_host; }
@@ -135,18 +155,21 @@ std::string RemoteUrl::forUpload(const std::string& localPath) const
     if (!m_path.empty() && !endsInSlash(m_path)) {
         return m_text;
     }
+    if (localPath == "-") {
+        throw UsageError("URL must name the file to write: standard input has no name.");
+    }
     const std::string name = localPath.substr(localPath.rfind('/') + 1);
     refuseControlBytes("The name of LOCAL", name);
     return m_text + (m_path.empty() ? "/" : "") + percentEncoded(name);
 }
 
-std::string RemoteUrl::fileName() const
+std::string RemoteUrl::fileName(bool allIsName) const
 {
     // libcurl takes ";type=a" at the end for the kind of transfer.
-    const std::string path = m_path.substr(0, m_path.rfind(";type="));
+    const std::string path = allIsName ? m_path : m_path.substr(0, m_path.rfind(";type="));
     std::string name = percentDecoded(path.substr(path.rfind('/') + 1));
     const bool isPlain = !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
-                         path.find_first_of("?#") == std::string::npos;
+                         (allIsName || path.find_first_of("?#") == std::string::npos);
     if (!isPlain) {
         throw UsageError("The URL's last name cannot name a local file: name the file to write after the URL.");
     }

@@ -4,10 +4,14 @@
 #include <cstdint>
 #include <string>
 
-/// A URL as the user gave it: ftp, ftps or sftp. A user name in it is kept apart, a password is refused.
+/// A URL as the user gave it: ftp, ftps or sftp, read by libcurl. A user name in it is kept apart, a password is
+/// refused.
 class RemoteUrl
 {
 public:
+    /// None yet.
+    RemoteUrl() = default;
+
     /// Throws `UsageError`, with a text that says what to write instead.
     explicit RemoteUrl(const std::string& text);
 
@@ -41,18 +45,19 @@ public:
     /// The file's URL for an upload of `localPath`: of the file of the same name where this is a directory's.
     std::string forUpload(const std::string& localPath) const;
 
-    /// The last name of the path, decoded, for a local file. Throws `UsageError` where that is no plain name.
-    std::string fileName() const;
+    /// The last name of the path, decoded, for a local file. What libcurl makes of "?", "#" and ";type=" counts only
+    /// where that is not the name's, as to a session all of it is. Throws `UsageError` where that is no plain name.
+    std::string fileName(bool allIsName) const;
 
 private:
     void takeUser(const std::string& login);
-    void splitAuthority(const std::string& authority);
 
     std::string m_text;
     std::string m_user;
     std::string m_scheme;
-    std::string m_host;  // an IPv6 address with its brackets
-    uint32_t m_port = 0; // 0: the URL names none
+    std::string m_host;       // an IPv6 address with its brackets
+    uint32_t m_port = 0;      // 0: the URL names none
+    uint32_t m_usualPort = 0; // that, or the scheme's
     std::string m_path;
 };
 

@@ -2,7 +2,6 @@
 
 #include "base/Checks.h"
 #include "base/InputFile.h"
-#include "base/RemoteUrl.h"
 #include "base/UsageError.h"
 
 #include <sys/stat.h>
@@ -14,11 +13,20 @@
 
 namespace {
 
-constexpr std::string::size_type kLargestCertificate = 1 << 20;
 constexpr char kNowhere[] = "/dev/null";
+
+bool isForHost(const Arguments& arguments) { return arguments.asHost || arguments.operation == Operation::Doctor; }
+
+bool isStream(const std::string& local) { return local == "-"; }
 
 std::string remotePathOf(const Arguments& arguments, const RemoteUrl& url)
 {
+    if (arguments.operation == Operation::Put) {
+        return url.forUpload(arguments.local);
+    }
+    if (!isForHost(arguments)) {
+        return url.text();
+    }
     switch (arguments.operation) {
     case Operation::List:
     case Operation::Doctor:
@@ -26,8 +34,6 @@ std::string remotePathOf(const Arguments& arguments, const RemoteUrl& url)
     case Operation::Move:
     case Operation::Remove:
         return url.forDirectoryCommand(arguments.port);
-    case Operation::Put:
-        return url.forUpload(arguments.local);
     default:
         return url.text();
     }
@@ -39,23 +45,10 @@ std::string localPathOf(const Arguments& arguments, const RemoteUrl& url)
     case Operation::Move:
         return arguments.newName;
     case Operation::Get:
-        return arguments.local.empty() ? url.fileName() : arguments.local;
+        return arguments.local.empty() ? url.fileName(!isForHost(arguments)) : arguments.local;
     default:
         return arguments.local;
     }
-}
-
-std::string readCertificate(const std::string& file)
-{
-    std::string bytes;
-    std::string reason = InputFile(file).readWhole(kLargestCertificate, bytes);
-    if (reason.empty() && bytes.empty()) {
-        reason = "it is empty";
-    }
-    if (!reason.empty()) {
-        throw UsageError("The CA certificate " + file + " cannot be read (" + reason + "): name a PEM or DER file.");
-    }
-    return bytes;
 }
 
 std::string certificateOf(const Arguments& arguments, const RemoteUrl& url)
@@ -64,9 +57,9 @@ std::string certificateOf(const Arguments& arguments, const RemoteUrl& url)
         return arguments.ca;
     }
     if (!arguments.ca.empty()) {
-        return readCertificate(arguments.ca);
+        return contentsOf(arguments.ca, "The CA certificate", "name a PEM or DER file.");
     }
-    if (arguments.operation != Operation::Put && !url.isSsh()) {
+    if (isForHost(arguments) && arguments.operation != Operation::Put && !url.isSsh()) {
         throw UsageError("The server's CA certificate is missing: give --ca FILE or --ca none.");
     }
     return {};
@@ -74,11 +67,13 @@ std::string certificateOf(const Arguments& arguments, const RemoteUrl& url)
 
 void checkNames(const Arguments& arguments)
 {
+    // The library puts them into a command that the server splits at each blank.
+    const auto check = isForHost(arguments) ? refuseAllButOneWord : refuseAllButAName;
     if (arguments.operation == Operation::Move) {
-        refuseAllButOneWord("OLD", arguments.remoteName);
-        refuseAllButOneWord("NEW", arguments.newName);
+        check("OLD", arguments.remoteName);
+        check("NEW", arguments.newName);
     } else if (arguments.operation == Operation::Remove) {
-        refuseAllButOneWord("NAME", arguments.remoteName);
+        check("NAME", arguments.remoteName);
     }
 }
 
@@ -106,12 +101,13 @@ bool hidesItsSize(const std::string& file)
     return stat(file.c_str(), &status) == 0 && status.st_size == 0 && !InputFile(file).readWhole(0, byte).empty();
 }
 
-// The library sends as many bytes as the file's size says.
-void checkSource(const std::string& file)
+// As many bytes are sent as the file's size says.
+void checkSource(const std::string& file, bool forHost)
 {
     const std::string kind = oddKindOf(file);
     if (!kind.empty()) {
-        throw UsageError(file + " is " + kind + ": put sends regular files only; write the contents into one first.");
+        throw UsageError(file + " is " + kind + ": put sends regular files only; write the contents into one first" +
+                         (forHost ? "." : ", or to standard input, with - for LOCAL."));
     }
     if (access(file.c_str(), R_OK) != 0) {
         throw UsageError("The file " + file + " cannot be read (" + std::strerror(errno) + "): name one that can be.");
@@ -141,11 +137,12 @@ bool isOpenFile(std::filesystem::path path)
     return false;
 }
 
-void checkTarget(Operation operation, const std::string& file)
+void checkTarget(const Arguments& arguments, const std::string& file)
 {
-    const std::string remedy = operation == Operation::List
+    const std::string remedy = arguments.operation == Operation::List
                                    ? ": name a regular file, or leave it out for the names on standard output."
-                                   : ": name a regular file.";
+                               : arguments.asHost ? ": name a regular file."
+                                                  : ": name a regular file, or - for standard output.";
     if (isOpenFile(file)) {
         throw UsageError(file + " is an open file of the command itself" + remedy);
     }
@@ -162,12 +159,24 @@ void checkTarget(Operation operation, const std::string& file)
 }
 
 // The library answers with nothing but a 2, or loses bytes without a word.
-void checkLocalFile(Operation operation, const std::string& file)
+void checkLocalFile(const Arguments& arguments, const std::string& file)
 {
+    const Operation operation = arguments.operation;
     if (operation == Operation::Put) {
-        checkSource(file);
+        checkSource(file, arguments.asHost);
     } else if (operation == Operation::Get || (operation == Operation::List && !file.empty())) {
-        checkTarget(operation, file);
+        checkTarget(arguments, file);
+    }
+}
+
+void checkStream(const Arguments& arguments)
+{
+    if (arguments.operation == Operation::Get && arguments.json) {
+        throw UsageError("With - the file goes to standard output: leave --json out.");
+    }
+    if (arguments.operation == Operation::Put && arguments.passwordFromInput) {
+        throw UsageError("With - the file comes from standard input: give the password in another way than with "
+                         "--password-stdin.");
     }
 }
 
@@ -176,12 +185,20 @@ void checkLocalFile(Operation operation, const std::string& file)
 SFtpRequest requestOf(const Arguments& arguments)
 {
     checkNames(arguments);
-    const RemoteUrl url(arguments.url);
+    const RemoteUrl& url = arguments.remote;
     SFtpRequest request;
     request.remotePath = remotePathOf(arguments, url);
     request.remoteFileName = arguments.remoteName;
     request.localPath = localPathOf(arguments, url);
-    checkLocalFile(arguments.operation, request.localPath);
+    const bool mayBeStream = arguments.operation == Operation::Get || arguments.operation == Operation::Put;
+    if (mayBeStream && !arguments.asHost && isStream(request.localPath)) {
+        checkStream(arguments);
+    } else {
+        checkLocalFile(arguments, request.localPath);
+    }
+    if (arguments.isLong && !arguments.local.empty()) {
+        throw UsageError("With --long the listing goes to standard output: leave LOCAL out.");
+    }
     request.caCert = certificateOf(arguments, url);
     request.port = url.port(arguments.port);
     return request;

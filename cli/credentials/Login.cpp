@@ -1,7 +1,6 @@
 #include "credentials/Login.h"
 
 #include "base/Checks.h"
-#include "base/RemoteUrl.h"
 #include "base/UsageError.h"
 #include "base/WipedAtEnd.h"
 #include "credentials/Netrc.h"
@@ -66,7 +65,7 @@ void readLogin(const Arguments& arguments, SFtpRequest& request)
     if (!netrcFile.empty() && (!known || request.userName.empty())) {
         std::string password;
         const WipedAtEnd wiped(password);
-        const bool found = readNetrc(netrcFile, RemoteUrl(arguments.url).host(), request.userName, password);
+        const bool found = readNetrc(netrcFile, arguments.remote.host(), request.userName, password);
         if (!known && found) {
             request.password.swap(password);
             known = true;

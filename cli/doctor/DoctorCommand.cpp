@@ -1,6 +1,5 @@
 #include "doctor/DoctorCommand.h"
 
-#include "base/RemoteUrl.h"
 #include "base/RequestOf.h"
 #include "base/UsageError.h"
 #include "base/WipedAtEnd.h"
@@ -27,7 +26,7 @@ using namespace doctor;
 std::string commandUrlOf(const Arguments& arguments)
 {
     try {
-        return RemoteUrl(arguments.url).forDirectoryCommand(arguments.port);
+        return arguments.remote.forDirectoryCommand(arguments.port);
     } catch (const UsageError&) {
         return {};
     }

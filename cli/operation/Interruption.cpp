@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <ctime>
 
 namespace {
@@ -20,7 +21,15 @@ constexpr std::array<Name, 4> kSignals{
 
 volatile std::sig_atomic_t received = 0;
 
-void note(int signal) { received = signal; }
+std::atomic<SFtpSession*> cancelled{nullptr};
+
+void note(int signal)
+{
+    received = signal;
+    if (SFtpSession* const session = cancelled.load()) {
+        session->Cancel();
+    }
+}
 
 } // namespace
 
@@ -66,6 +75,16 @@ void Interruption::wait(std::chrono::milliseconds time)
     }
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
+
+CancelledBySignal::CancelledBySignal(SFtpSession& session)
+{
+    cancelled = &session;
+    if (received != 0) {
+        session.Cancel();
+    }
+}
+
+CancelledBySignal::~CancelledBySignal() { cancelled = nullptr; }
 
 const char* nameOfSignal(int signal)
 {

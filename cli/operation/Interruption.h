@@ -1,6 +1,8 @@
 #ifndef SFTPCLIENT_CLI_OPERATION_INTERRUPTION_H
 #define SFTPCLIENT_CLI_OPERATION_INTERRUPTION_H
 
+#include <SFtpSession.h>
+
 #include <csignal>
 
 #include <array>
@@ -26,6 +28,17 @@ public:
 
 private:
     std::array<struct sigaction, 4> m_before = {};
+};
+
+/// Lets each of those signals cancel the session's calls as long as this object lives; at once where one has come.
+/// REQUIRES: an `Interruption`; one object at a time.
+class CancelledBySignal
+{
+public:
+    explicit CancelledBySignal(SFtpSession& session);
+    ~CancelledBySignal();
+    CancelledBySignal(const CancelledBySignal&) = delete;
+    CancelledBySignal& operator=(const CancelledBySignal&) = delete;
 };
 
 /// "SIGINT", for one of those.

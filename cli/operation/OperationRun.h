@@ -1,48 +1,37 @@
 #ifndef SFTPCLIENT_CLI_OPERATION_OPERATIONRUN_H
 #define SFTPCLIENT_CLI_OPERATION_OPERATIONRUN_H
 
-#include "base/Arguments.h"
-#include "operation/OperationWatch.h"
-#include "output/JsonResult.h"
-#include "output/PasswordMask.h"
+#include "base/Result.h"
+#include "operation/Retry.h"
 
-#include <SFtpRequest.h>
-
+#include <chrono>
+#include <functional>
 #include <string>
 
-/// One operation from its first attempt to its end: tried again after passing faults as often as was asked for. The
-/// check of the size on the server belongs to each attempt of an upload. What comes from the server is masked in the
-/// result.
+/// Gets each line that the user is to read while an operation runs.
+using Notice = std::function<void(const std::string& line)>;
+
+/// One way to carry out an operation: as a host with SFtpClient does, or on a session.
 class OperationRun
 {
 public:
-    /// All three are used as long as the object lives; `watch` must see the transfers.
-    OperationRun(const Arguments& arguments, const SFtpRequest& request, OperationWatch& watch)
-        : m_arguments(arguments), m_request(request), m_watch(watch), m_mask(request.userName, request.password)
-    {
-    }
+    virtual ~OperationRun() = default;
 
-    /// REQUIRES: an `Interruption`.
-    Result run();
+    /// Carries it out once, and says in `result` how that went. What comes from the server is masked there.
+    virtual void attempt(Result& result) = 0;
 
-private:
-    void attempt();
-    CURLcode fault() const;
-    bool mayPass() const;
-    void checkUpload();
-    void describe(const std::string& libraryText);
-    void describeReply();
-    std::string lastReply() const;
-    std::string textOf(CURLcode code) const;
-    void describeInterruption(int signal);
-    std::string whatIsLeft() const;
+    /// Whether the last attempt failed in a way that may pass by itself.
+    virtual bool mayPass() const = 0;
 
-    const Arguments& m_arguments;
-    const SFtpRequest& m_request;
-    OperationWatch& m_watch;
-    const PasswordMask m_mask;
-    Result m_result;
-    bool m_isDamaged = false; // what the last attempt sent
+    /// Whether nothing may follow any more that takes this long.
+    virtual bool isOver(std::chrono::milliseconds more) const = 0;
+
+    /// What an interruption of the last attempt has left.
+    virtual std::string whatIsLeft(const Result& result) const = 0;
 };
+
+/// From the first attempt to the end: tried again after passing faults as often as `retry` says, each time told by
+/// `notice`. REQUIRES: an `Interruption`.
+Result runToItsEnd(OperationRun& run, Result result, Retry retry, const Notice& notice);
 
 #endif

@@ -1,6 +1,9 @@
 #include "operation/Retry.h"
 
 #include <algorithm>
+#include <cmath>
+#include <random>
+#include <utility>
 
 namespace {
 
@@ -23,10 +26,41 @@ bool isPassingFault(CURLcode result)
     }
 }
 
+bool isTransient(CURLcode result, int reply)
+{
+    constexpr int kTransientReplies = 400;
+    constexpr int kPermanentReplies = 500;
+    switch (result) {
+    case CURLE_COULDNT_RESOLVE_PROXY: // the network
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_FTP_ACCEPT_TIMEOUT: // time
+    case CURLE_PARTIAL_FILE:       // a connection that broke off
+        return true;
+    case CURLE_LOGIN_DENIED: // trying again can lock the account
+    case CURLE_ABORTED_BY_CALLBACK:
+    case CURLE_OK:
+        return false;
+    default:
+        return isPassingFault(result) || (reply >= kTransientReplies && reply < kPermanentReplies);
+    }
+}
+
+Retry::Retry(unsigned times, std::chrono::milliseconds firstDelay, std::function<double()> random)
+    : m_left(times), m_delay(firstDelay), m_random(std::move(random))
+{
+}
+
 std::chrono::milliseconds Retry::next()
 {
-    const std::chrono::milliseconds delay = std::min(m_delay, kLongestDelay);
+    const std::chrono::milliseconds longest = std::min(m_delay, kLongestDelay);
     --m_left;
-    m_delay = 2 * delay;
-    return delay;
+    m_delay = 2 * longest;
+    const double share = (1 + m_random()) / 2;
+    return std::chrono::milliseconds(std::llround(static_cast<double>(longest.count()) * share));
+}
+
+double randomShare()
+{
+    std::random_device device;
+    return std::uniform_real_distribution<double>(0, 1)(device);
 }

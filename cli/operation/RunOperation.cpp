@@ -3,11 +3,11 @@
 #include "base/RequestOf.h"
 #include "base/WipedAtEnd.h"
 #include "credentials/Login.h"
+#include "operation/HostRun.h"
 #include "operation/Interruption.h"
-#include "operation/OperationRun.h"
-#include "operation/Operations.h"
+#include "operation/SessionOptionsOf.h"
+#include "operation/SessionRun.h"
 #include "output/Listing.h"
-#include "output/ResultLine.h"
 
 #include <CurlProcess.h>
 #include <HostConfiguration.h>
@@ -17,7 +17,6 @@
 
 #include <iostream>
 #include <optional>
-#include <stdexcept>
 
 namespace {
 
@@ -31,7 +30,35 @@ void configureHost(const Arguments& arguments)
     }
 }
 
-Result performWatched(const Arguments& arguments, const SFtpRequest& request)
+Result emptyResult(const Arguments& arguments, const SFtpRequest& request)
+{
+    Result result;
+    result.operation = arguments.name;
+    result.url = request.remotePath;
+    return result;
+}
+
+Result runAsHost(const Arguments& arguments, const SFtpRequest& request, Trace* trace, Progress* progress,
+                 const Notice& notice)
+{
+    const TimeLimits limits{arguments.connectTime, arguments.stallTime, arguments.maxTime};
+    HostWatch watch(limits, trace, progress);
+    const ObservedTransfers observed(watch);
+    HostRun run(arguments, request, watch, notice);
+    return runToItsEnd(run, emptyResult(arguments, request), {arguments.retries, arguments.retryDelay}, notice);
+}
+
+Result runOnSessions(const Arguments& arguments, const SFtpRequest& request, Trace* trace, Progress* progress,
+                     const Notice& notice)
+{
+    const SessionOptions options = sessionOptionsOf(arguments);
+    SessionWatch watch(trace, progress);
+    const ObservedSessions observed(watch);
+    SessionRun run(arguments, request, options, watch, progress, notice);
+    return runToItsEnd(run, emptyResult(arguments, request), {arguments.retries, arguments.retryDelay}, notice);
+}
+
+Result runWatched(const Arguments& arguments, const SFtpRequest& request, const Notice& notice)
 {
     std::optional<Trace> trace;
     if (arguments.trace) {
@@ -43,51 +70,16 @@ Result performWatched(const Arguments& arguments, const SFtpRequest& request)
         progress.emplace(std::cerr);
     }
     const CurlProcess curl;
-    const TimeLimits limits{arguments.connectTime, arguments.stallTime, arguments.maxTime};
-    OperationWatch watch(limits, trace ? &*trace : nullptr, progress ? &*progress : nullptr);
-    const ObservedTransfers observed(watch);
-    return OperationRun(arguments, request, watch).run();
+    return (arguments.asHost ? runAsHost : runOnSessions)(arguments, request, trace ? &*trace : nullptr,
+                                                          progress ? &*progress : nullptr, notice);
 }
 
-void printJson(const Result& result)
-{
-    if (!(std::cout << jsonOf(result) << std::endl)) {
-        throw std::runtime_error("the result cannot be written to standard output");
-    }
-}
-
-bool isListed(const Arguments& arguments, const Result& result)
-{
-    return arguments.operation == Operation::List && result.code == 0;
-}
-
-void report(const Arguments& arguments, Result result, std::istream& listing)
-{
-    const bool listed = isListed(arguments, result);
-    if (listed && arguments.json) {
-        result.names = namesIn(listing);
-    } else if (listed && arguments.local.empty()) {
-        printListing(listing, std::cout, isatty(STDOUT_FILENO) == 1);
-    }
-    if (!result.hint.empty()) {
-        std::cerr << "hint: " << result.hint << "\n";
-    }
-    std::cerr << lineOf(result) << std::endl;
-    if (arguments.json) {
-        printJson(result);
-    }
-}
-
-/// An operation that is over, and the names that it listed.
-struct Outcome
-{
-    Result result;
-    std::ifstream listing;
-};
+} // namespace
 
 // All that must be in order before a signal ends the process ends with this function.
-Outcome runInOrder(const Arguments& arguments)
+Result runOperation(const Arguments& arguments, const Notice& notice)
 {
+    configureHost(arguments);
     SFtpRequest request = requestOf(arguments);
     const WipedAtEnd wiped(request.password);
     readLogin(arguments, request);
@@ -97,26 +89,10 @@ Outcome runInOrder(const Arguments& arguments)
     if (arguments.operation == Operation::List && arguments.local.empty()) {
         request.localPath = temporary.emplace().path();
     }
-    Outcome outcome{performWatched(arguments, request), {}};
-    if (isListed(arguments, outcome.result)) {
-        outcome.listing = openListing(request.localPath);
+    Result result = runWatched(arguments, request, notice);
+    const bool isListed = arguments.operation == Operation::List && result.code == 0 && !result.entries;
+    if (isListed && (arguments.json || temporary)) {
+        result.listing = readListing(request.localPath);
     }
-    return outcome;
-}
-
-} // namespace
-
-int runOperation(const Arguments& arguments)
-{
-    configureHost(arguments);
-    Outcome outcome = runInOrder(arguments);
-    const int signal = Interruption::signal();
-    if (signal == SIGPIPE) {
-        endBySignal(signal);
-    }
-    report(arguments, outcome.result, outcome.listing);
-    if (signal != 0) {
-        endBySignal(signal);
-    }
-    return exitStatusOf(outcome.result.code);
+    return result;
 }

@@ -2,10 +2,11 @@
 #define SFTPCLIENT_CLI_OPERATION_RUNOPERATION_H
 
 #include "base/Arguments.h"
+#include "operation/OperationRun.h"
 
-/// Runs the library's operation that `arguments` name and tells the user how it went. Gives the exit status; does not
-/// return where a signal interrupted it, but ends the process by that signal when all is in order.
+/// Runs the operation that `arguments` name to its end, as a host with SFtpClient does or on a session. A signal that
+/// came meanwhile is `Interruption::signal()`: the caller ends the process by it when all is reported.
 /// Throws `UsageError`, and others for failures of the command itself.
-int runOperation(const Arguments& arguments);
+Result runOperation(const Arguments& arguments, const Notice& notice);
 
 #endif

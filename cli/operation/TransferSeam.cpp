@@ -1,6 +1,6 @@
-// The library offers no trace, no progress and no way to stop, and its public interface shall stay as it is. But it
-// calls libcurl's curl_easy_perform through the dynamic symbol table, where the executable comes first: this definition
-// stands before libcurl's, prepares the handle, and goes on to the real one.
+// SFtpClient offers no trace, no progress and no way to stop, and sessions offer no trace; their interfaces shall stay
+// as they are. But they call libcurl through the dynamic symbol table, where the executable comes first: these
+// definitions stand before libcurl's, prepare the handle, and go on to the real ones.
 
 #include "operation/TransferSeam.h"
 
@@ -10,6 +10,7 @@ namespace {
 
 // libcurl's function has no argument that could carry it.
 TransferObserver* currentObserver = nullptr;
+TranscriptObserver* currentReader = nullptr;
 
 // The observer sets the limits: none of libcurl's own may come before them.
 constexpr long kLongestReplySeconds = 7L * 24 * 3600;
@@ -17,6 +18,12 @@ constexpr long kLongestReplySeconds = 7L * 24 * 3600;
 int trace(CURL* /*handle*/, curl_infotype type, char* data, size_t size, void* observer) noexcept
 {
     static_cast<TransferObserver*>(observer)->traced(type, {data, size});
+    return 0;
+}
+
+int traceSession(CURL* /*handle*/, curl_infotype type, char* data, size_t size, void* reader) noexcept
+{
+    static_cast<TranscriptObserver*>(reader)->traced(type, {data, size});
     return 0;
 }
 
@@ -73,6 +80,22 @@ extern "C" __attribute__((visibility("default"))) CURLcode curl_easy_perform(CUR
     return observer->ended(result, amountsOf(handle));
 }
 
+extern "C" __attribute__((visibility("default"))) CURLMcode curl_multi_add_handle(CURLM* multi, CURL* handle)
+{
+    static auto* const next = reinterpret_cast<CURLMcode (*)(CURLM*, CURL*)>(dlsym(RTLD_NEXT, "curl_multi_add_handle"));
+    if (currentReader != nullptr) {
+        currentReader->transferBegins();
+        curl_easy_setopt(handle, CURLOPT_VERBOSE, 1L);
+        curl_easy_setopt(handle, CURLOPT_DEBUGFUNCTION, traceSession);
+        curl_easy_setopt(handle, CURLOPT_DEBUGDATA, currentReader);
+    }
+    return next(multi, handle);
+}
+
 ObservedTransfers::ObservedTransfers(TransferObserver& observer) { currentObserver = &observer; }
 
 ObservedTransfers::~ObservedTransfers() { currentObserver = nullptr; }
+
+ObservedSessions::ObservedSessions(TranscriptObserver& observer) { currentReader = &observer; }
+
+ObservedSessions::~ObservedSessions() { currentReader = nullptr; }

@@ -15,7 +15,20 @@ struct TransferAmounts
     curl_off_t toSend = 0;
 };
 
-/// Sees every transfer that libcurl makes for this process, the library's own included. Nothing may be thrown.
+/// Reads along in the transfers of a session. Nothing may be thrown.
+class TranscriptObserver
+{
+public:
+    virtual ~TranscriptObserver() = default;
+
+    /// A transfer is about to begin.
+    virtual void transferBegins() = 0;
+
+    /// What libcurl says, hears or notes, as CURLOPT_DEBUGFUNCTION gets it: lines, or pieces of the data.
+    virtual void traced(curl_infotype type, std::string_view text) = 0;
+};
+
+/// Sees every transfer that libcurl makes for SFtpClient, and rules it. Nothing may be thrown.
 class TransferObserver
 {
 public:
@@ -47,6 +60,17 @@ public:
     ~ObservedTransfers();
     ObservedTransfers(const ObservedTransfers&) = delete;
     ObservedTransfers& operator=(const ObservedTransfers&) = delete;
+};
+
+/// Lets `observer` read along in the sessions' transfers as long as this object lives, which the sessions do not
+/// outlive. REQUIRES: one at a time; calls of sessions in one thread alone.
+class ObservedSessions
+{
+public:
+    explicit ObservedSessions(TranscriptObserver& observer);
+    ~ObservedSessions();
+    ObservedSessions(const ObservedSessions&) = delete;
+    ObservedSessions& operator=(const ObservedSessions&) = delete;
 };
 
 #endif

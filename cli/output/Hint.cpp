@@ -9,11 +9,19 @@ constexpr CURLcode kAnyResult = CURL_LAST;
 constexpr int kAnyReply = 0;
 constexpr int kRefusal = 400; // and above
 
+enum class Ways
+{
+    All,
+    AsHost,
+    Session
+};
+
 struct Rule
 {
     CURLcode result;
     int reply;
     const char* hint;
+    Ways ways = Ways::All;
 };
 
 constexpr char kNoSpace[] = "the server has no space left for this user; free some there, or have the quota raised";
@@ -40,9 +48,11 @@ constexpr Rule kRules[] = {
      "the server refuses to send the file or the listing; its last reply says why"},
     {CURLE_QUOTE_ERROR, 500,
      "the server does not know the command; mv and rm need one that knows \"rename OLD NEW\" and \"rm PATH\", or an "
-     "sftp: URL"},
+     "sftp: URL, or no --as-host",
+     Ways::AsHost},
     {CURLE_QUOTE_ERROR, 502,
-     "the server does not carry the command out; mv and rm need one that does, or an sftp: URL"},
+     "the server does not carry the command out; mv and rm need one that does, or an sftp: URL, or no --as-host",
+     Ways::AsHost},
     {CURLE_QUOTE_ERROR, kAnyReply,
      "the server refused the command: look with ls whether the file is there, and at the directory's rights"},
     {CURLE_WRITE_ERROR, kAnyReply, "the local file could not be written; check the disk's space"},
@@ -58,10 +68,21 @@ constexpr Rule kRules[] = {
     {CURLE_PEER_FAILED_VERIFICATION, kAnyReply,
      "the server's certificate is not trusted; give the CA that issued it with --ca, and for put and get, add it to "
      "the "
-     "machine's trust store"},
-    {CURLE_USE_SSL_FAILED, kAnyReply, "the server offers no TLS on this port; try ftps:, or enable TLS there"},
+     "machine's trust store",
+     Ways::AsHost},
+    {CURLE_PEER_FAILED_VERIFICATION, kAnyReply,
+     "the server's certificate is not trusted, or not for this host; give the CA that issued it with --ca",
+     Ways::Session},
+    {CURLE_USE_SSL_FAILED, kAnyReply, "the server offers no TLS on this port; try ftps:, or enable TLS there",
+     Ways::AsHost},
+    {CURLE_USE_SSL_FAILED, kAnyReply,
+     "the server offers no TLS on this port; try ftps:, or enable TLS there, or let the login go in the clear with "
+     "--clear-login",
+     Ways::Session},
     {CURLE_LOGIN_DENIED, kAnyReply,
-     "check user and password; a server that demands TLS also refuses put and get with an ftp: URL, then use ftps:"},
+     "check user and password; a server that demands TLS also refuses put and get with an ftp: URL, then use ftps:",
+     Ways::AsHost},
+    {CURLE_LOGIN_DENIED, kAnyReply, "check user and password", Ways::Session},
     {CURLE_SSL_CACERT_BADFILE, kAnyReply,
      "check that --ca is a PEM or DER file and that ca-certificates is installed; --ca none needs CertAuthSwitch=0 in "
      "the configuration file"},
@@ -79,13 +100,14 @@ bool answersTransfer(const Reply& reply)
 
 } // namespace
 
-std::string hintFor(CURLcode result, const Reply& reply)
+std::string hintFor(Way way, CURLcode result, const Reply& reply)
 {
-    if (result == CURLE_OK) {
+    if (result == CURLE_OK || (way == Way::SshSession && result == CURLE_PEER_FAILED_VERIFICATION)) {
         return {};
     }
-    const auto* const rule = std::find_if(std::begin(kRules), std::end(kRules), [result, &reply](const Rule& each) {
-        return (each.result == kAnyResult || each.result == result) &&
+    const Ways other = way == Way::AsHost ? Ways::Session : Ways::AsHost;
+    const auto* const rule = std::find_if(std::begin(kRules), std::end(kRules), [&](const Rule& each) {
+        return each.ways != other && (each.result == kAnyResult || each.result == result) &&
                (each.reply == kAnyReply || each.reply == reply.code);
     });
     if (result == CURLE_FTP_WEIRD_PASV_REPLY && rule->result == result && answersTransfer(reply)) {

@@ -7,8 +7,13 @@
 
 #include <unistd.h>
 
+#include <array>
 #include <cstdlib>
-#include <ostream>
+#include <ctime>
+#include <fstream>
+#include <iomanip>
+#include <iterator>
+#include <sstream>
 #include <stdexcept>
 
 namespace {
@@ -17,6 +22,13 @@ std::string temporaryFolder()
 {
     const char* const folder = secure_getenv("TMPDIR");
     return folder != nullptr && *folder != '\0' ? folder : "/tmp";
+}
+
+void flush(std::ostream& out)
+{
+    if (!out.flush()) {
+        throw std::runtime_error("the listing cannot be written to standard output");
+    }
 }
 
 } // namespace
@@ -31,19 +43,21 @@ TemporaryFile::TemporaryFile() : m_path(temporaryFolder() + "/sftpclient-XXXXXX"
 
 TemporaryFile::~TemporaryFile() { unlink(m_path.c_str()); }
 
-std::ifstream openListing(const std::string& path)
+std::string readListing(const std::string& path)
 {
     std::ifstream listing(path, std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(listing), {}};
     if (!listing) {
         throw std::runtime_error("the listing in " + path + " cannot be read");
     }
-    return listing;
+    return text;
 }
 
-std::vector<std::string> namesIn(std::istream& listing)
+std::vector<std::string> namesIn(const std::string& listing)
 {
     std::vector<std::string> names;
-    for (std::string name; std::getline(listing, name);) {
+    std::istringstream lines(listing);
+    for (std::string name; std::getline(lines, name);) {
         if (!name.empty() && name.back() == '\r') {
             name.pop_back();
         }
@@ -52,17 +66,35 @@ std::vector<std::string> namesIn(std::istream& listing)
     return names;
 }
 
-void printListing(std::istream& listing, std::ostream& out, bool forTerminal)
+void printListing(const std::string& listing, std::ostream& out, bool forTerminal)
 {
     if (forTerminal) {
         for (const std::string& name : namesIn(listing)) {
             out << escapeControlBytes(name) << '\n';
         }
-    } else if (listing.peek() != std::ifstream::traits_type::eof()) {
-        // Inserting an empty buffer counts as a failure.
-        out << listing.rdbuf();
+    } else {
+        out << listing;
     }
-    if (!out.flush()) {
-        throw std::runtime_error("the listing cannot be written to standard output");
+    flush(out);
+}
+
+void printEntries(const std::vector<RemoteEntry>& entries, std::ostream& out, bool forTerminal)
+{
+    constexpr int kSizeWidth = 12;
+    for (const RemoteEntry& each : entries) {
+        const char kind = each.kind == EntryKind::File ? '-' : each.kind == EntryKind::Directory ? 'd' : '?';
+        const std::string time = each.modified ? timeText(*each.modified) : "-                   ";
+        out << kind << ' ' << std::setw(kSizeWidth) << (each.size < 0 ? "-" : std::to_string(each.size)) << ' ' << time
+            << ' ' << (forTerminal ? escapeControlBytes(each.name) : each.name) << '\n';
     }
+    flush(out);
+}
+
+std::string timeText(std::chrono::system_clock::time_point time)
+{
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+    std::tm parts = {};
+    gmtime_r(&seconds, &parts);
+    std::array<char, 32> text = {};
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts)};
 }

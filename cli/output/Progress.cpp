@@ -11,6 +11,17 @@ constexpr std::chrono::milliseconds kBetween(100);
 constexpr double kHour = 3600;
 constexpr double kMinute = 60;
 
+std::string timeText(double seconds)
+{
+    if (seconds < 2 * kMinute) {
+        return std::to_string(std::lround(seconds)) + " s";
+    }
+    return seconds < 2 * kHour ? std::to_string(std::lround(seconds / kMinute)) + " min"
+                               : std::to_string(std::lround(seconds / kHour)) + " h";
+}
+
+} // namespace
+
 std::string amountText(double bytes)
 {
     constexpr std::array<const char*, 5> kUnits{"B", "KiB", "MiB", "GiB", "TiB"};
@@ -24,17 +35,6 @@ std::string amountText(double bytes)
     static_cast<void>(std::snprintf(text.data(), text.size(), unit == 0 ? "%.0f %s" : "%.1f %s", bytes, kUnits[unit]));
     return text.data();
 }
-
-std::string timeText(double seconds)
-{
-    if (seconds < 2 * kMinute) {
-        return std::to_string(std::lround(seconds)) + " s";
-    }
-    return seconds < 2 * kHour ? std::to_string(std::lround(seconds / kMinute)) + " min"
-                               : std::to_string(std::lround(seconds / kHour)) + " h";
-}
-
-} // namespace
 
 std::string progressText(std::int64_t bytes, std::int64_t total, std::chrono::duration<double> elapsed)
 {

@@ -6,6 +6,9 @@
 #include <iosfwd>
 #include <string>
 
+/// "12.0 MiB".
+std::string amountText(double bytes);
+
 /// "12.0 MiB of 48.0 MiB, 25 %, 6.0 MiB/s, 6 s left" after `elapsed`. `total` is 0 where it is unknown: "12.0 MiB,
 /// 6.0 MiB/s".
 std::string progressText(std::int64_t bytes, std::int64_t total, std::chrono::duration<double> elapsed);

@@ -1,7 +1,7 @@
 #ifndef SFTPCLIENT_CLI_OUTPUT_RESULTLINE_H
 #define SFTPCLIENT_CLI_OUTPUT_RESULTLINE_H
 
-#include "output/JsonResult.h"
+#include "base/Result.h"
 
 #include <string>
 

@@ -1,6 +1,5 @@
 #include "usage/CommandLine.h"
 
-#include "base/RemoteUrl.h"
 #include "base/UsageError.h"
 #include "usage/Commands.h"
 #include "usage/HelpTexts.h"
@@ -19,7 +18,17 @@
 
 namespace {
 
-constexpr char kDescription[] = "Runs one operation of libSFtpClient against a remote file server.";
+constexpr char kDescription[] = "Runs one operation against a file server, over FTP with TLS or over SFTP.";
+
+// A line each.
+std::string joined(const std::vector<std::string>& texts)
+{
+    std::string lines;
+    for (const std::string& text : texts) {
+        lines += (lines.empty() ? "" : "\n") + text;
+    }
+    return lines;
+}
 
 // The command line's grammar, made from the tables of operations and options.
 class Grammar
@@ -44,7 +53,8 @@ public:
         TypedOptions typed;
         for (const auto& option : m_options) {
             if (option.second->count() > 0) {
-                typed[option.first->name] = option.second->results().back();
+                typed[option.first->name] =
+                    option.first->repeats ? joined(option.second->results()) : option.second->results().back();
             }
         }
         return typed;
@@ -76,10 +86,12 @@ private:
     void addOption(CLI::App& form, const Option& option)
     {
         const bool isSwitch = *option.value == '\0';
-        CLI::Option* const added = isSwitch ? form.add_flag(option.name, option.description)
-                                            : form.add_option(option.name, option.description)->type_name(option.value);
+        const std::string names = (*option.brief == '\0' ? "" : option.brief + std::string(",")) + option.name;
+        CLI::Option* const added = isSwitch ? form.add_flag(names, option.description)
+                                            : form.add_option(names, option.description)->type_name(option.value);
         // So that a script's options can be overruled by its caller's.
-        added->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+        added->multi_option_policy(option.repeats ? CLI::MultiOptionPolicy::TakeAll : CLI::MultiOptionPolicy::TakeLast);
+        added->allow_extra_args(false);
         m_options.emplace_back(&option, added);
     }
 
@@ -182,6 +194,17 @@ void addUrl(const RemoteUrl& url, TypedOptions& typed)
     }
 }
 
+// In the environment and in the configuration file they may stand side by side.
+void refuseSessionOptionsAsHost(const TypedOptions& typed, const Arguments& arguments)
+{
+    for (const Option& option : options()) {
+        if (arguments.asHost && option.ofSession && typed.count(option.name) > 0) {
+            throw UsageError(std::string(option.name) +
+                             " has no effect with --as-host: SFtpClient knows nothing of it. Leave one of them out.");
+        }
+    }
+}
+
 } // namespace
 
 std::optional<Arguments> parseArguments(int argc, const char* const* argv, int& status)
@@ -198,7 +221,9 @@ std::optional<Arguments> parseArguments(int argc, const char* const* argv, int& 
         return std::nullopt;
     }
     TypedOptions typed = grammar.typed();
-    addUrl(RemoteUrl(arguments.url), typed);
+    arguments.remote = RemoteUrl(arguments.url);
+    addUrl(arguments.remote, typed);
     applySettings(typed, arguments);
+    refuseSessionOptionsAsHost(typed, arguments);
     return arguments;
 }

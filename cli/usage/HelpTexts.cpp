@@ -20,7 +20,7 @@ constexpr char kNotes[] =
     "\n"
     "Output: standard output carries only what was requested: the names of ls, and with --json the result.\n"
     "Everything else goes to standard error, the result last, as one line \"OPERATION: CODE TEXT\", for example\n"
-    "\"get: 67 Login denied\". CODE is libcurl's, or -1 where the library could not run the operation.\n"
+    "\"get: 67 Login denied\". CODE is libcurl's, or with --as-host -1 where the library could not run it.\n"
     "\n"
     "Exit status: 0 for result 0, libcurl's code for any other, 255 for -1 and for a failure of the command\n"
     "itself, 2 for wrong usage (and for libcurl's 2), 128 and the signal's number after an interruption; doctor\n"
@@ -28,16 +28,23 @@ constexpr char kNotes[] =
     "\n"
     "The manual page sftpclient(1) tells more.";
 
-constexpr char kCertificate[] =
+constexpr char kTrust[] =
+    "\n--ca names a file with CA certificates, several as PEM or one as DER, that alone are trusted; without it\n"
+    "the machine's own are. With none the server is not verified, if the configuration file has\n"
+    "CertAuthSwitch=0 in section [General]; else the result is 77. A file named none is ./none. An SSH server's\n"
+    "key must be in ~/.ssh/known_hosts, or given with --fingerprint.\n";
+
+constexpr char kAsHost[] =
+    "\n--as-host runs the operation as a host with SFtpClient does, with its limits: take it to find out why such\n"
+    "a host fails. --ca then is for one certificate and trusted besides the machine's own, and must be given\n"
+    "for ftp: and ftps: URLs; put does not use it. With an ftp: URL, put and the size check of get send the\n"
+    "login in the clear. mv and rm need a server that knows \"rename OLD NEW\" and \"rm PATH\", or an sftp: URL.\n";
+
+constexpr char kTrustOfDoctor[] =
     "\n--ca names a file with one CA certificate, PEM or DER, that is trusted besides the machine's own. With\n"
     "none the server is not verified, if the configuration file has CertAuthSwitch=0 in section [General];\n"
-    "else the result is 77. A file named none is ./none.\n";
-
-constexpr char kCertificateRule[] = "For ftp: and ftps: URLs one of the two must be given.\n";
-
-constexpr char kCertificateOfPut[] =
-    "\nThe server's CA must be in the machine's own trust store: put does not use --ca. With an ftp: URL,\n"
-    "login and data go in the clear.\n";
+    "else the result is 77. A file named none is ./none.\n"
+    "For ftp: and ftps: URLs one of the two must be given.\n";
 
 constexpr char kDoctor[] =
     "\nThe report tells what will work and what to change where something will not. Without --write nothing is\n"
@@ -51,6 +58,19 @@ constexpr char kDoctor[] =
     "The report goes to standard output. Exit status: 0 when all operations will work, 1 when one will fail, 3\n"
     "when none will fail but one is unknown, 2 for wrong usage, 255 for a failure of the command itself.\n";
 
+constexpr char kTrees[] =
+    "\nFiles that differ in size or time are moved, over several connections; each has its name only once it is\n"
+    "whole, so an interrupted run is simply repeated. Links are told and left out. The last line counts what was\n"
+    "done; the exit status is 0, or the code of the first failure. docs/trees.md tells more.\n"
+    "\n"
+    "A PATTERN of --exclude is a shell's: without \"/\" for names (*.tmp), with one for paths from the top (/cache,\n"
+    "docs/*.html), with one at its end for directories (node_modules/).\n";
+
+bool isTree(const Command& command)
+{
+    return command.operation == Operation::Push || command.operation == Operation::Pull;
+}
+
 } // namespace
 
 std::string generalNotes() { return kNotes; }
@@ -58,10 +78,12 @@ std::string generalNotes() { return kNotes; }
 std::string notesOf(const Command& command)
 {
     const std::string examples = std::string("Examples:\n") + command.examples;
-    const std::string certificate =
-        command.operation == Operation::Put ? kCertificateOfPut : std::string(kCertificate) + kCertificateRule;
-    return examples + certificate + (command.operation == Operation::Doctor ? kDoctor : "") +
-           "\nsftpclient --help tells where login and settings come from, and the exit status.";
+    const bool isDoctor = command.operation == Operation::Doctor;
+    const bool hasHost = command.operation < Operation::MakeDirectory;
+    const std::string notes = isDoctor
+                                  ? std::string(kTrustOfDoctor) + kDoctor
+                                  : std::string(kTrust) + (hasHost ? kAsHost : "") + (isTree(command) ? kTrees : "");
+    return examples + notes + "\nsftpclient --help tells where login and settings come from, and the exit status.";
 }
 
 std::string versionText()

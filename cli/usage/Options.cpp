@@ -4,17 +4,22 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstring>
+#include <limits>
 #include <stdexcept>
 
 namespace {
 
 constexpr unsigned kHighestPort = 65535;
 constexpr unsigned kMostRetries = 1000;
+constexpr unsigned kMostJobs = 64;
 constexpr double kLongestDelay = 3600;
 constexpr unsigned kLongestTimeout = 600;
 constexpr unsigned kHour = 3600;
 constexpr unsigned kDay = 24 * kHour;
 constexpr unsigned kWeek = 7 * kDay;
+constexpr std::uint64_t kHighestRate = std::numeric_limits<std::int64_t>::max();
+constexpr char kPinBegin[] = "sha256//";
 
 unsigned toNumber(const std::string& text, unsigned lowest, unsigned highest)
 {
@@ -60,6 +65,38 @@ void storeSwitch(Arguments& arguments, const std::string& text)
 
 void storePort(Arguments& arguments, const std::string& text) { arguments.port = toNumber(text, 1, kHighestPort); }
 
+// With "K", "M" or "G" behind it for each 1024.
+void storeRate(Arguments& arguments, const std::string& text)
+{
+    constexpr std::string_view kUnits = "KMG";
+    std::uint64_t rate = 0;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result read = std::from_chars(text.data(), end, rate);
+    const std::size_t unit = read.ptr == end ? kUnits.npos : kUnits.find(*read.ptr);
+    const unsigned bits = unit == kUnits.npos ? 0 : 10 * (static_cast<unsigned>(unit) + 1);
+    const bool isWhole = read.ptr + (unit == kUnits.npos ? 0 : 1) == end;
+    if (read.ec != std::errc() || !isWhole || rate == 0 || rate > kHighestRate >> bits) {
+        throw std::invalid_argument("must be a number of bytes a second, such as 500K or 2M");
+    }
+    arguments.rate = rate << bits;
+}
+
+void storeTlsMin(Arguments& arguments, const std::string& text)
+{
+    if (text != "1.2" && text != "1.3") {
+        throw std::invalid_argument("must be 1.2 or 1.3");
+    }
+    arguments.tlsMin = text == "1.3" ? TlsVersion::Tls13 : TlsVersion::Tls12;
+}
+
+void storePin(Arguments& arguments, const std::string& text)
+{
+    if (text.compare(0, std::strlen(kPinBegin), kPinBegin) != 0) {
+        throw std::invalid_argument("must be sha256// and the base64 of a public key's SHA-256");
+    }
+    arguments.pin = text;
+}
+
 void storeNoVerify(Arguments& arguments, const std::string& text) { arguments.verifies = !toSwitch(text); }
 
 void storeRetries(Arguments& arguments, const std::string& text)
@@ -84,27 +121,89 @@ void storeSeconds(Arguments& arguments, const std::string& text)
     arguments.*member = std::chrono::seconds(toNumber(text, lowest, highest));
 }
 
+// A line each: a pattern can hold any other byte.
+void storeExclusions(Arguments& arguments, const std::string& text)
+{
+    arguments.tree.excluded.clear();
+    for (std::string::size_type begin = 0; begin <= text.size();) {
+        const std::string::size_type end = std::min(text.find('\n', begin), text.size());
+        if (end == begin) {
+            throw std::invalid_argument("must not be empty");
+        }
+        arguments.tree.excluded.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+}
+
+template <bool TreeArguments::*member>
+void storeTreeSwitch(Arguments& arguments, const std::string& text)
+{
+    arguments.tree.*member = toSwitch(text);
+}
+
+void storeJobs(Arguments& arguments, const std::string& text) { arguments.tree.jobs = toNumber(text, 1, kMostJobs); }
+
+bool isTree(Operation operation) { return operation == Operation::Push || operation == Operation::Pull; }
+
 } // namespace
 
 const std::vector<Option>& options()
 {
+    constexpr bool kOfSession = true;
+    constexpr bool kRepeats = true;
     static const std::vector<Option> kOptions{
         {"--user", "NAME", "Name to log in with, if the URL has none", storeText<&Arguments::user>},
         {"--password-file", "FILE", "File whose first line is the password", storeText<&Arguments::passwordFile>},
         {"--password-stdin", "", "Read the password from standard input", storeSwitch<&Arguments::passwordFromInput>},
         {"--netrc", "", "Look for the login in ~/.netrc", storeSwitch<&Arguments::netrc>},
         {"--netrc-file", "FILE", "Look for the login in this file of the same form", storeText<&Arguments::netrcFile>},
-        {"--ca", "FILE|none", "CA certificate of the server, or none (see below)", storeText<&Arguments::ca>},
+        {"--ca", "FILE|none", "CA certificates of the server, or none (see below)", storeText<&Arguments::ca>},
+        {"--pin", "sha256//HASH", "The server's public key, as curl's --pinnedpubkey", storePin, Use::Operations,
+         kOfSession},
+        {"--client-cert", "FILE", "Certificate to show to the server, PEM, with --client-key",
+         storeText<&Arguments::clientCert>, Use::Operations, kOfSession},
+        {"--client-key", "FILE", "Its key, PEM, without a passphrase", storeText<&Arguments::clientKey>,
+         Use::Operations, kOfSession},
+        {"--tls-min", "VERSION", "Oldest version of TLS: 1.2, as without it, or 1.3", storeTlsMin, Use::Operations,
+         kOfSession},
+        {"--clear-login", "", "Let an ftp: login go in the clear, if the server has no\nTLS",
+         storeSwitch<&Arguments::clearLogin>, Use::Everywhere, kOfSession},
+        {"--known-hosts", "FILE", "Keys of SSH servers, if not ~/.ssh/known_hosts", storeText<&Arguments::knownHosts>,
+         Use::Operations, kOfSession},
+        {"--fingerprint", "SHA256:HASH", "The SSH server's key, as ssh-keygen -l prints it",
+         storeText<&Arguments::fingerprint>, Use::Operations, kOfSession},
+        {"--proxy", "URL", "Proxy to go through, such as socks5h://proxy:1080", storeText<&Arguments::proxy>,
+         Use::Operations, kOfSession},
         {"--port", "PORT", "1 to 65535, if it is not the URL's, or else 21,\nftps 990, sftp 22", storePort},
         {"--config", "FILE", "Configuration file, if not ~/.config/sftpclient/config",
          storeText<&Arguments::configFile>},
+        {"--as-host", "", "Run it as a host with SFtpClient does (see below)", storeSwitch<&Arguments::asHost>,
+         Use::OfHost},
+        {"--long", "", "Show kind, size and time (UTC) of each entry", storeSwitch<&Arguments::isLong>, Use::List,
+         kOfSession, "-l"},
+        {"--resume", "", "Go on with what a broken transfer has left, and leave it", storeSwitch<&Arguments::resumes>,
+         Use::Transfers, kOfSession},
+        {"--limit-rate", "BYTES", "At most so many bytes a second; 500K, 2M, 1G", storeRate, Use::Transfers,
+         kOfSession},
+        {"--jobs", "N", "Connections at a time (4)", storeJobs, Use::Trees, kOfSession},
+        {"--delete", "", "Delete what the source does not have", storeTreeSwitch<&TreeArguments::deletes>, Use::Trees,
+         kOfSession},
+        {"--force", "", "With --delete: even if the source holds no file", storeTreeSwitch<&TreeArguments::forces>,
+         Use::Trees, kOfSession},
+        {"--exclude", "PATTERN", "Leave out what has such a name, or path; may be repeated", storeExclusions,
+         Use::Trees, kOfSession, "", kRepeats},
+        {"--checksum", "", "Compare contents of files of the same size by the\nserver's checksums, not times",
+         storeTreeSwitch<&TreeArguments::checksum>, Use::Trees, kOfSession},
+        {"--keep-going", "", "Go on with the other files after a failure", storeTreeSwitch<&TreeArguments::keepsGoing>,
+         Use::Trees, kOfSession},
+        {"--dry-run", "", "Only tell what would be done", storeTreeSwitch<&TreeArguments::dryRun>, Use::Trees,
+         kOfSession},
         {"--no-verify", "", "Do not compare the file's size on the server afterwards", storeNoVerify, Use::Put},
-        {"--retry", "N",
-         "Try again up to N times after a fault that may pass:\nresult 7, 28, 35, 52, 55 or 56, or a put whose "
-         "size\nthere differs",
+        {"--retry", "N", "Try again up to N times after a fault that may pass, and\ngo on from where it broke off",
          storeRetries, Use::Operations},
-        {"--retry-delay", "SECONDS", "Wait so long before trying again (1), and each time\ntwice as long",
-         storeRetryDelay, Use::Operations},
+        {"--retry-delay", "SECONDS",
+         "Wait so long before trying again (1), each time twice\nas long, and up to half of it less", storeRetryDelay,
+         Use::Operations},
         {"--connect-time", "SECONDS", "How long a connection and its login may take (20)",
          storeSeconds<&Arguments::connectTime, 1, kHour>, Use::Operations},
         {"--stall-time", "SECONDS", "Longest time without a byte (60)", storeSeconds<&Arguments::stallTime, 1, kDay>,
@@ -113,10 +212,8 @@ const std::vector<Option>& options()
          storeSeconds<&Arguments::maxTime, 0, kWeek>, Use::Operations},
         {"--json", "", "Write the result to standard output, as a JSON object", storeSwitch<&Arguments::json>},
         {"--trace", "", "Show what libcurl and the server say to each other,\nthe login masked",
-         storeSwitch<&Arguments::trace>, Use::Operations},
+         storeSwitch<&Arguments::trace>, Use::Single},
         {"--quiet", "", "Log failures only, and show no progress", storeSwitch<&Arguments::quiet>, Use::Operations},
-        {"--clear-login", "", "Let the password go in the clear, with an ftp: URL", storeSwitch<&Arguments::clearLogin>,
-         Use::Doctor},
         {"--write", "", "Send, list, fetch, rename and delete a small file through\nthe library, and clean up",
          storeSwitch<&Arguments::writes>, Use::Doctor},
         {"--timeout", "SECONDS", "How long to wait for a connection, and for a reply (20)",
@@ -130,6 +227,16 @@ bool belongsTo(const Option& option, Operation operation)
     switch (option.use) {
     case Use::Operations:
         return operation != Operation::Doctor;
+    case Use::OfHost:
+        return operation < Operation::MakeDirectory;
+    case Use::List:
+        return operation == Operation::List;
+    case Use::Transfers:
+        return operation == Operation::Get || operation == Operation::Put || isTree(operation);
+    case Use::Trees:
+        return isTree(operation);
+    case Use::Single:
+        return operation != Operation::Doctor && !isTree(operation);
     case Use::Put:
         return operation == Operation::Put;
     case Use::Doctor:

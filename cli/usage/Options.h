@@ -9,7 +9,12 @@
 enum class Use
 {
     Everywhere,
-    Operations, // of the library: everywhere but doctor
+    Operations, // everywhere but doctor
+    OfHost,     // what SFtpClient does, too
+    List,
+    Transfers, // get, put, push and pull
+    Trees,     // push and pull
+    Single,    // neither those nor doctor
     Put,
     Doctor
 };
@@ -23,6 +28,9 @@ struct Option
     const char* description;
     void (*store)(Arguments& arguments, const std::string& text); // throws std::invalid_argument: what it must be
     Use use = Use::Everywhere;
+    bool ofSession = false; // nothing that --as-host knows
+    const char* brief = ""; // its other name, such as "-l"
+    bool repeats = false;   // each time it is given counts
 };
 
 /// All options, in the order in which the help shows them.

@@ -21,7 +21,12 @@ namespace session {
 /// What a server supports; asked once per connection.
 struct Features
 {
-    bool mlst = false; ///< MLSD and MLST
+    bool mlst = false;         ///< MLSD and MLST
+    bool mfmt = false;         ///< a file's time can be set
+    bool hash = false;         ///< HASH with SHA-256 ...
+    bool hashIsSha256 = false; ///< ... which need not be chosen first
+    bool xsha256 = false;
+    bool xcrc = false;
 };
 
 /// A connection to one server with one login: an easy handle that is reused, because libcurl keeps in it the TLS

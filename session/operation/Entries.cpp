@@ -21,42 +21,12 @@ std::optional<Number> numberIn(std::string_view text)
     return whole && number >= 0 ? std::optional<Number>(number) : std::nullopt;
 }
 
-std::string lowerCase(std::string_view text)
-{
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
-    return lower;
-}
-
 EntryKind kindOf(const std::string& type)
 {
     if (type == "file") {
         return EntryKind::File;
     }
     return type == "dir" || type == "cdir" || type == "pdir" ? EntryKind::Directory : EntryKind::Other;
-}
-
-// "YYYYMMDDhhmmss", UTC, with an optional fraction of a second.
-std::optional<std::chrono::system_clock::time_point> timeIn(std::string_view text)
-{
-    constexpr std::size_t kDigits = 14;
-    if (text.size() < kDigits || (text.size() > kDigits && text[kDigits] != '.') ||
-        !std::all_of(text.begin(), text.begin() + kDigits,
-                     [](unsigned char digit) { return std::isdigit(digit) != 0; })) {
-        return std::nullopt;
-    }
-    const auto part = [&text](std::size_t at, std::size_t size) { return *numberIn<int>(text.substr(at, size)); };
-    std::tm time = {};
-    time.tm_year = part(0, 4) - 1900;
-    time.tm_mon = part(4, 2) - 1;
-    time.tm_mday = part(6, 2);
-    time.tm_hour = part(8, 2);
-    time.tm_min = part(10, 2);
-    time.tm_sec = part(12, 2);
-    const bool exists = time.tm_mon >= 0 && time.tm_mon < 12 && time.tm_mday >= 1 && time.tm_mday <= 31 &&
-                        time.tm_hour < 24 && time.tm_min < 60 && time.tm_sec <= 60;
-    return exists ? timeAt(timegm(&time)) : std::nullopt;
 }
 
 void takeFact(std::string_view fact, RemoteEntry& entry, std::string& type)
@@ -94,6 +64,35 @@ std::string_view withoutEnd(std::string_view line)
 }
 
 } // namespace
+
+std::string lowerCase(std::string_view text)
+{
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
+    return lower;
+}
+
+std::optional<std::chrono::system_clock::time_point> timeIn(std::string_view text)
+{
+    constexpr std::size_t kDigits = 14;
+    if (text.size() < kDigits || (text.size() > kDigits && text[kDigits] != '.') ||
+        !std::all_of(text.begin(), text.begin() + kDigits,
+                     [](unsigned char digit) { return std::isdigit(digit) != 0; })) {
+        return std::nullopt;
+    }
+    const auto part = [&text](std::size_t at, std::size_t size) { return *numberIn<int>(text.substr(at, size)); };
+    std::tm time = {};
+    time.tm_year = part(0, 4) - 1900;
+    time.tm_mon = part(4, 2) - 1;
+    time.tm_mday = part(6, 2);
+    time.tm_hour = part(8, 2);
+    time.tm_min = part(10, 2);
+    time.tm_sec = part(12, 2);
+    const bool exists = time.tm_mon >= 0 && time.tm_mon < 12 && time.tm_mday >= 1 && time.tm_mday <= 31 &&
+                        time.tm_hour < 24 && time.tm_min < 60 && time.tm_sec <= 60;
+    return exists ? timeAt(timegm(&time)) : std::nullopt;
+}
 
 // The clock counts in smaller steps than seconds, from 1677 to 2262.
 std::optional<std::chrono::system_clock::time_point> timeAt(std::int64_t seconds)

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace session {
@@ -20,6 +21,11 @@ std::optional<RemoteEntry> entryOfLongLine(std::string_view line);
 
 /// Whether a name can be that of an entry: with a "/" or a zero byte, a path made from it would lead elsewhere.
 bool leadsNowhereElse(std::string_view name);
+
+/// The time in "YYYYMMDDhhmmss", UTC, with an optional fraction of a second.
+std::optional<std::chrono::system_clock::time_point> timeIn(std::string_view text);
+
+std::string lowerCase(std::string_view text);
 
 /// So many seconds after 1970-01-01 00:00 UTC; nothing if the clock cannot represent that.
 std::optional<std::chrono::system_clock::time_point> timeAt(std::int64_t seconds);

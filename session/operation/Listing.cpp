@@ -4,6 +4,7 @@
 #include "call/SetOption.h"
 #include "connection/Transfer.h"
 #include "operation/Entries.h"
+#include "operation/Features.h"
 #include "operation/LineSplitter.h"
 
 #include <algorithm>
@@ -18,32 +19,6 @@ constexpr std::int64_t kLargestListing = 128LL * 1024 * 1024;
 
 Failure listingTooLarge() { return refusal(CURLE_FILESIZE_EXCEEDED, "the listing is larger than 128 MiB"); }
 
-void visitDirectory(const Work& work, const std::vector<std::string>& commands)
-{
-    Transfer transfer(work.connection, work.access, work.call);
-    transfer.visit(work.access.target().directoryUrl());
-    transfer.withoutData();
-    transfer.after(commands);
-    transfer.run();
-}
-
-bool names(const std::string& line, const char* feature)
-{
-    const std::string::size_type begin = line.find_first_not_of(' ');
-    return begin != std::string::npos && begin > 0 && line.compare(begin, 4, feature) == 0;
-}
-
-const Features& featuresOf(const Work& work)
-{
-    if (!work.connection.features) {
-        visitDirectory(work, {"*FEAT"});
-        const std::vector<std::string>& lines = work.connection.replies().lines();
-        work.connection.features = {
-            std::any_of(lines.begin(), lines.end(), [](const std::string& line) { return names(line, "MLST"); })};
-    }
-    return *work.connection.features;
-}
-
 RemoteEntry found(const std::optional<RemoteEntry>& entry, const std::string& name)
 {
     if (!entry) {
@@ -56,7 +31,7 @@ RemoteEntry found(const std::optional<RemoteEntry>& entry, const std::string& na
 
 std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& directoryUrl)
 {
-    const bool facts = !work.access.target().isSsh() && featuresOf(work).mlst;
+    const bool facts = !work.access.target().isSsh() && featuresOf(work, directoryUrl).mlst;
     std::vector<RemoteEntry> entries;
     std::size_t kept = 0; // a few bytes on the wire can take many here
     LineSplitter lines([&](std::string_view line) {
@@ -125,7 +100,7 @@ RemoteEntry statByCommands(const Work& work, const std::string& name)
     }
     const Failure missing = refusal(CURLE_REMOTE_FILE_NOT_FOUND, "there is no \"" + name + "\"");
     try {
-        visitDirectory(work, {});
+        visitDirectory(work, target.directoryUrl(), {});
     } catch (const Failure&) {
         throw Failure(missing);
     }
@@ -206,7 +181,7 @@ RemoteEntry statEntry(const Work& work)
     const Target& target = work.access.target();
     const std::string name = target.name();
     if (name.empty()) {
-        visitDirectory(work, {});
+        visitDirectory(work, target.directoryUrl(), {});
         return {"/", EntryKind::Directory, -1, std::nullopt};
     }
     if (target.isSsh()) {

@@ -7,6 +7,7 @@
 
 #include <SFtpSession.h>
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -34,6 +35,9 @@ void removeDirectory(const Work& work);
 void listNames(const Work& work, const DataSink& sink);
 std::vector<RemoteEntry> listEntries(const Work& work);
 RemoteEntry statEntry(const Work& work);
+std::chrono::system_clock::time_point readModified(const Work& work);
+void setModified(const Work& work, std::chrono::system_clock::time_point modified);
+RemoteChecksum readChecksum(const Work& work);
 
 /// The file at this URL: its size and time, as far as the server reports them, without its name. Nothing if it does not
 /// exist.

@@ -11,7 +11,7 @@ constexpr char kRefused[] = "7 Couldn't connect to server\n";
 
 ProgramResult run(Words form)
 {
-    form.insert(form.end(), {"--user", "me", "--ca", "none"});
+    form.insert(form.end(), {"--user", "me", "--ca", "none", "--as-host"});
     // Leak detection must not report the lists that mv and rm leave behind.
     return runCommand(form, {{"SFTPCLIENT_PASSWORD", "secret"}, {"LD_PRELOAD", SFTPCLIENT_TRUST_LIBRARY}}, "/");
 }

@@ -62,7 +62,7 @@ TEST_F(Completion, OffersEveryOperation)
         names.insert(command.name);
     }
     EXPECT_EQ(names, offered({""}));
-    EXPECT_EQ(Names{"put"}, offered({"p"}));
+    EXPECT_EQ((Names{"pull", "push", "put"}), offered({"p"}));
 }
 
 TEST_F(Completion, OffersEveryOption)

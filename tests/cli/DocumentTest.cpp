@@ -56,7 +56,8 @@ std::string withoutNumbers(std::string text, const std::string& mark, const std:
 // What differs from one run to the next.
 std::string comparable(const std::string& output)
 {
-    const std::string ports = withoutNumbers(replaceTimes(output), "(|||", "PORT");
+    const std::string delays = withoutNumbers(replaceTimes(output), "trying again in ", "DELAY");
+    const std::string ports = withoutNumbers(delays, "(|||", "PORT");
     return withoutNumbers(withoutNumbers(ports, "():", "LINE"), "\"seconds\":", "SECONDS");
 }
 
@@ -93,6 +94,10 @@ protected:
         writeFile(local("password"), config.password + "\n");
         chmod(local("password").c_str(), 0600);
         writeFile(local("ca.pem"), contentOf(ca()));
+        std::filesystem::create_directory(local("photos"));
+        writeFile(local("photos/cat.jpg"), "eleven of b");
+        writeFile(local("photos/dog.jpg"), "twelve of by");
+        writeFile(local("photos/list.txt"), "cat.jpg\ndog.jpg...");
         writeFile(local("site.ini"), "[sftpclient]\nuser=backup\npassword-file=password\nca=ca.pem\nquiet=true\n");
         addServer("backup.example.com", {});
         addServer("busy.example.com", {"1/GREETING=reply:421 too many users", "2/GREETING=drop"});

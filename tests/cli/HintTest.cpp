@@ -13,7 +13,7 @@ std::string hint(CURLcode result, int code, const std::string& command = "")
     Reply reply;
     reply.code = code;
     reply.command = command;
-    return hintFor(result, reply);
+    return hintFor(Way::AsHost, result, reply);
 }
 
 } // namespace
@@ -23,6 +23,20 @@ TEST(Hint, IsForFailures)
     EXPECT_EQ("", hint(CURLE_OK, 421));
     EXPECT_EQ("", hint(CURLE_UNSUPPORTED_PROTOCOL, 0));
     EXPECT_EQ("no server answers there; check host, port and firewalls", hint(CURLE_COULDNT_CONNECT, 0));
+}
+
+TEST(Hint, IsForTheWayThatWasTaken)
+{
+    Reply unknown;
+    unknown.code = 500;
+    EXPECT_EQ("the server does not know the command; mv and rm need one that knows \"rename OLD NEW\" and \"rm PATH\", "
+              "or an sftp: URL, or no --as-host",
+              hintFor(Way::AsHost, CURLE_QUOTE_ERROR, unknown));
+    EXPECT_EQ("the server refused the command: look with ls whether the file is there, and at the directory's rights",
+              hintFor(Way::Session, CURLE_QUOTE_ERROR, unknown));
+    EXPECT_EQ("check user and password", hintFor(Way::Session, CURLE_LOGIN_DENIED, Reply()));
+    EXPECT_EQ(0U, hintFor(Way::AsHost, CURLE_LOGIN_DENIED, Reply()).find("check user and password; a server"));
+    EXPECT_EQ("", hintFor(Way::SshSession, CURLE_PEER_FAILED_VERIFICATION, Reply())) << "the text says it all";
 }
 
 TEST(Hint, FollowsFromTheReply)

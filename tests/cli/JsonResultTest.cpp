@@ -1,5 +1,6 @@
 #include "harness/Served.h"
 
+#include <base/PercentCode.h>
 #include <output/JsonResult.h>
 
 #include <nlohmann/json.hpp>
@@ -17,7 +18,7 @@ TEST(JsonResult, HasAFieldForEachFact)
     EXPECT_EQ(R"({"operation":"get","url":"ftps://host/x","code":67,"name":"CURLE_LOGIN_DENIED",)"
               R"("text":"Login denied","bytes":12,"seconds":0.5,"attempts":2})",
               jsonOf(result));
-    result.names = {"a", "b"};
+    result.listing = "a\nb\r\n";
     result.sizeChecked = false;
     result.signal = "SIGINT";
     const nlohmann::json object = nlohmann::json::parse(jsonOf(result));
@@ -33,15 +34,32 @@ TEST(JsonResult, IsValidForAnyBytes)
     for (int byte = 0; byte < 256; ++byte) {
         name.append(1, static_cast<char>(byte));
     }
-    result.names = {name, "\xff\xfe", "\xc3"};
-    EXPECT_EQ("\xef\xbf\xbd", nlohmann::json::parse(jsonOf(result))["names"][2]);
+    result.entries = {{name, EntryKind::File, -1, std::nullopt}};
+    result.listing = "a b\n\xff/\xfe\n\xc3";
+    const nlohmann::json object = nlohmann::json::parse(jsonOf(result));
+    EXPECT_EQ("\xef\xbf\xbd", object["names"][2]);
+    EXPECT_EQ(nlohmann::json({"a%20b", "%FF%2F%FE", "%C3"}), object["encodedNames"]);
+    EXPECT_EQ(name, percentDecoded(object["entries"][0]["encodedName"]));
 }
 
 TEST(JsonResult, ContainsNoTerminalControls)
 {
     Result result;
-    result.names = {"\x1b[2J", "\x7f", "\xc2\x9b", "\xc3\xa9"};
+    result.listing = "\x1b[2J\n\x7f\n\xc2\x9b\n\xc3\xa9\n";
     EXPECT_TRUE(holds(R"("names":["\u001b[2J","\u007f","\u009b","\u00e9"])", jsonOf(result)));
+}
+
+TEST(JsonResult, HasTheFieldsOfEntries)
+{
+    using Clock = std::chrono::system_clock;
+    Result result;
+    result.entries = {{"a", EntryKind::File, 18, Clock::from_time_t(1767225600)},
+                      {"\xff", EntryKind::Directory, -1, std::nullopt}};
+    result.entry = RemoteEntry{"b", EntryKind::Other, -1, std::nullopt};
+    EXPECT_TRUE(holds(R"("entries":[{"name":"a","kind":"file","size":18,"modified":"2026-01-01T00:00:00Z"},)"
+                      R"({"name":"\ufffd","kind":"directory","encodedName":"%FF"}],)"
+                      R"("entry":{"name":"b","kind":"other"}})",
+                      jsonOf(result)));
 }
 
 TEST_F(Served, PrintsTheResultAsOneJsonObject)

@@ -17,9 +17,8 @@ namespace {
 
 std::string printed(const std::string& listing, bool forTerminal)
 {
-    std::istringstream in(listing);
     std::ostringstream out;
-    printListing(in, out, forTerminal);
+    printListing(listing, out, forTerminal);
     return out.str();
 }
 
@@ -40,12 +39,31 @@ TEST(Listing, IsEscapedForATerminal)
 
 TEST(Listing, ReportsThatItCannotBePrinted)
 {
-    std::istringstream listing("a\r\n");
+    const std::string listing("a\r\n");
     std::ostringstream full;
     full.setstate(std::ios::badbit);
     EXPECT_THROW(printListing(listing, full, false), std::runtime_error);
     EXPECT_THROW(printListing(listing, full, true), std::runtime_error);
-    EXPECT_THROW(openListing("/nowhere/listing"), std::runtime_error);
+    EXPECT_THROW(printEntries({}, full, true), std::runtime_error);
+    EXPECT_THROW(readListing("/nowhere/listing"), std::runtime_error);
+}
+
+TEST(Entries, HaveALineEach)
+{
+    using Clock = std::chrono::system_clock;
+    const std::vector<RemoteEntry> entries{
+        {"notes.txt", EntryKind::File, 18, Clock::from_time_t(1767225600)},
+        {"weekly", EntryKind::Directory, -1, std::nullopt},
+        {"li\x1b[nk", EntryKind::Other, -1, std::nullopt},
+    };
+    const std::string beginning = "-           18 2026-01-01T00:00:00Z notes.txt\n"
+                                  "d            - -                    weekly\n"
+                                  "?            - -                    ";
+    for (const bool forTerminal : {false, true}) {
+        std::ostringstream out;
+        printEntries(entries, out, forTerminal);
+        EXPECT_TRUE(sameText(beginning + (forTerminal ? "li\\x1b[nk\n" : "li\x1b[nk\n"), out.str()));
+    }
 }
 
 TEST_F(Served, LeavesNoFileIfNobodyReadsTheListing)

@@ -15,7 +15,7 @@ class Login : public testing::Test
 protected:
     Login()
     {
-        m_arguments.url = "ftps://host/";
+        m_arguments.remote = RemoteUrl("ftps://host/");
         m_arguments.user = "me";
     }
 
@@ -60,7 +60,7 @@ TEST_F(Login, TakesTheUserFromNetrcOnlyIfNoOtherIsGiven)
     m_arguments.netrcFile = m_netrc.path();
     m_arguments.user = "";
     EXPECT_EQ("me:from netrc", login());
-    m_arguments.url = "ftps://other/";
+    m_arguments.remote = RemoteUrl("ftps://other/");
     EXPECT_EQ("you:else", login());
     const SetVariable variable(kVariable, "from environment");
     EXPECT_EQ("you:from environment", login());
@@ -91,7 +91,7 @@ TEST_F(Login, ListsTheSourcesOfAUser)
     const SetVariable variable(kVariable, "secret");
     m_arguments.user = "";
     EXPECT_EQ("There is no user: write it into the URL (ftps://user@host/), or give --user NAME.", refusal());
-    m_arguments.url = "ftps://unknown/";
+    m_arguments.remote = RemoteUrl("ftps://unknown/");
     m_arguments.netrcFile = m_netrc.path();
     EXPECT_EQ("There is no user: " + m_netrc.path() + " has none for this host; give --user NAME.", refusal());
 }

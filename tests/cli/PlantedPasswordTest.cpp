@@ -17,6 +17,7 @@ class PlantedPasswords : public Served, public testing::WithParamInterface<Plant
 protected:
     PlantedPasswords()
     {
+        asHost = true;
         config.password = GetParam().password;
         writeFile(local("sent"), "contents");
         writeFile(served("kept"), "contents");
@@ -73,6 +74,30 @@ TEST_P(PlantedPasswords, AreNotShownOnSuccess)
                    {{"rm", url(), "gone"}, 0}});
 }
 
+TEST_P(PlantedPasswords, AreNotShownByASession)
+{
+    asHost = false;
+    std::vector<std::string> faults;
+    for (const char* const command :
+         {"GREETING", "AUTH", "USER", "PASS", "PBSZ", "PROT", "PWD", "TYPE", "EPSV", "NLST", "MLST", "MKD", "QUIT"}) {
+        faults.push_back(std::string(command) + "=append:");
+    }
+    for (const char* const refused :
+         {"STOR=reply:553 ", "RETR=reply:550 ", "CWD=reply:550 ", "RNFR=reply:550 ", "DELE=reply:550 "}) {
+        faults.emplace_back(refused);
+    }
+    servePlanted(faults);
+    expectSecrecy({{{"test", url()}, 0},
+                   {{"put", "sent", url()}, 25},
+                   {{"ls", url()}, 0},
+                   {{"ls", url("/no/")}, 78},
+                   {{"get", url("/kept"), "got"}, 78},
+                   {{"stat", url("/kept")}, 0},
+                   {{"mkdir", url("/made")}, 0},
+                   {{"mv", url(), "old", "new"}, 21},
+                   {{"rm", url(), "gone"}, 21}});
+}
+
 TEST_P(PlantedPasswords, AreNotShownWhenTheServerRefuses)
 {
     servePlanted({"STOR=reply:553 ", "NLST=reply:550 ", "SIZE=reply:550 ", "rename=reply:500 ", "rm=reply:550 "});
@@ -102,6 +127,9 @@ TEST_P(PlantedPasswords, AreNotShownFromACertificate)
     serve();
     expectSecrecy({{{"put", "sent", url()}, 60}, {{"test", url()}, 0}, {{"get", url("/kept"), "got"}, 255}},
                   {{"SFTPCLIENT_DEFAULT_TRUST", local("own.pem")}});
+    asHost = false;
+    writeFile(ca(), own.certificatePem()); // trusted, but for another host
+    expectSecrecy({{{"put", "sent", url()}, 60}, {{"test", url()}, 60}, {{"get", url("/kept"), "got"}, 60}});
 }
 
 INSTANTIATE_TEST_SUITE_P(Such, PlantedPasswords, testing::ValuesIn(everyPassword()),

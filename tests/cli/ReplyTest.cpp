@@ -16,7 +16,7 @@ struct Refusal
     std::string hint; // its beginning
 };
 
-class Replies : public Served
+class Replies : public ServedAsHost
 {
 protected:
     void expect(const Refusal& refusal)

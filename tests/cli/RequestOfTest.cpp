@@ -18,7 +18,8 @@ Arguments argumentsFor(Operation operation)
 {
     Arguments arguments;
     arguments.operation = operation;
-    arguments.url = "ftps://host/dir/";
+    arguments.asHost = true;
+    arguments.remote = RemoteUrl("ftps://host/dir/");
     arguments.ca = "none";
     arguments.local = "local";
     arguments.remoteName = "old";
@@ -124,7 +125,7 @@ TEST(RequestOf, RequiresACertificateIfTheOperationReadsIt)
                                               : "The server's CA certificate is missing: give "
                                                 "--ca FILE or --ca none.",
                   refusalOf(arguments));
-        arguments.url = "sftp://host/dir/";
+        arguments.remote = RemoteUrl("sftp://host/dir/");
         EXPECT_EQ(kNothingThrown, refusalOf(arguments));
     }
 }
@@ -148,11 +149,39 @@ TEST(RequestOf, RejectsNamesThatBreakACommand)
     }
 }
 
+TEST(RequestOf, LeavesMoreToASession)
+{
+    Arguments move = argumentsFor(Operation::Move);
+    move.asHost = false;
+    move.ca = "";
+    move.remote = RemoteUrl("ftps://host/a%20b:c");
+    move.remoteName = "old name";
+    EXPECT_EQ("ftps://host/a%20b:c", requestOf(move).remotePath);
+    EXPECT_EQ("old name", requestOf(move).remoteFileName);
+    move.newName = "";
+    EXPECT_EQ("NEW must not be empty.", refusalOf(move));
+    move.newName = "a\nb";
+    EXPECT_EQ("NEW must not hold a control byte (a line break, a tab, ...).", refusalOf(move));
+    Arguments get = argumentsFor(Operation::Get);
+    get.asHost = false;
+    get.local = "";
+    get.remote = RemoteUrl("ftps://host/a?b;type=i");
+    EXPECT_EQ("a?b;type=i", requestOf(get).localPath);
+    get.local = "-";
+    EXPECT_EQ("-", requestOf(get).localPath);
+    Arguments put = argumentsFor(Operation::Put);
+    put.asHost = false;
+    put.local = "/dev/null";
+    EXPECT_EQ("/dev/null is a device: put sends regular files only; write the contents into one first, or to standard "
+              "input, with - for LOCAL.",
+              refusalOf(put));
+}
+
 TEST(RequestOf, NamesTheLocalFileAfterTheUrl)
 {
     Arguments arguments = argumentsFor(Operation::Get);
     arguments.local = "";
-    arguments.url = "ftps://me@host/dir/a%20b.bak";
+    arguments.remote = RemoteUrl("ftps://me@host/dir/a%20b.bak");
     EXPECT_EQ("a b.bak", requestOf(arguments).localPath);
     EXPECT_EQ("ftps://host/dir/a%20b.bak", requestOf(arguments).remotePath);
 }
@@ -219,7 +248,7 @@ TEST(RequestOf, RejectsAFileNameThatIsALocalDirectory)
     ASSERT_EQ(0, mkdir(folder.c_str(), 0700));
     Arguments arguments = argumentsFor(Operation::Get);
     arguments.local = "";
-    arguments.url = "ftps://host/" + folder;
+    arguments.remote = RemoteUrl("ftps://host/" + folder);
     EXPECT_EQ(folder + " is a directory: name a regular file.", refusalOf(arguments));
     EXPECT_EQ(0, rmdir(folder.c_str()));
 }

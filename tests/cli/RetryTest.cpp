@@ -19,7 +19,8 @@ TEST_F(Served, RetriesUntilTheErrorHasPassed)
     EXPECT_TRUE(exited(0, result));
     EXPECT_TRUE(holds("\nls: 56 Failure when receiving data from the peer; trying again in 0 s\n", result.err));
     EXPECT_TRUE(
-        holds("\nls: 28 Timeout was reached (the server's last reply: 421 busy); trying again in 0 s\n", result.err));
+        holds("\nls: 28 The server ended the connection (the server's last reply: 421 busy); trying again in 0 s\n",
+              result.err));
     EXPECT_EQ(3U, sessions().size());
 }
 
@@ -31,7 +32,7 @@ TEST_F(Served, RetriesNoMoreOftenThanRequested)
     EXPECT_EQ(3U, sessions().size());
 }
 
-TEST_F(Served, RetriesAfterATransientErrorInTheSizeCheck)
+TEST_F(ServedAsHost, RetriesAfterATransientErrorInTheSizeCheck)
 {
     writeFile(served("file"), "contents");
     serve({"1/GREETING=drop"});
@@ -39,7 +40,7 @@ TEST_F(Served, RetriesAfterATransientErrorInTheSizeCheck)
     EXPECT_EQ(3U, sessions().size());
 }
 
-TEST_F(Served, ResendsAPartialUpload)
+TEST_F(ServedAsHost, ResendsAPartialUpload)
 {
     writeFile(local("file"), "contents");
     serve({"2/SIZE=reply:213 5"});
@@ -50,7 +51,7 @@ TEST_F(Served, ResendsAPartialUpload)
     EXPECT_EQ(4U, sessions().size());
 }
 
-TEST_F(Served, ResendsAnUploadThatCouldNotBeChecked)
+TEST_F(ServedAsHost, ResendsAnUploadThatCouldNotBeChecked)
 {
     writeFile(local("file"), "contents");
     serve({"2/SIZE=drop"});
@@ -81,15 +82,47 @@ TEST(Retry, IsOnlyForTransientErrors)
     EXPECT_EQ((std::set<int>{7, 28, 35, 52, 55, 56}), passing);
 }
 
+TEST(Retry, OfASessionGoesByTheReplyToo)
+{
+    std::set<int> transient;
+    for (int code = 0; code < CURL_LAST; ++code) {
+        if (isTransient(static_cast<CURLcode>(code), 0)) {
+            transient.insert(code);
+        }
+        const auto refused = static_cast<CURLcode>(code);
+        const bool isNever =
+            refused == CURLE_OK || refused == CURLE_LOGIN_DENIED || refused == CURLE_ABORTED_BY_CALLBACK;
+        EXPECT_EQ(!isNever, isTransient(refused, 450)) << code;
+        EXPECT_EQ(!isNever, isTransient(refused, 421)) << code;
+        EXPECT_EQ(transient.count(code) > 0, isTransient(refused, 550)) << code;
+    }
+    EXPECT_EQ((std::set<int>{5, 6, 7, 12, 18, 28, 35, 52, 55, 56}), transient);
+}
+
+TEST(Retry, SpreadsItsDelays)
+{
+    EXPECT_EQ(500ms, Retry(1, 1s, [] { return 0.0; }).next());
+    EXPECT_EQ(750ms, Retry(1, 1s, [] { return 0.5; }).next());
+    EXPECT_EQ(1s, Retry(1, 1s, [] { return 1.0; }).next());
+    std::set<std::chrono::milliseconds> delays;
+    for (int i = 0; i < 100; ++i) {
+        const std::chrono::milliseconds delay = Retry(1, 1s).next();
+        EXPECT_TRUE(delay >= 500ms && delay <= 1s) << delay.count();
+        delays.insert(delay);
+    }
+    EXPECT_GT(delays.size(), 1U);
+}
+
 TEST(Retry, WaitsTwiceAsLongEachTime)
 {
-    Retry retry(4, 1500ms);
+    const auto longest = [] { return 1.0; };
+    Retry retry(4, 1500ms, longest);
     EXPECT_EQ(1500ms, retry.next());
     EXPECT_EQ(3s, retry.next());
     EXPECT_EQ(6s, retry.next());
     EXPECT_TRUE(retry.isLeft());
     EXPECT_EQ(12s, retry.next());
     EXPECT_FALSE(retry.isLeft());
-    EXPECT_EQ(1h, Retry(1, 3h).next());
+    EXPECT_EQ(1h, Retry(1, 3h, longest).next());
     EXPECT_FALSE(Retry(0, 1s).isLeft());
 }

@@ -11,7 +11,7 @@ TEST_F(Served, FetchesAFileUnderItsOwnName)
     EXPECT_EQ("contents", contentOf(local("a b.bak")));
 }
 
-TEST_F(Served, SendsAFileUnderItsOwnName)
+TEST_F(ServedAsHost, SendsAFileUnderItsOwnName)
 {
     config.tls = testserver::TlsMode::Implicit;
     writeFile(local("a b.bak"), "contents");
@@ -56,7 +56,7 @@ TEST_F(Served, RenamesDeletesAndTests)
     EXPECT_FALSE(exists(served("old")));
 }
 
-TEST_F(Served, ExitsWithTheResult)
+TEST_F(ServedAsHost, ExitsWithTheResult)
 {
     serve();
     EXPECT_TRUE(exited(78, run({"get", url("/missing"), "x"})));
@@ -68,7 +68,7 @@ TEST_F(Served, ExitsWithTheResult)
     EXPECT_TRUE(exited(77, runCommand({"ls", url(), "--ca", "none"}, environment())));
 }
 
-TEST_F(Served, ExplainsWhyADownloadDidNotStart)
+TEST_F(ServedAsHost, ExplainsWhyADownloadDidNotStart)
 {
     writeFile(served("file"), "contents");
     serve({"SIZE=reply:500 unknown"});
@@ -105,7 +105,7 @@ TEST_F(Served, LogsInWithCredentialsFromEverySource)
     EXPECT_TRUE(exited(2, tried({"test", url(), "--ca", ca(), "--password-stdin"}, {}, "")));
 }
 
-TEST_F(Served, TracesAllConnectionsOfTheOperation)
+TEST_F(ServedAsHost, TracesAllConnectionsOfTheOperation)
 {
     config.tls = testserver::TlsMode::Implicit;
     writeFile(served("file"), "contents");
@@ -130,7 +130,7 @@ TEST_F(Served, AcceptsAnUnverifiedServerIfConfigured)
     EXPECT_TRUE(exited(0, runCommand({"test", url(), "--config", "config"}, environment(), local(""))));
 }
 
-TEST_F(Served, HintsWhyTheSizeCheckOfADownloadFailed)
+TEST_F(ServedAsHost, HintsWhyTheSizeCheckOfADownloadFailed)
 {
     config.tls = testserver::TlsMode::Implicit;
     serve();

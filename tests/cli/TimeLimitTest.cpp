@@ -17,7 +17,7 @@ struct Hang
     std::string result; // the last line
 };
 
-class TimeLimit : public Served
+class TimeLimit : public ServedAsHost
 {
 protected:
     TimeLimit()

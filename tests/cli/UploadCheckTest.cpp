@@ -4,7 +4,7 @@
 
 namespace {
 
-class UploadCheck : public Served
+class UploadCheck : public ServedAsHost
 {
 protected:
     ProgramResult put(const std::vector<std::string>& faults, std::vector<std::string> options = {})

@@ -25,7 +25,7 @@ void expectWrongUsage(const std::vector<std::string>& arguments, const std::stri
 
 TEST(Usage, NeedsAnOperation)
 {
-    expectWrongUsage({}, "Name an operation: get, put, ls, mv, rm, test or doctor.", "");
+    expectWrongUsage({}, "Name an operation: get, put, ls, mv, rm, mkdir, rmdir, stat, test, push, pull or doctor.", "");
     expectWrongUsage({"frob"}, "There is no operation frob.", "");
     expectWrongUsage({"tset", "ftp://host/"}, "There is no operation tset; did you mean test?", "");
     expectWrongUsage({"\x1b[2J"}, "There is no operation \\x1b[2J.", "");
@@ -82,12 +82,13 @@ TEST(Usage, RejectsMissingFiles)
 
 TEST(Usage, NamesTheRemedyForAMissingCertificate)
 {
-    expectRefusal({"get", "ftps://me@host/x"}, "The server's CA certificate is missing: give --ca FILE or --ca none.");
+    expectRefusal({"get", "ftps://me@host/x", "--as-host"},
+                  "The server's CA certificate is missing: give --ca FILE or --ca none.");
 }
 
 TEST(Usage, RejectsABlankInAName)
 {
-    expectRefusal({"mv", "ftp://host/", "old", "new name", "--user", "me", "--ca", "none"},
+    expectRefusal({"mv", "ftp://host/", "old", "new name", "--user", "me", "--ca", "none", "--as-host"},
                   "NEW must not be empty or hold a blank: the server's command is split there.");
 }
 

@@ -30,7 +30,7 @@ def names_of_tests(ctest, build, cli_test):
 
 
 def help_of(command):
-    forms = [[], ["get"], ["put"], ["ls"], ["mv"], ["rm"], ["test"], ["doctor"]]
+    forms = [[], ["get"], ["put"], ["ls"], ["mv"], ["rm"], ["test"], ["push"], ["pull"], ["doctor"]]
     return "\n".join(output_of(command, *form, "--help") for form in forms)
 
 

@@ -42,6 +42,10 @@ struct ServerConfig
     int maxTlsVersion = 0;
     std::chrono::milliseconds stallLimit{0}; ///< after which a stall ends like a drop; 0: when the client leaves
     std::uint16_t port = 0;                  ///< 0: a free one
+    std::vector<std::string> checksums;      ///< which of HASH, XSHA256 and XCRC it offers; HASH begins with MD5
+    /// Files have their own times, which MFMT sets, and MLSD tells links apart: as on a disk that others use, too.
+    bool timesOfDisk = false;
+    std::vector<std::string> listedToo; ///< lines that each listing by MLSD has besides
     std::vector<Fault> faults;
     bool keepTranscripts = true;
     std::function<void(const Transcript&)> onSessionEnd; ///< called for each session, one at a time; must not throw

@@ -79,6 +79,11 @@ private:
     void remove(const std::string& argument);
     void removeDirectory(const std::string& argument);
     void setTime(const std::string& argument);
+    void checksum(const std::string& command, const std::string& argument);
+    void options(const std::string& argument);
+    std::string features() const;
+    std::string timeOf(const std::string& path) const;
+    bool offers(const std::string& command) const;
     void tellFacts(const std::string& argument);
     void changeDirectory(const std::string& argument);
     void makeDirectory(const std::string& argument);
@@ -109,6 +114,7 @@ private:
     bool m_split = false;
     std::uint64_t m_pad = 0;
     std::string m_appendix;
+    bool m_hashIsSha256 = false;
     std::uint64_t m_restart = 0;
 };
 

@@ -51,11 +51,12 @@ bool Session::carryOutBeforeLogin(const std::string& command, const std::string&
         m_protected = m_control.hasTls() && level == "P";
         reply(m_protected || level == "C" ? "200 protection set" : "536 protection refused");
     } else if (command == "FEAT") {
-        reply("211-features\r\n AUTH TLS\r\n EPSV\r\n MDTM\r\n MFMT\r\n MLST type*;size*;modify*;\r\n PBSZ\r\n "
-              "PROT\r\n REST STREAM\r\n SIZE\r\n211 end");
+        reply(features());
     } else if (command == "SYST") {
         reply("215 UNIX Type: L8");
-    } else if (command == "NOOP" || command == "OPTS") {
+    } else if (command == "OPTS") {
+        options(argument);
+    } else if (command == "NOOP") {
         reply("200 ok");
     } else if (command == "QUIT") {
         reply("221 goodbye");
@@ -124,7 +125,7 @@ bool Session::carryOutOnFiles(const std::string& command, const std::string& arg
         size(argument);
     } else if (command == "MDTM") {
         const std::string path = absolute(argument);
-        reply(m_shared.storage.isFile(path) ? "213 " + m_shared.times.of(path) : "550 no such file");
+        reply(m_shared.storage.isFile(path) ? "213 " + timeOf(path) : "550 no such file");
     } else if (command == "RETR") {
         retrieve(argument);
     } else if (command == "STOR") {
@@ -139,6 +140,8 @@ bool Session::carryOutOnFiles(const std::string& command, const std::string& arg
         renameTo(argument);
     } else if (command == "MFMT") {
         setTime(argument);
+    } else if (offers(command)) {
+        checksum(command, argument);
     } else if (command == "RM" || command == "DELE") {
         remove(argument);
     } else {
@@ -294,39 +297,6 @@ void Session::removeDirectory(const std::string& argument)
     reply(removed ? "250 removed" : "550 cannot be removed");
 }
 
-// "MFMT YYYYMMDDhhmmss NAME".
-void Session::setTime(const std::string& argument)
-{
-    const std::size_t blank = argument.find(' ');
-    const std::string path = absolute(argument.substr(blank + 1));
-    const bool isTime = blank == 14 && argument.find_first_not_of("0123456789") == blank;
-    if (!isTime || !m_shared.storage.isFile(path)) {
-        reply(isTime ? "550 no such file" : "501 a time and a name, please");
-        return;
-    }
-    m_shared.times.set(path, argument.substr(0, blank));
-    reply("213 Modify=" + argument.substr(0, blank) + "; " + argument.substr(blank + 1));
-}
-
-void Session::tellFacts(const std::string& argument)
-{
-    const std::string path = absolute(argument);
-    if (!m_shared.storage.isFile(path) && !m_shared.storage.isDirectory(path)) {
-        reply("550 no such file");
-        return;
-    }
-    reply("250-facts\r\n " + facts(path, "") + path + "\r\n250 end");
-}
-
-std::string Session::facts(const std::string& directory, const std::string& name) const
-{
-    const std::string path = Storage::absolute(directory, name);
-    const bool isDirectory = m_shared.storage.isDirectory(path);
-    return std::string(isDirectory ? "type=dir;"
-                                   : "type=file;size=" + std::to_string(m_shared.storage.size(path)) + ";") +
-           "modify=" + m_shared.times.of(path) + "; " + name;
-}
-
 std::string Session::details(const std::string& directory, const std::string& name) const
 {
     const std::string path = Storage::absolute(directory, name);
@@ -350,6 +320,9 @@ void Session::list(const std::string& argument, ListingForm form)
                   : form == ListingForm::Details ? details(path, name)
                                                  : facts(path, name)) +
                  "\r\n";
+    }
+    for (const std::string& line : m_shared.config.listedToo) {
+        lines += form == ListingForm::Facts ? line + "\r\n" : "";
     }
     reply("150 data follows");
     if (openData()) {

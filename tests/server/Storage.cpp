@@ -46,6 +46,12 @@ bool Storage::isDirectory(const std::string& absolute) const
     return path && fs::is_directory(*path, failed);
 }
 
+bool Storage::isLink(const std::string& absolute) const
+{
+    std::error_code failed;
+    return fs::is_symlink(m_root / fs::path(absolute).relative_path(), failed);
+}
+
 bool Storage::isFile(const std::string& absolute) const
 {
     std::error_code failed;

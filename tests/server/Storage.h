@@ -23,6 +23,8 @@ public:
     std::optional<std::filesystem::path> real(const std::string& absolute) const;
 
     bool isDirectory(const std::string& absolute) const;
+    /// Whether the last name is a link's, wherever that leads.
+    bool isLink(const std::string& absolute) const;
     bool isFile(const std::string& absolute) const;
     /// Whether a file can be written there. Devices and pipes cannot: opening one could block forever.
     bool isWritable(const std::string& absolute) const;

@@ -28,6 +28,9 @@ ProgramResult Served::run(Words form, Variables more) const { return runProgram(
 ProcessSetup Served::setupOf(Words form, const Variables& more) const
 {
     ProcessSetup setup = commandSetup(withCa(std::move(form)), environment(), local(""));
+    if (asHost) {
+        setup.words.emplace_back("--as-host");
+    }
     setup.environment.insert(setup.environment.end(), more.begin(), more.end());
     return setup;
 }

@@ -39,6 +39,16 @@ protected:
     Variables environment() const;
 
     std::string ca() const { return folder.file("ca.pem"); }
+
+    /// Whether the commands are run with --as-host.
+    bool asHost = false;
+};
+
+/// The same for what a host with SFtpClient sees.
+class ServedAsHost : public Served
+{
+protected:
+    ServedAsHost() { asHost = true; }
 };
 
 #endif

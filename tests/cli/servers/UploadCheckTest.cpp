@@ -41,7 +41,8 @@ TEST_P(SshServer, ReportsTheSizeToTheCommand)
     const TextFile output;
     aimAt("sent.bak");
     ProcessSetup setup;
-    setup.words = {SFTPCLIENT_COMMAND, "put", local("file"), request.remotePath, "--user", request.userName, "--json"};
+    setup.words = {SFTPCLIENT_COMMAND, "put",    local("file"),    request.remotePath,
+                   "--as-host",        "--user", request.userName, "--json"};
     setup.environment = {{"SFTPCLIENT_PASSWORD", request.password}};
     setup.out = output.path();
     setup.err = "/dev/null";
@@ -49,6 +50,30 @@ TEST_P(SshServer, ReportsTheSizeToTheCommand)
     const std::string result = contentOf(output.path());
     EXPECT_TRUE(holds("\"bytes\":70000,", result));
     EXPECT_TRUE(holds("\"sizeChecked\":true", result));
+}
+
+// A session asks whose key that is, and says which options answer.
+TEST_P(SshServer, IsKnownByItsFingerprint)
+{
+    keep("kept.bak", "contents");
+    aimAt("kept.bak");
+    ProcessSetup setup;
+    setup.words = {SFTPCLIENT_COMMAND, "get", request.remotePath, "-", "--quiet", "--user", request.userName};
+    setup.environment = {{"SFTPCLIENT_PASSWORD", request.password}};
+    const ProgramResult unknown = runProgram(setup);
+    EXPECT_TRUE(exited(CURLE_PEER_FAILED_VERIFICATION, unknown));
+    const std::string begin =
+        "get: 60 SSL peer certificate or SSH remote key was not OK: the server's host key is unknown: ";
+    const std::string result = lastLine(unknown.err);
+    ASSERT_EQ(0U, result.find(begin + "SHA256:")) << result;
+    const std::string::size_type end = result.find(';');
+    EXPECT_EQ("; where that is right, set --fingerprint to it, or add the host to --known-hosts", result.substr(end));
+    setup.words.insert(setup.words.end(), {"--fingerprint", result.substr(begin.size(), end - begin.size())});
+    const ProgramResult known = runProgram(setup);
+    EXPECT_TRUE(exited(0, known));
+    EXPECT_EQ("contents", known.out);
+    setup.words.back() = "SHA256:ungWv48Bz+pBQUDeXa4iI7ADYaOWF3qctBD/YfIAFa0";
+    EXPECT_TRUE(exited(CURLE_PEER_FAILED_VERIFICATION, runProgram(setup)));
 }
 
 std::vector<Server> thoseWithSsh()

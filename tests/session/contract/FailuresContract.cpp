@@ -20,7 +20,8 @@ protected:
             return CURLE_PARTIAL_FILE; // a size that is not known is no proof
         }
         const bool asksForTime = GetParam().call.function == "StatEntry" && GetParam().scheme != "sftp";
-        if (asksForTime && failed == "getinfo FILETIME_T") {
+        const bool asksForTimeAlone = GetParam().call.function == "ReadModified";
+        if ((asksForTime || asksForTimeAlone) && failed == "getinfo FILETIME_T") {
             return CURLE_REMOTE_FILE_NOT_FOUND; // all that this server reports of the file
         }
         static const std::map<std::string, int> kResults = {

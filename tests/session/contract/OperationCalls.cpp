@@ -8,6 +8,7 @@
 namespace {
 
 constexpr char kSource[] = "the bytes of a source";
+constexpr std::time_t kTime = 1767323045; // 2026-01-02 03:04:05
 
 template <int (SFtpSession::*Function)(const SFtpRequest&, std::string&)>
 int plain(SFtpSession& session, const SFtpRequest& request, std::string& errorText)
@@ -42,6 +43,30 @@ int statEntry(SFtpSession& session, const SFtpRequest& request, std::string& err
     const int result = session.StatEntry(request, entry, errorText);
     const memory::Pause pause;
     lastGot() = textOf(entry);
+    return result;
+}
+
+int readModified(SFtpSession& session, const SFtpRequest& request, std::string& errorText)
+{
+    std::chrono::system_clock::time_point time;
+    const int result = session.ReadModified(request, time, errorText);
+    const memory::Pause pause;
+    lastGot() = std::to_string(std::chrono::system_clock::to_time_t(time));
+    return result;
+}
+
+int setModified(SFtpSession& session, const SFtpRequest& request, std::string& errorText)
+{
+    return session.SetModified(request, std::chrono::system_clock::from_time_t(kTime) + std::chrono::milliseconds(999),
+                               errorText);
+}
+
+int readChecksum(SFtpSession& session, const SFtpRequest& request, std::string& errorText)
+{
+    RemoteChecksum checksum;
+    const int result = session.ReadChecksum(request, checksum, errorText);
+    const memory::Pause pause;
+    lastGot() = (checksum.kind == ChecksumKind::Crc32 ? "CRC-32 " : "SHA-256 ") + checksum.digits;
     return result;
 }
 
@@ -91,6 +116,9 @@ const std::vector<OperationCall>& operationCalls()
         {"TestSConnect", plain<&SFtpSession::TestSConnect>},
         {"ListEntries", listEntries},
         {"StatEntry", statEntry},
+        {"ReadModified", readModified},
+        {"SetModified", setModified},
+        {"ReadChecksum", readChecksum},
         {"MakeSFtpDir", plain<&SFtpSession::MakeSFtpDir>},
         {"RemoveSFtpDir", plain<&SFtpSession::RemoveSFtpDir>},
         {"DownLoadTo", downLoadTo},

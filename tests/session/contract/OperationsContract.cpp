@@ -79,6 +79,12 @@ std::vector<Row> rowsOfFtp(const std::string& top)
         {"Test", "TestSConnect", "", {commands(top, {})}},
         {"ListByFacts", "ListEntries", "", {commands(top, {"*FEAT"}), {"1 URL = " + top, "1 CUSTOMREQUEST = MLSD"}}},
         {"Stat", "StatEntry", "a%20b.bak", {{"1 URL = " + file, "1 NOBODY = 1", "1 FILETIME = 1"}}},
+        {"ReadTime", "ReadModified", "a%20b.bak", {commands(top, {"MDTM a b.bak"})}},
+        {"SetTime",
+         "SetModified",
+         "a%20b.bak",
+         {commands(top, {"*FEAT"}), commands(top, {"MFMT 20260102030405 a b.bak"})}},
+        {"Checksum", "ReadChecksum", "a%20b.bak", {commands(top, {"*FEAT"}), commands(top, {"HASH a b.bak"})}},
         {"MakeDirectory", "MakeSFtpDir", "a%20b.bak", {commands(top, {"MKD a b.bak"})}},
         {"RemoveDirectory", "RemoveSFtpDir", "a%20b.bak", {commands(top, {"RMD a b.bak"})}},
         {"DownloadToSink", "DownLoadTo", "a%20b.bak", {receiving(file)}},
@@ -107,6 +113,11 @@ std::vector<Row> rowsOfSsh()
         {"Test", "TestSConnect", "", {commands(top, {})}},
         {"ListEntries", "ListEntries", "", {{"1 URL = " + top}}},
         {"Stat", "StatEntry", "a%20b.bak", {{"1 URL = " + top}, askedOf(file)}},
+        {"ReadTime", "ReadModified", "a%20b.bak", {askedOf(file)}},
+        {"SetTime",
+         "SetModified",
+         "a%20b.bak",
+         {commands(top, {"mtime \"02 Jan 2026 03:04:05 GMT\" \"/backup/a b.bak\""})}},
         {"MakeDirectory", "MakeSFtpDir", "a%20b.bak", {commands(top, {"mkdir \"/backup/a b.bak\""})}},
         {"RemoveDirectory", "RemoveSFtpDir", "a%20b.bak", {commands(top, {"rmdir \"/backup/a b.bak\""})}},
         {"DownloadToSink", "DownLoadTo", "a%20b.bak", {receiving(file)}},
@@ -117,7 +128,7 @@ std::vector<Row> rowsOfSsh()
 class SessionOperation : public SessionContract, public testing::WithParamInterface<Row>
 {
 protected:
-    SessionOperation() { features = {"MLST type*;size*;"}; }
+    SessionOperation() { features = {"MLST type*;size*;", "MFMT", "HASH MD5;SHA-256*"}; }
 
     void aim(const std::string& scheme)
     {

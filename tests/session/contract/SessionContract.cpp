@@ -44,6 +44,7 @@ SessionContract::SessionContract()
     request.remotePath = "ftp://server:2121/backup/a.bak";
     request.port = 0;
     request.caCert.clear();
+    toldChecksum = "213 SHA-256 0-7 " + std::string(64, 'A') + " a.bak";
     errorText.reserve(4096); // not from the memory that is watched
     writeFile(request.localPath, "seventeen bytes.\n");
     scripted::curl().perform = [this](scripted::Handle& handle) {
@@ -164,8 +165,14 @@ CURLcode SessionContract::command(const scripted::Handle& handle, const std::str
         say(handle, "250 End");
         return CURLE_OK;
     }
-    const std::string reply =
-        verb == "SIZE" ? "213 " + (toldSize.empty() ? std::to_string(uploaded.size()) : toldSize) : "250 done";
+    if (verb == "HASH" || verb == "XSHA256" || verb == "XCRC") {
+        say(handle, toldChecksum);
+        return CURLE_OK;
+    }
+    const std::string reply = verb == "MDTM" ? "213 20260102030405"
+                              : verb == "SIZE"
+                                  ? "213 " + (toldSize.empty() ? std::to_string(uploaded.size()) : toldSize)
+                                  : "250 done";
     say(handle, reply);
     return CURLE_OK;
 }

@@ -32,6 +32,7 @@ protected:
     std::string content = "the content";     ///< what is downloaded or listed
     std::string uploaded;                    ///< what came up last
     std::vector<std::string> features;       ///< lines of the reply to FEAT
+    std::string toldChecksum;                ///< in the reply to HASH, XSHA256 and XCRC
     std::string toldSize;                    ///< in the reply to SIZE; empty: what has been uploaded
     std::map<std::string, CURLcode> refused; ///< commands that end a transfer, with what libcurl makes of it
 

@@ -209,6 +209,21 @@ TEST_P(Sessions, ReplaceAFileAndTellItsTime)
     EXPECT_EQ(CURLE_REMOTE_FILE_NOT_FOUND, session.StatEntry(request, entry, errorText));
 }
 
+TEST_P(Sessions, SetATimeWhereTheServerCan)
+{
+    SessionOptions chosen = options();
+    chosen.requireTls = server.dataTls != DataTls::None;
+    SFtpSession session(chosen);
+    keep("times/a b.bak", "content");
+    aimAt("times/a b.bak");
+    const auto time = std::chrono::system_clock::from_time_t(1700000000);
+    const bool cannot = server.title.find("vsftpd") == 0;
+    EXPECT_EQ(cannot ? int{CURLE_NOT_BUILT_IN} : 0, session.SetModified(request, time, errorText)) << errorText;
+    std::chrono::system_clock::time_point told;
+    expectOk(session.ReadModified(request, told, errorText), "time");
+    EXPECT_EQ(!cannot, told == time);
+}
+
 // A call that is cancelled at some byte, and the next one that goes on from there.
 TEST_P(Sessions, GoOnAfterABrokenTransfer)
 {

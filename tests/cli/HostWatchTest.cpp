@@ -1,4 +1,4 @@
-#include <operation/OperationWatch.h>
+#include <operation/HostWatch.h>
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,9 @@ constexpr std::chrono::seconds kConnect(7);
 
 } // namespace
 
-TEST(OperationWatch, NamesTheLimitThatEndedATransfer)
+TEST(HostWatch, NamesTheLimitThatEndedATransfer)
 {
-    OperationWatch watch(TimeLimits{kConnect}, nullptr, nullptr);
+    HostWatch watch(TimeLimits{kConnect}, nullptr, nullptr);
     EXPECT_EQ(kConnect, watch.begins());
     EXPECT_EQ(CURLE_OPERATION_TIMEDOUT, watch.ended(CURLE_OPERATION_TIMEDOUT, {}));
     EXPECT_EQ("connection and login did not finish within 7 s (--connect-time)", watch.limitReached());
@@ -25,9 +25,9 @@ TEST(OperationWatch, NamesTheLimitThatEndedATransfer)
     EXPECT_EQ("", watch.limitReached());
 }
 
-TEST(OperationWatch, DoesNotMistakeARefusalForALimit)
+TEST(HostWatch, DoesNotMistakeARefusalForALimit)
 {
-    OperationWatch watch(TimeLimits{kConnect}, nullptr, nullptr);
+    HostWatch watch(TimeLimits{kConnect}, nullptr, nullptr);
     watch.begins();
     watch.traced(CURLINFO_HEADER_IN, "421 too many users\r\n");
     EXPECT_EQ(CURLE_OPERATION_TIMEDOUT, watch.ended(CURLE_OPERATION_TIMEDOUT, {}));

@@ -1,4 +1,4 @@
-#include "operation/OperationWatch.h"
+#include "operation/HostWatch.h"
 
 #include "operation/Interruption.h"
 
@@ -10,7 +10,7 @@ std::string inSeconds(std::chrono::seconds time) { return std::to_string(time.co
 
 } // namespace
 
-std::chrono::seconds OperationWatch::begins()
+std::chrono::seconds HostWatch::begins()
 {
     restart(m_transfers + 1);
     const TransferClock::Time now = std::chrono::steady_clock::now();
@@ -21,7 +21,7 @@ std::chrono::seconds OperationWatch::begins()
     return m_clock.connectingFrom(now);
 }
 
-void OperationWatch::traced(curl_infotype type, std::string_view text)
+void HostWatch::traced(curl_infotype type, std::string_view text)
 {
     m_clock.moves(std::chrono::steady_clock::now());
     // What the server replies to QUIT says nothing about the transfer.
@@ -41,7 +41,7 @@ void OperationWatch::traced(curl_infotype type, std::string_view text)
     m_trace->write(type, text);
 }
 
-bool OperationWatch::goesOn(const TransferAmounts& amounts)
+bool HostWatch::goesOn(const TransferAmounts& amounts)
 {
     const TransferClock::Time now = std::chrono::steady_clock::now();
     const curl_off_t bytes = amounts.received + amounts.sent;
@@ -59,7 +59,7 @@ bool OperationWatch::goesOn(const TransferAmounts& amounts)
     return m_limitReached.empty() && Interruption::signal() == 0;
 }
 
-CURLcode OperationWatch::ended(CURLcode result, const TransferAmounts& amounts)
+CURLcode HostWatch::ended(CURLcode result, const TransferAmounts& amounts)
 {
     m_lastResult = result;
     m_lastBytes = amounts.received + amounts.sent;
@@ -76,7 +76,7 @@ CURLcode OperationWatch::ended(CURLcode result, const TransferAmounts& amounts)
     return m_lastResult;
 }
 
-std::string OperationWatch::limitOfConnecting(TransferClock::Time now) const
+std::string HostWatch::limitOfConnecting(TransferClock::Time now) const
 {
     if (m_clock.isOver(now)) {
         return limitAt(now);
@@ -86,7 +86,7 @@ std::string OperationWatch::limitOfConnecting(TransferClock::Time now) const
     return what + "within " + inSeconds(m_clock.limits().connect) + " (--connect-time)";
 }
 
-std::string OperationWatch::limitAt(TransferClock::Time now) const
+std::string HostWatch::limitAt(TransferClock::Time now) const
 {
     if (m_clock.isOver(now)) {
         return "the operation did not finish within " + inSeconds(m_clock.limits().whole) + " (--max-time)";
@@ -97,7 +97,7 @@ std::string OperationWatch::limitAt(TransferClock::Time now) const
     return {};
 }
 
-void OperationWatch::restart(unsigned transfers)
+void HostWatch::restart(unsigned transfers)
 {
     m_transfers = transfers;
     m_lastResult = CURLE_OK;

@@ -1,5 +1,5 @@
-#ifndef SFTPCLIENT_CLI_OPERATION_OPERATIONWATCH_H
-#define SFTPCLIENT_CLI_OPERATION_OPERATIONWATCH_H
+#ifndef SFTPCLIENT_CLI_OPERATION_HOSTWATCH_H
+#define SFTPCLIENT_CLI_OPERATION_HOSTWATCH_H
 
 #include "base/ServerReplies.h"
 #include "operation/TransferClock.h"
@@ -13,12 +13,12 @@
 
 /// Watches the transfers of one operation: passes on what libcurl says, shows how far it is, ends it when a signal came
 /// or a limit is reached, and knows afterwards how it went.
-class OperationWatch : public TransferObserver
+class HostWatch : public TransferObserver
 {
 public:
     /// What to write to, each null where it is not wanted. Both stay the caller's. The limit of the whole operation
     /// counts from now on.
-    OperationWatch(const TimeLimits& limits, Trace* trace, Progress* progress)
+    HostWatch(const TimeLimits& limits, Trace* trace, Progress* progress)
         : m_clock(limits, std::chrono::steady_clock::now()), m_trace(trace), m_progress(progress)
     {
     }

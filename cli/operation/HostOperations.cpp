@@ -1,4 +1,4 @@
-#include "operation/Operations.h"
+#include "operation/HostOperations.h"
 
 #include "output/StandardStreams.h"
 
@@ -10,11 +10,10 @@
 namespace {
 
 constexpr uint32_t kTimeout = 90;
-constexpr int kFailedStatus = 255;
 
 } // namespace
 
-int perform(Operation operation, const SFtpRequest& request, std::string& errorText)
+int performAsHost(Operation operation, const SFtpRequest& request, std::string& errorText)
 {
     const Silenced output(STDOUT_FILENO);
     SFtpClient client;
@@ -31,10 +30,7 @@ int perform(Operation operation, const SFtpRequest& request, std::string& errorT
         return client.ReNameSFtpFile(request, errorText);
     case Operation::Remove:
         return client.DelSFtpFile(request, errorText);
-    case Operation::Doctor:
-        break;
+    default: // SFtpClient has no others
+        return kNotRun;
     }
-    return kNotRun;
 }
-
-int exitStatusOf(int code) { return code == kNotRun ? kFailedStatus : code; }

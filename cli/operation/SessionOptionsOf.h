@@ -1,0 +1,16 @@
+#ifndef SFTPCLIENT_CLI_OPERATION_SESSIONOPTIONSOF_H
+#define SFTPCLIENT_CLI_OPERATION_SESSIONOPTIONSOF_H
+
+#include "base/Arguments.h"
+
+#include <SFtpSession.h>
+
+/// What the command line says about sessions: how far each may be trusted, and how long it may take. Reads the files
+/// that it names. What is not said is the session's own default, but for the user's ~/.ssh/known_hosts, which counts
+/// where it is there. Throws `UsageError` for what no session can be made of.
+SessionOptions sessionOptionsOf(const Arguments& arguments);
+
+/// `text` of a session's with the options' names in place of the fields': "--fingerprint" for "hostKeySha256".
+std::string withOptionNames(std::string text);
+
+#endif

@@ -1,0 +1,253 @@
+#include "operation/SessionRun.h"
+
+#include "operation/Interruption.h"
+#include "operation/SessionOptionsOf.h"
+#include "operation/Streams.h"
+#include "output/Hint.h"
+#include "output/MaskedLog.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <utility>
+
+namespace {
+
+constexpr char kReply[] = " (the server's last reply: ";
+constexpr char kLeft[] = "; the new file may be under ";
+constexpr int kNoMoreConnections = 421; // libcurl reports it as a time-out
+constexpr char kStream[] = "-";
+
+bool beginsWith(const std::string& text, const std::string& beginning)
+{
+    return text.compare(0, beginning.size(), beginning) == 0;
+}
+
+/// What a session says about a failure, taken apart.
+struct SessionText
+{
+    SessionText(const std::string& text, CURLcode code) : meaning(curl_easy_strerror(code))
+    {
+        const char* const refusedDirectory = curl_easy_strerror(CURLE_REMOTE_ACCESS_DENIED);
+        if (code == CURLE_REMOTE_FILE_NOT_FOUND && beginsWith(text, refusedDirectory)) {
+            meaning = refusedDirectory; // which is reported as a missing file
+        }
+        const std::string::size_type end = std::min(text.find(kReply), text.size());
+        if (end < text.size()) {
+            hasReply = true;
+            reply = std::atoi(text.c_str() + end + sizeof kReply - 1);
+        }
+        const std::string::size_type begin = meaning.size() + 2;
+        detail = begin < end ? text.substr(begin, end - begin) : std::string();
+        whatIsLeft = text.substr(std::min(text.rfind(kLeft), text.size()));
+    }
+
+    std::string meaning;    // libcurl's words for the code
+    std::string detail;     // empty where there is nothing to add
+    std::string whatIsLeft; // of an upload that broke off between its renames
+    bool hasReply = false;  // of the server's
+    int reply = 0;          // its code, unless the password is in it
+};
+
+// Otherwise it repeats what the code means, or what the server has replied, which says more.
+bool saysMore(CURLcode code, int reply)
+{
+    constexpr int kRefusal = 400;
+    return reply < kRefusal && code != CURLE_COULDNT_CONNECT && code != CURLE_GOT_NOTHING && code != CURLE_SEND_ERROR &&
+           code != CURLE_RECV_ERROR;
+}
+
+std::string inSeconds(std::chrono::seconds time) { return std::to_string(time.count()) + " s"; }
+
+} // namespace
+
+SessionRun::SessionRun(const Arguments& arguments, const SFtpRequest& request, const SessionOptions& options,
+                       SessionWatch& watch, Progress* progress, Notice notice)
+    : m_arguments(arguments), m_request(request), m_options(options), m_watch(watch), m_progress(progress),
+      m_notice(std::move(notice)), m_mask(request.userName, request.password)
+{
+}
+
+bool SessionRun::isOver(std::chrono::milliseconds more) const
+{
+    return m_arguments.maxTime.count() > 0 && Clock::now() - m_begin + more >= m_arguments.maxTime;
+}
+
+SessionOptions SessionRun::optionsNow()
+{
+    SessionOptions options = m_options;
+    if (m_arguments.maxTime.count() > 0) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_begin + m_arguments.maxTime - Clock::now());
+        options.callTimeout = std::max(left, std::chrono::milliseconds(1));
+    }
+    if (m_progress != nullptr) {
+        m_progress->start();
+        options.progress = [this](const TransferProgress& now) {
+            if (now.bytes > 0) {
+                m_progress->show(now.bytes, std::max<std::int64_t>(now.total, 0));
+            }
+        };
+    }
+    return options;
+}
+
+void SessionRun::attempt(Result& result)
+{
+    m_watch.restart();
+    std::string text;
+    call(result, text);
+    result.bytes = m_watch.bytes();
+    describe(text, result);
+}
+
+void SessionRun::call(Result& result, std::string& text)
+{
+    const MaskedLog log(m_mask);
+    try {
+        SFtpSession session(optionsNow());
+        const CancelledBySignal cancelled(session);
+        result.code = perform(session, result, text);
+    } catch (const StreamFailure& failure) {
+        result.code = m_arguments.operation == Operation::Put ? CURLE_READ_ERROR : CURLE_WRITE_ERROR;
+        text = std::string(curl_easy_strerror(static_cast<CURLcode>(result.code))) + ": " + failure.what();
+    }
+    if (result.code == CURLE_WRITE_ERROR && m_request.localPath == kStream && isOutputClosed()) {
+        static_cast<void>(std::raise(SIGPIPE)); // which a session keeps to itself
+    }
+    if (m_progress != nullptr) {
+        m_progress->clear();
+    }
+}
+
+int SessionRun::perform(SFtpSession& session, Result& result, std::string& text)
+{
+    const auto sink = [this](const char* bytes, std::size_t size) {
+        m_hasStreamed = true;
+        return writeToOutput(bytes, size);
+    };
+    const auto source = [this](char* bytes, std::size_t size) {
+        m_hasStreamed = true;
+        return readFromInput(bytes, size);
+    };
+    switch (m_arguments.operation) {
+    case Operation::Test:
+        return session.TestSConnect(m_request, text);
+    case Operation::List:
+        if (m_arguments.isLong) {
+            return session.ListEntries(m_request, result.entries.emplace(), text);
+        }
+        return session.Listsftpdir(m_request, text);
+    case Operation::Get:
+        return m_request.localPath == kStream ? session.DownLoadTo(m_request, sink, text)
+                                              : session.DownLoadSFtpFile(m_request, text);
+    case Operation::Put:
+        return m_request.localPath == kStream ? session.UploadFrom(m_request, source, text)
+                                              : session.UploadFileToSFtpServer(m_request, text);
+    case Operation::Move:
+        return session.ReNameSFtpFile(m_request, text);
+    case Operation::Remove:
+        return session.DelSFtpFile(m_request, text);
+    case Operation::MakeDirectory:
+        return session.MakeSFtpDir(m_request, text);
+    case Operation::RemoveDirectory:
+        return session.RemoveSFtpDir(m_request, text);
+    case Operation::Stat:
+        return session.StatEntry(m_request, result.entry.emplace(), text);
+    case Operation::Push:
+    case Operation::Pull:
+    case Operation::Doctor:
+        break;
+    }
+    return kNotRun;
+}
+
+void SessionRun::describe(const std::string& sessionText, Result& result)
+{
+    const auto code = static_cast<CURLcode>(result.code);
+    result.reply.clear();
+    result.hint.clear();
+    result.sizeChecked.reset();
+    m_mayPass = false;
+    noteSizeCheck(result);
+    if (code == CURLE_OK) {
+        result.text = curl_easy_strerror(code);
+        return;
+    }
+    result.entries.reset();
+    result.entry.reset();
+    const SessionText text(sessionText, code);
+    const Reply reply = text.hasReply ? m_watch.lastWith(text.reply) : Reply();
+    result.text = textOf(code, text.meaning, text.detail, reply);
+    result.text += m_mask.hiddenIn(text.whatIsLeft);
+    if (reply.code != 0) {
+        // The code is no text of the server's: masked, it would say something else where a password is a number.
+        result.reply = std::to_string(reply.code) + " " + m_mask.hiddenIn(reply.text);
+    }
+    result.hint = hintFor(m_arguments.remote.isSsh() ? Way::SshSession : Way::Session, code, reply);
+    // What has gone through a pipe cannot be had a second time.
+    m_mayPass = isTransient(code, reply.code) && !m_hasStreamed;
+}
+
+std::string SessionRun::textOf(CURLcode code, const std::string& meaning, const std::string& detail,
+                               const Reply& reply) const
+{
+    if (code == CURLE_OPERATION_TIMEDOUT) {
+        return reply.code == kNoMoreConnections ? "The server ended the connection"
+                                                : meaning + ": " + timeoutText(detail, reply);
+    }
+    const bool isShown = !detail.empty() && saysMore(code, reply.code);
+    return meaning + (isShown ? ": " + m_mask.hiddenIn(withOptionNames(detail)) : "");
+}
+
+std::string SessionRun::timeoutText(const std::string& detail, const Reply& reply) const
+{
+    if (beginsWith(detail, "no reply for") || beginsWith(detail, "no byte moved for")) {
+        return "no byte was sent or received for " + inSeconds(m_arguments.stallTime) + " (--stall-time)";
+    }
+    if (isOver({})) {
+        return "the operation did not finish within " + inSeconds(m_arguments.maxTime) + " (--max-time)";
+    }
+    const bool isConnected = reply.command == "EPSV" || reply.command == "PASV";
+    return (isConnected ? "the data connection was not made " : "connection and login did not finish ") +
+           ("within " + inSeconds(m_arguments.connectTime) + " (--connect-time)");
+}
+
+void SessionRun::noteSizeCheck(Result& result) const
+{
+    if (m_arguments.operation != Operation::Put || !m_arguments.verifies) {
+        return;
+    }
+    result.sizeChecked = m_arguments.remote.isSsh() || m_watch.hasReplied("SIZE", 213);
+    if (result.code == 0 && !*result.sizeChecked) {
+        m_notice(result.operation + ": the size on the server was not checked: the server does not report it");
+    }
+}
+
+// Whether the server may hold something of an upload.
+bool SessionRun::hasBegun(const Result& result) const
+{
+    constexpr int kOpening = 150;
+    constexpr int kOpen = 125;
+    return result.bytes > 0 || m_watch.hasReplied("STOR", kOpening) || m_watch.hasReplied("STOR", kOpen);
+}
+
+std::string SessionRun::whatIsLeft(const Result& result) const
+{
+    switch (m_arguments.operation) {
+    case Operation::Get:
+        return m_request.localPath == kStream ? std::to_string(result.bytes) + " bytes were written"
+                                              : m_request.localPath + " is as it was";
+    case Operation::Put:
+        return !hasBegun(result) ? "nothing was sent"
+                                 : "the server has the file as it was, and may hold a part of the new one beside it";
+    case Operation::List:
+        return m_arguments.local.empty() ? "nothing is left of it" : m_request.localPath + " is as it was";
+    case Operation::Move:
+    case Operation::Remove:
+    case Operation::MakeDirectory:
+    case Operation::RemoveDirectory:
+        return "whether the server has carried it out is not known";
+    default:
+        return "nothing was tested to its end";
+    }
+}

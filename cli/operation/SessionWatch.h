@@ -1,0 +1,44 @@
+#ifndef SFTPCLIENT_CLI_OPERATION_SESSIONWATCH_H
+#define SFTPCLIENT_CLI_OPERATION_SESSIONWATCH_H
+
+#include "base/ServerReplies.h"
+#include "operation/TransferSeam.h"
+#include "output/Progress.h"
+#include "output/Trace.h"
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+/// Reads along in the transfers of one operation on a session: passes on what libcurl says, and knows afterwards what
+/// the server replied.
+class SessionWatch : public TranscriptObserver
+{
+public:
+    /// What to write to, each null where it is not wanted. Both stay the caller's.
+    SessionWatch(Trace* trace, Progress* progress) : m_trace(trace), m_progress(progress) {}
+
+    void transferBegins() override { m_conversation = ServerReplies(); }
+    void traced(curl_infotype type, std::string_view text) override;
+
+    /// Forgets what was said so far: the operation is tried anew.
+    void restart();
+
+    /// The bytes of files and listings that have moved.
+    std::int64_t bytes() const { return m_bytes; }
+
+    /// The last reply with this code; where there was none, the last of all.
+    Reply lastWith(int code) const;
+
+    /// Whether the server has replied to `command` with this code.
+    bool hasReplied(const char* command, int code) const;
+
+private:
+    Trace* m_trace;
+    Progress* m_progress;
+    std::int64_t m_bytes = 0;
+    ServerReplies m_conversation; // of one transfer
+    std::vector<Reply> m_replies; // of all
+};
+
+#endif

@@ -1,0 +1,67 @@
+#include "output/MaskedLog.h"
+
+#include "base/ThrowErrno.h"
+
+#include <HostLog.h>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+namespace {
+
+std::string contentsOf(int descriptor)
+{
+    std::string text;
+    std::array<char, 4096> block = {};
+    ssize_t count = lseek(descriptor, 0, SEEK_SET);
+    while ((count = read(descriptor, block.data(), block.size())) > 0) {
+        text.append(block.data(), static_cast<std::size_t>(count));
+    }
+    return text;
+}
+
+// As the text was before the log has escaped it.
+std::string withSingleBackslashes(std::string text)
+{
+    for (std::string::size_type at = text.find("\\\\"); at != std::string::npos; at = text.find("\\\\", at + 1)) {
+        text.erase(at, 1);
+    }
+    return text;
+}
+
+// Time, function and line are the log's own: masked, they would say something else where a password is a number.
+std::string masked(const std::string& record, const PasswordMask& mask)
+{
+    const std::string::size_type function = record.find("():"); // a JSON object has none
+    const std::string::size_type begin =
+        function == std::string::npos ? 0 : std::min(record.find(' ', function), record.size());
+    const std::string text = record.substr(begin);
+    const std::string unescaped = withSingleBackslashes(text);
+    const std::string hidden = mask.hiddenIn(unescaped);
+    return record.substr(0, begin) + (hidden == unescaped ? text : hidden);
+}
+
+} // namespace
+
+MaskedLog::MaskedLog(const PasswordMask& mask) : m_mask(mask), m_records(memfd_create("log", MFD_CLOEXEC))
+{
+    if (!m_records.isOpen()) {
+        throwErrno("the log's records cannot be kept");
+    }
+    HostLog::instance().setDescriptor(m_records.get());
+}
+
+MaskedLog::~MaskedLog()
+{
+    HostLog::instance().setDescriptor(STDERR_FILENO);
+    std::istringstream records(contentsOf(m_records.get()));
+    for (std::string record; std::getline(records, record);) {
+        std::cerr << masked(record, m_mask) << "\n";
+    }
+}

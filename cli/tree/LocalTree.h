@@ -1,0 +1,84 @@
+#ifndef SFTPCLIENT_CLI_TREE_LOCALTREE_H
+#define SFTPCLIENT_CLI_TREE_LOCALTREE_H
+
+#include "base/Descriptor.h"
+#include "tree/Names.h"
+#include "tree/TreeListing.h"
+
+#include <sys/stat.h>
+
+#include <functional>
+#include <string>
+
+/// A tree of local files. Every path is walked name by name, without following a link: none leads out of the tree,
+/// whoever made the names. Each function throws `TreeFailure`: 26 where something cannot be read, 23 where it cannot be
+/// written. Any number of threads may call at the same time.
+class LocalTree
+{
+public:
+    /// Throws where `root` is no directory. `root` itself may be a link.
+    explicit LocalTree(const std::string& root);
+
+    /// `isMissing` where the tree is not there. `failed` gets directories that cannot be read.
+    using OnFailure = std::function<void(const std::string& path, const TreeFailure& failure)>;
+    static TreeListing list(const std::string& root, const Exclusions& exclusions, const OnFailure& failed);
+
+    void makeDirectory(const std::string& path) const;
+    void removeFile(const std::string& path) const;
+    void removeDirectory(const std::string& path) const;
+
+    /// A file that is being read.
+    class Leaving
+    {
+    public:
+        Leaving(const LocalTree& tree, const std::string& path);
+
+        /// A path of the open file itself, whatever becomes of its name.
+        std::string path() const;
+        FileTime modified() const;
+        /// Whether it is no longer what it was at the beginning.
+        bool hasChanged() const;
+        int descriptor() const { return m_file.get(); }
+
+    private:
+        Descriptor m_file;
+        struct stat m_status = {};
+    };
+
+    /// A file that is to come: it arrives under a hidden name and gets its own when it is whole.
+    class Arriving
+    {
+    public:
+        /// `salt`: see `arrivingName`.
+        Arriving(const LocalTree& tree, const std::string& path, const std::string& salt);
+        /// Removes what did not take its place.
+        ~Arriving();
+        Arriving(const Arriving&) = delete;
+        Arriving& operator=(const Arriving&) = delete;
+
+        /// Where it is to be written.
+        std::string path() const;
+        /// Gives it its time, where that is known, and its name.
+        void takePlace(const std::optional<FileTime>& modified);
+
+    private:
+        void takeModeOf(const std::string& name) const;
+
+        Descriptor m_folder;
+        std::string m_name;
+        std::string m_temporary;
+    };
+
+    void setModified(const std::string& path, FileTime modified) const;
+
+private:
+    static Descriptor openRoot(const std::string& root);
+    Descriptor openFolder(const std::string& path) const;
+
+    Descriptor m_root;
+};
+
+/// The time that the file system has.
+FileTime timeOf(const struct stat& status);
+
+#endif

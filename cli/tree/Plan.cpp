@@ -1,0 +1,146 @@
+#include "tree/Plan.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <set>
+#include <tuple>
+
+namespace {
+
+using Seconds = std::chrono::seconds;
+
+// The question that remains for a pair of files; nothing where they are the same.
+std::optional<Question> questionAbout(const TreeEntry& from, const TreeEntry& to, const PlanRules& rules)
+{
+    if (from.size < 0 || from.size != to.size) {
+        return Question::None;
+    }
+    if (rules.checksums) {
+        return Question::Checksum;
+    }
+    if (!from.modified || !to.modified) {
+        return Question::Time;
+    }
+    if (areSameTimes(*from.modified, *to.modified)) {
+        return std::nullopt;
+    }
+    return *to.modified > *from.modified ? Question::Newer : Question::None;
+}
+
+// All directories above a path.
+void addParents(std::string path, std::set<std::string>& parents)
+{
+    while (!path.empty()) {
+        path = splitPath(path).first;
+        parents.insert(path);
+    }
+}
+
+/// Makes the plan, one path after the other.
+class Planner
+{
+public:
+    Planner(const TreeListing& source, const TreeListing& destination, const PlanRules& rules)
+        : m_source(source), m_destination(destination), m_rules(rules),
+          m_others(destination.links.begin(), destination.links.end())
+    {
+    }
+
+    Plan plan()
+    {
+        if (m_destination.isMissing) {
+            m_plan.directories.emplace_back();
+        }
+        for (const auto& [path, entry] : m_source.entries) {
+            place(path, entry);
+        }
+        // One directory's files one after the other: a connection need not go to and fro.
+        std::sort(m_plan.moves.begin(), m_plan.moves.end(),
+                  [](const Move& one, const Move& other) { return splitPath(one.path) < splitPath(other.path); });
+        if (m_rules.deletes) {
+            remove();
+        }
+        return std::move(m_plan);
+    }
+
+private:
+    bool isBelowBlocked(const std::string& path) const
+    {
+        std::set<std::string> parents;
+        addParents(path, parents);
+        return std::any_of(m_plan.blocked.begin(), m_plan.blocked.end(),
+                           [&parents](const std::string& each) { return parents.count(each) > 0; });
+    }
+
+    void place(const std::string& path, const TreeEntry& entry)
+    {
+        const auto there = m_destination.entries.find(path);
+        const bool isThere = there != m_destination.entries.end();
+        if (!m_plan.blocked.empty() && isBelowBlocked(path)) {
+            return;
+        }
+        if (m_others.count(path) > 0 || (isThere && there->second.kind != entry.kind)) {
+            m_plan.blocked.push_back(path);
+        } else if (entry.kind == EntryKind::Directory) {
+            if (!isThere) {
+                m_plan.directories.push_back(path);
+            }
+        } else if (!isThere) {
+            m_plan.moves.push_back({path, entry, std::nullopt, Question::None});
+        } else if (const std::optional<Question> question = questionAbout(entry, there->second, m_rules)) {
+            m_plan.moves.push_back({path, entry, there->second, *question});
+        } else {
+            ++m_plan.unchanged;
+        }
+    }
+
+    // Not what leads to something that stays.
+    void remove()
+    {
+        std::set<std::string> kept;
+        for (const auto* const paths : {&m_destination.links, &m_destination.excluded}) {
+            for (const std::string& path : *paths) {
+                addParents(path, kept);
+            }
+        }
+        // A link or an excluded name in the source says nothing about what the destination has there.
+        for (const auto* const paths : {&m_source.links, &m_source.excluded}) {
+            kept.insert(paths->begin(), paths->end());
+        }
+        for (const std::string& path : m_source.links) {
+            addParents(path, kept);
+        }
+        for (auto each = m_destination.entries.rbegin(); each != m_destination.entries.rend(); ++each) {
+            const auto& [path, entry] = *each;
+            if (m_source.entries.count(path) == 0 && kept.count(path) == 0 && !isBelow(path, m_source.links)) {
+                (entry.kind == EntryKind::Directory ? m_plan.folders : m_plan.files).push_back(path);
+            }
+        }
+    }
+
+    static bool isBelow(const std::string& path, const std::vector<std::string>& links)
+    {
+        return std::any_of(links.begin(), links.end(), [&path](const std::string& link) {
+            return path.compare(0, link.size() + 1, link + "/") == 0;
+        });
+    }
+
+    const TreeListing& m_source;
+    const TreeListing& m_destination;
+    const PlanRules& m_rules;
+    const std::set<std::string> m_others;
+    Plan m_plan;
+};
+
+} // namespace
+
+bool areSameTimes(FileTime one, FileTime other)
+{
+    const auto apart = std::chrono::floor<Seconds>(one) - std::chrono::floor<Seconds>(other);
+    return std::abs(apart.count()) <= 1;
+}
+
+Plan planOf(const TreeListing& source, const TreeListing& destination, const PlanRules& rules)
+{
+    return Planner(source, destination, rules).plan();
+}

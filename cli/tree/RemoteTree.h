@@ -1,0 +1,73 @@
+#ifndef SFTPCLIENT_CLI_TREE_REMOTETREE_H
+#define SFTPCLIENT_CLI_TREE_REMOTETREE_H
+
+#include "output/PasswordMask.h"
+#include "tree/TreeListing.h"
+
+#include <SFtpRequest.h>
+#include <SFtpSession.h>
+
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// A tree on the server, on one session. Each function throws `TreeFailure` where the server does not go along; its
+/// text hides the password. Any number of threads may call at the same time.
+class RemoteTree
+{
+public:
+    /// `request` points at the tree. All three are used as long as the object lives.
+    RemoteTree(SFtpSession& session, const SFtpRequest& request, const PasswordMask& mask);
+
+    /// Nothing where there is no such directory.
+    std::optional<std::vector<RemoteEntry>> list(const std::string& path) const;
+
+    /// Succeeds where the directory is there already. For the tree itself, those above it are made as well.
+    void makeDirectory(const std::string& path) const;
+    void removeFile(const std::string& path) const;
+    void removeDirectory(const std::string& path) const;
+
+    void send(const std::string& localPath, const std::string& path) const;
+    void fetch(const std::string& path, const std::string& localPath) const;
+
+    /// When the file was modified; nothing where the server cannot tell.
+    std::optional<FileTime> modified(const std::string& path) const;
+    /// Nothing is done where the server cannot, or refuses.
+    void setModified(const std::string& path, FileTime modified);
+    /// Whether the server sets times. The first call may try it with this file, which keeps the time that it has.
+    bool keepsTimes(const std::string& path, FileTime modified);
+    /// The same as far as the server's word goes, without a try.
+    bool mayKeepTimes();
+
+    /// Nothing where the server computes none.
+    std::optional<RemoteChecksum> checksum(const std::string& path);
+    /// Whether it was asked for one in vain.
+    bool lacksChecksums() const { return m_checksums == Known::No; }
+
+private:
+    enum class Known
+    {
+        Unknown,
+        Yes,
+        No
+    };
+    using Call = std::function<int(const SFtpRequest& request, std::string& errorText)>;
+
+    int trySetModified(const std::string& path, FileTime modified) const;
+    int call(const std::string& url, const std::string& name, const std::string& localPath, const Call& call,
+             std::string& text) const;
+    void run(const std::string& url, const std::string& name, const std::string& localPath, const Call& call) const;
+    std::string urlOf(const std::string& path) const;
+    void makeAll(const std::string& url) const;
+
+    SFtpSession& m_session;
+    const SFtpRequest& m_request;
+    const PasswordMask& m_mask;
+    std::string m_root; // its URL, with a "/" at its end
+    std::atomic<Known> m_times{Known::Unknown};
+    std::atomic<Known> m_checksums{Known::Unknown};
+};
+
+#endif

@@ -1,0 +1,148 @@
+#include "tree/RunTree.h"
+
+#include "base/RequestOf.h"
+#include "base/UsageError.h"
+#include "base/WipedAtEnd.h"
+#include "credentials/Login.h"
+#include "operation/Interruption.h"
+#include "operation/SessionOptionsOf.h"
+#include "tree/TreeRun.h"
+
+#include <CurlProcess.h>
+#include <EscapeControlBytes.h>
+#include <HostConfiguration.h>
+#include <HostLog.h>
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <iostream>
+#include <stdexcept>
+
+namespace {
+
+constexpr std::size_t kUsualWidth = 80;
+
+/// Points the host's log, as far as it goes to standard error, to nowhere: there are several records for each file, and
+/// some of failures that are expected.
+class QuietLog
+{
+public:
+    QuietLog() : m_nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC))
+    {
+        HostLog::instance().setDescriptor(m_nowhere.isOpen() ? m_nowhere.get() : STDERR_FILENO);
+    }
+    ~QuietLog() { HostLog::instance().setDescriptor(STDERR_FILENO); }
+    QuietLog(const QuietLog&) = delete;
+    QuietLog& operator=(const QuietLog&) = delete;
+
+private:
+    Descriptor m_nowhere;
+};
+
+std::size_t widthOfTerminal()
+{
+    winsize size = {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualWidth;
+}
+
+SessionOptions optionsOf(const Arguments& arguments, Board& board)
+{
+    SessionOptions options = sessionOptionsOf(arguments);
+    options.maxConnections = arguments.tree.jobs;
+    options.callTimeout = {};
+    options.sendRate = (arguments.rate + arguments.tree.jobs - 1) / arguments.tree.jobs;
+    options.receiveRate = options.sendRate;
+    options.progress = [&board](const TransferProgress& now) { board.progress(now); };
+    return options;
+}
+
+SFtpSession makeSession(const SessionOptions& options)
+try {
+    return SFtpSession(options);
+} catch (const std::invalid_argument& error) {
+    throw UsageError(withOptionNames(error.what()) + ".");
+}
+
+TreeResult runShown(const Arguments& arguments, const SFtpRequest& request)
+{
+    const QuietLog quiet;
+    const CurlProcess curl;
+    Board board;
+    SFtpSession session = makeSession(optionsOf(arguments, board));
+    const PasswordMask mask(request.userName, request.password);
+    RemoteTree remote(session, request, mask);
+    LiveLines lines(std::cerr);
+    const bool isShown = !arguments.quiet && !arguments.tree.dryRun && isatty(STDERR_FILENO) == 1;
+    const auto begin = std::chrono::steady_clock::now();
+    TreeRun run(arguments, session, remote, board, [&] {
+        if (isShown) {
+            lines.show(board.lines(arguments.name, std::chrono::steady_clock::now() - begin, widthOfTerminal()));
+        }
+    });
+    TreeResult result = run.run();
+    lines.clear();
+    result.url = request.remotePath;
+    if (arguments.tree.checksum && remote.lacksChecksums()) {
+        std::cerr << arguments.name
+                  << ": the server computes no checksums (HASH with SHA-256, XSHA256, XCRC): sizes and times were "
+                     "compared\n";
+    }
+    return result;
+}
+
+// All that must be in order before a signal ends the process ends with this function.
+TreeResult runInOrder(const Arguments& arguments)
+{
+    SFtpRequest request = requestOf(arguments);
+    const WipedAtEnd wiped(request.password);
+    readLogin(arguments, request);
+    const Interruption interruption;
+    return runShown(arguments, request);
+}
+
+void report(const Arguments& arguments, const TreeResult& result)
+{
+    if (!arguments.json) {
+        for (const TreeAction& each : result.actions) {
+            std::cout << nameOfStep(each.step) << " " << escapeControlBytes(each.path.empty() ? "." : each.path)
+                      << "\n";
+        }
+    }
+    for (const std::string& path : result.skipped) {
+        std::cerr << result.operation << ": " << escapeControlBytes(path) << ": a link or no regular file; left out\n";
+    }
+    for (const FailedPath& each : result.failed) {
+        if (!each.path.empty()) {
+            std::cerr << result.operation << ": " << escapeControlBytes(each.path) << ": " << each.code << " "
+                      << escapeControlBytes(each.text) << "\n";
+        }
+    }
+    std::cerr << lineOf(result) << std::endl;
+    if (arguments.json) {
+        std::cout << jsonOf(result) << "\n";
+    }
+    if (!std::cout.flush()) {
+        throw std::runtime_error("the result cannot be written to standard output");
+    }
+}
+
+} // namespace
+
+int runTree(const Arguments& given)
+{
+    Arguments arguments = given;
+    arguments.asHost = false; // as the environment may say, for other operations
+    if (!arguments.configFile.empty()) {
+        HostConfiguration::instance().load(arguments.configFile);
+    }
+    const TreeResult result = runInOrder(arguments);
+    report(arguments, result);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+        if (result.signal == nameOfSignal(signal)) {
+            endBySignal(signal);
+        }
+    }
+    return result.code;
+}

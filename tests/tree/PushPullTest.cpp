@@ -1,0 +1,503 @@
+// What push and pull do to trees, and what they say about it.
+#include "harness/Trees.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const Tree kTree = {{"a b%&#;.txt", "blanks"},  {"empty", ""},
+                    {"nothing/", ""},           {"sub/", ""},
+                    {"sub/deep/", ""},          {"sub/deep/x.bin", std::string(70000, 'x')},
+                    {"sub/\xc3\xa4", "umlaut"}, {"sub.txt", "text"}};
+constexpr std::time_t kTime = 1700000000;
+
+void setAll(const std::string& root, std::time_t time)
+{
+    for (const auto& [path, unused] : timesIn(root)) {
+        setModified(root + "/" + path, time);
+    }
+}
+
+class PushPull : public Trees
+{
+protected:
+    void expectLine(const std::string& expected, const ProgramResult& result)
+    {
+        EXPECT_EQ(expected, lastLine(result.err)) << result.err;
+    }
+};
+
+const std::vector<std::string> kChanges = {"STOR", "MKD", "RMD", "DELE", "RNFR", "MFMT", "RETR", "APPE"};
+
+} // namespace
+
+TEST_F(PushPull, PushMakesTheSameTree)
+{
+    plant(here(), kTree);
+    setAll(here(), kTime);
+    serve();
+    const ProgramResult result = push();
+    EXPECT_TRUE(exited(0, result));
+    expectLine("push: 0 No error: 5 moved (68.4 KiB), 0 unchanged", result);
+    EXPECT_EQ("", result.out);
+    EXPECT_TRUE(sameTrees(kTree, treeIn(there())));
+    EXPECT_EQ(timesIn(here()), timesIn(there()));
+}
+
+TEST_F(PushPull, PullMakesTheSameTree)
+{
+    plant(there(), kTree);
+    setAll(there(), kTime);
+    serve();
+    const ProgramResult result = pull();
+    EXPECT_TRUE(exited(0, result));
+    expectLine("pull: 0 No error: 5 moved (68.4 KiB), 0 unchanged", result);
+    EXPECT_TRUE(sameTrees(kTree, treeIn(here())));
+    EXPECT_EQ(timesIn(there()), timesIn(here()));
+}
+
+TEST_F(PushPull, ADestinationThatIsMissingIsMadeWithWhatIsAboveIt)
+{
+    plant(here(), {{"a", "1"}, {"d/", ""}});
+    serve();
+    EXPECT_TRUE(exited(0, run({"push", "here", url("/new/deep/er")})));
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"d/", ""}}, treeIn(served("new/deep/er"))));
+    EXPECT_TRUE(exited(0, run({"pull", url("/new/deep/er"), "made/too"})));
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"d/", ""}}, treeIn(local("made/too"))));
+}
+
+TEST_F(PushPull, ASourceThatIsMissingIsAFailure)
+{
+    serve();
+    ProgramResult result = run({"push", "nowhere", url("/there/")});
+    EXPECT_TRUE(exited(CURLE_READ_ERROR, result));
+    expectLine("push: 26 nowhere is not there: 0 moved (0 B), 0 unchanged, 1 failed", result);
+    result = run({"pull", url("/nowhere/"), "here", "--delete"});
+    EXPECT_TRUE(exited(CURLE_REMOTE_FILE_NOT_FOUND, result));
+    expectLine("pull: 78 there is no such directory on the server: 0 moved (0 B), 0 unchanged, 1 failed", result);
+}
+
+TEST_F(PushPull, OnlyWhatDiffersIsMoved)
+{
+    const Tree before = {{"same", "12345"}, {"size", "12345"}, {"time", "12345"}, {"d/near", "12345"}};
+    for (const bool isPush : {true, false}) {
+        SCOPED_TRACE(isPush);
+        plant(here(), before);
+        plant(there(), before);
+        setAll(here(), kTime);
+        setAll(there(), kTime);
+        const std::string source = isPush ? here() : there();
+        writeFile(source + "/size", "123456");
+        setModified(source + "/size", kTime);
+        setModified(source + "/time", kTime + 2);
+        setModified(source + "/d/near", kTime + 1);
+        serve();
+        expectLine((isPush ? "push" : "pull") + std::string(": 0 No error: 2 moved (11 B), 2 unchanged"),
+                   isPush ? push({"--jobs", "1"}) : pull({"--jobs", "1"}));
+        const Lines moved = commands({"RETR", "RNTO"});
+        EXPECT_EQ(isPush ? (Lines{"RNTO size", "RNTO time"}) : (Lines{"RETR size", "RETR time"}), moved);
+        EXPECT_TRUE(sameTrees(treeIn(source), treeIn(isPush ? there() : here())));
+    }
+}
+
+// One listing for each directory, and no word about a file.
+TEST_F(PushPull, ARunWithNothingToDoListsAndNothingElse)
+{
+    plant(here(), kTree);
+    setAll(here(), kTime);
+    serve();
+    push();
+    sessions();
+    server.reset();
+    serve();
+    expectLine("push: 0 No error: 0 moved (0 B), 5 unchanged", push({"--jobs", "1"}));
+    expectLine("pull: 0 No error: 0 moved (0 B), 5 unchanged", pull({"--jobs", "1"}));
+    const std::vector<Lines> both = sessions();
+    ASSERT_EQ(2U, both.size());
+    const Lines said = commands({"MLSD", "MDTM", "SIZE", "MLST", "STOR", "RETR", "MFMT", "DELE", "MKD", "FEAT"});
+    EXPECT_EQ((Lines{"FEAT", "MLSD", "MLSD", "MLSD", "MLSD", "FEAT", "MLSD", "MLSD", "MLSD", "MLSD"}), said);
+}
+
+TEST_F(PushPull, AFileTakesSixCommandsUpAndThreeDown)
+{
+    plant(here(), {{"a", "1"}, {"b", "2"}});
+    setAll(here(), kTime);
+    serve();
+    push({"--jobs", "1"});
+    const Lines up = sessions().at(0);
+    const auto second = std::find(up.begin(), up.end(), "> RNTO a");
+    ASSERT_NE(up.end(), second);
+    Lines verbs;
+    for (auto line = second; line != up.end(); ++line) {
+        if (line->front() == '>') {
+            verbs.push_back(line->substr(2, 4));
+        }
+    }
+    EXPECT_EQ((Lines{"RNTO", "MFMT", "EPSV", "STOR", "SIZE", "RNFR", "RNTO", "MFMT", "QUIT"}), verbs);
+    std::filesystem::remove_all(here());
+    pull({"--jobs", "1"});
+    EXPECT_EQ((Lines{"EPSV", "EPSV", "SIZE a", "RETR a", "EPSV", "SIZE b", "RETR b"}), [this] {
+        Lines all = commands({"EPSV", "SIZE", "RETR"});
+        return Lines(all.end() - 7, all.end());
+    }());
+}
+
+// Three connections, each of which waits until all three send.
+TEST_F(PushPull, AsManyFilesMoveAtATimeAsThereAreJobs)
+{
+    plant(here(), {{"a", "1"}, {"b", "2"}, {"c", "3"}});
+    serve({"STOR=meet:3"});
+    EXPECT_TRUE(exited(0, push({"--jobs", "3"})));
+    EXPECT_EQ(3U, sessions().size());
+}
+
+TEST_F(PushPull, AServerThatAllowsFewerConnectionsIsServedByFewer)
+{
+    Tree tree;
+    for (int i = 0; i < 20; ++i) {
+        tree["file" + std::to_string(i)] = std::to_string(i);
+    }
+    plant(here(), tree);
+    serve({"2/GREETING=last:421 too many connections", "3/GREETING=last:421 too many connections",
+           "4/GREETING=last:421 too many connections"});
+    EXPECT_TRUE(exited(0, push()));
+    EXPECT_TRUE(sameTrees(tree, treeIn(there())));
+}
+
+TEST_F(PushPull, AServerThatAllowsNoConnectionEndsIt)
+{
+    plant(here(), {{"a", "1"}});
+    serve({"GREETING=last:421 too many connections"});
+    const ProgramResult result = push();
+    EXPECT_EQ(CURLE_OPERATION_TIMEDOUT, result.status) << result.err;
+    EXPECT_TRUE(holds("421 too many connections", result.err));
+}
+
+TEST_F(PushPull, AFaultThatPassesIsTriedAgain)
+{
+    plant(here(), {{"a", "1"}});
+    serve({"1/STOR=drop"});
+    EXPECT_TRUE(exited(0, push({"--jobs", "1", "--retry", "1", "--retry-delay", "0.01"})));
+    EXPECT_EQ("1", contentOf(there("a")));
+}
+
+TEST_F(PushPull, NothingIsDeletedUnlessAskedFor)
+{
+    for (const bool isPush : {true, false}) {
+        SCOPED_TRACE(isPush);
+        const std::string& source = isPush ? here() : there();
+        const std::string& destination = isPush ? there() : here();
+        fs::remove_all(here());
+        fs::remove_all(there());
+        plant(source, {{"a", "1"}});
+        plant(destination, {{"b", "2"}, {"d/e/f", "3"}, {"d/g", "4"}});
+        serve();
+        EXPECT_TRUE(exited(0, isPush ? push() : pull()));
+        EXPECT_TRUE(sameTrees({{"a", "1"}, {"b", "2"}, {"d/", ""}, {"d/e/", ""}, {"d/e/f", "3"}, {"d/g", "4"}},
+                              treeIn(destination)));
+        const ProgramResult result = isPush ? push({"--delete"}) : pull({"--delete"});
+        expectLine(std::string(isPush ? "push" : "pull") + ": 0 No error: 0 moved (0 B), 5 deleted, 1 unchanged",
+                   result);
+        EXPECT_TRUE(sameTrees({{"a", "1"}}, treeIn(destination)));
+    }
+}
+
+TEST_F(PushPull, AnEmptySourceDeletesOnlyByForce)
+{
+    plant(there(), {{"b", "2"}});
+    plant(here(), {{"d/", ""}});
+    serve();
+    ProgramResult result = push({"--delete"});
+    EXPECT_TRUE(exited(CURLE_FAILED_INIT, result));
+    expectLine("push: 2 the source holds no file, and --delete would leave the destination without any: --force says "
+               "that this is meant: 0 moved (0 B), 0 unchanged, 1 failed",
+               result);
+    EXPECT_TRUE(sameTrees({{"b", "2"}}, treeIn(there())));
+    result = push({"--delete", "--force"});
+    EXPECT_TRUE(exited(0, result));
+    EXPECT_TRUE(sameTrees({{"d/", ""}}, treeIn(there())));
+    plant(here(), {{"b", "2"}});
+    EXPECT_TRUE(exited(CURLE_FAILED_INIT, pull({"--delete"})));
+    EXPECT_EQ("2", contentOf(here("b")));
+    EXPECT_TRUE(exited(0, pull({"--delete", "--force"})));
+    EXPECT_FALSE(exists(here("b")));
+}
+
+TEST_F(PushPull, ADryRunChangesNothing)
+{
+    plant(here(), {{"a", "1"}, {"new/b", "22"}});
+    plant(there(), {{"old/c", "3"}});
+    serve();
+    const ProgramResult result = push({"--delete", "--dry-run"});
+    EXPECT_TRUE(exited(0, result));
+    EXPECT_EQ("mkdir new\nmove a\nmove new/b\ndelete old\ndelete old/c\n", result.out);
+    expectLine("push: 0 No error: 2 would be moved (3 B), 2 would be deleted, 0 unchanged", result);
+    EXPECT_EQ(Lines{}, commands(kChanges));
+    EXPECT_EQ("mkdir .\nmkdir old\nmove old/c\n", run({"pull", url("/there/"), "nowhere", "--dry-run"}).out);
+    EXPECT_FALSE(exists(local("nowhere")));
+    EXPECT_TRUE(sameTrees({{"old/", ""}, {"old/c", "3"}}, treeIn(there())));
+}
+
+TEST_F(PushPull, WhatIsExcludedIsNeitherMovedNorDeleted)
+{
+    plant(here(), {{"a.tmp", "1"}, {"b", "2"}, {"d/c.tmp", "3"}, {"d/keep/x", "4"}, {"top/x", "5"}, {"d/top/x", "6"}});
+    plant(there(), {{"z.tmp", "7"}, {"gone", "8"}, {"d/keep/y", "9"}, {"e/f.tmp", "0"}, {"e/g", "0"}});
+    serve();
+    EXPECT_TRUE(exited(0, push({"--delete", "--exclude", "*.tmp", "--exclude", "keep/", "--exclude", "/top"})));
+    EXPECT_TRUE(sameTrees({{"z.tmp", "7"},
+                           {"b", "2"},
+                           {"d/", ""},
+                           {"d/keep/", ""},
+                           {"d/keep/y", "9"},
+                           {"d/top/", ""},
+                           {"d/top/x", "6"},
+                           {"e/", ""},
+                           {"e/f.tmp", "0"}},
+                          treeIn(there())));
+}
+
+TEST_F(PushPull, TheFirstFailureEndsIt)
+{
+    plant(here(), {{"a", "1"}, {"b", "2"}, {"c", "3"}});
+    plant(there(), {{"old", "0"}});
+    serve({"STOR#2=reply:552 quota exceeded"});
+    const ProgramResult result = push({"--jobs", "1", "--delete"});
+    EXPECT_TRUE(exited(CURLE_UPLOAD_FAILED, result));
+    expectLine("push: 25 b: Upload failed (at start/before it took off): Failed FTP upload: 552 (the server's last "
+               "reply: 552 quota exceeded); nothing was deleted: 1 moved (1 B), 0 unchanged, 1 failed",
+               result);
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"old", "0"}}, treeIn(there())));
+}
+
+TEST_F(PushPull, OnRequestItGoesOnAfterFailuresAndListsThem)
+{
+    plant(there(), {{"a", "1"}, {"b", "2"}, {"c", "3"}, {"d", "4"}});
+    plant(here(), {{"old", "0"}});
+    serve({"RETR#2=reply:450 busy", "RETR#3=reply:550 not that"});
+    const ProgramResult result = pull({"--jobs", "1", "--delete", "--keep-going"});
+    EXPECT_TRUE(exited(CURLE_FTP_COULDNT_RETR_FILE, result));
+    const Lines told = linesOf(result.err);
+    ASSERT_EQ(3U, told.size());
+    EXPECT_EQ(0U, told[0].find("pull: b: 19 ")) << told[0];
+    EXPECT_EQ(0U, told[1].find("pull: c: 78 ")) << told[1];
+    EXPECT_NE(std::string::npos, told[2].find("; nothing was deleted: 2 moved (2 B), 0 unchanged, 2 failed"))
+        << told[2];
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"d", "4"}, {"old", "0"}}, treeIn(here())));
+}
+
+TEST_F(PushPull, LinksAreToldAndLeftOut)
+{
+    plant(here(), {{"a", "1"}, {"d/", ""}});
+    writeFile(local("outside"), "secret");
+    fs::create_symlink("../outside", here("link"));
+    fs::create_symlink(local(""), here("d/folder"));
+    serve();
+    ProgramResult result = push();
+    EXPECT_TRUE(exited(0, result));
+    EXPECT_TRUE(sameLines({"push: d/folder: a link or no regular file; left out",
+                           "push: link: a link or no regular file; left out",
+                           "push: 0 No error: 1 moved (1 B), 0 unchanged, 2 skipped"},
+                          linesOf(result.err)));
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"d/", ""}}, treeIn(there())));
+    fs::create_symlink("a", there("other"));
+    result = pull({"--delete"});
+    EXPECT_TRUE(exited(0, result));
+    EXPECT_TRUE(sameLines(
+        {"pull: other: a link or no regular file; left out", "pull: 0 No error: 0 moved (0 B), 1 unchanged, 1 skipped"},
+        linesOf(result.err)));
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"d/", ""}, {"d/folder", "-> " + local("")}, {"link", "-> ../outside"}},
+                          treeIn(here())));
+}
+
+TEST_F(PushPull, NoNameOfTheServersLeadsOutOfTheDirectory)
+{
+    config.listedToo = {"type=file;size=4;modify=20260101000000; ../evil",
+                        "type=file;size=4;modify=20260101000000; " + local("evil"),
+                        "type=dir;modify=20260101000000; ..",
+                        "type=dir;modify=20260101000000; /",
+                        "type=file;size=4;modify=20260101000000; .",
+                        "type=dir;modify=20260101000000; a/../../x"};
+    plant(there(), {{"a", "1"}});
+    writeFile(served("evil"), "evil");
+    serve();
+    EXPECT_TRUE(exited(0, pull()));
+    EXPECT_TRUE(sameTrees({{"here/", ""}, {"here/a", "1"}}, treeIn(local(""))));
+}
+
+TEST_F(PushPull, NoLocalLinkLeadsOutOfTheDirectory)
+{
+    plant(local("outside"), {{"x", "mine"}, {"y", "mine"}});
+    plant(there(), {{"a", "1"}, {"d/x", "theirs"}, {"d/z", "theirs"}, {"y", "theirs"}});
+    fs::create_symlink(local("outside"), here("d"));
+    fs::create_symlink(local("outside/y"), here("y"));
+    serve();
+    const ProgramResult result = pull({"--keep-going", "--delete"});
+    EXPECT_TRUE(exited(CURLE_WRITE_ERROR, result));
+    EXPECT_TRUE(sameLines({"pull: d: 23 something of another kind has this name at the destination",
+                           "pull: y: 23 something of another kind has this name at the destination",
+                           "pull: 23 d: something of another kind has this name at the destination: 1 moved (1 B), 0 "
+                           "unchanged, 2 failed"},
+                          linesOf(result.err)));
+    EXPECT_TRUE(sameTrees({{"x", "mine"}, {"y", "mine"}}, treeIn(local("outside"))));
+    EXPECT_EQ("1", contentOf(here("a")));
+}
+
+TEST_F(PushPull, AKindThatDiffersIsAFailure)
+{
+    plant(here(), {{"a", "1"}, {"b/c", "2"}});
+    plant(there(), {{"a/x", "1"}, {"b", "2"}});
+    serve();
+    const ProgramResult result = push({"--keep-going", "--delete"});
+    EXPECT_TRUE(exited(CURLE_UPLOAD_FAILED, result));
+    EXPECT_TRUE(holds("push: a: 25 ", result.err));
+    EXPECT_TRUE(holds("push: b: 25 ", result.err));
+    EXPECT_TRUE(sameTrees({{"a/", ""}, {"a/x", "1"}, {"b", "2"}}, treeIn(there())));
+}
+
+TEST_F(PushPull, WhatBrokenTransfersLeftIsNotMovedAndGoes)
+{
+    const std::string kept = ".b.0123456789ab.part";
+    plant(here(), {{"a", "1"}, {".x.0123456789ab.part", "half"}, {"d/.y.4711.0.part", "half"}});
+    plant(there(), {{".a.0123456789ab.part", "half"}, {".a.0123456789AB.old", "old"}, {kept, "half"}});
+    serve();
+    EXPECT_TRUE(exited(0, push()));
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"d/", ""}, {kept, "half"}}, treeIn(there())));
+    EXPECT_TRUE(exited(0, push({"--delete"})));
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"d/", ""}}, treeIn(there())));
+    writeFile(here("..a.0123456789ab.part.4711.0.part"), "half");
+    writeFile(there(".z.0123456789ab.part"), "half");
+    EXPECT_TRUE(exited(0, pull()));
+    EXPECT_FALSE(exists(here("..a.0123456789ab.part.4711.0.part")));
+    EXPECT_FALSE(exists(here(".z.0123456789ab.part")));
+}
+
+TEST_F(PushPull, ALargeFileGoesOnWhereItBrokeOff)
+{
+    const std::string content = std::string(300000, 'x') + std::string(300000, 'y');
+    plant(there(), {{"a", content}});
+    setAll(there(), kTime);
+    serve({"1/DATA#2=drop-after:400000"});
+    EXPECT_TRUE(exited(CURLE_PARTIAL_FILE, pull({"--resume", "--jobs", "1"})));
+    EXPECT_FALSE(exists(here("a")));
+    EXPECT_TRUE(exited(0, pull({"--resume", "--jobs", "1"})));
+    EXPECT_TRUE(sameTrees({{"a", content}}, treeIn(here())));
+    const Lines begun = commands({"REST"});
+    ASSERT_FALSE(begun.empty());
+    EXPECT_NE("REST 0", begun.back());
+}
+
+TEST_F(PushPull, ContentsAreComparedByTheServersChecksums)
+{
+    for (const char* const offered : {"HASH", "XSHA256", "XCRC"}) {
+        SCOPED_TRACE(offered);
+        config.checksums = {offered};
+        plant(here(), {{"same", "12345"}, {"different", "12345"}});
+        plant(there(), {{"same", "12345"}, {"different", "54321"}});
+        setAll(here(), kTime);
+        setAll(there(), kTime);
+        setModified(here("same"), kTime + 100);
+        serve();
+        expectLine("push: 0 No error: 1 would be moved (5 B), 1 unchanged", push({"--dry-run"}));
+        expectLine("push: 0 No error: 1 moved (5 B), 1 unchanged", push({"--checksum"}));
+        EXPECT_EQ("12345", contentOf(there("different")));
+        EXPECT_EQ(kTime + 100, modified(there("same")));
+        writeFile(there("different"), "54321");
+        setModified(there("different"), kTime);
+        setModified(there("same"), kTime);
+        expectLine("pull: 0 No error: 1 moved (5 B), 1 unchanged", pull({"--checksum"}));
+        EXPECT_EQ("54321", contentOf(here("different")));
+        EXPECT_EQ(kTime, modified(here("same")));
+    }
+}
+
+TEST_F(PushPull, AServerWithoutChecksumsIsToldAndComparedByTimes)
+{
+    plant(here(), {{"same", "12345"}, {"later", "12345"}});
+    plant(there(), {{"same", "54321"}, {"later", "54321"}});
+    setAll(here(), kTime);
+    setAll(there(), kTime);
+    setModified(here("later"), kTime + 100);
+    serve();
+    const ProgramResult result = push({"--checksum"});
+    EXPECT_TRUE(sameLines({"push: the server computes no checksums (HASH with SHA-256, XSHA256, XCRC): sizes and "
+                           "times were compared",
+                           "push: 0 No error: 1 moved (5 B), 1 unchanged"},
+                          linesOf(result.err)));
+    EXPECT_EQ("12345", contentOf(there("later")));
+    EXPECT_EQ("54321", contentOf(there("same")));
+}
+
+// Neither MLSD nor MFMT: times come by MDTM, and a file that is newer there has come by push.
+TEST_F(PushPull, AServerThatNeitherListsNorSetsTimes)
+{
+    plant(here(), {{"a", "12345"}, {"d/b", "12345"}});
+    setAll(here(), kTime);
+    serve({"FEAT=reply:500 unknown command"});
+    expectLine("push: 0 No error: 2 moved (10 B), 0 unchanged", push());
+    expectLine("push: 0 No error: 0 would be moved (0 B), 2 unchanged", push({"--dry-run"}));
+    expectLine("push: 0 No error: 0 moved (0 B), 2 unchanged", push());
+    setModified(here("a"), std::time(nullptr) + 1000);
+    expectLine("push: 0 No error: 1 moved (5 B), 1 unchanged", push());
+    setAll(there(), kTime + 5);
+    expectLine("pull: 0 No error: 2 moved (10 B), 0 unchanged", pull());
+    EXPECT_EQ(timesIn(there()), timesIn(here()));
+    expectLine("pull: 0 No error: 0 moved (0 B), 2 unchanged", pull());
+}
+
+// A server that sets times has not got a file by push whose time is another one.
+TEST_F(PushPull, AFileThatIsNewerThereIsReplacedWhereTimesAreKept)
+{
+    plant(here(), {{"a", "12345"}});
+    plant(there(), {{"a", "54321"}});
+    setAll(here(), kTime);
+    serve();
+    expectLine("push: 0 No error: 1 moved (5 B), 0 unchanged", push());
+    EXPECT_EQ("12345", contentOf(there("a")));
+}
+
+TEST_F(PushPull, AServerThatRefusesToSetTimesIsComparedLikeOneThatCannot)
+{
+    plant(here(), {{"a", "12345"}, {"b", "12345"}});
+    setAll(here(), kTime);
+    serve({"MFMT=reply:550 permission denied"});
+    expectLine("push: 0 No error: 2 moved (10 B), 0 unchanged", push());
+    expectLine("push: 0 No error: 0 moved (0 B), 2 unchanged", push());
+}
+
+TEST_F(PushPull, TheModeOfAReplacedFileStays)
+{
+    plant(here(), {{"a", "1"}});
+    plant(there(), {{"a", "22"}});
+    fs::permissions(here("a"), fs::perms::owner_read | fs::perms::owner_write);
+    serve();
+    EXPECT_TRUE(exited(0, pull()));
+    EXPECT_EQ("22", contentOf(here("a")));
+    EXPECT_EQ(fs::perms::owner_read | fs::perms::owner_write, fs::status(here("a")).permissions());
+}
+
+TEST_F(PushPull, ADirectoryThatCannotBeListedIsAFailure)
+{
+    plant(there(), {{"a", "1"}, {"d/b", "2"}, {"e/c", "3"}});
+    plant(here(), {{"d/old", "0"}});
+    serve({"MLSD#2=reply:550 not that"});
+    const ProgramResult result = pull({"--jobs", "1", "--keep-going", "--delete"});
+    EXPECT_EQ(CURLE_FTP_COULDNT_RETR_FILE, result.status) << result.err;
+    EXPECT_TRUE(holds("pull: d: 19 ", result.err));
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"d/", ""}, {"d/old", "0"}, {"e/", ""}, {"e/c", "3"}}, treeIn(here())));
+}
+
+TEST_F(PushPull, TheWholeMayHaveALimit)
+{
+    plant(here(), {{"a", "1"}});
+    serve({"STOR=stall"});
+    const ProgramResult result = push({"--max-time", "1"});
+    EXPECT_TRUE(exited(CURLE_OPERATION_TIMEDOUT, result));
+    expectLine("push: 28 Timeout was reached: it did not finish within 1 s (--max-time); the same command goes on from "
+               "here: 0 moved (0 B), 0 unchanged",
+               result);
+}
