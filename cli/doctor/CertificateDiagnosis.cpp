@@ -36,7 +36,7 @@ std::string remedyFor(const Report& report, long verdict, bool bare)
 
 } // namespace
 
-Diagnosis diagnoseCertificate(const Report& report, const Visit& visit, bool bare)
+Diagnosis diagnoseCertificate(const Report& report, const ProbeResult& visit, bool bare)
 {
     const std::string store = bare ? ", and only this machine's trust store counts" : "";
     // libcurl compares the name only when the chain is good, and some versions leave no verdict then.

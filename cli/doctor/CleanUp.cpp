@@ -1,7 +1,7 @@
 #include "doctor/CleanUp.h"
 
 #include "doctor/Access.h"
-#include "doctor/LibraryVisit.h"
+#include "doctor/ControlConnection.h"
 #include "doctor/RoundTrip.h"
 
 #include <algorithm>
@@ -10,9 +10,9 @@ namespace doctor {
 
 namespace {
 
-bool removedOne(const Visit& visit)
+bool removedOne(const ProbeResult& visit)
 {
-    return std::any_of(visit.dialogue.begin(), visit.dialogue.end(), [](const Exchange& each) {
+    return std::any_of(visit.transcript.begin(), visit.transcript.end(), [](const Exchange& each) {
         return each.command.compare(0, 5, "DELE ") == 0 && each.reply.code / 100 == 2;
     });
 }
@@ -31,7 +31,7 @@ void cleanUp(const Question& question, const Report& report, RoundTrip& roundTri
         errand.afterLogin.push_back(access.scheme == Scheme::Sftp ? "rm \"" + access.path + file + "\""
                                                                   : "DELE " + access.path.substr(1) + file);
     }
-    const Visit cleaned = visit(access, errand);
+    const ProbeResult cleaned = visit(access, errand);
     for (const std::string& file : files) {
         if (cleaned.names.holds(file)) {
             roundTrip.leftBehind.push_back(question.request.remotePath + file);

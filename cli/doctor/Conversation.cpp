@@ -1,6 +1,6 @@
 #include "doctor/Conversation.h"
 
-#include "doctor/Dialogue.h"
+#include "doctor/Transcript.h"
 
 #include <arpa/inet.h>
 #include <openssl/err.h>

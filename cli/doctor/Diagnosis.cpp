@@ -43,7 +43,7 @@ Diagnosis diagnoseGreeting(const Report& report)
             "Ask the server's administrator: it may have too many clients, or not want this machine's address."};
 }
 
-Diagnosis diagnoseHandshake(const Report& report, const Visit& visit)
+Diagnosis diagnoseHandshake(const Report& report, const ProbeResult& visit)
 {
     const auto& versions = report.tls.versions;
     const bool oldOnly = !offersUsableTls(report) && std::any_of(versions.begin(), versions.end(),
@@ -61,7 +61,7 @@ Diagnosis diagnoseHandshake(const Report& report, const Visit& visit)
                 : "Give the server a certificate and turn TLS on."};
 }
 
-Diagnosis diagnoseNoTls(const Report& report, const Visit& visit)
+Diagnosis diagnoseNoTls(const Report& report, const ProbeResult& visit)
 {
     const Reply* const protection = visit.replyTo("PROT");
     if (protection != nullptr) {
@@ -71,13 +71,13 @@ Diagnosis diagnoseNoTls(const Report& report, const Visit& visit)
             "Turn on explicit TLS (AUTH TLS) at the server, or use implicit TLS or SFTP if it has one of them."};
 }
 
-const Reply* loginReply(const Visit& visit)
+const Reply* loginReply(const ProbeResult& visit)
 {
     const Reply* const reply = visit.replyTo("PASS");
     return reply != nullptr ? reply : visit.replyTo("USER");
 }
 
-Diagnosis diagnoseLogin(const Report& report, const Visit& visit, bool bare)
+Diagnosis diagnoseLogin(const Report& report, const ProbeResult& visit, bool bare)
 {
     const Reply* const reply = loginReply(visit);
     if (bare && report.scheme == Scheme::Ftp && (report.test.loggedIn() || !visit.replyTo("PASS"))) {
@@ -87,7 +87,7 @@ Diagnosis diagnoseLogin(const Report& report, const Visit& visit, bool bare)
             "Check the user's name and the password, and whether the user may log in from this machine."};
 }
 
-Diagnosis diagnoseDirectory(const Report& report, const Visit& visit)
+Diagnosis diagnoseDirectory(const Report& report, const ProbeResult& visit)
 {
     const Reply* const reply = visit.replyTo("CWD");
     return {
@@ -98,7 +98,7 @@ Diagnosis diagnoseDirectory(const Report& report, const Visit& visit)
             : "Make the directory on the server, or correct the URL, whose path counts from the login's directory."};
 }
 
-Diagnosis diagnoseData(const Visit& visit)
+Diagnosis diagnoseData(const ProbeResult& visit)
 {
     return {
         "the data connection fails: " + visit.error.shown(),
@@ -106,7 +106,7 @@ Diagnosis diagnoseData(const Visit& visit)
         "that this machine sees, and let it use the same certificate there."};
 }
 
-Diagnosis diagnoseListing(const Visit& visit)
+Diagnosis diagnoseListing(const ProbeResult& visit)
 {
     const Reply* const names = visit.replyTo("NLST");
     const Reply* const reply = names != nullptr ? names : visit.replyTo("LIST");
@@ -115,15 +115,15 @@ Diagnosis diagnoseListing(const Visit& visit)
             "Let the user list that directory, at the server."};
 }
 
-const Reply* lastReply(const Visit& visit)
+const Reply* lastReply(const ProbeResult& visit)
 {
-    const auto found = std::find_if(visit.dialogue.rbegin(), visit.dialogue.rend(),
+    const auto found = std::find_if(visit.transcript.rbegin(), visit.transcript.rend(),
                                     [](const Exchange& each) { return each.reply.ending == Ending::Complete; });
-    return found == visit.dialogue.rend() ? nullptr : &found->reply;
+    return found == visit.transcript.rend() ? nullptr : &found->reply;
 }
 
 // 28: libcurl's word for silence and for every 421 alike.
-Diagnosis diagnoseTimeout(const Report& report, const Visit& visit, bool bare)
+Diagnosis diagnoseTimeout(const Report& report, const ProbeResult& visit, bool bare)
 {
     const Reply* const last = lastReply(visit);
     if (visit.replyTo("AUTH") == nullptr && visit.replyTo("USER") == nullptr && last != nullptr) {
@@ -175,7 +175,7 @@ Diagnosis diagnoseClearLogin(const Reply& reply)
             "the password in the clear."};
 }
 
-Diagnosis diagnoseVisit(const Report& report, const Visit& visit, bool bare)
+Diagnosis diagnoseVisit(const Report& report, const ProbeResult& visit, bool bare)
 {
     if (!visit.made) {
         return isSilentInTls(report)

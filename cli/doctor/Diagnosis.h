@@ -17,7 +17,7 @@ struct Diagnosis
 Diagnosis diagnoseContact(const Report& report);
 
 /// Why a visit failed. `bare`: it was one without the library's TLS step.
-Diagnosis diagnoseVisit(const Report& report, const Visit& visit, bool bare);
+Diagnosis diagnoseVisit(const Report& report, const ProbeResult& visit, bool bare);
 
 /// Why a login without TLS is refused with this reply.
 Diagnosis diagnoseClearLogin(const Reply& reply);

@@ -68,12 +68,12 @@ void obey(int signal, const Report& report)
     static_cast<void>(std::raise(signal));
 }
 
-void render(const Report& report, const std::vector<Verdict>& verdicts, bool asJson)
+void render(const Report& report, const std::vector<Prediction>& predictions, bool asJson)
 {
     if (asJson) {
-        renderJson(report, verdicts, std::cout);
+        renderJson(report, predictions, std::cout);
     } else {
-        renderTable(report, verdicts, isatty(STDOUT_FILENO) == 1, std::cout);
+        renderTable(report, predictions, isatty(STDOUT_FILENO) == 1, std::cout);
     }
     if (!std::cout.flush()) {
         throw std::runtime_error("the report cannot be written to standard output");
@@ -98,7 +98,7 @@ int runDoctor(const Arguments& arguments, const ProxyEnvironment& proxies)
     if (signal != 0) {
         obey(signal, report);
     }
-    const std::vector<Verdict> verdicts = predict(report);
-    render(report, verdicts, arguments.json);
-    return exitStatusOf(verdicts);
+    const std::vector<Prediction> predictions = predict(report);
+    render(report, predictions, arguments.json);
+    return exitStatusOf(predictions);
 }

@@ -72,7 +72,7 @@ void addContact(const Report& report, Findings& findings)
                         welcome ? contact.greeting.shown() : diagnoseContact(report).reason});
 }
 
-Finding loginFinding(const std::string& probe, const Report& report, const Visit& visit, bool bare)
+Finding loginFinding(const std::string& probe, const Report& report, const ProbeResult& visit, bool bare)
 {
     if (!visit.made) {
         return {probe, Grade::None, kNotTried};
@@ -91,7 +91,7 @@ Finding refusal(const std::string& probe, const Reply& reply, const std::string&
 
 Finding clearLoginWithConsent(const std::string& probe, const Report& report)
 {
-    const Visit& visit = report.bare;
+    const ProbeResult& visit = report.bare;
     const Reply* const password = visit.replyTo("PASS");
     const Reply* const user = visit.replyTo("USER");
     const std::string sent = password != nullptr ? "; the password was sent in the clear, as --clear-login allows" : "";
@@ -146,7 +146,7 @@ Finding verbFinding(const Report& report, const std::string& verb)
             (reply->code < 400 ? "accepted for a file that is not there: " : "not known: ") + reply->shown()};
 }
 
-Finding listingFinding(const std::string& probe, const Report& report, const Visit& visit)
+Finding listingFinding(const std::string& probe, const Report& report, const ProbeResult& visit)
 {
     if (!visit.made || (!visit.loggedIn() && report.scheme != Scheme::Sftp)) {
         return {probe, Grade::None, kNotTried};

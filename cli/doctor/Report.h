@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-/// The facts that the probes bring home. They say what was seen, never what it means: `Verdicts` does that.
+/// The facts that the probes bring home. They say what was seen, never what it means: `Predictions` does that.
 ///
 /// Texts that a server has a hand in are `ServerText`s, which keep the password to themselves. Whoever shows them
 /// escapes their control bytes.
@@ -111,7 +111,7 @@ struct HostKey
     std::string fingerprint; ///< "SHA256:..."; empty: none was seen
 };
 
-/// One command in a dialogue and what the server said to it.
+/// One command in a transcript and what the server said to it.
 struct Exchange
 {
     std::string command; ///< empty for the greeting; for decisions only
@@ -119,7 +119,7 @@ struct Exchange
 };
 
 /// One visit with libcurl, made as an operation of the library makes it.
-struct Visit
+struct ProbeResult
 {
     bool made = false;
     int code = 0;
@@ -127,7 +127,7 @@ struct Visit
     long verifyResult = 0; ///< OpenSSL's verdict on the certificate; 0 is good
     ServerText entryPath;  ///< the directory that the login led to
     NameList names;        ///< what a listing held
-    std::vector<Exchange> dialogue;
+    std::vector<Exchange> transcript;
 
     bool succeeded() const { return made && code == 0; }
     /// The reply to the last command that begins with `beginning`, or null.
@@ -179,11 +179,11 @@ struct Report
     Contact contact;
     Tls tls;
     HostKey hostKey;
-    Reply clearUser; ///< to the user's name alone, without TLS
-    Visit test;      ///< as the connection test visits; asked about SIZE, rename and rm on the way
-    Visit listing;   ///< as the listing visits
-    Visit bare;      ///< as the upload and the size check log in: without the library's TLS step
-    Visit bareAgain; ///< the same in another way, where that one did not get as far as data
+    Reply clearUser;       ///< to the user's name alone, without TLS
+    ProbeResult test;      ///< as the connection test visits; asked about SIZE, rename and rm on the way
+    ProbeResult listing;   ///< as the listing visits
+    ProbeResult bare;      ///< as the upload and the size check log in: without the library's TLS step
+    ProbeResult bareAgain; ///< the same in another way, where that one did not get as far as data
     std::optional<RoundTrip> roundTrip;
 };
 

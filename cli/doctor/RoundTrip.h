@@ -25,7 +25,7 @@ void makeRoundTrip(const Question& question, const std::string& name, const std:
 /// Writes what is told of a step into the facts.
 void record(const StepNews& news, RoundTrip& roundTrip);
 
-/// The library's operation that a step tries, as in a verdict.
+/// The library's operation that a step tries, as in a prediction.
 const char* operationOf(Step step);
 
 /// The name that the file gets on its way.

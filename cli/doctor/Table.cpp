@@ -86,16 +86,16 @@ void renderFindings(const std::vector<Finding>& findings, bool inColour, std::os
     }
 }
 
-std::string codeText(const Verdict& verdict)
+std::string codeText(const Prediction& prediction)
 {
-    const bool tells = verdict.outlook == Outlook::Fails && verdict.code;
-    return tells ? " with " + std::to_string(*verdict.code) : "";
+    const bool tells = prediction.outlook == Outlook::Fails && prediction.code;
+    return tells ? " with " + std::to_string(*prediction.code) : "";
 }
 
-void renderVerdicts(const std::vector<Verdict>& verdicts, bool inColour, std::ostream& out)
+void renderPredictions(const std::vector<Prediction>& predictions, bool inColour, std::ostream& out)
 {
     Rows rows(out, inColour, 8, 17);
-    for (const Verdict& each : verdicts) {
+    for (const Prediction& each : predictions) {
         const Mark mark = markOf(each.outlook);
         const std::string text = mark.text + codeText(each);
         rows.add(each.operation, {text.c_str(), mark.colour}, each.reason);
@@ -103,10 +103,10 @@ void renderVerdicts(const std::vector<Verdict>& verdicts, bool inColour, std::os
 }
 
 // Operations that fail for one reason share one remedy.
-void renderRemedies(const std::vector<Verdict>& verdicts, std::ostream& out)
+void renderRemedies(const std::vector<Prediction>& predictions, std::ostream& out)
 {
     std::vector<std::string> remedies;
-    for (const Verdict& each : verdicts) {
+    for (const Prediction& each : predictions) {
         if (!each.remedy.empty() && std::find(remedies.begin(), remedies.end(), each.remedy) == remedies.end()) {
             remedies.push_back(each.remedy);
         }
@@ -117,7 +117,7 @@ void renderRemedies(const std::vector<Verdict>& verdicts, std::ostream& out)
     out << "\nWhat to change:\n";
     for (const std::string& remedy : remedies) {
         std::string operations;
-        for (const Verdict& each : verdicts) {
+        for (const Prediction& each : predictions) {
             operations += each.remedy == remedy ? (operations.empty() ? "" : ", ") + each.operation : "";
         }
         out << "  " << operations << ":\n    " << escapeControlBytes(remedy) << '\n';
@@ -126,13 +126,13 @@ void renderRemedies(const std::vector<Verdict>& verdicts, std::ostream& out)
 
 } // namespace
 
-void renderTable(const Report& report, const std::vector<Verdict>& verdicts, bool inColour, std::ostream& out)
+void renderTable(const Report& report, const std::vector<Prediction>& predictions, bool inColour, std::ostream& out)
 {
     out << escapeControlBytes(report.url) << ":\n";
     renderFindings(findingsOf(report), inColour, out);
     out << "\nThe library's operations:\n";
-    renderVerdicts(verdicts, inColour, out);
-    renderRemedies(verdicts, out);
+    renderPredictions(predictions, inColour, out);
+    renderRemedies(predictions, out);
 }
 
 } // namespace doctor

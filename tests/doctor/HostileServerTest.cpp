@@ -69,7 +69,7 @@ struct Silence
     const char* fault;
     std::string outlooks;
     std::size_t sessions;
-    const char* reason = nullptr; ///< of the last verdict
+    const char* reason = nullptr; ///< of the last prediction
     testserver::TlsMode tls = testserver::TlsMode::Explicit;
     bool clearLogin = false;
 };
@@ -88,11 +88,11 @@ TEST_P(SilentServer, IsWaitedForOnce)
     misbehave(silence.fault);
     serveAndAsk();
     question.clearLogin = silence.clearLogin;
-    const std::vector<doctor::Verdict> verdicts = predict(examine(question));
-    EXPECT_EQ(silence.outlooks, outlooksOf(verdicts));
+    const std::vector<doctor::Prediction> predictions = predict(examine(question));
+    EXPECT_EQ(silence.outlooks, outlooksOf(predictions));
     EXPECT_EQ(silence.sessions, sessions().size());
     if (silence.reason != nullptr) {
-        EXPECT_EQ(silence.reason, verdicts.back().reason);
+        EXPECT_EQ(silence.reason, predictions.back().reason);
     }
 }
 
@@ -115,7 +115,7 @@ TEST_F(HostileServer, AnImplicitServerBehindAnFtpUrlIsRecognised)
     config.tls = testserver::TlsMode::Implicit;
     serve();
     askAbout("ftp" + url("/").substr(4));
-    const doctor::Verdict test = predict(examine(question)).back();
+    const doctor::Prediction test = predict(examine(question)).back();
     EXPECT_EQ("If it expects TLS from the first byte, use an ftps: URL; else look at the server, or at a firewall "
               "before it.",
               test.remedy);
@@ -143,7 +143,7 @@ TEST_F(HostileServer, AnFtpServerBehindAnSftpUrlIsRecognised)
     waitBriefly();
     serve();
     askAbout("sftp" + url("/").substr(3));
-    const doctor::Verdict test = predict(examine(question)).back();
+    const doctor::Prediction test = predict(examine(question)).back();
     EXPECT_EQ("no SSH server answers there (220 ready)", test.reason);
 }
 

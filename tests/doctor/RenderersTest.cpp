@@ -10,17 +10,17 @@
 namespace {
 
 using doctor::Outlook;
-using doctor::Verdict;
+using doctor::Prediction;
 
-const std::vector<Verdict> kVerdicts = {{"download", Outlook::Works, 0, "", ""},
-                                        {"upload", Outlook::Fails, 67, "because", "Do this."},
-                                        {"rename", Outlook::Unknown, std::nullopt, "perhaps", "Do that."},
-                                        {"delete", Outlook::Fails, std::nullopt, "because", "Do this."}};
+const std::vector<Prediction> kPredictions = {{"download", Outlook::Works, 0, "", ""},
+                                              {"upload", Outlook::Fails, 67, "because", "Do this."},
+                                              {"rename", Outlook::Unknown, std::nullopt, "perhaps", "Do that."},
+                                              {"delete", Outlook::Fails, std::nullopt, "because", "Do this."}};
 
 std::string table(bool inColour)
 {
     std::ostringstream stream;
-    doctor::renderTable({}, kVerdicts, inColour, stream);
+    doctor::renderTable({}, kPredictions, inColour, stream);
     return stream.str();
 }
 
@@ -49,7 +49,7 @@ TEST(Table, IsColouredOnlyWhenAskedTo)
 TEST(Json, ReportsEachOperation)
 {
     std::ostringstream stream;
-    doctor::renderJson({}, kVerdicts, stream);
+    doctor::renderJson({}, kPredictions, stream);
     const auto json = nlohmann::json::parse(stream.str());
     EXPECT_EQ(1, json["status"]);
     ASSERT_EQ(4U, json["operations"].size());

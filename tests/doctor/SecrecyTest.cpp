@@ -1,6 +1,6 @@
 // The password: never in a report, and never in the clear without the user's consent.
-#include "doctor/Dialogue.h"
 #include "doctor/Renderers.h"
+#include "doctor/Transcript.h"
 #include "harness/DoctorProcess.h"
 #include "harness/Kinds.h"
 
@@ -117,42 +117,42 @@ TEST(ReplyTest, ShowsItsCodeWhateverThePasswordIs)
     EXPECT_EQ("220", shown("220 ", "2"));
 }
 
-TEST(DialogueTest, KeepsOnlyTheWordOfPass)
+TEST(TranscriptTest, KeepsOnlyTheWordOfPass)
 {
     const PasswordMask mask("me", "secret");
-    doctor::Dialogue dialogue(mask);
-    dialogue.addReply("220-hello\r\n220 re");
-    dialogue.addReply("ady\r\n");
-    dialogue.addCommand("PASS secret\r\n");
-    dialogue.addReply("230-some\r\n lines\r\n230 in, secret\r\n");
-    dialogue.addCommand("QUIT\r\n");
-    ASSERT_EQ(3U, dialogue.exchanges().size());
-    EXPECT_TRUE(sameText("220 ready", dialogue.exchanges()[0].reply.shown()));
-    EXPECT_EQ("PASS", dialogue.exchanges()[1].command);
-    EXPECT_EQ(230, dialogue.exchanges()[1].reply.code);
-    EXPECT_TRUE(sameText("230 in, ****", dialogue.exchanges()[1].reply.shown()));
-    EXPECT_EQ(doctor::Ending::NotTried, dialogue.exchanges()[2].reply.ending);
+    doctor::Transcript transcript(mask);
+    transcript.addReply("220-hello\r\n220 re");
+    transcript.addReply("ady\r\n");
+    transcript.addCommand("PASS secret\r\n");
+    transcript.addReply("230-some\r\n lines\r\n230 in, secret\r\n");
+    transcript.addCommand("QUIT\r\n");
+    ASSERT_EQ(3U, transcript.exchanges().size());
+    EXPECT_TRUE(sameText("220 ready", transcript.exchanges()[0].reply.shown()));
+    EXPECT_EQ("PASS", transcript.exchanges()[1].command);
+    EXPECT_EQ(230, transcript.exchanges()[1].reply.code);
+    EXPECT_TRUE(sameText("230 in, ****", transcript.exchanges()[1].reply.shown()));
+    EXPECT_EQ(doctor::Ending::NotTried, transcript.exchanges()[2].reply.ending);
 }
 
-TEST(DialogueTest, KeepsTheBeginningOfALongLine)
+TEST(TranscriptTest, KeepsTheBeginningOfALongLine)
 {
     const PasswordMask mask("me", "secret");
-    doctor::Dialogue dialogue(mask);
-    dialogue.addReply("220 " + std::string(5000, '.'));
-    dialogue.addReply("530 the same line\r\n");
-    const doctor::Reply& reply = dialogue.exchanges()[0].reply;
+    doctor::Transcript transcript(mask);
+    transcript.addReply("220 " + std::string(5000, '.'));
+    transcript.addReply("530 the same line\r\n");
+    const doctor::Reply& reply = transcript.exchanges()[0].reply;
     EXPECT_EQ(220, reply.code);
     EXPECT_EQ(std::string(4092, '.'), reply.text.raw());
 }
 
-TEST(DialogueTest, FindsACommandThatIsAlsoThePassword)
+TEST(TranscriptTest, FindsACommandThatIsAlsoThePassword)
 {
     const PasswordMask mask("me", "USER");
-    doctor::Dialogue dialogue(mask);
-    dialogue.addCommand("USER me\r\n");
-    dialogue.addReply("331 USER\r\n");
-    doctor::Visit visit;
-    visit.dialogue = dialogue.exchanges();
+    doctor::Transcript transcript(mask);
+    transcript.addCommand("USER me\r\n");
+    transcript.addReply("331 USER\r\n");
+    doctor::ProbeResult visit;
+    visit.transcript = transcript.exchanges();
     ASSERT_NE(nullptr, visit.replyTo("USER"));
     EXPECT_EQ("331 ****", visit.replyTo("USER")->shown());
 }

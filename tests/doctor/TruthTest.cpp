@@ -16,9 +16,9 @@ protected:
 
 TEST_P(Truth, IsWhatWasPredicted)
 {
-    const std::vector<doctor::Verdict> verdicts = predict(examine(question));
-    EXPECT_EQ(GetParam().outlooks, outlooksOf(verdicts));
-    expectTruth(verdicts, truth());
+    const std::vector<doctor::Prediction> predictions = predict(examine(question));
+    EXPECT_EQ(GetParam().outlooks, outlooksOf(predictions));
+    expectTruth(predictions, truth());
 }
 
 INSTANTIATE_TEST_SUITE_P(OfAServer, Truth, testing::ValuesIn(kinds()), idOf);

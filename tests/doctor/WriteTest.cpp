@@ -50,7 +50,7 @@ protected:
         return status;
     }
 
-    nlohmann::json verdictOf(const std::string& operation) const
+    nlohmann::json predictionOf(const std::string& operation) const
     {
         for (const auto& each : m_report["operations"]) {
             if (each["operation"] == operation) {
@@ -62,11 +62,12 @@ protected:
 
     std::string outlookOf(const std::string& operation) const
     {
-        const nlohmann::json verdict = verdictOf(operation);
-        return verdict["outlook"].get<std::string>() + " " + (verdict["code"].is_null() ? "" : verdict["code"].dump());
+        const nlohmann::json prediction = predictionOf(operation);
+        return prediction["outlook"].get<std::string>() + " " +
+               (prediction["code"].is_null() ? "" : prediction["code"].dump());
     }
 
-    std::string reasonOf(const std::string& operation) const { return verdictOf(operation)["reason"]; }
+    std::string reasonOf(const std::string& operation) const { return predictionOf(operation)["reason"]; }
 
     bool nothingIsLeft() const { return std::filesystem::is_empty(served("")); }
     /// What the report says about the round trip as a whole.

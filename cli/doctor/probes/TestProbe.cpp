@@ -1,4 +1,4 @@
-#include "doctor/LibraryVisit.h"
+#include "doctor/ControlConnection.h"
 #include "doctor/Silence.h"
 #include "doctor/probes/Probes.h"
 

@@ -20,7 +20,7 @@ struct World
     bool listening = true;
 };
 
-/// A kind of server, and the doctor's verdict on it. The outlooks keep the comparison with the truth from being
+/// A kind of server, and the doctor's prediction on it. The outlooks keep the comparison with the truth from being
 /// one of two mistakes that agree.
 struct Kind
 {

@@ -11,8 +11,8 @@
 namespace {
 
 using doctor::Outlook;
+using doctor::Prediction;
 using doctor::Question;
-using doctor::Verdict;
 
 SFtpRequest forFile(const Question& question, const std::string& name, const std::string& local)
 {
@@ -65,22 +65,22 @@ std::vector<int> truthOf(const Question& question, const std::string& scratch,
     return {download, upload, rename, remove, list, test};
 }
 
-void expectTruth(const std::vector<Verdict>& verdicts, const std::vector<int>& truth)
+void expectTruth(const std::vector<Prediction>& predictions, const std::vector<int>& truth)
 {
-    ASSERT_EQ(truth.size(), verdicts.size());
+    ASSERT_EQ(truth.size(), predictions.size());
     for (std::size_t i = 0; i < truth.size(); ++i) {
-        const Verdict& verdict = verdicts[i];
-        EXPECT_NE(Outlook::Unknown, verdict.outlook) << verdict.operation << ": " << verdict.reason;
-        EXPECT_EQ(truth[i] == 0, verdict.outlook == Outlook::Works)
-            << verdict.operation << " gives " << nameOf(truth[i]) << "; " << verdict.reason;
-        if (verdict.code) {
-            EXPECT_TRUE(mayStandFor(*verdict.code, truth[i]))
-                << verdict.operation << " gives " << nameOf(truth[i]) << ", not " << nameOf(*verdict.code) << "; "
-                << verdict.reason;
+        const Prediction& prediction = predictions[i];
+        EXPECT_NE(Outlook::Unknown, prediction.outlook) << prediction.operation << ": " << prediction.reason;
+        EXPECT_EQ(truth[i] == 0, prediction.outlook == Outlook::Works)
+            << prediction.operation << " gives " << nameOf(truth[i]) << "; " << prediction.reason;
+        if (prediction.code) {
+            EXPECT_TRUE(mayStandFor(*prediction.code, truth[i]))
+                << prediction.operation << " gives " << nameOf(truth[i]) << ", not " << nameOf(*prediction.code) << "; "
+                << prediction.reason;
         }
-        if (verdict.outlook == Outlook::Fails) {
-            EXPECT_NE("", verdict.reason) << verdict.operation;
-            EXPECT_NE("", verdict.remedy) << verdict.operation;
+        if (prediction.outlook == Outlook::Fails) {
+            EXPECT_NE("", prediction.reason) << prediction.operation;
+            EXPECT_NE("", prediction.remedy) << prediction.operation;
         }
     }
 }

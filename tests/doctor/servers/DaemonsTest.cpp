@@ -29,17 +29,17 @@ protected:
 TEST_P(Daemons, BehaveAsPredicted)
 {
     const doctor::Question question = ask();
-    const std::vector<doctor::Verdict> verdicts = predict(examine(question));
-    expectTruth(verdicts, truthOf(question, local("scratch"), [this](const std::string& name, const std::string& text) {
-                    keep("weekly/" + name, text);
-                }));
+    const std::vector<doctor::Prediction> predictions = predict(examine(question));
+    expectTruth(predictions,
+                truthOf(question, local("scratch"),
+                        [this](const std::string& name, const std::string& text) { keep("weekly/" + name, text); }));
 }
 
 TEST_P(Daemons, AreKnownToRequireTlsFromTheUserCommandAlone)
 {
     doctor::Question question = ask();
     question.clearLogin = false;
-    const doctor::Verdict upload = predict(examine(question))[1];
+    const doctor::Prediction upload = predict(examine(question))[1];
     const bool refused = server.expected.upload != 0;
     const bool inTheClear = server.scheme == "ftp";
     EXPECT_EQ(refused      ? doctor::Outlook::Fails
@@ -86,9 +86,9 @@ class SshDaemons : public Daemons
 protected:
     void expectPrediction(const doctor::Question& question, const std::string& outlooks)
     {
-        const std::vector<doctor::Verdict> verdicts = predict(examine(question));
-        EXPECT_EQ(outlooks, outlooksOf(verdicts));
-        expectTruth(verdicts, truthOf(question, local("scratch"), [](const std::string&, const std::string&) {}));
+        const std::vector<doctor::Prediction> predictions = predict(examine(question));
+        EXPECT_EQ(outlooks, outlooksOf(predictions));
+        expectTruth(predictions, truthOf(question, local("scratch"), [](const std::string&, const std::string&) {}));
     }
 };
 

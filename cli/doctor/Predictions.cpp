@@ -1,7 +1,7 @@
-#include "doctor/Verdicts.h"
+#include "doctor/Predictions.h"
 
 #include "doctor/Diagnosis.h"
-#include "doctor/RoundTripVerdicts.h"
+#include "doctor/RoundTripPredictions.h"
 #include "doctor/Silence.h"
 
 #include <curl/curl.h>
@@ -15,17 +15,17 @@ namespace {
 constexpr int kRefusedByTheLibrary = -1;
 constexpr unsigned int kWaitsForTheServersClose = 0x080900;
 
-Verdict works(std::string reason = {}, std::string remedy = {})
+Prediction works(std::string reason = {}, std::string remedy = {})
 {
     return {{}, Outlook::Works, 0, std::move(reason), std::move(remedy)};
 }
 
-Verdict fails(std::optional<int> code, Diagnosis why)
+Prediction fails(std::optional<int> code, Diagnosis why)
 {
     return {{}, Outlook::Fails, code, std::move(why.reason), std::move(why.remedy)};
 }
 
-Verdict unknown(std::string reason, std::string remedy)
+Prediction unknown(std::string reason, std::string remedy)
 {
     return {{}, Outlook::Unknown, std::nullopt, std::move(reason), std::move(remedy)};
 }
@@ -34,7 +34,7 @@ Verdict unknown(std::string reason, std::string remedy)
 int asReported(int code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
 
 // The code of an operation that ends like the connection test: also of one that could not be tried.
-int codeOf(const Report& report, const Visit& visit)
+int codeOf(const Report& report, const ProbeResult& visit)
 {
     if (visit.made) {
         return visit.code;
@@ -45,14 +45,14 @@ int codeOf(const Report& report, const Visit& visit)
     return isSilent(report) ? CURLE_OPERATION_TIMEDOUT : report.test.code;
 }
 
-const Visit& listingVisit(const Report& report) { return report.listing.made ? report.listing : report.test; }
+const ProbeResult& listingVisit(const Report& report) { return report.listing.made ? report.listing : report.test; }
 
-Verdict failsLike(const Report& report, const Visit& visit, bool bare)
+Prediction failsLike(const Report& report, const ProbeResult& visit, bool bare)
 {
     return fails(asReported(codeOf(report, visit)), diagnoseVisit(report, visit, bare));
 }
 
-Verdict predictTest(const Report& report)
+Prediction predictTest(const Report& report)
 {
     if (report.test.succeeded()) {
         return works();
@@ -61,14 +61,14 @@ Verdict predictTest(const Report& report)
     return fails(codeOf(report, report.test), diagnoseVisit(report, report.test, false));
 }
 
-Verdict predictList(const Report& report)
+Prediction predictList(const Report& report)
 {
-    const Visit& visit = listingVisit(report);
+    const ProbeResult& visit = listingVisit(report);
     return visit.succeeded() ? works() : failsLike(report, visit, false);
 }
 
 // Login and data connection of an upload, for ftp: URLs when only the user's name may be sent in the clear.
-Verdict predictByUserAlone(const Report& report)
+Prediction predictByUserAlone(const Report& report)
 {
     const Reply& reply = report.clearUser;
     if (reply.ending == Ending::NotTried) {
@@ -85,7 +85,7 @@ Verdict predictByUserAlone(const Report& report)
                    "URL would need none.");
 }
 
-Verdict predictUploadOverSsh(const Report& report)
+Prediction predictUploadOverSsh(const Report& report)
 {
     if (report.test.made && report.test.code == CURLE_REMOTE_FILE_NOT_FOUND) {
         return works("it makes the missing directory");
@@ -93,20 +93,20 @@ Verdict predictUploadOverSsh(const Report& report)
     return report.test.succeeded() ? works() : failsLike(report, report.test, false);
 }
 
-Verdict cautionAboutLostEnds()
+Prediction cautionAboutLostEnds()
 {
     return works("but this libcurl can lose the end of an upload over TLS 1.3 and report success",
                  "Use libcurl 8.9 or newer, or limit the server to TLS 1.2, or compare the sizes after each upload.");
 }
 
-Verdict successfulUpload(const Report& report, const std::string& reason)
+Prediction successfulUpload(const Report& report, const std::string& reason)
 {
     const bool loses = report.scheme == Scheme::Ftps && report.tls.versions[0].offered &&
                        report.libcurl.number < kWaitsForTheServersClose;
     return loses ? cautionAboutLostEnds() : works(reason);
 }
 
-Verdict predictUpload(const Report& report)
+Prediction predictUpload(const Report& report)
 {
     if (report.scheme == Scheme::Sftp) {
         return predictUploadOverSsh(report);
@@ -115,7 +115,7 @@ Verdict predictUpload(const Report& report)
         return predictByUserAlone(report);
     }
     const bool missing = report.bare.code == CURLE_REMOTE_ACCESS_DENIED;
-    const Visit& visit = report.bareAgain.made ? report.bareAgain : report.bare;
+    const ProbeResult& visit = report.bareAgain.made ? report.bareAgain : report.bare;
     if (visit.succeeded()) {
         return successfulUpload(report, missing ? "it makes the missing directory" : "");
     }
@@ -140,7 +140,7 @@ const Reply* sizeReply(const Report& report)
 }
 
 // The size check logs in as the upload does, but needs no data connection.
-Verdict predictSizeCheck(const Report& report)
+Prediction predictSizeCheck(const Report& report)
 {
     if (report.scheme == Scheme::Sftp) {
         const bool passes =
@@ -166,9 +166,9 @@ Verdict predictSizeCheck(const Report& report)
     return works();
 }
 
-Verdict predictDownload(const Report& report)
+Prediction predictDownload(const Report& report)
 {
-    Verdict check = predictSizeCheck(report);
+    Prediction check = predictSizeCheck(report);
     if (check.outlook == Outlook::Fails) {
         check.code = kRefusedByTheLibrary;
         check.reason = "the size check before it: " + check.reason;
@@ -204,7 +204,7 @@ Diagnosis unknownVerb(const std::string& verb, const Reply& reply)
 }
 
 // The command was for a file that is not there.
-Verdict predictCommand(const Report& report, const std::string& verb)
+Prediction predictCommand(const Report& report, const std::string& verb)
 {
     if (report.commandDirectory.empty()) {
         return unknown(
@@ -240,35 +240,35 @@ Verdict predictCommand(const Report& report, const std::string& verb)
     return works();
 }
 
-Verdict named(const char* operation, Verdict verdict)
+Prediction named(const char* operation, Prediction prediction)
 {
-    verdict.operation = operation;
-    return verdict;
+    prediction.operation = operation;
+    return prediction;
 }
 
 } // namespace
 
-std::vector<Verdict> predict(const Report& report)
+std::vector<Prediction> predict(const Report& report)
 {
-    std::vector<Verdict> verdicts = {named("download", predictDownload(report)),
-                                     named("upload", predictUpload(report)),
-                                     named("rename", predictCommand(report, "rename")),
-                                     named("delete", predictCommand(report, "rm")),
-                                     named("list", predictList(report)),
-                                     named("test", predictTest(report))};
+    std::vector<Prediction> predictions = {named("download", predictDownload(report)),
+                                           named("upload", predictUpload(report)),
+                                           named("rename", predictCommand(report, "rename")),
+                                           named("delete", predictCommand(report, "rm")),
+                                           named("list", predictList(report)),
+                                           named("test", predictTest(report))};
     if (report.roundTrip) {
-        applyRoundTrip(*report.roundTrip, verdicts);
+        applyRoundTrip(*report.roundTrip, predictions);
     }
-    return verdicts;
+    return predictions;
 }
 
-int exitStatusOf(const std::vector<Verdict>& verdicts)
+int exitStatusOf(const std::vector<Prediction>& predictions)
 {
     constexpr int kOneFails = 1;
     constexpr int kOneIsUnknown = 3;
-    const auto has = [&verdicts](Outlook outlook) {
-        return std::any_of(verdicts.begin(), verdicts.end(),
-                           [outlook](const Verdict& each) { return each.outlook == outlook; });
+    const auto has = [&predictions](Outlook outlook) {
+        return std::any_of(predictions.begin(), predictions.end(),
+                           [outlook](const Prediction& each) { return each.outlook == outlook; });
     };
     if (has(Outlook::Fails)) {
         return kOneFails;

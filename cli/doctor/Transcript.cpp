@@ -1,4 +1,4 @@
-#include "doctor/Dialogue.h"
+#include "doctor/Transcript.h"
 
 #include <algorithm>
 #include <cctype>
@@ -42,14 +42,14 @@ Reply replyOf(const std::string& lastLine, const PasswordMask& mask)
     return {Ending::Complete, std::stoi(code), ServerText::following(code + " ", text, mask)};
 }
 
-void Dialogue::listenTo(CURL* handle)
+void Transcript::listenTo(CURL* handle)
 {
     curl_easy_setopt(handle, CURLOPT_VERBOSE, 1L);
     curl_easy_setopt(handle, CURLOPT_DEBUGFUNCTION, report);
     curl_easy_setopt(handle, CURLOPT_DEBUGDATA, this);
 }
 
-void Dialogue::addCommand(const std::string& line)
+void Transcript::addCommand(const std::string& line)
 {
     const std::string command = withoutLineEnd(line);
     const std::string verb = command.substr(0, command.find(' '));
@@ -57,7 +57,7 @@ void Dialogue::addCommand(const std::string& line)
     m_exchanges.push_back({verb == "PASS" ? verb : command, {}});
 }
 
-void Dialogue::addReply(const std::string& bytes)
+void Transcript::addReply(const std::string& bytes)
 {
     for (const char byte : bytes) {
         if (byte == '\n') {
@@ -68,7 +68,7 @@ void Dialogue::addReply(const std::string& bytes)
     }
 }
 
-void Dialogue::endLine()
+void Transcript::endLine()
 {
     const std::string line = withoutLineEnd(std::move(m_line));
     m_line.clear();
@@ -77,13 +77,13 @@ void Dialogue::endLine()
     }
 }
 
-int Dialogue::report(CURL* /*handle*/, curl_infotype kind, char* bytes, size_t count, void* self) noexcept
+int Transcript::report(CURL* /*handle*/, curl_infotype kind, char* bytes, size_t count, void* self) noexcept
 try {
-    auto& dialogue = *static_cast<Dialogue*>(self);
+    auto& transcript = *static_cast<Transcript*>(self);
     if (kind == CURLINFO_HEADER_OUT) {
-        dialogue.addCommand(std::string(bytes, count));
+        transcript.addCommand(std::string(bytes, count));
     } else if (kind == CURLINFO_HEADER_IN) {
-        dialogue.addReply(std::string(bytes, count));
+        transcript.addReply(std::string(bytes, count));
     }
     return 0;
 } catch (const std::exception&) {
@@ -97,15 +97,15 @@ std::string Reply::shown() const
     return number + (number.empty() || text.shown().empty() ? "" : " ") + text.shown();
 }
 
-const Reply* Visit::replyTo(const std::string& beginning) const
+const Reply* ProbeResult::replyTo(const std::string& beginning) const
 {
-    const auto found = std::find_if(dialogue.rbegin(), dialogue.rend(), [&beginning](const Exchange& each) {
+    const auto found = std::find_if(transcript.rbegin(), transcript.rend(), [&beginning](const Exchange& each) {
         return each.command.compare(0, beginning.size(), beginning) == 0;
     });
-    return found == dialogue.rend() ? nullptr : &found->reply;
+    return found == transcript.rend() ? nullptr : &found->reply;
 }
 
-bool Visit::loggedIn() const
+bool ProbeResult::loggedIn() const
 {
     const auto letsIn = [this](const char* command) {
         const Reply* const reply = replyTo(command);

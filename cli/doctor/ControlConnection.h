@@ -1,5 +1,5 @@
-#ifndef SFTPCLIENT_CLI_DOCTOR_LIBRARYVISIT_H
-#define SFTPCLIENT_CLI_DOCTOR_LIBRARYVISIT_H
+#ifndef SFTPCLIENT_CLI_DOCTOR_CONTROLCONNECTION_H
+#define SFTPCLIENT_CLI_DOCTOR_CONTROLCONNECTION_H
 
 #include "doctor/Access.h"
 #include "doctor/Report.h"
@@ -22,7 +22,7 @@ struct Errand
 
 /// Visits a directory with a libcurl handle that is set as the library sets its own, and lists it. Where the library
 /// would trust the server with the password, so does this.
-Visit visit(const Access& access, const Errand& errand);
+ProbeResult visit(const Access& access, const Errand& errand);
 
 } // namespace doctor
 

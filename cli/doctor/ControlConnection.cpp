@@ -1,6 +1,6 @@
-#include "doctor/LibraryVisit.h"
+#include "doctor/ControlConnection.h"
 
-#include "doctor/Dialogue.h"
+#include "doctor/Transcript.h"
 
 #include <curl/curl.h>
 #include <openssl/err.h>
@@ -81,7 +81,7 @@ void setLimits(CURL* handle, std::chrono::milliseconds limit)
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
 }
 
-void learn(CURL* handle, const PasswordMask& mask, Visit& visit)
+void learn(CURL* handle, const PasswordMask& mask, ProbeResult& visit)
 {
     const char* entryPath = nullptr;
     curl_easy_getinfo(handle, CURLINFO_SSL_VERIFYRESULT, &visit.verifyResult);
@@ -92,10 +92,10 @@ void learn(CURL* handle, const PasswordMask& mask, Visit& visit)
 
 } // namespace
 
-Visit visit(const Access& access, const Errand& errand)
+ProbeResult visit(const Access& access, const Errand& errand)
 {
     // Made before the handle, because its farewell is still taken down.
-    Dialogue dialogue(access.mask);
+    Transcript transcript(access.mask);
     NameList listing;
     std::array<char, CURL_ERROR_SIZE> error = {};
     const List afterLogin = listOf(errand.afterLogin);
@@ -119,15 +119,15 @@ Visit visit(const Access& access, const Errand& errand)
     if (errand.tlsStep) {
         setTlsStep(handle.get(), access);
     }
-    dialogue.listenTo(handle.get());
+    transcript.listenTo(handle.get());
 
-    Visit visit;
+    ProbeResult visit;
     visit.made = true;
     visit.code = curl_easy_perform(handle.get());
     visit.error = ServerText(error[0] != '\0' ? error.data() : curl_easy_strerror(static_cast<CURLcode>(visit.code)),
                              access.mask);
     visit.names = listing;
-    visit.dialogue = dialogue.exchanges();
+    visit.transcript = transcript.exchanges();
     learn(handle.get(), access.mask, visit);
     return visit;
 }

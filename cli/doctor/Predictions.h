@@ -1,5 +1,5 @@
-#ifndef SFTPCLIENT_CLI_DOCTOR_VERDICTS_H
-#define SFTPCLIENT_CLI_DOCTOR_VERDICTS_H
+#ifndef SFTPCLIENT_CLI_DOCTOR_PREDICTIONS_H
+#define SFTPCLIENT_CLI_DOCTOR_PREDICTIONS_H
 
 #include "doctor/Report.h"
 
@@ -17,7 +17,7 @@ enum class Outlook
 };
 
 /// What one operation of the library will do, and why.
-struct Verdict
+struct Prediction
 {
     std::string operation; ///< "download", "upload", "rename", "delete", "list" or "test"
     Outlook outlook = Outlook::Unknown;
@@ -28,10 +28,10 @@ struct Verdict
 
 /// Predicts the six operations from the facts alone. What only writing would show, above all whether the user may
 /// write in the directory, is taken to be well unless a round trip was made.
-std::vector<Verdict> predict(const Report& report);
+std::vector<Prediction> predict(const Report& report);
 
 /// 0 when all operations will work, 1 when one will fail, 3 when none will fail but one is unknown.
-int exitStatusOf(const std::vector<Verdict>& verdicts);
+int exitStatusOf(const std::vector<Prediction>& predictions);
 
 } // namespace doctor
 

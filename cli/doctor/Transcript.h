@@ -1,5 +1,5 @@
-#ifndef SFTPCLIENT_CLI_DOCTOR_DIALOGUE_H
-#define SFTPCLIENT_CLI_DOCTOR_DIALOGUE_H
+#ifndef SFTPCLIENT_CLI_DOCTOR_TRANSCRIPT_H
+#define SFTPCLIENT_CLI_DOCTOR_TRANSCRIPT_H
 
 #include "doctor/Report.h"
 #include "output/PasswordMask.h"
@@ -12,10 +12,10 @@
 namespace doctor {
 
 /// Takes down what libcurl and the server say to each other on the control connection. Of PASS only the word is kept.
-class Dialogue
+class Transcript
 {
 public:
-    explicit Dialogue(const PasswordMask& mask) : m_mask(mask) { m_exchanges.emplace_back(); }
+    explicit Transcript(const PasswordMask& mask) : m_mask(mask) { m_exchanges.emplace_back(); }
 
     /// Lets the handle report here. REQUIRES: this object outlives the handle's transfers.
     void listenTo(CURL* handle);
@@ -24,7 +24,7 @@ public:
     /// One line, or a part of one, as it arrived.
     void addReply(const std::string& bytes);
 
-    /// The dialogue so far; it begins with the greeting, whose command is empty.
+    /// The transcript so far; it begins with the greeting, whose command is empty.
     const std::vector<Exchange>& exchanges() const { return m_exchanges; }
 
 private:

@@ -1,0 +1,81 @@
+#include "doctor/RoundTripPredictions.h"
+
+#include "doctor/RoundTrip.h"
+
+#include <curl/curl.h>
+
+namespace doctor {
+
+namespace {
+
+constexpr char kMayNotWrite[] = "Let the user write, rename and delete in that directory, at the server.";
+
+std::string textOf(int code)
+{
+    return code < 0 ? "the library refuses it" : curl_easy_strerror(static_cast<CURLcode>(code));
+}
+
+// A failure that was predicted keeps its reason: the trial has none.
+void apply(const std::optional<int>& code, Prediction& prediction)
+{
+    if (!code) {
+        return;
+    }
+    if (*code != 0 && prediction.outlook != Outlook::Fails) {
+        prediction.reason = "tried, and failed: " + textOf(*code);
+        prediction.remedy = kMayNotWrite;
+    }
+    if (*code == 0 && prediction.outlook != Outlook::Works) {
+        prediction.reason.clear();
+        prediction.remedy.clear();
+    }
+    prediction.outlook = *code == 0 ? Outlook::Works : Outlook::Fails;
+    prediction.code = *code;
+}
+
+// How long it would have gone on is not known: where nothing spoke against it, it may be slow and work.
+void applyUnfinished(const std::string& failure, Prediction& prediction)
+{
+    const std::string reason = "tried, and it " + failure;
+    if (prediction.outlook == Outlook::Fails) {
+        prediction.reason = reason + "; " + prediction.reason;
+        return;
+    }
+    prediction.outlook = Outlook::Unknown;
+    prediction.code.reset();
+    prediction.reason = reason;
+    prediction.remedy = "Try that operation alone, with --trace, and look at the server and at any firewall before it.";
+}
+
+Prediction& of(const char* operation, std::vector<Prediction>& predictions)
+{
+    for (Prediction& each : predictions) {
+        if (each.operation == operation) {
+            return each;
+        }
+    }
+    return predictions.front();
+}
+
+} // namespace
+
+void applyRoundTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions)
+{
+    apply(roundTrip.put, of("upload", predictions));
+    apply(roundTrip.list, of("list", predictions));
+    apply(roundTrip.get, of("download", predictions));
+    apply(roundTrip.rename, of("rename", predictions));
+    apply(roundTrip.remove, of("delete", predictions));
+    if (roundTrip.unfinished) {
+        applyUnfinished(roundTrip.failure, of(operationOf(*roundTrip.unfinished), predictions));
+    }
+    if (roundTrip.get == 0 && !roundTrip.unchanged) {
+        Prediction& upload = of("upload", predictions);
+        upload.outlook = Outlook::Fails;
+        upload.reason = "what was fetched back is not what was sent, though both operations report success";
+        upload.remedy =
+            "Use libcurl 8.9 or newer, or limit the server to TLS 1.2, and look for a full disk at the server.";
+    }
+}
+
+} // namespace doctor
