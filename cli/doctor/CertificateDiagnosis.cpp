@@ -49,6 +49,14 @@ Diagnosis diagnoseCertificate(const Report& report, const ProbeResult& visit, bo
             remedyFor(report, visit.verifyResult, bare)};
 }
 
+Diagnosis diagnoseGivenTrust(const Report& report)
+{
+    const long verdict = report.tls.givenTrust;
+    const std::string scope = report.trust == Trust::Certificate ? ", and a session trusts the given CA alone" : "";
+    return {std::string("the certificate is not trusted: ") + X509_verify_cert_error_string(verdict) + scope,
+            remedyFor(report, verdict, false)};
+}
+
 Diagnosis diagnoseCaFile(const Report& report, bool bare)
 {
     if (!bare && report.trust == Trust::Unreadable) {

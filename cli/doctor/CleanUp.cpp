@@ -22,16 +22,14 @@ bool removedOne(const ProbeResult& visit)
 void cleanUp(const Question& question, const Report& report, RoundTrip& roundTrip)
 {
     const Access access(question.request, question.limit);
-    Errand errand;
-    errand.url = question.request.remotePath;
-    errand.namesOnly = true;
-    errand.tlsStep = report.test.loggedIn();
+    ControlConnection connection(access, report.client.test.loggedIn() ? Manner::Client : Manner::Bare);
+    Transfer transfer{question.request.remotePath, Transfer::What::Names};
     const std::vector<std::string> files = {roundTrip.name, renamed(roundTrip.name)};
     for (const std::string& file : files) {
-        errand.afterLogin.push_back(access.scheme == Scheme::Sftp ? "rm \"" + access.path + file + "\""
-                                                                  : "DELE " + access.path.substr(1) + file);
+        transfer.afterLogin.push_back(access.scheme == Scheme::Sftp ? "rm \"" + access.path + file + "\""
+                                                                    : "DELE " + access.path.substr(1) + file);
     }
-    const ProbeResult cleaned = visit(access, errand);
+    const ProbeResult cleaned = connection.run(transfer);
     for (const std::string& file : files) {
         if (cleaned.names.holds(file)) {
             roundTrip.leftBehind.push_back(question.request.remotePath + file);

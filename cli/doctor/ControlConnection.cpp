@@ -1,20 +1,20 @@
 #include "doctor/ControlConnection.h"
 
-#include "doctor/Transcript.h"
-
-#include <curl/curl.h>
 #include <openssl/err.h>
+#include <openssl/pem.h>
+#include <tls/TlsTrust.h>
 
-#include <array>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
 #include <exception>
-#include <memory>
 #include <new>
 
 namespace doctor {
 
 namespace {
 
-// A visit has as many waits as this, at most, before it is given up as a whole.
+// A transfer has as many waits as this, at most, before it is given up as a whole.
 constexpr int kWaits = 3;
 
 struct FreeList
@@ -22,7 +22,6 @@ struct FreeList
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
 };
 using List = std::unique_ptr<curl_slist, FreeList>;
-using Handle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
 
 // With a "*" in front, libcurl goes on when the server refuses.
 List listOf(const std::vector<std::string>& commands)
@@ -37,31 +36,6 @@ List listOf(const std::vector<std::string>& commands)
         list.reset(longer);
     }
     return list;
-}
-
-CURLcode addCertificate(CURL* /*handle*/, void* context, void* text) noexcept
-try {
-    const X509Certificate certificate = readCertificate(*static_cast<const std::string*>(text));
-    X509_STORE* const store = SSL_CTX_get_cert_store(static_cast<SSL_CTX*>(context));
-    if (!certificate) {
-        return CURLE_SSL_CACERT_BADFILE;
-    }
-    return X509_STORE_add_cert(store, certificate.get()) == 1 ? CURLE_OK : CURLE_FAILED_INIT;
-} catch (const std::exception&) {
-    return CURLE_FAILED_INIT;
-}
-
-// What the library does for all operations but the upload and the size check.
-void setTlsStep(CURL* handle, const Access& access)
-{
-    curl_easy_setopt(handle, CURLOPT_USE_SSL, static_cast<long>(CURLUSESSL_ALL));
-    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
-    if (access.trust == Trust::Nobody) {
-        curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 0L);
-        return;
-    }
-    curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, addCertificate);
-    curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, &access.request.caCert);
 }
 
 size_t keep(const char* bytes, size_t size, size_t count, void* listing) noexcept
@@ -81,55 +55,154 @@ void setLimits(CURL* handle, std::chrono::milliseconds limit)
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
 }
 
-void learn(CURL* handle, const PasswordMask& mask, ProbeResult& visit)
+// What a session makes of the certificates that it is to trust.
+std::string asPem(const std::string& caCert)
 {
-    const char* entryPath = nullptr;
-    curl_easy_getinfo(handle, CURLINFO_SSL_VERIFYRESULT, &visit.verifyResult);
-    if (curl_easy_getinfo(handle, CURLINFO_FTP_ENTRY_PATH, &entryPath) == CURLE_OK && entryPath != nullptr) {
-        visit.entryPath = ServerText(entryPath, mask);
+    if (caCert.find("-----BEGIN") != std::string::npos) {
+        return caCert;
     }
+    const X509Certificate certificate = readCertificate(caCert);
+    const MemoryBio memory(BIO_new(BIO_s_mem()));
+    if (!certificate || !memory || PEM_write_bio_X509(memory.get(), certificate.get()) != 1) {
+        return {};
+    }
+    char* bytes = nullptr;
+    const long size = BIO_get_mem_data(memory.get(), &bytes);
+    return std::string(bytes, static_cast<std::size_t>(size));
 }
 
 } // namespace
 
-ProbeResult visit(const Access& access, const Errand& errand)
+ControlConnection::ControlConnection(const Access& access, Manner manner)
+    : m_access(access), m_manner(manner), m_transcript(access.mask), m_handle(curl_easy_init(), curl_easy_cleanup)
 {
-    // Made before the handle, because its farewell is still taken down.
-    Transcript transcript(access.mask);
-    NameList listing;
-    std::array<char, CURL_ERROR_SIZE> error = {};
-    const List afterLogin = listOf(errand.afterLogin);
-    const List afterListing = listOf(errand.afterListing);
-    const Handle handle(curl_easy_init(), curl_easy_cleanup);
-    if (!handle) {
+    if (!m_handle) {
         throw std::bad_alloc();
     }
-    curl_easy_setopt(handle.get(), CURLOPT_URL, errand.url.c_str());
-    curl_easy_setopt(handle.get(), CURLOPT_PORT, static_cast<long>(access.request.port));
-    curl_easy_setopt(handle.get(), CURLOPT_PROXY, "");
-    curl_easy_setopt(handle.get(), CURLOPT_USERNAME, access.request.userName.c_str());
-    curl_easy_setopt(handle.get(), CURLOPT_PASSWORD, access.request.password.c_str());
-    curl_easy_setopt(handle.get(), CURLOPT_DIRLISTONLY, errand.namesOnly ? 1L : 0L);
-    curl_easy_setopt(handle.get(), CURLOPT_QUOTE, afterLogin.get());
-    curl_easy_setopt(handle.get(), CURLOPT_POSTQUOTE, afterListing.get());
-    curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, keep);
-    curl_easy_setopt(handle.get(), CURLOPT_WRITEDATA, &listing);
-    curl_easy_setopt(handle.get(), CURLOPT_ERRORBUFFER, error.data());
-    setLimits(handle.get(), access.limit);
-    if (errand.tlsStep) {
-        setTlsStep(handle.get(), access);
-    }
-    transcript.listenTo(handle.get());
+    CURL* const handle = m_handle.get();
+    curl_easy_setopt(handle, CURLOPT_PORT, static_cast<long>(access.request.port));
+    curl_easy_setopt(handle, CURLOPT_PROXY, "");
+    curl_easy_setopt(handle, CURLOPT_USERNAME, access.request.userName.c_str());
+    curl_easy_setopt(handle, CURLOPT_PASSWORD, access.request.password.c_str());
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, keep);
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, &m_names);
+    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_error.data());
+    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, hear);
+    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
+    curl_easy_setopt(handle, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+    curl_easy_setopt(handle, CURLOPT_OPENSOCKETDATA, this);
+    setLimits(handle, access.limit);
+    setTrust();
+    m_transcript.listenTo(handle);
+}
 
-    ProbeResult visit;
-    visit.made = true;
-    visit.code = curl_easy_perform(handle.get());
-    visit.error = ServerText(error[0] != '\0' ? error.data() : curl_easy_strerror(static_cast<CURLcode>(visit.code)),
-                             access.mask);
-    visit.names = listing;
-    visit.transcript = transcript.exchanges();
-    learn(handle.get(), access.mask, visit);
-    return visit;
+ControlConnection::~ControlConnection() { ERR_clear_error(); }
+
+void ControlConnection::setTrust()
+{
+    CURL* const handle = m_handle.get();
+    if (m_manner == Manner::Bare || m_access.scheme == Scheme::Sftp) {
+        return;
+    }
+    if (m_manner == Manner::Client) {
+        sftpSetCertTmp(handle, m_access.request.caCert);
+        return;
+    }
+    curl_easy_setopt(handle, CURLOPT_USE_SSL, static_cast<long>(CURLUSESSL_ALL));
+    curl_easy_setopt(handle, CURLOPT_FTPSSLAUTH, static_cast<long>(CURLFTPAUTH_TLS));
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, m_manner == Manner::Handshake ? 0L : 2L);
+    m_ca = asPem(m_access.request.caCert);
+    if (!m_ca.empty() && m_access.trust == Trust::Certificate) {
+        curl_blob blob = {m_ca.data(), m_ca.size(), CURL_BLOB_NOCOPY};
+        curl_easy_setopt(handle, CURLOPT_CAINFO_BLOB, &blob);
+        curl_easy_setopt(handle, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+    }
+}
+
+void ControlConnection::prepare(const Transfer& transfer)
+{
+    CURL* const handle = m_handle.get();
+    curl_easy_setopt(handle, CURLOPT_URL, transfer.url.c_str());
+    curl_easy_setopt(handle, CURLOPT_DIRLISTONLY, transfer.what == Transfer::What::Names ? 1L : 0L);
+    curl_easy_setopt(handle, CURLOPT_NOBODY, transfer.what == Transfer::What::Nothing ? 1L : 0L);
+    m_lastCommand = transfer.lastCommand;
+    m_names = {};
+    m_error[0] = '\0';
+}
+
+ProbeResult ControlConnection::run(const Transfer& transfer)
+{
+    const List afterLogin = listOf(transfer.afterLogin);
+    const List afterListing = listOf(transfer.afterListing);
+    prepare(transfer);
+    curl_easy_setopt(m_handle.get(), CURLOPT_QUOTE, afterLogin.get());
+    curl_easy_setopt(m_handle.get(), CURLOPT_POSTQUOTE, afterListing.get());
+    m_isLost = false;
+    const CURLcode code = curl_easy_perform(m_handle.get());
+    curl_easy_setopt(m_handle.get(), CURLOPT_QUOTE, nullptr);
+    curl_easy_setopt(m_handle.get(), CURLOPT_POSTQUOTE, nullptr);
+    m_isOpened = true;
+    return m_isLost ? ProbeResult{} : resultOf(code);
+}
+
+ProbeResult ControlConnection::resultOf(CURLcode code)
+{
+    ProbeResult result;
+    result.made = true;
+    result.code = code;
+    result.error = ServerText(m_error[0] != '\0' ? m_error.data() : curl_easy_strerror(code), m_access.mask);
+    result.names = m_names;
+    m_transcript.end(code);
+    result.transcript = m_transcript.exchanges();
+    const char* entryPath = nullptr;
+    const char* address = nullptr;
+    curl_off_t connected = 0;
+    CURL* const handle = m_handle.get();
+    curl_easy_getinfo(handle, CURLINFO_SSL_VERIFYRESULT, &result.verifyResult);
+    if (curl_easy_getinfo(handle, CURLINFO_FTP_ENTRY_PATH, &entryPath) == CURLE_OK && entryPath != nullptr) {
+        result.entryPath = ServerText(entryPath, m_access.mask);
+    }
+    if (curl_easy_getinfo(handle, CURLINFO_PRIMARY_IP, &address) == CURLE_OK && address != nullptr) {
+        result.address = address;
+    }
+    curl_easy_getinfo(handle, CURLINFO_CONNECT_TIME_T, &connected);
+    result.connected = connected > 0;
+    return result;
+}
+
+void ControlConnection::cut() const { shutdown(m_control, SHUT_RDWR); }
+
+size_t ControlConnection::hear(char* /*bytes*/, size_t one, size_t count, void* self) noexcept
+{
+    const auto& connection = *static_cast<const ControlConnection*>(self);
+    if (!connection.m_transcript.isEnough(connection.m_lastCommand)) {
+        return one * count;
+    }
+    // libcurl 7.88 would go on with memory that it has freed, if it read another reply after one that was refused.
+    connection.cut();
+    return 0;
+}
+
+bool ControlConnection::isControl(const curl_sockaddr& address) const
+{
+    const in_port_t port = address.family == AF_INET6 ? reinterpret_cast<const sockaddr_in6&>(address.addr).sin6_port
+                                                      : reinterpret_cast<const sockaddr_in&>(address.addr).sin_port;
+    return ntohs(port) == m_access.request.port;
+}
+
+curl_socket_t ControlConnection::openSocket(void* self, curlsocktype /*purpose*/, curl_sockaddr* address) noexcept
+{
+    auto& connection = *static_cast<ControlConnection*>(self);
+    const bool isControl = connection.isControl(*address);
+    if (isControl && connection.m_isOpened) {
+        connection.m_isLost = true;
+        return CURL_SOCKET_BAD;
+    }
+    const int number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    if (isControl) {
+        connection.m_control = number;
+    }
+    return number;
 }
 
 } // namespace doctor

@@ -80,7 +80,7 @@ const Reply* loginReply(const ProbeResult& visit)
 Diagnosis diagnoseLogin(const Report& report, const ProbeResult& visit, bool bare)
 {
     const Reply* const reply = loginReply(visit);
-    if (bare && report.scheme == Scheme::Ftp && (report.test.loggedIn() || !visit.replyTo("PASS"))) {
+    if (bare && report.scheme == Scheme::Ftp && (report.client.test.loggedIn() || !visit.replyTo("PASS"))) {
         return diagnoseClearLogin(reply == nullptr ? Reply{} : *reply);
     }
     return {"the server refuses the login " + (reply == nullptr ? "(" + visit.error.shown() + ")" : quote(*reply)),
@@ -144,6 +144,11 @@ std::string quote(const Reply& reply)
 {
     const std::string said = reply.shown();
     return said.empty() ? "(no reply)" : "(" + said + ")";
+}
+
+bool isTrustedBySession(const Report& report)
+{
+    return report.trust == Trust::Certificate && report.tls.givenTrust == 0 && report.tls.namesHost;
 }
 
 bool offersUsableTls(const Report& report) { return report.tls.versions[0].offered || report.tls.versions[1].offered; }

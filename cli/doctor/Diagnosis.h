@@ -25,6 +25,9 @@ Diagnosis diagnoseClearLogin(const Reply& reply);
 /// What the server said, for a reason: "(530 TLS first)", or nothing.
 std::string quote(const Reply& reply);
 
+/// Whether a session trusts the server's certificate.
+bool isTrustedBySession(const Report& report);
+
 /// Of all versions that the server offers, whether one is new enough for the library.
 bool offersUsableTls(const Report& report);
 

@@ -1,6 +1,7 @@
 #include "doctor/Findings.h"
 
 #include "doctor/Diagnosis.h"
+#include "doctor/Predictions.h"
 #include "doctor/RoundTrip.h"
 #include "doctor/TlsFindings.h"
 
@@ -30,7 +31,7 @@ void addLibcurl(const Report& report, Findings& findings)
     findings.push_back(
         {"libcurl", libcurl.speaksScheme ? Grade::Ok : Grade::Fail,
          libcurl.version + " (" + libcurl.backEnds + ")" + (libcurl.speaksScheme ? "" : ", which knows no such URLs")});
-    const bool dataOverTls = report.scheme != Scheme::Sftp && report.listing.succeeded();
+    const bool dataOverTls = report.scheme != Scheme::Sftp && report.client.listing.succeeded();
     if (libcurl.number == kWaitsBeforeData && dataOverTls) {
         findings.push_back({"libcurl's pace", Grade::Warn,
                             "this libcurl waits 0.2 to 1 second before each transfer over TLS; 8.5 does not"});
@@ -123,7 +124,7 @@ Finding clearLogin(const Report& report)
 Finding sizeFinding(const Report& report)
 {
     const Reply* const bare = report.bare.replyTo("SIZE");
-    const Reply* const reply = bare != nullptr ? bare : report.test.replyTo("SIZE");
+    const Reply* const reply = bare != nullptr ? bare : report.client.test.replyTo("SIZE");
     if (reply == nullptr || reply->ending != Ending::Complete) {
         return {"SIZE", Grade::None, kNotTried};
     }
@@ -134,12 +135,11 @@ Finding sizeFinding(const Report& report)
 
 Finding verbFinding(const Report& report, const std::string& verb)
 {
-    const Reply* const reply = report.test.replyTo(verb + " ");
+    const Reply* const reply = report.client.commands.replyTo(verb + " ");
     if (reply == nullptr || reply->ending != Ending::Complete) {
         return {verb, Grade::None, kNotTried};
     }
-    const bool known = reply->code == 550 || reply->code == 551 || reply->code == 553 || reply->code / 10 == 45;
-    if (known) {
+    if (hasLookedForFile(*reply)) {
         return {verb, Grade::Ok, "known; of a file that is not there: " + reply->shown()};
     }
     return {verb, reply->code < 400 ? Grade::Warn : Grade::Fail,
@@ -162,14 +162,14 @@ Finding listingFinding(const std::string& probe, const Report& report, const Pro
 void addVisits(const Report& report, Findings& findings)
 {
     const bool ssh = report.scheme == Scheme::Sftp;
-    findings.push_back(loginFinding(ssh ? "login" : "login over TLS", report, report.test, false));
+    findings.push_back(loginFinding(ssh ? "login" : "login over TLS", report, report.client.test, false));
     if (report.scheme == Scheme::Ftp) {
         findings.push_back(clearLogin(report));
     } else if (report.scheme == Scheme::Ftps) {
         findings.push_back(loginFinding("login by the machine's trust store", report, report.bare, true));
     }
-    findings.push_back(listingFinding("listing in full", report, report.test));
-    findings.push_back(listingFinding("listing of names", report, report.listing));
+    findings.push_back(listingFinding("listing in full", report, report.client.test));
+    findings.push_back(listingFinding("listing of names", report, report.client.listing));
     if (!ssh) {
         findings.push_back(sizeFinding(report));
         findings.push_back(verbFinding(report, "rename"));

@@ -43,12 +43,20 @@ Json jsonOf(const Finding& finding)
     return {{"probe", finding.probe}, {"grade", wordOf(finding.grade)}, {"seen", finding.seen}};
 }
 
+template <typename Expected>
+void tell(const Expected& expected, Json& json)
+{
+    json["outlook"] = wordOf(expected.outlook);
+    json["code"] = expected.code ? Json(*expected.code) : Json(nullptr);
+    json["reason"] = expected.reason;
+    json["remedy"] = expected.remedy;
+}
+
 Json jsonOf(const Prediction& prediction)
 {
-    Json json = {{"operation", prediction.operation}, {"outlook", wordOf(prediction.outlook)}};
-    json["code"] = prediction.code ? Json(*prediction.code) : Json(nullptr);
-    json["reason"] = prediction.reason;
-    json["remedy"] = prediction.remedy;
+    Json json = {{"operation", prediction.operation}};
+    tell(prediction, json);
+    tell(prediction.session, json["session"]);
     return json;
 }
 

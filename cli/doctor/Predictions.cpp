@@ -2,6 +2,7 @@
 
 #include "doctor/Diagnosis.h"
 #include "doctor/RoundTripPredictions.h"
+#include "doctor/SessionPredictions.h"
 #include "doctor/Silence.h"
 
 #include <curl/curl.h>
@@ -9,6 +10,24 @@
 #include <algorithm>
 
 namespace doctor {
+
+int codeOf(const Report& report, const ProbeResult& result)
+{
+    if (result.made) {
+        return result.code;
+    }
+    if (report.contact.code != CURLE_OK) {
+        return report.contact.code;
+    }
+    return isSilent(report) ? CURLE_OPERATION_TIMEDOUT : report.client.test.code;
+}
+
+int asReported(int code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
+
+bool hasLookedForFile(const Reply& reply)
+{
+    return reply.code == 550 || reply.code == 551 || reply.code == 553 || reply.code / 10 == 45;
+}
 
 namespace {
 
@@ -30,22 +49,10 @@ Prediction unknown(std::string reason, std::string remedy)
     return {{}, Outlook::Unknown, std::nullopt, std::move(reason), std::move(remedy)};
 }
 
-// The library tells a refused directory as a missing file.
-int asReported(int code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
-
-// The code of an operation that ends like the connection test: also of one that could not be tried.
-int codeOf(const Report& report, const ProbeResult& visit)
+const ProbeResult& listingVisit(const Report& report)
 {
-    if (visit.made) {
-        return visit.code;
-    }
-    if (report.contact.code != CURLE_OK) {
-        return report.contact.code;
-    }
-    return isSilent(report) ? CURLE_OPERATION_TIMEDOUT : report.test.code;
+    return report.client.listing.made ? report.client.listing : report.client.test;
 }
-
-const ProbeResult& listingVisit(const Report& report) { return report.listing.made ? report.listing : report.test; }
 
 Prediction failsLike(const Report& report, const ProbeResult& visit, bool bare)
 {
@@ -54,11 +61,11 @@ Prediction failsLike(const Report& report, const ProbeResult& visit, bool bare)
 
 Prediction predictTest(const Report& report)
 {
-    if (report.test.succeeded()) {
+    if (report.client.test.succeeded()) {
         return works();
     }
     // Alone of all, it answers with libcurl's code unchanged.
-    return fails(codeOf(report, report.test), diagnoseVisit(report, report.test, false));
+    return fails(codeOf(report, report.client.test), diagnoseVisit(report, report.client.test, false));
 }
 
 Prediction predictList(const Report& report)
@@ -72,7 +79,7 @@ Prediction predictByUserAlone(const Report& report)
 {
     const Reply& reply = report.clearUser;
     if (reply.ending == Ending::NotTried) {
-        return failsLike(report, report.test, false);
+        return failsLike(report, report.client.test, false);
     }
     if (reply.ending != Ending::Complete || reply.code >= 400) {
         const bool closed = reply.ending == Ending::Closed;
@@ -87,10 +94,10 @@ Prediction predictByUserAlone(const Report& report)
 
 Prediction predictUploadOverSsh(const Report& report)
 {
-    if (report.test.made && report.test.code == CURLE_REMOTE_FILE_NOT_FOUND) {
+    if (report.client.test.made && report.client.test.code == CURLE_REMOTE_FILE_NOT_FOUND) {
         return works("it makes the missing directory");
     }
-    return report.test.succeeded() ? works() : failsLike(report, report.test, false);
+    return report.client.test.succeeded() ? works() : failsLike(report, report.client.test, false);
 }
 
 Prediction cautionAboutLostEnds()
@@ -122,7 +129,7 @@ Prediction predictUpload(const Report& report)
     if (visit.code != CURLE_FTP_COULDNT_RETR_FILE) {
         return failsLike(report, visit, true);
     }
-    if (report.scheme == Scheme::Ftp && report.listing.succeeded()) {
+    if (report.scheme == Scheme::Ftp && report.client.listing.succeeded()) {
         const Reply* const reply = report.bare.replyTo("NLST");
         return fails(CURLE_UPLOAD_FAILED,
                      {"it sends its data without TLS, which the server refuses " + quote(reply ? *reply : Reply{}),
@@ -136,16 +143,16 @@ Prediction predictUpload(const Report& report)
 const Reply* sizeReply(const Report& report)
 {
     const Reply* const bare = report.bare.replyTo("SIZE");
-    return bare != nullptr ? bare : report.test.replyTo("SIZE");
+    return bare != nullptr ? bare : report.client.test.replyTo("SIZE");
 }
 
 // The size check logs in as the upload does, but needs no data connection.
 Prediction predictSizeCheck(const Report& report)
 {
     if (report.scheme == Scheme::Sftp) {
-        const bool passes =
-            report.test.succeeded() || (report.test.made && report.test.code == CURLE_REMOTE_FILE_NOT_FOUND);
-        return passes ? works() : failsLike(report, report.test, false);
+        const bool passes = report.client.test.succeeded() ||
+                            (report.client.test.made && report.client.test.code == CURLE_REMOTE_FILE_NOT_FOUND);
+        return passes ? works() : failsLike(report, report.client.test, false);
     }
     if (!report.bare.made) {
         return predictByUserAlone(report);
@@ -175,13 +182,13 @@ Prediction predictDownload(const Report& report)
         return check;
     }
     // A file needs what a listing needs, but for the server's leave to list.
-    const bool transfers = report.test.succeeded() || report.listing.succeeded();
+    const bool transfers = report.client.test.succeeded() || report.client.listing.succeeded();
     if (!transfers && listingVisit(report).code == CURLE_FTP_COULDNT_RETR_FILE) {
         return unknown("the server refuses every listing, so its data connection could not be tried",
                        "Run doctor with --write to try a download.");
     }
     if (!transfers) {
-        return failsLike(report, report.test, false);
+        return failsLike(report, report.client.test, false);
     }
     if (check.outlook == Outlook::Unknown) {
         check.reason = "the size check before it: " + check.reason;
@@ -191,7 +198,7 @@ Prediction predictDownload(const Report& report)
 
 bool namesAnotherDirectory(const Report& report)
 {
-    const std::string& entry = report.test.entryPath.raw();
+    const std::string& entry = report.client.test.entryPath.raw();
     return report.scheme != Scheme::Sftp && !entry.empty() && entry != "/" &&
            report.commandDirectory.compare(0, 2, "//") != 0;
 }
@@ -211,13 +218,13 @@ Prediction predictCommand(const Report& report, const std::string& verb)
             "the URL's path holds \":\", \"%\", \"?\" or \"#\", where the library may take another directory",
             "Use a directory above it, and name the rest together with the file.");
     }
-    if (!report.test.succeeded()) {
-        return failsLike(report, report.test, false);
+    if (!report.client.test.succeeded()) {
+        return failsLike(report, report.client.test, false);
     }
     if (report.scheme == Scheme::Sftp) {
         return works();
     }
-    const Reply* const reply = report.test.replyTo(verb + " ");
+    const Reply* const reply = report.client.commands.replyTo(verb + " ");
     if (reply == nullptr || reply->ending != Ending::Complete) {
         return unknown("the server did not answer the command \"" + verb + "\"",
                        "Run doctor with --write to try it on a file of its own.");
@@ -226,18 +233,25 @@ Prediction predictCommand(const Report& report, const std::string& verb)
         return unknown("the server accepts the command \"" + verb + "\" for a file that is not there " + quote(*reply),
                        "Run doctor with --write to try it on a file of its own.");
     }
-    const bool looked = reply->code == 550 || reply->code == 551 || reply->code == 553 || reply->code / 10 == 45;
-    if (!looked) {
+    if (!hasLookedForFile(*reply)) {
         return fails(CURLE_QUOTE_ERROR, unknownVerb(verb, *reply));
     }
     if (namesAnotherDirectory(report)) {
         return fails(CURLE_QUOTE_ERROR,
-                     {"the login leads to " + report.test.entryPath.shown() + ", but the command \"" + verb +
+                     {"the login leads to " + report.client.test.entryPath.shown() + ", but the command \"" + verb +
                           "\" counts the URL's path from the server's root",
                       "Confine the user to that directory at the server, or write the whole path behind two slashes: "
                       "//home/user/."});
     }
     return works();
+}
+
+// A server that does not let a conversation end keeps an operation for ever, too, or until it fails.
+Prediction unfinished(const std::string& operation, const std::string& reason)
+{
+    const std::string remedy = "Look at the server's log, and run doctor again.";
+    return {operation, Outlook::Unknown, std::nullopt,
+            reason,    remedy,           {Outlook::Unknown, std::nullopt, reason, remedy}};
 }
 
 Prediction named(const char* operation, Prediction prediction)
@@ -256,8 +270,24 @@ std::vector<Prediction> predict(const Report& report)
                                            named("delete", predictCommand(report, "rm")),
                                            named("list", predictList(report)),
                                            named("test", predictTest(report))};
+    for (Prediction& each : predictions) {
+        each.session = predictForSession(report, each.operation);
+        if (!report.unfinishedLogin.empty()) {
+            each = unfinished(each.operation, "the probe that logs in " + report.unfinishedLogin);
+        } else if (!report.unfinishedBare.empty() && (each.operation == "upload" || each.operation == "download")) {
+            const Expectation session = each.session;
+            each = unfinished(each.operation, "the login without the library's TLS step " + report.unfinishedBare);
+            each.session = session;
+        }
+    }
     if (report.roundTrip) {
         applyRoundTrip(*report.roundTrip, predictions);
+    }
+    for (Prediction& each : predictions) {
+        if (each.outlook == Outlook::Fails && each.session.outlook == Outlook::Works) {
+            each.remedy = "Use SFtpSession, with which it works." +
+                          (each.remedy.empty() ? "" : " With SFtpClient: " + each.remedy);
+        }
     }
     return predictions;
 }

@@ -103,6 +103,7 @@ struct Tls
     std::array<TlsVersion, 4> versions = {{{"TLS 1.3"}, {"TLS 1.2"}, {"TLS 1.1"}, {"TLS 1.0"}}};
     std::vector<Certificate> chain; ///< the server's own first
     bool namesHost = false;
+    long givenTrust = -1; ///< OpenSSL's verdict where the given CA alone is trusted; 0 is good, -1 not seen
 };
 
 struct HostKey
@@ -122,6 +123,8 @@ struct Exchange
 struct ProbeResult
 {
     bool made = false;
+    bool connected = false;
+    std::string address; ///< the one that answered, or that was tried last
     int code = 0;
     ServerText error;      ///< libcurl's words for a failure
     long verifyResult = 0; ///< OpenSSL's verdict on the certificate; 0 is good
@@ -133,6 +136,15 @@ struct ProbeResult
     /// The reply to the last command that begins with `beginning`, or null.
     const Reply* replyTo(const std::string& beginning) const;
     bool loggedIn() const;
+};
+
+/// What was seen over one control connection with a login, transfer after transfer.
+struct Login
+{
+    ProbeResult test;     ///< as the connection test visits; asked on the way about SIZE, and what a session needs
+    ProbeResult listing;  ///< as the listing visits
+    ProbeResult root;     ///< the listing of the login's directory, where the one asked about is missing
+    ProbeResult commands; ///< asked about rename and rm
 };
 
 enum class Step
@@ -173,15 +185,19 @@ struct Report
     bool clearLogin = false;      ///< the user agrees to a login without TLS
     std::string commandDirectory; ///< the directory that rename and delete name in their commands; empty: none can be
     Proxy proxy;
+    std::string hostKeySha256; ///< the fingerprint that a session is given; empty: none
 
     // The facts.
+    std::string unfinishedLogin; ///< how the probe that logs in was ended, which was not to end by itself
+    std::string unfinishedBare;  ///< the same without TLS
+    int signal = 0;              ///< that ended the examination early
     Libcurl libcurl;
     Contact contact;
     Tls tls;
     HostKey hostKey;
+    Login client;          ///< as `SFtpClient` trusts servers
+    Login session;         ///< as `SFtpSession` does, where the other is not trusted
     Reply clearUser;       ///< to the user's name alone, without TLS
-    ProbeResult test;      ///< as the connection test visits; asked about SIZE, rename and rm on the way
-    ProbeResult listing;   ///< as the listing visits
     ProbeResult bare;      ///< as the upload and the size check log in: without the library's TLS step
     ProbeResult bareAgain; ///< the same in another way, where that one did not get as far as data
     std::optional<RoundTrip> roundTrip;

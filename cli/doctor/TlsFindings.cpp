@@ -75,7 +75,7 @@ std::string whoIsTrusted(const Report& report)
 
 void addTrust(const Report& report, Findings& findings)
 {
-    const ProbeResult& visit = report.test;
+    const ProbeResult& visit = report.client.test;
     if (!visit.made || report.tls.chain.empty()) {
         return;
     }

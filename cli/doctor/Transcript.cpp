@@ -11,7 +11,10 @@ namespace {
 
 // Of what a server says without end, this much is kept.
 constexpr std::string::size_type kLongestLine = 4096;
+constexpr std::size_t kMostLines = 1000;
+constexpr std::size_t kMostBytes = std::size_t{1} << 20;
 constexpr std::string::size_type kCodeDigits = 3;
+constexpr char kSshBanner[] = "SSH-";
 
 std::string withoutLineEnd(std::string line)
 {
@@ -54,11 +57,14 @@ void Transcript::addCommand(const std::string& line)
     const std::string command = withoutLineEnd(line);
     const std::string verb = command.substr(0, command.find(' '));
     m_line.clear();
+    m_first.clear();
+    m_bytes = m_lines = 0;
     m_exchanges.push_back({verb == "PASS" ? verb : command, {}});
 }
 
 void Transcript::addReply(const std::string& bytes)
 {
+    m_bytes += bytes.size();
     for (const char byte : bytes) {
         if (byte == '\n') {
             endLine();
@@ -72,9 +78,32 @@ void Transcript::endLine()
 {
     const std::string line = withoutLineEnd(std::move(m_line));
     m_line.clear();
+    ++m_lines;
     if (endsReply(line)) {
         m_exchanges.back().reply = replyOf(line, m_mask);
+    } else if (m_first.empty()) {
+        m_first = line;
     }
+}
+
+bool Transcript::isEnough(const std::string& lastCommand) const
+{
+    const Exchange& last = m_exchanges.back();
+    const bool isAnswered = last.reply.ending == Ending::Complete;
+    const bool isEndless = !isAnswered && (m_lines >= kMostLines || m_bytes >= kMostBytes);
+    return isEndless || m_first.compare(0, 4, kSshBanner) == 0 ||
+           (isAnswered && !lastCommand.empty() && last.command.compare(0, lastCommand.size(), lastCommand) == 0);
+}
+
+// What came before the end says what kind of server this is.
+void Transcript::end(CURLcode code)
+{
+    Reply& reply = m_exchanges.back().reply;
+    if (reply.ending != Ending::NotTried) {
+        return;
+    }
+    const Ending broken = code == CURLE_OPERATION_TIMEDOUT ? Ending::Silent : Ending::Closed;
+    reply = {isEnough({}) ? Ending::Garbled : broken, 0, ServerText(m_first.empty() ? m_line : m_first, m_mask)};
 }
 
 int Transcript::report(CURL* /*handle*/, curl_infotype kind, char* bytes, size_t count, void* self) noexcept

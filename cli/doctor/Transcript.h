@@ -24,7 +24,14 @@ public:
     /// One line, or a part of one, as it arrived.
     void addReply(const std::string& bytes);
 
-    /// The transcript so far; it begins with the greeting, whose command is empty.
+    /// Whether nothing more need be heard: the last command begins with `lastCommand` and has its reply, or what comes
+    /// goes on without an end, or is an SSH server's.
+    bool isEnough(const std::string& lastCommand) const;
+
+    /// Says of what was not answered how it ended, by libcurl's code for the transfer.
+    void end(CURLcode code);
+
+    /// All that was said so far; it begins with the greeting, whose command is empty.
     const std::vector<Exchange>& exchanges() const { return m_exchanges; }
 
 private:
@@ -34,6 +41,9 @@ private:
     const PasswordMask& m_mask;
     std::vector<Exchange> m_exchanges;
     std::string m_line;
+    std::string m_first;     // line since the last command
+    std::size_t m_bytes = 0; // since then, too
+    std::size_t m_lines = 0;
 };
 
 /// Whether a line ends a reply: three digits and a blank, or three digits alone.

@@ -65,7 +65,7 @@ const Plant kPlants[] = {
     {"PROT", [](auto& config, const std::string& text) { refuse(config, "PROT", "536 " + text); },
      "fails64 works0 fails64 fails64 fails64 fails64 "},
     {"CWD", [](auto& config, const std::string& text) { refuse(config, "CWD", "550 " + text); },
-     "fails-1 works0 fails78 fails78 fails78 fails9 "},
+     "fails-1 fails78 fails78 fails78 fails78 fails9 "},
     {"SIZE", [](auto& config, const std::string& text) { refuse(config, "SIZE", "502 " + text); },
      "fails-1 works0 works0 works0 works0 works0 "},
     {"Verbs",

@@ -60,10 +60,12 @@ Report fine()
     report.tls.versions[0].ending = Ending::Complete;
     report.tls.versions[0].offered = true;
     report.tls.namesHost = true;
-    report.test = resultWith(
-        0, transcriptUpTo(
-               {{"LIST", reply(226)}, {"rename /weekly/x /weekly/y", reply(550)}, {"rm /weekly/x", reply(550)}}));
-    report.listing = listed("NLST");
+    report.client.test = resultWith(
+        0,
+        transcriptUpTo({{"DELE x", reply(550)}, {"RNFR x", reply(550)}, {"EPSV", reply(229)}, {"LIST", reply(226)}}));
+    report.client.commands =
+        resultWith(0, transcriptUpTo({{"rename /weekly/x /weekly/y", reply(550)}, {"rm /weekly/x", reply(550)}}));
+    report.client.listing = listed("NLST");
     report.bare = listed("NLST");
     return report;
 }
@@ -98,8 +100,9 @@ Report changed(Edit edit)
 
 void answerVerbs(Report& report, const Reply& each)
 {
-    report.test.transcript[report.test.transcript.size() - 2].reply = each;
-    report.test.transcript.back().reply = each;
+    std::vector<Exchange>& transcript = report.client.commands.transcript;
+    transcript[transcript.size() - 2].reply = each;
+    transcript.back().reply = each;
 }
 
 const std::vector<Change>& changes()
@@ -117,8 +120,8 @@ const std::vector<Change>& changes()
          {-1, 67, 60, 60, 60, 60},
          [] {
              Report report = fineWithUserAlone(reply(530));
-             report.test = resultWith(60, {});
-             report.listing = {};
+             report.client.test = resultWith(60, {});
+             report.client.listing = {};
              return report;
          }()},
         {"UserAloneGoesOnButNotTrusted",
@@ -126,8 +129,8 @@ const std::vector<Change>& changes()
          {60, kNone, 60, 60, 60, 60},
          [] {
              Report report = fineWithUserAlone(reply(331));
-             report.test = resultWith(60, {});
-             report.listing = {};
+             report.client.test = resultWith(60, {});
+             report.client.listing = {};
              return report;
          }()},
         {"NameUnknown", "FFFFFF", {-1, 6, 6, 6, 6, 6}, changed([](Report& r) {
@@ -147,16 +150,16 @@ const std::vector<Change>& changes()
          })},
         {"SilentHandshake", "FWFFFF", {28, 0, 28, 28, 28, 28}, changed([](Report& r) {
              r.tls.versions[0] = {"TLS 1.3", Ending::Silent, false, ""};
-             r.test = {};
-             r.listing = {};
+             r.client.test = {};
+             r.client.listing = {};
          })},
         {"ClearDataRefused", "WFWWWW", {0, 25, 0, 0, 0, 0}, changed([](Report& r) {
              r.bare = resultWith(19, transcriptUpTo({{"NLST", reply(522)}}));
              r.bareAgain = resultWith(19, transcriptUpTo({{"LIST", reply(522)}}));
          })},
         {"EveryListingRefused", "??FFFF", {kNone, kNone, 19, 19, 19, 19}, changed([](Report& r) {
-             r.test = resultWith(19, transcriptUpTo({{"LIST", reply(550)}}));
-             r.listing = r.bare = r.bareAgain = resultWith(19, transcriptUpTo({{"NLST", reply(550)}}));
+             r.client.test = resultWith(19, transcriptUpTo({{"LIST", reply(550)}}));
+             r.client.listing = r.bare = r.bareAgain = resultWith(19, transcriptUpTo({{"NLST", reply(550)}}));
          })},
         {"SizeIs502", "FWWWWW", {-1, 0, 0, 0, 0, 0}, changed([](Report& r) {
              r.bare.transcript[5].reply = reply(502);
@@ -177,17 +180,17 @@ const std::vector<Change>& changes()
              r.commandDirectory.clear();
          })},
         {"LoginLeadsElsewhere", "WWFFWW", {0, 0, 21, 21, 0, 0}, changed([](Report& r) {
-             r.test.entryPath = said("/home");
+             r.client.test.entryPath = said("/home");
          })},
         {"LoginLeadsElsewhereButAbsolute", "WWWWWW", {0, 0, 0, 0, 0, 0}, changed([](Report& r) {
-             r.test.entryPath = said("/home");
+             r.client.test.entryPath = said("/home");
              r.commandDirectory = "//home/weekly/";
          })},
         {"UnknownScheme", "FFFFFF", {-1, 1, 1, 1, 1, 1}, changed([](Report& r) {
              r.scheme = Scheme::Sftp;
              r.libcurl.speaksScheme = false;
-             r.test = resultWith(1, {});
-             r.listing = r.bare = {};
+             r.client.test = resultWith(1, {});
+             r.client.listing = r.bare = {};
          })},
     };
     return all;

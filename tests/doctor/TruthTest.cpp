@@ -21,6 +21,15 @@ TEST_P(Truth, IsWhatWasPredicted)
     expectTruth(predictions, truth());
 }
 
+TEST_P(Truth, IsWhatWasPredictedForASession)
+{
+    const std::vector<doctor::Prediction> predictions = ofSession(predict(examine(question)));
+    EXPECT_EQ(GetParam().ofSession, outlooksOf(predictions));
+    expectTruth(predictions,
+                truthOfSession(question, local("scratch"),
+                               [this](const std::string& name, const std::string& content) { keep(name, content); }));
+}
+
 INSTANTIATE_TEST_SUITE_P(OfAServer, Truth, testing::ValuesIn(kinds()), idOf);
 
 } // namespace

@@ -137,7 +137,7 @@ void PrintTo(const Failure& failure, std::ostream* stream) { *stream << failure.
 
 const Failure kFailures[] = {
     {"Put", {"STOR=reply:553 read-only"}, "upload", "fails 25"},
-    {"PutMidway", {"9/DATA=drop-after:1000"}, "upload", "fails"},
+    {"PutMidway", {"6/DATA=drop-after:1000"}, "upload", "fails"},
     {"List", {"NLST=reply:550 no"}, "list", "fails 19"},
     {"Get", {"RETR=reply:550 no"}, "download", "fails 78"},
     {"Rename", {"rename=reply:553 read-only"}, "rename", "fails 21"},
@@ -193,7 +193,7 @@ TEST_F(Write, ReportsAListingTooLongToSearch)
 TEST_F(Write, ReportsContentThatCameBackDifferent)
 {
     misbehave("RETR=delay:0");
-    misbehave("9/DATA=claim-after:1000");
+    misbehave("6/DATA=claim-after:1000");
     EXPECT_EQ(1, write());
     EXPECT_TRUE(nothingIsLeft());
     EXPECT_EQ("fails 0", outlookOf("upload")) << said();
@@ -252,7 +252,7 @@ private:
 };
 
 // Of the session in which the file is sent.
-constexpr char kUploadStalls[] = "9/DONE=stall";
+constexpr char kUploadStalls[] = "6/DONE=stall";
 
 class WriteInterrupted : public Write, public testing::WithParamInterface<int>
 {

@@ -27,6 +27,7 @@ struct Kind
     std::string id;
     std::string outlooks; ///< download, upload, rename, delete, list, test
     void (*make)(World&);
+    std::string ofSession = "WWWWWW";
 };
 
 /// For the tests' names in ctest.

@@ -5,6 +5,7 @@
 
 #include <ISFtpClient.h>
 #include <SFtpClient.h>
+#include <SFtpSession.h>
 
 #include <gtest/gtest.h>
 
@@ -63,6 +64,39 @@ std::vector<int> truthOf(const Question& question, const std::string& scratch,
     writeFile(scratch, "the content");
     const int upload = client.UploadFileToSFtpServer(forFile(question, "sent.bak", scratch), text);
     return {download, upload, rename, remove, list, test};
+}
+
+std::vector<int> truthOfSession(const Question& question, const std::string& scratch,
+                                const std::function<void(const std::string&, const std::string&)>& keep)
+{
+    SessionOptions options;
+    options.hostKeySha256 = question.hostKeySha256;
+    SFtpSession session(options);
+    std::string text;
+    keep("fetched.bak", "the content");
+    keep("old.bak", "the content");
+    keep("gone.bak", "the content");
+    const int download = session.DownLoadSFtpFile(forFile(question, "fetched.bak", scratch), text);
+    const int rename = session.ReNameSFtpFile(forCommand(question, "old.bak", "new.bak"), text);
+    const int remove = session.DelSFtpFile(forCommand(question, "gone.bak"), text);
+    SFtpRequest listing = question.request;
+    listing.localPath = scratch;
+    const int list = session.Listsftpdir(listing, text);
+    const int test = session.TestSConnect(question.request, text);
+    // The last, because it makes a missing directory.
+    writeFile(scratch, "the content");
+    const int upload = session.UploadFileToSFtpServer(forFile(question, "sent.bak", scratch), text);
+    return {download, upload, rename, remove, list, test};
+}
+
+std::vector<Prediction> ofSession(const std::vector<Prediction>& predictions)
+{
+    std::vector<Prediction> those;
+    for (const Prediction& each : predictions) {
+        those.push_back({"session's " + each.operation, each.session.outlook, each.session.code, each.session.reason,
+                         each.session.remedy});
+    }
+    return those;
 }
 
 void expectTruth(const std::vector<Prediction>& predictions, const std::vector<int>& truth)

@@ -16,6 +16,13 @@
 std::vector<int> truthOf(const doctor::Question& question, const std::string& scratch,
                          const std::function<void(const std::string&, const std::string&)>& keep);
 
+/// The same for a session with the default options, and the question's fingerprint.
+std::vector<int> truthOfSession(const doctor::Question& question, const std::string& scratch,
+                                const std::function<void(const std::string&, const std::string&)>& keep);
+
+/// What is predicted for a session, as predictions of their own.
+std::vector<doctor::Prediction> ofSession(const std::vector<doctor::Prediction>& predictions);
+
 /// Fails the test for each prediction that is not true. An unknown outlook is never true.
 void expectTruth(const std::vector<doctor::Prediction>& predictions, const std::vector<int>& truth);
 

@@ -35,6 +35,20 @@ TEST_P(Daemons, BehaveAsPredicted)
                         [this](const std::string& name, const std::string& text) { keep("weekly/" + name, text); }));
 }
 
+TEST_P(Daemons, BehaveAsPredictedForASession)
+{
+    doctor::Question question = ask();
+    const auto fill = [this](const std::string& name, const std::string& text) { keep("weekly/" + name, text); };
+    const doctor::Report report = examine(question);
+    expectTruth(ofSession(predict(report)), truthOfSession(question, local("scratch"), fill));
+    if (!report.hostKey.fingerprint.empty()) {
+        question.hostKeySha256 = report.hostKey.fingerprint;
+        const std::vector<doctor::Prediction> known = ofSession(predict(examine(question)));
+        EXPECT_EQ("WWWWWW", outlooksOf(known));
+        expectTruth(known, truthOfSession(question, local("scratch"), fill));
+    }
+}
+
 TEST_P(Daemons, AreKnownToRequireTlsFromTheUserCommandAlone)
 {
     doctor::Question question = ask();
@@ -90,12 +104,21 @@ protected:
         EXPECT_EQ(outlooks, outlooksOf(predictions));
         expectTruth(predictions, truthOf(question, local("scratch"), [](const std::string&, const std::string&) {}));
     }
+    void expectPredictionOfASession(doctor::Question question, const std::string& outlooks)
+    {
+        question.hostKeySha256 = examine(question).hostKey.fingerprint;
+        const std::vector<doctor::Prediction> predictions = ofSession(predict(examine(question)));
+        EXPECT_EQ(outlooks, outlooksOf(predictions));
+        expectTruth(predictions,
+                    truthOfSession(question, local("scratch"), [](const std::string&, const std::string&) {}));
+    }
 };
 
 TEST_P(SshDaemons, RefuseAWrongPasswordAsPredicted)
 {
     request.password = "wrong";
     expectPrediction(ask(), "FFFFFF");
+    expectPredictionOfASession(ask(), "FFFFFF");
 }
 
 TEST_P(SshDaemons, ReportAMissingDirectoryAsPredicted)
@@ -104,6 +127,9 @@ TEST_P(SshDaemons, ReportAMissingDirectoryAsPredicted)
     question.request.remotePath += "missing/";
     question.commandUrl = question.request.remotePath;
     expectPrediction(question, "FWFFFF");
+    question.request.remotePath += "another/";
+    question.commandUrl = question.request.remotePath;
+    expectPredictionOfASession(question, "FWFFFW");
 }
 
 INSTANTIATE_TEST_SUITE_P(OfDebian, SshDaemons, testing::ValuesIn(thoseWithSsh()), idOf);
