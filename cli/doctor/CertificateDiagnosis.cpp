@@ -45,6 +45,12 @@ Diagnosis diagnoseCertificate(const Report& report, const ProbeResult& visit, bo
         return {"the certificate does not name " + report.host + ", and this operation compares the name",
                 "Use the name that the certificate has in the URL, or give the server one that names this host."};
     }
+    if (!bare && report.tls.givenTrust == X509_V_OK) {
+        const std::string anchor = "\"" + report.tls.anchor.shown() + "\"";
+        return {"the certificate is issued by " + anchor +
+                    ", and of the given certificates SFtpClient trusts the first alone, which is another",
+                "Give the host the certificate of " + anchor + " alone, or as the first."};
+    }
     return {std::string("the certificate is not trusted: ") + X509_verify_cert_error_string(visit.verifyResult) + store,
             remedyFor(report, visit.verifyResult, bare)};
 }

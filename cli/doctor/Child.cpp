@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <exception>
 #include <fstream>
+#include <utility>
 
 namespace doctor {
 
@@ -156,6 +157,38 @@ Child::Event Child::wait(const SignalsHeld& signals, std::chrono::steady_clock::
             return Event::Late;
         }
         return waits[1].revents != 0 ? Event::Signal : Event::Result;
+    }
+}
+
+Child::Outcome Child::collect(const SignalsHeld& signals, std::chrono::steady_clock::time_point end)
+{
+    Outcome outcome;
+    std::vector<std::uint8_t> bytes;
+    for (;;) {
+        outcome.event = wait(signals, end);
+        if (outcome.event != Event::Result) {
+            return outcome;
+        }
+        std::array<std::uint8_t, 65536> part = {};
+        const ssize_t got = read(m_results, part.data(), part.size());
+        if (got <= 0) {
+            break;
+        }
+        bytes.insert(bytes.end(), part.begin(), part.begin() + got);
+    }
+    if (finishes()) {
+        outcome.bytes = std::move(bytes);
+    }
+    return outcome;
+}
+
+void writeAll(int results, const std::vector<std::uint8_t>& bytes)
+{
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = write(results, bytes.data() + written, bytes.size() - written);
+        require(count >= 0, "a result is lost");
+        written += static_cast<std::size_t>(count);
     }
 }
 

@@ -6,7 +6,10 @@
 #include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX's signal sets are not in <csignal>
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
+#include <optional>
+#include <vector>
 
 namespace doctor {
 
@@ -55,10 +58,21 @@ public:
     /// Waits for what comes first.
     Event wait(const SignalsHeld& signals, std::chrono::steady_clock::time_point end) const;
 
+    /// What the work has given by `end`; without `bytes` where it came to no good end.
+    struct Outcome
+    {
+        Event event = Event::Result;
+        std::optional<std::vector<std::uint8_t>> bytes;
+    };
+    Outcome collect(const SignalsHeld& signals, std::chrono::steady_clock::time_point end);
+
 private:
     pid_t m_process = -1;
     int m_results = -1;
 };
+
+/// For the work of a child. Throws `std::system_error`.
+void writeAll(int results, const std::vector<std::uint8_t>& bytes);
 
 } // namespace doctor
 

@@ -57,7 +57,11 @@ public:
     ProbeResult run(const Transfer& transfer);
 
     /// Lets the next transfer connect and log in once more.
-    void mayReconnect() { m_isOpened = false; }
+    void mayReconnect()
+    {
+        m_isOpened = false;
+        m_transcript.beginAnew();
+    }
 
     /// For a transfer that has seen enough: what libcurl would still say to the server is not said.
     void cut() const;

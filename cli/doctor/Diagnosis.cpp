@@ -106,13 +106,26 @@ Diagnosis diagnoseData(const ProbeResult& visit)
         "that this machine sees, and let it use the same certificate there."};
 }
 
+// What follows from a refusal, by its code.
+std::string remedyFor(const Reply* reply, const std::string& permission)
+{
+    switch (reply == nullptr ? 0 : reply->code) {
+    case 421:
+        return "Ask the server's administrator what its log says; it may limit the connections.";
+    case 452:
+    case 552:
+        return "Free space at the server for that user, or have the quota raised.";
+    default:
+        return permission;
+    }
+}
+
 Diagnosis diagnoseListing(const ProbeResult& visit)
 {
-    const Reply* const names = visit.replyTo("NLST");
-    const Reply* const reply = names != nullptr ? names : visit.replyTo("LIST");
+    const Reply* const reply = refusalOf(visit);
     return {"the server refuses to list the directory " +
                 (reply == nullptr ? "(" + visit.error.shown() + ")" : quote(*reply)),
-            "Let the user list that directory, at the server."};
+            remedyFor(reply, "Let the user list that directory, at the server.")};
 }
 
 const Reply* lastReply(const ProbeResult& visit)
@@ -139,6 +152,15 @@ Diagnosis diagnoseTimeout(const Report& report, const ProbeResult& visit, bool b
 }
 
 } // namespace
+
+const Reply* refusalOf(const ProbeResult& result)
+{
+    const Reply* const names = result.replyTo("NLST");
+    const Reply* const reply = names != nullptr ? names : result.replyTo("LIST");
+    const bool isRefused = reply != nullptr && reply->ending == Ending::Complete && reply->code >= 400;
+    const bool isItsCode = result.code == CURLE_FTP_COULDNT_RETR_FILE || result.code == CURLE_FTP_WEIRD_PASV_REPLY;
+    return isRefused && isItsCode ? reply : nullptr;
+}
 
 std::string quote(const Reply& reply)
 {
@@ -209,6 +231,8 @@ Diagnosis diagnoseVisit(const Report& report, const ProbeResult& visit, bool bar
         return diagnoseTimeout(report, visit, bare);
     case CURLE_SSL_CONNECT_ERROR:
         return visit.loggedIn() ? diagnoseData(visit) : diagnoseHandshake(report, visit);
+    case CURLE_FTP_WEIRD_PASV_REPLY:
+        return refusalOf(visit) != nullptr ? diagnoseListing(visit) : diagnoseData(visit);
     default:
         return visit.loggedIn() ? diagnoseData(visit)
                                 : Diagnosis{"the connection fails: " + visit.error.shown(),

@@ -22,6 +22,10 @@ Diagnosis diagnoseVisit(const Report& report, const ProbeResult& visit, bool bar
 /// Why a login without TLS is refused with this reply.
 Diagnosis diagnoseClearLogin(const Reply& reply);
 
+/// What the server refused with, where it refused a transfer itself: libcurl takes some such replies for those to EPSV.
+/// Null where it did not.
+const Reply* refusalOf(const ProbeResult& result);
+
 /// What the server said, for a reason: "(530 TLS first)", or nothing.
 std::string quote(const Reply& reply);
 

@@ -1,12 +1,12 @@
 #include "doctor/Examination.h"
 
-#include "base/ThrowErrno.h"
 #include "doctor/Access.h"
 #include "doctor/Child.h"
 #include "doctor/Facts.h"
 #include "doctor/probes/Probes.h"
 
 #include <openssl/rand.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <array>
@@ -21,16 +21,48 @@ namespace {
 constexpr int kWaitsOfOne = 4;
 constexpr int kWaitsOfMany = 10;
 
+constexpr int kMostAttempts = 4;
+constexpr int kPause = 1000; // milliseconds
+
 /// Runs the probes, each in a process of its own, until a signal comes.
 class Examination
 {
 public:
     Examination(const Question& question, Report& report) : m_question(question), m_report(report) {}
 
-    /// `waits`: how many times the limit the probe may take. Returns why it was ended, if it was.
+    /// `waits`: how many times the limit the probe may take. Returns why it was ended, if it was. A probe that a server
+    /// turns away after others were welcome is repeated: the server may not yet have noticed that they are over.
     std::string run(const std::string& what, int waits, const std::function<void(Report&)>& probe)
     {
-        if (m_report.signal != 0) {
+        for (int attempt = 1;; ++attempt) {
+            Report facts = m_report;
+            facts.turnedAway = {};
+            const std::string ended = runOnce(what, waits, probe, facts);
+            const bool isTurnedAway = facts.turnedAway.ending != Ending::NotTried;
+            m_report.turnedAway = isTurnedAway ? facts.turnedAway : m_report.turnedAway;
+            if (!isTurnedAway || attempt == kMostAttempts || !pause()) {
+                facts.turnedAway = m_report.turnedAway;
+                m_report = std::move(facts);
+                return ended;
+            }
+        }
+    }
+
+private:
+    /// False where a signal ends it.
+    bool pause()
+    {
+        pollfd waits = {m_signals.descriptor(), POLLIN, 0};
+        if (poll(&waits, 1, kPause) <= 0) {
+            return true;
+        }
+        m_report.signal = m_signals.take();
+        return false;
+    }
+
+    std::string runOnce(const std::string& what, int waits, const std::function<void(Report&)>& probe, Report& facts)
+    {
+        if (facts.signal != 0) {
             return "was interrupted";
         }
         if (m_question.tell) {
@@ -38,46 +70,23 @@ public:
         }
         const std::chrono::milliseconds time = waits * m_question.limit;
         Child child([&](int results) {
-            probe(m_report);
-            writeAll(results, packFacts(m_report));
+            probe(facts);
+            writeAll(results, packFacts(facts));
         });
-        const auto end = std::chrono::steady_clock::now() + time;
-        std::vector<std::uint8_t> bytes;
-        for (;;) {
-            const Child::Event event = child.wait(m_signals, end);
-            if (event == Child::Event::Late) {
-                return "did not end within " + std::to_string(std::chrono::ceil<std::chrono::seconds>(time).count()) +
-                       " seconds";
-            }
-            if (event == Child::Event::Signal) {
-                m_report.signal = m_signals.take();
-                return "was interrupted";
-            }
-            std::array<std::uint8_t, 65536> part = {};
-            const ssize_t got = read(child.results(), part.data(), part.size());
-            if (got <= 0) {
-                break;
-            }
-            bytes.insert(bytes.end(), part.begin(), part.begin() + got);
+        const Child::Outcome outcome = child.collect(m_signals, std::chrono::steady_clock::now() + time);
+        if (outcome.event == Child::Event::Late) {
+            return "did not end within " + std::to_string(std::chrono::ceil<std::chrono::seconds>(time).count()) +
+                   " seconds";
         }
-        if (!child.finishes()) {
+        if (outcome.event == Child::Event::Signal) {
+            facts.signal = m_signals.take();
+            return "was interrupted";
+        }
+        if (!outcome.bytes) {
             return "needed more memory than it may have";
         }
-        unpackFacts(bytes, m_report);
+        unpackFacts(*outcome.bytes, facts);
         return {};
-    }
-
-private:
-    static void writeAll(int results, const std::vector<std::uint8_t>& bytes)
-    {
-        std::size_t written = 0;
-        while (written < bytes.size()) {
-            const ssize_t count = write(results, bytes.data() + written, bytes.size() - written);
-            if (count < 0) {
-                throwErrno("the result of a probe is lost");
-            }
-            written += static_cast<std::size_t>(count);
-        }
     }
 
     const Question& m_question;

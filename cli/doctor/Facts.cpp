@@ -16,7 +16,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Reply, ending, code, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Contact, code, addresses, address, greeting)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Certificate, subject, issuer, serial, notBefore, notAfter)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(TlsVersion, name, ending, offered, detail)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Tls, auth, versions, chain, namesHost, givenTrust)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Tls, auth, versions, chain, namesHost, anchor, givenTrust)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostKey, type, fingerprint)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Exchange, command, reply)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProbeResult, made, connected, address, code, error, verifyResult, entryPath, names,
@@ -26,7 +26,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Login, test, listing, root, commands)
 std::vector<std::uint8_t> packFacts(const Report& report)
 {
     return json::to_msgpack({report.contact, report.tls, report.hostKey, report.client, report.session,
-                             report.clearUser, report.bare, report.bareAgain});
+                             report.clearUser, report.bare, report.bareAgain, report.turnedAway});
 }
 
 void unpackFacts(const std::vector<std::uint8_t>& bytes, Report& report)
@@ -40,6 +40,7 @@ void unpackFacts(const std::vector<std::uint8_t>& bytes, Report& report)
     facts.at(5).get_to(report.clearUser);
     facts.at(6).get_to(report.bare);
     facts.at(7).get_to(report.bareAgain);
+    facts.at(8).get_to(report.turnedAway);
 }
 
 } // namespace doctor

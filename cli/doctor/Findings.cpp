@@ -54,6 +54,10 @@ void addProxy(const Proxy& proxy, Findings& findings)
 void addContact(const Report& report, Findings& findings)
 {
     const Contact& contact = report.contact;
+    if (contact.code == CURLE_OK && contact.addresses.empty()) {
+        findings.push_back({"connection", Grade::None, "not seen"});
+        return;
+    }
     const bool found = contact.code != CURLE_COULDNT_RESOLVE_HOST && !contact.addresses.empty();
     findings.push_back({"name", found ? Grade::Ok : Grade::Fail,
                         found ? report.host + " is " + joined(contact.addresses) : diagnoseContact(report).reason});
@@ -156,7 +160,17 @@ Finding listingFinding(const std::string& probe, const Report& report, const Pro
     }
     const std::size_t lines = visit.names.lines();
     return {probe, Grade::Ok,
-            (visit.names.isCut() ? "more than " : "") + std::to_string(lines) + (lines == 1 ? " line" : " lines")};
+            (visit.names.isCut() ? "at least " : "") + std::to_string(lines) + (lines == 1 ? " line" : " lines")};
+}
+
+void addLimit(const Reply& turnedAway, Findings& findings)
+{
+    if (turnedAway.ending != Ending::NotTried) {
+        findings.push_back({"connections", Grade::Warn,
+                            "the server turned one away after others " + quote(turnedAway) +
+                                ", so it was made again after a pause: it limits the connections of an address; a "
+                                "session then needs a lower SessionOptions::maxConnections"});
+    }
 }
 
 void addVisits(const Report& report, Findings& findings)
@@ -218,6 +232,7 @@ std::vector<Finding> findingsOf(const Report& report)
     addContact(report, findings);
     if (report.contact.code == CURLE_OK) {
         addSecurity(report, findings);
+        addLimit(report.turnedAway, findings);
         addVisits(report, findings);
     }
     if (report.roundTrip) {

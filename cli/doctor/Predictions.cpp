@@ -126,7 +126,7 @@ Prediction predictUpload(const Report& report)
     if (visit.succeeded()) {
         return successfulUpload(report, missing ? "it makes the missing directory" : "");
     }
-    if (visit.code != CURLE_FTP_COULDNT_RETR_FILE) {
+    if (visit.code != CURLE_FTP_COULDNT_RETR_FILE && refusalOf(visit) == nullptr) {
         return failsLike(report, visit, true);
     }
     if (report.scheme == Scheme::Ftp && report.client.listing.succeeded()) {
@@ -183,7 +183,8 @@ Prediction predictDownload(const Report& report)
     }
     // A file needs what a listing needs, but for the server's leave to list.
     const bool transfers = report.client.test.succeeded() || report.client.listing.succeeded();
-    if (!transfers && listingVisit(report).code == CURLE_FTP_COULDNT_RETR_FILE) {
+    if (!transfers &&
+        (listingVisit(report).code == CURLE_FTP_COULDNT_RETR_FILE || refusalOf(listingVisit(report)) != nullptr)) {
         return unknown("the server refuses every listing, so its data connection could not be tried",
                        "Run doctor with --write to try a download.");
     }
@@ -226,7 +227,9 @@ Prediction predictCommand(const Report& report, const std::string& verb)
     }
     const Reply* const reply = report.client.commands.replyTo(verb + " ");
     if (reply == nullptr || reply->ending != Ending::Complete) {
-        return unknown("the server did not answer the command \"" + verb + "\"",
+        const bool isClosed = reply != nullptr && reply->ending == Ending::Closed;
+        return unknown("the server " + std::string(isClosed ? "closes the connection at" : "did not answer") +
+                           " the command \"" + verb + "\"",
                        "Run doctor with --write to try it on a file of its own.");
     }
     if (reply->code < 400) {

@@ -103,6 +103,7 @@ struct Tls
     std::array<TlsVersion, 4> versions = {{{"TLS 1.3"}, {"TLS 1.2"}, {"TLS 1.1"}, {"TLS 1.0"}}};
     std::vector<Certificate> chain; ///< the server's own first
     bool namesHost = false;
+    ServerText anchor;    ///< the subject of the certificate by which a session trusts it
     long givenTrust = -1; ///< OpenSSL's verdict where the given CA alone is trusted; 0 is good, -1 not seen
 };
 
@@ -188,6 +189,7 @@ struct Report
     std::string hostKeySha256; ///< the fingerprint that a session is given; empty: none
 
     // The facts.
+    Reply turnedAway; ///< the greeting of a probe that came after others that were welcome, before it was repeated
     std::string unfinishedLogin; ///< how the probe that logs in was ended, which was not to end by itself
     std::string unfinishedBare;  ///< the same without TLS
     int signal = 0;              ///< that ended the examination early

@@ -116,7 +116,7 @@ Expectation predictData(const Report& report)
         return works();
     }
     const ProbeResult& last = login.root.made ? login.root : login.listing.made ? login.listing : login.test;
-    return last.code == CURLE_FTP_COULDNT_RETR_FILE
+    return last.code == CURLE_FTP_COULDNT_RETR_FILE || refusalOf(last) != nullptr
                ? unknown("the server refuses every listing, so the data connection could not be tried")
                : fails(last.code, diagnoseVisit(report, last, false));
 }
@@ -129,7 +129,7 @@ Expectation predictCommand(const Report& report, const std::string& command)
     }
     const Reply* const reply = loginOf(report).test.replyTo(command + " ");
     if (reply == nullptr || reply->ending != Ending::Complete) {
-        return unknown("the server did not answer the command " + command);
+        return unknown("the server closes the connection at the command " + command);
     }
     return reply->code < 400 || hasLookedForFile(*reply)
                ? works()

@@ -75,9 +75,9 @@ std::string textOf(const Expected& expected)
 
 void renderPredictions(const std::vector<Prediction>& predictions, bool inColour, std::ostream& out)
 {
-    constexpr std::size_t kOperation = 9;
+    constexpr std::size_t kOperation = 8;
     constexpr std::size_t kOutlook = 17;
-    out << "  " << padded("operation", kOperation) << "  " << padded("SFtpClient", kOutlook) << "  SFtpSession\n";
+    out << "  " << padded("", kOperation) << "  " << padded("SFtpClient", kOutlook) << "  SFtpSession\n";
     for (const Prediction& each : predictions) {
         out << "  " << padded(each.operation, kOperation) << "  "
             << coloured(padded(textOf(each), kOutlook), markOf(each.outlook), inColour) << "  "
@@ -147,7 +147,7 @@ void renderTable(const Report& report, const std::vector<Prediction>& prediction
 {
     out << escapeControlBytes(report.url) << ":\n";
     renderFindings(findingsOf(report), inColour, out);
-    out << '\n';
+    out << "\nThe operations:\n";
     renderPredictions(predictions, inColour, out);
     renderNotes("Why", notesOn(predictions, [](const Prediction& each) { return each.reason; }),
                 notesOn(predictions, [](const Prediction& each) { return each.session.reason; }), out);

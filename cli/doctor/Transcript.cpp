@@ -52,6 +52,14 @@ void Transcript::listenTo(CURL* handle)
     curl_easy_setopt(handle, CURLOPT_DEBUGDATA, this);
 }
 
+void Transcript::beginAnew()
+{
+    m_line.clear();
+    m_first.clear();
+    m_bytes = m_lines = 0;
+    m_exchanges.emplace_back();
+}
+
 void Transcript::addCommand(const std::string& line)
 {
     const std::string command = withoutLineEnd(line);

@@ -20,6 +20,9 @@ public:
     /// Lets the handle report here. REQUIRES: this object outlives the handle's transfers.
     void listenTo(CURL* handle);
 
+    /// What comes next is of another connection.
+    void beginAnew();
+
     void addCommand(const std::string& line);
     /// One line, or a part of one, as it arrived.
     void addReply(const std::string& bytes);

@@ -6,6 +6,7 @@
 #include "doctor/RoundTrip.h"
 
 #include <curl/curl.h>
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace doctor {
@@ -14,6 +15,7 @@ namespace {
 
 // A step has as many waits as this, at most, before the trial is given up.
 constexpr int kWaits = 3;
+constexpr int kWaitsOfCleanUp = 4;
 
 // Takes in the results until there are no more; a signal, or a step that takes too long, ends that early.
 int follow(Child& child, const SignalsHeld& signals, std::chrono::milliseconds limit, RoundTrip& roundTrip)
@@ -27,6 +29,7 @@ int follow(Child& child, const SignalsHeld& signals, std::chrono::milliseconds l
             return 0;
         }
         if (event == Child::Event::Signal) {
+            roundTrip.failure = "was interrupted";
             return signals.take();
         }
         StepNews news = {};
@@ -52,6 +55,27 @@ std::string obstacle(const Report& report)
     return loggedIn ? "" : "no login works";
 }
 
+// Signals have to wait until it is done.
+void cleanUpApart(const Question& question, const Report& report, const SignalsHeld& signals, RoundTrip& roundTrip)
+{
+    Child child([&](int results) {
+        cleanUp(question, report, roundTrip);
+        writeAll(results, nlohmann::json::to_msgpack({roundTrip.leftBehind, roundTrip.leftUnknown}));
+    });
+    const auto end = std::chrono::steady_clock::now() + kWaitsOfCleanUp * question.limit;
+    Child::Outcome outcome = child.collect(signals, end);
+    while (outcome.event == Child::Event::Signal) {
+        signals.take();
+        outcome = child.collect(signals, end);
+    }
+    roundTrip.leftUnknown = !outcome.bytes;
+    if (outcome.bytes) {
+        const auto left = nlohmann::json::from_msgpack(*outcome.bytes);
+        left.at(0).get_to(roundTrip.leftBehind);
+        left.at(1).get_to(roundTrip.leftUnknown);
+    }
+}
+
 } // namespace
 
 int tryWriting(const Question& question, Report& report)
@@ -75,7 +99,7 @@ int tryWriting(const Question& question, Report& report)
         });
         signal = follow(child, signals, question.limit, roundTrip);
     }
-    cleanUp(question, report, roundTrip);
+    cleanUpApart(question, report, signals, roundTrip);
     return signal != 0 ? signal : signals.take();
 }
 

@@ -28,11 +28,11 @@ std::string table(bool inColour)
 TEST(Table, JoinsTheOperationsThatShareARemedy)
 {
     const std::string text = table(false);
-    EXPECT_TRUE(holds("  operation  SFtpClient         SFtpSession\n"
-                      "  download   works              works\n"
-                      "  upload     will fail with 67  works\n"
-                      "  rename     unknown            will fail with 60\n"
-                      "  delete     will fail          unknown\n"
+    EXPECT_TRUE(holds("            SFtpClient         SFtpSession\n"
+                      "  download  works              works\n"
+                      "  upload    will fail with 67  works\n"
+                      "  rename    unknown            will fail with 60\n"
+                      "  delete    will fail          unknown\n"
                       "\n"
                       "Why:\n"
                       "  SFtpClient, upload, delete:\n"

@@ -33,6 +33,9 @@ void probeBareLogin(const Access& access, const std::string& missing, Report& re
     Transfer transfer{access.request.remotePath, Transfer::What::Names};
     transfer.afterLogin = {"TYPE I", "SIZE " + missing};
     report.bare = connection.run(transfer);
+    if (isTurnedAway(report.bare, report)) {
+        return;
+    }
     // Whether data gets through can still be seen: an upload makes a directory that is missing, and needs no leave to
     // list names.
     if (report.bare.code == CURLE_REMOTE_ACCESS_DENIED) {

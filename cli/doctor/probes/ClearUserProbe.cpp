@@ -14,6 +14,10 @@ void probeClearUser(const Access& access, Report& report)
     Transfer transfer{access.request.remotePath, Transfer::What::Nothing};
     transfer.lastCommand = "USER";
     const ProbeResult result = connection.run(transfer);
+    if (isTurnedAway(result, report)) {
+        report.clearUser = result.transcript.front().reply;
+        return;
+    }
     if (const Reply* const reply = result.replyTo("USER")) {
         report.clearUser = *reply;
     }

@@ -95,6 +95,21 @@ Reply greetingFrom(const Banner& banner, int code, const PasswordMask& mask)
 
 } // namespace
 
+bool isTurnedAway(const ProbeResult& result, Report& report)
+{
+    if (!report.contact.greeting.isPositive() || result.transcript.size() != 1) {
+        return false;
+    }
+    const Reply& greeting = result.transcript.front().reply;
+    // With implicit TLS, also who does not trust the server hears no greeting.
+    const bool isDropped = report.scheme == Scheme::Ftp && greeting.ending == Ending::Closed;
+    const bool isNoWelcome = isDropped || greeting.code == 421 || greeting.code / 100 == 5;
+    if (isNoWelcome) {
+        report.turnedAway = greeting;
+    }
+    return isNoWelcome;
+}
+
 void learnContact(const Access& access, const ProbeResult& first, Report& report)
 {
     report.contact.code = first.connected ? static_cast<int>(CURLE_OK) : first.code;

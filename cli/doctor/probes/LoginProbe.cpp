@@ -71,6 +71,9 @@ void probeLogin(const Access& access, const std::string& missing, Report& report
         return;
     }
     report.client = logIn(access, Manner::Client, missing, report);
+    if (isTurnedAway(report.client.test, report)) {
+        return;
+    }
     // Nothing secret was sent, then.
     if (report.client.test.code == CURLE_PEER_FAILED_VERIFICATION && isTrustedBySession(report)) {
         report.session = logIn(access, Manner::Session, missing, report);

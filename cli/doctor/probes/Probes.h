@@ -10,6 +10,9 @@
 /// already says, leaves its facts untried.
 namespace doctor {
 
+/// Whether the server turned this one away, although others were welcome before; which is noted.
+bool isTurnedAway(const ProbeResult& result, Report& report);
+
 /// The libcurl of this process.
 void probeLibcurl(Report& report);
 

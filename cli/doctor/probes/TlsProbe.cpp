@@ -117,6 +117,11 @@ private:
             return;
         }
         tls.givenTrust = good ? X509_V_OK : X509_STORE_CTX_get_error(store);
+        STACK_OF(X509)* const verified = X509_STORE_CTX_get0_chain(store);
+        if (good && sk_X509_num(verified) > 0) {
+            const X509* const top = sk_X509_value(verified, sk_X509_num(verified) - 1);
+            tls.anchor = {nameText(X509_get_subject_name(top)), m_access.mask};
+        }
         STACK_OF(X509)* const chain = X509_STORE_CTX_get0_untrusted(store);
         for (int i = 0; i < sk_X509_num(chain); ++i) {
             tls.chain.push_back(describe(sk_X509_value(chain, i), m_access.mask));
@@ -170,6 +175,9 @@ void probeTls(const Access& access, std::size_t newest, Report& report)
 {
     const Handshake handshake(access, report, newest);
     const ProbeResult& result = handshake.result;
+    if (newest > 0 && isTurnedAway(result, report)) {
+        return;
+    }
     if (newest == 0) {
         learnContact(access, result, report);
     }

@@ -66,6 +66,14 @@ const std::vector<Kind>& kinds()
         {"WrongCaImplicitButTheMachineTrusts", "WWWWWW", [](World& w) { implicit(w), anotherCa(w); }, "FFFFFF"},
         {"ImplicitUnknownToTheMachine", "FFWWWW",
          [](World& w) { implicit(w), w.machineTrusts = CertificateAuthority("Another CA").certificatePem(); }},
+        {"SecondOfTwoCas", "FWFFFF",
+         [](World& w) {
+             w.request.caCert = CertificateAuthority("Another CA").certificatePem() + w.authority.certificatePem();
+         }},
+        {"FirstOfTwoCas", "WWWWWW",
+         [](World& w) {
+             w.request.caCert = w.authority.certificatePem() + CertificateAuthority("Another CA").certificatePem();
+         }},
         {"UnreadableCa", "FWFFFF", [](World& w) { w.request.caCert = "no certificate"; }, "FFFFFF"},
         {"NoCaThoughDemanded", "FWFFFF", [](World& w) { w.request.caCert = "none"; }, "FFFFFF"},
         {"NoCaAndNoneDemanded", "WWWWWW", [](World& w) { w.request.caCert = "none", live::setCertAuthSwitch(0); }},
