@@ -90,6 +90,11 @@ Diagnosis diagnoseLogin(const Report& report, const ProbeResult& visit, bool bar
 Diagnosis diagnoseDirectory(const Report& report, const ProbeResult& visit)
 {
     const Reply* const reply = visit.replyTo("CWD");
+    if (report.scheme == Scheme::Sftp && visit.code == CURLE_REMOTE_ACCESS_DENIED) {
+        const std::string what = isUnlisted(report.client) ? "list" : "enter or list";
+        return {"the user may not " + what + " the directory (" + visit.error.shown() + ")",
+                "Let the user " + what + " that directory, at the server."};
+    }
     return {
         "the directory of the URL cannot be entered " +
             (reply == nullptr ? "(" + visit.error.shown() + ")" : quote(*reply)),
@@ -167,6 +172,8 @@ std::string quote(const Reply& reply)
     const std::string said = reply.shown();
     return said.empty() ? "(no reply)" : "(" + said + ")";
 }
+
+bool isUnlisted(const Login& login) { return login.missing.made && login.missing.code == CURLE_REMOTE_FILE_NOT_FOUND; }
 
 bool isTrustedBySession(const Report& report)
 {

@@ -29,6 +29,9 @@ const Reply* refusalOf(const ProbeResult& result);
 /// What the server said, for a reason: "(530 TLS first)", or nothing.
 std::string quote(const Reply& reply);
 
+/// Whether an SSH server's directory may be entered, but not listed.
+bool isUnlisted(const Login& login);
+
 /// Whether a session trusts the server's certificate.
 bool isTrustedBySession(const Report& report);
 

@@ -21,7 +21,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostKey, type, fingerprint)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Exchange, command, reply)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProbeResult, made, connected, address, code, error, verifyResult, entryPath, names,
                                    transcript)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Login, test, listing, root, commands)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Login, test, listing, root, missing, commands)
 
 std::vector<std::uint8_t> packFacts(const Report& report)
 {

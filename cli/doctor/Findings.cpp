@@ -83,7 +83,8 @@ Finding loginFinding(const std::string& probe, const Report& report, const Probe
         return {probe, Grade::None, kNotTried};
     }
     const bool loggedIn = report.scheme == Scheme::Sftp
-                              ? visit.code == CURLE_OK || visit.code == CURLE_REMOTE_FILE_NOT_FOUND
+                              ? visit.code == CURLE_OK || visit.code == CURLE_REMOTE_FILE_NOT_FOUND ||
+                                    visit.code == CURLE_REMOTE_ACCESS_DENIED
                               : visit.loggedIn();
     return {probe, loggedIn ? Grade::Ok : Grade::Fail,
             loggedIn ? "accepted" : diagnoseVisit(report, visit, bare).reason};
@@ -193,24 +194,27 @@ void addVisits(const Report& report, Findings& findings)
 
 bool isComplete(const RoundTrip& roundTrip)
 {
-    return roundTrip.put == 0 && roundTrip.list == 0 && roundTrip.listed && roundTrip.get == 0 && roundTrip.unchanged &&
-           roundTrip.rename == 0 && roundTrip.remove == 0;
+    const bool isListed = !roundTrip.list || (roundTrip.list == 0 && roundTrip.listed);
+    return roundTrip.put == 0 && isListed && roundTrip.get == 0 && roundTrip.unchanged && roundTrip.rename == 0 &&
+           roundTrip.remove == 0;
 }
 
-void addRoundTrip(const RoundTrip& roundTrip, Findings& findings)
+void addRoundTrip(const std::string& probe, const RoundTrip& roundTrip, Findings& findings)
 {
     if (isComplete(roundTrip)) {
-        findings.push_back({"round trip", Grade::Ok, "a small file was sent, listed, fetched, renamed and removed"});
+        findings.push_back({probe, Grade::Ok,
+                            std::string("a small file was sent,") + (roundTrip.list ? " listed," : "") +
+                                " fetched, renamed and removed"});
     }
     if (!roundTrip.notMade.empty()) {
-        findings.push_back({"round trip", Grade::Warn, "not made: " + roundTrip.notMade});
+        findings.push_back({probe, Grade::Warn, "not made: " + roundTrip.notMade});
     }
     if (!roundTrip.failure.empty()) {
         const std::string what = roundTrip.unfinished ? operationOf(*roundTrip.unfinished) : "round trip";
-        findings.push_back({"round trip", Grade::Fail, "given up: the " + what + " " + roundTrip.failure});
+        findings.push_back({probe, Grade::Fail, "given up: the " + what + " " + roundTrip.failure});
     }
     if (roundTrip.list == 0 && roundTrip.put == 0 && !roundTrip.listed) {
-        findings.push_back({"round trip", Grade::Warn, "the listing does not name the file that was sent"});
+        findings.push_back({probe, Grade::Warn, "the listing does not name the file that was sent"});
     }
     for (const std::string& name : roundTrip.leftBehind) {
         findings.push_back({"left behind", Grade::Fail, name + ": remove it by hand"});
@@ -236,7 +240,10 @@ std::vector<Finding> findingsOf(const Report& report)
         addVisits(report, findings);
     }
     if (report.roundTrip) {
-        addRoundTrip(*report.roundTrip, findings);
+        addRoundTrip("round trip", *report.roundTrip, findings);
+    }
+    if (report.sessionTrip) {
+        addRoundTrip("session's round trip", *report.sessionTrip, findings);
     }
     return findings;
 }

@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace doctor {
 
@@ -25,6 +26,8 @@ public:
     const std::string& bytes() const { return m_listing; }
     std::size_t lines() const;
     bool holds(const std::string& file) const;
+    /// The names that this is a part of.
+    std::vector<std::string> holding(const std::string& part) const;
     /// Whether something was left out.
     bool isCut() const { return m_isCut; }
 

@@ -97,7 +97,8 @@ Prediction predictUploadOverSsh(const Report& report)
     if (report.client.test.made && report.client.test.code == CURLE_REMOTE_FILE_NOT_FOUND) {
         return works("it makes the missing directory");
     }
-    return report.client.test.succeeded() ? works() : failsLike(report, report.client.test, false);
+    return report.client.test.succeeded() || isUnlisted(report.client) ? works()
+                                                                       : failsLike(report, report.client.test, false);
 }
 
 Prediction cautionAboutLostEnds()
@@ -151,7 +152,8 @@ Prediction predictSizeCheck(const Report& report)
 {
     if (report.scheme == Scheme::Sftp) {
         const bool passes = report.client.test.succeeded() ||
-                            (report.client.test.made && report.client.test.code == CURLE_REMOTE_FILE_NOT_FOUND);
+                            (report.client.test.made && report.client.test.code == CURLE_REMOTE_FILE_NOT_FOUND) ||
+                            isUnlisted(report.client);
         return passes ? works() : failsLike(report, report.client.test, false);
     }
     if (!report.bare.made) {
@@ -182,7 +184,8 @@ Prediction predictDownload(const Report& report)
         return check;
     }
     // A file needs what a listing needs, but for the server's leave to list.
-    const bool transfers = report.client.test.succeeded() || report.client.listing.succeeded();
+    const bool transfers =
+        report.client.test.succeeded() || report.client.listing.succeeded() || isUnlisted(report.client);
     if (!transfers &&
         (listingVisit(report).code == CURLE_FTP_COULDNT_RETR_FILE || refusalOf(listingVisit(report)) != nullptr)) {
         return unknown("the server refuses every listing, so its data connection could not be tried",
@@ -285,6 +288,9 @@ std::vector<Prediction> predict(const Report& report)
     }
     if (report.roundTrip) {
         applyRoundTrip(*report.roundTrip, predictions);
+    }
+    if (report.sessionTrip) {
+        applySessionTrip(*report.sessionTrip, predictions);
     }
     for (Prediction& each : predictions) {
         if (each.outlook == Outlook::Fails && each.session.outlook == Outlook::Works) {

@@ -145,6 +145,7 @@ struct Login
     ProbeResult test;     ///< as the connection test visits; asked on the way about SIZE, and what a session needs
     ProbeResult listing;  ///< as the listing visits
     ProbeResult root;     ///< the listing of the login's directory, where the one asked about is missing
+    ProbeResult missing;  ///< of a file that is not there, where an SSH server does not let the directory be listed
     ProbeResult commands; ///< asked about rename and rm
 };
 
@@ -197,12 +198,13 @@ struct Report
     Contact contact;
     Tls tls;
     HostKey hostKey;
-    Login client;          ///< as `SFtpClient` trusts servers
-    Login session;         ///< as `SFtpSession` does, where the other is not trusted
-    Reply clearUser;       ///< to the user's name alone, without TLS
-    ProbeResult bare;      ///< as the upload and the size check log in: without the library's TLS step
-    ProbeResult bareAgain; ///< the same in another way, where that one did not get as far as data
-    std::optional<RoundTrip> roundTrip;
+    Login client;                         ///< as `SFtpClient` trusts servers
+    Login session;                        ///< as `SFtpSession` does, where the other is not trusted
+    Reply clearUser;                      ///< to the user's name alone, without TLS
+    ProbeResult bare;                     ///< as the upload and the size check log in: without the library's TLS step
+    ProbeResult bareAgain;                ///< the same in another way, where that one did not get as far as data
+    std::optional<RoundTrip> roundTrip;   ///< of `SFtpClient`; what is left behind counts for both
+    std::optional<RoundTrip> sessionTrip; ///< of `SFtpSession`
 };
 
 } // namespace doctor

@@ -16,7 +16,8 @@ std::string textOf(int code)
 }
 
 // A failure that was predicted keeps its reason: the trial has none.
-void apply(const std::optional<int>& code, Prediction& prediction)
+template <typename Expected>
+void apply(const std::optional<int>& code, Expected& prediction)
 {
     if (!code) {
         return;
@@ -34,7 +35,8 @@ void apply(const std::optional<int>& code, Prediction& prediction)
 }
 
 // How long it would have gone on is not known: where nothing spoke against it, it may be slow and work.
-void applyUnfinished(const std::string& failure, Prediction& prediction)
+template <typename Expected>
+void applyUnfinished(const std::string& failure, Expected& prediction)
 {
     const std::string reason = "tried, and it " + failure;
     if (prediction.outlook == Outlook::Fails) {
@@ -57,25 +59,37 @@ Prediction& of(const char* operation, std::vector<Prediction>& predictions)
     return predictions.front();
 }
 
-} // namespace
-
-void applyRoundTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions)
+template <typename Select>
+void applyTrip(const RoundTrip& roundTrip, Select of)
 {
-    apply(roundTrip.put, of("upload", predictions));
-    apply(roundTrip.list, of("list", predictions));
-    apply(roundTrip.get, of("download", predictions));
-    apply(roundTrip.rename, of("rename", predictions));
-    apply(roundTrip.remove, of("delete", predictions));
+    apply(roundTrip.put, of("upload"));
+    apply(roundTrip.list, of("list"));
+    apply(roundTrip.get, of("download"));
+    apply(roundTrip.rename, of("rename"));
+    apply(roundTrip.remove, of("delete"));
     if (roundTrip.unfinished) {
-        applyUnfinished(roundTrip.failure, of(operationOf(*roundTrip.unfinished), predictions));
+        applyUnfinished(roundTrip.failure, of(operationOf(*roundTrip.unfinished)));
     }
     if (roundTrip.get == 0 && !roundTrip.unchanged) {
-        Prediction& upload = of("upload", predictions);
+        auto& upload = of("upload");
         upload.outlook = Outlook::Fails;
         upload.reason = "what was fetched back is not what was sent, though both operations report success";
         upload.remedy =
             "Use libcurl 8.9 or newer, or limit the server to TLS 1.2, and look for a full disk at the server.";
     }
+}
+
+} // namespace
+
+void applyRoundTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions)
+{
+    applyTrip(roundTrip, [&predictions](const char* operation) -> Prediction& { return of(operation, predictions); });
+}
+
+void applySessionTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions)
+{
+    applyTrip(roundTrip,
+              [&predictions](const char* operation) -> Expectation& { return of(operation, predictions).session; });
 }
 
 } // namespace doctor

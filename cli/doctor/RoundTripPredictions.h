@@ -10,6 +10,9 @@ namespace doctor {
 /// Puts what a round trip has shown in the place of what was predicted.
 void applyRoundTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions);
 
+/// The same for a session's.
+void applySessionTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions);
+
 } // namespace doctor
 
 #endif

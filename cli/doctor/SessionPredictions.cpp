@@ -61,7 +61,7 @@ std::optional<Expectation> certificateObstacle(const Report& report)
 bool isInside(const Report& report, const ProbeResult& test)
 {
     if (report.scheme == Scheme::Sftp) {
-        return test.succeeded() || test.code == CURLE_REMOTE_FILE_NOT_FOUND;
+        return test.succeeded() || test.code == CURLE_REMOTE_FILE_NOT_FOUND || test.code == CURLE_REMOTE_ACCESS_DENIED;
     }
     const bool begun =
         test.replyTo("EPSV") != nullptr || test.replyTo("PASV") != nullptr || test.code == CURLE_FTP_COULDNT_SET_TYPE;
@@ -89,6 +89,9 @@ std::optional<Expectation> obstacle(const Report& report)
 bool isMissing(const Report& report)
 {
     const int code = loginOf(report).test.code;
+    if (isUnlisted(loginOf(report))) {
+        return false;
+    }
     return code == CURLE_REMOTE_ACCESS_DENIED || (report.scheme == Scheme::Sftp && code == CURLE_REMOTE_FILE_NOT_FOUND);
 }
 
@@ -112,7 +115,7 @@ Expectation predictList(const Report& report)
 Expectation predictData(const Report& report)
 {
     const Login& login = loginOf(report);
-    if (login.test.succeeded() || login.listing.succeeded() || login.root.succeeded()) {
+    if (login.test.succeeded() || login.listing.succeeded() || login.root.succeeded() || isUnlisted(login)) {
         return works();
     }
     const ProbeResult& last = login.root.made ? login.root : login.listing.made ? login.listing : login.test;
@@ -140,7 +143,8 @@ Expectation predictCommand(const Report& report, const std::string& command)
 Expectation predictUpload(const Report& report)
 {
     if (report.scheme == Scheme::Sftp) {
-        return works(isMissing(report) ? "it makes the missing directory" : "");
+        const bool isClosed = isMissing(report) && loginOf(report).test.code == CURLE_REMOTE_ACCESS_DENIED;
+        return isClosed ? missing(report) : works(isMissing(report) ? "it makes the missing directory" : "");
     }
     const Expectation data = predictData(report);
     if (data.outlook != Outlook::Works) {

@@ -4,6 +4,7 @@
 #include "doctor/Child.h"
 #include "doctor/CleanUp.h"
 #include "doctor/RoundTrip.h"
+#include "doctor/SessionPredictions.h"
 
 #include <curl/curl.h>
 #include <nlohmann/json.hpp>
@@ -18,26 +19,30 @@ constexpr int kWaits = 3;
 constexpr int kWaitsOfCleanUp = 4;
 
 // Takes in the results until there are no more; a signal, or a step that takes too long, ends that early.
-int follow(Child& child, const SignalsHeld& signals, std::chrono::milliseconds limit, RoundTrip& roundTrip)
+int follow(Child& child, const SignalsHeld& signals, std::chrono::milliseconds limit, Report& report)
 {
+    RoundTrip* current = &*report.roundTrip;
     const std::chrono::milliseconds patience = kWaits * limit;
     for (;;) {
         const Child::Event event = child.wait(signals, std::chrono::steady_clock::now() + patience);
         if (event == Child::Event::Late) {
-            roundTrip.failure = "did not finish within " +
-                                std::to_string(std::chrono::ceil<std::chrono::seconds>(patience).count()) + " seconds";
+            current->failure = "did not finish within " +
+                               std::to_string(std::chrono::ceil<std::chrono::seconds>(patience).count()) + " seconds";
             return 0;
         }
         if (event == Child::Event::Signal) {
-            roundTrip.failure = "was interrupted";
+            current->failure = "was interrupted";
             return signals.take();
         }
         StepNews news = {};
         if (read(child.results(), &news, sizeof news) != sizeof news) {
-            roundTrip.failure = child.finishes() ? "" : "ended without a result";
+            current->failure = child.finishes() ? "" : "ended without a result";
             return 0;
         }
-        record(news, roundTrip);
+        if (news.ofSession) {
+            current = &*report.sessionTrip;
+        }
+        record(news, *current);
     }
 }
 
@@ -86,18 +91,22 @@ int tryWriting(const Question& question, Report& report)
     if (!roundTrip.notMade.empty()) {
         return 0;
     }
+    const bool withSession = predictForSession(report, "upload").outlook == Outlook::Works;
+    if (withSession) {
+        report.sessionTrip.emplace().name = nameForSession(roundTrip.name);
+    }
     const SignalsHeld signals;
     int signal = 0;
     {
         Child child([&](int results) {
-            makeRoundTrip(question, roundTrip.name, [results](const StepNews& news) {
+            makeRoundTrip(question, roundTrip.name, withSession, [results](const StepNews& news) {
                 // Smaller than what a pipe takes at once.
                 if (write(results, &news, sizeof news) != sizeof news) {
                     throwErrno("the result of a step is lost");
                 }
             });
         });
-        signal = follow(child, signals, question.limit, roundTrip);
+        signal = follow(child, signals, question.limit, report);
     }
     cleanUpApart(question, report, signals, roundTrip);
     return signal != 0 ? signal : signals.take();

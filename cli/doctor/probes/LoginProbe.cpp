@@ -45,6 +45,10 @@ Login logIn(const Access& access, Manner manner, const std::string& missing, con
         transfer.afterLogin = {"TYPE I", "SIZE " + missing, "DELE " + missing, "RNFR " + missing};
     }
     login.test = connection.run(transfer);
+    if (isSsh && login.test.code == CURLE_REMOTE_ACCESS_DENIED) {
+        connection.mayReconnect();
+        login.missing = connection.run({access.request.remotePath + missing, Transfer::What::Nothing});
+    }
     // Where the login fails once, it fails again; and a second wrong password can lock the user out.
     if (isSsh ? login.test.code != CURLE_OK : !login.test.loggedIn()) {
         return login;
