@@ -95,6 +95,7 @@ TEST_F(Write, LeavesNothingBehindOnSuccess)
         EXPECT_EQ("works 0", outlookOf(operation)) << operation;
     }
     EXPECT_EQ("ok: a small file was sent, listed, fetched, renamed and removed", roundTrip());
+    EXPECT_EQ(13U, sessions().size());
     EXPECT_TRUE(nothingIsLeft());
     EXPECT_EQ(0U, leftBehind());
 }

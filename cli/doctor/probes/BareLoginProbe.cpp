@@ -11,8 +11,10 @@ namespace {
 bool mayBeMade(const Report& report)
 {
     // A second wrong password can lock the user out.
-    const bool wrongPassword =
-        report.client.test.code == CURLE_LOGIN_DENIED && report.client.test.replyTo("PASS") != nullptr;
+    const auto isWrongPassword = [](const ProbeResult& test) {
+        return test.code == CURLE_LOGIN_DENIED && test.replyTo("PASS") != nullptr;
+    };
+    const bool wrongPassword = isWrongPassword(report.client.test) || isWrongPassword(report.session.test);
     if (report.contact.code != CURLE_OK || wrongPassword) {
         return false;
     }
