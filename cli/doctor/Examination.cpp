@@ -37,7 +37,7 @@ public:
         for (int attempt = 1;; ++attempt) {
             Report facts = m_report;
             facts.turnedAway = {};
-            const std::string ended = runOnce(what, waits, probe, facts);
+            std::string ended = runOnce(what, waits, probe, facts);
             const bool isTurnedAway = facts.turnedAway.ending != Ending::NotTried;
             m_report.turnedAway = isTurnedAway ? facts.turnedAway : m_report.turnedAway;
             if (!isTurnedAway || attempt == kMostAttempts || !pause()) {

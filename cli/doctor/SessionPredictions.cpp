@@ -75,7 +75,7 @@ std::optional<Expectation> obstacle(const Report& report)
     if (report.libcurl.speaksScheme && (report.trust == Trust::Unreadable || report.trust == Trust::NobodyRefused)) {
         return fails(CURLE_SSL_CACERT_BADFILE, diagnoseCaFile(report, false));
     }
-    const std::optional<Expectation> stranger =
+    std::optional<Expectation> stranger =
         report.scheme == Scheme::Sftp ? hostKeyObstacle(report) : certificateObstacle(report);
     if (stranger) {
         return stranger;
@@ -146,7 +146,7 @@ Expectation predictUpload(const Report& report)
         const bool isClosed = isMissing(report) && loginOf(report).test.code == CURLE_REMOTE_ACCESS_DENIED;
         return isClosed ? missing(report) : works(isMissing(report) ? "it makes the missing directory" : "");
     }
-    const Expectation data = predictData(report);
+    Expectation data = predictData(report);
     if (data.outlook != Outlook::Works) {
         return data;
     }
