@@ -4,7 +4,7 @@
 
 #include <curl/curl.h>
 #include <openssl/err.h>
-#include <openssl/pem.h>
+#include <tls/TlsTrust.h>
 
 #include <memory>
 #include <stdexcept>
@@ -12,11 +12,6 @@
 namespace doctor {
 
 namespace {
-
-MemoryBio readFrom(const std::string& text)
-{
-    return MemoryBio(BIO_new_mem_buf(text.data(), static_cast<int>(text.size())));
-}
 
 /// A URL in the parts that libcurl sees in it.
 class Url
@@ -77,15 +72,19 @@ Access::Access(const SFtpRequest& from, std::chrono::milliseconds time)
 {
 }
 
+std::string Access::rootUrl() const
+{
+    const std::string& url = request.remotePath;
+    return url.substr(0, url.find('/', url.find("://") + 3)) + "/";
+}
+
 X509Certificate readCertificate(const std::string& text)
 {
-    X509Certificate certificate(PEM_read_bio_X509(readFrom(text).get(), nullptr, nullptr, nullptr));
-    if (!certificate) {
-        certificate.reset(d2i_X509_bio(readFrom(text).get(), nullptr));
-    }
+    X509* certificate = nullptr;
+    static_cast<void>(sftpConvToX509(text, certificate));
     // An error that is left would be taken for one of the next call.
     ERR_clear_error();
-    return certificate;
+    return X509Certificate(certificate);
 }
 
 } // namespace doctor

@@ -19,6 +19,9 @@ struct Access
     /// REQUIRES: `request` outlives this object; its URL begins with ftp:, ftps: or sftp:.
     Access(const SFtpRequest& request, std::chrono::milliseconds limit);
 
+    /// The URL of the login's own directory.
+    std::string rootUrl() const;
+
     const SFtpRequest& request;
     std::chrono::milliseconds limit;
     PasswordMask mask; ///< for what the server says

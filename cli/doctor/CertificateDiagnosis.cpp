@@ -36,7 +36,7 @@ std::string remedyFor(const Report& report, long verdict, bool bare)
 
 } // namespace
 
-Diagnosis diagnoseCertificate(const Report& report, const Visit& visit, bool bare)
+Diagnosis diagnoseCertificate(const Report& report, const ProbeResult& visit, bool bare)
 {
     const std::string store = bare ? ", and only this machine's trust store counts" : "";
     // libcurl compares the name only when the chain is good, and some versions leave no verdict then.
@@ -45,8 +45,22 @@ Diagnosis diagnoseCertificate(const Report& report, const Visit& visit, bool bar
         return {"the certificate does not name " + report.host + ", and this operation compares the name",
                 "Use the name that the certificate has in the URL, or give the server one that names this host."};
     }
+    if (!bare && report.tls.givenTrust == X509_V_OK) {
+        const std::string anchor = "\"" + report.tls.anchor.shown() + "\"";
+        return {"the certificate is issued by " + anchor +
+                    ", and of the given certificates SFtpClient trusts the first alone, which is another",
+                "Give the host the certificate of " + anchor + " alone, or as the first."};
+    }
     return {std::string("the certificate is not trusted: ") + X509_verify_cert_error_string(visit.verifyResult) + store,
             remedyFor(report, visit.verifyResult, bare)};
+}
+
+Diagnosis diagnoseGivenTrust(const Report& report)
+{
+    const long verdict = report.tls.givenTrust;
+    const std::string scope = report.trust == Trust::Certificate ? ", and a session trusts the given CA alone" : "";
+    return {std::string("the certificate is not trusted: ") + X509_verify_cert_error_string(verdict) + scope,
+            remedyFor(report, verdict, false)};
 }
 
 Diagnosis diagnoseCaFile(const Report& report, bool bare)

@@ -6,7 +6,10 @@
 namespace doctor {
 
 /// Why a visit did not trust the server's certificate.
-Diagnosis diagnoseCertificate(const Report& report, const Visit& visit, bool bare);
+Diagnosis diagnoseCertificate(const Report& report, const ProbeResult& visit, bool bare);
+
+/// Why a session does not trust it.
+Diagnosis diagnoseGivenTrust(const Report& report);
 
 /// Why the certificates to trust cannot be used.
 Diagnosis diagnoseCaFile(const Report& report, bool bare);

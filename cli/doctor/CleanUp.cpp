@@ -1,7 +1,7 @@
 #include "doctor/CleanUp.h"
 
 #include "doctor/Access.h"
-#include "doctor/LibraryVisit.h"
+#include "doctor/ControlConnection.h"
 #include "doctor/RoundTrip.h"
 
 #include <algorithm>
@@ -10,11 +10,29 @@ namespace doctor {
 
 namespace {
 
-bool removedOne(const Visit& visit)
+bool hasRemovedOne(const ProbeResult& result)
 {
-    return std::any_of(visit.dialogue.begin(), visit.dialogue.end(), [](const Exchange& each) {
+    return std::any_of(result.transcript.begin(), result.transcript.end(), [](const Exchange& each) {
         return each.command.compare(0, 5, "DELE ") == 0 && each.reply.code / 100 == 2;
     });
+}
+
+ProbeResult removeAndLook(const Access& access, ControlConnection& connection, const std::vector<std::string>& files)
+{
+    Transfer transfer{access.request.remotePath, Transfer::What::Names};
+    for (const std::string& file : files) {
+        transfer.afterLogin.push_back(access.scheme == Scheme::Sftp ? "rm \"" + access.path + file + "\""
+                                                                    : "DELE " + access.path.substr(1) + file);
+    }
+    connection.mayReconnect();
+    return connection.run(transfer);
+}
+
+// A step that was begun may have left a file, unless it was deleted.
+bool mayHaveLeftSomething(const RoundTrip& trip)
+{
+    const bool isBegun = trip.put.has_value() || trip.unfinished.has_value();
+    return isBegun && trip.remove != 0;
 }
 
 } // namespace
@@ -22,24 +40,29 @@ bool removedOne(const Visit& visit)
 void cleanUp(const Question& question, const Report& report, RoundTrip& roundTrip)
 {
     const Access access(question.request, question.limit);
-    Errand errand;
-    errand.url = question.request.remotePath;
-    errand.namesOnly = true;
-    errand.tlsStep = report.test.loggedIn();
-    const std::vector<std::string> files = {roundTrip.name, renamed(roundTrip.name)};
-    for (const std::string& file : files) {
-        errand.afterLogin.push_back(access.scheme == Scheme::Sftp ? "rm \"" + access.path + file + "\""
-                                                                  : "DELE " + access.path.substr(1) + file);
+    const bool overTls = report.client.test.loggedIn();
+    const bool bySession = !overTls && report.session.test.loggedIn();
+    ControlConnection connection(access, overTls ? Manner::Client : bySession ? Manner::Session : Manner::Bare);
+    const std::string& name = roundTrip.name;
+    std::vector<std::string> files = {name, renamed(name)};
+    if (report.sessionTrip) {
+        files.push_back(nameForSession(name));
+        files.push_back(renamed(nameForSession(name)));
     }
-    const Visit cleaned = visit(access, errand);
-    for (const std::string& file : files) {
-        if (cleaned.names.holds(file)) {
-            roundTrip.leftBehind.push_back(question.request.remotePath + file);
-        }
+    ProbeResult cleaned = removeAndLook(access, connection, files);
+    // A session that was broken off leaves its file under a name of its own choice.
+    std::vector<std::string> left = cleaned.names.holding(name);
+    if (!left.empty() && report.sessionTrip) {
+        cleaned = removeAndLook(access, connection, left);
+        left = cleaned.names.holding(name);
     }
-    // At most one of the two names is there: where one was removed, no listing is needed.
-    const bool looked = cleaned.succeeded() && !cleaned.names.isCut();
-    roundTrip.leftUnknown = !looked && roundTrip.remove != 0 && !removedOne(cleaned);
+    for (const std::string& file : left) {
+        roundTrip.leftBehind.push_back(question.request.remotePath + file);
+    }
+    // At most one of the names of a trip is there: where one was removed, no listing is needed.
+    const bool hasLooked = cleaned.succeeded() && !cleaned.names.isCut();
+    const bool sessionMayHave = report.sessionTrip && mayHaveLeftSomething(*report.sessionTrip);
+    roundTrip.leftUnknown = !hasLooked && (sessionMayHave || (roundTrip.remove != 0 && !hasRemovedOne(cleaned)));
 }
 
 } // namespace doctor

@@ -43,7 +43,7 @@ Diagnosis diagnoseGreeting(const Report& report)
             "Ask the server's administrator: it may have too many clients, or not want this machine's address."};
 }
 
-Diagnosis diagnoseHandshake(const Report& report, const Visit& visit)
+Diagnosis diagnoseHandshake(const Report& report, const ProbeResult& visit)
 {
     const auto& versions = report.tls.versions;
     const bool oldOnly = !offersUsableTls(report) && std::any_of(versions.begin(), versions.end(),
@@ -61,7 +61,7 @@ Diagnosis diagnoseHandshake(const Report& report, const Visit& visit)
                 : "Give the server a certificate and turn TLS on."};
 }
 
-Diagnosis diagnoseNoTls(const Report& report, const Visit& visit)
+Diagnosis diagnoseNoTls(const Report& report, const ProbeResult& visit)
 {
     const Reply* const protection = visit.replyTo("PROT");
     if (protection != nullptr) {
@@ -71,25 +71,30 @@ Diagnosis diagnoseNoTls(const Report& report, const Visit& visit)
             "Turn on explicit TLS (AUTH TLS) at the server, or use implicit TLS or SFTP if it has one of them."};
 }
 
-const Reply* loginReply(const Visit& visit)
+const Reply* loginReply(const ProbeResult& visit)
 {
     const Reply* const reply = visit.replyTo("PASS");
     return reply != nullptr ? reply : visit.replyTo("USER");
 }
 
-Diagnosis diagnoseLogin(const Report& report, const Visit& visit, bool bare)
+Diagnosis diagnoseLogin(const Report& report, const ProbeResult& visit, bool bare)
 {
     const Reply* const reply = loginReply(visit);
-    if (bare && report.scheme == Scheme::Ftp && (report.test.loggedIn() || !visit.replyTo("PASS"))) {
+    if (bare && report.scheme == Scheme::Ftp && (report.client.test.loggedIn() || !visit.replyTo("PASS"))) {
         return diagnoseClearLogin(reply == nullptr ? Reply{} : *reply);
     }
     return {"the server refuses the login " + (reply == nullptr ? "(" + visit.error.shown() + ")" : quote(*reply)),
             "Check the user's name and the password, and whether the user may log in from this machine."};
 }
 
-Diagnosis diagnoseDirectory(const Report& report, const Visit& visit)
+Diagnosis diagnoseDirectory(const Report& report, const ProbeResult& visit)
 {
     const Reply* const reply = visit.replyTo("CWD");
+    if (report.scheme == Scheme::Sftp && visit.code == CURLE_REMOTE_ACCESS_DENIED) {
+        const std::string what = isUnlisted(report.client) ? "list" : "enter or list";
+        return {"the user may not " + what + " the directory (" + visit.error.shown() + ")",
+                "Let the user " + what + " that directory, at the server."};
+    }
     return {
         "the directory of the URL cannot be entered " +
             (reply == nullptr ? "(" + visit.error.shown() + ")" : quote(*reply)),
@@ -98,7 +103,7 @@ Diagnosis diagnoseDirectory(const Report& report, const Visit& visit)
             : "Make the directory on the server, or correct the URL, whose path counts from the login's directory."};
 }
 
-Diagnosis diagnoseData(const Visit& visit)
+Diagnosis diagnoseData(const ProbeResult& visit)
 {
     return {
         "the data connection fails: " + visit.error.shown(),
@@ -106,24 +111,37 @@ Diagnosis diagnoseData(const Visit& visit)
         "that this machine sees, and let it use the same certificate there."};
 }
 
-Diagnosis diagnoseListing(const Visit& visit)
+// What follows from a refusal, by its code.
+std::string remedyFor(const Reply* reply, const std::string& permission)
 {
-    const Reply* const names = visit.replyTo("NLST");
-    const Reply* const reply = names != nullptr ? names : visit.replyTo("LIST");
-    return {"the server refuses to list the directory " +
-                (reply == nullptr ? "(" + visit.error.shown() + ")" : quote(*reply)),
-            "Let the user list that directory, at the server."};
+    switch (reply == nullptr ? 0 : reply->code) {
+    case 421:
+        return "Ask the server's administrator what its log says; it may limit the connections.";
+    case 452:
+    case 552:
+        return "Free space at the server for that user, or have the quota raised.";
+    default:
+        return permission;
+    }
 }
 
-const Reply* lastReply(const Visit& visit)
+Diagnosis diagnoseListing(const ProbeResult& visit)
 {
-    const auto found = std::find_if(visit.dialogue.rbegin(), visit.dialogue.rend(),
+    const Reply* const reply = refusalOf(visit);
+    return {"the server refuses to list the directory " +
+                (reply == nullptr ? "(" + visit.error.shown() + ")" : quote(*reply)),
+            remedyFor(reply, "Let the user list that directory, at the server.")};
+}
+
+const Reply* lastReply(const ProbeResult& visit)
+{
+    const auto found = std::find_if(visit.transcript.rbegin(), visit.transcript.rend(),
                                     [](const Exchange& each) { return each.reply.ending == Ending::Complete; });
-    return found == visit.dialogue.rend() ? nullptr : &found->reply;
+    return found == visit.transcript.rend() ? nullptr : &found->reply;
 }
 
 // 28: libcurl's word for silence and for every 421 alike.
-Diagnosis diagnoseTimeout(const Report& report, const Visit& visit, bool bare)
+Diagnosis diagnoseTimeout(const Report& report, const ProbeResult& visit, bool bare)
 {
     const Reply* const last = lastReply(visit);
     if (visit.replyTo("AUTH") == nullptr && visit.replyTo("USER") == nullptr && last != nullptr) {
@@ -140,10 +158,26 @@ Diagnosis diagnoseTimeout(const Report& report, const Visit& visit, bool bare)
 
 } // namespace
 
+const Reply* refusalOf(const ProbeResult& result)
+{
+    const Reply* const names = result.replyTo("NLST");
+    const Reply* const reply = names != nullptr ? names : result.replyTo("LIST");
+    const bool isRefused = reply != nullptr && reply->ending == Ending::Complete && reply->code >= 400;
+    const bool isItsCode = result.code == CURLE_FTP_COULDNT_RETR_FILE || result.code == CURLE_FTP_WEIRD_PASV_REPLY;
+    return isRefused && isItsCode ? reply : nullptr;
+}
+
 std::string quote(const Reply& reply)
 {
     const std::string said = reply.shown();
     return said.empty() ? "(no reply)" : "(" + said + ")";
+}
+
+bool isUnlisted(const Login& login) { return login.missing.made && login.missing.code == CURLE_REMOTE_FILE_NOT_FOUND; }
+
+bool isTrustedBySession(const Report& report)
+{
+    return report.trust == Trust::Certificate && report.tls.givenTrust == 0 && report.tls.namesHost;
 }
 
 bool offersUsableTls(const Report& report) { return report.tls.versions[0].offered || report.tls.versions[1].offered; }
@@ -175,7 +209,7 @@ Diagnosis diagnoseClearLogin(const Reply& reply)
             "the password in the clear."};
 }
 
-Diagnosis diagnoseVisit(const Report& report, const Visit& visit, bool bare)
+Diagnosis diagnoseVisit(const Report& report, const ProbeResult& visit, bool bare)
 {
     if (!visit.made) {
         return isSilentInTls(report)
@@ -204,6 +238,8 @@ Diagnosis diagnoseVisit(const Report& report, const Visit& visit, bool bare)
         return diagnoseTimeout(report, visit, bare);
     case CURLE_SSL_CONNECT_ERROR:
         return visit.loggedIn() ? diagnoseData(visit) : diagnoseHandshake(report, visit);
+    case CURLE_FTP_WEIRD_PASV_REPLY:
+        return refusalOf(visit) != nullptr ? diagnoseListing(visit) : diagnoseData(visit);
     default:
         return visit.loggedIn() ? diagnoseData(visit)
                                 : Diagnosis{"the connection fails: " + visit.error.shown(),

@@ -17,13 +17,23 @@ struct Diagnosis
 Diagnosis diagnoseContact(const Report& report);
 
 /// Why a visit failed. `bare`: it was one without the library's TLS step.
-Diagnosis diagnoseVisit(const Report& report, const Visit& visit, bool bare);
+Diagnosis diagnoseVisit(const Report& report, const ProbeResult& visit, bool bare);
 
 /// Why a login without TLS is refused with this reply.
 Diagnosis diagnoseClearLogin(const Reply& reply);
 
+/// What the server refused with, where it refused a transfer itself: libcurl takes some such replies for those to EPSV.
+/// Null where it did not.
+const Reply* refusalOf(const ProbeResult& result);
+
 /// What the server said, for a reason: "(530 TLS first)", or nothing.
 std::string quote(const Reply& reply);
+
+/// Whether an SSH server's directory may be entered, but not listed.
+bool isUnlisted(const Login& login);
+
+/// Whether a session trusts the server's certificate.
+bool isTrustedBySession(const Report& report);
 
 /// Of all versions that the server offers, whether one is new enough for the library.
 bool offersUsableTls(const Report& report);

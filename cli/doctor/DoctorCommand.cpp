@@ -55,24 +55,48 @@ Proxy proxyFor(const Question& question, const ProxyEnvironment& proxies)
 }
 
 // Somebody who interrupts a trial still has to know what is left of it.
-void obey(int signal, const Report& report)
+void nameWhatIsLeft(const RoundTrip& roundTrip)
 {
-    for (const std::string& file : report.roundTrip->leftBehind) {
+    for (const std::string& file : roundTrip.leftBehind) {
         std::cerr << "sftpclient: left behind: " << escapeControlBytes(file) << "\n";
     }
-    if (report.roundTrip->leftUnknown) {
-        std::cerr << "sftpclient: perhaps left behind: " << report.roundTrip->name << "\n";
+    if (roundTrip.leftUnknown) {
+        std::cerr << "sftpclient: perhaps left behind: " << roundTrip.name << "\n";
+    }
+}
+
+/// What doctor is about, for somebody at a terminal.
+class LiveLine
+{
+public:
+    void show(const std::string& probe) const { write("\r\x1b[Kdoctor: " + probe + " ..."); }
+    void clear() const { write("\r\x1b[K"); }
+
+private:
+    void write(const std::string& text) const
+    {
+        if (m_isTerminal) {
+            std::cerr << text << std::flush;
+        }
+    }
+
+    const bool m_isTerminal = isatty(STDERR_FILENO) == 1;
+};
+
+void obey(int signal, const Report& report)
+{
+    if (report.roundTrip) {
+        nameWhatIsLeft(*report.roundTrip);
     }
     static_cast<void>(std::signal(signal, SIG_DFL));
     static_cast<void>(std::raise(signal));
 }
-
-void render(const Report& report, const std::vector<Verdict>& verdicts, bool asJson)
+void render(const Report& report, const std::vector<Prediction>& predictions, bool asJson)
 {
     if (asJson) {
-        renderJson(report, verdicts, std::cout);
+        renderJson(report, predictions, std::cout);
     } else {
-        renderTable(report, verdicts, isatty(STDOUT_FILENO) == 1, std::cout);
+        renderTable(report, predictions, isatty(STDOUT_FILENO) == 1, std::cout);
     }
     if (!std::cout.flush()) {
         throw std::runtime_error("the report cannot be written to standard output");
@@ -92,12 +116,18 @@ int runDoctor(const Arguments& arguments, const ProxyEnvironment& proxies)
 
     const CurlProcess curl;
     question.proxy = proxyFor(question, proxies);
+    const LiveLine line;
+    question.tell = [&line](const std::string& probe) { line.show(probe); };
     Report report = examine(question);
-    const int signal = arguments.writes ? tryWriting(question, report) : 0;
-    if (signal != 0) {
-        obey(signal, report);
+    if (arguments.writes && report.signal == 0) {
+        line.show("round trip");
+        report.signal = tryWriting(question, report);
     }
-    const std::vector<Verdict> verdicts = predict(report);
-    render(report, verdicts, arguments.json);
-    return exitStatusOf(verdicts);
+    line.clear();
+    const std::vector<Prediction> predictions = predict(report);
+    render(report, predictions, arguments.json);
+    if (report.signal != 0) {
+        obey(report.signal, report);
+    }
+    return exitStatusOf(predictions);
 }

@@ -1,6 +1,7 @@
 #include "doctor/Findings.h"
 
 #include "doctor/Diagnosis.h"
+#include "doctor/Predictions.h"
 #include "doctor/RoundTrip.h"
 #include "doctor/TlsFindings.h"
 
@@ -30,7 +31,7 @@ void addLibcurl(const Report& report, Findings& findings)
     findings.push_back(
         {"libcurl", libcurl.speaksScheme ? Grade::Ok : Grade::Fail,
          libcurl.version + " (" + libcurl.backEnds + ")" + (libcurl.speaksScheme ? "" : ", which knows no such URLs")});
-    const bool dataOverTls = report.scheme != Scheme::Sftp && report.listing.succeeded();
+    const bool dataOverTls = report.scheme != Scheme::Sftp && report.client.listing.succeeded();
     if (libcurl.number == kWaitsBeforeData && dataOverTls) {
         findings.push_back({"libcurl's pace", Grade::Warn,
                             "this libcurl waits 0.2 to 1 second before each transfer over TLS; 8.5 does not"});
@@ -53,6 +54,10 @@ void addProxy(const Proxy& proxy, Findings& findings)
 void addContact(const Report& report, Findings& findings)
 {
     const Contact& contact = report.contact;
+    if (contact.code == CURLE_OK && contact.addresses.empty()) {
+        findings.push_back({"connection", Grade::None, "not seen"});
+        return;
+    }
     const bool found = contact.code != CURLE_COULDNT_RESOLVE_HOST && !contact.addresses.empty();
     findings.push_back({"name", found ? Grade::Ok : Grade::Fail,
                         found ? report.host + " is " + joined(contact.addresses) : diagnoseContact(report).reason});
@@ -72,13 +77,14 @@ void addContact(const Report& report, Findings& findings)
                         welcome ? contact.greeting.shown() : diagnoseContact(report).reason});
 }
 
-Finding loginFinding(const std::string& probe, const Report& report, const Visit& visit, bool bare)
+Finding loginFinding(const std::string& probe, const Report& report, const ProbeResult& visit, bool bare)
 {
     if (!visit.made) {
         return {probe, Grade::None, kNotTried};
     }
     const bool loggedIn = report.scheme == Scheme::Sftp
-                              ? visit.code == CURLE_OK || visit.code == CURLE_REMOTE_FILE_NOT_FOUND
+                              ? visit.code == CURLE_OK || visit.code == CURLE_REMOTE_FILE_NOT_FOUND ||
+                                    visit.code == CURLE_REMOTE_ACCESS_DENIED
                               : visit.loggedIn();
     return {probe, loggedIn ? Grade::Ok : Grade::Fail,
             loggedIn ? "accepted" : diagnoseVisit(report, visit, bare).reason};
@@ -91,7 +97,7 @@ Finding refusal(const std::string& probe, const Reply& reply, const std::string&
 
 Finding clearLoginWithConsent(const std::string& probe, const Report& report)
 {
-    const Visit& visit = report.bare;
+    const ProbeResult& visit = report.bare;
     const Reply* const password = visit.replyTo("PASS");
     const Reply* const user = visit.replyTo("USER");
     const std::string sent = password != nullptr ? "; the password was sent in the clear, as --clear-login allows" : "";
@@ -123,7 +129,7 @@ Finding clearLogin(const Report& report)
 Finding sizeFinding(const Report& report)
 {
     const Reply* const bare = report.bare.replyTo("SIZE");
-    const Reply* const reply = bare != nullptr ? bare : report.test.replyTo("SIZE");
+    const Reply* const reply = bare != nullptr ? bare : report.client.test.replyTo("SIZE");
     if (reply == nullptr || reply->ending != Ending::Complete) {
         return {"SIZE", Grade::None, kNotTried};
     }
@@ -134,19 +140,18 @@ Finding sizeFinding(const Report& report)
 
 Finding verbFinding(const Report& report, const std::string& verb)
 {
-    const Reply* const reply = report.test.replyTo(verb + " ");
+    const Reply* const reply = report.client.commands.replyTo(verb + " ");
     if (reply == nullptr || reply->ending != Ending::Complete) {
         return {verb, Grade::None, kNotTried};
     }
-    const bool known = reply->code == 550 || reply->code == 551 || reply->code == 553 || reply->code / 10 == 45;
-    if (known) {
+    if (hasLookedForFile(*reply)) {
         return {verb, Grade::Ok, "known; of a file that is not there: " + reply->shown()};
     }
     return {verb, reply->code < 400 ? Grade::Warn : Grade::Fail,
             (reply->code < 400 ? "accepted for a file that is not there: " : "not known: ") + reply->shown()};
 }
 
-Finding listingFinding(const std::string& probe, const Report& report, const Visit& visit)
+Finding listingFinding(const std::string& probe, const Report& report, const ProbeResult& visit)
 {
     if (!visit.made || (!visit.loggedIn() && report.scheme != Scheme::Sftp)) {
         return {probe, Grade::None, kNotTried};
@@ -156,20 +161,30 @@ Finding listingFinding(const std::string& probe, const Report& report, const Vis
     }
     const std::size_t lines = visit.names.lines();
     return {probe, Grade::Ok,
-            (visit.names.isCut() ? "more than " : "") + std::to_string(lines) + (lines == 1 ? " line" : " lines")};
+            (visit.names.isCut() ? "at least " : "") + std::to_string(lines) + (lines == 1 ? " line" : " lines")};
+}
+
+void addLimit(const Reply& turnedAway, Findings& findings)
+{
+    if (turnedAway.ending != Ending::NotTried) {
+        findings.push_back({"connections", Grade::Warn,
+                            "the server turned one away after others " + quote(turnedAway) +
+                                ", so it was made again after a pause: it limits the connections of an address; a "
+                                "session then needs a lower SessionOptions::maxConnections"});
+    }
 }
 
 void addVisits(const Report& report, Findings& findings)
 {
     const bool ssh = report.scheme == Scheme::Sftp;
-    findings.push_back(loginFinding(ssh ? "login" : "login over TLS", report, report.test, false));
+    findings.push_back(loginFinding(ssh ? "login" : "login over TLS", report, report.client.test, false));
     if (report.scheme == Scheme::Ftp) {
         findings.push_back(clearLogin(report));
     } else if (report.scheme == Scheme::Ftps) {
         findings.push_back(loginFinding("login by the machine's trust store", report, report.bare, true));
     }
-    findings.push_back(listingFinding("listing in full", report, report.test));
-    findings.push_back(listingFinding("listing of names", report, report.listing));
+    findings.push_back(listingFinding("listing in full", report, report.client.test));
+    findings.push_back(listingFinding("listing of names", report, report.client.listing));
     if (!ssh) {
         findings.push_back(sizeFinding(report));
         findings.push_back(verbFinding(report, "rename"));
@@ -179,24 +194,27 @@ void addVisits(const Report& report, Findings& findings)
 
 bool isComplete(const RoundTrip& roundTrip)
 {
-    return roundTrip.put == 0 && roundTrip.list == 0 && roundTrip.listed && roundTrip.get == 0 && roundTrip.unchanged &&
-           roundTrip.rename == 0 && roundTrip.remove == 0;
+    const bool isListed = !roundTrip.list || (roundTrip.list == 0 && roundTrip.listed);
+    return roundTrip.put == 0 && isListed && roundTrip.get == 0 && roundTrip.unchanged && roundTrip.rename == 0 &&
+           roundTrip.remove == 0;
 }
 
-void addRoundTrip(const RoundTrip& roundTrip, Findings& findings)
+void addRoundTrip(const std::string& probe, const RoundTrip& roundTrip, Findings& findings)
 {
     if (isComplete(roundTrip)) {
-        findings.push_back({"round trip", Grade::Ok, "a small file was sent, listed, fetched, renamed and removed"});
+        findings.push_back({probe, Grade::Ok,
+                            std::string("a small file was sent,") + (roundTrip.list ? " listed," : "") +
+                                " fetched, renamed and removed"});
     }
     if (!roundTrip.notMade.empty()) {
-        findings.push_back({"round trip", Grade::Warn, "not made: " + roundTrip.notMade});
+        findings.push_back({probe, Grade::Warn, "not made: " + roundTrip.notMade});
     }
     if (!roundTrip.failure.empty()) {
         const std::string what = roundTrip.unfinished ? operationOf(*roundTrip.unfinished) : "round trip";
-        findings.push_back({"round trip", Grade::Fail, "given up: the " + what + " " + roundTrip.failure});
+        findings.push_back({probe, Grade::Fail, "given up: the " + what + " " + roundTrip.failure});
     }
     if (roundTrip.list == 0 && roundTrip.put == 0 && !roundTrip.listed) {
-        findings.push_back({"round trip", Grade::Warn, "the listing does not name the file that was sent"});
+        findings.push_back({probe, Grade::Warn, "the listing does not name the file that was sent"});
     }
     for (const std::string& name : roundTrip.leftBehind) {
         findings.push_back({"left behind", Grade::Fail, name + ": remove it by hand"});
@@ -218,10 +236,14 @@ std::vector<Finding> findingsOf(const Report& report)
     addContact(report, findings);
     if (report.contact.code == CURLE_OK) {
         addSecurity(report, findings);
+        addLimit(report.turnedAway, findings);
         addVisits(report, findings);
     }
     if (report.roundTrip) {
-        addRoundTrip(*report.roundTrip, findings);
+        addRoundTrip("round trip", *report.roundTrip, findings);
+    }
+    if (report.sessionTrip) {
+        addRoundTrip("session's round trip", *report.sessionTrip, findings);
     }
     return findings;
 }

@@ -43,12 +43,20 @@ Json jsonOf(const Finding& finding)
     return {{"probe", finding.probe}, {"grade", wordOf(finding.grade)}, {"seen", finding.seen}};
 }
 
-Json jsonOf(const Verdict& verdict)
+template <typename Expected>
+void tell(const Expected& expected, Json& json)
 {
-    Json json = {{"operation", verdict.operation}, {"outlook", wordOf(verdict.outlook)}};
-    json["code"] = verdict.code ? Json(*verdict.code) : Json(nullptr);
-    json["reason"] = verdict.reason;
-    json["remedy"] = verdict.remedy;
+    json["outlook"] = wordOf(expected.outlook);
+    json["code"] = expected.code ? Json(*expected.code) : Json(nullptr);
+    json["reason"] = expected.reason;
+    json["remedy"] = expected.remedy;
+}
+
+Json jsonOf(const Prediction& prediction)
+{
+    Json json = {{"operation", prediction.operation}};
+    tell(prediction, json);
+    tell(prediction.session, json["session"]);
     return json;
 }
 
@@ -72,11 +80,11 @@ Json leftBehindBy(const Report& report)
 
 } // namespace
 
-void renderJson(const Report& report, const std::vector<Verdict>& verdicts, std::ostream& out)
+void renderJson(const Report& report, const std::vector<Prediction>& predictions, std::ostream& out)
 {
-    Json json = {{"url", report.url}, {"libcurl", report.libcurl.version}, {"status", exitStatusOf(verdicts)}};
+    Json json = {{"url", report.url}, {"libcurl", report.libcurl.version}, {"status", exitStatusOf(predictions)}};
     json["operations"] = Json::array();
-    for (const Verdict& each : verdicts) {
+    for (const Prediction& each : predictions) {
         json["operations"].push_back(jsonOf(each));
     }
     json["findings"] = Json::array();

@@ -43,4 +43,20 @@ bool NameList::holds(const std::string& file) const
     return listingNames(stream, file);
 }
 
+std::vector<std::string> NameList::holding(const std::string& part) const
+{
+    std::vector<std::string> names;
+    std::istringstream stream(m_listing);
+    for (std::string line; std::getline(stream, line);) {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        const std::string name = line.substr(line.rfind('/') + 1);
+        if (name.find(part) != std::string::npos) {
+            names.push_back(name);
+        }
+    }
+    return names;
+}
+
 } // namespace doctor

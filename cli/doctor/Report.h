@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-/// The facts that the probes bring home. They say what was seen, never what it means: `Verdicts` does that.
+/// The facts that the probes bring home. They say what was seen, never what it means: `Predictions` does that.
 ///
 /// Texts that a server has a hand in are `ServerText`s, which keep the password to themselves. Whoever shows them
 /// escapes their control bytes.
@@ -103,6 +103,8 @@ struct Tls
     std::array<TlsVersion, 4> versions = {{{"TLS 1.3"}, {"TLS 1.2"}, {"TLS 1.1"}, {"TLS 1.0"}}};
     std::vector<Certificate> chain; ///< the server's own first
     bool namesHost = false;
+    ServerText anchor;    ///< the subject of the certificate by which a session trusts it
+    long givenTrust = -1; ///< OpenSSL's verdict where the given CA alone is trusted; 0 is good, -1 not seen
 };
 
 struct HostKey
@@ -111,7 +113,7 @@ struct HostKey
     std::string fingerprint; ///< "SHA256:..."; empty: none was seen
 };
 
-/// One command in a dialogue and what the server said to it.
+/// One command in a transcript and what the server said to it.
 struct Exchange
 {
     std::string command; ///< empty for the greeting; for decisions only
@@ -119,20 +121,32 @@ struct Exchange
 };
 
 /// One visit with libcurl, made as an operation of the library makes it.
-struct Visit
+struct ProbeResult
 {
     bool made = false;
+    bool connected = false;
+    std::string address; ///< the one that answered, or that was tried last
     int code = 0;
     ServerText error;      ///< libcurl's words for a failure
     long verifyResult = 0; ///< OpenSSL's verdict on the certificate; 0 is good
     ServerText entryPath;  ///< the directory that the login led to
     NameList names;        ///< what a listing held
-    std::vector<Exchange> dialogue;
+    std::vector<Exchange> transcript;
 
     bool succeeded() const { return made && code == 0; }
     /// The reply to the last command that begins with `beginning`, or null.
     const Reply* replyTo(const std::string& beginning) const;
     bool loggedIn() const;
+};
+
+/// What was seen over one control connection with a login, transfer after transfer.
+struct Login
+{
+    ProbeResult test;     ///< as the connection test visits; asked on the way about SIZE, and what a session needs
+    ProbeResult listing;  ///< as the listing visits
+    ProbeResult root;     ///< the listing of the login's directory, where the one asked about is missing
+    ProbeResult missing;  ///< of a file that is not there, where an SSH server does not let the directory be listed
+    ProbeResult commands; ///< asked about rename and rm
 };
 
 enum class Step
@@ -173,18 +187,24 @@ struct Report
     bool clearLogin = false;      ///< the user agrees to a login without TLS
     std::string commandDirectory; ///< the directory that rename and delete name in their commands; empty: none can be
     Proxy proxy;
+    std::string hostKeySha256; ///< the fingerprint that a session is given; empty: none
 
     // The facts.
+    Reply turnedAway; ///< the greeting of a probe that came after others that were welcome, before it was repeated
+    std::string unfinishedLogin; ///< how the probe that logs in was ended, which was not to end by itself
+    std::string unfinishedBare;  ///< the same without TLS
+    int signal = 0;              ///< that ended the examination early
     Libcurl libcurl;
     Contact contact;
     Tls tls;
     HostKey hostKey;
-    Reply clearUser; ///< to the user's name alone, without TLS
-    Visit test;      ///< as the connection test visits; asked about SIZE, rename and rm on the way
-    Visit listing;   ///< as the listing visits
-    Visit bare;      ///< as the upload and the size check log in: without the library's TLS step
-    Visit bareAgain; ///< the same in another way, where that one did not get as far as data
-    std::optional<RoundTrip> roundTrip;
+    Login client;                         ///< as `SFtpClient` trusts servers
+    Login session;                        ///< as `SFtpSession` does, where the other is not trusted
+    Reply clearUser;                      ///< to the user's name alone, without TLS
+    ProbeResult bare;                     ///< as the upload and the size check log in: without the library's TLS step
+    ProbeResult bareAgain;                ///< the same in another way, where that one did not get as far as data
+    std::optional<RoundTrip> roundTrip;   ///< of `SFtpClient`; what is left behind counts for both
+    std::optional<RoundTrip> sessionTrip; ///< of `SFtpSession`
 };
 
 } // namespace doctor

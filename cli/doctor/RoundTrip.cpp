@@ -4,8 +4,10 @@
 #include "doctor/NameList.h"
 
 #include <SFtpClient.h>
+#include <SFtpSession.h>
 
 #include <fstream>
+#include <sstream>
 
 namespace doctor {
 
@@ -27,7 +29,10 @@ std::string contentFor(const std::string& name)
 class Trip
 {
 public:
-    Trip(const Question& question, const std::string& name) : m_question(question), m_name(name) {}
+    Trip(SFtpClient& client, SFtpSession* session, const Question& question, const std::string& name)
+        : m_client(client), m_session(session), m_question(question), m_name(name)
+    {
+    }
 
     int put()
     {
@@ -45,6 +50,9 @@ public:
     int get()
     {
         SFtpRequest request = of(m_name);
+        if (m_session != nullptr) {
+            return getIntoMemory(request);
+        }
         request.localPath = m_fetched.path();
         return m_client.DownLoadSFtpFile(request, m_text);
     }
@@ -64,6 +72,15 @@ public:
     bool isUnchanged() const { return m_fetched.content() == contentFor(m_name); }
 
 private:
+    // A session would make its own file beside the one in memory, where there is no folder.
+    int getIntoMemory(const SFtpRequest& request)
+    {
+        std::ostringstream content;
+        const int code = m_session->DownLoadTo(request, content, m_text);
+        m_fetched.write(content.str());
+        return code;
+    }
+
     SFtpRequest of(const std::string& file) const
     {
         SFtpRequest request = m_question.request;
@@ -78,29 +95,30 @@ private:
         return request;
     }
 
+    SFtpClient& m_client;
+    SFtpSession* m_session;
     const Question& m_question;
-    const std::string& m_name;
+    const std::string m_name;
     const LocalFile m_sent;
     const LocalFile m_listing;
     const LocalFile m_fetched;
-    SFtpClient m_client;
     std::string m_text;
 };
 
-} // namespace
-
-std::string renamed(const std::string& name) { return name + ".renamed"; }
-
-void makeRoundTrip(const Question& question, const std::string& name, const std::function<void(const StepNews&)>& tell)
+// A session's listing is left out: it needs a folder for the file that it writes.
+void makeTrip(SFtpClient& client, SFtpSession* session, const Question& question, const std::string& name,
+              const std::function<void(const StepNews&)>& tell)
 {
-    Trip trip(question, name);
+    Trip trip(client, session, question, name);
     const auto begin = [&tell](Step step) { tell({step, false, 0, false}); };
     begin(Step::Put);
     const int put = trip.put();
     tell({Step::Put, true, put, true});
-    begin(Step::List);
-    const int list = trip.list();
-    tell({Step::List, true, list, list == 0 && trip.isListed()});
+    if (session == nullptr) {
+        begin(Step::List);
+        const int list = trip.list();
+        tell({Step::List, true, list, list == 0 && trip.isListed()});
+    }
     if (put != 0) {
         return;
     }
@@ -115,6 +133,28 @@ void makeRoundTrip(const Question& question, const std::string& name, const std:
     tell({Step::Rename, true, rename, true});
     begin(Step::Remove);
     tell({Step::Remove, true, trip.remove(rename == 0 ? renamed(name) : name), true});
+}
+
+} // namespace
+
+std::string renamed(const std::string& name) { return name + ".renamed"; }
+
+std::string nameForSession(const std::string& name) { return name + "-session"; }
+
+void makeRoundTrip(const Question& question, const std::string& name, bool withSession,
+                   const std::function<void(const StepNews&)>& tell)
+{
+    SFtpClient client;
+    makeTrip(client, nullptr, question, name, tell);
+    if (withSession) {
+        SessionOptions options;
+        options.hostKeySha256 = question.hostKeySha256;
+        SFtpSession session(options);
+        makeTrip(session, &session, question, nameForSession(name), [&tell](StepNews news) {
+            news.ofSession = true;
+            tell(news);
+        });
+    }
 }
 
 void record(const StepNews& news, RoundTrip& roundTrip)

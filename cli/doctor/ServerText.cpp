@@ -17,4 +17,12 @@ ServerText ServerText::following(const std::string& beginning, std::string raw, 
     return text;
 }
 
+ServerText ServerText::restored(std::string raw, std::string shown)
+{
+    ServerText text;
+    text.m_raw = std::move(raw);
+    text.m_shown = std::move(shown);
+    return text;
+}
+
 } // namespace doctor

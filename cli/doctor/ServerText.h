@@ -19,6 +19,9 @@ public:
     /// nothing of it is shown.
     static ServerText following(const std::string& beginning, std::string raw, const PasswordMask& mask);
 
+    /// One that was taken apart.
+    static ServerText restored(std::string raw, std::string shown);
+
     bool isEmpty() const { return m_raw.empty(); }
 
     /// For decisions; not to be shown.

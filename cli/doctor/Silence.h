@@ -16,10 +16,11 @@ inline bool isSilentInTls(const Report& report)
                        [](const TlsVersion& each) { return each.ending == Ending::Silent; });
 }
 
-/// Whether the server has fallen silent before a login: every visit would only wait once more.
+/// Whether the server has fallen silent before a login, or talks without an end: every visit would only wait once more.
 inline bool isSilent(const Report& report)
 {
-    return report.contact.greeting.ending == Ending::Silent || isSilentInTls(report);
+    const Ending greeting = report.contact.greeting.ending;
+    return greeting == Ending::Silent || greeting == Ending::Garbled || isSilentInTls(report);
 }
 
 } // namespace doctor

@@ -41,98 +41,118 @@ Mark markOf(Outlook outlook)
     }
 }
 
-/// Writes rows of a name, a mark and a text, the first two in columns.
-class Rows
+std::string padded(std::string text, std::size_t width)
 {
-public:
-    Rows(std::ostream& out, bool inColour, std::size_t nameWidth, std::size_t markWidth)
-        : m_out(out), m_inColour(inColour), m_nameWidth(nameWidth), m_markWidth(markWidth)
-    {
-    }
+    text.resize(std::max(text.size(), width), ' ');
+    return text;
+}
 
-    void add(const std::string& name, const Mark& mark, const std::string& text)
-    {
-        const bool coloured = m_inColour && *mark.colour != '\0';
-        m_out << "  " << padded(name, m_nameWidth) << "  " << (coloured ? mark.colour : "")
-              << (text.empty() ? mark.text : padded(mark.text, m_markWidth)) << (coloured ? "\x1b[0m" : "");
-        if (!text.empty()) {
-            m_out << "  " << escapeControlBytes(text);
-        }
-        m_out << '\n';
-    }
-
-private:
-    static std::string padded(std::string text, std::size_t width)
-    {
-        text.resize(std::max(text.size(), width), ' ');
-        return text;
-    }
-
-    std::ostream& m_out;
-    bool m_inColour;
-    std::size_t m_nameWidth;
-    std::size_t m_markWidth;
-};
+std::string coloured(const std::string& text, const Mark& mark, bool inColour)
+{
+    return inColour && *mark.colour != '\0' ? mark.colour + text + "\x1b[0m" : text;
+}
 
 void renderFindings(const std::vector<Finding>& findings, bool inColour, std::ostream& out)
 {
+    constexpr std::size_t kGrade = 4;
     std::size_t width = 0;
     for (const Finding& each : findings) {
         width = std::max(width, each.probe.size());
     }
-    Rows rows(out, inColour, width, 4);
     for (const Finding& each : findings) {
-        rows.add(each.probe, markOf(each.grade), each.seen);
+        const Mark mark = markOf(each.grade);
+        out << "  " << padded(each.probe, width) << "  " << coloured(padded(mark.text, kGrade), mark, inColour) << "  "
+            << escapeControlBytes(each.seen) << '\n';
     }
 }
 
-std::string codeText(const Verdict& verdict)
+template <typename Expected>
+std::string textOf(const Expected& expected)
 {
-    const bool tells = verdict.outlook == Outlook::Fails && verdict.code;
-    return tells ? " with " + std::to_string(*verdict.code) : "";
+    const bool tells = expected.outlook == Outlook::Fails && expected.code;
+    return markOf(expected.outlook).text + (tells ? " with " + std::to_string(*expected.code) : "");
 }
 
-void renderVerdicts(const std::vector<Verdict>& verdicts, bool inColour, std::ostream& out)
+void renderPredictions(const std::vector<Prediction>& predictions, bool inColour, std::ostream& out)
 {
-    Rows rows(out, inColour, 8, 17);
-    for (const Verdict& each : verdicts) {
-        const Mark mark = markOf(each.outlook);
-        const std::string text = mark.text + codeText(each);
-        rows.add(each.operation, {text.c_str(), mark.colour}, each.reason);
+    constexpr std::size_t kOperation = 8;
+    constexpr std::size_t kOutlook = 17;
+    out << "  " << padded("", kOperation) << "  " << padded("SFtpClient", kOutlook) << "  SFtpSession\n";
+    for (const Prediction& each : predictions) {
+        out << "  " << padded(each.operation, kOperation) << "  "
+            << coloured(padded(textOf(each), kOutlook), markOf(each.outlook), inColour) << "  "
+            << coloured(textOf(each.session), markOf(each.session.outlook), inColour) << '\n';
     }
 }
 
-// Operations that fail for one reason share one remedy.
-void renderRemedies(const std::vector<Verdict>& verdicts, std::ostream& out)
+struct Note
 {
-    std::vector<std::string> remedies;
-    for (const Verdict& each : verdicts) {
-        if (!each.remedy.empty() && std::find(remedies.begin(), remedies.end(), each.remedy) == remedies.end()) {
-            remedies.push_back(each.remedy);
+    std::string text;
+    std::string operations;
+    std::size_t count = 1;
+};
+
+// Operations that have a reason or a remedy in common share its lines.
+template <typename Select>
+std::vector<Note> notesOn(const std::vector<Prediction>& predictions, Select select)
+{
+    std::vector<Note> notes;
+    for (const Prediction& each : predictions) {
+        const std::string text = select(each);
+        const auto same =
+            std::find_if(notes.begin(), notes.end(), [&text](const Note& note) { return note.text == text; });
+        if (same != notes.end()) {
+            same->operations += ", " + each.operation;
+            ++same->count;
+        } else if (!text.empty()) {
+            notes.push_back({text, each.operation});
         }
     }
-    if (remedies.empty()) {
+    for (Note& each : notes) {
+        each.operations = each.count == predictions.size() ? "all" : each.operations;
+    }
+    return notes;
+}
+
+bool isAmong(const std::vector<Note>& notes, const Note& note)
+{
+    return std::any_of(notes.begin(), notes.end(), [&note](const Note& each) {
+        return each.text == note.text && each.operations == note.operations;
+    });
+}
+
+void renderNotes(const char* title, const std::vector<Note>& ofClient, const std::vector<Note>& ofSession,
+                 std::ostream& out)
+{
+    if (ofClient.empty() && ofSession.empty()) {
         return;
     }
-    out << "\nWhat to change:\n";
-    for (const std::string& remedy : remedies) {
-        std::string operations;
-        for (const Verdict& each : verdicts) {
-            operations += each.remedy == remedy ? (operations.empty() ? "" : ", ") + each.operation : "";
+    out << '\n' << title << ":\n";
+    const auto render = [&out](const std::string& who, const Note& note) {
+        out << "  " << who << ", " << note.operations << ":\n    " << escapeControlBytes(note.text) << '\n';
+    };
+    for (const Note& each : ofClient) {
+        render(isAmong(ofSession, each) ? "both" : "SFtpClient", each);
+    }
+    for (const Note& each : ofSession) {
+        if (!isAmong(ofClient, each)) {
+            render("SFtpSession", each);
         }
-        out << "  " << operations << ":\n    " << escapeControlBytes(remedy) << '\n';
     }
 }
 
 } // namespace
 
-void renderTable(const Report& report, const std::vector<Verdict>& verdicts, bool inColour, std::ostream& out)
+void renderTable(const Report& report, const std::vector<Prediction>& predictions, bool inColour, std::ostream& out)
 {
     out << escapeControlBytes(report.url) << ":\n";
     renderFindings(findingsOf(report), inColour, out);
-    out << "\nThe library's operations:\n";
-    renderVerdicts(verdicts, inColour, out);
-    renderRemedies(verdicts, out);
+    out << "\nThe operations:\n";
+    renderPredictions(predictions, inColour, out);
+    renderNotes("Why", notesOn(predictions, [](const Prediction& each) { return each.reason; }),
+                notesOn(predictions, [](const Prediction& each) { return each.session.reason; }), out);
+    renderNotes("What to change", notesOn(predictions, [](const Prediction& each) { return each.remedy; }),
+                notesOn(predictions, [](const Prediction& each) { return each.session.remedy; }), out);
 }
 
 } // namespace doctor

@@ -17,7 +17,7 @@ void addHostKey(const Report& report, Findings& findings)
     findings.push_back({"host key", Grade::None,
                         key.fingerprint.empty() ? "not seen"
                                                 : key.type + " " + key.fingerprint +
-                                                      "; libcurl compares it with nothing, so compare it yourself"});
+                                                      "; SFtpClient compares it with nothing, so compare it yourself"});
 }
 
 void addRequest(const Report& report, Findings& findings)
@@ -75,7 +75,7 @@ std::string whoIsTrusted(const Report& report)
 
 void addTrust(const Report& report, Findings& findings)
 {
-    const Visit& visit = report.test;
+    const ProbeResult& visit = report.client.test;
     if (!visit.made || report.tls.chain.empty()) {
         return;
     }
@@ -96,8 +96,9 @@ void addName(const Report& report, Findings& findings)
     if (report.tls.chain.empty()) {
         return;
     }
-    const std::string who = report.scheme == Scheme::Ftps ? "; only the upload and the size check compare it"
-                                                          : "; the library does not compare it";
+    const std::string who = report.scheme == Scheme::Ftps
+                                ? "; sessions compare it, of SFtpClient only the upload and the size check"
+                                : "; sessions compare it, SFtpClient does not";
     const Grade unnamed = report.scheme == Scheme::Ftps ? Grade::Fail : Grade::None;
     findings.push_back(
         {"host name", report.tls.namesHost ? Grade::Ok : unnamed,

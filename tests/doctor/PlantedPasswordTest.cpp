@@ -12,7 +12,7 @@ struct Plant
 {
     const char* id;
     void (*make)(testserver::ServerConfig& config, const std::string& text);
-    std::string verdicts;
+    std::string predictions;
     const char* scheme = "ftp";
 };
 
@@ -65,7 +65,7 @@ const Plant kPlants[] = {
     {"PROT", [](auto& config, const std::string& text) { refuse(config, "PROT", "536 " + text); },
      "fails64 works0 fails64 fails64 fails64 fails64 "},
     {"CWD", [](auto& config, const std::string& text) { refuse(config, "CWD", "550 " + text); },
-     "fails-1 works0 fails78 fails78 fails78 fails9 "},
+     "fails-1 fails78 fails78 fails78 fails78 fails9 "},
     {"SIZE", [](auto& config, const std::string& text) { refuse(config, "SIZE", "502 " + text); },
      "fails-1 works0 works0 works0 works0 works0 "},
     {"Verbs",
@@ -81,11 +81,11 @@ const Plant kPlants[] = {
      "fails-1 fails2 fails2 fails2 fails2 fails2 ", "sftp"},
 };
 
-std::string textOf(const std::vector<doctor::Verdict>& verdicts)
+std::string textOf(const std::vector<doctor::Prediction>& predictions)
 {
     constexpr const char* kOutlooks[] = {"works", "fails", "unknown"};
     std::string text;
-    for (const doctor::Verdict& each : verdicts) {
+    for (const doctor::Prediction& each : predictions) {
         text += kOutlooks[static_cast<int>(each.outlook)] + (each.code ? std::to_string(*each.code) : "") + " ";
     }
     return text;
@@ -123,7 +123,7 @@ TEST_P(PlantedPasswords, AreShownNowhereAndChangeNothing)
         askAbout(each.scheme + url("/weekly/").substr(3));
         question.clearLogin = true;
         const doctor::Report report = examine(question);
-        EXPECT_EQ(each.verdicts, textOf(predict(report))) << each.id;
+        EXPECT_EQ(each.predictions, textOf(predict(report))) << each.id;
         EXPECT_EQ("", shownBy(report)) << each.id << all;
         EXPECT_TRUE(holds("<<", all)) << each.id << " planted nothing that is shown: " << all;
     }

@@ -10,31 +10,42 @@
 namespace {
 
 using doctor::Outlook;
-using doctor::Verdict;
+using doctor::Prediction;
 
-const std::vector<Verdict> kVerdicts = {{"download", Outlook::Works, 0, "", ""},
-                                        {"upload", Outlook::Fails, 67, "because", "Do this."},
-                                        {"rename", Outlook::Unknown, std::nullopt, "perhaps", "Do that."},
-                                        {"delete", Outlook::Fails, std::nullopt, "because", "Do this."}};
+const std::vector<Prediction> kPredictions = {
+    {"download", Outlook::Works, 0, "", "", {Outlook::Works, 0, "", ""}},
+    {"upload", Outlook::Fails, 67, "because", "Do this.", {Outlook::Works, 0, "", ""}},
+    {"rename", Outlook::Unknown, std::nullopt, "perhaps", "Do that.", {Outlook::Fails, 60, "so", "Do that."}},
+    {"delete", Outlook::Fails, std::nullopt, "because", "Do this.", {Outlook::Unknown, std::nullopt, "", ""}}};
 
 std::string table(bool inColour)
 {
     std::ostringstream stream;
-    doctor::renderTable({}, kVerdicts, inColour, stream);
+    doctor::renderTable({}, kPredictions, inColour, stream);
     return stream.str();
 }
 
 TEST(Table, JoinsTheOperationsThatShareARemedy)
 {
     const std::string text = table(false);
-    EXPECT_TRUE(holds("  upload    will fail with 67  because\n"
-                      "  rename    unknown            perhaps\n"
-                      "  delete    will fail          because\n"
+    EXPECT_TRUE(holds("            SFtpClient         SFtpSession\n"
+                      "  download  works              works\n"
+                      "  upload    will fail with 67  works\n"
+                      "  rename    unknown            will fail with 60\n"
+                      "  delete    will fail          unknown\n"
+                      "\n"
+                      "Why:\n"
+                      "  SFtpClient, upload, delete:\n"
+                      "    because\n"
+                      "  SFtpClient, rename:\n"
+                      "    perhaps\n"
+                      "  SFtpSession, rename:\n"
+                      "    so\n"
                       "\n"
                       "What to change:\n"
-                      "  upload, delete:\n"
+                      "  SFtpClient, upload, delete:\n"
                       "    Do this.\n"
-                      "  rename:\n"
+                      "  both, rename:\n"
                       "    Do that.\n",
                       text));
 }
@@ -43,13 +54,13 @@ TEST(Table, IsColouredOnlyWhenAskedTo)
 {
     EXPECT_EQ(std::string::npos, table(false).find('\x1b'));
     EXPECT_TRUE(holds("\x1b[32mworks\x1b[0m\n", table(true)));
-    EXPECT_TRUE(holds("\x1b[31mwill fail with 67\x1b[0m  because\n", table(true)));
+    EXPECT_TRUE(holds("\x1b[31mwill fail with 67\x1b[0m  \x1b[32mworks\x1b[0m\n", table(true)));
 }
 
 TEST(Json, ReportsEachOperation)
 {
     std::ostringstream stream;
-    doctor::renderJson({}, kVerdicts, stream);
+    doctor::renderJson({}, kPredictions, stream);
     const auto json = nlohmann::json::parse(stream.str());
     EXPECT_EQ(1, json["status"]);
     ASSERT_EQ(4U, json["operations"].size());
@@ -58,6 +69,10 @@ TEST(Json, ReportsEachOperation)
     EXPECT_EQ("Do this.", json["operations"][1]["remedy"]);
     EXPECT_EQ("unknown", json["operations"][2]["outlook"]);
     EXPECT_TRUE(json["operations"][2]["code"].is_null());
+    EXPECT_EQ("works", json["operations"][1]["session"]["outlook"]);
+    EXPECT_EQ(60, json["operations"][2]["session"]["code"]);
+    EXPECT_EQ("so", json["operations"][2]["session"]["reason"]);
+    EXPECT_EQ("Do that.", json["operations"][2]["session"]["remedy"]);
 }
 
 constexpr char kHostile[] = R"(C:\dir "x")"
@@ -78,7 +93,7 @@ doctor::Report hostileReport()
 TEST(Json, EscapesServerTextOnce)
 {
     std::ostringstream stream;
-    doctor::renderJson(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile}}, stream);
+    doctor::renderJson(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile, {}}}, stream);
     const auto json = nlohmann::json::parse(stream.str());
     EXPECT_EQ(kHostileReadBack, json["operations"][0]["reason"]);
     EXPECT_EQ(kHostileReadBack, json["operations"][0]["remedy"]);
@@ -92,7 +107,7 @@ TEST(Json, EscapesServerTextOnce)
 TEST(Json, ContainsNoTerminalControls)
 {
     std::ostringstream stream;
-    doctor::renderJson(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile}}, stream);
+    doctor::renderJson(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile, {}}}, stream);
     for (const char character : stream.str()) {
         EXPECT_TRUE(character == '\n' || (character >= ' ' && character <= '~')) << static_cast<int>(character);
     }
@@ -101,11 +116,11 @@ TEST(Json, ContainsNoTerminalControls)
 TEST(Table, EscapesServerTextOnce)
 {
     std::ostringstream stream;
-    doctor::renderTable(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile}}, false, stream);
+    doctor::renderTable(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile, {}}}, false, stream);
     constexpr char kEscaped[] = R"(C:\\dir "x" \x1b[2J \xc2\x9b \x7f \xff )"
                                 "\xc3\xa4\n";
     for (const char* const row :
-         {"  greeting           ok    220 ", "  upload    will fail with 67  ", "  upload:\n    "}) {
+         {"  greeting           ok    220 ", "Why:\n  SFtpClient, all:\n    ", "change:\n  SFtpClient, all:\n    "}) {
         EXPECT_TRUE(holds(std::string(row) + kEscaped, stream.str())) << row << stream.str();
     }
 }

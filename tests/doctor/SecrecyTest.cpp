@@ -1,6 +1,6 @@
 // The password: never in a report, and never in the clear without the user's consent.
-#include "doctor/Dialogue.h"
 #include "doctor/Renderers.h"
+#include "doctor/Transcript.h"
 #include "harness/DoctorProcess.h"
 #include "harness/Kinds.h"
 
@@ -82,14 +82,22 @@ TEST_F(SecrecyOf, EverythingThatTheCommandPrints)
 TEST_F(SecrecyOf, TheCountOfWrongPasswords)
 {
     request.password = "wrong";
-    serveAndAsk();
-    question.clearLogin = true;
-    examine(question);
+    const std::string own = request.caCert;
+    const std::string another = testserver::CertificateAuthority("Another CA").certificatePem();
+    serve();
     std::size_t logins = 0;
-    for (const testserver::Transcript& session : sessions()) {
-        logins += sends(session, "> PASS") ? 1U : 0U;
+    // Trusted by both libraries, then by a session alone.
+    for (const std::string& ca : {own, another + own}) {
+        request.caCert = ca;
+        askAbout(url("/"));
+        question.clearLogin = true;
+        examine(question);
+        const std::vector<testserver::Transcript> all = sessions();
+        const auto count = static_cast<std::size_t>(std::count_if(
+            all.begin(), all.end(), [](const testserver::Transcript& each) { return sends(each, "> PASS"); }));
+        EXPECT_EQ(1U, count - logins) << "a user can be locked out";
+        logins = count;
     }
-    EXPECT_EQ(1U, logins) << "a user can be locked out";
 }
 
 TEST(ServerTextTest, IsParsedAsItCameAndShownWithoutThePassword)
@@ -117,42 +125,42 @@ TEST(ReplyTest, ShowsItsCodeWhateverThePasswordIs)
     EXPECT_EQ("220", shown("220 ", "2"));
 }
 
-TEST(DialogueTest, KeepsOnlyTheWordOfPass)
+TEST(TranscriptTest, KeepsOnlyTheWordOfPass)
 {
     const PasswordMask mask("me", "secret");
-    doctor::Dialogue dialogue(mask);
-    dialogue.addReply("220-hello\r\n220 re");
-    dialogue.addReply("ady\r\n");
-    dialogue.addCommand("PASS secret\r\n");
-    dialogue.addReply("230-some\r\n lines\r\n230 in, secret\r\n");
-    dialogue.addCommand("QUIT\r\n");
-    ASSERT_EQ(3U, dialogue.exchanges().size());
-    EXPECT_TRUE(sameText("220 ready", dialogue.exchanges()[0].reply.shown()));
-    EXPECT_EQ("PASS", dialogue.exchanges()[1].command);
-    EXPECT_EQ(230, dialogue.exchanges()[1].reply.code);
-    EXPECT_TRUE(sameText("230 in, ****", dialogue.exchanges()[1].reply.shown()));
-    EXPECT_EQ(doctor::Ending::NotTried, dialogue.exchanges()[2].reply.ending);
+    doctor::Transcript transcript(mask);
+    transcript.addReply("220-hello\r\n220 re");
+    transcript.addReply("ady\r\n");
+    transcript.addCommand("PASS secret\r\n");
+    transcript.addReply("230-some\r\n lines\r\n230 in, secret\r\n");
+    transcript.addCommand("QUIT\r\n");
+    ASSERT_EQ(3U, transcript.exchanges().size());
+    EXPECT_TRUE(sameText("220 ready", transcript.exchanges()[0].reply.shown()));
+    EXPECT_EQ("PASS", transcript.exchanges()[1].command);
+    EXPECT_EQ(230, transcript.exchanges()[1].reply.code);
+    EXPECT_TRUE(sameText("230 in, ****", transcript.exchanges()[1].reply.shown()));
+    EXPECT_EQ(doctor::Ending::NotTried, transcript.exchanges()[2].reply.ending);
 }
 
-TEST(DialogueTest, KeepsTheBeginningOfALongLine)
+TEST(TranscriptTest, KeepsTheBeginningOfALongLine)
 {
     const PasswordMask mask("me", "secret");
-    doctor::Dialogue dialogue(mask);
-    dialogue.addReply("220 " + std::string(5000, '.'));
-    dialogue.addReply("530 the same line\r\n");
-    const doctor::Reply& reply = dialogue.exchanges()[0].reply;
+    doctor::Transcript transcript(mask);
+    transcript.addReply("220 " + std::string(5000, '.'));
+    transcript.addReply("530 the same line\r\n");
+    const doctor::Reply& reply = transcript.exchanges()[0].reply;
     EXPECT_EQ(220, reply.code);
     EXPECT_EQ(std::string(4092, '.'), reply.text.raw());
 }
 
-TEST(DialogueTest, FindsACommandThatIsAlsoThePassword)
+TEST(TranscriptTest, FindsACommandThatIsAlsoThePassword)
 {
     const PasswordMask mask("me", "USER");
-    doctor::Dialogue dialogue(mask);
-    dialogue.addCommand("USER me\r\n");
-    dialogue.addReply("331 USER\r\n");
-    doctor::Visit visit;
-    visit.dialogue = dialogue.exchanges();
+    doctor::Transcript transcript(mask);
+    transcript.addCommand("USER me\r\n");
+    transcript.addReply("331 USER\r\n");
+    doctor::ProbeResult visit;
+    visit.transcript = transcript.exchanges();
     ASSERT_NE(nullptr, visit.replyTo("USER"));
     EXPECT_EQ("331 ****", visit.replyTo("USER")->shown());
 }

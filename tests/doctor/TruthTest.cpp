@@ -16,9 +16,18 @@ protected:
 
 TEST_P(Truth, IsWhatWasPredicted)
 {
-    const std::vector<doctor::Verdict> verdicts = predict(examine(question));
-    EXPECT_EQ(GetParam().outlooks, outlooksOf(verdicts));
-    expectTruth(verdicts, truth());
+    const std::vector<doctor::Prediction> predictions = predict(examine(question));
+    EXPECT_EQ(GetParam().outlooks, outlooksOf(predictions));
+    expectTruth(predictions, truth());
+}
+
+TEST_P(Truth, IsWhatWasPredictedForASession)
+{
+    const std::vector<doctor::Prediction> predictions = ofSession(predict(examine(question)));
+    EXPECT_EQ(GetParam().ofSession, outlooksOf(predictions));
+    expectTruth(predictions,
+                truthOfSession(question, local("scratch"),
+                               [this](const std::string& name, const std::string& content) { keep(name, content); }));
 }
 
 INSTANTIATE_TEST_SUITE_P(OfAServer, Truth, testing::ValuesIn(kinds()), idOf);

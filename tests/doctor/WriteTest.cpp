@@ -50,7 +50,7 @@ protected:
         return status;
     }
 
-    nlohmann::json verdictOf(const std::string& operation) const
+    nlohmann::json predictionOf(const std::string& operation) const
     {
         for (const auto& each : m_report["operations"]) {
             if (each["operation"] == operation) {
@@ -62,11 +62,12 @@ protected:
 
     std::string outlookOf(const std::string& operation) const
     {
-        const nlohmann::json verdict = verdictOf(operation);
-        return verdict["outlook"].get<std::string>() + " " + (verdict["code"].is_null() ? "" : verdict["code"].dump());
+        const nlohmann::json prediction = predictionOf(operation);
+        return prediction["outlook"].get<std::string>() + " " +
+               (prediction["code"].is_null() ? "" : prediction["code"].dump());
     }
 
-    std::string reasonOf(const std::string& operation) const { return verdictOf(operation)["reason"]; }
+    std::string reasonOf(const std::string& operation) const { return predictionOf(operation)["reason"]; }
 
     bool nothingIsLeft() const { return std::filesystem::is_empty(served("")); }
     /// What the report says about the round trip as a whole.
@@ -94,6 +95,7 @@ TEST_F(Write, LeavesNothingBehindOnSuccess)
         EXPECT_EQ("works 0", outlookOf(operation)) << operation;
     }
     EXPECT_EQ("ok: a small file was sent, listed, fetched, renamed and removed", roundTrip());
+    EXPECT_EQ(13U, sessions().size());
     EXPECT_TRUE(nothingIsLeft());
     EXPECT_EQ(0U, leftBehind());
 }
@@ -136,7 +138,7 @@ void PrintTo(const Failure& failure, std::ostream* stream) { *stream << failure.
 
 const Failure kFailures[] = {
     {"Put", {"STOR=reply:553 read-only"}, "upload", "fails 25"},
-    {"PutMidway", {"9/DATA=drop-after:1000"}, "upload", "fails"},
+    {"PutMidway", {"6/DATA=drop-after:1000"}, "upload", "fails"},
     {"List", {"NLST=reply:550 no"}, "list", "fails 19"},
     {"Get", {"RETR=reply:550 no"}, "download", "fails 78"},
     {"Rename", {"rename=reply:553 read-only"}, "rename", "fails 21"},
@@ -171,9 +173,10 @@ TEST_F(Write, NamesWhatCannotBeRemoved)
     misbehave("DELE=reply:550 read-only");
     EXPECT_EQ(1, write());
     EXPECT_FALSE(nothingIsLeft());
-    ASSERT_EQ(1U, leftBehind()) << said();
-    const std::string left = m_report["leftBehind"][0];
-    EXPECT_TRUE(exists(served(left.substr(left.rfind('/'))))) << left;
+    ASSERT_EQ(2U, leftBehind()) << said();
+    for (const std::string left : m_report["leftBehind"]) {
+        EXPECT_TRUE(exists(served(left.substr(left.rfind('/'))))) << left;
+    }
 }
 
 TEST_F(Write, ReportsAListingTooLongToSearch)
@@ -192,7 +195,7 @@ TEST_F(Write, ReportsAListingTooLongToSearch)
 TEST_F(Write, ReportsContentThatCameBackDifferent)
 {
     misbehave("RETR=delay:0");
-    misbehave("9/DATA=claim-after:1000");
+    misbehave("6/DATA=claim-after:1000");
     EXPECT_EQ(1, write());
     EXPECT_TRUE(nothingIsLeft());
     EXPECT_EQ("fails 0", outlookOf("upload")) << said();
@@ -251,7 +254,7 @@ private:
 };
 
 // Of the session in which the file is sent.
-constexpr char kUploadStalls[] = "9/DONE=stall";
+constexpr char kUploadStalls[] = "6/DONE=stall";
 
 class WriteInterrupted : public Write, public testing::WithParamInterface<int>
 {
@@ -268,7 +271,7 @@ TEST_P(WriteInterrupted, CleansUpAndEndsByTheSignal)
     EXPECT_EQ(-GetParam(), process.wait());
     EXPECT_TRUE(nothingIsLeft());
     EXPECT_TRUE(nothingIsLeftHere());
-    EXPECT_EQ("", process.out());
+    EXPECT_EQ(0U, nlohmann::json::parse(process.out())["leftBehind"].size());
     EXPECT_EQ("", process.err());
 }
 

@@ -1,4 +1,4 @@
-#include "doctor/LibraryVisit.h"
+#include "doctor/ControlConnection.h"
 #include "doctor/Silence.h"
 #include "doctor/probes/Probes.h"
 
@@ -8,12 +8,13 @@ namespace doctor {
 
 namespace {
 
-std::string withoutPath(const std::string& url) { return url.substr(0, url.find('/', url.find("://") + 3)) + "/"; }
-
 bool mayBeMade(const Report& report)
 {
     // A second wrong password can lock the user out.
-    const bool wrongPassword = report.test.code == CURLE_LOGIN_DENIED && report.test.replyTo("PASS") != nullptr;
+    const auto isWrongPassword = [](const ProbeResult& test) {
+        return test.code == CURLE_LOGIN_DENIED && test.replyTo("PASS") != nullptr;
+    };
+    const bool wrongPassword = isWrongPassword(report.client.test) || isWrongPassword(report.session.test);
     if (report.contact.code != CURLE_OK || wrongPassword) {
         return false;
     }
@@ -30,20 +31,19 @@ void probeBareLogin(const Access& access, const std::string& missing, Report& re
     if (!mayBeMade(report)) {
         return;
     }
-    Errand errand;
-    errand.url = access.request.remotePath;
-    errand.tlsStep = false;
-    errand.namesOnly = true;
-    errand.afterLogin = {"TYPE I", "SIZE " + missing};
-    report.bare = visit(access, errand);
+    ControlConnection connection(access, Manner::Bare);
+    Transfer transfer{access.request.remotePath, Transfer::What::Names};
+    transfer.afterLogin = {"TYPE I", "SIZE " + missing};
+    report.bare = connection.run(transfer);
+    if (isTurnedAway(report.bare, report)) {
+        return;
+    }
     // Whether data gets through can still be seen: an upload makes a directory that is missing, and needs no leave to
     // list names.
     if (report.bare.code == CURLE_REMOTE_ACCESS_DENIED) {
-        errand.url = withoutPath(access.request.remotePath);
-        report.bareAgain = visit(access, errand);
+        report.bareAgain = connection.run({access.rootUrl(), Transfer::What::Names});
     } else if (report.bare.code == CURLE_FTP_COULDNT_RETR_FILE) {
-        errand.namesOnly = false;
-        report.bareAgain = visit(access, errand);
+        report.bareAgain = connection.run({access.request.remotePath, Transfer::What::LongListing});
     }
 }
 

@@ -1,4 +1,4 @@
-#include "doctor/Conversation.h"
+#include "doctor/ControlConnection.h"
 #include "doctor/probes/Probes.h"
 
 #include <curl/curl.h>
@@ -10,13 +10,16 @@ void probeClearUser(const Access& access, Report& report)
     if (access.scheme != Scheme::Ftp || report.clearLogin || !report.contact.greeting.isPositive()) {
         return;
     }
-    Conversation conversation(access);
-    if (conversation.code() != CURLE_OK || !conversation.hear().isPositive()) {
+    ControlConnection connection(access, Manner::Bare);
+    Transfer transfer{access.request.remotePath, Transfer::What::Nothing};
+    transfer.lastCommand = "USER";
+    const ProbeResult result = connection.run(transfer);
+    if (isTurnedAway(result, report)) {
+        report.clearUser = result.transcript.front().reply;
         return;
     }
-    report.clearUser = conversation.ask("USER " + access.request.userName);
-    if (report.clearUser.ending == Ending::Complete && report.clearUser.code != 421) {
-        conversation.ask("QUIT");
+    if (const Reply* const reply = result.replyTo("USER")) {
+        report.clearUser = *reply;
     }
 }
 

@@ -10,21 +10,25 @@
 /// already says, leaves its facts untried.
 namespace doctor {
 
+/// Whether the server turned this one away, although others were welcome before; which is noted.
+bool isTurnedAway(const ProbeResult& result, Report& report);
+
 /// The libcurl of this process.
 void probeLibcurl(Report& report);
 
-/// The name, the connection and the greeting, which with implicit TLS comes after the handshake.
-void probeContact(const Access& access, Report& report);
+/// The name, the connection and the greeting of an SSH server.
+void probeGreeting(const Access& access, Report& report);
 
-/// Each version of TLS, on a connection of its own, up to the end of the handshake; and the certificate.
-void probeTls(const Access& access, Report& report);
+/// The same, as the first probe of an FTP server saw them; with implicit TLS the greeting comes later.
+void learnContact(const Access& access, const ProbeResult& first, Report& report);
 
-/// What the connection test does, and on the way whether the server knows SIZE, rename and rm: they get the name
-/// `missing`, which no file has.
-void probeTest(const Access& access, const std::string& missing, Report& report);
+/// The newest version of TLS that the server offers, of those from this one on, and the certificate. The first also
+/// tells the name, the connection and the greeting.
+void probeTls(const Access& access, std::size_t newest, Report& report);
 
-/// What the listing does.
-void probeListing(const Access& access, Report& report);
+/// What the connection test and the listing do, and on the way whether the server knows SIZE, what a session needs,
+/// rename and rm: they get the name `missing`, which no file has. One login, by one who trusts the server.
+void probeLogin(const Access& access, const std::string& missing, Report& report);
 
 /// Whether a login without TLS may begin: the user's name alone is sent. For ftp: URLs without the user's consent.
 void probeClearUser(const Access& access, Report& report);

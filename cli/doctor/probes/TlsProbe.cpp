@@ -1,33 +1,18 @@
-#include "doctor/Conversation.h"
+#include "doctor/ControlConnection.h"
 #include "doctor/probes/Probes.h"
 
 #include <openssl/err.h>
+#include <openssl/ssl.h>
 #include <openssl/x509v3.h>
 
 #include <array>
-#include <new>
+#include <exception>
 
 namespace doctor {
 
 namespace {
 
 constexpr std::array<int, 4> kVersions = {TLS1_3_VERSION, TLS1_2_VERSION, TLS1_1_VERSION, TLS1_VERSION};
-
-// Lets the version be spoken with whatever is left of cipher suites and keys: what the server offers is asked, not what
-// is safe.
-TlsContext contextFor(int version)
-{
-    TlsContext context(SSL_CTX_new(TLS_client_method()));
-    if (!context) {
-        throw std::bad_alloc();
-    }
-    SSL_CTX_set_security_level(context.get(), 0);
-    SSL_CTX_set_cipher_list(context.get(), "ALL:@SECLEVEL=0");
-    SSL_CTX_set_min_proto_version(context.get(), version);
-    SSL_CTX_set_max_proto_version(context.get(), version);
-    SSL_CTX_set_verify(context.get(), SSL_VERIFY_NONE, nullptr);
-    return context;
-}
 
 std::string contentOf(BIO* memory)
 {
@@ -67,67 +52,142 @@ Certificate describe(const X509* certificate, const PasswordMask& mask)
             timeText(X509_get0_notAfter(certificate))};
 }
 
-void describeChain(SSL* session, const Access& access, Tls& tls)
+/// A handshake that goes on until the server's certificate has been seen, and is refused then.
+class Handshake
 {
-    STACK_OF(X509)* const chain = SSL_get_peer_cert_chain(session);
-    for (int i = 0; i < sk_X509_num(chain); ++i) {
-        tls.chain.push_back(describe(sk_X509_value(chain, i), access.mask));
+public:
+    /// `newest`: of the versions that are offered, by its place among them all.
+    Handshake(const Access& access, Report& report, std::size_t newest)
+        : m_access(access), m_report(report), m_newest(newest)
+    {
+        ControlConnection connection(access, Manner::Handshake);
+        curl_easy_setopt(connection.handle(), CURLOPT_SSL_CTX_FUNCTION, prepare);
+        curl_easy_setopt(connection.handle(), CURLOPT_SSL_CTX_DATA, this);
+        result = connection.run({access.request.remotePath, Transfer::What::Nothing});
+        result.connected = result.connected || m_isBegun; // of implicit TLS, libcurl takes it for a part of connecting
     }
-    if (!tls.chain.empty()) {
-        X509* const own = sk_X509_value(chain, 0);
-        tls.namesHost = X509_check_ip_asc(own, access.host.c_str(), 0) == 1 ||
-                        X509_check_host(own, access.host.c_str(), access.host.size(), 0, nullptr) == 1;
+    Handshake(const Handshake&) = delete;
+    Handshake& operator=(const Handshake&) = delete;
+
+    ProbeResult result;
+    std::size_t version = kVersions.size(); ///< the one that the server chose; none: past the last
+    std::string cipher;
+
+private:
+    // Lets every version be spoken with whatever is left of cipher suites and keys: what the server offers is asked,
+    // not what is safe.
+    static CURLcode prepare(CURL* /*handle*/, void* context, void* self) noexcept
+    {
+        static_cast<Handshake*>(self)->m_isBegun = true;
+        auto* const tls = static_cast<SSL_CTX*>(context);
+        SSL_CTX_set_security_level(tls, 0);
+        SSL_CTX_set_cipher_list(tls, "ALL:!aNULL:@SECLEVEL=0");
+        SSL_CTX_set_min_proto_version(tls, kVersions.back());
+        SSL_CTX_set_max_proto_version(tls, kVersions[static_cast<Handshake*>(self)->m_newest]);
+        SSL_CTX_set_app_data(tls, self);
+        SSL_CTX_set_verify(tls, SSL_VERIFY_PEER, judge);
+        return CURLE_OK;
     }
+
+    // Called for each certificate that is found good, down to the server's own, or for the first that is not.
+    static int judge(int good, X509_STORE_CTX* store) noexcept
+    try {
+        const bool isLast = good == 0 || X509_STORE_CTX_get_error_depth(store) == 0;
+        if (isLast) {
+            auto* const session =
+                static_cast<SSL*>(X509_STORE_CTX_get_ex_data(store, SSL_get_ex_data_X509_STORE_CTX_idx()));
+            static_cast<Handshake*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(session)))->record(session, store, good != 0);
+        }
+        return isLast ? 0 : 1;
+    } catch (const std::exception&) {
+        return 0;
+    }
+
+    void record(SSL* session, X509_STORE_CTX* store, bool good)
+    {
+        version = m_newest;
+        while (version + 1 < kVersions.size() && kVersions[version] != SSL_version(session)) {
+            ++version;
+        }
+        // Not in use yet before TLS 1.3.
+        const SSL_CIPHER* const pending = SSL_get_pending_cipher(session);
+        cipher = SSL_CIPHER_get_name(pending != nullptr ? pending : SSL_get_current_cipher(session));
+        Tls& tls = m_report.tls;
+        if (!tls.chain.empty()) {
+            return;
+        }
+        tls.givenTrust = good ? X509_V_OK : X509_STORE_CTX_get_error(store);
+        STACK_OF(X509)* const verified = X509_STORE_CTX_get0_chain(store);
+        if (good && sk_X509_num(verified) > 0) {
+            const X509* const top = sk_X509_value(verified, sk_X509_num(verified) - 1);
+            tls.anchor = {nameText(X509_get_subject_name(top)), m_access.mask};
+        }
+        STACK_OF(X509)* const chain = X509_STORE_CTX_get0_untrusted(store);
+        for (int i = 0; i < sk_X509_num(chain); ++i) {
+            tls.chain.push_back(describe(sk_X509_value(chain, i), m_access.mask));
+        }
+        X509* const own = X509_STORE_CTX_get0_cert(store);
+        tls.namesHost = X509_check_ip_asc(own, m_access.host.c_str(), 0) == 1 ||
+                        X509_check_host(own, m_access.host.c_str(), m_access.host.size(), 0, nullptr) == 1;
+    }
+
+    const Access& m_access;
+    Report& m_report;
+    std::size_t m_newest;
+    bool m_isBegun = false;
+};
+
+std::string nameOf(std::size_t version) { return Tls().versions[version].name; }
+
+std::string failureOf(const ProbeResult& result)
+{
+    const std::string error = result.error.raw();
+    const std::string::size_type reason = error.rfind("::");
+    if (result.code == CURLE_OPERATION_TIMEDOUT) {
+        return "the server does not answer";
+    }
+    return reason == std::string::npos ? "the server closes the connection" : error.substr(reason + 2);
 }
 
-// The library's libcurl asks for "SSL" first, by an old name, and then for "TLS".
-Reply requestTls(Conversation& conversation)
+void learn(const Handshake& handshake, std::size_t newest, Report& report)
 {
-    const Reply reply = conversation.ask("AUTH SSL");
-    return reply.code >= 300 ? conversation.ask("AUTH TLS") : reply;
-}
-
-// False when no further version need be asked for.
-bool tryVersion(const Access& access, int number, TlsVersion& version, Report& report)
-{
-    Conversation conversation(access);
-    if (conversation.code() != CURLE_OK) {
-        version.ending = Ending::Closed;
-        version.detail = "the server takes no further connection";
-        return false;
-    }
-    if (access.scheme == Scheme::Ftp) {
-        if (!conversation.hear().isPositive()) {
-            return false;
-        }
-        report.tls.auth = requestTls(conversation);
-        if (!report.tls.auth.isPositive()) {
-            return false;
+    auto& versions = report.tls.versions;
+    for (std::size_t i = newest; i < handshake.version; ++i) {
+        const bool late = handshake.result.code == CURLE_OPERATION_TIMEDOUT;
+        versions[i].ending = late ? Ending::Silent : Ending::Closed;
+        versions[i].detail = handshake.version < versions.size() ? "the server chooses " + nameOf(handshake.version)
+                                                                 : failureOf(handshake.result);
+        if (late) {
+            return;
         }
     }
-    version.ending = conversation.startTls(contextFor(number).get());
-    version.offered = version.ending == Ending::Complete;
-    version.detail = version.offered ? SSL_get_cipher_name(conversation.tls()) : conversation.failure();
-    if (version.offered && report.tls.chain.empty()) {
-        describeChain(conversation.tls(), access, report.tls);
+    if (handshake.version < versions.size()) {
+        TlsVersion& chosen = versions[handshake.version];
+        chosen.ending = Ending::Complete;
+        chosen.offered = true;
+        chosen.detail = handshake.cipher;
     }
-    if (version.offered && access.scheme == Scheme::Ftps && report.contact.greeting.ending == Ending::NotTried) {
-        report.contact.greeting = conversation.hear();
-    }
-    return version.ending != Ending::Silent;
 }
 
 } // namespace
 
-void probeTls(const Access& access, Report& report)
+void probeTls(const Access& access, std::size_t newest, Report& report)
 {
-    const bool greeted = access.scheme == Scheme::Ftps || report.contact.greeting.isPositive();
-    if (access.scheme == Scheme::Sftp || report.contact.code != CURLE_OK || !greeted) {
+    const Handshake handshake(access, report, newest);
+    const ProbeResult& result = handshake.result;
+    if (newest > 0 && isTurnedAway(result, report)) {
         return;
     }
-    std::size_t each = 0;
-    while (each < kVersions.size() && tryVersion(access, kVersions[each], report.tls.versions[each], report)) {
-        ++each;
+    if (newest == 0) {
+        learnContact(access, result, report);
+    }
+    if (const Reply* const auth = result.replyTo("AUTH")) {
+        report.tls.auth = *auth;
+    }
+    const bool greeted = access.scheme == Scheme::Ftps || report.contact.greeting.isPositive();
+    const bool asked = access.scheme == Scheme::Ftps || report.tls.auth.isPositive();
+    if (result.connected && greeted && asked) {
+        learn(handshake, newest, report);
     }
     ERR_clear_error();
 }

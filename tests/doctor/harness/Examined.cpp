@@ -13,10 +13,10 @@ void Examined::askAbout(const std::string& url)
     question.commandUrl = url;
 }
 
-std::string outlooksOf(const std::vector<doctor::Verdict>& verdicts)
+std::string outlooksOf(const std::vector<doctor::Prediction>& predictions)
 {
     std::string outlooks;
-    for (const doctor::Verdict& each : verdicts) {
+    for (const doctor::Prediction& each : predictions) {
         const bool fails = each.outlook == doctor::Outlook::Fails;
         outlooks += each.outlook == doctor::Outlook::Works ? 'W' : fails ? 'F' : '?';
     }

@@ -2,7 +2,7 @@
 #define DOCTOR_HARNESS_EXAMINED_H
 
 #include "doctor/Examination.h"
-#include "doctor/Verdicts.h"
+#include "doctor/Predictions.h"
 #include "support/Live.h"
 
 #include <string>
@@ -21,7 +21,7 @@ protected:
     doctor::Question question;
 };
 
-/// The six outlooks in the order of the verdicts: W for works, F for fails, ? for unknown.
-std::string outlooksOf(const std::vector<doctor::Verdict>& verdicts);
+/// The six outlooks in the order of the predictions: W for works, F for fails, ? for unknown.
+std::string outlooksOf(const std::vector<doctor::Prediction>& predictions);
 
 #endif

@@ -1,7 +1,7 @@
 #include "harness/Golden.h"
 
+#include "doctor/Predictions.h"
 #include "doctor/Renderers.h"
-#include "doctor/Verdicts.h"
 #include "support/Lines.h"
 #include "support/TemporaryFolder.h"
 

@@ -20,13 +20,14 @@ struct World
     bool listening = true;
 };
 
-/// A kind of server, and the doctor's verdict on it. The outlooks keep the comparison with the truth from being
+/// A kind of server, and the doctor's prediction on it. The outlooks keep the comparison with the truth from being
 /// one of two mistakes that agree.
 struct Kind
 {
     std::string id;
     std::string outlooks; ///< download, upload, rename, delete, list, test
     void (*make)(World&);
+    std::string ofSession = "WWWWWW";
 };
 
 /// For the tests' names in ctest.

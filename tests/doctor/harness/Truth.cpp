@@ -5,14 +5,15 @@
 
 #include <ISFtpClient.h>
 #include <SFtpClient.h>
+#include <SFtpSession.h>
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using doctor::Outlook;
+using doctor::Prediction;
 using doctor::Question;
-using doctor::Verdict;
 
 SFtpRequest forFile(const Question& question, const std::string& name, const std::string& local)
 {
@@ -65,22 +66,55 @@ std::vector<int> truthOf(const Question& question, const std::string& scratch,
     return {download, upload, rename, remove, list, test};
 }
 
-void expectTruth(const std::vector<Verdict>& verdicts, const std::vector<int>& truth)
+std::vector<int> truthOfSession(const Question& question, const std::string& scratch,
+                                const std::function<void(const std::string&, const std::string&)>& keep)
 {
-    ASSERT_EQ(truth.size(), verdicts.size());
+    SessionOptions options;
+    options.hostKeySha256 = question.hostKeySha256;
+    SFtpSession session(options);
+    std::string text;
+    keep("fetched.bak", "the content");
+    keep("old.bak", "the content");
+    keep("gone.bak", "the content");
+    const int download = session.DownLoadSFtpFile(forFile(question, "fetched.bak", scratch), text);
+    const int rename = session.ReNameSFtpFile(forCommand(question, "old.bak", "new.bak"), text);
+    const int remove = session.DelSFtpFile(forCommand(question, "gone.bak"), text);
+    SFtpRequest listing = question.request;
+    listing.localPath = scratch;
+    const int list = session.Listsftpdir(listing, text);
+    const int test = session.TestSConnect(question.request, text);
+    // The last, because it makes a missing directory.
+    writeFile(scratch, "the content");
+    const int upload = session.UploadFileToSFtpServer(forFile(question, "sent.bak", scratch), text);
+    return {download, upload, rename, remove, list, test};
+}
+
+std::vector<Prediction> ofSession(const std::vector<Prediction>& predictions)
+{
+    std::vector<Prediction> those;
+    for (const Prediction& each : predictions) {
+        those.push_back({"session's " + each.operation, each.session.outlook, each.session.code, each.session.reason,
+                         each.session.remedy});
+    }
+    return those;
+}
+
+void expectTruth(const std::vector<Prediction>& predictions, const std::vector<int>& truth)
+{
+    ASSERT_EQ(truth.size(), predictions.size());
     for (std::size_t i = 0; i < truth.size(); ++i) {
-        const Verdict& verdict = verdicts[i];
-        EXPECT_NE(Outlook::Unknown, verdict.outlook) << verdict.operation << ": " << verdict.reason;
-        EXPECT_EQ(truth[i] == 0, verdict.outlook == Outlook::Works)
-            << verdict.operation << " gives " << nameOf(truth[i]) << "; " << verdict.reason;
-        if (verdict.code) {
-            EXPECT_TRUE(mayStandFor(*verdict.code, truth[i]))
-                << verdict.operation << " gives " << nameOf(truth[i]) << ", not " << nameOf(*verdict.code) << "; "
-                << verdict.reason;
+        const Prediction& prediction = predictions[i];
+        EXPECT_NE(Outlook::Unknown, prediction.outlook) << prediction.operation << ": " << prediction.reason;
+        EXPECT_EQ(truth[i] == 0, prediction.outlook == Outlook::Works)
+            << prediction.operation << " gives " << nameOf(truth[i]) << "; " << prediction.reason;
+        if (prediction.code) {
+            EXPECT_TRUE(mayStandFor(*prediction.code, truth[i]))
+                << prediction.operation << " gives " << nameOf(truth[i]) << ", not " << nameOf(*prediction.code) << "; "
+                << prediction.reason;
         }
-        if (verdict.outlook == Outlook::Fails) {
-            EXPECT_NE("", verdict.reason) << verdict.operation;
-            EXPECT_NE("", verdict.remedy) << verdict.operation;
+        if (prediction.outlook == Outlook::Fails) {
+            EXPECT_NE("", prediction.reason) << prediction.operation;
+            EXPECT_NE("", prediction.remedy) << prediction.operation;
         }
     }
 }

@@ -2,11 +2,14 @@
 #include "RealServer.h"
 #include "doctor/CleanUp.h"
 #include "doctor/RoundTrip.h"
+#include "doctor/SessionPredictions.h"
+#include "doctor/WriteTrial.h"
 #include "harness/Examined.h"
 #include "harness/Golden.h"
 #include "harness/Truth.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
 
 namespace {
@@ -29,17 +32,32 @@ protected:
 TEST_P(Daemons, BehaveAsPredicted)
 {
     const doctor::Question question = ask();
-    const std::vector<doctor::Verdict> verdicts = predict(examine(question));
-    expectTruth(verdicts, truthOf(question, local("scratch"), [this](const std::string& name, const std::string& text) {
-                    keep("weekly/" + name, text);
-                }));
+    const std::vector<doctor::Prediction> predictions = predict(examine(question));
+    expectTruth(predictions,
+                truthOf(question, local("scratch"),
+                        [this](const std::string& name, const std::string& text) { keep("weekly/" + name, text); }));
+}
+
+TEST_P(Daemons, BehaveAsPredictedForASession)
+{
+    doctor::Question question = ask();
+    question.clearLogin = false;
+    const auto fill = [this](const std::string& name, const std::string& text) { keep("weekly/" + name, text); };
+    const doctor::Report report = examine(question);
+    expectTruth(ofSession(predict(report)), truthOfSession(question, local("scratch"), fill));
+    if (!report.hostKey.fingerprint.empty()) {
+        question.hostKeySha256 = report.hostKey.fingerprint;
+        const std::vector<doctor::Prediction> known = ofSession(predict(examine(question)));
+        EXPECT_EQ("WWWWWW", outlooksOf(known));
+        expectTruth(known, truthOfSession(question, local("scratch"), fill));
+    }
 }
 
 TEST_P(Daemons, AreKnownToRequireTlsFromTheUserCommandAlone)
 {
     doctor::Question question = ask();
     question.clearLogin = false;
-    const doctor::Verdict upload = predict(examine(question))[1];
+    const doctor::Prediction upload = predict(examine(question))[1];
     const bool refused = server.expected.upload != 0;
     const bool inTheClear = server.scheme == "ftp";
     EXPECT_EQ(refused      ? doctor::Outlook::Fails
@@ -58,7 +76,8 @@ TEST_P(Daemons, AreLeftAsTheyWere)
     doctor::Report report = examine(question);
     doctor::RoundTrip& roundTrip = report.roundTrip.emplace();
     roundTrip.name = doctor::uniqueName();
-    makeRoundTrip(question, roundTrip.name, [&roundTrip](const doctor::StepNews& each) { record(each, roundTrip); });
+    makeRoundTrip(question, roundTrip.name, false,
+                  [&roundTrip](const doctor::StepNews& each) { record(each, roundTrip); });
     EXPECT_EQ(server.expected.upload, roundTrip.put);
     EXPECT_EQ(server.expected.list, roundTrip.list);
     // Including a round trip that ends right after the upload.
@@ -69,6 +88,22 @@ TEST_P(Daemons, AreLeftAsTheyWere)
     EXPECT_TRUE(exists(served("weekly/seen.bak")));
     EXPECT_TRUE(roundTrip.leftBehind.empty());
     EXPECT_FALSE(roundTrip.leftUnknown);
+}
+
+TEST_P(Daemons, BehaveAsARoundTripShows)
+{
+    doctor::Question question = ask();
+    question.hostKeySha256 = examine(question).hostKey.fingerprint;
+    doctor::Report report = examine(question);
+    EXPECT_EQ(0, tryWriting(question, report));
+    EXPECT_EQ(predictForSession(report, "upload").outlook == doctor::Outlook::Works, report.sessionTrip.has_value());
+    const std::vector<doctor::Prediction> predictions = predict(report);
+    const auto fill = [this](const std::string& name, const std::string& text) { keep("weekly/" + name, text); };
+    EXPECT_TRUE(std::filesystem::exists(served("weekly/seen.bak")));
+    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(served("weekly")), {}));
+    expectTruth(predictions, truthOf(question, local("scratch"), fill));
+    std::filesystem::remove(served("weekly/new.bak")); // some servers do not rename over a file
+    expectTruth(ofSession(predictions), truthOfSession(question, local("scratch"), fill));
 }
 
 TEST_P(Daemons, HaveATable) { expectGolden(server.id, normalisedTable(examine(ask()))); }
@@ -86,9 +121,17 @@ class SshDaemons : public Daemons
 protected:
     void expectPrediction(const doctor::Question& question, const std::string& outlooks)
     {
-        const std::vector<doctor::Verdict> verdicts = predict(examine(question));
-        EXPECT_EQ(outlooks, outlooksOf(verdicts));
-        expectTruth(verdicts, truthOf(question, local("scratch"), [](const std::string&, const std::string&) {}));
+        const std::vector<doctor::Prediction> predictions = predict(examine(question));
+        EXPECT_EQ(outlooks, outlooksOf(predictions));
+        expectTruth(predictions, truthOf(question, local("scratch"), [](const std::string&, const std::string&) {}));
+    }
+    void expectPredictionOfASession(doctor::Question question, const std::string& outlooks)
+    {
+        question.hostKeySha256 = examine(question).hostKey.fingerprint;
+        const std::vector<doctor::Prediction> predictions = ofSession(predict(examine(question)));
+        EXPECT_EQ(outlooks, outlooksOf(predictions));
+        expectTruth(predictions,
+                    truthOfSession(question, local("scratch"), [](const std::string&, const std::string&) {}));
     }
 };
 
@@ -96,6 +139,7 @@ TEST_P(SshDaemons, RefuseAWrongPasswordAsPredicted)
 {
     request.password = "wrong";
     expectPrediction(ask(), "FFFFFF");
+    expectPredictionOfASession(ask(), "FFFFFF");
 }
 
 TEST_P(SshDaemons, ReportAMissingDirectoryAsPredicted)
@@ -104,6 +148,41 @@ TEST_P(SshDaemons, ReportAMissingDirectoryAsPredicted)
     question.request.remotePath += "missing/";
     question.commandUrl = question.request.remotePath;
     expectPrediction(question, "FWFFFF");
+    question.request.remotePath += "another/";
+    question.commandUrl = question.request.remotePath;
+    expectPredictionOfASession(question, "FWFFFW");
+}
+
+struct Mode
+{
+    std::filesystem::perms perms;
+    const char* client;
+    const char* session;
+    const char* reason;
+};
+
+TEST_P(SshDaemons, KnowPermissionFromAbsence)
+{
+    const Mode modes[] = {
+        {std::filesystem::perms::owner_write | std::filesystem::perms::owner_exec, "WWFFFF", "WWWWFW",
+         "the user may not list the directory ("},
+        {std::filesystem::perms::none, "FFFFFF", "FFFFFW", "the user may not enter or list the directory ("}};
+    for (const Mode& each : modes) {
+        SCOPED_TRACE(each.reason);
+        doctor::Question question = ask();
+        const auto fill = [this](const std::string& name, const std::string& text) { keep("weekly/" + name, text); };
+        std::filesystem::permissions(served("weekly"), each.perms);
+        const std::vector<doctor::Prediction> predictions = predict(examine(question));
+        EXPECT_EQ(each.client, outlooksOf(predictions));
+        expectTruth(predictions, truthOf(question, local("scratch"), fill));
+        EXPECT_EQ(0U, predictions[4].reason.find(each.reason)) << predictions[4].reason;
+        question.hostKeySha256 = examine(question).hostKey.fingerprint;
+        const std::vector<doctor::Prediction> known = ofSession(predict(examine(question)));
+        EXPECT_EQ(each.session, outlooksOf(known));
+        expectTruth(known, truthOfSession(question, local("scratch"), fill));
+        EXPECT_EQ(0U, known[4].reason.find(each.reason)) << known[4].reason;
+        std::filesystem::permissions(served("weekly"), std::filesystem::perms::owner_all);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(OfDebian, SshDaemons, testing::ValuesIn(thoseWithSsh()), idOf);

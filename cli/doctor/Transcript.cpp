@@ -1,4 +1,4 @@
-#include "doctor/Dialogue.h"
+#include "doctor/Transcript.h"
 
 #include <algorithm>
 #include <cctype>
@@ -11,7 +11,10 @@ namespace {
 
 // Of what a server says without end, this much is kept.
 constexpr std::string::size_type kLongestLine = 4096;
+constexpr std::size_t kMostLines = 1000;
+constexpr std::size_t kMostBytes = std::size_t{1} << 20;
 constexpr std::string::size_type kCodeDigits = 3;
+constexpr char kSshBanner[] = "SSH-";
 
 std::string withoutLineEnd(std::string line)
 {
@@ -42,23 +45,34 @@ Reply replyOf(const std::string& lastLine, const PasswordMask& mask)
     return {Ending::Complete, std::stoi(code), ServerText::following(code + " ", text, mask)};
 }
 
-void Dialogue::listenTo(CURL* handle)
+void Transcript::listenTo(CURL* handle)
 {
     curl_easy_setopt(handle, CURLOPT_VERBOSE, 1L);
     curl_easy_setopt(handle, CURLOPT_DEBUGFUNCTION, report);
     curl_easy_setopt(handle, CURLOPT_DEBUGDATA, this);
 }
 
-void Dialogue::addCommand(const std::string& line)
+void Transcript::beginAnew()
+{
+    m_line.clear();
+    m_first.clear();
+    m_bytes = m_lines = 0;
+    m_exchanges.emplace_back();
+}
+
+void Transcript::addCommand(const std::string& line)
 {
     const std::string command = withoutLineEnd(line);
     const std::string verb = command.substr(0, command.find(' '));
     m_line.clear();
+    m_first.clear();
+    m_bytes = m_lines = 0;
     m_exchanges.push_back({verb == "PASS" ? verb : command, {}});
 }
 
-void Dialogue::addReply(const std::string& bytes)
+void Transcript::addReply(const std::string& bytes)
 {
+    m_bytes += bytes.size();
     for (const char byte : bytes) {
         if (byte == '\n') {
             endLine();
@@ -68,22 +82,45 @@ void Dialogue::addReply(const std::string& bytes)
     }
 }
 
-void Dialogue::endLine()
+void Transcript::endLine()
 {
     const std::string line = withoutLineEnd(std::move(m_line));
     m_line.clear();
+    ++m_lines;
     if (endsReply(line)) {
         m_exchanges.back().reply = replyOf(line, m_mask);
+    } else if (m_first.empty()) {
+        m_first = line;
     }
 }
 
-int Dialogue::report(CURL* /*handle*/, curl_infotype kind, char* bytes, size_t count, void* self) noexcept
+bool Transcript::isEnough(const std::string& lastCommand) const
+{
+    const Exchange& last = m_exchanges.back();
+    const bool isAnswered = last.reply.ending == Ending::Complete;
+    const bool isEndless = !isAnswered && (m_lines >= kMostLines || m_bytes >= kMostBytes);
+    return isEndless || m_first.compare(0, 4, kSshBanner) == 0 ||
+           (isAnswered && !lastCommand.empty() && last.command.compare(0, lastCommand.size(), lastCommand) == 0);
+}
+
+// What came before the end says what kind of server this is.
+void Transcript::end(CURLcode code)
+{
+    Reply& reply = m_exchanges.back().reply;
+    if (reply.ending != Ending::NotTried) {
+        return;
+    }
+    const Ending broken = code == CURLE_OPERATION_TIMEDOUT ? Ending::Silent : Ending::Closed;
+    reply = {isEnough({}) ? Ending::Garbled : broken, 0, ServerText(m_first.empty() ? m_line : m_first, m_mask)};
+}
+
+int Transcript::report(CURL* /*handle*/, curl_infotype kind, char* bytes, size_t count, void* self) noexcept
 try {
-    auto& dialogue = *static_cast<Dialogue*>(self);
+    auto& transcript = *static_cast<Transcript*>(self);
     if (kind == CURLINFO_HEADER_OUT) {
-        dialogue.addCommand(std::string(bytes, count));
+        transcript.addCommand(std::string(bytes, count));
     } else if (kind == CURLINFO_HEADER_IN) {
-        dialogue.addReply(std::string(bytes, count));
+        transcript.addReply(std::string(bytes, count));
     }
     return 0;
 } catch (const std::exception&) {
@@ -97,15 +134,15 @@ std::string Reply::shown() const
     return number + (number.empty() || text.shown().empty() ? "" : " ") + text.shown();
 }
 
-const Reply* Visit::replyTo(const std::string& beginning) const
+const Reply* ProbeResult::replyTo(const std::string& beginning) const
 {
-    const auto found = std::find_if(dialogue.rbegin(), dialogue.rend(), [&beginning](const Exchange& each) {
+    const auto found = std::find_if(transcript.rbegin(), transcript.rend(), [&beginning](const Exchange& each) {
         return each.command.compare(0, beginning.size(), beginning) == 0;
     });
-    return found == dialogue.rend() ? nullptr : &found->reply;
+    return found == transcript.rend() ? nullptr : &found->reply;
 }
 
-bool Visit::loggedIn() const
+bool ProbeResult::loggedIn() const
 {
     const auto letsIn = [this](const char* command) {
         const Reply* const reply = replyTo(command);

@@ -1,7 +1,8 @@
-#include "doctor/Verdicts.h"
+#include "doctor/Predictions.h"
 
 #include "doctor/Diagnosis.h"
-#include "doctor/RoundTripVerdicts.h"
+#include "doctor/RoundTripPredictions.h"
+#include "doctor/SessionPredictions.h"
 #include "doctor/Silence.h"
 
 #include <curl/curl.h>
@@ -10,69 +11,75 @@
 
 namespace doctor {
 
+int codeOf(const Report& report, const ProbeResult& result)
+{
+    if (result.made) {
+        return result.code;
+    }
+    if (report.contact.code != CURLE_OK) {
+        return report.contact.code;
+    }
+    return isSilent(report) ? CURLE_OPERATION_TIMEDOUT : report.client.test.code;
+}
+
+int asReported(int code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
+
+bool hasLookedForFile(const Reply& reply)
+{
+    return reply.code == 550 || reply.code == 551 || reply.code == 553 || reply.code / 10 == 45;
+}
+
 namespace {
 
 constexpr int kRefusedByTheLibrary = -1;
 constexpr unsigned int kWaitsForTheServersClose = 0x080900;
 
-Verdict works(std::string reason = {}, std::string remedy = {})
+Prediction works(std::string reason = {}, std::string remedy = {})
 {
     return {{}, Outlook::Works, 0, std::move(reason), std::move(remedy)};
 }
 
-Verdict fails(std::optional<int> code, Diagnosis why)
+Prediction fails(std::optional<int> code, Diagnosis why)
 {
     return {{}, Outlook::Fails, code, std::move(why.reason), std::move(why.remedy)};
 }
 
-Verdict unknown(std::string reason, std::string remedy)
+Prediction unknown(std::string reason, std::string remedy)
 {
     return {{}, Outlook::Unknown, std::nullopt, std::move(reason), std::move(remedy)};
 }
 
-// The library tells a refused directory as a missing file.
-int asReported(int code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
-
-// The code of an operation that ends like the connection test: also of one that could not be tried.
-int codeOf(const Report& report, const Visit& visit)
+const ProbeResult& listingVisit(const Report& report)
 {
-    if (visit.made) {
-        return visit.code;
-    }
-    if (report.contact.code != CURLE_OK) {
-        return report.contact.code;
-    }
-    return isSilent(report) ? CURLE_OPERATION_TIMEDOUT : report.test.code;
+    return report.client.listing.made ? report.client.listing : report.client.test;
 }
 
-const Visit& listingVisit(const Report& report) { return report.listing.made ? report.listing : report.test; }
-
-Verdict failsLike(const Report& report, const Visit& visit, bool bare)
+Prediction failsLike(const Report& report, const ProbeResult& visit, bool bare)
 {
     return fails(asReported(codeOf(report, visit)), diagnoseVisit(report, visit, bare));
 }
 
-Verdict predictTest(const Report& report)
+Prediction predictTest(const Report& report)
 {
-    if (report.test.succeeded()) {
+    if (report.client.test.succeeded()) {
         return works();
     }
     // Alone of all, it answers with libcurl's code unchanged.
-    return fails(codeOf(report, report.test), diagnoseVisit(report, report.test, false));
+    return fails(codeOf(report, report.client.test), diagnoseVisit(report, report.client.test, false));
 }
 
-Verdict predictList(const Report& report)
+Prediction predictList(const Report& report)
 {
-    const Visit& visit = listingVisit(report);
+    const ProbeResult& visit = listingVisit(report);
     return visit.succeeded() ? works() : failsLike(report, visit, false);
 }
 
 // Login and data connection of an upload, for ftp: URLs when only the user's name may be sent in the clear.
-Verdict predictByUserAlone(const Report& report)
+Prediction predictByUserAlone(const Report& report)
 {
     const Reply& reply = report.clearUser;
     if (reply.ending == Ending::NotTried) {
-        return failsLike(report, report.test, false);
+        return failsLike(report, report.client.test, false);
     }
     if (reply.ending != Ending::Complete || reply.code >= 400) {
         const bool closed = reply.ending == Ending::Closed;
@@ -85,28 +92,29 @@ Verdict predictByUserAlone(const Report& report)
                    "URL would need none.");
 }
 
-Verdict predictUploadOverSsh(const Report& report)
+Prediction predictUploadOverSsh(const Report& report)
 {
-    if (report.test.made && report.test.code == CURLE_REMOTE_FILE_NOT_FOUND) {
+    if (report.client.test.made && report.client.test.code == CURLE_REMOTE_FILE_NOT_FOUND) {
         return works("it makes the missing directory");
     }
-    return report.test.succeeded() ? works() : failsLike(report, report.test, false);
+    return report.client.test.succeeded() || isUnlisted(report.client) ? works()
+                                                                       : failsLike(report, report.client.test, false);
 }
 
-Verdict cautionAboutLostEnds()
+Prediction cautionAboutLostEnds()
 {
     return works("but this libcurl can lose the end of an upload over TLS 1.3 and report success",
                  "Use libcurl 8.9 or newer, or limit the server to TLS 1.2, or compare the sizes after each upload.");
 }
 
-Verdict successfulUpload(const Report& report, const std::string& reason)
+Prediction successfulUpload(const Report& report, const std::string& reason)
 {
     const bool loses = report.scheme == Scheme::Ftps && report.tls.versions[0].offered &&
                        report.libcurl.number < kWaitsForTheServersClose;
     return loses ? cautionAboutLostEnds() : works(reason);
 }
 
-Verdict predictUpload(const Report& report)
+Prediction predictUpload(const Report& report)
 {
     if (report.scheme == Scheme::Sftp) {
         return predictUploadOverSsh(report);
@@ -115,14 +123,14 @@ Verdict predictUpload(const Report& report)
         return predictByUserAlone(report);
     }
     const bool missing = report.bare.code == CURLE_REMOTE_ACCESS_DENIED;
-    const Visit& visit = report.bareAgain.made ? report.bareAgain : report.bare;
+    const ProbeResult& visit = report.bareAgain.made ? report.bareAgain : report.bare;
     if (visit.succeeded()) {
         return successfulUpload(report, missing ? "it makes the missing directory" : "");
     }
-    if (visit.code != CURLE_FTP_COULDNT_RETR_FILE) {
+    if (visit.code != CURLE_FTP_COULDNT_RETR_FILE && refusalOf(visit) == nullptr) {
         return failsLike(report, visit, true);
     }
-    if (report.scheme == Scheme::Ftp && report.listing.succeeded()) {
+    if (report.scheme == Scheme::Ftp && report.client.listing.succeeded()) {
         const Reply* const reply = report.bare.replyTo("NLST");
         return fails(CURLE_UPLOAD_FAILED,
                      {"it sends its data without TLS, which the server refuses " + quote(reply ? *reply : Reply{}),
@@ -136,16 +144,17 @@ Verdict predictUpload(const Report& report)
 const Reply* sizeReply(const Report& report)
 {
     const Reply* const bare = report.bare.replyTo("SIZE");
-    return bare != nullptr ? bare : report.test.replyTo("SIZE");
+    return bare != nullptr ? bare : report.client.test.replyTo("SIZE");
 }
 
 // The size check logs in as the upload does, but needs no data connection.
-Verdict predictSizeCheck(const Report& report)
+Prediction predictSizeCheck(const Report& report)
 {
     if (report.scheme == Scheme::Sftp) {
-        const bool passes =
-            report.test.succeeded() || (report.test.made && report.test.code == CURLE_REMOTE_FILE_NOT_FOUND);
-        return passes ? works() : failsLike(report, report.test, false);
+        const bool passes = report.client.test.succeeded() ||
+                            (report.client.test.made && report.client.test.code == CURLE_REMOTE_FILE_NOT_FOUND) ||
+                            isUnlisted(report.client);
+        return passes ? works() : failsLike(report, report.client.test, false);
     }
     if (!report.bare.made) {
         return predictByUserAlone(report);
@@ -166,22 +175,24 @@ Verdict predictSizeCheck(const Report& report)
     return works();
 }
 
-Verdict predictDownload(const Report& report)
+Prediction predictDownload(const Report& report)
 {
-    Verdict check = predictSizeCheck(report);
+    Prediction check = predictSizeCheck(report);
     if (check.outlook == Outlook::Fails) {
         check.code = kRefusedByTheLibrary;
         check.reason = "the size check before it: " + check.reason;
         return check;
     }
     // A file needs what a listing needs, but for the server's leave to list.
-    const bool transfers = report.test.succeeded() || report.listing.succeeded();
-    if (!transfers && listingVisit(report).code == CURLE_FTP_COULDNT_RETR_FILE) {
+    const bool transfers =
+        report.client.test.succeeded() || report.client.listing.succeeded() || isUnlisted(report.client);
+    if (!transfers &&
+        (listingVisit(report).code == CURLE_FTP_COULDNT_RETR_FILE || refusalOf(listingVisit(report)) != nullptr)) {
         return unknown("the server refuses every listing, so its data connection could not be tried",
                        "Run doctor with --write to try a download.");
     }
     if (!transfers) {
-        return failsLike(report, report.test, false);
+        return failsLike(report, report.client.test, false);
     }
     if (check.outlook == Outlook::Unknown) {
         check.reason = "the size check before it: " + check.reason;
@@ -191,7 +202,7 @@ Verdict predictDownload(const Report& report)
 
 bool namesAnotherDirectory(const Report& report)
 {
-    const std::string& entry = report.test.entryPath.raw();
+    const std::string& entry = report.client.test.entryPath.raw();
     return report.scheme != Scheme::Sftp && !entry.empty() && entry != "/" &&
            report.commandDirectory.compare(0, 2, "//") != 0;
 }
@@ -204,35 +215,36 @@ Diagnosis unknownVerb(const std::string& verb, const Reply& reply)
 }
 
 // The command was for a file that is not there.
-Verdict predictCommand(const Report& report, const std::string& verb)
+Prediction predictCommand(const Report& report, const std::string& verb)
 {
     if (report.commandDirectory.empty()) {
         return unknown(
             "the URL's path holds \":\", \"%\", \"?\" or \"#\", where the library may take another directory",
             "Use a directory above it, and name the rest together with the file.");
     }
-    if (!report.test.succeeded()) {
-        return failsLike(report, report.test, false);
+    if (!report.client.test.succeeded()) {
+        return failsLike(report, report.client.test, false);
     }
     if (report.scheme == Scheme::Sftp) {
         return works();
     }
-    const Reply* const reply = report.test.replyTo(verb + " ");
+    const Reply* const reply = report.client.commands.replyTo(verb + " ");
     if (reply == nullptr || reply->ending != Ending::Complete) {
-        return unknown("the server did not answer the command \"" + verb + "\"",
+        const bool isClosed = reply != nullptr && reply->ending == Ending::Closed;
+        return unknown("the server " + std::string(isClosed ? "closes the connection at" : "did not answer") +
+                           " the command \"" + verb + "\"",
                        "Run doctor with --write to try it on a file of its own.");
     }
     if (reply->code < 400) {
         return unknown("the server accepts the command \"" + verb + "\" for a file that is not there " + quote(*reply),
                        "Run doctor with --write to try it on a file of its own.");
     }
-    const bool looked = reply->code == 550 || reply->code == 551 || reply->code == 553 || reply->code / 10 == 45;
-    if (!looked) {
+    if (!hasLookedForFile(*reply)) {
         return fails(CURLE_QUOTE_ERROR, unknownVerb(verb, *reply));
     }
     if (namesAnotherDirectory(report)) {
         return fails(CURLE_QUOTE_ERROR,
-                     {"the login leads to " + report.test.entryPath.shown() + ", but the command \"" + verb +
+                     {"the login leads to " + report.client.test.entryPath.shown() + ", but the command \"" + verb +
                           "\" counts the URL's path from the server's root",
                       "Confine the user to that directory at the server, or write the whole path behind two slashes: "
                       "//home/user/."});
@@ -240,35 +252,62 @@ Verdict predictCommand(const Report& report, const std::string& verb)
     return works();
 }
 
-Verdict named(const char* operation, Verdict verdict)
+// A server that does not let a conversation end keeps an operation for ever, too, or until it fails.
+Prediction unfinished(const std::string& operation, const std::string& reason)
 {
-    verdict.operation = operation;
-    return verdict;
+    const std::string remedy = "Look at the server's log, and run doctor again.";
+    return {operation, Outlook::Unknown, std::nullopt,
+            reason,    remedy,           {Outlook::Unknown, std::nullopt, reason, remedy}};
+}
+
+Prediction named(const char* operation, Prediction prediction)
+{
+    prediction.operation = operation;
+    return prediction;
 }
 
 } // namespace
 
-std::vector<Verdict> predict(const Report& report)
+std::vector<Prediction> predict(const Report& report)
 {
-    std::vector<Verdict> verdicts = {named("download", predictDownload(report)),
-                                     named("upload", predictUpload(report)),
-                                     named("rename", predictCommand(report, "rename")),
-                                     named("delete", predictCommand(report, "rm")),
-                                     named("list", predictList(report)),
-                                     named("test", predictTest(report))};
-    if (report.roundTrip) {
-        applyRoundTrip(*report.roundTrip, verdicts);
+    std::vector<Prediction> predictions = {named("download", predictDownload(report)),
+                                           named("upload", predictUpload(report)),
+                                           named("rename", predictCommand(report, "rename")),
+                                           named("delete", predictCommand(report, "rm")),
+                                           named("list", predictList(report)),
+                                           named("test", predictTest(report))};
+    for (Prediction& each : predictions) {
+        each.session = predictForSession(report, each.operation);
+        if (!report.unfinishedLogin.empty()) {
+            each = unfinished(each.operation, "the probe that logs in " + report.unfinishedLogin);
+        } else if (!report.unfinishedBare.empty() && (each.operation == "upload" || each.operation == "download")) {
+            const Expectation session = each.session;
+            each = unfinished(each.operation, "the login without the library's TLS step " + report.unfinishedBare);
+            each.session = session;
+        }
     }
-    return verdicts;
+    if (report.roundTrip) {
+        applyRoundTrip(*report.roundTrip, predictions);
+    }
+    if (report.sessionTrip) {
+        applySessionTrip(*report.sessionTrip, predictions);
+    }
+    for (Prediction& each : predictions) {
+        if (each.outlook == Outlook::Fails && each.session.outlook == Outlook::Works) {
+            each.remedy = "Use SFtpSession, with which it works." +
+                          (each.remedy.empty() ? "" : " With SFtpClient: " + each.remedy);
+        }
+    }
+    return predictions;
 }
 
-int exitStatusOf(const std::vector<Verdict>& verdicts)
+int exitStatusOf(const std::vector<Prediction>& predictions)
 {
     constexpr int kOneFails = 1;
     constexpr int kOneIsUnknown = 3;
-    const auto has = [&verdicts](Outlook outlook) {
-        return std::any_of(verdicts.begin(), verdicts.end(),
-                           [outlook](const Verdict& each) { return each.outlook == outlook; });
+    const auto has = [&predictions](Outlook outlook) {
+        return std::any_of(predictions.begin(), predictions.end(),
+                           [outlook](const Prediction& each) { return each.outlook == outlook; });
     };
     if (has(Outlook::Fails)) {
         return kOneFails;

@@ -1,5 +1,5 @@
-#ifndef SFTPCLIENT_CLI_DOCTOR_DIALOGUE_H
-#define SFTPCLIENT_CLI_DOCTOR_DIALOGUE_H
+#ifndef SFTPCLIENT_CLI_DOCTOR_TRANSCRIPT_H
+#define SFTPCLIENT_CLI_DOCTOR_TRANSCRIPT_H
 
 #include "doctor/Report.h"
 #include "output/PasswordMask.h"
@@ -12,19 +12,29 @@
 namespace doctor {
 
 /// Takes down what libcurl and the server say to each other on the control connection. Of PASS only the word is kept.
-class Dialogue
+class Transcript
 {
 public:
-    explicit Dialogue(const PasswordMask& mask) : m_mask(mask) { m_exchanges.emplace_back(); }
+    explicit Transcript(const PasswordMask& mask) : m_mask(mask) { m_exchanges.emplace_back(); }
 
     /// Lets the handle report here. REQUIRES: this object outlives the handle's transfers.
     void listenTo(CURL* handle);
+
+    /// What comes next is of another connection.
+    void beginAnew();
 
     void addCommand(const std::string& line);
     /// One line, or a part of one, as it arrived.
     void addReply(const std::string& bytes);
 
-    /// The dialogue so far; it begins with the greeting, whose command is empty.
+    /// Whether nothing more need be heard: the last command begins with `lastCommand` and has its reply, or what comes
+    /// goes on without an end, or is an SSH server's.
+    bool isEnough(const std::string& lastCommand) const;
+
+    /// Says of what was not answered how it ended, by libcurl's code for the transfer.
+    void end(CURLcode code);
+
+    /// All that was said so far; it begins with the greeting, whose command is empty.
     const std::vector<Exchange>& exchanges() const { return m_exchanges; }
 
 private:
@@ -34,6 +44,9 @@ private:
     const PasswordMask& m_mask;
     std::vector<Exchange> m_exchanges;
     std::string m_line;
+    std::string m_first;     // line since the last command
+    std::size_t m_bytes = 0; // since then, too
+    std::size_t m_lines = 0;
 };
 
 /// Whether a line ends a reply: three digits and a blank, or three digits alone.

@@ -1,5 +1,5 @@
 // From facts to predictions, without a server.
-#include "doctor/Verdicts.h"
+#include "doctor/Predictions.h"
 
 #include "harness/Examined.h"
 
@@ -10,37 +10,37 @@ namespace {
 using doctor::Ending;
 using doctor::Exchange;
 using doctor::Outlook;
+using doctor::Prediction;
+using doctor::ProbeResult;
 using doctor::Reply;
 using doctor::Report;
 using doctor::Scheme;
-using doctor::Verdict;
-using doctor::Visit;
 
 doctor::ServerText said(const std::string& text) { return {text, PasswordMask("", "")}; }
 
 Reply reply(int code, const std::string& text = "text") { return {Ending::Complete, code, said(text)}; }
 
-Visit visitWith(int code, const std::vector<Exchange>& dialogue)
+ProbeResult resultWith(int code, const std::vector<Exchange>& transcript)
 {
-    Visit visit;
+    ProbeResult visit;
     visit.made = true;
     visit.code = code;
     visit.error = said("libcurl's words");
     visit.entryPath = said("/");
-    visit.dialogue = dialogue;
+    visit.transcript = transcript;
     return visit;
 }
 
-std::vector<Exchange> dialogueUpTo(const std::vector<Exchange>& last)
+std::vector<Exchange> transcriptUpTo(const std::vector<Exchange>& last)
 {
-    std::vector<Exchange> dialogue = {{"", reply(220)},          {"USER backup", reply(331)}, {"PASS", reply(230)},
-                                      {"PWD", reply(257)},       {"TYPE I", reply(200)},      {"SIZE name", reply(550)},
-                                      {"CWD weekly", reply(250)}};
-    dialogue.insert(dialogue.end(), last.begin(), last.end());
-    return dialogue;
+    std::vector<Exchange> transcript = {
+        {"", reply(220)},       {"USER backup", reply(331)}, {"PASS", reply(230)},      {"PWD", reply(257)},
+        {"TYPE I", reply(200)}, {"SIZE name", reply(550)},   {"CWD weekly", reply(250)}};
+    transcript.insert(transcript.end(), last.begin(), last.end());
+    return transcript;
 }
 
-Visit listed(const std::string& verb) { return visitWith(0, dialogueUpTo({{verb, reply(226)}})); }
+ProbeResult listed(const std::string& verb) { return resultWith(0, transcriptUpTo({{verb, reply(226)}})); }
 
 /// A server where everything works, over explicit TLS and with a login in the clear.
 Report fine()
@@ -60,10 +60,12 @@ Report fine()
     report.tls.versions[0].ending = Ending::Complete;
     report.tls.versions[0].offered = true;
     report.tls.namesHost = true;
-    report.test = visitWith(
+    report.client.test = resultWith(
         0,
-        dialogueUpTo({{"LIST", reply(226)}, {"rename /weekly/x /weekly/y", reply(550)}, {"rm /weekly/x", reply(550)}}));
-    report.listing = listed("NLST");
+        transcriptUpTo({{"DELE x", reply(550)}, {"RNFR x", reply(550)}, {"EPSV", reply(229)}, {"LIST", reply(226)}}));
+    report.client.commands =
+        resultWith(0, transcriptUpTo({{"rename /weekly/x /weekly/y", reply(550)}, {"rm /weekly/x", reply(550)}}));
+    report.client.listing = listed("NLST");
     report.bare = listed("NLST");
     return report;
 }
@@ -98,8 +100,9 @@ Report changed(Edit edit)
 
 void answerVerbs(Report& report, const Reply& each)
 {
-    report.test.dialogue[report.test.dialogue.size() - 2].reply = each;
-    report.test.dialogue.back().reply = each;
+    std::vector<Exchange>& transcript = report.client.commands.transcript;
+    transcript[transcript.size() - 2].reply = each;
+    transcript.back().reply = each;
 }
 
 const std::vector<Change>& changes()
@@ -117,8 +120,8 @@ const std::vector<Change>& changes()
          {-1, 67, 60, 60, 60, 60},
          [] {
              Report report = fineWithUserAlone(reply(530));
-             report.test = visitWith(60, {});
-             report.listing = {};
+             report.client.test = resultWith(60, {});
+             report.client.listing = {};
              return report;
          }()},
         {"UserAloneGoesOnButNotTrusted",
@@ -126,8 +129,8 @@ const std::vector<Change>& changes()
          {60, kNone, 60, 60, 60, 60},
          [] {
              Report report = fineWithUserAlone(reply(331));
-             report.test = visitWith(60, {});
-             report.listing = {};
+             report.client.test = resultWith(60, {});
+             report.client.listing = {};
              return report;
          }()},
         {"NameUnknown", "FFFFFF", {-1, 6, 6, 6, 6, 6}, changed([](Report& r) {
@@ -147,21 +150,25 @@ const std::vector<Change>& changes()
          })},
         {"SilentHandshake", "FWFFFF", {28, 0, 28, 28, 28, 28}, changed([](Report& r) {
              r.tls.versions[0] = {"TLS 1.3", Ending::Silent, false, ""};
-             r.test = {};
-             r.listing = {};
+             r.client.test = {};
+             r.client.listing = {};
          })},
         {"ClearDataRefused", "WFWWWW", {0, 25, 0, 0, 0, 0}, changed([](Report& r) {
-             r.bare = visitWith(19, dialogueUpTo({{"NLST", reply(522)}}));
-             r.bareAgain = visitWith(19, dialogueUpTo({{"LIST", reply(522)}}));
+             r.bare = resultWith(19, transcriptUpTo({{"NLST", reply(522)}}));
+             r.bareAgain = resultWith(19, transcriptUpTo({{"LIST", reply(522)}}));
          })},
         {"EveryListingRefused", "??FFFF", {kNone, kNone, 19, 19, 19, 19}, changed([](Report& r) {
-             r.test = visitWith(19, dialogueUpTo({{"LIST", reply(550)}}));
-             r.listing = r.bare = r.bareAgain = visitWith(19, dialogueUpTo({{"NLST", reply(550)}}));
+             r.client.test = resultWith(19, transcriptUpTo({{"LIST", reply(550)}}));
+             r.client.listing = r.bare = r.bareAgain = resultWith(19, transcriptUpTo({{"NLST", reply(550)}}));
          })},
-        {"SizeIs502", "FWWWWW", {-1, 0, 0, 0, 0, 0}, changed([](Report& r) { r.bare.dialogue[5].reply = reply(502); })},
-        {"SizeIs213", "WWWWWW", {0, 0, 0, 0, 0, 0}, changed([](Report& r) { r.bare.dialogue[5].reply = reply(213); })},
+        {"SizeIs502", "FWWWWW", {-1, 0, 0, 0, 0, 0}, changed([](Report& r) {
+             r.bare.transcript[5].reply = reply(502);
+         })},
+        {"SizeIs213", "WWWWWW", {0, 0, 0, 0, 0, 0}, changed([](Report& r) {
+             r.bare.transcript[5].reply = reply(213);
+         })},
         {"SizeNotAnswered", "?WWWWW", {kNone, 0, 0, 0, 0, 0}, changed([](Report& r) {
-             r.bare.dialogue[5].reply = {};
+             r.bare.transcript[5].reply = {};
          })},
         {"VerbsAre500", "WWFFWW", {0, 0, 21, 21, 0, 0}, changed([](Report& r) { answerVerbs(r, reply(500)); })},
         {"VerbsAre501", "WWFFWW", {0, 0, 21, 21, 0, 0}, changed([](Report& r) { answerVerbs(r, reply(501)); })},
@@ -173,41 +180,41 @@ const std::vector<Change>& changes()
              r.commandDirectory.clear();
          })},
         {"LoginLeadsElsewhere", "WWFFWW", {0, 0, 21, 21, 0, 0}, changed([](Report& r) {
-             r.test.entryPath = said("/home");
+             r.client.test.entryPath = said("/home");
          })},
         {"LoginLeadsElsewhereButAbsolute", "WWWWWW", {0, 0, 0, 0, 0, 0}, changed([](Report& r) {
-             r.test.entryPath = said("/home");
+             r.client.test.entryPath = said("/home");
              r.commandDirectory = "//home/weekly/";
          })},
         {"UnknownScheme", "FFFFFF", {-1, 1, 1, 1, 1, 1}, changed([](Report& r) {
              r.scheme = Scheme::Sftp;
              r.libcurl.speaksScheme = false;
-             r.test = visitWith(1, {});
-             r.listing = r.bare = {};
+             r.client.test = resultWith(1, {});
+             r.client.listing = r.bare = {};
          })},
     };
     return all;
 }
 
-class Verdicts : public testing::TestWithParam<Change>
+class Predictions : public testing::TestWithParam<Change>
 {
 };
 
-TEST_P(Verdicts, FollowFromTheFacts)
+TEST_P(Predictions, FollowFromTheFacts)
 {
-    const std::vector<Verdict> verdicts = predict(GetParam().report);
-    EXPECT_EQ(GetParam().outlooks, outlooksOf(verdicts));
-    ASSERT_EQ(GetParam().codes.size(), verdicts.size());
-    for (std::size_t i = 0; i < verdicts.size(); ++i) {
-        EXPECT_EQ(GetParam().codes[i], verdicts[i].code.value_or(99)) << verdicts[i].operation;
-        if (verdicts[i].outlook != Outlook::Works) {
-            EXPECT_NE("", verdicts[i].reason) << verdicts[i].operation;
-            EXPECT_NE("", verdicts[i].remedy) << verdicts[i].operation;
+    const std::vector<Prediction> predictions = predict(GetParam().report);
+    EXPECT_EQ(GetParam().outlooks, outlooksOf(predictions));
+    ASSERT_EQ(GetParam().codes.size(), predictions.size());
+    for (std::size_t i = 0; i < predictions.size(); ++i) {
+        EXPECT_EQ(GetParam().codes[i], predictions[i].code.value_or(99)) << predictions[i].operation;
+        if (predictions[i].outlook != Outlook::Works) {
+            EXPECT_NE("", predictions[i].reason) << predictions[i].operation;
+            EXPECT_NE("", predictions[i].remedy) << predictions[i].operation;
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(When, Verdicts, testing::ValuesIn(changes()),
+INSTANTIATE_TEST_SUITE_P(When, Predictions, testing::ValuesIn(changes()),
                          [](const testing::TestParamInfo<Change>& of) { return std::string(of.param.id); });
 
 struct Loss
@@ -218,7 +225,7 @@ struct Loss
     bool cautioned;
 };
 
-TEST(VerdictsOnUploads, WarnOnlyIfTheEndCanBeLost)
+TEST(PredictionsOfUploads, WarnOnlyIfTheEndCanBeLost)
 {
     const Loss cases[] = {{Scheme::Ftps, 0x075801, true, true},
                           {Scheme::Ftps, 0x0808ff, true, true},
@@ -230,13 +237,13 @@ TEST(VerdictsOnUploads, WarnOnlyIfTheEndCanBeLost)
         report.scheme = each.scheme;
         report.libcurl.number = each.libcurl;
         report.tls.versions[0].offered = each.tls13;
-        const Verdict upload = predict(report)[1];
+        const Prediction upload = predict(report)[1];
         EXPECT_EQ(Outlook::Works, upload.outlook);
         EXPECT_EQ(each.cautioned, !upload.remedy.empty()) << each.libcurl << " " << each.tls13;
     }
 }
 
-TEST(VerdictsAfterARoundTrip, MatchWhatItShowed)
+TEST(PredictionsAfterARoundTrip, MatchWhatItShowed)
 {
     Report report = fine();
     answerVerbs(report, reply(202));
@@ -245,14 +252,14 @@ TEST(VerdictsAfterARoundTrip, MatchWhatItShowed)
     trip.list = 0;
     trip.rename = 0;
     trip.remove = 21;
-    const std::vector<Verdict> verdicts = predict(report);
-    EXPECT_EQ("WFWFWW", outlooksOf(verdicts));
-    EXPECT_EQ(25, verdicts[1].code);
-    EXPECT_NE("", verdicts[1].remedy);
-    EXPECT_EQ("", verdicts[2].reason);
+    const std::vector<Prediction> predictions = predict(report);
+    EXPECT_EQ("WFWFWW", outlooksOf(predictions));
+    EXPECT_EQ(25, predictions[1].code);
+    EXPECT_NE("", predictions[1].remedy);
+    EXPECT_EQ("", predictions[2].reason);
 }
 
-TEST(VerdictsAfterARoundTrip, ConfirmNoStepThatDidNotFinish)
+TEST(PredictionsAfterARoundTrip, ConfirmNoStepThatDidNotFinish)
 {
     const std::pair<doctor::Step, std::size_t> steps[] = {{doctor::Step::Get, 0},
                                                           {doctor::Step::Put, 1},
@@ -263,25 +270,25 @@ TEST(VerdictsAfterARoundTrip, ConfirmNoStepThatDidNotFinish)
         Report report = fine();
         report.roundTrip.emplace().unfinished = step;
         report.roundTrip->failure = "did not finish within 60 seconds";
-        const std::vector<Verdict> verdicts = predict(report);
+        const std::vector<Prediction> predictions = predict(report);
         std::string expected = "WWWWWW";
         expected[place] = '?';
-        EXPECT_EQ(expected, outlooksOf(verdicts));
-        EXPECT_EQ(std::nullopt, verdicts[place].code);
-        EXPECT_EQ("tried, and it did not finish within 60 seconds", verdicts[place].reason);
+        EXPECT_EQ(expected, outlooksOf(predictions));
+        EXPECT_EQ(std::nullopt, predictions[place].code);
+        EXPECT_EQ("tried, and it did not finish within 60 seconds", predictions[place].reason);
         EXPECT_EQ("Try that operation alone, with --trace, and look at the server and at any firewall before it.",
-                  verdicts[place].remedy);
-        EXPECT_EQ(3, exitStatusOf(verdicts));
+                  predictions[place].remedy);
+        EXPECT_EQ(3, exitStatusOf(predictions));
     }
 }
 
-TEST(VerdictsAfterARoundTrip, KeepAFailureOfAStepThatDidNotFinish)
+TEST(PredictionsAfterARoundTrip, KeepAFailureOfAStepThatDidNotFinish)
 {
     Report report = fine();
     answerVerbs(report, reply(500));
     report.roundTrip.emplace().unfinished = doctor::Step::Rename;
     report.roundTrip->failure = "did not finish within 60 seconds";
-    const Verdict rename = predict(report)[2];
+    const Prediction rename = predict(report)[2];
     EXPECT_EQ(Outlook::Fails, rename.outlook);
     EXPECT_EQ(21, rename.code);
     EXPECT_EQ(
@@ -289,16 +296,16 @@ TEST(VerdictsAfterARoundTrip, KeepAFailureOfAStepThatDidNotFinish)
         rename.reason);
 }
 
-TEST(VerdictsAfterARoundTrip, KeepAReasonThatWasPredicted)
+TEST(PredictionsAfterARoundTrip, KeepAReasonThatWasPredicted)
 {
     Report report = fine();
     answerVerbs(report, reply(500));
     report.roundTrip.emplace().rename = 21;
-    const Verdict rename = predict(report)[2];
+    const Prediction rename = predict(report)[2];
     EXPECT_EQ("the server does not know the command \"rename\" (500 text)", rename.reason);
 }
 
-TEST(VerdictsAfterARoundTrip, DetectAnUnreportedLoss)
+TEST(PredictionsAfterARoundTrip, DetectAnUnreportedLoss)
 {
     Report report = fine();
     doctor::RoundTrip& trip = report.roundTrip.emplace();
@@ -312,12 +319,12 @@ TEST(VerdictsAfterARoundTrip, DetectAnUnreportedLoss)
 TEST(ExitStatus, ReportsTheWorstVerdict)
 {
     const auto statusOf = [](const std::vector<Outlook>& outlooks) {
-        std::vector<Verdict> verdicts;
+        std::vector<Prediction> predictions;
         for (const Outlook each : outlooks) {
-            verdicts.emplace_back();
-            verdicts.back().outlook = each;
+            predictions.emplace_back();
+            predictions.back().outlook = each;
         }
-        return exitStatusOf(verdicts);
+        return exitStatusOf(predictions);
     };
     EXPECT_EQ(0, statusOf({Outlook::Works, Outlook::Works}));
     EXPECT_EQ(1, statusOf({Outlook::Unknown, Outlook::Fails, Outlook::Works}));

@@ -1,0 +1,195 @@
+#include "doctor/Child.h"
+
+#include "base/ThrowErrno.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/signalfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <exception>
+#include <fstream>
+#include <utility>
+
+namespace doctor {
+
+namespace {
+
+// Names of a million files fit in.
+constexpr rlim_t kLongestFile = rlim_t{64} << 20;
+
+// Beside what the process has when it begins.
+constexpr rlim_t kMostMemory = rlim_t{32} << 20;
+
+void require(bool done, const char* what)
+{
+    if (!done) {
+        throwErrno(what);
+    }
+}
+
+void limit(int resource, rlim_t most)
+{
+    rlimit limits = {};
+    require(getrlimit(static_cast<__rlimit_resource>(resource), &limits) == 0, "a limit is unknown");
+    limits.rlim_cur = std::min(limits.rlim_cur, most);
+    require(setrlimit(static_cast<__rlimit_resource>(resource), &limits) == 0, "a limit cannot be set");
+}
+
+// The files are in memory, which a listing without end must not fill.
+void limitFiles()
+{
+    limit(RLIMIT_FSIZE, kLongestFile);
+    static_cast<void>(signal(SIGXFSZ, SIG_IGN));
+}
+
+// What counts for the limit is the sixth number there, in pages.
+void limitMemory()
+{
+    std::ifstream file("/proc/self/statm");
+    rlim_t pages = 0;
+    for (int i = 0; i < 6; ++i) {
+        file >> pages;
+    }
+    require(!file.fail(), "the memory in use is unknown");
+    limit(RLIMIT_DATA, pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + kMostMemory);
+}
+
+// What libcurl prints by itself, the password among it, is for nobody.
+void silence()
+{
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    require(nowhere >= 0 && dup2(nowhere, STDOUT_FILENO) >= 0 && dup2(nowhere, STDERR_FILENO) >= 0,
+            "the output cannot be silenced");
+}
+
+[[noreturn]] void runApart(const std::function<void(int)>& work, int results)
+{
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    try {
+        limitFiles();
+        limitMemory();
+        silence();
+        work(results);
+    } catch (const std::exception&) {
+        _exit(1);
+    }
+    _exit(0);
+}
+
+} // namespace
+
+SignalsHeld::SignalsHeld()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action = {};
+        sigaction(signal, nullptr, &action);
+        // What is ignored, as under nohup, stays so; held back, it would come all the same.
+        if (action.sa_handler != SIG_IGN) {
+            sigaddset(&signals, signal);
+        }
+    }
+    pthread_sigmask(SIG_BLOCK, &signals, &m_before);
+    m_descriptor = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    require(m_descriptor >= 0, "signals cannot be waited for");
+}
+
+SignalsHeld::~SignalsHeld()
+{
+    close(m_descriptor);
+    pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
+}
+
+int SignalsHeld::take() const
+{
+    signalfd_siginfo came = {};
+    return read(m_descriptor, &came, sizeof came) == sizeof came ? static_cast<int>(came.ssi_signo) : 0;
+}
+
+Child::Child(const std::function<void(int)>& work)
+{
+    std::array<int, 2> ends = {};
+    require(pipe2(ends.data(), O_CLOEXEC) == 0, "cannot create a pipe");
+    m_process = fork();
+    if (m_process == 0) {
+        runApart(work, ends[1]);
+    }
+    close(ends[1]);
+    m_results = ends[0];
+    require(m_process > 0, "cannot start a process");
+}
+
+Child::~Child()
+{
+    close(m_results);
+    if (m_process > 0) {
+        kill(m_process, SIGKILL);
+        waitpid(m_process, nullptr, 0);
+    }
+}
+
+bool Child::finishes()
+{
+    int status = 0;
+    waitpid(m_process, &status, 0);
+    m_process = -1;
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+Child::Event Child::wait(const SignalsHeld& signals, std::chrono::steady_clock::time_point end) const
+{
+    for (;;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now()).count();
+        std::array<pollfd, 2> waits = {{{m_results, POLLIN, 0}, {signals.descriptor(), POLLIN, 0}}};
+        const int ready = poll(waits.data(), waits.size(), static_cast<int>(std::max<decltype(left)>(0, left)));
+        if (ready < 0 && errno == EINTR) {
+            continue;
+        }
+        if (ready <= 0) {
+            return Event::Late;
+        }
+        return waits[1].revents != 0 ? Event::Signal : Event::Result;
+    }
+}
+
+Child::Outcome Child::collect(const SignalsHeld& signals, std::chrono::steady_clock::time_point end)
+{
+    Outcome outcome;
+    std::vector<std::uint8_t> bytes;
+    for (;;) {
+        outcome.event = wait(signals, end);
+        if (outcome.event != Event::Result) {
+            return outcome;
+        }
+        std::array<std::uint8_t, 65536> part = {};
+        const ssize_t got = read(m_results, part.data(), part.size());
+        if (got <= 0) {
+            break;
+        }
+        bytes.insert(bytes.end(), part.begin(), part.begin() + got);
+    }
+    if (finishes()) {
+        outcome.bytes = std::move(bytes);
+    }
+    return outcome;
+}
+
+void writeAll(int results, const std::vector<std::uint8_t>& bytes)
+{
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = write(results, bytes.data() + written, bytes.size() - written);
+        require(count >= 0, "a result is lost");
+        written += static_cast<std::size_t>(count);
+    }
+}
+
+} // namespace doctor

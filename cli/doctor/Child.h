@@ -1,0 +1,79 @@
+#ifndef SFTPCLIENT_CLI_DOCTOR_CHILD_H
+#define SFTPCLIENT_CLI_DOCTOR_CHILD_H
+
+#include <sys/types.h>
+
+#include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX's signal sets are not in <csignal>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace doctor {
+
+/// Holds the signals that would end the process back as long as this object lives, and tells of the first.
+class SignalsHeld
+{
+public:
+    SignalsHeld();
+    ~SignalsHeld();
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+    int descriptor() const { return m_descriptor; }
+
+    /// The signal that came, or 0.
+    int take() const;
+
+private:
+    sigset_t m_before = {};
+    int m_descriptor = -1;
+};
+
+/// A process for what a server may keep from ending, or make large: it prints nothing, its memory is limited, and it
+/// ends with this object at the latest.
+class Child
+{
+public:
+    /// Runs `work` with the end of a pipe for its results.
+    explicit Child(const std::function<void(int results)>& work);
+    ~Child();
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    int results() const { return m_results; }
+
+    /// Waits for its end; whether it got to the end of its work.
+    bool finishes();
+
+    enum class Event
+    {
+        Result, ///< there is something to read, or the end
+        Signal,
+        Late
+    };
+
+    /// Waits for what comes first.
+    Event wait(const SignalsHeld& signals, std::chrono::steady_clock::time_point end) const;
+
+    /// What the work has given by `end`; without `bytes` where it came to no good end.
+    struct Outcome
+    {
+        Event event = Event::Result;
+        std::optional<std::vector<std::uint8_t>> bytes;
+    };
+    Outcome collect(const SignalsHeld& signals, std::chrono::steady_clock::time_point end);
+
+private:
+    pid_t m_process = -1;
+    int m_results = -1;
+};
+
+/// For the work of a child. Throws `std::system_error`.
+void writeAll(int results, const std::vector<std::uint8_t>& bytes);
+
+} // namespace doctor
+
+#endif

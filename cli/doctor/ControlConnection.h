@@ -1,0 +1,92 @@
+#ifndef SFTPCLIENT_CLI_DOCTOR_CONTROLCONNECTION_H
+#define SFTPCLIENT_CLI_DOCTOR_CONTROLCONNECTION_H
+
+#include "doctor/Access.h"
+#include "doctor/Report.h"
+#include "doctor/Transcript.h"
+
+#include <curl/curl.h>
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace doctor {
+
+/// By whose settings a connection is made.
+enum class Manner
+{
+    Client,    ///< of `SFtpClient`'s operations, but for the upload and the size check
+    Bare,      ///< of those two: no TLS asked for, and the machine's trust store
+    Session,   ///< of `SFtpSession`
+    Handshake, ///< of nobody: `SFtpSession`'s trust, without a comparison of the host's name
+};
+
+/// What is transferred over a connection.
+struct Transfer
+{
+    std::string url; ///< of a directory
+    enum class What
+    {
+        LongListing, ///< LIST
+        Names,       ///< NLST
+        Nothing      ///< the directory is entered, and that is all
+    } what = What::LongListing;
+    /// Commands that may fail: between the login and the way to the directory, and after its listing.
+    std::vector<std::string> afterLogin = {};
+    std::vector<std::string> afterListing = {};
+    std::string lastCommand = {}; ///< the transfer is refused after the reply to this one; empty: none is
+};
+
+/// A control connection of libcurl's: transfers over it, one after the other, as long as it lasts. Where those in whose
+/// manner it is made would trust the server with the password, so does this.
+class ControlConnection
+{
+public:
+    /// REQUIRES: `access` outlives this object.
+    ControlConnection(const Access& access, Manner manner);
+    ~ControlConnection();
+    ControlConnection(const ControlConnection&) = delete;
+    ControlConnection& operator=(const ControlConnection&) = delete;
+
+    CURL* handle() const { return m_handle.get(); }
+
+    /// The transcript of what comes of it begins with that of the transfers before. Once the connection is gone,
+    /// nothing is made.
+    ProbeResult run(const Transfer& transfer);
+
+    /// Lets the next transfer connect and log in once more.
+    void mayReconnect()
+    {
+        m_isOpened = false;
+        m_transcript.beginAnew();
+    }
+
+    /// For a transfer that has seen enough: what libcurl would still say to the server is not said.
+    void cut() const;
+
+private:
+    void setTrust();
+    void prepare(const Transfer& transfer);
+    ProbeResult resultOf(CURLcode code);
+    bool isControl(const curl_sockaddr& address) const;
+    static size_t hear(char* bytes, size_t one, size_t count, void* self) noexcept;
+    static curl_socket_t openSocket(void* self, curlsocktype purpose, curl_sockaddr* address) noexcept;
+
+    const Access& m_access;
+    Manner m_manner;
+    Transcript m_transcript; // made before the handle, because its farewell is still taken down
+    NameList m_names;
+    std::array<char, CURL_ERROR_SIZE> m_error = {};
+    std::string m_lastCommand;
+    std::string m_ca;
+    std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> m_handle;
+    int m_control = -1;
+    bool m_isOpened = false;
+    bool m_isLost = false;
+};
+
+} // namespace doctor
+
+#endif

@@ -1,0 +1,46 @@
+#include "doctor/Facts.h"
+
+#include <nlohmann/json.hpp>
+
+namespace doctor {
+
+using nlohmann::json;
+
+static void to_json(json& to, const ServerText& text) { to = {text.raw(), text.shown()}; }
+static void from_json(const json& from, ServerText& text) { text = ServerText::restored(from.at(0), from.at(1)); }
+
+static void to_json(json& to, const NameList& names) { to = {names.bytes(), names.isCut()}; }
+static void from_json(const json& from, NameList& names) { names = NameList(from.at(0), from.at(1)); }
+
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Reply, ending, code, text)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Contact, code, addresses, address, greeting)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Certificate, subject, issuer, serial, notBefore, notAfter)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(TlsVersion, name, ending, offered, detail)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Tls, auth, versions, chain, namesHost, anchor, givenTrust)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostKey, type, fingerprint)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Exchange, command, reply)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProbeResult, made, connected, address, code, error, verifyResult, entryPath, names,
+                                   transcript)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Login, test, listing, root, missing, commands)
+
+std::vector<std::uint8_t> packFacts(const Report& report)
+{
+    return json::to_msgpack({report.contact, report.tls, report.hostKey, report.client, report.session,
+                             report.clearUser, report.bare, report.bareAgain, report.turnedAway});
+}
+
+void unpackFacts(const std::vector<std::uint8_t>& bytes, Report& report)
+{
+    const json facts = json::from_msgpack(bytes);
+    facts.at(0).get_to(report.contact);
+    facts.at(1).get_to(report.tls);
+    facts.at(2).get_to(report.hostKey);
+    facts.at(3).get_to(report.client);
+    facts.at(4).get_to(report.session);
+    facts.at(5).get_to(report.clearUser);
+    facts.at(6).get_to(report.bare);
+    facts.at(7).get_to(report.bareAgain);
+    facts.at(8).get_to(report.turnedAway);
+}
+
+} // namespace doctor

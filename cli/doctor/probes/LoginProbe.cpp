@@ -1,0 +1,91 @@
+#include "doctor/ControlConnection.h"
+#include "doctor/Diagnosis.h"
+#include "doctor/Silence.h"
+#include "doctor/probes/Probes.h"
+
+#include <algorithm>
+
+namespace doctor {
+
+namespace {
+
+// The commands get what the library would send, but for names that no file has: a server that knows them looks for the
+// file and finds none. Without a name, a server might take its own idea of what is meant. Some servers end the
+// connection at one that they do not know, which then costs another.
+void askAboutCommands(ControlConnection& connection, const Report& report, const std::string& missing, Login& login)
+{
+    const std::string path = report.commandDirectory + missing;
+    std::vector<std::string> commands = {"rename " + path + " " + path + ".renamed", "rm " + path};
+    while (!commands.empty()) {
+        Transfer transfer{report.url, Transfer::What::Nothing};
+        transfer.afterListing = commands;
+        const ProbeResult result = connection.run(transfer);
+        if (!result.made) {
+            return;
+        }
+        login.commands = result;
+        const std::size_t before = commands.size();
+        commands.erase(std::remove_if(commands.begin(), commands.end(),
+                                      [&result](const std::string& each) { return result.replyTo(each) != nullptr; }),
+                       commands.end());
+        if (commands.size() == before) {
+            return;
+        }
+        connection.mayReconnect();
+    }
+}
+
+Login logIn(const Access& access, Manner manner, const std::string& missing, const Report& report)
+{
+    Login login;
+    ControlConnection connection(access, manner);
+    const bool isSsh = access.scheme == Scheme::Sftp;
+    Transfer transfer{access.request.remotePath};
+    if (!isSsh) {
+        transfer.afterLogin = {"TYPE I", "SIZE " + missing, "DELE " + missing, "RNFR " + missing};
+    }
+    login.test = connection.run(transfer);
+    if (isSsh && login.test.code == CURLE_REMOTE_ACCESS_DENIED) {
+        connection.mayReconnect();
+        login.missing = connection.run({access.request.remotePath + missing, Transfer::What::Nothing});
+    }
+    // Where the login fails once, it fails again; and a second wrong password can lock the user out.
+    if (isSsh ? login.test.code != CURLE_OK : !login.test.loggedIn()) {
+        return login;
+    }
+    if (login.test.code == CURLE_REMOTE_ACCESS_DENIED) {
+        login.root = connection.run({access.rootUrl(), Transfer::What::Names});
+        return login;
+    }
+    // libcurl does not ask again for a type that was refused, and would list without.
+    if (login.test.code != CURLE_FTP_COULDNT_SET_TYPE) {
+        login.listing = connection.run({access.request.remotePath, Transfer::What::Names});
+    }
+    if (!isSsh && !report.commandDirectory.empty()) {
+        askAboutCommands(connection, report, missing, login);
+    }
+    return login;
+}
+
+} // namespace
+
+void probeLogin(const Access& access, const std::string& missing, Report& report)
+{
+    if (report.contact.code != CURLE_OK || isSilent(report)) {
+        return;
+    }
+    report.client = logIn(access, Manner::Client, missing, report);
+    if (isTurnedAway(report.client.test, report)) {
+        return;
+    }
+    // Nothing secret was sent, then.
+    if (report.client.test.code == CURLE_PEER_FAILED_VERIFICATION && isTrustedBySession(report)) {
+        report.session = logIn(access, Manner::Session, missing, report);
+    }
+    const auto& transcript = report.client.test.transcript;
+    if (report.contact.greeting.ending == Ending::NotTried && !transcript.empty()) {
+        report.contact.greeting = transcript.front().reply;
+    }
+}
+
+} // namespace doctor
