@@ -135,7 +135,7 @@ TEST_F(SessionOptionsOf, GoByTheOptionsNamesInMessages)
 TEST_F(SessionOptionsOf, HaveNoEffectOnAHost)
 {
     for (const Option& option : options()) {
-        if (option.ofSession && option.use != Use::Transfers && option.use != Use::List) {
+        if (option.ofSession && belongsTo(option, Operation::Test)) {
             const std::string value = *option.value == '\0'                     ? "true"
                                       : option.name == std::string("--tls-min") ? "1.3"
                                                                                 : "sha256//x";
