@@ -93,7 +93,9 @@ void TreeRun::runPhases()
     for (const std::string& path : plan.blocked) {
         fail(path, {m_direction->codeOfBlocked(), "something of another kind has this name at the destination"});
     }
-    makeDirectories(plan);
+    if (!makeDirectories(plan)) {
+        return;
+    }
     moveFiles(plan);
     if (m_result.failed.empty() && !isEnding()) {
         removeLeftovers();
@@ -173,7 +175,8 @@ void TreeRun::refuseToEmpty(const Plan& plan)
     }
 }
 
-void TreeRun::makeDirectories(const Plan& plan)
+// False where there is not even the destination itself.
+bool TreeRun::makeDirectories(const Plan& plan)
 {
     std::map<std::size_t, std::vector<std::string>> byDepth;
     for (const std::string& path : plan.directories) {
@@ -188,7 +191,11 @@ void TreeRun::makeDirectories(const Plan& plan)
                 note(TreeStep::MakeDirectory, path, m_result.made);
             });
         }
+        if (m_result.made == 0 && m_destination.isMissing) {
+            return false;
+        }
     }
+    return true;
 }
 
 void TreeRun::moveFiles(const Plan& plan)
@@ -317,8 +324,9 @@ void TreeRun::tryAgainAndAgain(const Step& step)
             step();
             return;
         } catch (const TreeFailure& failure) {
-            if (!retry.isLeft() || !isTransient(static_cast<CURLcode>(failure.code()), replyIn(failure)) ||
-                isEnding()) {
+            const bool isPassing = isTransient(static_cast<CURLcode>(failure.code()), replyIn(failure));
+            if (!retry.isLeft() || !isPassing || isEnding() ||
+                (isTooManyConnections(failure) && hasSpareConnection())) {
                 throw;
             }
         }
@@ -327,6 +335,12 @@ void TreeRun::tryAgainAndAgain(const Step& step)
             std::this_thread::sleep_for(kPause);
         }
     }
+}
+
+bool TreeRun::hasSpareConnection()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_connections > 1;
 }
 
 // False where there is only one left.

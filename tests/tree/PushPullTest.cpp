@@ -82,6 +82,37 @@ TEST_F(PushPull, ASourceThatIsMissingIsAFailure)
     expectLine("pull: 78 there is no such directory on the server: 0 moved (0 B), 0 unchanged, 1 failed", result);
 }
 
+TEST_F(PushPull, ADestinationThatCannotBeMadeEndsIt)
+{
+    plant(here(), {{"a", "1"}, {"d/b", "1"}});
+    writeFile(local("file"), "");
+    serve({"MKD=reply:550 not here"});
+    ProgramResult result = run({"push", "here", url("/new/"), "--keep-going"});
+    EXPECT_TRUE(exited(CURLE_QUOTE_ERROR, result));
+    EXPECT_TRUE(holds("(the server's last reply: 550 not here): 0 moved (0 B), 0 unchanged, 1 failed", result.err));
+    plant(there(), {{"a", "1"}, {"d/b", "1"}});
+    result = run({"pull", url("/there/"), "/proc/nowhere", "--keep-going"});
+    EXPECT_TRUE(exited(CURLE_WRITE_ERROR, result));
+    expectLine("pull: 23 /proc/nowhere cannot be made: No such file or directory: 0 moved (0 B), 0 unchanged, 1 failed",
+               result);
+}
+
+// It changes while it is sent, twice.
+TEST_F(PushPull, AFileThatChangesWhileItIsSentIsSentAgain)
+{
+    plant(here(), {{"a", "12345"}});
+    setAll(here(), kTime);
+    config.onCommand = [this, count = 0](const std::string& command) mutable {
+        if (command == "STOR" && ++count <= 2) {
+            setModified(here("a"), kTime + count);
+        }
+    };
+    serve();
+    expectLine("push: 0 No error: 1 moved (5 B), 0 unchanged", push());
+    EXPECT_EQ(3U, commands({"STOR"}).size());
+    EXPECT_EQ(kTime + 2, modified(there("a")));
+}
+
 TEST_F(PushPull, OnlyWhatDiffersIsMoved)
 {
     const Tree before = {{"same", "12345"}, {"size", "12345"}, {"time", "12345"}, {"d/near", "12345"}};
