@@ -52,8 +52,6 @@ struct Arguments
     uint32_t port = 0;
     std::string user;
     std::string passwordFile;
-    bool passwordFromInput = false;
-    bool netrc = false;
     std::string netrcFile;
     std::string ca; // a file with one certificate or more, or "none"
     std::string pin;
@@ -63,9 +61,11 @@ struct Arguments
     std::string knownHosts; // empty: the user's own file, if there is one
     std::string fingerprint;
     std::string proxy;
+    std::string configFile;
+    bool passwordFromInput = false;
+    bool netrc = false;
     bool clearLogin = false; // the login of an ftp: URL may go in the clear
     bool asHost = false;     // through SFtpClient, as a host runs it; else on a session
-    std::string configFile;
     bool quiet = false;
     bool trace = false;
     bool json = false;

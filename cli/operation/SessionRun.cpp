@@ -7,8 +7,8 @@
 #include "output/MaskedLog.h"
 
 #include <algorithm>
+#include <charconv>
 #include <csignal>
-#include <cstdlib>
 #include <utility>
 
 namespace {
@@ -35,7 +35,7 @@ struct SessionText
         const std::string::size_type end = std::min(text.find(kReply), text.size());
         if (end < text.size()) {
             hasReply = true;
-            reply = std::atoi(text.c_str() + end + sizeof kReply - 1);
+            std::from_chars(text.data() + end + sizeof kReply - 1, text.data() + text.size(), reply);
         }
         const std::string::size_type begin = meaning.size() + 2;
         detail = begin < end ? text.substr(begin, end - begin) : std::string();

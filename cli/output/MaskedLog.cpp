@@ -19,11 +19,14 @@ std::string contentsOf(int descriptor)
 {
     std::string text;
     std::array<char, 4096> block = {};
-    ssize_t count = lseek(descriptor, 0, SEEK_SET);
-    while ((count = read(descriptor, block.data(), block.size())) > 0) {
+    lseek(descriptor, 0, SEEK_SET);
+    for (;;) {
+        const ssize_t count = read(descriptor, block.data(), block.size());
+        if (count <= 0) {
+            return text;
+        }
         text.append(block.data(), static_cast<std::size_t>(count));
     }
-    return text;
 }
 
 // As the text was before the log has escaped it.
