@@ -7,31 +7,15 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
 #include <map>
-#include <string_view>
 #include <thread>
 #include <tuple>
 #include <utility>
 
 namespace {
 
-// The code of the server's last reply; 0 where the session tells none.
-int replyIn(const TreeFailure& failure)
-{
-    constexpr std::string_view kMark = "(the server's last reply: ";
-    const std::string_view text = failure.what();
-    const std::size_t mark = text.rfind(kMark);
-    int code = 0;
-    if (mark != std::string_view::npos) {
-        const std::string_view digits = text.substr(mark + kMark.size(), 3);
-        std::from_chars(digits.data(), digits.data() + digits.size(), code);
-    }
-    return code;
-}
-
 // The server has no room for another connection: with fewer of them, all goes on.
-bool isTooManyConnections(const TreeFailure& failure) { return replyIn(failure) == 421; }
+bool isTooManyConnections(const TreeFailure& failure) { return failure.reply() == 421; }
 
 std::size_t depthOf(const std::string& path)
 {
@@ -324,7 +308,7 @@ void TreeRun::tryAgainAndAgain(const Step& step)
             step();
             return;
         } catch (const TreeFailure& failure) {
-            const bool isPassing = isTransient(static_cast<CURLcode>(failure.code()), replyIn(failure));
+            const bool isPassing = isTransient(static_cast<CURLcode>(failure.code()), failure.reply());
             if (!retry.isLeft() || !isPassing || isEnding() ||
                 (isTooManyConnections(failure) && hasSpareConnection())) {
                 throw;
