@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr int kAttempts = 3; // to send a file that changes meanwhile
+
 /// What both ways have in common.
 class BothWays : public Direction
 {
@@ -84,12 +86,16 @@ public:
 
     void move(const Move& move) override
     {
-        const LocalTree::Leaving file(local(), move.path);
-        remote().send(file.path(), move.path);
-        if (file.hasChanged()) {
-            throw TreeFailure(CURLE_READ_ERROR, "the file has changed while it was sent");
+        for (int i = 0; i < kAttempts; ++i) {
+            const LocalTree::Leaving file(local(), move.path);
+            remote().send(file.path(), move.path);
+            if (!file.hasChanged()) {
+                remote().setModified(move.path, file.modified());
+                return;
+            }
         }
-        remote().setModified(move.path, file.modified());
+        remote().setModified(move.path, FileTime()); // so that the next run sends it again
+        throw TreeFailure(CURLE_READ_ERROR, "the file has changed each time while it was sent");
     }
 
 protected:

@@ -79,8 +79,16 @@ private:
     void take(int folder, const std::string& path, const std::string& name, unsigned depth)
     {
         struct stat status = {};
-        const bool isThere = isPlainName(name) && fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
-        if (isThere && addTo(listing, path, name, entryOf(status), m_exclusions)) {
+        if (!isPlainName(name)) {
+            return;
+        }
+        if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+            if (errno != ENOENT) { // gone meanwhile
+                fail(CURLE_READ_ERROR, "the directory cannot be read");
+            }
+            return;
+        }
+        if (addTo(listing, path, name, entryOf(status), m_exclusions)) {
             descend(folder, pathIn(path, name), name, depth + 1);
         }
     }

@@ -47,6 +47,8 @@ public:
     TreeFailure(int code, const std::string& text) : std::runtime_error(text), m_code(code) {}
 
     int code() const { return m_code; }
+    /// The code of the server's last reply, as a session tells it at the end of its text; 0 where it tells none.
+    int reply() const;
 
 private:
     int m_code;

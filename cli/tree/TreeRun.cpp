@@ -7,31 +7,15 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
 #include <map>
-#include <string_view>
 #include <thread>
 #include <tuple>
 #include <utility>
 
 namespace {
 
-// The code of the server's last reply; 0 where the session tells none.
-int replyIn(const TreeFailure& failure)
-{
-    constexpr std::string_view kMark = "(the server's last reply: ";
-    const std::string_view text = failure.what();
-    const std::size_t mark = text.rfind(kMark);
-    int code = 0;
-    if (mark != std::string_view::npos) {
-        const std::string_view digits = text.substr(mark + kMark.size(), 3);
-        std::from_chars(digits.data(), digits.data() + digits.size(), code);
-    }
-    return code;
-}
-
 // The server has no room for another connection: with fewer of them, all goes on.
-bool isTooManyConnections(const TreeFailure& failure) { return replyIn(failure) == 421; }
+bool isTooManyConnections(const TreeFailure& failure) { return failure.reply() == 421; }
 
 std::size_t depthOf(const std::string& path)
 {
@@ -93,7 +77,9 @@ void TreeRun::runPhases()
     for (const std::string& path : plan.blocked) {
         fail(path, {m_direction->codeOfBlocked(), "something of another kind has this name at the destination"});
     }
-    makeDirectories(plan);
+    if (!makeDirectories(plan)) {
+        return;
+    }
     moveFiles(plan);
     if (m_result.failed.empty() && !isEnding()) {
         removeLeftovers();
@@ -173,7 +159,8 @@ void TreeRun::refuseToEmpty(const Plan& plan)
     }
 }
 
-void TreeRun::makeDirectories(const Plan& plan)
+// False where there is not even the destination itself.
+bool TreeRun::makeDirectories(const Plan& plan)
 {
     std::map<std::size_t, std::vector<std::string>> byDepth;
     for (const std::string& path : plan.directories) {
@@ -188,7 +175,11 @@ void TreeRun::makeDirectories(const Plan& plan)
                 note(TreeStep::MakeDirectory, path, m_result.made);
             });
         }
+        if (m_result.made == 0 && m_destination.isMissing) {
+            return false;
+        }
     }
+    return true;
 }
 
 void TreeRun::moveFiles(const Plan& plan)
@@ -317,8 +308,9 @@ void TreeRun::tryAgainAndAgain(const Step& step)
             step();
             return;
         } catch (const TreeFailure& failure) {
-            if (!retry.isLeft() || !isTransient(static_cast<CURLcode>(failure.code()), replyIn(failure)) ||
-                isEnding()) {
+            const bool isPassing = isTransient(static_cast<CURLcode>(failure.code()), failure.reply());
+            if (!retry.isLeft() || !isPassing || isEnding() ||
+                (isTooManyConnections(failure) && hasSpareConnection())) {
                 throw;
             }
         }
@@ -327,6 +319,12 @@ void TreeRun::tryAgainAndAgain(const Step& step)
             std::this_thread::sleep_for(kPause);
         }
     }
+}
+
+bool TreeRun::hasSpareConnection()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_connections > 1;
 }
 
 // False where there is only one left.

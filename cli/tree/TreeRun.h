@@ -40,7 +40,7 @@ private:
                      const std::vector<RemoteEntry>& entries);
     void listLocal(TreeListing& listing);
     void refuseToEmpty(const Plan& plan);
-    void makeDirectories(const Plan& plan);
+    bool makeDirectories(const Plan& plan);
     void moveFiles(const Plan& plan);
     void moveFile(const Move& move);
     void removeAll(const Plan& plan);
@@ -51,6 +51,7 @@ private:
     void inParallel(const std::vector<std::string>& paths, const std::function<void(const std::string&)>& work);
     Workers::Verdict attempt(const std::string& path, const Step& step);
     void tryAgainAndAgain(const Step& step);
+    bool hasSpareConnection();
     bool takeConnectionAway();
     bool isEnding() const;
     void fail(const std::string& path, const TreeFailure& failure);

@@ -126,7 +126,7 @@ void Workers::work()
     }
 }
 
-void Workers::finish(Task task, Verdict verdict, std::exception_ptr thrown)
+void Workers::finish(Task task, Verdict verdict, const std::exception_ptr& thrown)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     --m_busy;

@@ -33,7 +33,7 @@ public:
 
 private:
     void work();
-    void finish(Task task, Verdict verdict, std::exception_ptr thrown);
+    void finish(Task task, Verdict verdict, const std::exception_ptr& thrown);
     bool isOver() const { return m_stopped || (m_tasks.empty() && m_busy == 0); }
 
     const std::function<void()> m_tick;

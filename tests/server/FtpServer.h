@@ -48,6 +48,8 @@ struct ServerConfig
     std::vector<std::string> listedToo; ///< lines that each listing by MLSD has besides
     std::vector<Fault> faults;
     bool keepTranscripts = true;
+    /// Called with the word of each command before it is carried out, by the thread of its session; must not throw.
+    std::function<void(const std::string&)> onCommand;
     std::function<void(const Transcript&)> onSessionEnd; ///< called for each session, one at a time; must not throw
 };
 

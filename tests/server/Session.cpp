@@ -80,6 +80,9 @@ void Session::serve(const std::string& line)
     const std::string argument = blank == std::string::npos ? "" : line.substr(blank + 1);
     const std::string upper = boost::algorithm::to_upper_copy(command);
     m_transcript.push_back(commandLine(line));
+    if (m_shared.config.onCommand) {
+        m_shared.config.onCommand(upper);
+    }
     if (!misbehaves(command)) {
         carryOut(upper, argument);
     }

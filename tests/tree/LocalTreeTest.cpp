@@ -1,6 +1,7 @@
 // Local paths: none leads through a link, also one that came after the tree was listed.
 #include "harness/TreeFiles.h"
 
+#include "support/OtherUser.h"
 #include "support/TemporaryFolder.h"
 
 #include <tree/LocalTree.h>
@@ -128,6 +129,24 @@ TEST_F(LocalTrees, AreListedWithoutWhatIsBehindLinks)
     EXPECT_EQ(std::vector<std::string>{}, failed);
     EXPECT_TRUE(LocalTree::list(folder.file("missing"), Exclusions({}), {}).isMissing);
     EXPECT_EQ(26, codeOf([&] { LocalTree::list(root() + "/a", Exclusions({}), {}); }));
+}
+
+// Its names can be read, but nothing else: they are not taken for missing, or --delete would delete the others.
+TEST_F(LocalTrees, ADirectoryThatCannotBeEnteredIsAFailure)
+{
+    fs::permissions(folder.path(), fs::perms(0711));
+    fs::permissions(root(), fs::perms(0755));
+    fs::permissions(root() + "/d", fs::perms(0444));
+    std::vector<std::string> failed;
+    {
+        const OtherUser user;
+        LocalTree::list(root(), Exclusions({}), [&failed](const std::string& path, const TreeFailure& failure) {
+            EXPECT_EQ(26, failure.code());
+            failed.push_back(path);
+        });
+    }
+    fs::permissions(root() + "/d", fs::perms(0755));
+    EXPECT_EQ(std::vector<std::string>{"d"}, failed);
 }
 
 TEST_F(LocalTrees, AreNotListedWithoutEnd)

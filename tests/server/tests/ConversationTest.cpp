@@ -288,6 +288,32 @@ TEST_F(Conversation, FactsInAReply)
                   afterLogin()));
 }
 
+TEST_F(Conversation, Checksums)
+{
+    config.checksums = {"HASH", "XSHA256", "XCRC"};
+    writeFile(served("a b"), "content");
+    const std::string sha = "ED7002B439E9AC845F22357D822BAC1444730FBDB6016D3EC9432297B9EC9F73";
+    EXPECT_TRUE(goesLike({{"HASH a b", "213 MD5 0-7 9A0364B9E99BB480DD25E1F0284C8555 a b"},
+                          {"OPTS HASH SHA-256", "200 ok"},
+                          {"HASH a b", "213 SHA-256 0-7 " + sha + " a b"},
+                          {"XSHA256 a b", "250 " + sha},
+                          {"XCRC a b", "250 fec530a9"},
+                          {"XCRC missing", "550 no such file"}}));
+    config.checksums = {"XCRC"};
+    EXPECT_TRUE(goesLike({{"HASH a b", "500 unknown command"}, {"XSHA256 a b", "500 unknown command"}}));
+}
+
+TEST_F(Conversation, TimesOfTheDisk)
+{
+    config.timesOfDisk = true;
+    writeFile(served("a"), "12345");
+    EXPECT_TRUE(
+        goesLike({{"MFMT 20231114221320 a", "213 Modify=20231114221320; a"}, {"MDTM a", "213 20231114221320"}}));
+    const auto time = std::filesystem::last_write_time(served("a"));
+    writeFile(served("a"), "6");
+    EXPECT_NE(time, std::filesystem::last_write_time(served("a")));
+}
+
 TEST_F(Conversation, TransfersNeedAPort)
 {
     writeFile(served("a"), "a");
