@@ -13,7 +13,7 @@ function(sftpclient_make_document file)
             --expression "s#\\]\\((\\.\\./)?platform#](\\1${headers}/sftpclient/platform#g"
             --expression "s#\\]\\([a-z]+/([A-Za-z]+\\.h)\\)#](../${headers}/sftpclient/host/\\1)#g"
             --expression "s#\\[([^][]*)\\]\\((\\.\\./)?session(/[^)]*)?\\)#\\1#g"
-            --expression "s#\\[([^][]*)\\]\\((\\.\\./)?(bench|cli|cmake|scripts|src|tests|CONTRIBUTING)[^)]*\\)#\\1#g"
+            --expression "s#\\[([^][]*)\\]\\((\\.\\./)?(bench|cli|cmake|scripts|src|tests|packaging|CONTRIBUTING)[^)]*\\)#\\1#g"
         INPUT_FILE ${PROJECT_SOURCE_DIR}/${file} OUTPUT_FILE ${made} COMMAND_ERROR_IS_FATAL ANY)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${file})
 endfunction()
@@ -22,7 +22,7 @@ function(sftpclient_install_documents)
     set(SFTPCLIENT_INSTALL_DOCDIR ${CMAKE_INSTALL_DATADIR}/doc/libsftpclient-dev)
     set(SFTPCLIENT_INSTALL_FULL_DOCDIR ${CMAKE_INSTALL_FULL_DATADIR}/doc/libsftpclient-dev)
     file(GLOB guides RELATIVE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/docs/*.md)
-    foreach(file IN LISTS guides ITEMS README.md CHANGELOG.md host/README.md)
+    foreach(file IN LISTS guides ITEMS README.md CHANGELOG.md SECURITY.md host/README.md)
         sftpclient_make_document(${file})
     endforeach()
     install(DIRECTORY ${PROJECT_BINARY_DIR}/documents/ ${PROJECT_SOURCE_DIR}/examples

@@ -57,23 +57,33 @@ set(CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS
 set(CPACK_COMPONENT_COMMAND_DESCRIPTION "file transfers over FTP with TLS - command
 Runs each operation of libSFtpClient from the command line, and finds out why
 a server refuses them.")
-foreach(component RUNTIME SESSION DEVELOPMENT COMMAND)
-    set(package ${CPACK_DEBIAN_${component}_PACKAGE_NAME})
-    string(TOLOWER ${component} destination)
-    install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright ${PROJECT_BINARY_DIR}/changelog.gz
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${destination} EXCLUDE_FROM_ALL)
-endforeach()
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/packaging/changelog)
-execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/packaging/changelog
-                OUTPUT_FILE ${PROJECT_BINARY_DIR}/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
 
-# Everything in the packages is as old as the release, so that each build makes the same.
+# Everything in the packages is as old as the release, unless the packager says otherwise, so that each build makes the
+# same.
 file(STRINGS ${PROJECT_SOURCE_DIR}/packaging/changelog released REGEX "^ -- .*>  ")
 list(GET released 0 released)
 string(REGEX REPLACE "^.*>  " "" released ${released})
 execute_process(COMMAND date --date ${released} +%s
                 OUTPUT_VARIABLE released OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
+    set(ENV{SOURCE_DATE_EPOCH} ${released})
+endif()
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/PackageTimes.cmake)
-file(WRITE ${CPACK_PROJECT_CONFIG_FILE} "set(ENV{SOURCE_DATE_EPOCH} ${released})\n")
+file(WRITE ${CPACK_PROJECT_CONFIG_FILE} "set(ENV{SOURCE_DATE_EPOCH} $ENV{SOURCE_DATE_EPOCH})\n")
+
+set(documents ${PROJECT_SOURCE_DIR}/packaging/copyright ${PROJECT_BINARY_DIR}/changelog.gz)
+if(SFTPCLIENT_BUILD_HOST)
+    include(Sbom)
+    list(APPEND documents ${PROJECT_BINARY_DIR}/sftpclient.spdx.json)
+endif()
+foreach(component RUNTIME SESSION DEVELOPMENT COMMAND)
+    set(package ${CPACK_DEBIAN_${component}_PACKAGE_NAME})
+    string(TOLOWER ${component} destination)
+    install(FILES ${documents}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${destination} EXCLUDE_FROM_ALL)
+endforeach()
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/packaging/changelog)
+execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/packaging/changelog
+                OUTPUT_FILE ${PROJECT_BINARY_DIR}/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
 
 include(CPack)

@@ -6,6 +6,8 @@
 //
 // Let section Log of settings.ini name a file: standard error shows the progress.
 
+#include "backup_files.h"
+
 #include <CurlProcess.h>
 #include <HostConfiguration.h>
 #include <HostLog.h>
@@ -18,12 +20,9 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <future>
 #include <iostream>
-#include <iterator>
 #include <mutex>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -43,31 +42,6 @@ void onCtrlC(int /*signal*/)
     if (SFtpSession* const session = sessionToCancel) {
         session->Cancel();
     }
-}
-
-std::string percentEncoded(const std::string& path)
-{
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    const std::string plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
-    std::string encoded;
-    for (const char letter : path) {
-        const auto byte = static_cast<unsigned char>(letter);
-        encoded += plain.find(letter) != std::string::npos ? std::string(1, letter)
-                                                           : std::string{'%', kDigits[byte >> 4U], kDigits[byte & 15U]};
-    }
-    return encoded;
-}
-
-std::vector<fs::path> filesBelow(const fs::path& folder)
-{
-    std::vector<fs::path> files;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
-        if (fs::is_regular_file(entry.symlink_status())) {
-            files.push_back(fs::relative(entry.path(), folder));
-        }
-    }
-    std::sort(files.begin(), files.end());
-    return files;
 }
 
 class Backup
@@ -103,7 +77,7 @@ public:
         }
         m_session.ClearCancel();
         std::for_each(m_interrupted.begin(), m_interrupted.end(),
-                      [this](const fs::path& file) { removeTemporaryFiles(file); });
+                      [this](const fs::path& file) { removeTemporaryFilesOf(file); });
         std::cerr << "backup-host: interrupted\n";
         return kInterrupted;
     }
@@ -149,23 +123,13 @@ private:
         std::cerr << "\r" << m_sentBytes << " of " << m_totalBytes << " bytes" << std::flush;
     }
 
-    // The connection on which a call was cancelled is gone, and so the session could not do it.
-    void removeTemporaryFiles(const fs::path& file)
+    void removeTemporaryFilesOf(const fs::path& file)
     {
-        SFtpRequest request = m_server;
-        request.remotePath += percentEncoded((file.parent_path() / "").generic_string());
-        std::vector<RemoteEntry> entries;
+        std::string directory;
         std::string errorText;
-        int result = m_session.ListEntries(request, entries, errorText);
-        const std::string begin = "." + file.filename().string() + ".";
-        for (const RemoteEntry& entry : entries) {
-            if (entry.name.rfind(begin, 0) == 0 && fs::path(entry.name).extension() == ".part") {
-                request.remoteFileName = entry.name;
-                result = m_session.DelSFtpFile(request, errorText);
-            }
-        }
+        const int result = removeTemporaryFiles(m_session, m_server, file, directory, errorText);
         if (result != 0) {
-            std::cerr << "backup-host: temporary files may remain in " << request.remotePath << ": " << result << " "
+            std::cerr << "backup-host: temporary files may remain in " << directory << ": " << result << " "
                       << errorText << "\n";
         }
     }
@@ -188,15 +152,6 @@ private:
 };
 
 thread_local std::int64_t Backup::bytesOfThisFile = 0;
-
-std::string contentOf(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        throw std::runtime_error(path + " cannot be read.");
-    }
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 } // namespace
 

@@ -28,7 +28,7 @@ class Block:
 
 def read_all():
     """The text of each document, by its path from the top."""
-    paths = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
+    paths = [ROOT / "README.md", ROOT / "SECURITY.md", *sorted((ROOT / "docs").glob("*.md"))]
     return {str(path.relative_to(ROOT)): path.read_text() for path in paths}
 
 
