@@ -38,7 +38,10 @@ class Folders:
         self.target = None
 
     def fill(self, folder):
+        """Nothing but these files is in the folder then."""
         folder.mkdir(exist_ok=True)
+        for left in folder.iterdir():
+            left.unlink()
         for number in range(self.files):
             (folder / f"backup-{number:06}.bak").write_bytes(os.urandom(self.size))
 

@@ -9,7 +9,9 @@
 
 #include <csignal>
 #include <filesystem>
+#include <future>
 #include <map>
+#include <mutex>
 #include <regex>
 
 namespace {
@@ -158,11 +160,15 @@ TEST_F(BackupAgent, SigtermCancelsAndLeavesNothingBehind)
 TEST_F(BackupAgent, SigtermBeforeTheFirstByteLeavesNothingToComplainAbout)
 {
     add("a.bak", "one");
-    misbehave("1/GREETING=stall");
+    misbehave("1/AUTH=stall");
+    std::promise<void> begun;
+    std::once_flag first;
+    config.onCommand = [&](const std::string& /*command*/) { std::call_once(first, [&] { begun.set_value(); }); };
     serve();
     configure("");
     Process agent(setup());
     m_manager.next();
+    begun.get_future().wait();
     agent.signal(SIGTERM);
     EXPECT_EQ(0, agent.wait());
     EXPECT_EQ(Lines(), journal());

@@ -55,10 +55,10 @@ TEST_F(SessionHost, UsesOneConnection)
     EXPECT_EQ(kNoFile, contentOf(served("monday.bak")));
     EXPECT_EQ(1U, sessions().size());
     EXPECT_TRUE(
-        sameLines({"> EPSV", "> TYPE I", "> STOR .sunday.bak.XXXXXXXXXXXX.part", "> SIZE .sunday.bak.XXXXXXXXXXXX.part",
-                   "> RNFR .sunday.bak.XXXXXXXXXXXX.part", "> RNTO sunday.bak", "> FEAT", "> EPSV", "> TYPE A",
-                   "> MLSD", "> RNFR sunday.bak", "> RNTO monday.bak", "> EPSV", "> TYPE I", "> SIZE monday.bak",
-                   "> RETR monday.bak", "> DELE monday.bak", "> QUIT"},
+        sameLines({"> NOOP", "> EPSV", "> TYPE I", "> STOR .sunday.bak.XXXXXXXXXXXX.part",
+                   "> SIZE .sunday.bak.XXXXXXXXXXXX.part", "> RNFR .sunday.bak.XXXXXXXXXXXX.part", "> RNTO sunday.bak",
+                   "> FEAT", "> EPSV", "> TYPE A", "> MLSD", "> RNFR sunday.bak", "> RNTO monday.bak", "> EPSV",
+                   "> TYPE I", "> SIZE monday.bak", "> RETR monday.bak", "> DELE monday.bak", "> QUIT"},
                   commands()));
 }
 
