@@ -38,6 +38,7 @@ Question questionOf(const Arguments& arguments)
     question.request = requestOf(arguments);
     question.commandUrl = commandUrlOf(arguments);
     question.clearLogin = arguments.clearLogin;
+    question.hostKeySha256 = arguments.fingerprint;
     question.limit = arguments.timeout;
     const bool inTheClear = question.request.remotePath.compare(0, 4, "ftp:") == 0;
     if (arguments.writes && inTheClear && !arguments.clearLogin) {

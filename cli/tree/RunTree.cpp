@@ -54,8 +54,18 @@ SessionOptions optionsOf(const Arguments& arguments, Board& board)
     options.callTimeout = {};
     options.sendRate = (arguments.rate + arguments.tree.jobs - 1) / arguments.tree.jobs;
     options.receiveRate = options.sendRate;
+    options.syncDownload = false; // once for all of them: see syncFiles()
     options.progress = [&board](const TransferProgress& now) { board.progress(now); };
     return options;
+}
+
+// What has been pulled is on the disk when the command ends, as far as the system can tell.
+void syncFiles(const std::string& directory)
+{
+    const Descriptor folder(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.isOpen()) {
+        syncfs(folder.get());
+    }
 }
 
 SFtpSession makeSession(const SessionOptions& options)
@@ -83,6 +93,9 @@ TreeResult runShown(const Arguments& arguments, const SFtpRequest& request)
     });
     TreeResult result = run.run();
     lines.clear();
+    if (arguments.operation == Operation::Pull && result.moved > 0 && !arguments.tree.dryRun) {
+        syncFiles(arguments.local);
+    }
     result.url = request.remotePath;
     if (arguments.tree.checksum && remote.lacksChecksums()) {
         std::cerr << arguments.name

@@ -171,7 +171,7 @@ const std::vector<Option>& options()
         {"--known-hosts", "FILE", "Keys of SSH servers, if not ~/.ssh/known_hosts", storeText<&Arguments::knownHosts>,
          Use::Operations, kOfSession},
         {"--fingerprint", "SHA256:HASH", "The SSH server's key, as ssh-keygen -l prints it",
-         storeText<&Arguments::fingerprint>, Use::Operations, kOfSession},
+         storeText<&Arguments::fingerprint>, Use::Everywhere, kOfSession},
         {"--proxy", "URL", "Proxy to go through, such as socks5h://proxy:1080", storeText<&Arguments::proxy>,
          Use::Operations, kOfSession},
         {"--port", "PORT", "1 to 65535, if it is not the URL's, or else 21,\nftps 990, sftp 22", storePort},

@@ -72,6 +72,17 @@ TEST_P(SshServer, IsKnownByItsFingerprint)
     const ProgramResult known = runProgram(setup);
     EXPECT_TRUE(exited(0, known));
     EXPECT_EQ("contents", known.out);
+    // And doctor, which is told, expects no refusal.
+    aimAt("");
+    ProcessSetup doctor = setup;
+    doctor.words = {SFTPCLIENT_COMMAND, "doctor",        request.remotePath, "--user",
+                    request.userName,   "--fingerprint", setup.words.back()};
+    const std::string report = runProgram(doctor).out;
+    const std::string::size_type predictions = report.find("test ");
+    ASSERT_NE(std::string::npos, predictions) << report;
+    EXPECT_EQ(std::string::npos, report.find("will fail with 60", predictions)) << report;
+    doctor.words.resize(5);
+    EXPECT_NE(std::string::npos, runProgram(doctor).out.find("will fail with 60"));
     setup.words.back() = "SHA256:ungWv48Bz+pBQUDeXa4iI7ADYaOWF3qctBD/YfIAFa0";
     EXPECT_TRUE(exited(CURLE_PEER_FAILED_VERIFICATION, runProgram(setup)));
 }
