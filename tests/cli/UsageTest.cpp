@@ -25,7 +25,8 @@ void expectWrongUsage(const std::vector<std::string>& arguments, const std::stri
 
 TEST(Usage, NeedsAnOperation)
 {
-    expectWrongUsage({}, "Name an operation: get, put, ls, mv, rm, mkdir, rmdir, stat, test, push, pull or doctor.", "");
+    expectWrongUsage({}, "Name an operation: get, put, ls, mv, rm, mkdir, rmdir, stat, test, push, pull or doctor.",
+                     "");
     expectWrongUsage({"frob"}, "There is no operation frob.", "");
     expectWrongUsage({"tset", "ftp://host/"}, "There is no operation tset; did you mean test?", "");
     expectWrongUsage({"\x1b[2J"}, "There is no operation \\x1b[2J.", "");
