@@ -7,6 +7,7 @@ from beside_bare import ratios_of
 from command_tools import PULL, PUSH
 from daemons import SSH
 from figures import MET, Spread, ratios
+from measuring import Run
 from report import Table
 from session_folders import Folders
 from session_works import SMALL
@@ -19,6 +20,7 @@ RCLONE_GOALS = {"cpu": "less CPU time than rclone", "peak": "less memory than rc
 LARGE = 1.02
 LARGE_GOAL = f"large files in no more than {LARGE} of the best tool's wall time"
 NOT_MEASURED = "–"
+BOTH_WAYS = "both ways"
 
 
 def lftp_goal(jobs):
@@ -71,13 +73,17 @@ def suite(servers, recorder, goals, effort):
     again = _table(f"{effort.tree_files:,} files that are there already, by the command")
     for server in servers:
         trees = Trees(server, effort.tree_files, SMALL)
+        runs_of = {}
         for way in (PUSH, PULL):
             trees.fill(way)
             for jobs in JOBS:
-                runs = _measure(trees, way, jobs, "small files", trees.client, recorder, effort)
-                small.rows.append(_row(server, way, jobs, runs, _small_verdicts, goals))
+                runs_of[way, jobs] = _measure(trees, way, jobs, "small files", trees.client, recorder, effort)
+                small.rows.append(_row(server, way, jobs, runs_of[way, jobs], _verdicts_beside_rclone, goals))
             runs = _measure(trees, way, 4, "files that are there", trees.client_again, recorder, effort)
             again.rows.append(_row(server, way, 4, runs, _verdicts_beside_rclone, goals))
+        for jobs in JOBS:
+            both = both_ways(runs_of[PUSH, jobs], runs_of[PULL, jobs])
+            small.rows.append(_row(server, BOTH_WAYS, jobs, both, _lftp_verdict, goals))
         trees = Trees(server, effort.tree_large_files, effort.tree_large_size)
         for way in (PUSH, PULL):
             trees.fill(way)
@@ -87,12 +93,24 @@ def suite(servers, recorder, goals, effort):
     return [small, large, again, _start(servers[0], recorder, goals, effort)]
 
 
+def both_ways(pushed, pulled):
+    """A push and the pull of the same round as one run."""
+    return {
+        name: [
+            Run(one.wall + other.wall, one.user + other.user, one.system + other.system, max(one.peak, other.peak))
+            for one, other in zip(pushed[name], pulled[name])
+        ]
+        for name in pushed
+    }
+
+
 def _table(title):
     return Table(
         title,
         "Seconds that push and pull take, and ratios of their runs to the tool's in the same round: median "
         "(least–greatest). Below 1, the command takes less. lftp mirrors the folder, rclone copies it, with as many "
-        "files at a time as the command has jobs; sftp, over SSH alone, has one. The files' places are in memory.",
+        "files at a time as the command has jobs; sftp, over SSH alone, has one. The files' places are in memory. The goals "
+        "beside lftp are for both ways together.",
         ["server", "way", "jobs", "s", *(f"wall time, to {tool}" for tool in TOOLS)]
         + ["CPU time, to rclone", "memory, to rclone", "goals"],
     )
@@ -130,12 +148,11 @@ def _verdicts_beside_rclone(server, jobs, subject, runs, goals):
     }
 
 
-def _small_verdicts(server, jobs, subject, runs, goals):
-    verdicts = _verdicts_beside_rclone(server, jobs, subject, runs, goals)
-    if server.name != SSH:
-        times = ratios_of(runs["lftp"], runs["command"], "wall")
-        verdicts["lftp"] = goals.judge_spread(lftp_goal(jobs), subject, times, least=TIMES_LFTP[jobs])
-    return verdicts
+def _lftp_verdict(server, jobs, subject, runs, goals):
+    if server.name == SSH:
+        return {}
+    times = ratios_of(runs["lftp"], runs["command"], "wall")
+    return {"lftp": goals.judge_spread(lftp_goal(jobs), subject, times, least=TIMES_LFTP[jobs])}
 
 
 def _large_verdicts(server, jobs, subject, runs, goals):

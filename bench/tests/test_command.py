@@ -28,13 +28,17 @@ class Judged(unittest.TestCase):
 
     def test_small_files_go_so_many_times_as_fast_as_by_lftp(self):
         def missed(**runs):
-            return self.missed(command_trees._small_verdicts, **runs)
+            return self.missed(command_trees._lftp_verdict, **runs)
 
         self.assertEqual(set(), missed(lftp=run(8)))
         self.assertEqual({command_trees.lftp_goal(1)}, missed(lftp=run(7.9)))
         self.assertEqual(set(), missed(lftp=run(4), jobs=4))
         self.assertEqual({command_trees.lftp_goal(4)}, missed(lftp=run(3.9), jobs=4))
         self.assertEqual(set(), missed(lftp=run(1), name=SSH))
+
+    def test_both_ways_are_a_push_and_the_pull_of_its_round(self):
+        both = command_trees.both_ways({"lftp": run(1, 2, 30) + run(5)}, {"lftp": run(10, 20, 4) + run(7)})
+        self.assertEqual([(11, 22, 30), (12, 2, 1000)], [(each.wall, each.cpu, each.peak) for each in both["lftp"]])
 
     def test_rclone_takes_more(self):
         for judge in (command_trees._verdicts_beside_rclone, command_trees._large_verdicts):

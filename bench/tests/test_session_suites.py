@@ -79,7 +79,8 @@ class Suites(unittest.TestCase):
         ways = [("push", 1), ("push", 4), ("pull", 1), ("pull", 4)]
         small, large, again, start = self.rows(command_trees, columns=3)
         expected = [(server, *way) for server in daemons.NAMES for way in ways]
-        self.assertEqual(expected, small)
+        both = [("both ways", 1), ("both ways", 4)]
+        self.assertEqual([(server, *row) for server in daemons.NAMES for row in ways + both], small)
         self.assertEqual(expected, large)
         self.assertEqual([row for row in expected if row[2] == 4], again)
         self.assertEqual(1, len(start))
