@@ -150,7 +150,9 @@ CURLcode Transfer::tryToRun()
         m_connection.giveUp();
         m_call.rethrow();
     }
-    if (code == CURLE_OK && !m_refusal.empty() && !m_firstMustSucceed.empty()) {
+    // After a later command that is refused, no other is sent.
+    const bool isFirst = code == CURLE_OK || (code == CURLE_QUOTE_ERROR && !m_isRefusalLast);
+    if (isFirst && !m_refusal.empty() && !m_firstMustSucceed.empty()) {
         m_foundCode = CURLE_QUOTE_ERROR;
         m_found = "QUOT string not accepted: " + m_firstMustSucceed; // as libcurl says it of the later commands
     }
@@ -271,7 +273,9 @@ size_t Transfer::hear(char* bytes, size_t one, size_t count, void* self) noexcep
 void Transfer::judgeReply()
 {
     const int code = replies().lastCode();
+    m_isRefusalLast = false;
     if (m_isReached && !m_hasData && code >= 400 && m_refusal.empty()) {
+        m_isRefusalLast = true;
         m_refusal = replies().last();
     }
     if (m_call.awaited() != Call::Awaited::Nothing) {

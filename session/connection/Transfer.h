@@ -97,11 +97,12 @@ private:
     bool m_hasAsked = false;
     bool m_comparesSize = false;
     bool m_hasData = true;
-    bool m_isReached = false; // logged in
-    bool m_isStored = false;  // the server has confirmed the data
-    std::string m_reason;     // why the call had to end
-    std::string m_refusal;    // the server's first, where no data moves
-    std::string m_found;      // what the session itself detected
+    bool m_isReached = false;     // logged in
+    bool m_isStored = false;      // the server has confirmed the data
+    std::string m_reason;         // why the call had to end
+    bool m_isRefusalLast = false; // nothing was said after it
+    std::string m_refusal;        // the server's first, where no data moves
+    std::string m_found;          // what the session itself detected
     CURLcode m_foundCode = CURLE_OK;
 };
 

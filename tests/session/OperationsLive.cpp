@@ -153,6 +153,26 @@ TEST_F(SessionOperations, NamesMayHoldBlanks)
         errorText);
 }
 
+TEST_F(SessionOperations, ARefusedRenameNamesTheCommandThatWasRefused)
+{
+    misbehave("RNTO=reply:553 not that name");
+    serve();
+    writeFile(served("a"), "content");
+    aimAt("/");
+    SFtpSession session;
+    request.localPath = "b";
+    request.remoteFileName = "missing";
+    EXPECT_EQ(CURLE_QUOTE_ERROR, session.ReNameSFtpFile(request, errorText));
+    EXPECT_EQ("Quote command returned error: QUOT string not accepted: RNFR missing (the server's last reply: 550 no "
+              "such file)",
+              errorText);
+    request.remoteFileName = "a";
+    EXPECT_EQ(CURLE_QUOTE_ERROR, session.ReNameSFtpFile(request, errorText));
+    EXPECT_EQ("Quote command returned error: QUOT string not accepted: RNTO b (the server's last reply: 553 not that "
+              "name)",
+              errorText);
+}
+
 TEST_F(SessionOperations, EntriesComeByFactsOrByLongLines)
 {
     for (const std::string features : {"", "FEAT=reply:500 unknown command"}) {
