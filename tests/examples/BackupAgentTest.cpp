@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <future>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <regex>
 
@@ -161,14 +162,20 @@ TEST_F(BackupAgent, SigtermBeforeTheFirstByteLeavesNothingToComplainAbout)
 {
     add("a.bak", "one");
     misbehave("1/AUTH=stall");
-    std::promise<void> begun;
-    std::once_flag first;
-    config.onCommand = [&](const std::string& /*command*/) { std::call_once(first, [&] { begun.set_value(); }); };
+    struct Beginning
+    {
+        std::promise<void> promise;
+        std::once_flag first;
+    };
+    const auto begun = std::make_shared<Beginning>(); // the server's, too, which lives longer
+    config.onCommand = [begun](const std::string& /*command*/) {
+        std::call_once(begun->first, [&begun] { begun->promise.set_value(); });
+    };
     serve();
     configure("");
     Process agent(setup());
     m_manager.next();
-    begun.get_future().wait();
+    begun->promise.get_future().wait();
     agent.signal(SIGTERM);
     EXPECT_EQ(0, agent.wait());
     EXPECT_EQ(Lines(), journal());
