@@ -25,7 +25,11 @@ namespace {
 constexpr rlim_t kLongestFile = rlim_t{64} << 20;
 
 // Beside what the process has when it begins.
+#ifdef __SANITIZE_ADDRESS__ // which keeps what is freed
+constexpr rlim_t kMostMemory = rlim_t{512} << 20;
+#else
 constexpr rlim_t kMostMemory = rlim_t{32} << 20;
+#endif
 
 void require(bool done, const char* what)
 {

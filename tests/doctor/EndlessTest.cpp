@@ -99,7 +99,8 @@ TEST_F(Endless, HandshakesAreCutOff)
                           config.password);
     // libcurl's own limit comes into play where OpenSSL has read all that is there, else doctor's.
     EXPECT_LT(0, process.wait());
-    for (const auto& each : reportOf(process)["operations"]) {
+    const nlohmann::json report = reportOf(process);
+    for (const auto& each : report["operations"]) {
         EXPECT_NE("works", each["outlook"]);
         EXPECT_NE("works", each["session"]["outlook"]);
     }
