@@ -1,5 +1,7 @@
 #include "tree/Plan.h"
 
+#include "tree/Names.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <set>
@@ -34,6 +36,16 @@ void addParents(std::string path, std::set<std::string>& parents)
         path = splitPath(path).first;
         parents.insert(path);
     }
+}
+
+bool showsDotNames(const TreeListing& listing)
+{
+    const auto holdsAny = [](const std::vector<std::string>& paths) {
+        return std::any_of(paths.begin(), paths.end(), holdsDotName);
+    };
+    return holdsAny(listing.links) || holdsAny(listing.excluded) || holdsAny(listing.leftovers) ||
+           std::any_of(listing.entries.begin(), listing.entries.end(),
+                       [](const auto& each) { return holdsDotName(each.first); });
 }
 
 /// Makes the plan, one path after the other.
@@ -110,10 +122,25 @@ private:
         for (const std::string& path : m_source.links) {
             addParents(path, kept);
         }
+        keepWhatMayBeHidden(kept);
         for (auto each = m_destination.entries.rbegin(); each != m_destination.entries.rend(); ++each) {
             const auto& [path, entry] = *each;
             if (m_source.entries.count(path) == 0 && kept.count(path) == 0 && !isBelow(path, m_source.links)) {
                 (entry.kind == EntryKind::Directory ? m_plan.folders : m_plan.files).push_back(path);
+            }
+        }
+    }
+
+    // Some servers do not list names that begin with a dot.
+    void keepWhatMayBeHidden(std::set<std::string>& kept) const
+    {
+        if (m_rules.isPush || showsDotNames(m_source)) {
+            return;
+        }
+        for (const auto& each : m_destination.entries) {
+            if (holdsDotName(each.first)) {
+                kept.insert(each.first);
+                addParents(each.first, kept);
             }
         }
     }

@@ -38,6 +38,7 @@ struct Plan
 
 struct PlanRules
 {
+    bool isPush = false;
     bool checksums = false; ///< compare contents where the sizes are the same
     bool deletes = false;   ///< what is not in the source
 };

@@ -70,7 +70,7 @@ void TreeRun::runPhases()
     }
     m_direction = m_isPush ? makePush(m_arguments.local, m_remote)
                            : makePull(m_arguments.local, m_remote, m_arguments.resumes ? "" : std::to_string(getpid()));
-    const Plan plan = planOf(m_source, m_destination, {m_arguments.tree.checksum, m_arguments.tree.deletes});
+    const Plan plan = planOf(m_source, m_destination, {m_isPush, m_arguments.tree.checksum, m_arguments.tree.deletes});
     m_result.unchanged = plan.unchanged;
     refuseToEmpty(plan);
     m_mayDelete = !plan.files.empty() || !plan.folders.empty();

@@ -65,6 +65,46 @@ TEST_F(PushPull, NoLocalLinkLeadsOutOfTheDirectory)
     EXPECT_EQ("1", contentOf(here("a")));
 }
 
+// What a server does not show is not taken for missing.
+TEST_F(PushPull, DotNamesStayWhereTheServerHidesThem)
+{
+    const Tree hidden = {{".rc", "1"}, {"d/.git/x", "2"}, {"d/.git/y.", "3"}, {"e/.hidden", "4"}};
+    config.hidesDotNames = true;
+    plant(there(), {{"a", "1"}});
+    plant(there(), hidden);
+    plant(here(), {{"a", "1"}, {"gone", "5"}, {"f/gone", "5"}, {"e/gone", "5"}});
+    plant(here(), hidden);
+    setAll(here(), kTime);
+    setAll(there(), kTime);
+    serve();
+    expectLine("pull: 0 No error: 0 moved (0 B), 4 deleted, 1 unchanged", pull({"--delete"}));
+    EXPECT_TRUE(sameTrees({{"a", "1"},
+                           {".rc", "1"},
+                           {"d/", ""},
+                           {"d/.git/", ""},
+                           {"d/.git/x", "2"},
+                           {"d/.git/y.", "3"},
+                           {"e/", ""},
+                           {"e/.hidden", "4"}},
+                          treeIn(here())));
+}
+
+TEST_F(PushPull, DotNamesGoWhereTheServerShowsAny)
+{
+    plant(there(), {{"a", "1"}, {"d/.shown", "1"}});
+    plant(here(), {{".gone", "5"}, {".d/gone", "5"}});
+    serve();
+    expectLine("pull: 0 No error: 2 moved (2 B), 3 deleted, 0 unchanged", pull({"--delete"}));
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"d/", ""}, {"d/.shown", "1"}}, treeIn(here())));
+    fs::remove_all(there("d"));
+    setAll(here(), kTime);
+    setAll(there(), kTime);
+    plant(there(), {{".x.0123456789ab.part", "half"}});
+    plant(here(), {{".gone", "5"}});
+    expectLine("pull: 0 No error: 0 moved (0 B), 3 deleted, 1 unchanged", pull({"--delete"}));
+    EXPECT_TRUE(sameTrees({{"a", "1"}}, treeIn(here())));
+}
+
 TEST_F(PushPull, AKindThatDiffersIsAFailure)
 {
     plant(here(), {{"a", "1"}, {"b/c", "2"}});
