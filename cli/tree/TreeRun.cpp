@@ -83,6 +83,7 @@ void TreeRun::runPhases()
     moveFiles(plan);
     if (m_result.failed.empty() && !isEnding()) {
         removeLeftovers();
+        m_mayDelete = false; // from here on, a failure does not mean that nothing was deleted
         removeAll(plan);
     }
 }

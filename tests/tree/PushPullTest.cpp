@@ -287,6 +287,17 @@ TEST_F(PushPull, TheFirstFailureEndsIt)
     EXPECT_TRUE(sameTrees({{"a", "1"}, {"old", "0"}}, treeIn(there())));
 }
 
+TEST_F(PushPull, AFailureToDeleteDoesNotSayThatNothingWasDeleted)
+{
+    plant(here(), {{"k", "1"}});
+    plant(there(), {{"a", "1"}, {"b", "1"}, {"c", "1"}});
+    serve({"DELE#2=reply:550 in use"});
+    const ProgramResult result = push({"--jobs", "1", "--delete"});
+    EXPECT_TRUE(exited(CURLE_QUOTE_ERROR, result));
+    EXPECT_TRUE(holds("550 in use): 1 moved (1 B), 1 deleted, 0 unchanged, 1 failed\n", result.err)) << result.err;
+    EXPECT_TRUE(sameTrees({{"k", "1"}, {"a", "1"}, {"b", "1"}}, treeIn(there())));
+}
+
 TEST_F(PushPull, OnRequestItGoesOnAfterFailuresAndListsThem)
 {
     plant(there(), {{"a", "1"}, {"b", "2"}, {"c", "3"}, {"d", "4"}});
