@@ -95,6 +95,44 @@ TEST_F(PushPull, AFileThatChangesWhileItIsSentIsSentAgain)
     EXPECT_EQ(kTime + 2, modified(there("a")));
 }
 
+TEST_F(PushPull, AFileThatIsReplacedWhileItIsSentIsSentAgain)
+{
+    plant(here(), {{"a", "12345"}});
+    setAll(here(), kTime);
+    config.onCommand = [this, count = 0](const std::string& command) mutable {
+        if (command == "STOR" && ++count == 1) {
+            writeFile(local("new"), "54321");
+            setModified(local("new"), kTime);
+            fs::rename(local("new"), here("a"));
+        }
+    };
+    serve();
+    expectLine("push: 0 No error: 1 moved (5 B), 0 unchanged", push());
+    EXPECT_EQ("54321", contentOf(there("a")));
+}
+
+// What the server has then may be half of one and half of the other.
+TEST_F(PushPull, AFileThatChangesEachTimeIsSentAgainByTheNextRun)
+{
+    for (const char* const fault : {"FEAT=reply:500 unknown command", "MFMT=reply:550 not allowed", "NOOP=stall"}) {
+        SCOPED_TRACE(fault);
+        fs::remove_all(there());
+        plant(here(), {{"a", "12345"}});
+        config.onCommand = [this, count = 0](const std::string& command) mutable {
+            if (command == "STOR" && ++count <= 3) {
+                setModified(here("a"), kTime + count);
+            }
+        };
+        serve({fault});
+        const ProgramResult result = push();
+        EXPECT_TRUE(exited(CURLE_READ_ERROR, result));
+        expectLine("push: 26 a: the file has changed each time while it was sent: 0 moved (0 B), 0 unchanged, 1 failed",
+                   result);
+        expectLine("push: 0 No error: 1 moved (5 B), 0 unchanged", push());
+        server.reset();
+    }
+}
+
 TEST_F(PushPull, OnlyWhatDiffersIsMoved)
 {
     const Tree before = {{"same", "12345"}, {"size", "12345"}, {"time", "12345"}, {"d/near", "12345"}};

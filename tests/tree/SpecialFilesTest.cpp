@@ -218,13 +218,62 @@ TEST_F(PushPull, AFileThatIsNewerThereIsReplacedWhereTimesAreKept)
     EXPECT_EQ("12345", contentOf(there("a")));
 }
 
-TEST_F(PushPull, AServerThatRefusesToSetTimesIsComparedLikeOneThatCannot)
+TEST_F(PushPull, AServerThatRefusesToSetAnyTimeGetsFilesAgain)
 {
     plant(here(), {{"a", "12345"}, {"b", "12345"}});
     setAll(here(), kTime);
     serve({"MFMT=reply:550 permission denied"});
     expectLine("push: 0 No error: 2 moved (10 B), 0 unchanged", push());
-    expectLine("push: 0 No error: 0 moved (0 B), 2 unchanged", push());
+    expectLine("push: 0 No error: 2 would be moved (10 B), 0 unchanged", push({"--dry-run"}));
+    expectLine("push: 0 No error: 2 moved (10 B), 0 unchanged", push());
+}
+
+TEST_F(PushPull, ATimeThatIsRefusedIsToldAndTheOthersAreSet)
+{
+    plant(here(), {{"a", "12345"}, {"b", "12345"}, {"c", "12345"}});
+    setAll(here(), kTime);
+    serve({"1/MFMT#1=reply:550 not this one"});
+    const ProgramResult result = push({"--jobs", "1"});
+    EXPECT_TRUE(exited(0, result));
+    const Lines told = linesOf(result.err);
+    ASSERT_EQ(2U, told.size()) << result.err;
+    EXPECT_EQ(0U, told[0].find("push: a: the server did not set the file's time: ")) << told[0];
+    EXPECT_TRUE(holds("550 not this one", told[0]));
+    EXPECT_EQ("push: 0 No error: 3 moved (15 B), 0 unchanged", told[1]);
+    EXPECT_NE(kTime, modified(there("a")));
+    EXPECT_EQ(kTime, modified(there("b")));
+    EXPECT_EQ(kTime, modified(there("c")));
+}
+
+TEST_F(PushPull, ATimeThatCannotBeSetForNowIsAFailureThatIsTriedAgain)
+{
+    plant(here(), {{"a", "12345"}, {"b", "12345"}});
+    setAll(here(), kTime);
+    serve({"1/MFMT#1=reply:450 busy"});
+    EXPECT_TRUE(exited(0, push({"--jobs", "1", "--retry", "1", "--retry-delay", "0.01"})));
+    EXPECT_EQ(timesIn(here()), timesIn(there()));
+    server.reset();
+    setAll(there(), kTime + 100);
+    serve({"1/MFMT#2=reply:450 busy"}); // the first asks whether the server knows it
+    const ProgramResult result = push({"--jobs", "1", "--keep-going"});
+    EXPECT_TRUE(exited(CURLE_QUOTE_ERROR, result));
+    EXPECT_TRUE(holds("push: a: 21 ", result.err)) << result.err;
+    EXPECT_EQ(kTime, modified(there("b")));
+}
+
+// FEAT lists it all the same.
+TEST_F(PushPull, AServerThatDoesNotKnowMfmtIsToldByItsReply)
+{
+    for (const char* const reply : {"500", "502", "504"}) {
+        SCOPED_TRACE(reply);
+        fs::remove_all(there());
+        plant(here(), {{"a", "12345"}, {"b", "12345"}});
+        setAll(here(), kTime);
+        serve({"MFMT=reply:" + std::string(reply) + " what"});
+        EXPECT_EQ("push: 0 No error: 2 moved (10 B), 0 unchanged\n", push({"--jobs", "1"}).err);
+        EXPECT_EQ(1U, commands({"MFMT"}).size());
+        server.reset();
+    }
 }
 
 TEST_F(PushPull, TheModeOfAReplacedFileStays)
