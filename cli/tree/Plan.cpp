@@ -2,6 +2,8 @@
 
 #include "tree/Names.h"
 
+#include <curl/curl.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <set>
@@ -64,7 +66,11 @@ public:
             m_plan.directories.emplace_back();
         }
         for (const auto& [path, entry] : m_source.entries) {
-            place(path, entry);
+            if (holdsControlByte(path)) {
+                refuse(path, m_rules.isPush ? "sent" : "fetched");
+            } else {
+                place(path, entry);
+            }
         }
         // One directory's files one after the other: a connection need not go to and fro.
         std::sort(m_plan.moves.begin(), m_plan.moves.end(),
@@ -82,6 +88,15 @@ private:
         addParents(path, parents);
         return std::any_of(m_plan.blocked.begin(), m_plan.blocked.end(),
                            [&parents](const std::string& each) { return parents.count(each) > 0; });
+    }
+
+    // Not what is in a directory that is refused.
+    void refuse(const std::string& path, const std::string& what)
+    {
+        if (!holdsControlByte(splitPath(path).first)) {
+            m_plan.refused.push_back(
+                {path, CURLE_BAD_FUNCTION_ARGUMENT, "a name with a control byte cannot be " + what});
+        }
     }
 
     void place(const std::string& path, const TreeEntry& entry)
@@ -125,7 +140,12 @@ private:
         keepWhatMayBeHidden(kept);
         for (auto each = m_destination.entries.rbegin(); each != m_destination.entries.rend(); ++each) {
             const auto& [path, entry] = *each;
-            if (m_source.entries.count(path) == 0 && kept.count(path) == 0 && !isBelow(path, m_source.links)) {
+            if (m_source.entries.count(path) > 0 || kept.count(path) > 0 || isBelow(path, m_source.links)) {
+                continue;
+            }
+            if (m_rules.isPush && holdsControlByte(path)) {
+                refuse(path, "deleted");
+            } else {
                 (entry.kind == EntryKind::Directory ? m_plan.folders : m_plan.files).push_back(path);
             }
         }

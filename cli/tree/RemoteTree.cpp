@@ -3,6 +3,7 @@
 #include "base/PercentCode.h"
 #include "base/WipedAtEnd.h"
 #include "operation/Retry.h"
+#include "operation/SessionOptionsOf.h"
 
 #include <curl/curl.h>
 
@@ -70,7 +71,7 @@ int RemoteTree::call(const std::string& url, const std::string& name, const std:
     request.remoteFileName = name;
     request.localPath = localPath;
     const int code = call(request, text);
-    text = m_mask.hiddenIn(withoutLocalPath(text, localPath));
+    text = m_mask.hiddenIn(withOptionNames(withoutLocalPath(text, localPath)));
     return code;
 }
 

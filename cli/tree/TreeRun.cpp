@@ -77,6 +77,9 @@ void TreeRun::runPhases()
     for (const std::string& path : plan.blocked) {
         fail(path, {m_direction->codeOfBlocked(), "something of another kind has this name at the destination"});
     }
+    for (const FailedPath& each : plan.refused) {
+        fail(each.path, {each.code, each.text});
+    }
     if (!makeDirectories(plan)) {
         return;
     }
@@ -138,7 +141,8 @@ void TreeRun::takeEntries(Workers& workers, TreeListing& listing, const TreeList
         const std::lock_guard<std::mutex> lock(m_mutex);
         for (const RemoteEntry& each : entries) {
             const std::string here = pathIn(path, each.name);
-            const bool isWanted = wanted == nullptr || wanted->entries.count(here) > 0;
+            const bool isWanted =
+                !holdsControlByte(each.name) && (wanted == nullptr || wanted->entries.count(here) > 0);
             if (isPlainName(each.name) &&
                 addTo(listing, path, each.name, {each.kind, each.size, each.modified}, m_exclusions) && isWanted) {
                 below.push_back(here);

@@ -276,6 +276,37 @@ TEST_F(PushPull, AServerThatDoesNotKnowMfmtIsToldByItsReply)
     }
 }
 
+TEST_F(PushPull, ANameWithAControlByteIsAFailureOfADryRunToo)
+{
+    plant(here(), {{"a\nb", "1"}, {"c", "2"}, {"d\x7f/x", "3"}});
+    plant(there(), {{"z\x01", "4"}, {"y\x01/x", "5"}});
+    serve();
+    for (const bool isDryRun : {true, false}) {
+        SCOPED_TRACE(isDryRun);
+        Words how = {"--keep-going", "--delete"};
+        if (isDryRun) {
+            how.emplace_back("--dry-run");
+        }
+        const std::string would = isDryRun ? "would be " : "";
+        ProgramResult result = push(how);
+        EXPECT_TRUE(exited(CURLE_BAD_FUNCTION_ARGUMENT, result));
+        EXPECT_TRUE(sameLines({"push: a\\nb: 43 a name with a control byte cannot be sent",
+                               "push: d\\x7f: 43 a name with a control byte cannot be sent",
+                               "push: z\\x01: 43 a name with a control byte cannot be deleted",
+                               "push: y\\x01: 43 a name with a control byte cannot be deleted",
+                               "push: 43 a\\nb: a name with a control byte cannot be sent: 1 " + would +
+                                   "moved (1 B), 0 unchanged, 4 failed"},
+                              linesOf(result.err)))
+            << result.err;
+        result = run(isDryRun ? Words{"pull", url("/there/"), "back", "--keep-going", "--dry-run"}
+                              : Words{"pull", url("/there/"), "back", "--keep-going"});
+        EXPECT_TRUE(exited(CURLE_BAD_FUNCTION_ARGUMENT, result));
+        EXPECT_TRUE(holds("pull: z\\x01: 43 a name with a control byte cannot be fetched\n", result.err)) << result.err;
+        EXPECT_TRUE(holds("pull: y\\x01: 43 a name with a control byte cannot be fetched\n", result.err)) << result.err;
+        EXPECT_TRUE(holds("unchanged, 2 failed\n", result.err)) << result.err;
+    }
+}
+
 TEST_F(PushPull, TheModeOfAReplacedFileStays)
 {
     plant(here(), {{"a", "1"}});
@@ -307,4 +338,13 @@ TEST_F(PushPull, TheWholeMayHaveALimit)
     expectLine("push: 28 Timeout was reached: it did not finish within 1 s (--max-time); the same command goes on from "
                "here: 0 moved (0 B), 0 unchanged",
                result);
+}
+
+TEST_F(PushPull, TextsNameTheOptionsOfTheCommand)
+{
+    plant(there(), {{"a", "1"}});
+    serve({"RETR=stall"});
+    const ProgramResult result = pull({"--stall-time", "1"});
+    EXPECT_TRUE(exited(CURLE_OPERATION_TIMEDOUT, result));
+    EXPECT_TRUE(holds("no reply for --stall-time, 1000 ms", result.err)) << result.err;
 }
