@@ -136,6 +136,9 @@ void report(const Arguments& arguments, const TreeResult& result)
                       << escapeControlBytes(each.text) << "\n";
         }
     }
+    if (const std::string hint = hintOf(result); !hint.empty()) {
+        std::cerr << "hint: " << hint << "\n";
+    }
     std::cerr << lineOf(result) << std::endl;
     if (arguments.json) {
         std::cout << jsonOf(result) << "\n";

@@ -344,10 +344,11 @@ TEST_F(PushPull, OnRequestItGoesOnAfterFailuresAndListsThem)
     const ProgramResult result = pull({"--jobs", "1", "--delete", "--keep-going"});
     EXPECT_TRUE(exited(CURLE_FTP_COULDNT_RETR_FILE, result));
     const Lines told = linesOf(result.err);
-    ASSERT_EQ(3U, told.size());
+    ASSERT_EQ(4U, told.size());
     EXPECT_EQ(0U, told[0].find("pull: b: 19 ")) << told[0];
     EXPECT_EQ(0U, told[1].find("pull: c: 78 ")) << told[1];
-    EXPECT_NE(std::string::npos, told[2].find("; nothing was deleted: 2 moved (2 B), 0 unchanged, 2 failed"))
-        << told[2];
+    EXPECT_EQ("hint: the server refuses to send the file or the listing; its last reply says why", told[2]);
+    EXPECT_NE(std::string::npos, told[3].find("; nothing was deleted: 2 moved (2 B), 0 unchanged, 2 failed"))
+        << told[3];
     EXPECT_TRUE(sameTrees({{"a", "1"}, {"d", "4"}, {"old", "0"}}, treeIn(here())));
 }
