@@ -133,6 +133,31 @@ TEST_F(PushPull, AFileThatChangesEachTimeIsSentAgainByTheNextRun)
     }
 }
 
+TEST_F(PushPull, AFileThatHasChangedAndCannotBeSentAgainDoesNotStay)
+{
+    config.onCommand = [this](const std::string& command) {
+        if (command == "STOR") {
+            setModified(here("a"), kTime);
+        }
+    };
+    const Lines faults = {"FEAT=reply:500 unknown command", "STOR#2=reply:552 quota exceeded"};
+    plant(here(), {{"a", "12345"}});
+    serve(faults);
+    const ProgramResult result = push({"--jobs", "1"});
+    EXPECT_TRUE(exited(CURLE_UPLOAD_FAILED, result));
+    EXPECT_FALSE(exists(there("a")));
+    server.reset();
+    plant(here(), {{"a", "54321"}});
+    serve({faults[0], faults[1], "DELE=reply:550 not here"});
+    const ProgramResult kept = push({"--jobs", "1"});
+    EXPECT_TRUE(exited(CURLE_READ_ERROR, kept));
+    EXPECT_TRUE(holds("push: a: 26 the file has changed while it was sent, and what the server has of it cannot be "
+                      "deleted: ",
+                      kept.err))
+        << kept.err;
+    EXPECT_EQ("54321", contentOf(there("a")));
+}
+
 TEST_F(PushPull, OnlyWhatDiffersIsMoved)
 {
     const Tree before = {{"same", "12345"}, {"size", "12345"}, {"time", "12345"}, {"d/near", "12345"}};
