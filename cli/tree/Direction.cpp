@@ -38,7 +38,7 @@ public:
             return false;
         }
         const std::optional<FileTime> there = timeThere(move);
-        return !there || areSameTimes(timeHere(move), *there) || isNewEnough(move, *there, mayChange);
+        return !there || areSameTimes(timeHere(move), *there) || isNewEnough(move, *there);
     }
 
 protected:
@@ -53,7 +53,7 @@ protected:
     /// Gives the destination the source's time.
     virtual void adoptTime(const std::string& path, FileTime here, FileTime there) = 0;
     /// Whether times that differ are those of the same file.
-    virtual bool isNewEnough(const Move& move, FileTime there, bool mayChange) = 0;
+    virtual bool isNewEnough(const Move& move, FileTime there) = 0;
 
 private:
     std::optional<FileTime> timeThere(const Move& move) const
@@ -86,15 +86,24 @@ public:
 
     void move(const Move& move) override
     {
-        for (int i = 0; i < kAttempts; ++i) {
-            const LocalTree::Leaving file(local(), move.path);
-            remote().send(file.path(), move.path);
-            if (!file.hasChanged()) {
-                remote().setModified(move.path, file.modified());
-                return;
+        bool isTorn = false; // what the server has: of two versions
+        try {
+            for (int i = 0; i < kAttempts; ++i) {
+                const LocalTree::Leaving file(local(), move.path);
+                remote().send(file.path(), move.path);
+                isTorn = file.hasChanged();
+                if (!isTorn) {
+                    remote().setModified(move.path, file.modified());
+                    return;
+                }
             }
+        } catch (const TreeFailure&) {
+            if (isTorn) {
+                disown(move.path);
+            }
+            throw;
         }
-        remote().setModified(move.path, FileTime()); // so that the next run sends it again
+        disown(move.path);
         throw TreeFailure(CURLE_READ_ERROR, "the file has changed each time while it was sent");
     }
 
@@ -107,9 +116,30 @@ protected:
     }
 
     // Where times cannot be set, a file there has that of its arrival.
-    bool isNewEnough(const Move& move, FileTime there, bool mayChange) override
+    bool isNewEnough(const Move& move, FileTime there) override
     {
-        return there > timeHere(move) && !(mayChange ? remote().keepsTimes(move.path, there) : remote().mayKeepTimes());
+        return there > timeHere(move) && !remote().keepsTimes();
+    }
+
+private:
+    // Makes sure that the next run sends the file again.
+    void disown(const std::string& path)
+    {
+        bool isMarked = false;
+        try {
+            isMarked = remote().setModified(path, FileTime());
+        } catch (const TreeFailure&) { // what cannot be marked goes
+        }
+        try {
+            if (!isMarked) {
+                remote().removeFile(path);
+            }
+        } catch (const TreeFailure& failure) {
+            throw TreeFailure(CURLE_READ_ERROR,
+                              std::string("the file has changed while it was sent, and what the server has of it "
+                                          "cannot be deleted: ") +
+                                  failure.what());
+        }
     }
 };
 
@@ -149,7 +179,7 @@ protected:
     {
         local().setModified(path, there);
     }
-    bool isNewEnough(const Move& /*move*/, FileTime /*there*/, bool /*mayChange*/) override { return false; }
+    bool isNewEnough(const Move& /*move*/, FileTime /*there*/) override { return false; }
 
 private:
     void makeRoot()

@@ -197,8 +197,8 @@ void LocalTree::setModified(const std::string& path, FileTime modified) const
 
 // Without waiting for the writer of a pipe.
 LocalTree::Leaving::Leaving(const LocalTree& tree, const std::string& path)
-    : m_file(openat(tree.openFolder(splitPath(path).first).get(), splitPath(path).second.c_str(),
-                    O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC))
+    : m_folder(tree.openFolder(splitPath(path).first)), m_name(splitPath(path).second),
+      m_file(openat(m_folder.get(), m_name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC))
 {
     if (!m_file.isOpen()) {
         fail(CURLE_READ_ERROR, "the file cannot be read");
@@ -214,8 +214,16 @@ FileTime LocalTree::Leaving::modified() const { return timeOf(m_status); }
 
 bool LocalTree::Leaving::hasChanged() const
 {
-    struct stat now = {};
-    return fstat(m_file.get(), &now) != 0 || now.st_size != m_status.st_size || timeOf(now) != modified();
+    struct stat opened = {};
+    struct stat named = {};
+    return fstat(m_file.get(), &opened) != 0 || !isStill(opened) ||
+           fstatat(m_folder.get(), m_name.c_str(), &named, AT_SYMLINK_NOFOLLOW) != 0 || !isStill(named);
+}
+
+bool LocalTree::Leaving::isStill(const struct stat& now) const
+{
+    return now.st_dev == m_status.st_dev && now.st_ino == m_status.st_ino && now.st_size == m_status.st_size &&
+           timeOf(now) == modified();
 }
 
 LocalTree::Arriving::Arriving(const LocalTree& tree, const std::string& path, const std::string& salt)

@@ -32,15 +32,21 @@ public:
     {
     public:
         Leaving(const LocalTree& tree, const std::string& path);
+        Leaving(const Leaving&) = delete;
+        Leaving& operator=(const Leaving&) = delete;
 
         /// A path of the open file itself, whatever becomes of its name.
         std::string path() const;
         FileTime modified() const;
-        /// Whether it is no longer what it was at the beginning.
+        /// Whether it is no longer what it was at the beginning, or another one has its name.
         bool hasChanged() const;
         int descriptor() const { return m_file.get(); }
 
     private:
+        bool isStill(const struct stat& now) const;
+
+        Descriptor m_folder;
+        std::string m_name;
         Descriptor m_file;
         struct stat m_status = {};
     };

@@ -65,6 +65,14 @@ bool isPlainName(const std::string& name)
            name.find('\0') == std::string::npos;
 }
 
+bool holdsDotName(const std::string& path) { return ("/" + path).find("/.") != std::string::npos; }
+
+bool holdsControlByte(const std::string& name)
+{
+    constexpr unsigned char kDelete = 0x7f;
+    return std::any_of(name.begin(), name.end(), [](unsigned char each) { return each < ' ' || each == kDelete; });
+}
+
 std::optional<std::string> targetOfLeftover(const std::string& name)
 {
     std::optional<std::string> target;

@@ -1,5 +1,9 @@
 #include "tree/Plan.h"
 
+#include "tree/Names.h"
+
+#include <curl/curl.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <set>
@@ -36,6 +40,16 @@ void addParents(std::string path, std::set<std::string>& parents)
     }
 }
 
+bool showsDotNames(const TreeListing& listing)
+{
+    const auto holdsAny = [](const std::vector<std::string>& paths) {
+        return std::any_of(paths.begin(), paths.end(), holdsDotName);
+    };
+    return holdsAny(listing.links) || holdsAny(listing.excluded) || holdsAny(listing.leftovers) ||
+           std::any_of(listing.entries.begin(), listing.entries.end(),
+                       [](const auto& each) { return holdsDotName(each.first); });
+}
+
 /// Makes the plan, one path after the other.
 class Planner
 {
@@ -52,7 +66,11 @@ public:
             m_plan.directories.emplace_back();
         }
         for (const auto& [path, entry] : m_source.entries) {
-            place(path, entry);
+            if (holdsControlByte(path)) {
+                refuse(path, m_rules.isPush ? "sent" : "fetched");
+            } else {
+                place(path, entry);
+            }
         }
         // One directory's files one after the other: a connection need not go to and fro.
         std::sort(m_plan.moves.begin(), m_plan.moves.end(),
@@ -70,6 +88,15 @@ private:
         addParents(path, parents);
         return std::any_of(m_plan.blocked.begin(), m_plan.blocked.end(),
                            [&parents](const std::string& each) { return parents.count(each) > 0; });
+    }
+
+    // Not what is in a directory that is refused.
+    void refuse(const std::string& path, const std::string& what)
+    {
+        if (!holdsControlByte(splitPath(path).first)) {
+            m_plan.refused.push_back(
+                {path, CURLE_BAD_FUNCTION_ARGUMENT, "a name with a control byte cannot be " + what});
+        }
     }
 
     void place(const std::string& path, const TreeEntry& entry)
@@ -110,10 +137,30 @@ private:
         for (const std::string& path : m_source.links) {
             addParents(path, kept);
         }
+        keepWhatMayBeHidden(kept);
         for (auto each = m_destination.entries.rbegin(); each != m_destination.entries.rend(); ++each) {
             const auto& [path, entry] = *each;
-            if (m_source.entries.count(path) == 0 && kept.count(path) == 0 && !isBelow(path, m_source.links)) {
+            if (m_source.entries.count(path) > 0 || kept.count(path) > 0 || isBelow(path, m_source.links)) {
+                continue;
+            }
+            if (m_rules.isPush && holdsControlByte(path)) {
+                refuse(path, "deleted");
+            } else {
                 (entry.kind == EntryKind::Directory ? m_plan.folders : m_plan.files).push_back(path);
+            }
+        }
+    }
+
+    // Some servers do not list names that begin with a dot.
+    void keepWhatMayBeHidden(std::set<std::string>& kept) const
+    {
+        if (m_rules.isPush || showsDotNames(m_source)) {
+            return;
+        }
+        for (const auto& each : m_destination.entries) {
+            if (holdsDotName(each.first)) {
+                kept.insert(each.first);
+                addParents(each.first, kept);
             }
         }
     }

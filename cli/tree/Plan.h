@@ -33,11 +33,13 @@ struct Plan
     std::vector<std::string> files;   ///< to be deleted
     std::vector<std::string> folders; ///< to be deleted; each behind what is in it
     std::vector<std::string> blocked; ///< something of another kind has the name at the destination
+    std::vector<FailedPath> refused;  ///< no session takes their names
     std::uint64_t unchanged = 0;
 };
 
 struct PlanRules
 {
+    bool isPush = false;
     bool checksums = false; ///< compare contents where the sizes are the same
     bool deletes = false;   ///< what is not in the source
 };

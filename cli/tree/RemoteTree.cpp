@@ -2,8 +2,12 @@
 
 #include "base/PercentCode.h"
 #include "base/WipedAtEnd.h"
+#include "operation/Retry.h"
+#include "operation/SessionOptionsOf.h"
 
 #include <curl/curl.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -28,6 +32,15 @@ std::string withoutLocalPath(std::string text, const std::string& localPath)
 }
 
 std::string parentOf(const std::string& url) { return url.substr(0, url.find_last_of('/', url.size() - 2) + 1); }
+
+// The server does not list the command, or does not know it all the same.
+bool isUnknownCommand(const TreeFailure& failure)
+{
+    const auto replies = {500, 502, 504};
+    return failure.code() == CURLE_NOT_BUILT_IN ||
+           (failure.code() == CURLE_QUOTE_ERROR &&
+            std::find(replies.begin(), replies.end(), failure.reply()) != replies.end());
+}
 
 bool isTop(const std::string& url)
 {
@@ -58,7 +71,7 @@ int RemoteTree::call(const std::string& url, const std::string& name, const std:
     request.remoteFileName = name;
     request.localPath = localPath;
     const int code = call(request, text);
-    text = m_mask.hiddenIn(withoutLocalPath(text, localPath));
+    text = m_mask.hiddenIn(withOptionNames(withoutLocalPath(text, localPath)));
     return code;
 }
 
@@ -179,43 +192,52 @@ std::optional<FileTime> RemoteTree::modified(const std::string& path) const
     return code == 0 ? std::optional(time) : std::nullopt;
 }
 
-void RemoteTree::setModified(const std::string& path, FileTime modified)
-{
+bool RemoteTree::setModified(const std::string& path, FileTime modified)
+try {
     if (m_times != Known::No) {
-        m_times = trySetModified(path, modified) == 0 ? Known::Yes : Known::No;
+        trySetModified(path, modified);
+        m_times = Known::Yes;
     }
+    return m_times == Known::Yes;
+} catch (const TreeFailure& failure) {
+    if (isUnknownCommand(failure)) {
+        m_times = Known::No;
+        return false;
+    }
+    if (failure.code() != CURLE_QUOTE_ERROR || isTransient(CURLE_QUOTE_ERROR, failure.reply())) {
+        throw;
+    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_refusedTimes.push_back({path, failure.code(), failure.what()});
+    return false;
 }
 
-// 0, or why the server does not set times.
-int RemoteTree::trySetModified(const std::string& path, FileTime modified) const
+void RemoteTree::trySetModified(const std::string& path, FileTime modified) const
 {
-    std::string text;
-    const int code = call(
-        urlOf(path), "", "",
-        [&](const SFtpRequest& request, std::string& errorText) {
-            return m_session.SetModified(request, modified, errorText);
-        },
-        text);
-    if (code != 0 && code != CURLE_NOT_BUILT_IN && code != CURLE_QUOTE_ERROR) {
-        throw TreeFailure(code, text);
-    }
-    return code;
+    run(urlOf(path), "", "", [&](const SFtpRequest& request, std::string& errorText) {
+        return m_session.SetModified(request, modified, errorText);
+    });
 }
 
-bool RemoteTree::keepsTimes(const std::string& path, FileTime modified)
-{
+bool RemoteTree::keepsTimes()
+try {
     if (m_times == Known::Unknown) {
-        setModified(path, modified);
+        trySetModified(kNobody, FileTime());
+        m_times = Known::Yes;
     }
+    return m_times == Known::Yes;
+} catch (const TreeFailure& failure) {
+    if (!isUnknownCommand(failure) && failure.code() != CURLE_QUOTE_ERROR) {
+        throw;
+    }
+    m_times = isUnknownCommand(failure) ? Known::No : Known::Yes;
     return m_times == Known::Yes;
 }
 
-bool RemoteTree::mayKeepTimes()
+std::vector<FailedPath> RemoteTree::refusedTimes() const
 {
-    if (m_times == Known::Unknown) {
-        m_times = trySetModified(kNobody, FileTime()) == CURLE_NOT_BUILT_IN ? Known::No : Known::Yes;
-    }
-    return m_times == Known::Yes;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_refusedTimes;
 }
 
 std::optional<RemoteChecksum> RemoteTree::checksum(const std::string& path)

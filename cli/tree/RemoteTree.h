@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,12 +35,12 @@ public:
 
     /// When the file was modified; nothing where the server cannot tell.
     std::optional<FileTime> modified(const std::string& path) const;
-    /// Nothing is done where the server cannot, or refuses.
-    void setModified(const std::string& path, FileTime modified);
-    /// Whether the server sets times. The first call may try it with this file, which keeps the time that it has.
-    bool keepsTimes(const std::string& path, FileTime modified);
-    /// The same as far as the server's word goes, without a try.
-    bool mayKeepTimes();
+    /// Whether the file has this time now: not where the server sets no times, or refuses this one for good.
+    bool setModified(const std::string& path, FileTime modified);
+    /// Whether the server sets times, as far as it tells; nothing is changed.
+    bool keepsTimes();
+    /// The files whose times the server refused to set, and why.
+    std::vector<FailedPath> refusedTimes() const;
 
     /// Nothing where the server computes none.
     std::optional<RemoteChecksum> checksum(const std::string& path);
@@ -55,7 +56,7 @@ private:
     };
     using Call = std::function<int(const SFtpRequest& request, std::string& errorText)>;
 
-    int trySetModified(const std::string& path, FileTime modified) const;
+    void trySetModified(const std::string& path, FileTime modified) const;
     int call(const std::string& url, const std::string& name, const std::string& localPath, const Call& call,
              std::string& text) const;
     void run(const std::string& url, const std::string& name, const std::string& localPath, const Call& call) const;
@@ -68,6 +69,8 @@ private:
     std::string m_root; // its URL, with a "/" at its end
     std::atomic<Known> m_times{Known::Unknown};
     std::atomic<Known> m_checksums{Known::Unknown};
+    mutable std::mutex m_mutex; // for what follows
+    std::vector<FailedPath> m_refusedTimes;
 };
 
 #endif

@@ -97,6 +97,10 @@ TreeResult runShown(const Arguments& arguments, const SFtpRequest& request)
         syncFiles(arguments.local);
     }
     result.url = request.remotePath;
+    for (const FailedPath& each : remote.refusedTimes()) {
+        std::cerr << arguments.name << ": " << escapeControlBytes(each.path)
+                  << ": the server did not set the file's time: " << escapeControlBytes(each.text) << "\n";
+    }
     if (arguments.tree.checksum && remote.lacksChecksums()) {
         std::cerr << arguments.name
                   << ": the server computes no checksums (HASH with SHA-256, XSHA256, XCRC): sizes and times were "
@@ -131,6 +135,9 @@ void report(const Arguments& arguments, const TreeResult& result)
             std::cerr << result.operation << ": " << escapeControlBytes(each.path) << ": " << each.code << " "
                       << escapeControlBytes(each.text) << "\n";
         }
+    }
+    if (const std::string hint = hintOf(result); !hint.empty()) {
+        std::cerr << "hint: " << hint << "\n";
     }
     std::cerr << lineOf(result) << std::endl;
     if (arguments.json) {

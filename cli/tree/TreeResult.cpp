@@ -1,6 +1,7 @@
 #include "tree/TreeResult.h"
 
 #include "base/PercentCode.h"
+#include "output/Hint.h"
 #include "output/JsonResult.h"
 #include "output/Progress.h"
 #include "output/ResultName.h"
@@ -9,6 +10,8 @@
 #include <JsonText.h>
 
 #include <nlohmann/json.hpp>
+
+#include <algorithm>
 
 namespace {
 
@@ -46,6 +49,23 @@ const char* nameOfStep(TreeStep step)
     return step == TreeStep::MakeDirectory ? "mkdir" : step == TreeStep::Move ? "move" : "delete";
 }
 
+std::string hintOf(const TreeResult& result)
+{
+    if (result.failed.empty() || result.failed.front().code != result.code) {
+        return {}; // all is well, or a signal ended it
+    }
+    const FailedPath& first = result.failed.front();
+    Reply reply;
+    reply.code = TreeFailure(first.code, first.text).reply();
+    // Without a reply, these are failures of this side.
+    const auto local = {CURLE_FAILED_INIT, CURLE_WRITE_ERROR, CURLE_UPLOAD_FAILED};
+    if (reply.code == 0 && std::find(local.begin(), local.end(), first.code) != local.end()) {
+        return {};
+    }
+    const bool isSsh = result.url.compare(0, 5, "sftp:") == 0;
+    return hintFor(isSsh ? Way::SshSession : Way::Session, static_cast<CURLcode>(first.code), reply);
+}
+
 std::string lineOf(const TreeResult& result)
 {
     return result.operation + ": " + std::to_string(result.code) + " " + escapeControlBytes(result.text) + ": " +
@@ -75,6 +95,9 @@ std::string jsonOf(const TreeResult& result)
         for (const TreeAction& each : result.actions) {
             object["actions"].push_back(withPath({{"action", nameOfStep(each.step)}}, each.path));
         }
+    }
+    if (const std::string hint = hintOf(result); !hint.empty()) {
+        object["hint"] = hint;
     }
     if (!result.signal.empty()) {
         object["signal"] = result.signal;

@@ -44,6 +44,9 @@ struct TreeResult
     std::string signal; // that ended it
 };
 
+/// What to do about the first failure; empty where nothing can be said in general.
+std::string hintOf(const TreeResult& result);
+
 /// "push: 0 No error: 3 moved (1.2 MiB), 1 deleted, 17 unchanged".
 std::string lineOf(const TreeResult& result);
 

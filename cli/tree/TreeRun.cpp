@@ -70,12 +70,15 @@ void TreeRun::runPhases()
     }
     m_direction = m_isPush ? makePush(m_arguments.local, m_remote)
                            : makePull(m_arguments.local, m_remote, m_arguments.resumes ? "" : std::to_string(getpid()));
-    const Plan plan = planOf(m_source, m_destination, {m_arguments.tree.checksum, m_arguments.tree.deletes});
+    const Plan plan = planOf(m_source, m_destination, {m_isPush, m_arguments.tree.checksum, m_arguments.tree.deletes});
     m_result.unchanged = plan.unchanged;
     refuseToEmpty(plan);
     m_mayDelete = !plan.files.empty() || !plan.folders.empty();
     for (const std::string& path : plan.blocked) {
         fail(path, {m_direction->codeOfBlocked(), "something of another kind has this name at the destination"});
+    }
+    for (const FailedPath& each : plan.refused) {
+        fail(each.path, {each.code, each.text});
     }
     if (!makeDirectories(plan)) {
         return;
@@ -83,6 +86,7 @@ void TreeRun::runPhases()
     moveFiles(plan);
     if (m_result.failed.empty() && !isEnding()) {
         removeLeftovers();
+        m_mayDelete = false; // from here on, a failure does not mean that nothing was deleted
         removeAll(plan);
     }
 }
@@ -137,7 +141,8 @@ void TreeRun::takeEntries(Workers& workers, TreeListing& listing, const TreeList
         const std::lock_guard<std::mutex> lock(m_mutex);
         for (const RemoteEntry& each : entries) {
             const std::string here = pathIn(path, each.name);
-            const bool isWanted = wanted == nullptr || wanted->entries.count(here) > 0;
+            const bool isWanted =
+                !holdsControlByte(each.name) && (wanted == nullptr || wanted->entries.count(here) > 0);
             if (isPlainName(each.name) &&
                 addTo(listing, path, each.name, {each.kind, each.size, each.modified}, m_exclusions) && isWanted) {
                 below.push_back(here);

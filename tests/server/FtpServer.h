@@ -46,6 +46,7 @@ struct ServerConfig
     /// Files have their own times, which MFMT sets, and MLSD tells links apart: as on a disk that others use, too.
     bool timesOfDisk = false;
     std::vector<std::string> listedToo; ///< lines that each listing by MLSD has besides
+    bool hidesDotNames = false;         ///< no listing has names that begin with a dot
     std::vector<Fault> faults;
     bool keepTranscripts = true;
     /// Called with the word of each command before it is carried out, by the thread of its session; must not throw.

@@ -315,6 +315,9 @@ void Session::list(const std::string& argument, ListingForm form)
     }
     std::string lines;
     for (const std::string& name : m_shared.storage.names(path)) {
+        if (m_shared.config.hidesDotNames && name.front() == '.') {
+            continue;
+        }
         // The names alone come without a look at each file: there can be a hundred thousand.
         lines += (form == ListingForm::Names     ? name
                   : form == ListingForm::Details ? details(path, name)

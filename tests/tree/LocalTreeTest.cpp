@@ -103,11 +103,15 @@ TEST_F(LocalTrees, AFileThatIsSentIsTheOneThatWasOpened)
 {
     const LocalTree tree(root());
     const LocalTree::Leaving file(tree, "a");
+    EXPECT_FALSE(file.hasChanged());
     fs::rename(root() + "/a", root() + "/b");
+    EXPECT_TRUE(file.hasChanged());
     fs::create_symlink(folder.file("outside/x"), root() + "/a");
     EXPECT_EQ("mine", contentOf(file.path()));
+    EXPECT_TRUE(file.hasChanged());
+    fs::rename(root() + "/b", root() + "/a");
     EXPECT_FALSE(file.hasChanged());
-    writeFile(root() + "/b", "longer than before");
+    writeFile(root() + "/a", "longer than before");
     EXPECT_TRUE(file.hasChanged());
 }
 

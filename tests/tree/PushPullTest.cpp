@@ -95,6 +95,69 @@ TEST_F(PushPull, AFileThatChangesWhileItIsSentIsSentAgain)
     EXPECT_EQ(kTime + 2, modified(there("a")));
 }
 
+TEST_F(PushPull, AFileThatIsReplacedWhileItIsSentIsSentAgain)
+{
+    plant(here(), {{"a", "12345"}});
+    setAll(here(), kTime);
+    config.onCommand = [this, count = 0](const std::string& command) mutable {
+        if (command == "STOR" && ++count == 1) {
+            writeFile(local("new"), "54321");
+            setModified(local("new"), kTime);
+            fs::rename(local("new"), here("a"));
+        }
+    };
+    serve();
+    expectLine("push: 0 No error: 1 moved (5 B), 0 unchanged", push());
+    EXPECT_EQ("54321", contentOf(there("a")));
+}
+
+// What the server has then may be half of one and half of the other.
+TEST_F(PushPull, AFileThatChangesEachTimeIsSentAgainByTheNextRun)
+{
+    for (const char* const fault : {"FEAT=reply:500 unknown command", "MFMT=reply:550 not allowed", "NOOP=stall"}) {
+        SCOPED_TRACE(fault);
+        fs::remove_all(there());
+        plant(here(), {{"a", "12345"}});
+        config.onCommand = [this, count = 0](const std::string& command) mutable {
+            if (command == "STOR" && ++count <= 3) {
+                setModified(here("a"), kTime + count);
+            }
+        };
+        serve({fault});
+        const ProgramResult result = push();
+        EXPECT_TRUE(exited(CURLE_READ_ERROR, result));
+        expectLine("push: 26 a: the file has changed each time while it was sent: 0 moved (0 B), 0 unchanged, 1 failed",
+                   result);
+        expectLine("push: 0 No error: 1 moved (5 B), 0 unchanged", push());
+        server.reset();
+    }
+}
+
+TEST_F(PushPull, AFileThatHasChangedAndCannotBeSentAgainDoesNotStay)
+{
+    config.onCommand = [this](const std::string& command) {
+        if (command == "STOR") {
+            setModified(here("a"), kTime);
+        }
+    };
+    const Lines faults = {"FEAT=reply:500 unknown command", "STOR#2=reply:552 quota exceeded"};
+    plant(here(), {{"a", "12345"}});
+    serve(faults);
+    const ProgramResult result = push({"--jobs", "1"});
+    EXPECT_TRUE(exited(CURLE_UPLOAD_FAILED, result));
+    EXPECT_FALSE(exists(there("a")));
+    server.reset();
+    plant(here(), {{"a", "54321"}});
+    serve({faults[0], faults[1], "DELE=reply:550 not here"});
+    const ProgramResult kept = push({"--jobs", "1"});
+    EXPECT_TRUE(exited(CURLE_READ_ERROR, kept));
+    EXPECT_TRUE(holds("push: a: 26 the file has changed while it was sent, and what the server has of it cannot be "
+                      "deleted: ",
+                      kept.err))
+        << kept.err;
+    EXPECT_EQ("54321", contentOf(there("a")));
+}
+
 TEST_F(PushPull, OnlyWhatDiffersIsMoved)
 {
     const Tree before = {{"same", "12345"}, {"size", "12345"}, {"time", "12345"}, {"d/near", "12345"}};
@@ -287,6 +350,17 @@ TEST_F(PushPull, TheFirstFailureEndsIt)
     EXPECT_TRUE(sameTrees({{"a", "1"}, {"old", "0"}}, treeIn(there())));
 }
 
+TEST_F(PushPull, AFailureToDeleteDoesNotSayThatNothingWasDeleted)
+{
+    plant(here(), {{"k", "1"}});
+    plant(there(), {{"a", "1"}, {"b", "1"}, {"c", "1"}});
+    serve({"DELE#2=reply:550 in use"});
+    const ProgramResult result = push({"--jobs", "1", "--delete"});
+    EXPECT_TRUE(exited(CURLE_QUOTE_ERROR, result));
+    EXPECT_TRUE(holds("550 in use): 1 moved (1 B), 1 deleted, 0 unchanged, 1 failed\n", result.err)) << result.err;
+    EXPECT_TRUE(sameTrees({{"k", "1"}, {"a", "1"}, {"b", "1"}}, treeIn(there())));
+}
+
 TEST_F(PushPull, OnRequestItGoesOnAfterFailuresAndListsThem)
 {
     plant(there(), {{"a", "1"}, {"b", "2"}, {"c", "3"}, {"d", "4"}});
@@ -295,10 +369,11 @@ TEST_F(PushPull, OnRequestItGoesOnAfterFailuresAndListsThem)
     const ProgramResult result = pull({"--jobs", "1", "--delete", "--keep-going"});
     EXPECT_TRUE(exited(CURLE_FTP_COULDNT_RETR_FILE, result));
     const Lines told = linesOf(result.err);
-    ASSERT_EQ(3U, told.size());
+    ASSERT_EQ(4U, told.size());
     EXPECT_EQ(0U, told[0].find("pull: b: 19 ")) << told[0];
     EXPECT_EQ(0U, told[1].find("pull: c: 78 ")) << told[1];
-    EXPECT_NE(std::string::npos, told[2].find("; nothing was deleted: 2 moved (2 B), 0 unchanged, 2 failed"))
-        << told[2];
+    EXPECT_EQ("hint: the server refuses to send the file or the listing; its last reply says why", told[2]);
+    EXPECT_NE(std::string::npos, told[3].find("; nothing was deleted: 2 moved (2 B), 0 unchanged, 2 failed"))
+        << told[3];
     EXPECT_TRUE(sameTrees({{"a", "1"}, {"d", "4"}, {"old", "0"}}, treeIn(here())));
 }

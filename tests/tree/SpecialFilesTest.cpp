@@ -65,6 +65,46 @@ TEST_F(PushPull, NoLocalLinkLeadsOutOfTheDirectory)
     EXPECT_EQ("1", contentOf(here("a")));
 }
 
+// What a server does not show is not taken for missing.
+TEST_F(PushPull, DotNamesStayWhereTheServerHidesThem)
+{
+    const Tree hidden = {{".rc", "1"}, {"d/.git/x", "2"}, {"d/.git/y.", "3"}, {"e/.hidden", "4"}};
+    config.hidesDotNames = true;
+    plant(there(), {{"a", "1"}});
+    plant(there(), hidden);
+    plant(here(), {{"a", "1"}, {"gone", "5"}, {"f/gone", "5"}, {"e/gone", "5"}});
+    plant(here(), hidden);
+    setAll(here(), kTime);
+    setAll(there(), kTime);
+    serve();
+    expectLine("pull: 0 No error: 0 moved (0 B), 4 deleted, 1 unchanged", pull({"--delete"}));
+    EXPECT_TRUE(sameTrees({{"a", "1"},
+                           {".rc", "1"},
+                           {"d/", ""},
+                           {"d/.git/", ""},
+                           {"d/.git/x", "2"},
+                           {"d/.git/y.", "3"},
+                           {"e/", ""},
+                           {"e/.hidden", "4"}},
+                          treeIn(here())));
+}
+
+TEST_F(PushPull, DotNamesGoWhereTheServerShowsAny)
+{
+    plant(there(), {{"a", "1"}, {"d/.shown", "1"}});
+    plant(here(), {{".gone", "5"}, {".d/gone", "5"}});
+    serve();
+    expectLine("pull: 0 No error: 2 moved (2 B), 3 deleted, 0 unchanged", pull({"--delete"}));
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"d/", ""}, {"d/.shown", "1"}}, treeIn(here())));
+    fs::remove_all(there("d"));
+    setAll(here(), kTime);
+    setAll(there(), kTime);
+    plant(there(), {{".x.0123456789ab.part", "half"}});
+    plant(here(), {{".gone", "5"}});
+    expectLine("pull: 0 No error: 0 moved (0 B), 3 deleted, 1 unchanged", pull({"--delete"}));
+    EXPECT_TRUE(sameTrees({{"a", "1"}}, treeIn(here())));
+}
+
 TEST_F(PushPull, AKindThatDiffersIsAFailure)
 {
     plant(here(), {{"a", "1"}, {"b/c", "2"}});
@@ -178,13 +218,93 @@ TEST_F(PushPull, AFileThatIsNewerThereIsReplacedWhereTimesAreKept)
     EXPECT_EQ("12345", contentOf(there("a")));
 }
 
-TEST_F(PushPull, AServerThatRefusesToSetTimesIsComparedLikeOneThatCannot)
+TEST_F(PushPull, AServerThatRefusesToSetAnyTimeGetsFilesAgain)
 {
     plant(here(), {{"a", "12345"}, {"b", "12345"}});
     setAll(here(), kTime);
     serve({"MFMT=reply:550 permission denied"});
     expectLine("push: 0 No error: 2 moved (10 B), 0 unchanged", push());
-    expectLine("push: 0 No error: 0 moved (0 B), 2 unchanged", push());
+    expectLine("push: 0 No error: 2 would be moved (10 B), 0 unchanged", push({"--dry-run"}));
+    expectLine("push: 0 No error: 2 moved (10 B), 0 unchanged", push());
+}
+
+TEST_F(PushPull, ATimeThatIsRefusedIsToldAndTheOthersAreSet)
+{
+    plant(here(), {{"a", "12345"}, {"b", "12345"}, {"c", "12345"}});
+    setAll(here(), kTime);
+    serve({"1/MFMT#1=reply:550 not this one"});
+    const ProgramResult result = push({"--jobs", "1"});
+    EXPECT_TRUE(exited(0, result));
+    const Lines told = linesOf(result.err);
+    ASSERT_EQ(2U, told.size()) << result.err;
+    EXPECT_EQ(0U, told[0].find("push: a: the server did not set the file's time: ")) << told[0];
+    EXPECT_TRUE(holds("550 not this one", told[0]));
+    EXPECT_EQ("push: 0 No error: 3 moved (15 B), 0 unchanged", told[1]);
+    EXPECT_NE(kTime, modified(there("a")));
+    EXPECT_EQ(kTime, modified(there("b")));
+    EXPECT_EQ(kTime, modified(there("c")));
+}
+
+TEST_F(PushPull, ATimeThatCannotBeSetForNowIsAFailureThatIsTriedAgain)
+{
+    plant(here(), {{"a", "12345"}, {"b", "12345"}});
+    setAll(here(), kTime);
+    serve({"1/MFMT#1=reply:450 busy"});
+    EXPECT_TRUE(exited(0, push({"--jobs", "1", "--retry", "1", "--retry-delay", "0.01"})));
+    EXPECT_EQ(timesIn(here()), timesIn(there()));
+    server.reset();
+    setAll(there(), kTime + 100);
+    serve({"1/MFMT#2=reply:450 busy"}); // the first asks whether the server knows it
+    const ProgramResult result = push({"--jobs", "1", "--keep-going"});
+    EXPECT_TRUE(exited(CURLE_QUOTE_ERROR, result));
+    EXPECT_TRUE(holds("push: a: 21 ", result.err)) << result.err;
+    EXPECT_EQ(kTime, modified(there("b")));
+}
+
+// FEAT lists it all the same.
+TEST_F(PushPull, AServerThatDoesNotKnowMfmtIsToldByItsReply)
+{
+    for (const char* const reply : {"500", "502", "504"}) {
+        SCOPED_TRACE(reply);
+        fs::remove_all(there());
+        plant(here(), {{"a", "12345"}, {"b", "12345"}});
+        setAll(here(), kTime);
+        serve({"MFMT=reply:" + std::string(reply) + " what"});
+        EXPECT_EQ("push: 0 No error: 2 moved (10 B), 0 unchanged\n", push({"--jobs", "1"}).err);
+        EXPECT_EQ(1U, commands({"MFMT"}).size());
+        server.reset();
+    }
+}
+
+TEST_F(PushPull, ANameWithAControlByteIsAFailureOfADryRunToo)
+{
+    plant(here(), {{"a\nb", "1"}, {"c", "2"}, {"d\x7f/x", "3"}});
+    plant(there(), {{"z\x01", "4"}, {"y\x01/x", "5"}});
+    serve();
+    for (const bool isDryRun : {true, false}) {
+        SCOPED_TRACE(isDryRun);
+        Words how = {"--keep-going", "--delete"};
+        if (isDryRun) {
+            how.emplace_back("--dry-run");
+        }
+        const std::string would = isDryRun ? "would be " : "";
+        ProgramResult result = push(how);
+        EXPECT_TRUE(exited(CURLE_BAD_FUNCTION_ARGUMENT, result));
+        EXPECT_TRUE(sameLines({"push: a\\nb: 43 a name with a control byte cannot be sent",
+                               "push: d\\x7f: 43 a name with a control byte cannot be sent",
+                               "push: z\\x01: 43 a name with a control byte cannot be deleted",
+                               "push: y\\x01: 43 a name with a control byte cannot be deleted",
+                               "push: 43 a\\nb: a name with a control byte cannot be sent: 1 " + would +
+                                   "moved (1 B), 0 unchanged, 4 failed"},
+                              linesOf(result.err)))
+            << result.err;
+        result = run(isDryRun ? Words{"pull", url("/there/"), "back", "--keep-going", "--dry-run"}
+                              : Words{"pull", url("/there/"), "back", "--keep-going"});
+        EXPECT_TRUE(exited(CURLE_BAD_FUNCTION_ARGUMENT, result));
+        EXPECT_TRUE(holds("pull: z\\x01: 43 a name with a control byte cannot be fetched\n", result.err)) << result.err;
+        EXPECT_TRUE(holds("pull: y\\x01: 43 a name with a control byte cannot be fetched\n", result.err)) << result.err;
+        EXPECT_TRUE(holds("unchanged, 2 failed\n", result.err)) << result.err;
+    }
 }
 
 TEST_F(PushPull, TheModeOfAReplacedFileStays)
@@ -218,4 +338,13 @@ TEST_F(PushPull, TheWholeMayHaveALimit)
     expectLine("push: 28 Timeout was reached: it did not finish within 1 s (--max-time); the same command goes on from "
                "here: 0 moved (0 B), 0 unchanged",
                result);
+}
+
+TEST_F(PushPull, TextsNameTheOptionsOfTheCommand)
+{
+    plant(there(), {{"a", "1"}});
+    serve({"RETR=stall"});
+    const ProgramResult result = pull({"--stall-time", "1"});
+    EXPECT_TRUE(exited(CURLE_OPERATION_TIMEDOUT, result));
+    EXPECT_TRUE(holds("no reply for --stall-time, 1000 ms", result.err)) << result.err;
 }

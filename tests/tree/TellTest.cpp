@@ -80,6 +80,19 @@ TEST_F(TreesTold, ToAProgram)
     EXPECT_TRUE(dry["dryRun"]);
 }
 
+TEST_F(TreesTold, AHintAtTheCauseOfTheFirstFailure)
+{
+    const std::string hint = "the server has no space left for this user; free some there, or have the quota raised";
+    plant(here(), {{"a", "1"}, {"b", "22"}});
+    serve({"STOR=reply:552 quota"});
+    const Lines told = linesOf(push({"--jobs", "1"}).err);
+    ASSERT_EQ(3U, told.size());
+    EXPECT_EQ("hint: " + hint, told[1]);
+    EXPECT_EQ(hint, objectOf(push({"--jobs", "1", "--json"}))["hint"]);
+    std::filesystem::create_directories(there("a"));
+    EXPECT_FALSE(objectOf(push({"--jobs", "1", "--json"})).contains("hint"));
+}
+
 TEST_F(TreesTold, OnATerminalHowFarItIs)
 {
     plant(here(), {{"done", std::string(1024, 'x')}, {"running", std::string(3072, 'x')}});

@@ -58,11 +58,19 @@ TEST_P(ServedTrees, ArePushedAndPulledAndThenUnchanged)
     EXPECT_TRUE(sameTrees(kTree, treeIn(local("back"))));
     EXPECT_EQ(timesIn(served("trees/new")), timesIn(local("back")));
     const bool keepsTimes = server.package != "vsftpd";
+    const bool hidesDotNames = server.package == "vsftpd";
     EXPECT_EQ(keepsTimes, timesIn(local("here")) == timesIn(local("back")));
     EXPECT_EQ("pull: 0 No error: 0 moved (0 B), 4 unchanged", lineOf({"pull", "URL", "back"}));
     std::filesystem::remove_all(local("here/sub"));
     EXPECT_EQ("push: 0 No error: 0 moved (0 B), 4 deleted, 2 unchanged", lineOf({"push", "here", "URL", "--delete"}));
     EXPECT_TRUE(sameTrees({{"a b.txt", "blanks"}, {"empty", ""}, {"nothing/", ""}}, treeIn(served("trees/new"))));
+    for (const std::string& tree : {served("trees/new"), local("back")}) {
+        writeFile(tree + "/.both", "");
+        setModified(tree + "/.both", 1700000000);
+    }
+    EXPECT_EQ("pull: 0 No error: 0 moved (0 B), 4 deleted, " + std::string(hidesDotNames ? "2" : "3") + " unchanged",
+              lineOf({"pull", "URL", "back", "--delete"}));
+    EXPECT_TRUE(std::filesystem::exists(local("back/.both")));
 }
 
 namespace {
