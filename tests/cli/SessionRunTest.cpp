@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <regex>
 
 namespace {
 
@@ -190,6 +191,19 @@ TEST_F(SessionRun, Streams)
     EXPECT_EQ("", contentOf(served("a/empty")));
 }
 
+TEST_F(SessionRun, TakesAClosedInputForNoFile)
+{
+    writeFile(served("file"), "as it was");
+    serve();
+    const ProgramResult result = inShell(std::string(kPipe) + " <&-", {"put", "-", url("/file")});
+    EXPECT_TRUE(exited(26, result));
+    EXPECT_EQ("put: 26 Failed to open/read local data from file/application: standard input cannot be read: Bad file "
+              "descriptor",
+              lastLine(result.err));
+    EXPECT_EQ("as it was", contentOf(served("file")));
+    EXPECT_EQ(1U, servedFiles());
+}
+
 TEST_F(SessionRun, RefusesStreamsThatCannotBe)
 {
     serve();
@@ -349,6 +363,12 @@ TEST_F(SessionRun, ReportsWhatAnInterruptionLeft)
          "< 150",
          SIGINT,
          "SIGINT; the server has the file as it was, and may hold a part of the new one beside it"},
+        {"RNTO=stall",
+         {"put", "got", "/", "--trace"},
+         "> RNTO",
+         SIGINT,
+         "SIGINT; whether the server has the new file is not known: it, or the old one, may be under another name "
+         "beside it"},
         {"NLST=stall", {"ls", "/", "--trace"}, "> NLST", SIGINT, "SIGINT; nothing is left of it"},
         {"RNFR=stall",
          {"mv", "/", "old", "new", "--trace"},
@@ -372,6 +392,22 @@ TEST_F(SessionRun, ReportsWhatAnInterruptionLeft)
         EXPECT_TRUE(holds(at.form[0] + left + at.result + "\r\n", command.shown())) << command.shown();
         EXPECT_EQ("as it was", contentOf(local("got")));
     }
+}
+
+TEST_F(SessionRun, NamesTheFilesThatAnInterruptionLeft)
+{
+    writeFile(local("file"), "contents");
+    writeFile(served("file"), "as it was");
+    serve({"RNTO#1=reply:553 exists", "DELE=stall"});
+    TerminalCommand command(setupOf({"put", "file", url(), "--trace"}));
+    command.shownUpTo("> DELE");
+    command.signal(SIGINT);
+    EXPECT_EQ(-SIGINT, command.wait());
+    const std::string line =
+        "put: 42 interrupted by SIGINT; the new file may be under .file.NNNNNNNNNNNN.part, the old "
+        "one under .file.NNNNNNNNNNNN.old\r\n";
+    const std::regex digits("\\.[0-9A-F]{12}\\.");
+    EXPECT_TRUE(holds(line, std::regex_replace(command.shown(), digits, ".NNNNNNNNNNNN."))) << command.shown();
 }
 
 // An input that never comes must not hold a command for ever.
