@@ -56,6 +56,29 @@ TEST_F(SessionRun, CarriesOutEveryOperation)
     EXPECT_EQ(0U, servedFiles());
 }
 
+TEST_F(SessionRun, TakesNamesThatLookLikeOptionsAfterTwoDashes)
+{
+    writeFile(served("-x"), "contents");
+    serve();
+    EXPECT_TRUE(exited(0, runCommand({"mv", "--ca", ca(), url(), "--", "-x", "--quiet"}, environment(), local(""))));
+    EXPECT_TRUE(exists(served("--quiet")));
+    EXPECT_TRUE(exited(0, runCommand({"rm", "--ca", ca(), url(), "--", "--quiet"}, environment(), local(""))));
+    EXPECT_EQ(0U, servedFiles());
+}
+
+TEST_F(SessionRun, NamesWhatIsWrongByTheCommandsWords)
+{
+    writeFile(local("text"), "no certificate");
+    serve();
+    EXPECT_EQ("rmdir: 43 A libcurl function was given a bad argument: URL names nothing", resultOf({"rmdir", url()}));
+    EXPECT_EQ("get: 3 URL using bad/illegal format or missing URL: URL ends in \"/\" and so names a directory",
+              resultOf({"get", url("/weekly/"), "got"}));
+    EXPECT_EQ("ls: 77 Problem with the SSL CA cert (path? access rights?): --ca holds no certificate, neither as PEM "
+              "nor as DER",
+              lastLine(runCommand({"ls", url(), "--ca", "text"}, environment(), local("")).err));
+    EXPECT_EQ(0U, sessions().size());
+}
+
 TEST_F(SessionRun, SendsAFileOverOneConnectionAndGivesItItsNameLast)
 {
     writeFile(local("file"), "contents");
