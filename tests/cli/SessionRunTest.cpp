@@ -66,6 +66,16 @@ TEST_F(SessionRun, TakesNamesThatLookLikeOptionsAfterTwoDashes)
     EXPECT_EQ(0U, servedFiles());
 }
 
+TEST_F(SessionRun, MovesAFileElsewhere)
+{
+    std::filesystem::create_directory(served("weekly"));
+    writeFile(served("weekly/z"), "contents");
+    serve();
+    EXPECT_TRUE(exited(0, run({"mv", url("/weekly/"), "z", "../z"})));
+    EXPECT_EQ("contents", contentOf(served("z")));
+    EXPECT_FALSE(exists(served("weekly/z")));
+}
+
 TEST_F(SessionRun, NamesWhatIsWrongByTheCommandsWords)
 {
     writeFile(local("text"), "no certificate");
