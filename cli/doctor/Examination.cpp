@@ -63,7 +63,7 @@ private:
     std::string runOnce(const std::string& what, int waits, const std::function<void(Report&)>& probe, Report& facts)
     {
         if (facts.signal != 0) {
-            return "was interrupted";
+            return kInterrupted;
         }
         if (m_question.tell) {
             m_question.tell(what);
@@ -80,7 +80,7 @@ private:
         }
         if (outcome.event == Child::Event::Signal) {
             facts.signal = m_signals.take();
-            return "was interrupted";
+            return kInterrupted;
         }
         if (!outcome.bytes) {
             return "needed more memory than it may have";

@@ -253,9 +253,10 @@ Prediction predictCommand(const Report& report, const std::string& verb)
 }
 
 // A server that does not let a conversation end keeps an operation for ever, too, or until it fails.
-Prediction unfinished(const std::string& operation, const std::string& reason)
+Prediction unfinished(const std::string& operation, const std::string& what, const std::string& failure)
 {
-    const std::string remedy = "Look at the server's log, and run doctor again.";
+    const std::string reason = what + " " + failure;
+    const std::string remedy = failure == kInterrupted ? kRunAgain : "Look at the server's log, and run doctor again.";
     return {operation, Outlook::Unknown, std::nullopt,
             reason,    remedy,           {Outlook::Unknown, std::nullopt, reason, remedy}};
 }
@@ -279,10 +280,10 @@ std::vector<Prediction> predict(const Report& report)
     for (Prediction& each : predictions) {
         each.session = predictForSession(report, each.operation);
         if (!report.unfinishedLogin.empty()) {
-            each = unfinished(each.operation, "the probe that logs in " + report.unfinishedLogin);
+            each = unfinished(each.operation, "the probe that logs in", report.unfinishedLogin);
         } else if (!report.unfinishedBare.empty() && (each.operation == "upload" || each.operation == "download")) {
             const Expectation session = each.session;
-            each = unfinished(each.operation, "the login without the library's TLS step " + report.unfinishedBare);
+            each = unfinished(each.operation, "the login without the library's TLS step", report.unfinishedBare);
             each.session = session;
         }
     }

@@ -9,6 +9,9 @@
 
 namespace doctor {
 
+/// What to do about whatever the user's own interruption left unknown.
+constexpr char kRunAgain[] = "Run doctor again.";
+
 enum class Outlook
 {
     Works,

@@ -16,6 +16,9 @@
 /// escapes their control bytes.
 namespace doctor {
 
+/// What a probe, or a step of a round trip, did that a signal ended.
+constexpr char kInterrupted[] = "was interrupted";
+
 enum class Scheme
 {
     Ftp,

@@ -46,7 +46,10 @@ void applyUnfinished(const std::string& failure, Expected& prediction)
     prediction.outlook = Outlook::Unknown;
     prediction.code.reset();
     prediction.reason = reason;
-    prediction.remedy = "Try that operation alone, with --trace, and look at the server and at any firewall before it.";
+    prediction.remedy =
+        failure == kInterrupted
+            ? kRunAgain
+            : "Try that operation alone, with --trace, and look at the server and at any firewall before it.";
 }
 
 Prediction& of(const char* operation, std::vector<Prediction>& predictions)

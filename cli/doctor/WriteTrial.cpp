@@ -31,7 +31,7 @@ int follow(Child& child, const SignalsHeld& signals, std::chrono::milliseconds l
             return 0;
         }
         if (event == Child::Event::Signal) {
-            current->failure = "was interrupted";
+            current->failure = kInterrupted;
             return signals.take();
         }
         StepNews news = {};

@@ -11,9 +11,18 @@
 namespace {
 
 constexpr std::pair<const char*, const char*> kNames[] = {
-    {"hostKeySha256", "--fingerprint"},     {"knownHostsFile", "--known-hosts"}, {"pinnedPublicKey", "--pin"},
-    {"clientCertificate", "--client-cert"}, {"clientKey", "--client-key"},       {"connectTimeout", "--connect-time"},
-    {"stallTimeout", "--stall-time"},       {"replyTimeout", "--stall-time"},    {"callTimeout", "--max-time"},
+    {"remotePath", "URL"},
+    {"localPath ", ""},
+    {"caCert", "--ca"},
+    {"hostKeySha256", "--fingerprint"},
+    {"knownHostsFile", "--known-hosts"},
+    {"pinnedPublicKey", "--pin"},
+    {"clientCertificate", "--client-cert"},
+    {"clientKey", "--client-key"},
+    {"connectTimeout", "--connect-time"},
+    {"stallTimeout", "--stall-time"},
+    {"replyTimeout", "--stall-time"},
+    {"callTimeout", "--max-time"},
 };
 
 std::string knownHostsOf(const Arguments& arguments)

@@ -10,7 +10,8 @@
 /// where it is there. Throws `UsageError` for what no session can be made of.
 SessionOptions sessionOptionsOf(const Arguments& arguments);
 
-/// `text` of a session's with the options' names in place of the fields': "--fingerprint" for "hostKeySha256".
+/// `text` of a session's with the command's words in place of the fields' names: "URL" for "remotePath",
+/// "--fingerprint" for "hostKeySha256".
 std::string withOptionNames(std::string text);
 
 #endif

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <charconv>
 #include <csignal>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -127,7 +129,9 @@ int SessionRun::perform(SFtpSession& session, Result& result, std::string& text)
     };
     const auto source = [this](char* bytes, std::size_t size) {
         m_hasStreamed = true;
-        return readFromInput(bytes, size);
+        const std::size_t count = readFromInput(bytes, size);
+        m_hasInputEnded = count == 0;
+        return count;
     };
     switch (m_arguments.operation) {
     case Operation::Test:
@@ -178,7 +182,11 @@ void SessionRun::describe(const std::string& sessionText, Result& result)
     const SessionText text(sessionText, code);
     const Reply reply = text.hasReply ? m_watch.lastWith(text.reply) : Reply();
     result.text = textOf(code, text.meaning, text.detail, reply);
-    result.text += m_mask.hiddenIn(text.whatIsLeft);
+    const std::string left = m_mask.hiddenIn(text.whatIsLeft);
+    result.text += left;
+    if (!left.empty()) {
+        m_whatIsLeft = left.substr(2);
+    }
     if (reply.code != 0) {
         // The code is no text of the server's: masked, it would say something else where a password is a number.
         result.reply = std::to_string(reply.code) + " " + m_mask.hiddenIn(reply.text);
@@ -231,6 +239,34 @@ bool SessionRun::hasBegun(const Result& result) const
     return result.bytes > 0 || m_watch.hasReplied("STOR", kOpening) || m_watch.hasReplied("STOR", kOpen);
 }
 
+// Whether the server may have been told to give an upload its name.
+bool SessionRun::mayBeInPlace(const Result& result) const
+{
+    if (!m_arguments.remote.isSsh()) {
+        return m_watch.hasSent("RNTO");
+    }
+    if (m_request.localPath == kStream) {
+        return m_hasInputEnded;
+    }
+    // No command is to be seen there, nor where a resumed upload has begun.
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(m_request.localPath, error);
+    return m_options.resume || static_cast<std::uintmax_t>(result.bytes) >= size;
+}
+
+std::string SessionRun::whatIsLeftOfUpload(const Result& result) const
+{
+    if (!m_whatIsLeft.empty()) {
+        return m_whatIsLeft;
+    }
+    if (mayBeInPlace(result)) {
+        return "whether the server has the new file is not known: it, or the old one, may be under another name beside "
+               "it";
+    }
+    return hasBegun(result) ? "the server has the file as it was, and may hold a part of the new one beside it"
+                            : "nothing was sent";
+}
+
 std::string SessionRun::whatIsLeft(const Result& result) const
 {
     switch (m_arguments.operation) {
@@ -238,8 +274,7 @@ std::string SessionRun::whatIsLeft(const Result& result) const
         return m_request.localPath == kStream ? std::to_string(result.bytes) + " bytes were written"
                                               : m_request.localPath + " is as it was";
     case Operation::Put:
-        return !hasBegun(result) ? "nothing was sent"
-                                 : "the server has the file as it was, and may hold a part of the new one beside it";
+        return whatIsLeftOfUpload(result);
     case Operation::List:
         return m_arguments.local.empty() ? "nothing is left of it" : m_request.localPath + " is as it was";
     case Operation::Move:

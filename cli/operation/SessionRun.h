@@ -36,6 +36,8 @@ private:
     std::string timeoutText(const std::string& detail, const Reply& reply) const;
     void noteSizeCheck(Result& result) const;
     bool hasBegun(const Result& result) const;
+    bool mayBeInPlace(const Result& result) const;
+    std::string whatIsLeftOfUpload(const Result& result) const;
 
     const Arguments& m_arguments;
     const SFtpRequest& m_request;
@@ -47,6 +49,8 @@ private:
     const Clock::time_point m_begin = Clock::now();
     bool m_mayPass = false; // what made the last attempt fail
     bool m_hasStreamed = false;
+    bool m_hasInputEnded = false;
+    std::string m_whatIsLeft; // by what a session said, masked
 };
 
 #endif

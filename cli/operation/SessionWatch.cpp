@@ -15,6 +15,7 @@ void SessionWatch::traced(curl_infotype type, std::string_view text)
         m_bytes += static_cast<std::int64_t>(text.size());
     } else if (type == CURLINFO_HEADER_OUT) {
         m_conversation.sent(text);
+        m_sent.emplace(text.substr(0, text.find_first_of(" \r\n")));
     } else if (type == CURLINFO_HEADER_IN && m_replies.size() < kMostReplies) {
         m_conversation.received(text);
         m_replies.push_back(m_conversation.last());

@@ -7,6 +7,8 @@
 #include "output/Trace.h"
 
 #include <cstdint>
+#include <set>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -21,7 +23,7 @@ public:
     void transferBegins() override { m_conversation = ServerReplies(); }
     void traced(curl_infotype type, std::string_view text) override;
 
-    /// Forgets what was said so far: the operation is tried anew.
+    /// Forgets what moved, and what was replied: the operation is tried anew.
     void restart();
 
     /// The bytes of files and listings that have moved.
@@ -33,12 +35,16 @@ public:
     /// Whether the server has replied to `command` with this code.
     bool hasReplied(const char* command, int code) const;
 
+    /// Whether `command` was sent, by an earlier attempt, too.
+    bool hasSent(const char* command) const { return m_sent.count(command) > 0; }
+
 private:
     Trace* m_trace;
     Progress* m_progress;
     std::int64_t m_bytes = 0;
     ServerReplies m_conversation; // of one transfer
     std::vector<Reply> m_replies; // of all
+    std::set<std::string> m_sent; // commands, without what follows them
 };
 
 #endif

@@ -54,7 +54,7 @@ constexpr Rule kRules[] = {
      "the server does not carry the command out; mv and rm need one that does, or an sftp: URL, or no --as-host",
      Ways::AsHost},
     {CURLE_QUOTE_ERROR, kAnyReply,
-     "the server refused the command: look with ls whether the file is there, and at the directory's rights"},
+     "the server refused the command: look with ls at what is there, and at the directory's rights"},
     {CURLE_WRITE_ERROR, kAnyReply, "the local file could not be written; check the disk's space"},
     {CURLE_UPLOAD_FAILED, 550,
      "the server refuses to write this file; check its name and the directory's rights there"},

@@ -24,7 +24,8 @@ void openStandardDescriptors()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         // The lowest free number is the one that was found closed.
-        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDONLY) < 0) {
+        const int mode = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", mode) < 0) {
             throwErrno("/dev/null cannot be opened");
         }
     }

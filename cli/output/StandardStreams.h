@@ -4,7 +4,8 @@
 #include "base/Descriptor.h"
 
 /// Opens what is closed of the three standard descriptors, on /dev/null: no other file then gets one of their numbers.
-/// For reading alone: what is written to a stream that was closed is to fail, not to be lost.
+/// Each the wrong way round: reading input that was closed is to fail, not to find an empty file, and what is written
+/// to output that was closed is to fail, not to be lost.
 void openStandardDescriptors();
 
 /// Points a standard stream's descriptor to /dev/null as long as this object lives: libcurl writes there what is not

@@ -20,6 +20,8 @@ namespace {
 
 constexpr char kDescription[] = "Runs one operation against a file server, over FTP with TLS or over SFTP.";
 
+constexpr char kEndOfOptions[] = "--";
+
 // A line each.
 std::string joined(const std::vector<std::string>& texts)
 {
@@ -148,14 +150,16 @@ std::string nameIn(const std::string& word)
     return escapeControlBytes(isLong ? word.substr(0, word.find('=')) : word.substr(0, 2));
 }
 
-std::string complaintAbout(const std::string& word, const CLI::App& app)
+std::string complaintAboutOption(const std::string& word, const CLI::App& app)
 {
     const std::vector<CLI::App*> forms = app.get_subcommands();
-    if (word.size() > 1 && word.front() == '-') {
-        const CLI::App& form = forms.empty() ? app : *forms.front();
-        const std::string name = nameIn(word);
-        return "There is no option " + name + suggestionFor(name, optionNames(form));
-    }
+    const std::string name = nameIn(word);
+    return "There is no option " + name + suggestionFor(name, optionNames(forms.empty() ? app : *forms.front()));
+}
+
+std::string complaintAboutWord(const std::string& word, const CLI::App& app)
+{
+    const std::vector<CLI::App*> forms = app.get_subcommands();
     const std::string shown = escapeControlBytes(word);
     return forms.empty() ? "There is no operation " + shown + suggestionFor(word, operationNames())
                          : shown + " is one word too many for " + forms.front()->get_name() + ".";
@@ -165,12 +169,15 @@ std::string complaintAbout(const std::string& word, const CLI::App& app)
 std::string complaintOf(const CLI::ParseError& error, const CLI::App& app)
 {
     const std::vector<std::string> unknown = app.remaining(true);
-    const auto option = std::find_if(unknown.begin(), unknown.end(),
+    const auto end = std::find(unknown.begin(), unknown.end(), kEndOfOptions);
+    const auto option = std::find_if(unknown.begin(), end,
                                      [](const std::string& word) { return word.size() > 1 && word.front() == '-'; });
-    if (option != unknown.end()) {
-        return complaintAbout(*option, app);
+    if (option != end) {
+        return complaintAboutOption(*option, app);
     }
-    return unknown.empty() ? std::string(error.what()) + "." : complaintAbout(unknown.front(), app);
+    const auto word =
+        std::find_if(unknown.begin(), unknown.end(), [](const std::string& each) { return each != kEndOfOptions; });
+    return word == unknown.end() ? std::string(error.what()) + "." : complaintAboutWord(*word, app);
 }
 
 std::string helpFor(const CLI::App& app)

@@ -29,10 +29,11 @@ const std::vector<Command>& commands()
          "  sftpclient ls -l ftps://backup@host/weekly/ --ca ca.pem --quiet\n"},
         {Operation::Move,
          "mv",
-         "Rename a file within a directory",
+         "Rename or move a file",
          {{"URL", &Arguments::url, "The directory", true},
           {"OLD", &Arguments::remoteName, "The file's name", true},
-          {"NEW", &Arguments::newName, "Its new name", true}},
+          {"NEW", &Arguments::newName, "Its new name, or its path from that directory, as the\nserver understands it",
+           true}},
          "  sftpclient mv sftp://backup@host/weekly/ sunday.bak monday.bak\n"
          "  sftpclient mv ftps://backup@host:2990/weekly/ sunday.bak monday.bak --ca ca.pem\n"},
         {Operation::Remove,

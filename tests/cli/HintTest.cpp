@@ -32,7 +32,7 @@ TEST(Hint, IsForTheWayThatWasTaken)
     EXPECT_EQ("the server does not know the command; mv and rm need one that knows \"rename OLD NEW\" and \"rm PATH\", "
               "or an sftp: URL, or no --as-host",
               hintFor(Way::AsHost, CURLE_QUOTE_ERROR, unknown));
-    EXPECT_EQ("the server refused the command: look with ls whether the file is there, and at the directory's rights",
+    EXPECT_EQ("the server refused the command: look with ls at what is there, and at the directory's rights",
               hintFor(Way::Session, CURLE_QUOTE_ERROR, unknown));
     EXPECT_EQ("check user and password", hintFor(Way::Session, CURLE_LOGIN_DENIED, Reply()));
     EXPECT_EQ(0U, hintFor(Way::AsHost, CURLE_LOGIN_DENIED, Reply()).find("check user and password; a server"));
@@ -65,7 +65,7 @@ TEST(Hint, FollowsFromTheReply)
     EXPECT_EQ("the transfer ended early; the server's log, or --trace, says why", hint(CURLE_PARTIAL_FILE, 226));
     EXPECT_EQ(0U, hint(CURLE_QUOTE_ERROR, 500).find("the server does not know the command; "));
     EXPECT_EQ(0U, hint(CURLE_QUOTE_ERROR, 502).find("the server does not carry the command out; "));
-    EXPECT_EQ("the server refused the command: look with ls whether the file is there, and at the directory's rights",
+    EXPECT_EQ("the server refused the command: look with ls at what is there, and at the directory's rights",
               hint(CURLE_QUOTE_ERROR, 550));
 }
 

@@ -130,6 +130,8 @@ TEST_F(SessionOptionsOf, GoByTheOptionsNamesInMessages)
 {
     EXPECT_EQ("set --fingerprint, or --known-hosts; --fingerprint is another",
               withOptionNames("set hostKeySha256, or knownHostsFile; hostKeySha256 is another"));
+    EXPECT_EQ("got cannot be written: URL, --ca",
+              withOptionNames("localPath got cannot be written: remotePath, caCert"));
 }
 
 TEST_F(SessionOptionsOf, HaveNoEffectOnAHost)

@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <regex>
 
 namespace {
 
@@ -53,6 +54,39 @@ TEST_F(SessionRun, CarriesOutEveryOperation)
     EXPECT_EQ("contents", contentOf(local("got")));
     EXPECT_EQ("contents", contentOf(local("c;d?e")));
     EXPECT_EQ(0U, servedFiles());
+}
+
+TEST_F(SessionRun, TakesNamesThatLookLikeOptionsAfterTwoDashes)
+{
+    writeFile(served("-x"), "contents");
+    serve();
+    EXPECT_TRUE(exited(0, runCommand({"mv", "--ca", ca(), url(), "--", "-x", "--quiet"}, environment(), local(""))));
+    EXPECT_TRUE(exists(served("--quiet")));
+    EXPECT_TRUE(exited(0, runCommand({"rm", "--ca", ca(), url(), "--", "--quiet"}, environment(), local(""))));
+    EXPECT_EQ(0U, servedFiles());
+}
+
+TEST_F(SessionRun, MovesAFileElsewhere)
+{
+    std::filesystem::create_directory(served("weekly"));
+    writeFile(served("weekly/z"), "contents");
+    serve();
+    EXPECT_TRUE(exited(0, run({"mv", url("/weekly/"), "z", "../z"})));
+    EXPECT_EQ("contents", contentOf(served("z")));
+    EXPECT_FALSE(exists(served("weekly/z")));
+}
+
+TEST_F(SessionRun, NamesWhatIsWrongByTheCommandsWords)
+{
+    writeFile(local("text"), "no certificate");
+    serve();
+    EXPECT_EQ("rmdir: 43 A libcurl function was given a bad argument: URL names nothing", resultOf({"rmdir", url()}));
+    EXPECT_EQ("get: 3 URL using bad/illegal format or missing URL: URL ends in \"/\" and so names a directory",
+              resultOf({"get", url("/weekly/"), "got"}));
+    EXPECT_EQ("ls: 77 Problem with the SSL CA cert (path? access rights?): --ca holds no certificate, neither as PEM "
+              "nor as DER",
+              lastLine(runCommand({"ls", url(), "--ca", "text"}, environment(), local("")).err));
+    EXPECT_EQ(0U, sessions().size());
 }
 
 TEST_F(SessionRun, SendsAFileOverOneConnectionAndGivesItItsNameLast)
@@ -188,6 +222,19 @@ TEST_F(SessionRun, Streams)
     EXPECT_EQ("get: 0 No error", lastLine(got.err));
     EXPECT_TRUE(exited(0, inShell(std::string(kPipe) + " < /dev/null", {"put", "-", url("/a/empty")})));
     EXPECT_EQ("", contentOf(served("a/empty")));
+}
+
+TEST_F(SessionRun, TakesAClosedInputForNoFile)
+{
+    writeFile(served("file"), "as it was");
+    serve();
+    const ProgramResult result = inShell(std::string(kPipe) + " <&-", {"put", "-", url("/file")});
+    EXPECT_TRUE(exited(26, result));
+    EXPECT_EQ("put: 26 Failed to open/read local data from file/application: standard input cannot be read: Bad file "
+              "descriptor",
+              lastLine(result.err));
+    EXPECT_EQ("as it was", contentOf(served("file")));
+    EXPECT_EQ(1U, servedFiles());
 }
 
 TEST_F(SessionRun, RefusesStreamsThatCannotBe)
@@ -349,6 +396,12 @@ TEST_F(SessionRun, ReportsWhatAnInterruptionLeft)
          "< 150",
          SIGINT,
          "SIGINT; the server has the file as it was, and may hold a part of the new one beside it"},
+        {"RNTO=stall",
+         {"put", "got", "/", "--trace"},
+         "> RNTO",
+         SIGINT,
+         "SIGINT; whether the server has the new file is not known: it, or the old one, may be under another name "
+         "beside it"},
         {"NLST=stall", {"ls", "/", "--trace"}, "> NLST", SIGINT, "SIGINT; nothing is left of it"},
         {"RNFR=stall",
          {"mv", "/", "old", "new", "--trace"},
@@ -372,6 +425,22 @@ TEST_F(SessionRun, ReportsWhatAnInterruptionLeft)
         EXPECT_TRUE(holds(at.form[0] + left + at.result + "\r\n", command.shown())) << command.shown();
         EXPECT_EQ("as it was", contentOf(local("got")));
     }
+}
+
+TEST_F(SessionRun, NamesTheFilesThatAnInterruptionLeft)
+{
+    writeFile(local("file"), "contents");
+    writeFile(served("file"), "as it was");
+    serve({"RNTO#1=reply:553 exists", "DELE=stall"});
+    TerminalCommand command(setupOf({"put", "file", url(), "--trace"}));
+    command.shownUpTo("> DELE");
+    command.signal(SIGINT);
+    EXPECT_EQ(-SIGINT, command.wait());
+    const std::string line =
+        "put: 42 interrupted by SIGINT; the new file may be under .file.NNNNNNNNNNNN.part, the old "
+        "one under .file.NNNNNNNNNNNN.old\r\n";
+    const std::regex digits("\\.[0-9A-F]{12}\\.");
+    EXPECT_TRUE(holds(line, std::regex_replace(command.shown(), digits, ".NNNNNNNNNNNN."))) << command.shown();
 }
 
 // An input that never comes must not hold a command for ever.

@@ -28,6 +28,8 @@ TEST(SessionWatch, RemembersEveryReply)
     EXPECT_FALSE(watch.hasReplied("DELE", 452));
     watch.restart();
     EXPECT_EQ(0, watch.lastWith(452).code);
+    EXPECT_TRUE(watch.hasSent("DELE")) << "in an earlier attempt";
+    EXPECT_FALSE(watch.hasSent("RNTO"));
 }
 
 TEST(SessionWatch, CountsWhatMoves)

@@ -39,9 +39,9 @@ TEST(OpenStandardDescriptorsDeathTest, FillsTheGaps)
             openStandardDescriptors();
             const int next = dup(STDERR_FILENO);
             char byte = 'x';
-            const bool filled = read(STDIN_FILENO, &byte, 1) == 0 && next > STDERR_FILENO;
-            // As if it were still closed: writes there must fail, not be lost silently.
-            const bool refuses = write(STDOUT_FILENO, &byte, 1) == -1;
+            const bool filled = next > STDERR_FILENO;
+            // As if they were still closed: input must not seem to be empty, nor output be lost silently.
+            const bool refuses = read(STDIN_FILENO, &byte, 1) == -1 && write(STDOUT_FILENO, &byte, 1) == -1;
             _exit(filled && refuses ? 0 : 1);
         },
         testing::ExitedWithCode(0), "^$");

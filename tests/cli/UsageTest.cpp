@@ -52,6 +52,14 @@ TEST(Usage, SuggestsTheOptionThatWasMeant)
     expectWrongUsage({"test", "ftp://host/", "--frobnicate"}, "There is no option --frobnicate.", "test ");
 }
 
+TEST(Usage, EndsTheOptionsAtTwoDashes)
+{
+    expectWrongUsage({"rm", "ftp://host/", "--", "-x", "-y"}, "-y is one word too many for rm.", "rm ");
+    expectWrongUsage({"rm", "--", "ftp://host/"}, "NAME is required.", "rm ");
+    expectWrongUsage({"rm", "--usr=me", "--", "ftp://host/", "-x"}, "There is no option --usr; did you mean --user?",
+                     "rm ");
+}
+
 TEST(Usage, RejectsAPasswordOnTheCommandLineWithoutQuotingIt)
 {
     const std::string remedy = "There is no option --password; did you mean --password-file or --password-stdin?";

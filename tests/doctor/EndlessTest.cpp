@@ -150,6 +150,8 @@ TEST_P(Interrupted, PrintsWhatIsKnown)
     const nlohmann::json report = reportOf(process);
     EXPECT_EQ(3, report["status"]);
     EXPECT_EQ("the probe that logs in was interrupted", report["operations"][0]["reason"]);
+    EXPECT_EQ("Run doctor again.", report["operations"][0]["remedy"]);
+    EXPECT_EQ("Run doctor again.", report["operations"][0]["session"]["remedy"]);
     EXPECT_EQ("", process.err());
 }
 

@@ -282,6 +282,17 @@ TEST(PredictionsAfterARoundTrip, ConfirmNoStepThatDidNotFinish)
     }
 }
 
+TEST(PredictionsAfterARoundTrip, BlameNoServerForAnInterruption)
+{
+    Report report = fine();
+    report.roundTrip.emplace().unfinished = doctor::Step::Put;
+    report.roundTrip->failure = doctor::kInterrupted;
+    const Prediction upload = predict(report).at(1);
+    EXPECT_EQ("upload", upload.operation);
+    EXPECT_EQ("tried, and it was interrupted", upload.reason);
+    EXPECT_EQ("Run doctor again.", upload.remedy);
+}
+
 TEST(PredictionsAfterARoundTrip, KeepAFailureOfAStepThatDidNotFinish)
 {
     Report report = fine();
