@@ -47,7 +47,8 @@ protected:
     {
         for (const auto& [path, content] : treeIn(root)) {
             const auto versions = m_versions.find(path);
-            EXPECT_TRUE(versions == m_versions.end() || versions->second.count(content) == 1) << path;
+            EXPECT_TRUE(versions == m_versions.end() || versions->second.count(content) == 1)
+                << path << ": " << content.size() << " bytes, " << content.substr(0, 20);
         }
     }
 
@@ -68,10 +69,10 @@ protected:
             std::this_thread::sleep_for(whole * (1 + (i * 17) % kills) / kills);
             command.signal(SIGKILL);
             killed += command.wait() == -SIGKILL ? 1 : 0;
+            sessions(); // what the server is still doing, such as a last deletion, is over
             expectWholeFiles(destination);
         }
         EXPECT_LT(kills / 4, killed) << "the others had come to their end";
-        sessions(); // what the server is still doing for the last one is over
         EXPECT_EQ(0, Process(setup).wait());
         EXPECT_TRUE(sameTrees(treeIn(source), treeIn(destination)));
         EXPECT_EQ(timesIn(source), timesIn(destination));
