@@ -64,8 +64,8 @@ enum class ChecksumKind
 /// What a server has computed from the bytes of a file.
 struct RemoteChecksum
 {
-    ChecksumKind kind = ChecksumKind::Sha256;
-    std::string digits; ///< hexadecimal, lower case: 64, or 8 of a CRC-32
+    ChecksumKind kind = ChecksumKind::Sha256; ///< how it was computed
+    std::string digits;                       ///< hexadecimal, lower case: 64, or 8 of a CRC-32
 };
 
 /// Takes `size` bytes of a download; false ends it, with 23.
