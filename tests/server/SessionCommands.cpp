@@ -5,6 +5,7 @@
 #include <boost/algorithm/string/replace.hpp>
 
 #include <charconv>
+#include <fstream>
 #include <utility>
 
 namespace testserver {
@@ -357,6 +358,7 @@ void Session::store(const std::string& argument, bool append)
         reply("553 cannot be written");
         return;
     }
+    std::ofstream(*real, std::ios::app); // as with daemons: whoever has heard the 150 can delete it
     reply("150 send the data");
     if (openData()) {
         closeData(m_data.receiveFile(*real, append, m_shared.config.strictUploadEnd), "received");

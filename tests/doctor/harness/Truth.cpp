@@ -43,12 +43,12 @@ bool mayStandFor(int code, int truth)
            (isHandshakeFailure(code) && isHandshakeFailure(truth));
 }
 
-} // namespace
-
-std::vector<int> truthOf(const Question& question, const std::string& scratch,
-                         const std::function<void(const std::string&, const std::string&)>& keep)
+/// The codes of the six operations, in the order of the predictions; `test` is the client's own.
+template <typename Client>
+std::vector<int> codesOf(Client& client, const Question& question, const std::string& scratch,
+                         const std::function<void(const std::string&, const std::string&)>& keep,
+                         const std::function<int()>& test)
 {
-    SFtpClient client;
     std::string text;
     keep("fetched.bak", "the content");
     keep("old.bak", "the content");
@@ -59,11 +59,21 @@ std::vector<int> truthOf(const Question& question, const std::string& scratch,
     SFtpRequest listing = question.request;
     listing.localPath = scratch;
     const int list = client.Listsftpdir(listing, text);
-    const int test = ISFtpClient::CreateClient()->TestSConnect(question.request, 90);
+    const int tested = test();
     // The last, because it makes a missing directory.
     writeFile(scratch, "the content");
     const int upload = client.UploadFileToSFtpServer(forFile(question, "sent.bak", scratch), text);
-    return {download, upload, rename, remove, list, test};
+    return {download, upload, rename, remove, list, tested};
+}
+
+} // namespace
+
+std::vector<int> truthOf(const Question& question, const std::string& scratch,
+                         const std::function<void(const std::string&, const std::string&)>& keep)
+{
+    SFtpClient client;
+    return codesOf(client, question, scratch, keep,
+                   [&question] { return ISFtpClient::CreateClient()->TestSConnect(question.request, 90); });
 }
 
 std::vector<int> truthOfSession(const Question& question, const std::string& scratch,
@@ -73,20 +83,7 @@ std::vector<int> truthOfSession(const Question& question, const std::string& scr
     options.hostKeySha256 = question.hostKeySha256;
     SFtpSession session(options);
     std::string text;
-    keep("fetched.bak", "the content");
-    keep("old.bak", "the content");
-    keep("gone.bak", "the content");
-    const int download = session.DownLoadSFtpFile(forFile(question, "fetched.bak", scratch), text);
-    const int rename = session.ReNameSFtpFile(forCommand(question, "old.bak", "new.bak"), text);
-    const int remove = session.DelSFtpFile(forCommand(question, "gone.bak"), text);
-    SFtpRequest listing = question.request;
-    listing.localPath = scratch;
-    const int list = session.Listsftpdir(listing, text);
-    const int test = session.TestSConnect(question.request, text);
-    // The last, because it makes a missing directory.
-    writeFile(scratch, "the content");
-    const int upload = session.UploadFileToSFtpServer(forFile(question, "sent.bak", scratch), text);
-    return {download, upload, rename, remove, list, test};
+    return codesOf(session, question, scratch, keep, [&] { return session.TestSConnect(question.request, text); });
 }
 
 std::vector<Prediction> ofSession(const std::vector<Prediction>& predictions)
