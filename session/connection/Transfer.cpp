@@ -139,8 +139,9 @@ CURLcode Transfer::tryToRun()
     // The verdict's reason is taken first, because it depends on what is awaited.
     m_reason = m_call.verdict() == CURLE_OK ? "" : m_call.reason();
     m_call.await(Call::Awaited::Nothing);
-    if (code != CURLE_OK && replies().openData()) {
-        // A broken TLS data connection invalidates the session that the server expects on the next one.
+    if (code != CURLE_OK && code != CURLE_QUOTE_ERROR && replies().openData()) {
+        // A broken TLS data connection invalidates the session that the server expects on the next one. Before a
+        // command is refused, all data has arrived.
         m_connection.giveUp();
     }
     if (isOutOfStep(code)) {

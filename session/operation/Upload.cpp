@@ -241,9 +241,12 @@ private:
     }
 
     // For servers that cannot rename over an existing file: it is renamed first, and deleted last. If it cannot be
-    // deleted, because it is a directory, say, it gets its name back.
+    // deleted, it gets its name back. A directory keeps its name: an upload that is killed must not hide it.
     void replace()
     {
+        if (isDirectory()) {
+            throw Failure(*m_failure);
+        }
         const std::string old = hiddenName(m_name, m_digits + ".old");
         if (const std::optional<Failure> failed = command(renaming(m_name, old))) {
             throw Failure(m_work.call.verdict() == CURLE_OK ? *m_failure : *failed);
@@ -262,6 +265,20 @@ private:
             m_mustStay = false;
             throw Failure(*failed);
         }
+    }
+
+    // Whether the name that the file is to have is a directory's: one can be entered or, over SSH, listed.
+    bool isDirectory() const
+    {
+        Transfer transfer(m_work.connection, m_work.access, m_work.call);
+        transfer.visit(m_target.directoryUrl());
+        if (m_target.isSsh()) {
+            // The whole of it: libcurl would end the connection with a listing that is stopped.
+            transfer.receive([](const char*, std::size_t) { return true; });
+        } else {
+            transfer.withoutData();
+        }
+        return transfer.tryToRun() == CURLE_OK;
     }
 
     // Runs commands in the target's directory, over a new connection if `fresh`; nothing on success.

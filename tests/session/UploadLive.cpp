@@ -1,6 +1,7 @@
 // What an upload promises: the old file or the new one, all of it, and nothing else.
 #include "SessionLive.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <istream>
 #include <sstream>
@@ -148,10 +149,13 @@ TEST_F(SessionUpload, AServerThatDoesNotRenameOverAFileKeepsOneOfThem)
 {
     misbehave("RNTO#1=reply:553 there is such a file");
     serve();
-    SFtpSession session;
-    EXPECT_EQ(0, upload(session)) << errorText;
+    {
+        SFtpSession session;
+        EXPECT_EQ(0, upload(session)) << errorText;
+    }
     EXPECT_EQ("content", contentOf(served("a.bak")));
     EXPECT_EQ(std::vector<std::string>{"a.bak"}, names());
+    EXPECT_EQ(1U, sessions().size()) << "the data had arrived when the server refused";
 }
 
 TEST_F(SessionUpload, TheOldFileComesBackWhereTheNewOneCannotTakeItsPlace)
@@ -170,10 +174,12 @@ TEST_F(SessionUpload, ADirectoryDoesNotGiveWay)
     std::filesystem::create_directory(served("d"));
     writeFile(served("d/kept"), "kept");
     aimAt("/d");
-    SFtpSession session;
-    EXPECT_EQ(CURLE_QUOTE_ERROR, session.UploadFileToSFtpServer(request, errorText)) << errorText;
+    EXPECT_EQ(CURLE_QUOTE_ERROR, SFtpSession().UploadFileToSFtpServer(request, errorText)) << errorText;
     EXPECT_EQ("kept", contentOf(served("d/kept")));
     EXPECT_EQ(2U, names().size()) << "a.bak and d";
+    // Not for a moment: whoever kills the upload finds it under its name.
+    const Lines transcript = sessions().at(0);
+    EXPECT_EQ(0, std::count(transcript.begin(), transcript.end(), "> RNFR d"));
 }
 
 TEST_F(SessionUpload, ALongNameHasATemporaryOneToo)

@@ -22,6 +22,12 @@ std::string withoutChance(std::string line)
     return line;
 }
 
+bool namesDirectory(const std::string& url)
+{
+    const std::string end = "/a.bak/";
+    return url.size() > end.size() && url.compare(url.size() - end.size(), end.size(), end) == 0;
+}
+
 // The header callback did not take a line, which ends a transfer.
 struct Unheard
 {
@@ -105,6 +111,9 @@ CURLcode SessionContract::serve(const scripted::Handle& handle)
     }
     say(handle, "220 ready");
     EXPECT_EQ(CURL_PREREQFUNC_OK, handle.loggedIn());
+    if (targetIsFile && namesDirectory(scripted::curl().url)) {
+        return CURLE_REMOTE_ACCESS_DENIED;
+    }
     if (!handle.isOn(CURLOPT_NOBODY)) {
         if (const CURLcode code = moveFile(handle)) {
             return code;

@@ -33,6 +33,7 @@ protected:
     std::string uploaded;                    ///< what came up last
     std::vector<std::string> features;       ///< lines of the reply to FEAT
     std::string toldChecksum;                ///< in the reply to HASH, XSHA256 and XCRC
+    bool targetIsFile = false;               ///< so that "a.bak/" cannot be entered
     std::string toldSize;                    ///< in the reply to SIZE; empty: what has been uploaded
     std::map<std::string, CURLcode> refused; ///< commands that end a transfer, with what libcurl makes of it
 

@@ -45,7 +45,9 @@ const std::string kPart = ".a.bak.XXXXXXXXXXXX.part";
 const std::string kUpload = "1 URL = ftp://server:2121/backup/" + kPart;
 const std::string kCommands = "1 POSTQUOTE = [*SIZE " + kPart + "][RNFR " + kPart + "][RNTO a.bak]";
 const std::string kOld = ".a.bak.XXXXXXXXXXXX.old";
-const Lines kAway = {"1 PREQUOTE = [*RNFR a.bak]", "1 POSTQUOTE = [RNTO " + kOld + "]"};
+// A file that is in the way is no directory, and is renamed.
+const Lines kAway = {"1 URL = ftp://server:2121/backup/a.bak/", "1 URL = ftp://server:2121/backup/",
+                     "1 PREQUOTE = [*RNFR a.bak]", "1 POSTQUOTE = [RNTO " + kOld + "]"};
 const std::string kDirectory = "1 URL = ftp://server:2121/backup/";
 const std::string kRemoval = "1 PREQUOTE = [*DELE " + kPart + "]";
 
@@ -121,9 +123,10 @@ TEST_F(SessionTransfer, AnUploadIsNotTakenForWholeWhereTheServerTellsNoSize)
 
 TEST_F(SessionTransfer, AnUploadThatIsNotRenamedIsRemoved)
 {
+    targetIsFile = true;
     refused["RNTO"] = CURLE_QUOTE_ERROR;
-    const Lines lines = Lines{"handle 1 made", kUpload, kCommands, kDirectory} + kAway +
-                        Lines{kDirectory, kRemoval, "handle 1 cleaned up"};
+    const Lines lines =
+        Lines{"handle 1 made", kUpload, kCommands} + kAway + Lines{kDirectory, kRemoval, "handle 1 cleaned up"};
     EXPECT_TRUE(sameLines(lines, wayOf("UploadFileToSFtpServer", CURLE_QUOTE_ERROR)));
     EXPECT_EQ(scripted::text(21) + " (the server's last reply: 550 not that)", errorText);
     // The removal's own failure changes nothing.
@@ -134,6 +137,7 @@ TEST_F(SessionTransfer, AnUploadThatIsNotRenamedIsRemoved)
 
 TEST_F(SessionTransfer, AnUploadReplacesAFileThatIsInTheWay)
 {
+    targetIsFile = true;
     unsigned renamings = 0;
     const auto served = scripted::curl().perform;
     scripted::curl().perform = [&](scripted::Handle& handle) {
@@ -145,13 +149,35 @@ TEST_F(SessionTransfer, AnUploadReplacesAFileThatIsInTheWay)
     };
     const Lines replaced = {kDirectory, "1 PREQUOTE = [*RNFR " + kPart + "]",
                             "1 POSTQUOTE = [RNTO a.bak][DELE " + kOld + "]", "handle 1 cleaned up"};
-    EXPECT_TRUE(sameLines(Lines{"handle 1 made", kUpload, kCommands, kDirectory} + kAway + replaced,
-                          wayOf("UploadFileToSFtpServer")));
+    EXPECT_TRUE(
+        sameLines(Lines{"handle 1 made", kUpload, kCommands} + kAway + replaced, wayOf("UploadFileToSFtpServer")));
     EXPECT_EQ("as it was", errorText);
+}
+
+TEST_F(SessionTransfer, ADirectoryThatIsInTheWayKeepsItsName)
+{
+    refused["RNTO"] = CURLE_QUOTE_ERROR;
+    const std::string entered = "1 URL = ftp://server:2121/backup/a.bak/";
+    EXPECT_TRUE(sameLines({"handle 1 made", kUpload, kCommands, entered, kDirectory, kRemoval, "handle 1 cleaned up"},
+                          wayOf("UploadFileToSFtpServer", CURLE_QUOTE_ERROR)));
+    EXPECT_EQ(scripted::text(21) + " (the server's last reply: 550 not that)", errorText);
+
+    request.remotePath = "sftp://server/backup/a.bak";
+    unsigned transfers = 0;
+    const auto served = scripted::curl().perform;
+    scripted::curl().perform = [&](scripted::Handle& handle) {
+        const CURLcode code = served(handle);
+        return ++transfers == 3 ? CURLE_QUOTE_ERROR : code;
+    };
+    const Lines lines = wayOf("UploadFileToSFtpServer", CURLE_QUOTE_ERROR);
+    EXPECT_EQ(5U, transfers)
+        << "it is sent, its size is asked for, it is not renamed, the directory listed, it is removed";
+    EXPECT_EQ(1, std::count(lines.begin(), lines.end(), "1 URL = sftp://server:22/backup/a.bak/"));
 }
 
 TEST_F(SessionTransfer, AReplacementThatIsCancelledSaysSo)
 {
+    targetIsFile = true;
     refused["RNTO"] = CURLE_QUOTE_ERROR;
     SFtpSession session(options);
     unsigned transfers = 0;
@@ -167,6 +193,7 @@ TEST_F(SessionTransfer, AReplacementThatIsCancelledSaysSo)
 
 TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
 {
+    targetIsFile = true;
     request.remotePath = "sftp://server/backup/a.bak";
     unsigned transfers = 0;
     const auto served = scripted::curl().perform;
@@ -186,6 +213,7 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
                          "1 getinfo FILETIME_T",
                          directory,
                          "1 POSTQUOTE = [rename " + part + " " + file + "]",
+                         directory + "a.bak/",
                          directory,
                          "1 POSTQUOTE = [rename " + file + " " + old + "]"};
     const Lines replaced = {directory, "1 POSTQUOTE = [rename " + part + " " + file + "][rm " + old + "]"};
@@ -197,7 +225,7 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const CURLcode code = served(handle);
         ++transfers;
-        return transfers == 3 || transfers == 5 ? CURLE_QUOTE_ERROR : code;
+        return transfers == 3 || transfers == 6 ? CURLE_QUOTE_ERROR : code;
     };
     transfers = 0;
     const Lines back = {directory, "1 POSTQUOTE = [rename " + file + " " + part + "]", directory,
@@ -211,7 +239,7 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const CURLcode code = served(handle);
         ++transfers;
-        return transfers < 3 || transfers == 4 ? code : CURLE_QUOTE_ERROR;
+        return transfers != 3 && transfers < 6 ? code : CURLE_QUOTE_ERROR;
     };
     transfers = 0;
     EXPECT_TRUE(sameLines(begin + replaced + back + end, wayOf("UploadFileToSFtpServer", CURLE_QUOTE_ERROR)));
@@ -221,7 +249,7 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const CURLcode code = served(handle);
         ++transfers;
-        return transfers == 3 ? CURLE_QUOTE_ERROR : transfers == 5 ? CURLE_RECV_ERROR : code;
+        return transfers == 3 ? CURLE_QUOTE_ERROR : transfers == 6 ? CURLE_RECV_ERROR : code;
     };
     transfers = 0;
     EXPECT_TRUE(sameLines(begin + replaced + end, wayOf("UploadFileToSFtpServer", CURLE_RECV_ERROR)));

@@ -189,7 +189,10 @@ TEST_P(Sessions, ReplaceAFileAndTellItsTime)
     aimAt("replaced/a.bak");
     writeFile(request.localPath, content);
     const auto before = std::chrono::system_clock::now() - std::chrono::seconds(2);
+    const unsigned connected = connections();
     expectOk(session.UploadFileToSFtpServer(request, errorText), "upload");
+    expectOk(session.UploadFileToSFtpServer(request, errorText), "upload again");
+    EXPECT_EQ(1U, connections() - connected) << "control connections";
     EXPECT_EQ(content, contentOf(served("replaced/a.bak")));
     EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(served("replaced")), {}));
     RemoteEntry entry;
