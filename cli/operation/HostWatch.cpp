@@ -31,14 +31,9 @@ void HostWatch::traced(curl_infotype type, std::string_view text)
     } else if (!m_saysGoodbye && type == CURLINFO_HEADER_IN) {
         m_replies.received(text);
     }
-    const bool isShown = type == CURLINFO_TEXT || type == CURLINFO_HEADER_IN || type == CURLINFO_HEADER_OUT;
-    if (m_trace == nullptr || !isShown) {
-        return;
+    if (m_trace != nullptr) {
+        m_trace->write(type, text);
     }
-    if (m_progress != nullptr) {
-        m_progress->clear();
-    }
-    m_trace->write(type, text);
 }
 
 bool HostWatch::goesOn(const TransferAmounts& amounts)

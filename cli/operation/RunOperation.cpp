@@ -52,7 +52,7 @@ Result runOnSessions(const Arguments& arguments, const SFtpRequest& request, Tra
                      const Notice& notice)
 {
     const SessionOptions options = sessionOptionsOf(arguments);
-    SessionWatch watch(trace, progress);
+    SessionWatch watch(trace);
     const ObservedSessions observed(watch);
     SessionRun run(arguments, request, options, watch, progress, notice);
     return runToItsEnd(run, emptyResult(arguments, request), {arguments.retries, arguments.retryDelay}, notice);
@@ -60,18 +60,18 @@ Result runOnSessions(const Arguments& arguments, const SFtpRequest& request, Tra
 
 Result runWatched(const Arguments& arguments, const SFtpRequest& request, const Notice& notice)
 {
-    std::optional<Trace> trace;
-    if (arguments.trace) {
-        trace.emplace(std::cerr, request.userName, request.password);
-    }
     const bool movesAFile = arguments.operation == Operation::Get || arguments.operation == Operation::Put;
     std::optional<Progress> progress;
     if (movesAFile && !arguments.quiet && isatty(STDERR_FILENO) == 1) {
         progress.emplace(std::cerr);
     }
+    Progress* const shown = progress ? &*progress : nullptr;
+    std::optional<Trace> trace;
+    if (arguments.trace) {
+        trace.emplace(std::cerr, request.userName, request.password, shown);
+    }
     const CurlProcess curl;
-    return (arguments.asHost ? runAsHost : runOnSessions)(arguments, request, trace ? &*trace : nullptr,
-                                                          progress ? &*progress : nullptr, notice);
+    return (arguments.asHost ? runAsHost : runOnSessions)(arguments, request, trace ? &*trace : nullptr, shown, notice);
 }
 
 } // namespace

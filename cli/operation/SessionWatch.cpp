@@ -20,14 +20,9 @@ void SessionWatch::traced(curl_infotype type, std::string_view text)
         m_conversation.received(text);
         m_replies.push_back(m_conversation.last());
     }
-    const bool isShown = type == CURLINFO_TEXT || type == CURLINFO_HEADER_IN || type == CURLINFO_HEADER_OUT;
-    if (m_trace == nullptr || !isShown) {
-        return;
+    if (m_trace != nullptr) {
+        m_trace->write(type, text);
     }
-    if (m_progress != nullptr) {
-        m_progress->clear();
-    }
-    m_trace->write(type, text);
 }
 
 void SessionWatch::restart()

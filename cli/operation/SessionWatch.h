@@ -3,7 +3,6 @@
 
 #include "base/ServerReplies.h"
 #include "operation/TransferSeam.h"
-#include "output/Progress.h"
 #include "output/Trace.h"
 
 #include <cstdint>
@@ -17,8 +16,8 @@
 class SessionWatch : public TranscriptObserver
 {
 public:
-    /// What to write to, each null where it is not wanted. Both stay the caller's.
-    SessionWatch(Trace* trace, Progress* progress) : m_trace(trace), m_progress(progress) {}
+    /// `trace`: what to write to, the caller's; null where it is not wanted.
+    explicit SessionWatch(Trace* trace) : m_trace(trace) {}
 
     void transferBegins() override { m_conversation = ServerReplies(); }
     void traced(curl_infotype type, std::string_view text) override;
@@ -40,7 +39,6 @@ public:
 
 private:
     Trace* m_trace;
-    Progress* m_progress;
     std::int64_t m_bytes = 0;
     ServerReplies m_conversation; // of one transfer
     std::vector<Reply> m_replies; // of all

@@ -20,6 +20,12 @@ char signOf(curl_infotype type)
 
 void Trace::write(curl_infotype type, std::string_view text)
 {
+    if (type != CURLINFO_TEXT && type != CURLINFO_HEADER_IN && type != CURLINFO_HEADER_OUT) {
+        return;
+    }
+    if (m_progress != nullptr) {
+        m_progress->clear();
+    }
     while (!text.empty()) {
         const std::size_t end = text.find('\n');
         std::string line(text.substr(0, end));

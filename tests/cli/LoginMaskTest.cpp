@@ -102,5 +102,9 @@ TEST(Trace, WritesOneLineForEachCommandAndReply)
     trace.write(CURLINFO_HEADER_OUT, "PASS secret\r\n");
     trace.write(CURLINFO_HEADER_IN, "230-one\r\n230 \x1b[2J\r\n");
     trace.write(CURLINFO_TEXT, "no end");
+    for (const curl_infotype type :
+         {CURLINFO_DATA_IN, CURLINFO_DATA_OUT, CURLINFO_SSL_DATA_IN, CURLINFO_SSL_DATA_OUT}) {
+        trace.write(type, "bytes of a file, or encrypted");
+    }
     EXPECT_EQ("> PASS ****\n< 230-one\n< 230 \\x1b[2J\n* no end\n", out.str());
 }

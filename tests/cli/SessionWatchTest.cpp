@@ -12,7 +12,7 @@
 
 TEST(SessionWatch, RemembersEveryReply)
 {
-    SessionWatch watch(nullptr, nullptr);
+    SessionWatch watch(nullptr);
     watch.transferBegins();
     watch.traced(CURLINFO_HEADER_IN, "220 ready\r\n");
     watch.traced(CURLINFO_HEADER_OUT, "STOR x\r\n");
@@ -34,7 +34,7 @@ TEST(SessionWatch, RemembersEveryReply)
 
 TEST(SessionWatch, CountsWhatMoves)
 {
-    SessionWatch watch(nullptr, nullptr);
+    SessionWatch watch(nullptr);
     watch.traced(CURLINFO_DATA_IN, "12345");
     watch.traced(CURLINFO_DATA_OUT, "678");
     watch.traced(CURLINFO_SSL_DATA_IN, "90");
@@ -45,7 +45,7 @@ TEST(SessionWatch, CountsWhatMoves)
 
 TEST(SessionWatch, ForgetsWhatAnEndlessServerSays)
 {
-    SessionWatch watch(nullptr, nullptr);
+    SessionWatch watch(nullptr);
     for (int i = 0; i < 5000; ++i) {
         watch.traced(CURLINFO_HEADER_IN, std::to_string(200 + i % 100) + " " + std::to_string(i) + "\r\n");
     }

@@ -19,7 +19,7 @@ protected:
     {
         SFtpRequest request;
         request.localPath = m_folder.write("file", "contents");
-        SessionWatch watch(nullptr, nullptr);
+        SessionWatch watch(nullptr);
         const SessionRun run(m_arguments, request, m_options, watch, nullptr, [](const std::string&) {});
         Result result;
         result.bytes = bytes;

@@ -4,13 +4,13 @@
 #include "NotifySocket.h"
 #include "support/Process.h"
 #include "support/ServerFixture.h"
+#include "support/TreeFiles.h"
 
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <future>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <regex>
@@ -85,17 +85,7 @@ protected:
     /// The journal's lines.
     Lines journal() const { return linesOf(contentOf(folder.file("journal"))); }
 
-    /// The files on the server below photos/, with their contents.
-    std::map<std::string, std::string> arrived() const
-    {
-        std::map<std::string, std::string> files;
-        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(served("photos"))) {
-            if (entry.is_regular_file()) {
-                files[fs::relative(entry.path(), served("photos"))] = contentOf(entry.path());
-            }
-        }
-        return files;
-    }
+    Tree arrived() const { return treeIn(served("photos")); }
 
     std::string m_socketPath = folder.file("notify");
     NotifySocket m_manager{m_socketPath};
@@ -123,10 +113,10 @@ TEST_F(BackupAgent, SendsWhatHasChangedAndTellsHowItIs)
     Process agent(setup());
     EXPECT_EQ("READY=1\nSTATUS=Started", m_manager.next());
     EXPECT_EQ("STATUS=Round 1: 2 sent, 0 failed, 0 unchanged", m_manager.next());
-    EXPECT_EQ((std::map<std::string, std::string>{{"a.bak", "one"}, {"the sea/b & c.bak", "two"}}), arrived());
+    EXPECT_TRUE(sameTrees({{"a.bak", "one"}, {"the sea/", ""}, {"the sea/b & c.bak", "two"}}, arrived()));
     add("a.bak", "longer");
     waitForRound("1 sent, 0 failed, 1 unchanged");
-    EXPECT_EQ((std::map<std::string, std::string>{{"a.bak", "longer"}, {"the sea/b & c.bak", "two"}}), arrived());
+    EXPECT_TRUE(sameTrees({{"a.bak", "longer"}, {"the sea/", ""}, {"the sea/b & c.bak", "two"}}, arrived()));
     agent.signal(SIGTERM);
     EXPECT_EQ(0, agent.wait());
     EXPECT_EQ("<6>round 1: 2 sent, 0 failed, 0 unchanged", journal().at(0));
@@ -150,9 +140,9 @@ TEST_F(BackupAgent, SigtermCancelsAndLeavesNothingBehind)
     agent.signal(SIGTERM);
     EXPECT_EQ("STOPPING=1\nSTATUS=Cancelling what runs", m_manager.next());
     EXPECT_EQ(0, agent.wait());
-    EXPECT_EQ((std::map<std::string, std::string>{{"deep/.other.bak.0123456789ab.part", "another's"},
-                                                  {"deep/large.bak", "the backup before"}}),
-              arrived());
+    EXPECT_TRUE(sameTrees(
+        {{"deep/", ""}, {"deep/.other.bak.0123456789ab.part", "another's"}, {"deep/large.bak", "the backup before"}},
+        arrived()));
     EXPECT_EQ(Lines(), journal());
     EXPECT_EQ(2, std::distance(fs::directory_iterator(folder.file("photos")), fs::directory_iterator()));
     EXPECT_EQ(1, std::distance(fs::directory_iterator(folder.file("photos/deep")), fs::directory_iterator()));

@@ -2,10 +2,10 @@
 #include "NewFiles.h"
 #include "support/Process.h"
 #include "support/ServerFixture.h"
+#include "support/TreeFiles.h"
 
 #include <csignal>
 #include <filesystem>
-#include <map>
 
 namespace {
 
@@ -29,7 +29,6 @@ protected:
         const fs::path path = folder.file("photos/" + name);
         fs::create_directories(path.parent_path());
         writeFile(path, content);
-        m_files[name] = content;
     }
 
     /// More than fits between the client and a server that does not read.
@@ -70,19 +69,7 @@ protected:
         return shown.substr(shown.rfind('\r') + 1);
     }
 
-    /// The files on the server below photos/, with their contents.
-    std::map<std::string, std::string> arrived() const
-    {
-        std::map<std::string, std::string> files;
-        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(served("photos"))) {
-            if (entry.is_regular_file()) {
-                files[fs::relative(entry.path(), served("photos"))] = contentOf(entry.path());
-            }
-        }
-        return files;
-    }
-
-    std::map<std::string, std::string> m_files;
+    Tree arrived() const { return treeIn(served("photos")); }
 };
 
 } // namespace
@@ -101,7 +88,7 @@ TEST_F(BackupHost, SendsAllFilesOverOneConnectionPerThread)
     EXPECT_EQ(0, backUp()) << contentOf(folder.file("err"));
     EXPECT_EQ("20010 of 20010 bytes\n", lastShown());
     EXPECT_EQ("", contentOf(folder.file("out")));
-    EXPECT_EQ(m_files, arrived());
+    EXPECT_TRUE(sameTrees(treeIn(folder.file("photos")), arrived()));
     EXPECT_EQ(kThreads, static_cast<int>(sessions().size()));
 }
 
@@ -116,7 +103,8 @@ TEST_F(BackupHost, ReportsAFailedFileAndSendsTheOthers)
     const std::string said = contentOf(folder.file("err"));
     const std::string complaint = "\nbackup-host: " + folder.file("photos/b.bak") + ": 21 Quote command returned error";
     EXPECT_NE(std::string::npos, said.find(complaint)) << said;
-    EXPECT_EQ((std::map<std::string, std::string>{{"a.bak", "one"}, {"c.bak", "three"}}), arrived());
+    EXPECT_TRUE(
+        sameTrees({{"a.bak", "one"}, {"b.bak/", ""}, {"b.bak/in the way/", ""}, {"c.bak", "three"}}, arrived()));
 }
 
 TEST_F(BackupHost, CtrlCEndsItAndLeavesNoTemporaryFile)
@@ -131,7 +119,7 @@ TEST_F(BackupHost, CtrlCEndsItAndLeavesNoTemporaryFile)
     }
     serve();
     backUpUntilCtrlC();
-    EXPECT_EQ((std::map<std::string, std::string>{{".other.bak.0123456789ab.part", "another's"}}), arrived());
+    EXPECT_TRUE(sameTrees({{".other.bak.0123456789ab.part", "another's"}}, arrived()));
     const std::string ending = "\nbackup-host: interrupted\n";
     const std::string said = contentOf(folder.file("err"));
     ASSERT_LT(ending.size(), said.size());

@@ -1,5 +1,5 @@
 // Local paths: none leads through a link, also one that came after the tree was listed.
-#include "harness/TreeFiles.h"
+#include "support/TreeFiles.h"
 
 #include "support/OtherUser.h"
 #include "support/TemporaryFolder.h"

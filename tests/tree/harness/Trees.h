@@ -2,7 +2,7 @@
 #define TREE_HARNESS_TREES_H
 
 #include "harness/Served.h"
-#include "harness/TreeFiles.h"
+#include "support/TreeFiles.h"
 
 #include <string>
 #include <vector>

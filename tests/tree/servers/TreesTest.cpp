@@ -1,7 +1,7 @@
 // Whole trees to and from Debian's file servers.
 #include "RealServer.h"
 
-#include "harness/TreeFiles.h"
+#include "support/TreeFiles.h"
 
 #include "support/Process.h"
 

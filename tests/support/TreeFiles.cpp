@@ -1,7 +1,6 @@
-#include "harness/TreeFiles.h"
+#include "support/TreeFiles.h"
 
 #include "support/Lines.h"
-
 #include "support/TemporaryFolder.h"
 
 #include <fcntl.h>

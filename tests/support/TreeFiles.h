@@ -1,5 +1,5 @@
-#ifndef TREE_HARNESS_TREEFILES_H
-#define TREE_HARNESS_TREEFILES_H
+#ifndef SUPPORT_TREEFILES_H
+#define SUPPORT_TREEFILES_H
 
 #include <gtest/gtest.h>
 
