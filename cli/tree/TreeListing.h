@@ -3,7 +3,9 @@
 
 #include <SFtpSession.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -69,6 +71,12 @@ inline std::pair<std::string, std::string> splitPath(const std::string& path)
     const std::string::size_type slash = path.rfind('/');
     return slash == std::string::npos ? std::pair(std::string(), path)
                                       : std::pair(path.substr(0, slash), path.substr(slash + 1));
+}
+
+/// How many names it has: 0 of the tree itself.
+inline std::size_t depthOf(const std::string& path)
+{
+    return path.empty() ? 0 : 1 + static_cast<std::size_t>(std::count(path.begin(), path.end(), '/'));
 }
 
 #endif
