@@ -38,8 +38,11 @@ EFFORT = SimpleNamespace(
 
 
 class Suites(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.servers = cls.enterClassContext(daemons.both(BUILD))
+
     def setUp(self):
-        self.servers = self.enterContext(daemons.both(BUILD))
         self.recorder = measuring.Recorder(self.servers[0].build, lambda text: None)
         self.goals = Goals()
 
