@@ -162,7 +162,9 @@ TransferEnd DataChannel::finishSending()
 
 void DataChannel::endTls()
 {
-    if (!m_config.endsUnannounced && !does(m_fault, Misbehaviour::NoCloseNotify)) {
+    if (m_config.endsUnannounced || does(m_fault, Misbehaviour::NoCloseNotify)) {
+        m_connection->endTlsUnannounced();
+    } else {
         m_connection->endTls();
     }
 }

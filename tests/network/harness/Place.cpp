@@ -66,6 +66,13 @@ std::vector<Lines> Place::transcripts()
     return m_server->transcripts();
 }
 
+std::int64_t Place::bytesLeft() const
+{
+    std::error_code failed;
+    const std::uintmax_t bytes = std::filesystem::file_size(local("file"), failed);
+    return failed ? -1 : static_cast<std::int64_t>(bytes);
+}
+
 void Place::prepare(Operation operation)
 {
     for (const std::string& each : {served("d/new.bak"), served("d/up.bak"), local("file")}) {
@@ -129,9 +136,9 @@ bool Place::isDone(Operation operation) const
     case Operation::Upload:
         return contentOf(served("d/up.bak")) == m_content;
     case Operation::List:
-        return fetched() == "a.bak\n";
+        return contentOf(local("file")) == "a.bak\n";
     case Operation::Download:
-        return fetched() == m_content;
+        return contentOf(local("file")) == m_content;
     case Operation::Rename:
         return contentOf(served("d/new.bak")) == m_content && !std::filesystem::exists(served("d/a.bak"));
     default:

@@ -73,8 +73,8 @@ public:
     /// What each session of the server has seen; ends the client's.
     std::vector<Lines> transcripts();
 
-    /// What the last download or listing has left.
-    std::string fetched() const { return contentOf(local("file")); }
+    /// The bytes that the last download or listing has left; -1 if there is no file.
+    std::int64_t bytesLeft() const;
 
     SessionOptions options; ///< for a session that is yet to begin
     SFtpRequest request;
