@@ -316,10 +316,15 @@ void Transfer::judgeSize()
 // The file may have been cut off. As after any data connection that broke, the server may want another TLS session.
 void Transfer::judgeEnd()
 {
+    if (!m_requiresEnd || !m_connection.dataEnd.isUnannounced()) {
+        return;
+    }
     const std::vector<std::string>& lines = replies().lines();
     const auto hasSize = [](const std::string& line) { return sizeInReply(line) >= 0; };
-    if (!m_requiresEnd || !m_connection.dataEnd.isUnannounced() || std::any_of(lines.begin(), lines.end(), hasSize)) {
-        return;
+    curl_off_t size = -1;
+    curl_easy_getinfo(m_handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
+    if (size > 0 || std::any_of(lines.begin(), lines.end(), hasSize)) {
+        return; // libcurl has compared
     }
     m_foundCode = CURLE_RECV_ERROR;
     m_found = "the server has neither reported the file's size nor announced its end with close_notify";
