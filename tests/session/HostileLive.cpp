@@ -208,17 +208,22 @@ TEST_F(SessionHostile, AFileOfUnknownSizeIsCompleteOnlyIfItsEndIsAnnounced)
     EXPECT_EQ(3U, sessions().size()) << "after a failure, the TLS session is no longer valid";
 }
 
+// On no connection, or not on that for the data.
 TEST_F(SessionHostile, WithoutTlsNoEndIsAnnounced)
 {
     writeFile(served("a.bak"), "0123456789");
-    config.tls = testserver::TlsMode::Plain;
     config.tlsRequiredAtLogin = config.tlsReuseRequired = false;
     misbehave("SIZE=reply:500 unknown");
-    serve();
-    aimAt("/a.bak");
+    misbehave("PROT=reply:536 no");
     SessionOptions options;
     options.requireTls = false;
-    SFtpSession session(options);
-    EXPECT_EQ(CURLE_OK, session.DownLoadSFtpFile(request, errorText)) << errorText;
-    EXPECT_EQ("0123456789", contentOf(request.localPath));
+    for (const testserver::TlsMode mode : {testserver::TlsMode::Plain, testserver::TlsMode::Explicit}) {
+        config.tls = mode;
+        serve();
+        aimAt("/a.bak");
+        EXPECT_EQ(CURLE_OK, SFtpSession(options).DownLoadSFtpFile(request, errorText)) << errorText;
+        EXPECT_EQ("0123456789", contentOf(request.localPath));
+        EXPECT_TRUE(hasLine("= no TLS on data", sessions().at(0)));
+        unlink(request.localPath.c_str());
+    }
 }
