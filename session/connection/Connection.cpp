@@ -73,6 +73,7 @@ CURL* Connection::renew()
     curl_easy_reset(handle);
     m_replies = {};
     m_detail = {};
+    dataEnd = {};
     set(handle, CURLOPT_OPENSOCKETFUNCTION, openSocket);
     set(handle, CURLOPT_OPENSOCKETDATA, this);
     set(handle, CURLOPT_CLOSESOCKETFUNCTION, closeSocket);

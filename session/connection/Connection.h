@@ -3,6 +3,7 @@
 
 #include "call/Call.h"
 #include "call/StopSwitch.h"
+#include "connection/DataEnd.h"
 #include "connection/Replies.h"
 
 #include <curl/curl.h>
@@ -66,6 +67,8 @@ public:
     std::optional<Features> features;
     /// The server refused TLS 1.2 and supports only 1.3.
     bool newestTls = false;
+    /// Of the last transfer. Here, because it must outlive libcurl's connections.
+    DataEnd dataEnd;
     std::chrono::steady_clock::time_point lastUsed = std::chrono::steady_clock::now();
 
 private:

@@ -98,6 +98,16 @@ void Transfer::sendFirst(const std::string& command)
 
 void Transfer::receive(const DataSink& sink) { m_sink = sink; }
 
+void Transfer::requireEnd()
+{
+    if (m_access.target().isSsh()) {
+        return;
+    }
+    m_requiresEnd = true;
+    set(m_handle, CURLOPT_SSL_CTX_FUNCTION, secure);
+    set(m_handle, CURLOPT_SSL_CTX_DATA, this);
+}
+
 void Transfer::send(const DataSource& source, std::int64_t size)
 {
     m_source = source;
@@ -143,6 +153,9 @@ CURLcode Transfer::tryToRun()
         // A broken TLS data connection invalidates the session that the server expects on the next one. Before a
         // command is refused, all data has arrived.
         m_connection.giveUp();
+    }
+    if (code == CURLE_OK) {
+        judgeEnd();
     }
     if (isOutOfStep(code)) {
         m_connection.cut();
@@ -299,6 +312,34 @@ void Transfer::judgeSize()
     }
     m_foundCode = CURLE_PARTIAL_FILE;
     m_found = there < 0 ? "the server does not report the size of what was sent" : sizesDiffer(there, m_sent);
+}
+
+// The file may have been cut off. As after any data connection that broke, the server may want another TLS session.
+void Transfer::judgeEnd()
+{
+    if (!m_requiresEnd || !m_connection.dataEnd.isUnannounced()) {
+        return;
+    }
+    const std::vector<std::string>& lines = replies().lines();
+    const auto hasSize = [](const std::string& line) { return sizeInReply(line) >= 0; };
+    curl_off_t size = -1;
+    curl_easy_getinfo(m_handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
+    if (size > 0 || std::any_of(lines.begin(), lines.end(), hasSize)) {
+        return; // libcurl has compared
+    }
+    m_foundCode = CURLE_RECV_ERROR;
+    m_found = "the server has neither reported the file's size nor announced its end with close_notify";
+    m_connection.giveUp();
+}
+
+// CURLOPT_SSL_CTX_FUNCTION. After the login, the only TLS connection to be made is the one for the data.
+CURLcode Transfer::secure(CURL* /*handle*/, void* context, void* self) noexcept
+{
+    auto& transfer = *static_cast<Transfer*>(self);
+    if (transfer.m_isReached) {
+        transfer.m_connection.dataEnd.watch(static_cast<SSL_CTX*>(context));
+    }
+    return CURLE_OK;
 }
 
 int Transfer::seek(void* file, curl_off_t offset, int origin) noexcept

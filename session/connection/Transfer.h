@@ -39,6 +39,8 @@ public:
     void after(const std::vector<std::string>& commands);
     /// Where received bytes go.
     void receive(const DataSink& sink);
+    /// Data over TLS whose size the server has not reported must end with its close_notify.
+    void requireEnd();
     /// Where bytes to send come from; `size` is -1 if unknown.
     void send(const DataSource& source, std::int64_t size);
     /// The same for a regular file, from `offset` on, appended to what the server has.
@@ -72,6 +74,7 @@ private:
     static size_t hear(char* bytes, size_t one, size_t count, void* self) noexcept;
     static int progress(void* self, curl_off_t toReceive, curl_off_t received, curl_off_t toSend,
                         curl_off_t sent) noexcept;
+    static CURLcode secure(CURL* handle, void* context, void* self) noexcept;
     static int seek(void* file, curl_off_t offset, int origin) noexcept;
     static int begin(void* self, char* theirs, char* ours, int theirPort, int ourPort) noexcept;
     size_t take(const char* bytes, size_t count);
@@ -80,6 +83,7 @@ private:
     void sendFirst(const std::string& command);
     void judgeReply();
     void judgeSize();
+    void judgeEnd();
     void watch(std::int64_t moved, std::int64_t all);
 
     Connection& m_connection;
@@ -96,6 +100,7 @@ private:
     std::int64_t m_moved = 0; // by libcurl's count
     bool m_hasAsked = false;
     bool m_comparesSize = false;
+    bool m_requiresEnd = false;
     bool m_hasData = true;
     bool m_isReached = false;     // logged in
     bool m_isStored = false;      // the server has confirmed the data

@@ -131,6 +131,7 @@ void download(const Work& work, const DataSink& sink, std::int64_t limit)
     work.access.target().requireFile();
     work.call.beginTransfer(-1);
     transfer.visit(work.access.target().url());
+    transfer.requireEnd();
     // libcurl checks the size that the server reports; if it reports none, the bytes are counted below.
     set(transfer.handle(), CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(limit - 1));
     transfer.receive([&](const char* bytes, std::size_t count) {

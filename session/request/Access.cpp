@@ -44,7 +44,7 @@ Access::Access(const SFtpRequest& request, const SessionOptions& options, Certif
         m_trustsAnybody = request.caCert == "none" && allowsNone();
         m_ca = m_trustsAnybody ? std::string() : certificates.trusted(request.caCert);
     }
-    m_identity.server = nameOf(m_target.scheme()) + "://" + m_target.host() + ":" + std::to_string(m_target.port());
+    m_identity.server = m_target.server();
     // Options are per session, so they are the same for all of its connections.
     Digest digest;
     digest.add(m_identity.server);

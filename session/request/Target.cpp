@@ -128,11 +128,6 @@ std::string hostOf(const Url& url)
     return zone.empty() ? host : host.substr(0, host.size() - 1) + "%25" + zone + "]";
 }
 
-std::string withoutBrackets(const std::string& host)
-{
-    return !host.empty() && host.front() == '[' ? host.substr(1, host.size() - 2) : host;
-}
-
 void requireNoControlByte(const char* field, const std::string& text)
 {
     if (holdsControlByte(text)) {
@@ -148,10 +143,8 @@ Target::Target(const SFtpRequest& request)
     const Url url = parsed(request.remotePath);
     m_scheme = schemeOf(partOf(url, CURLUPART_SCHEME));
     requireHost(request.remotePath);
-    const std::string host = hostOf(url);
-    m_host = withoutBrackets(partOf(url, CURLUPART_HOST));
-    m_port = portOf(request, url, m_scheme);
-    m_server = partOf(url, CURLUPART_SCHEME) + "://" + host + ":" + std::to_string(m_port);
+    m_server =
+        partOf(url, CURLUPART_SCHEME) + "://" + hostOf(url) + ":" + std::to_string(portOf(request, url, m_scheme));
     m_path = wholePath(url);
     requireNoControlByte("remotePath", percentDecoded(m_path));
 }

@@ -27,8 +27,8 @@ public:
 
     Scheme scheme() const { return m_scheme; }
     bool isSsh() const { return m_scheme == Scheme::Sftp; }
-    const std::string& host() const { return m_host; } ///< an IPv6 address without its brackets
-    std::uint16_t port() const { return m_port; }
+    /// Scheme, host and port, as in the URL, with the zone of an IPv6 address.
+    const std::string& server() const { return m_server; }
 
     /// The whole URL.
     std::string url() const { return m_server + m_path; }
@@ -59,8 +59,6 @@ private:
     std::string pathOf(const std::string& directory, const std::string& name) const;
 
     Scheme m_scheme = Scheme::Ftp;
-    std::string m_host;
-    std::uint16_t m_port = 0;
     std::string m_server; // "ftp://host:port"
     std::string m_path;   // begins with "/", or with "/%2F" for FTP's root, which is not the login's directory
 };

@@ -64,6 +64,8 @@ const std::map<std::string, std::set<int>>& ownCodes()
         {"SizeCheck/GreetingClosed", {CURLE_RECV_ERROR}},
         {"SizeCheck/LoginRefused", {CURLE_LOGIN_DENIED}},
         {"SizeCheck/DirectoryRefused", {CURLE_REMOTE_FILE_NOT_FOUND}},
+        // Without a size, the server must announce the end.
+        {"DownloadData/DroppedWithSizeUnknown", {CURLE_RECV_ERROR}},
         // No operation lists for the sake of its commands, so that no data connection can spoil these.
         {"ListingData/CertificateOfAnotherCa", {CURLE_OK}},
         {"Pasv/ClosedPortsForADelete", {CURLE_OK}},

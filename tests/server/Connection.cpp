@@ -116,6 +116,14 @@ void Connection::endTls()
     }
 }
 
+void Connection::endTlsUnannounced()
+{
+    if (m_tls != nullptr) {
+        SSL_set_quiet_shutdown(m_tls.get(), 1);
+        SSL_shutdown(m_tls.get());
+    }
+}
+
 void Connection::close()
 {
     // TLS that outlived its socket could write to whichever connection gets the same descriptor next.

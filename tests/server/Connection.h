@@ -51,6 +51,8 @@ public:
 
     /// Announces the end to the client (close_notify) and waits for its answer.
     void endTls();
+    /// The same without the announcement: the TLS session stays valid nevertheless.
+    void endTlsUnannounced();
     void close();
     /// Closes after the client: what it still sends is read and dropped, or it would turn the close into a reset.
     void closeAfterClient();

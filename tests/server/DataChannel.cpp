@@ -24,8 +24,8 @@ bool does(const Fault* fault, Misbehaviour misbehaviour)
 
 } // namespace
 
-DataChannel::DataChannel(boost::asio::io_context& context, OpenSockets& sockets, std::chrono::milliseconds stallLimit)
-    : m_context(context), m_sockets(sockets), m_stallLimit(stallLimit), m_acceptor(context)
+DataChannel::DataChannel(boost::asio::io_context& context, OpenSockets& sockets, const ServerConfig& config)
+    : m_context(context), m_sockets(sockets), m_config(config), m_acceptor(context)
 {
 }
 
@@ -34,7 +34,7 @@ DataChannel::~DataChannel() { close(); }
 std::uint16_t DataChannel::listen(const Fault* fault)
 {
     close();
-    const boost::asio::ip::tcp::endpoint anywhere(boost::asio::ip::address_v4::loopback(), 0);
+    const boost::asio::ip::tcp::endpoint anywhere(boost::asio::ip::make_address(m_config.address), 0);
     m_acceptor = boost::asio::ip::tcp::acceptor(m_context, anywhere);
     const std::uint16_t port = m_acceptor.local_endpoint().port();
     m_sockets.add(m_acceptor.native_handle());
@@ -56,12 +56,13 @@ bool DataChannel::waitForClient()
     return (watched[0].revents & POLLIN) != 0;
 }
 
-// Waits without reading until the client leaves, or for as long as the limit allows. What it has sent can hide that it
-// closed the data connection, so the control connection counts too.
+// Waits without reading until the client leaves, or for as long as the limit allows, if there is one. What it has sent
+// can hide that it closed the data connection, so the control connection counts too.
 void DataChannel::stall()
 {
     std::array<pollfd, 2> watched = {{{m_connection->socket(), POLLRDHUP, 0}, {m_control, POLLRDHUP, 0}}};
-    const int limit = m_stallLimit.count() == 0 ? -1 : static_cast<int>(m_stallLimit.count());
+    const std::chrono::milliseconds longest = m_config.stallLimit;
+    const int limit = longest.count() == 0 ? -1 : static_cast<int>(longest.count());
     while (::poll(watched.data(), watched.size(), limit) < 0 && errno == EINTR) {
     }
 }
@@ -117,7 +118,7 @@ TransferEnd DataChannel::atLimit()
 {
     switch (m_fault->misbehaviour) {
     case Misbehaviour::ClaimAfter:
-        m_connection->endTls();
+        endTls();
         m_connection->close();
         return TransferEnd::Complete;
     case Misbehaviour::ResetAfter:
@@ -154,11 +155,18 @@ TransferEnd DataChannel::write(const char* bytes, std::size_t count)
 
 TransferEnd DataChannel::finishSending()
 {
-    if (!does(m_fault, Misbehaviour::NoCloseNotify)) {
-        m_connection->endTls();
-    }
+    endTls();
     m_connection->close();
     return TransferEnd::Complete;
+}
+
+void DataChannel::endTls()
+{
+    if (m_config.endsUnannounced || does(m_fault, Misbehaviour::NoCloseNotify)) {
+        m_connection->endTlsUnannounced();
+    } else {
+        m_connection->endTls();
+    }
 }
 
 TransferEnd DataChannel::send(const std::string& bytes)

@@ -3,6 +3,7 @@
 
 #include "Connection.h"
 #include "Faults.h"
+#include "FtpServer.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
@@ -32,8 +33,8 @@ enum class TransferEnd
 class DataChannel
 {
 public:
-    /// A stall ends after the limit, or with 0 when the client leaves.
-    DataChannel(boost::asio::io_context& context, OpenSockets& sockets, std::chrono::milliseconds stallLimit);
+    /// REQUIRES: all three outlive this object.
+    DataChannel(boost::asio::io_context& context, OpenSockets& sockets, const ServerConfig& config);
     ~DataChannel();
 
     /// Listens on a free port and gives it; with `Refuse` nobody listens there.
@@ -65,10 +66,11 @@ private:
     TransferEnd atLimit();
     TransferEnd write(const char* bytes, std::size_t count);
     TransferEnd finishSending();
+    void endTls();
 
     boost::asio::io_context& m_context;
     OpenSockets& m_sockets;
-    std::chrono::milliseconds m_stallLimit;
+    const ServerConfig& m_config;
     boost::asio::ip::tcp::acceptor m_acceptor;
     std::unique_ptr<Connection> m_connection;
     const Fault* m_fault = nullptr;

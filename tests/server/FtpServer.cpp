@@ -37,7 +37,7 @@ class FtpServer::Implementation
 public:
     explicit Implementation(const ServerConfig& config)
         : m_config(config), m_storage(m_config.root), m_tls(m_config),
-          m_acceptor(m_context, {asio::ip::address_v4::loopback(), m_config.port})
+          m_acceptor(m_context, {asio::ip::make_address(m_config.address), m_config.port})
     {
         m_acceptor.listen(asio::socket_base::max_listen_connections);
         m_port = m_acceptor.local_endpoint().port();

@@ -41,8 +41,16 @@ struct ServerConfig
     int minTlsVersion = 0;    ///< an OpenSSL version number; 0: OpenSSL's own choice
     int maxTlsVersion = 0;
     std::chrono::milliseconds stallLimit{0}; ///< after which a stall ends like a drop; 0: when the client leaves
+    std::string address = "127.0.0.1";       ///< where it listens, on data ports too; or "::1", where PASV is refused
     std::uint16_t port = 0;                  ///< 0: a free one
-    std::vector<std::string> checksums;      ///< which of HASH, XSHA256 and XCRC it offers; HASH begins with MD5
+    /// The address in the replies to PASV, as "192,0,2,1"; empty: the one where it listens.
+    std::string announcedAddress;
+    /// The port to name to a client in place of the one where a data connection is awaited, as behind a relay. Called
+    /// by the threads of sessions; empty: the port itself.
+    std::function<std::uint16_t(std::uint16_t)> announcedPort;
+    /// Connections with TLS, the control connection too, end without close_notify.
+    bool endsUnannounced = false;
+    std::vector<std::string> checksums; ///< which of HASH, XSHA256 and XCRC it offers; HASH begins with MD5
     /// Files have their own times, which MFMT sets, and MLSD tells links apart: as on a disk that others use, too.
     bool timesOfDisk = false;
     std::vector<std::string> listedToo; ///< lines that each listing by MLSD has besides
@@ -54,7 +62,7 @@ struct ServerConfig
     std::function<void(const Transcript&)> onSessionEnd; ///< called for each session, one at a time; must not throw
 };
 
-/// An FTP server on 127.0.0.1, with a thread for each session. It serves from construction to destruction.
+/// An FTP server on a loopback address, with a thread for each session. It serves from construction to destruction.
 class FtpServer
 {
 public:

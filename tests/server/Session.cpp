@@ -10,8 +10,8 @@ namespace testserver {
 Session::Session(const Shared& shared, boost::asio::ip::tcp::socket socket, OpenSockets& sockets, unsigned number,
                  Transcript& transcript)
     : m_shared(shared), m_sockets(sockets), m_control(std::move(socket), sockets),
-      m_data(shared.context, sockets, shared.config.stallLimit), m_faults(shared.config.faults, number),
-      m_transcript(transcript), m_cwd(shared.config.startDirectory)
+      m_data(shared.context, sockets, shared.config), m_faults(shared.config.faults, number), m_transcript(transcript),
+      m_cwd(shared.config.startDirectory)
 {
 }
 
@@ -28,8 +28,12 @@ void Session::run()
     }
     m_data.close();
     // Closed at once, the client's last bytes would turn the close into a reset.
-    m_control.endTls();
-    m_control.close();
+    if (m_shared.config.endsUnannounced) {
+        m_control.closeAfterClient();
+    } else {
+        m_control.endTls();
+        m_control.close();
+    }
 }
 
 bool Session::greet()

@@ -193,14 +193,24 @@ void Session::pass(const std::string& argument)
 // The port changes from run to run, so the transcript omits it.
 void Session::passive(bool extended)
 {
-    const std::uint16_t port = m_data.listen(m_faults.next("LISTEN"));
+    const ServerConfig& config = m_shared.config;
+    const bool isVersion4 = config.address.find(':') == std::string::npos;
+    if (!extended && !isVersion4) {
+        reply("425 use EPSV");
+        return;
+    }
+    std::uint16_t port = m_data.listen(m_faults.next("LISTEN"));
+    port = config.announcedPort ? config.announcedPort(port) : port;
     if (extended) {
         reply("229 Entering Extended Passive Mode (|||" + std::to_string(port) + "|)");
         m_transcript.back() = "< 229 Entering Extended Passive Mode (|||PORT|)";
     } else {
-        reply("227 Entering Passive Mode (127,0,0,1," + std::to_string(port / 256) + "," + std::to_string(port % 256) +
-              ")");
-        m_transcript.back() = "< 227 Entering Passive Mode (127,0,0,1,PORT)";
+        const std::string address = config.announcedAddress.empty()
+                                        ? boost::algorithm::replace_all_copy(config.address, ".", ",")
+                                        : config.announcedAddress;
+        const std::string text = "227 Entering Passive Mode (" + address + ",";
+        reply(text + std::to_string(port / 256) + "," + std::to_string(port % 256) + ")");
+        m_transcript.back() = "< " + text + "PORT)";
     }
 }
 

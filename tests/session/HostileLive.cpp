@@ -6,6 +6,8 @@
 #include <sstream>
 #include <thread>
 
+#include <unistd.h>
+
 namespace {
 
 namespace asio = boost::asio;
@@ -180,4 +182,48 @@ TEST_F(SessionHostile, AReplyIsShownWithoutItsControlBytes)
     EXPECT_EQ("Quote command returned error: QUOT string not accepted: DELE a (the server's last reply: 550 "
               "\\x1B[2Jgone \\x07 ****)",
               errorText);
+}
+
+// Somebody on the way can end a connection, but only the server can send a close_notify.
+TEST_F(SessionHostile, AFileOfUnknownSizeIsCompleteOnlyIfItsEndIsAnnounced)
+{
+    writeFile(served("a.bak"), "0123456789");
+    misbehave("SIZE=reply:500 unknown");
+    misbehave("1/DATA=drop-after:5");
+    misbehave("2/DATA#2=no-close-notify");
+    misbehave("DONE=reply:226 done");
+    serve();
+    aimAt("/a.bak");
+    {
+        SFtpSession session;
+        for (const char* const how : {"cut off", "announced", "not announced", "announced"}) {
+            SCOPED_TRACE(how);
+            const bool announced = std::string("announced") == how;
+            EXPECT_EQ(announced ? CURLE_OK : CURLE_RECV_ERROR, session.DownLoadSFtpFile(request, errorText))
+                << errorText;
+            EXPECT_EQ(announced ? "0123456789" : kNoFile, contentOf(request.localPath));
+            unlink(request.localPath.c_str());
+        }
+    }
+    EXPECT_EQ(3U, sessions().size()) << "after a failure, the TLS session is no longer valid";
+}
+
+// On no connection, or not on that for the data.
+TEST_F(SessionHostile, WithoutTlsNoEndIsAnnounced)
+{
+    writeFile(served("a.bak"), "0123456789");
+    config.tlsRequiredAtLogin = config.tlsReuseRequired = false;
+    misbehave("SIZE=reply:500 unknown");
+    misbehave("PROT=reply:536 no");
+    SessionOptions options;
+    options.requireTls = false;
+    for (const testserver::TlsMode mode : {testserver::TlsMode::Plain, testserver::TlsMode::Explicit}) {
+        config.tls = mode;
+        serve();
+        aimAt("/a.bak");
+        EXPECT_EQ(CURLE_OK, SFtpSession(options).DownLoadSFtpFile(request, errorText)) << errorText;
+        EXPECT_EQ("0123456789", contentOf(request.localPath));
+        EXPECT_TRUE(hasLine("= no TLS on data", sessions().at(0)));
+        unlink(request.localPath.c_str());
+    }
 }

@@ -38,6 +38,17 @@ protected:
 
 } // namespace
 
+// The same link-local address is another machine on each of the networks.
+TEST_F(Identity, IsOfTheZoneToo)
+{
+    const auto zoneIs = [this](const char* zone) {
+        return digestOf(
+            [zone](SFtpRequest& each) { each.remotePath = std::string("ftp://[fe80::1%25") + zone + "]/"; });
+    };
+    EXPECT_EQ(zoneIs("eth0"), zoneIs("eth0"));
+    EXPECT_NE(zoneIs("eth0"), zoneIs("eth1"));
+}
+
 TEST_F(Identity, IsOfServerLoginAndTrust)
 {
     live::setCertAuthSwitch(0); // "none" counts

@@ -56,14 +56,14 @@ TEST(Target, HasTheUrlsParts)
     EXPECT_EQ("b", directory.name());
     EXPECT_EQ("/a/b/x", directory.commandPath("x"));
     EXPECT_EQ("/a/x", directory.commandPathInParent("x"));
-    EXPECT_EQ("::1", directory.host());
+    EXPECT_EQ("sftp://[::1]:2222", directory.server());
     EXPECT_EQ("ftp://[fe80::1%25eth0]:21/a", targetOf("ftp://[fe80::1%25eth0]/a").url());
 
     EXPECT_EQ("below/x", targetOf("sftp://host/~/below/").commandPath("x"));
     EXPECT_EQ("", targetOf("ftps://host").name());
-    EXPECT_EQ(990, targetOf("ftps://host").port());
-    EXPECT_EQ(21, targetOf("ftp://host").port());
-    EXPECT_EQ(22, targetOf("sftp://host").port());
+    EXPECT_EQ("ftps://host:990", targetOf("ftps://host").server());
+    EXPECT_EQ("ftp://host:21", targetOf("ftp://host").server());
+    EXPECT_EQ("sftp://host:22", targetOf("sftp://host").server());
     EXPECT_EQ("ftp://host:21/a%3Fb%20c+d", targetOf("ftp://host/a?b c+d").url());
     EXPECT_EQ("ftp://host:21/a%3F%23", targetOf("ftp:/host/a?#").url());
     EXPECT_EQ("ftp://host:21/%3Fa%3Bb", targetOf("ftp://host?a;b").url());
