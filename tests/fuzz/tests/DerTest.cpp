@@ -100,7 +100,9 @@ TEST(CertificateMutator, KeepsToTheSizeThatItIsGivenAndMostlyMakesDer)
         ASSERT_GE(most, length) << seed;
         ASSERT_LT(0U, length) << seed;
         input.resize(length);
-        parsed += der::parse(derOf(input)) ? 1 : 0;
+        if (der::parse(derOf(input))) {
+            ++parsed;
+        }
     }
     EXPECT_LT(200U, parsed);
 }
