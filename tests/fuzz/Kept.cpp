@@ -10,6 +10,7 @@
 
 #include <curl/curl.h>
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -32,6 +33,8 @@ SessionOptions optionsFor(unsigned choice)
     options.atomicUpload = (choice & kInPlace) == 0;
     options.compareHostName = false;
     options.syncDownload = false; // what a disk does is not tested here
+    // Waits take no time, but a session looks around ten times a second.
+    options.connectTimeout = options.replyTimeout = options.stallTimeout = std::chrono::seconds(2);
     return options;
 }
 

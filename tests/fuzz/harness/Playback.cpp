@@ -6,7 +6,8 @@ namespace {
 
 constexpr NetworkTime kSilence = 5 * kMillisecond;
 constexpr NetworkTime kLongestHandshake = 100 * kMillisecond;
-constexpr NetworkTime kMinute = 60 * 1000 * kMillisecond;
+constexpr NetworkTime kPatience = 5 * 1000 * kMillisecond;
+constexpr NetworkTime kTenMinutes = 600 * 1000 * kMillisecond;
 
 // Removes the "!" that begins TLS.
 bool takeTls(std::string& text, std::string::size_type at)
@@ -111,7 +112,7 @@ bool Playback::say(Control& control, NetworkTime now) const
     ++control.replies;
     if (reply == "%") {
         control.isDeaf = true;
-        control.next = now + 10 * kMinute;
+        control.next = now + kTenMinutes;
         return true;
     }
     const bool tls = takeTls(reply, reply.size() - 1);
@@ -133,7 +134,7 @@ bool Playback::sayGood(Control& control, NetworkTime now) const
     }
     control.isWaiting = isPatient;
     control.wire.send(reply);
-    control.next = now + (isPatient ? kMinute : kSilence);
+    control.next = now + (isPatient ? kPatience : kSilence);
     if (!isPatient && control.replies + 1 < m_script.replies.size()) {
         ++control.replies;
     }
