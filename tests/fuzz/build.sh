@@ -11,11 +11,11 @@ export CXXFLAGS=${CXXFLAGS:-$CFLAGS}
 work=${WORK:-$PWD/build/oss-fuzz}
 out=${OUT:-$PWD/build/oss-fuzz/out}
 
-# Libraries are looked for beside the target, those that other libraries need included; the linker is to read $ORIGIN.
+# Libraries are looked for beside the target, those that other libraries need included.
 # The type of build adds no flags of its own.
 cmake -S . -B "$work" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG= -DSFTPCLIENT_HARDENING=OFF \
     -DSFTPCLIENT_FUZZING_ENGINE="${LIB_FUZZING_ENGINE:--fsanitize=fuzzer}" \
-    -DCMAKE_EXE_LINKER_FLAGS="-Wl,-rpath,\$ORIGIN/lib,--disable-new-dtags" >/dev/null
+    -DCMAKE_BUILD_RPATH="\$ORIGIN/lib" -DCMAKE_EXE_LINKER_FLAGS=-Wl,--disable-new-dtags >/dev/null
 mapfile -t targets < <(tests/fuzz/targets)
 cmake --build "$work" --target "${targets[@]}"
 
@@ -24,7 +24,7 @@ for target in "${targets[@]}"; do
     name=${target#fuzz_}
     cp "$work/tests/fuzz/$target" "$out/"
     # Not the C library's own, which belong to the machine that runs them.
-    ldd "$out/$target" | sed -n 's/.* => \(\/[^ ]*\) .*/\1/p' |
+    ldd "$work/tests/fuzz/$target" | sed -n 's/.* => \(\/[^ ]*\) .*/\1/p' |
         grep -vE '/(libc|libm|libdl|librt|libpthread|libresolv)\.so' | xargs cp --dereference --target-directory "$out/lib"
     rm -f "$out/${target}_seed_corpus.zip"
     (cd "tests/fuzz/corpus/$name" && cmake -E tar cf "$out/${target}_seed_corpus.zip" --format=zip -- *)
