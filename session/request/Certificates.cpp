@@ -20,9 +20,25 @@ struct FreeCertificate
     void operator()(X509* certificate) const { X509_free(certificate); }
 };
 
+using Certificate = std::unique_ptr<X509, FreeCertificate>;
+using Memory = std::unique_ptr<BIO, decltype(&BIO_free_all)>;
+
+// A certificate as DER may hold PEM's words, in a name, say.
+bool isPem(const std::string& text)
+{
+    if (text.find("-----BEGIN") == std::string::npos) {
+        return false;
+    }
+    const Memory memory(BIO_new_mem_buf(text.data(), static_cast<int>(text.size())), BIO_free_all);
+    if (!memory) {
+        throw std::bad_alloc();
+    }
+    return Certificate(PEM_read_bio_X509(memory.get(), nullptr, nullptr, nullptr)) != nullptr;
+}
+
 std::string asPem(X509* certificate)
 {
-    const std::unique_ptr<BIO, decltype(&BIO_free_all)> memory(BIO_new(BIO_s_mem()), BIO_free_all);
+    const Memory memory(BIO_new(BIO_s_mem()), BIO_free_all);
     if (!memory || PEM_write_bio_X509(memory.get(), certificate) != 1) {
         throw std::bad_alloc();
     }
@@ -40,15 +56,14 @@ std::string trustedCertificates(const std::string& caCert)
     }
     X509* read = nullptr;
     const bool isOne = sftpConvToX509(caCert, read) == SECURITYSS_SUCCESS;
-    const std::unique_ptr<X509, FreeCertificate> certificate(read);
+    const Certificate certificate(read);
     if (!isOne) {
         throw refusal(CURLE_SSL_CACERT_BADFILE,
                       caCert == "none" ? "caCert is \"none\", and the host's configuration demands a certificate "
                                          "(CertAuthSwitch in section General)"
                                        : "caCert holds no certificate, neither as PEM nor as DER");
     }
-    const bool isPem = caCert.find("-----BEGIN") != std::string::npos;
-    return isPem ? caCert : asPem(certificate.get());
+    return isPem(caCert) ? caCert : asPem(certificate.get());
 }
 
 std::string CertificateReader::trusted(const std::string& caCert)

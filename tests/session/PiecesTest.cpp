@@ -10,6 +10,7 @@
 #include <request/Target.h>
 #include <request/Text.h>
 
+#include "server/Certificates.h"
 #include "support/Certificates.h"
 #include "support/TemporaryFolder.h"
 
@@ -188,6 +189,12 @@ TEST(CertificateReader, AnswersEachTextAsItIs)
             }
         }
     }
+}
+
+TEST(CertificateReader, TakesDerThatHoldsTheWordsOfPem)
+{
+    const testserver::CertificateAuthority authority("-----BEGIN CERTIFICATE-----");
+    EXPECT_EQ(authority.certificatePem(), CertificateReader().trusted(authority.certificateDer()));
 }
 
 TEST(Options, NameTheFieldThatCannotBe)

@@ -1,16 +1,19 @@
 #include "harness/Client.h"
 
-#include "harness/OwnPorts.h"
 #include "harness/Playback.h"
 #include "harness/Require.h"
 
 #include "support/LiveHost.h"
+
+#include <Certificates.h>
+#include <TlsContexts.h>
 
 #include <curl/curl.h>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 
 namespace {
@@ -30,11 +33,11 @@ std::string fileWith(const std::string& content)
     return "/proc/self/fd/" + std::to_string(file);
 }
 
-SFtpRequest requestTo(std::uint16_t port)
+SFtpRequest request()
 {
     SFtpRequest request;
-    request.port = port;
-    request.remotePath = "ftp://127.0.0.1:" + std::to_string(port) + "/dir/";
+    request.port = kControlPort;
+    request.remotePath = "ftp://127.0.0.1:" + std::to_string(kControlPort) + "/dir/";
     request.remoteFileName = "old.bak";
     request.localPath = "/dev/null";
     request.userName = "user";
@@ -43,19 +46,36 @@ SFtpRequest requestTo(std::uint16_t port)
     return request;
 }
 
-Playback& playback()
+// What all runs share: made with the first, and kept until the program ends.
+struct Server
 {
-    // Made after libcurl is initialised, and kept until the program ends.
-    static Playback server;
-    static const bool prepared = [] {
+    const testserver::Certificate certificate = testserver::makeSelfSigned();
+    const testserver::TlsContexts tls = testserver::TlsContexts(config());
+
+    Server()
+    {
+        for (SSL_CTX* const context : {tls.control.get(), tls.data.get()}) {
+            SSL_CTX_set_session_cache_mode(context, SSL_SESS_CACHE_OFF); // otherwise it would grow
+        }
         // Nothing is verified, but libcurl would read the machine's whole trust store for each connection.
-        setenv("SFTPCLIENT_DEFAULT_TRUST", fileWith(server.certificatePem()).c_str(), 1);
-        live::setCertAuthSwitch(0); // so that transfers go on without a certificate
+        setenv("SFTPCLIENT_DEFAULT_TRUST", fileWith(certificate.certificatePem).c_str(), 1);
+        live::setCertAuthSwitch(0);    // so that transfers go on without a certificate
+        std::signal(SIGPIPE, SIG_IGN); // OpenSSL writes to clients that have left
         curl_global_init(CURL_GLOBAL_DEFAULT);
-        allowPortsOnly(server.controlPort(), server.dataPort());
-        return true;
-    }();
-    require(prepared, "libcurl is ready");
+    }
+
+    testserver::ServerConfig config() const
+    {
+        testserver::ServerConfig config;
+        config.tls = testserver::TlsMode::Explicit;
+        config.certificate = certificate;
+        return config;
+    }
+};
+
+const Server& server()
+{
+    static const Server server;
     return server;
 }
 
@@ -67,14 +87,19 @@ const std::string& fileToSend()
     return path;
 }
 
-void runAgainst(const std::string& script, const std::function<void(const SFtpRequest& request)>& client)
+const std::string& serverCertificate() { return server().certificate.certificatePem; }
+
+void runAgainst(const std::string& script,
+                const std::function<void(const SFtpRequest& request, Network& network)>& client)
 {
-    Playback& server = playback();
-    server.load(script);
+    Playback playback(script, server().tls);
     fileToSend();
     const int before = lowestFreeDescriptor();
-    client(requestTo(server.controlPort()));
+    {
+        Network network(playback);
+        client(request(), network);
+        network.pass(0); // the server's ends close
+    }
     live::takeRecords(); // otherwise they would grow forever
-    server.waitForEndOf(ownConnections());
     require(lowestFreeDescriptor() <= before, "all that was opened is closed");
 }

@@ -1,123 +1,142 @@
 #include "harness/Playback.h"
 
-#include "harness/Wire.h"
-
-#include <csignal>
+#include <algorithm>
 
 namespace {
 
-void replaceAll(std::string& text, const std::string& what, const std::string& with)
+constexpr NetworkTime kSilence = 5 * kMillisecond;
+constexpr NetworkTime kLongestHandshake = 100 * kMillisecond;
+constexpr NetworkTime kPatience = 5 * 1000 * kMillisecond;
+constexpr NetworkTime kTenMinutes = 600 * 1000 * kMillisecond;
+
+// Removes the "!" that begins TLS.
+bool takeTls(std::string& text, std::string::size_type at)
 {
-    for (std::string::size_type at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size()) {
-        text.replace(at, what.size(), with);
+    if (at >= text.size() || text[at] != '!') {
+        return false;
     }
+    text.erase(at, 1);
+    return true;
 }
 
-testserver::ServerConfig explicitTls(const testserver::Certificate& certificate)
+template <typename Connections>
+NetworkTime earliestOf(const Connections& connections)
 {
-    testserver::ServerConfig config;
-    config.tls = testserver::TlsMode::Explicit;
-    config.certificate = certificate;
-    return config;
+    NetworkTime next = kNever;
+    for (const auto& each : connections) {
+        next = std::min(next, each.next);
+    }
+    return next;
 }
 
 } // namespace
 
-Playback::Playback() : m_certificate(testserver::makeSelfSigned()), m_tls(explicitTls(m_certificate))
+Playback::Playback(const std::string& script, const testserver::TlsContexts& tls)
+    : m_script(script), m_tls(tls), m_fileSize(m_script.contents.empty() ? 0 : m_script.contents.front().size())
 {
-    std::signal(SIGPIPE, SIG_IGN); // OpenSSL writes to clients that have left
-    m_control.listen();
-    m_data.listen();
-    m_controlThread = std::thread([this] { serveControl(); });
-    m_dataThread = std::thread([this] { serveData(); });
 }
 
-Playback::~Playback()
+bool Playback::accept(std::uint16_t port, int descriptor, NetworkTime now)
 {
-    m_control.stop();
-    m_data.stop();
-    m_controlThread.join();
-    m_dataThread.join();
-}
-
-void Playback::load(const std::string& script)
-{
-    const std::string::size_type content = script.find('^');
-    std::string replies = script.substr(0, content);
-    replaceAll(replies, "@", std::to_string(dataPort()));
-    replaceAll(replies, "#", std::to_string(dataPort() / 256) + "," + std::to_string(dataPort() % 256));
-
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_content = content == std::string::npos ? "" : script.substr(content + 1);
-    m_replies.clear();
-    for (std::string::size_type begin = 0; begin != std::string::npos;) {
-        const std::string::size_type end = replies.find('~', begin);
-        m_replies.push_back(replies.substr(begin, end == std::string::npos ? end : end - begin));
-        begin = end == std::string::npos ? end : end + 1;
+    if (port == kControlPort) {
+        m_controls.emplace_back(descriptor, now);
+        return true;
     }
-}
-
-void Playback::waitForEndOf(unsigned connections)
-{
-    std::unique_lock<std::mutex> lock(m_mutex);
-    m_ended.wait(lock, [&] { return m_endedConnections >= connections; });
-}
-
-void Playback::countEnd()
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    ++m_endedConnections;
-    m_ended.notify_all();
-}
-
-void Playback::serveControl()
-{
-    for (int connection = 0; (connection = m_control.accept()) >= 0;) {
-        play(connection);
-        countEnd();
+    if (port != kDataPort) {
+        return false;
     }
+    std::string content;
+    if (!m_script.contents.empty()) {
+        content = m_script.contents[std::min(m_dataConnections++, m_script.contents.size() - 1)];
+    }
+    const bool tls = takeTls(content, 0);
+    m_fileSize = content.size();
+    m_hasReceived = false;
+    m_datas.emplace_back(descriptor, now + kLongestHandshake, content);
+    if (tls) {
+        m_datas.back().wire.beginTls(m_tls.data.get());
+    }
+    return true;
 }
 
-void Playback::serveData()
+NetworkTime Playback::nextAct() const { return std::min(earliestOf(m_controls), earliestOf(m_datas)); }
+
+void Playback::act(NetworkTime now)
 {
-    for (int connection = 0; (connection = m_data.accept()) >= 0;) {
-        std::string content;
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            content = m_content;
-        }
-        {
-            Wire wire(connection);
-            if (!content.empty() && content.front() == '!') {
-                wire.beginTls(m_tls.data.get());
-                content.erase(0, 1);
-            }
-            wire.send(content);
-            wire.finish();
-            while (wire.hear()) {
-            }
-        }
-        countEnd();
-    }
+    m_datas.remove_if([&](Data& each) { return !act(each, now); });
+    m_controls.remove_if([&](Control& each) { return !act(each, now); });
 }
 
-void Playback::play(int connection)
+bool Playback::act(Data& data, NetworkTime now)
 {
-    std::vector<std::string> replies;
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        replies = m_replies;
+    const std::string heard = data.wire.hear();
+    if (!heard.empty()) {
+        m_fileSize = heard.size() + (m_hasReceived ? m_fileSize : 0);
+        m_hasReceived = true;
     }
-    Wire wire(connection);
-    for (std::string& reply : replies) {
-        const bool tls = !reply.empty() && reply.back() == '!';
-        reply.resize(reply.size() - (tls ? 1 : 0));
-        wire.send(reply);
-        if (tls) {
-            wire.beginTls(m_tls.control.get());
-        }
-        if (!wire.hear()) {
-            return;
-        }
+    const bool isLate = now >= data.next;
+    if (!data.wire.isOpen() || (isLate && data.wire.isInHandshake())) {
+        return false;
     }
+    // Nothing to send may mean that the client sends: then it is given time.
+    if (!data.isSent && !data.wire.isInHandshake() && (isLate || !data.content.empty())) {
+        data.wire.send(data.content);
+        data.wire.finish();
+        data.isSent = true;
+        data.next = kNever;
+    }
+    return true;
+}
+
+bool Playback::act(Control& control, NetworkTime now) const
+{
+    const std::string heard = control.wire.hear();
+    control.good.hear(heard);
+    const bool isLate = now >= control.next;
+    if (!control.wire.isOpen() || (isLate && (control.isDeaf || control.wire.isInHandshake()))) {
+        return false;
+    }
+    const bool hasSign = isLate || (!heard.empty() && !control.isDeaf);
+    return !hasSign || say(control, now);
+}
+
+bool Playback::say(Control& control, NetworkTime now) const
+{
+    if (control.replies == m_script.replies.size()) {
+        return false;
+    }
+    std::string reply = m_script.replies[control.replies];
+    if (reply == "*") {
+        return sayGood(control, now);
+    }
+    ++control.replies;
+    if (reply == "%") {
+        control.isDeaf = true;
+        control.next = now + kTenMinutes;
+        return true;
+    }
+    const bool tls = takeTls(reply, reply.size() - 1);
+    control.wire.send(withPorts(reply));
+    control.good.sent(reply);
+    control.next = now + (tls ? kLongestHandshake : kSilence);
+    if (tls) {
+        control.wire.beginTls(m_tls.control.get());
+    }
+    return true;
+}
+
+bool Playback::sayGood(Control& control, NetworkTime now) const
+{
+    const std::string reply = control.good.reply(m_fileSize);
+    const bool isPatient = reply.empty();
+    if (isPatient && control.isWaiting && now >= control.next) {
+        return false;
+    }
+    control.isWaiting = isPatient;
+    control.wire.send(reply);
+    control.next = now + (isPatient ? kPatience : kSilence);
+    if (!isPatient && control.replies + 1 < m_script.replies.size()) {
+        ++control.replies;
+    }
+    return true;
 }

@@ -1,62 +1,69 @@
 #ifndef FUZZ_HARNESS_PLAYBACK_H
 #define FUZZ_HARNESS_PLAYBACK_H
 
-#include "support/LoopbackPort.h"
+#include "harness/GoodServer.h"
+#include "harness/Network.h"
+#include "harness/Script.h"
+#include "harness/Wire.h"
 
-#include <Certificates.h>
 #include <TlsContexts.h>
 
-#include <condition_variable>
+#include <cstddef>
 #include <cstdint>
-#include <mutex>
+#include <list>
 #include <string>
-#include <thread>
-#include <vector>
+#include <utility>
 
-/// A server that sends what it is given, whatever the client sends.
-///
-/// A script is replies, with a "~" between two of them: the first greets, and one more goes out whenever the client has
-/// sent something, or is silent. When there are no more, the connection closes. "@" in a reply is the port of the data
-/// connection, "#" the same in the format of PASV. A "!" at the end of a reply is not sent: TLS begins in
-/// its place. What follows a "^" goes over each data connection, which then closes, and a "!" there begins TLS first;
-/// whatever the client sends there is dropped.
-class Playback
+/// A server that does what a script says, whatever the client sends: on each control connection from the script's
+/// beginning.
+class Playback : public Peer
 {
 public:
-    Playback();
-    ~Playback();
-    Playback(const Playback&) = delete;
-    Playback& operator=(const Playback&) = delete;
+    /// REQUIRES: `tls` outlives the object.
+    Playback(const std::string& script, const testserver::TlsContexts& tls);
 
-    std::uint16_t controlPort() const { return m_control.number(); }
-    std::uint16_t dataPort() const { return m_data.number(); }
-
-    /// The server's certificate.
-    const std::string& certificatePem() const { return m_certificate.certificatePem; }
-
-    /// Sets what the following connections receive.
-    void load(const std::string& script);
-
-    /// Waits until so many connections, since the program began, have come to their end.
-    void waitForEndOf(unsigned connections);
+    bool accept(std::uint16_t port, int descriptor, NetworkTime now) override;
+    void act(NetworkTime now) override;
+    NetworkTime nextAct() const override;
 
 private:
-    void countEnd();
-    void serveControl();
-    void serveData();
-    void play(int connection);
+    struct Control
+    {
+        explicit Control(int descriptor, NetworkTime now) : wire(descriptor), next(now) {}
 
-    const testserver::Certificate m_certificate;
-    const testserver::TlsContexts m_tls;
-    const LoopbackPort m_control;
-    const LoopbackPort m_data;
-    std::mutex m_mutex;
-    std::condition_variable m_ended;
-    std::vector<std::string> m_replies;
-    std::string m_content;
-    unsigned m_endedConnections = 0;
-    std::thread m_controlThread;
-    std::thread m_dataThread;
+        Wire wire;
+        NetworkTime next; // when the silence has lasted long enough
+        std::size_t replies = 0;
+        GoodServer good = {};
+        bool isDeaf = false;    // until it closes
+        bool isWaiting = false; // for something to reply to
+    };
+    struct Data
+    {
+        Data(int descriptor, NetworkTime giveUp, std::string text)
+            : wire(descriptor), next(giveUp), content(std::move(text))
+        {
+        }
+
+        Wire wire;
+        NetworkTime next;
+        std::string content;
+        bool isSent = false;
+    };
+
+    // These return whether the connection stays open.
+    bool act(Control& control, NetworkTime now) const;
+    bool act(Data& data, NetworkTime now);
+    bool say(Control& control, NetworkTime now) const;
+    bool sayGood(Control& control, NetworkTime now) const;
+
+    const Script m_script;
+    const testserver::TlsContexts& m_tls;
+    std::list<Control> m_controls;
+    std::list<Data> m_datas;
+    std::size_t m_dataConnections = 0;
+    std::size_t m_fileSize; // what the last data connection has brought, or else sends
+    bool m_hasReceived = false;
 };
 
 #endif

@@ -5,7 +5,8 @@
 
 #include <string>
 
-/// The server's end of a connection, in the clear until TLS begins. Closes with the object.
+/// The server's end of a connection, in the clear until TLS begins. Waits for nothing, and leaves the thread's OpenSSL
+/// errors, which are the client's, as they are. Closes with the object.
 class Wire
 {
 public:
@@ -15,19 +16,23 @@ public:
     Wire(const Wire&) = delete;
     Wire& operator=(const Wire&) = delete;
 
-    /// Starts TLS. If the handshake fails, the connection is unusable.
+    /// Starts TLS. `hear` continues the handshake.
     void beginTls(SSL_CTX* context);
+    bool isInHandshake() const { return m_tls && SSL_is_init_finished(m_tls.get()) == 0; }
+
     void send(const std::string& bytes);
     /// Shuts down sending.
     void finish();
-    /// Reads what the client sends. False if it has closed the connection; silence does not count.
-    bool hear();
+    /// What the client has sent since. `isOpen` is false afterwards if it has closed the connection, or TLS failed.
+    std::string hear();
+    bool isOpen() const { return m_isOpen; }
 
 private:
-    bool readable() const;
+    int read(char* into, int size);
 
     const int m_descriptor;
     testserver::Tls m_tls;
+    bool m_isOpen = true;
 };
 
 #endif
