@@ -26,11 +26,18 @@ Diagnosis diagnoseClearLogin(const Reply& reply);
 /// Null where it did not.
 const Reply* refusalOf(const ProbeResult& result);
 
+/// What to do about a refusal, by its code; `permission` where the code says no more than that it is one.
+std::string remedyFor(const Reply& reply, const std::string& permission);
+constexpr char kMayNotList[] = "Let the user list that directory, at the server.";
+
 /// What the server said, for a reason: "(530 TLS first)", or nothing.
 std::string quote(const Reply& reply);
 
 /// Whether an SSH server's directory may be entered, but not listed.
 bool isUnlisted(const Login& login);
+
+/// Whether the directory was seen to be missing: an upload would make it.
+bool isDirectoryMissing(const Report& report);
 
 /// Whether a session trusts the server's certificate.
 bool isTrustedBySession(const Report& report);

@@ -2,6 +2,20 @@
 
 #include <nlohmann/json.hpp>
 
+namespace nlohmann {
+
+template <typename Value>
+struct adl_serializer<std::optional<Value>>
+{
+    static void to_json(json& to, const std::optional<Value>& value) { to = value ? json(*value) : json(nullptr); }
+    static void from_json(const json& from, std::optional<Value>& value)
+    {
+        value = from.is_null() ? std::nullopt : std::optional<Value>(from.get<Value>());
+    }
+};
+
+} // namespace nlohmann
+
 namespace doctor {
 
 using nlohmann::json;
@@ -22,11 +36,14 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Exchange, command, reply)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProbeResult, made, connected, address, code, error, verifyResult, entryPath, names,
                                    transcript)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Login, test, listing, root, missing, commands)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RoundTrip, name, put, list, get, rename, remove, said, listed, unchanged, notMade,
+                                   unfinished, failure, leftBehind, leftUnknown)
 
 std::vector<std::uint8_t> packFacts(const Report& report)
 {
     return json::to_msgpack({report.contact, report.tls, report.hostKey, report.client, report.session,
-                             report.clearUser, report.bare, report.bareAgain, report.turnedAway});
+                             report.clearUser, report.bare, report.bareAgain, report.turnedAway, report.roundTrip,
+                             report.sessionTrip});
 }
 
 void unpackFacts(const std::vector<std::uint8_t>& bytes, Report& report)
@@ -41,6 +58,8 @@ void unpackFacts(const std::vector<std::uint8_t>& bytes, Report& report)
     facts.at(6).get_to(report.bare);
     facts.at(7).get_to(report.bareAgain);
     facts.at(8).get_to(report.turnedAway);
+    facts.at(9).get_to(report.roundTrip);
+    facts.at(10).get_to(report.sessionTrip);
 }
 
 } // namespace doctor

@@ -281,7 +281,8 @@ std::vector<Prediction> predict(const Report& report)
         each.session = predictForSession(report, each.operation);
         if (!report.unfinishedLogin.empty()) {
             each = unfinished(each.operation, "the probe that logs in", report.unfinishedLogin);
-        } else if (!report.unfinishedBare.empty() && (each.operation == "upload" || each.operation == "download")) {
+        } else if (!report.unfinishedBare.empty() && !report.bare.made &&
+                   (each.operation == "upload" || each.operation == "download")) {
             const Expectation session = each.session;
             each = unfinished(each.operation, "the login without the library's TLS step", report.unfinishedBare);
             each.session = session;

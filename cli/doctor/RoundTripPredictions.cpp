@@ -1,5 +1,6 @@
 #include "doctor/RoundTripPredictions.h"
 
+#include "doctor/Diagnosis.h"
 #include "doctor/RoundTrip.h"
 
 #include <curl/curl.h>
@@ -8,23 +9,33 @@ namespace doctor {
 
 namespace {
 
-constexpr char kMayNotWrite[] = "Let the user write, rename and delete in that directory, at the server.";
-
 std::string textOf(int code)
 {
     return code < 0 ? "the library refuses it" : curl_easy_strerror(static_cast<CURLcode>(code));
 }
 
+// What to do about a refusal that says no more than that it is one.
+std::string permissionFor(Step step)
+{
+    if (step == Step::List) {
+        return kMayNotList;
+    }
+    return step == Step::Get ? "Let the user read files in that directory, at the server."
+                             : "Let the user write, rename and delete in that directory, at the server.";
+}
+
 // A failure that was predicted keeps its reason: the trial has none.
 template <typename Expected>
-void apply(const std::optional<int>& code, Expected& prediction)
+void apply(const RoundTrip& roundTrip, Step step, const std::optional<int>& code, Expected& prediction)
 {
     if (!code) {
         return;
     }
+    const Reply& said = roundTrip.said[static_cast<std::size_t>(step)];
     if (*code != 0 && prediction.outlook != Outlook::Fails) {
-        prediction.reason = "tried, and failed: " + textOf(*code);
-        prediction.remedy = kMayNotWrite;
+        prediction.reason =
+            said.code != 0 ? "tried, and the server refuses it " + quote(said) : "tried, and failed: " + textOf(*code);
+        prediction.remedy = remedyFor(said, permissionFor(step));
     }
     if (*code == 0 && prediction.outlook != Outlook::Works) {
         prediction.reason.clear();
@@ -65,11 +76,11 @@ Prediction& of(const char* operation, std::vector<Prediction>& predictions)
 template <typename Select>
 void applyTrip(const RoundTrip& roundTrip, Select of)
 {
-    apply(roundTrip.put, of("upload"));
-    apply(roundTrip.list, of("list"));
-    apply(roundTrip.get, of("download"));
-    apply(roundTrip.rename, of("rename"));
-    apply(roundTrip.remove, of("delete"));
+    apply(roundTrip, Step::Put, roundTrip.put, of("upload"));
+    apply(roundTrip, Step::List, roundTrip.list, of("list"));
+    apply(roundTrip, Step::Get, roundTrip.get, of("download"));
+    apply(roundTrip, Step::Rename, roundTrip.rename, of("rename"));
+    apply(roundTrip, Step::Remove, roundTrip.remove, of("delete"));
     if (roundTrip.unfinished) {
         applyUnfinished(roundTrip.failure, of(operationOf(*roundTrip.unfinished)));
     }

@@ -142,6 +142,13 @@ const Reply* ProbeResult::replyTo(const std::string& beginning) const
     return found == transcript.rend() ? nullptr : &found->reply;
 }
 
+const Reply* ProbeResult::lastReply() const
+{
+    const auto found = std::find_if(transcript.rbegin(), transcript.rend(),
+                                    [](const Exchange& each) { return each.reply.ending == Ending::Complete; });
+    return found == transcript.rend() ? nullptr : &found->reply;
+}
+
 bool ProbeResult::loggedIn() const
 {
     const auto letsIn = [this](const char* command) {

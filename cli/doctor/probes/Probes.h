@@ -3,6 +3,7 @@
 
 #include "doctor/Access.h"
 #include "doctor/Report.h"
+#include "doctor/RoundTrip.h"
 
 #include <string>
 
@@ -34,8 +35,9 @@ void probeLogin(const Access& access, const std::string& missing, Report& report
 void probeClearUser(const Access& access, Report& report);
 
 /// What the upload and the size check do to log in and to open a data connection. With an ftp: URL everything goes in
-/// the clear, the password too: only with the user's consent.
-void probeBareLogin(const Access& access, const std::string& missing, Report& report);
+/// the clear, the password too: only with the user's consent. With a round trip, its file is sent over the same
+/// connection.
+void probeBareLogin(const Access& access, const std::string& missing, Report& report, const Save& save);
 
 /// The fingerprint of an SSH server's key.
 void probeHostKey(const Access& access, Report& report);

@@ -53,7 +53,7 @@ TEST(ChildTest, HasLimitedMemory)
     constexpr std::size_t kMuch = std::size_t{48} << 20;
     const auto takes = [](std::size_t bytes) {
         Child child([bytes](int) { std::vector<char>(bytes, 'x').data()[0] = 'y'; });
-        return child.finishes();
+        return child.finish().empty();
     };
     EXPECT_TRUE(takes(kLittle));
     EXPECT_FALSE(takes(kMuch));
