@@ -197,6 +197,7 @@ struct Report
 
     // The facts.
     Reply turnedAway; ///< the greeting of a probe that came after others that were welcome, before it was repeated
+    Reply limit;      ///< what the server said to a second connection while one was open, where it turned that away
     std::string unfinishedLogin; ///< how the probe that logs in was ended, which was not to end by itself
     std::string unfinishedBare;  ///< the same without TLS
     int signal = 0;              ///< that ended the examination early

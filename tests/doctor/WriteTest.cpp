@@ -113,10 +113,10 @@ TEST_F(Write, LeavesNothingBehindOnSuccess)
     EXPECT_EQ(0U, leftBehind());
 }
 
-TEST_F(Write, TakesSevenConnectionsAndFourLogins)
+TEST_F(Write, TakesEightConnectionsAndFourLogins)
 {
     EXPECT_EQ(0, write());
-    EXPECT_EQ(7U, sessions().size());
+    EXPECT_EQ(8U, sessions().size());
     EXPECT_EQ(4U, logins());
 }
 
@@ -158,7 +158,7 @@ void PrintTo(const Failure& failure, std::ostream* stream) { *stream << failure.
 
 const Failure kFailures[] = {
     {"Put", {"STOR=reply:553 read-only"}, "upload", "fails 25"},
-    {"PutMidway", {"5/DATA#2=drop-after:1000"}, "upload", "fails"},
+    {"PutMidway", {"6/DATA#2=drop-after:1000"}, "upload", "fails"},
     {"List", {"NLST=reply:550 no"}, "list", "fails 19"},
     {"Get", {"RETR=reply:550 no"}, "download", "fails 78"},
     {"Rename", {"rename=reply:553 read-only"}, "rename", "fails 21"},
@@ -190,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(AtAStep, WriteFailing, testing::ValuesIn(kFailures),
 // The session in which SFtpSession tries its operations.
 TEST_F(Write, TriesASessionsListingToo)
 {
-    misbehave("6/NLST=reply:550 not now");
+    misbehave("7/NLST=reply:550 not now");
     EXPECT_EQ(0, write()) << said();
     const nlohmann::json list = predictionOf("list")["session"];
     EXPECT_EQ("fails", list["outlook"]);
@@ -263,7 +263,7 @@ TEST_F(Write, ReportsAListingTooLongToSearch)
 
 TEST_F(Write, ReportsContentThatCameBackDifferent)
 {
-    misbehave("5/DATA#2=claim-after:1000");
+    misbehave("6/DATA#2=claim-after:1000");
     EXPECT_EQ(1, write());
     EXPECT_TRUE(nothingIsLeft());
     EXPECT_EQ("fails 0", outlookOf("upload")) << said();
@@ -322,7 +322,7 @@ private:
 };
 
 // Of the session in which the file is sent.
-constexpr char kUploadStalls[] = "5/DONE#2=stall";
+constexpr char kUploadStalls[] = "6/DONE#2=stall";
 
 class WriteInterrupted : public Write, public testing::WithParamInterface<int>
 {

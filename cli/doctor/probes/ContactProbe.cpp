@@ -95,19 +95,25 @@ Reply greetingFrom(const Banner& banner, int code, const PasswordMask& mask)
 
 } // namespace
 
-bool isTurnedAway(const ProbeResult& result, Report& report)
+const Reply* refusalToConnect(const ProbeResult& result, Scheme scheme)
 {
-    if (!report.contact.greeting.isPositive() || result.transcript.size() != 1) {
-        return false;
+    if (result.transcript.size() != 1) {
+        return nullptr;
     }
     const Reply& greeting = result.transcript.front().reply;
     // With implicit TLS, also who does not trust the server hears no greeting.
-    const bool isDropped = report.scheme == Scheme::Ftp && greeting.ending == Ending::Closed;
-    const bool isNoWelcome = isDropped || greeting.code == 421 || greeting.code / 100 == 5;
-    if (isNoWelcome) {
-        report.turnedAway = greeting;
+    const bool isDropped = scheme == Scheme::Ftp && greeting.ending == Ending::Closed;
+    return isDropped || greeting.code == 421 || greeting.code / 100 == 5 ? &greeting : nullptr;
+}
+
+bool isTurnedAway(const ProbeResult& result, Report& report)
+{
+    const Reply* const refusal = refusalToConnect(result, report.scheme);
+    if (refusal == nullptr || !report.contact.greeting.isPositive()) {
+        return false;
     }
-    return isNoWelcome;
+    report.turnedAway = *refusal;
+    return true;
 }
 
 void learnContact(const Access& access, const ProbeResult& first, Report& report)

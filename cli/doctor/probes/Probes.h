@@ -11,6 +11,9 @@
 /// already says, leaves its facts untried.
 namespace doctor {
 
+/// What the server said instead of a welcome, or null.
+const Reply* refusalToConnect(const ProbeResult& result, Scheme scheme);
+
 /// Whether the server turned this one away, although others were welcome before; which is noted.
 bool isTurnedAway(const ProbeResult& result, Report& report);
 
@@ -28,7 +31,8 @@ void learnContact(const Access& access, const ProbeResult& first, Report& report
 void probeTls(const Access& access, std::size_t newest, Report& report);
 
 /// What the connection test and the listing do, and on the way whether the server knows SIZE, what a session needs,
-/// rename and rm: they get the name `missing`, which no file has. One login, by one who trusts the server.
+/// rename and rm: they get the name `missing`, which no file has. One login, by one who trusts the server. While it
+/// lasts, a second connection is made as far as the welcome.
 void probeLogin(const Access& access, const std::string& missing, Report& report);
 
 /// Whether a login without TLS may begin: the user's name alone is sent. For ftp: URLs without the user's consent.

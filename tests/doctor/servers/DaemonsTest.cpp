@@ -1,5 +1,6 @@
 // The doctor against Debian's file servers.
 #include "RealServer.h"
+#include "doctor/Findings.h"
 #include "doctor/RoundTrip.h"
 #include "doctor/SessionPredictions.h"
 #include "harness/Examined.h"
@@ -97,7 +98,7 @@ TEST_P(Daemons, BehaveAsARoundTripShows)
     question.fileName = doctor::uniqueName();
     const unsigned before = connections();
     const doctor::Report report = examine(question);
-    EXPECT_GE(7U, connections() - before);
+    EXPECT_GE(8U, connections() - before);
     EXPECT_EQ(predictForSession(report, "upload").outlook == doctor::Outlook::Works, report.sessionTrip.has_value());
     const std::vector<doctor::Prediction> predictions = predict(report);
     const auto fill = [this](const std::string& name, const std::string& text) { keep("weekly/" + name, text); };
@@ -187,6 +188,33 @@ TEST_P(SshDaemons, KnowPermissionFromAbsence)
     }
 }
 
+class LimitedDaemons : public Daemons
+{
+};
+
+TEST_P(LimitedDaemons, AreExaminedAndTheirLimitIsNamed)
+{
+    doctor::Question question = ask();
+    question.fileName = doctor::uniqueName();
+    const doctor::Report report = examine(question);
+    EXPECT_EQ(421, report.limit.code) << report.limit.shown();
+    std::string row;
+    for (const doctor::Finding& each : findingsOf(report)) {
+        row = each.probe == "connections" ? each.seen : row;
+    }
+    EXPECT_EQ("the server turns away a second one (" + report.limit.shown() +
+                  "): it limits the connections of an address; set SessionOptions::maxConnections to 1, and give push "
+                  "and pull --jobs 1",
+              row);
+    const std::vector<doctor::Prediction> predictions = predict(report);
+    EXPECT_EQ("WWFFWW", outlooksOf(predictions));
+    EXPECT_EQ("WWWWWW", outlooksOf(ofSession(predictions)));
+    EXPECT_EQ(0, report.roundTrip->put);
+    EXPECT_EQ(0, report.sessionTrip->remove);
+    EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(served("weekly")), {}));
+}
+
+INSTANTIATE_TEST_SUITE_P(OfDebian, LimitedDaemons, testing::ValuesIn(limitedServers()), idOf);
 INSTANTIATE_TEST_SUITE_P(OfDebian, SshDaemons, testing::ValuesIn(thoseWithSsh()), idOf);
 INSTANTIATE_TEST_SUITE_P(OfDebian, Daemons, testing::ValuesIn(servers()), idOf);
 
