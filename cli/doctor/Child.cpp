@@ -180,22 +180,29 @@ Child::Event Child::wait(const SignalsHeld& signals, std::chrono::steady_clock::
 Child::Outcome Child::collect(const SignalsHeld& signals, std::chrono::steady_clock::time_point end)
 {
     Outcome outcome;
-    for (;;) {
+    bool goesOn = true;
+    while (goesOn) {
         outcome.event = wait(signals, end);
-        if (outcome.event != Event::Result) {
-            break;
-        }
-        std::array<std::uint8_t, 65536> part = {};
-        const ssize_t got = read(m_results, part.data(), part.size());
-        if (got <= 0) {
-            outcome.failure = finish();
-            break;
-        }
-        m_bytes.insert(m_bytes.end(), part.begin(), part.begin() + got);
-        takeResults();
+        goesOn = outcome.event == Event::Result && takePart();
+    }
+    if (outcome.event == Event::Result) {
+        outcome.failure = finish();
+    }
+    // What it has given before a signal came counts, also where this process was slower than the signal.
+    pollfd more = {m_results, POLLIN, 0};
+    while (outcome.event != Event::Result && poll(&more, 1, 0) > 0 && takePart()) {
     }
     outcome.result = m_result;
     return outcome;
+}
+
+bool Child::takePart()
+{
+    std::array<std::uint8_t, 65536> part = {};
+    const ssize_t got = read(m_results, part.data(), part.size());
+    m_bytes.insert(m_bytes.end(), part.begin(), part.begin() + std::max<ssize_t>(0, got));
+    takeResults();
+    return got > 0;
 }
 
 // Each follows its size.

@@ -68,6 +68,7 @@ public:
     Outcome collect(const SignalsHeld& signals, std::chrono::steady_clock::time_point end);
 
 private:
+    bool takePart();
     void takeResults();
 
     pid_t m_process = -1;

@@ -365,7 +365,7 @@ TEST_P(WriteInterrupted, NamesWhatItCannotRemove)
     process.signal(GetParam());
     EXPECT_EQ(-GetParam(), process.wait());
     EXPECT_FALSE(nothingIsLeft());
-    EXPECT_EQ(0U, process.err().find("sftpclient: left behind: ftp://localhost:")) << process.err();
+    EXPECT_EQ(0U, process.err().find("sftpclient: left behind: ftp://localhost:")) << process.err() << process.out();
 }
 
 TEST_F(Write, LeavesNoLocalFileWhenItIsKilled)

@@ -2,6 +2,7 @@
 #include "doctor/Child.h"
 #include "harness/Examined.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -45,6 +46,25 @@ TEST(ChildTest, IsEndedWithItsObject)
     }
     EXPECT_EQ(-1, kill(process, 0));
     EXPECT_EQ(ESRCH, errno);
+}
+
+TEST(ChildTest, GivesItsLastResultIfASignalCameToo)
+{
+    const doctor::SignalsHeld signals;
+    Child child([](int results) {
+        doctor::writeResult(results, {1});
+        doctor::writeResult(results, {2, 3});
+        kill(getppid(), SIGTERM);
+        for (;;) {
+            pause();
+        }
+    });
+    pollfd signal = {signals.descriptor(), POLLIN, 0};
+    ASSERT_EQ(1, poll(&signal, 1, -1));
+    const Child::Outcome outcome = child.collect(signals, soon());
+    EXPECT_EQ(Child::Event::Signal, outcome.event);
+    EXPECT_EQ(SIGTERM, signals.take());
+    EXPECT_EQ((std::vector<std::uint8_t>{2, 3}), outcome.result);
 }
 
 TEST(ChildTest, HasLimitedMemory)
