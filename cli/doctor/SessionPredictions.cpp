@@ -36,8 +36,9 @@ std::optional<Expectation> hostKeyObstacle(const Report& report)
     }
     return fails(CURLE_PEER_FAILED_VERIFICATION,
                  {"a session is told nothing of the server's host key",
-                  "Compare the fingerprint with the server's own, then set SessionOptions::hostKeySha256 to " + seen +
-                      ", or add the host to knownHostsFile."});
+                  "Compare the fingerprint with the server's own, then set SessionOptions::hostKeySha256 (of the command: "
+                      "--fingerprint) to " +
+                      seen + ", or add the host to knownHostsFile (--known-hosts)."});
 }
 
 std::optional<Expectation> certificateObstacle(const Report& report)
