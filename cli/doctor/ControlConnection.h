@@ -40,8 +40,9 @@ struct Transfer
     std::vector<std::string> afterLogin = {};
     std::vector<std::string> afterListing = {};
     bool areRequired = false;
-    std::string content = {};     ///< of an upload
-    std::string lastCommand = {}; ///< the transfer is refused after the reply to this one; empty: none is
+    std::string content = {}; ///< of an upload
+    /// The transfer is refused after the reply to what begins so; to anything, if it is empty.
+    std::optional<std::string> lastCommand = {};
 };
 
 /// A control connection of libcurl's: transfers over it, one after the other, as long as it lasts. Where those in whose
@@ -91,7 +92,7 @@ private:
     Transcript m_transcript; // made before the handle, because its farewell is still taken down
     NameList m_names;
     std::array<char, CURL_ERROR_SIZE> m_error = {};
-    std::string m_lastCommand;
+    std::optional<std::string> m_lastCommand;
     std::string m_content;
     std::size_t m_given = 0;
     std::string m_ca;

@@ -1,8 +1,5 @@
 #include "doctor/Diagnosis.h"
 
-#include "doctor/CertificateDiagnosis.h"
-#include "doctor/Silence.h"
-
 #include <curl/curl.h>
 
 #include <algorithm>
@@ -171,6 +168,20 @@ bool isDirectoryMissing(const Report& report)
 {
     return report.client.test.code == CURLE_REMOTE_ACCESS_DENIED || report.bare.code == CURLE_REMOTE_ACCESS_DENIED ||
            report.client.test.code == CURLE_REMOTE_FILE_NOT_FOUND;
+}
+
+bool isSilentInTls(const Report& report)
+{
+    const auto& versions = report.tls.versions;
+    return report.tls.auth.ending == Ending::Silent ||
+           std::any_of(versions.begin(), versions.end(),
+                       [](const TlsVersion& each) { return each.ending == Ending::Silent; });
+}
+
+bool isSilent(const Report& report)
+{
+    const Ending greeting = report.contact.greeting.ending;
+    return greeting == Ending::Silent || greeting == Ending::Garbled || isSilentInTls(report);
 }
 
 bool isTrustedBySession(const Report& report)

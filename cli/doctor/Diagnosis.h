@@ -45,6 +45,21 @@ bool isTrustedBySession(const Report& report);
 /// Of all versions that the server offers, whether one is new enough for the library.
 bool offersUsableTls(const Report& report);
 
+/// Why a visit did not trust the server's certificate.
+Diagnosis diagnoseCertificate(const Report& report, const ProbeResult& visit, bool bare);
+
+/// Why a session does not trust it.
+Diagnosis diagnoseGivenTrust(const Report& report);
+
+/// Why the certificates to trust cannot be used.
+Diagnosis diagnoseCaFile(const Report& report, bool bare);
+
+/// Whether the server has fallen silent when it was asked for TLS.
+bool isSilentInTls(const Report& report);
+
+/// Whether the server has fallen silent before a login, or talks without an end: every visit would only wait once more.
+bool isSilent(const Report& report);
+
 } // namespace doctor
 
 #endif

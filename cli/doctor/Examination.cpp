@@ -4,7 +4,7 @@
 #include "doctor/Child.h"
 #include "doctor/Diagnosis.h"
 #include "doctor/Facts.h"
-#include "doctor/SessionPredictions.h"
+#include "doctor/Predictions.h"
 #include "doctor/probes/Probes.h"
 
 #include <curl/curl.h>

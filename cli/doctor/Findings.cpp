@@ -3,7 +3,6 @@
 #include "doctor/Diagnosis.h"
 #include "doctor/Predictions.h"
 #include "doctor/RoundTrip.h"
-#include "doctor/TlsFindings.h"
 
 #include <curl/curl.h>
 
@@ -167,10 +166,11 @@ Finding listingFinding(const std::string& probe, const Report& report, const Pro
 void addLimit(const Report& report, Findings& findings)
 {
     if (report.limit.ending != Ending::NotTried) {
-        findings.push_back({"connections", Grade::Warn,
-                            "the server turns away a second one " + quote(report.limit) +
-                                ": it limits the connections of an address; set SessionOptions::maxConnections to 1, and "
-                                "give push and pull --jobs 1"});
+        findings.push_back(
+            {"connections", Grade::Warn,
+             "the server turns away a second one " + quote(report.limit) +
+                 ": it limits the connections of an address; set SessionOptions::maxConnections to 1, and "
+                 "give push and pull --jobs 1"});
     } else if (report.turnedAway.ending != Ending::NotTried) {
         findings.push_back({"connections", Grade::Warn,
                             "the server turned one away after others " + quote(report.turnedAway) +

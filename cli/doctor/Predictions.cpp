@@ -1,9 +1,6 @@
 #include "doctor/Predictions.h"
 
 #include "doctor/Diagnosis.h"
-#include "doctor/RoundTripPredictions.h"
-#include "doctor/SessionPredictions.h"
-#include "doctor/Silence.h"
 
 #include <curl/curl.h>
 

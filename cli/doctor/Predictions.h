@@ -55,6 +55,15 @@ bool hasLookedForFile(const Reply& reply);
 /// Of `SFtpClient`'s operations: 0 when all will work, 1 when one will fail, 3 when none will fail but one is unknown.
 int exitStatusOf(const std::vector<Prediction>& predictions);
 
+/// What this operation of `SFtpSession`, with its default options and the fingerprint that the report has, will do.
+Expectation predictForSession(const Report& report, const std::string& operation);
+
+/// Puts what a round trip has shown in the place of what was predicted.
+void applyRoundTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions);
+
+/// The same for a session's.
+void applySessionTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions);
+
 } // namespace doctor
 
 #endif

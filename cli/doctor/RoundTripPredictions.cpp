@@ -1,4 +1,4 @@
-#include "doctor/RoundTripPredictions.h"
+#include "doctor/Predictions.h"
 
 #include "doctor/Diagnosis.h"
 #include "doctor/RoundTrip.h"

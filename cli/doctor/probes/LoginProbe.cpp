@@ -1,6 +1,5 @@
 #include "doctor/ControlConnection.h"
 #include "doctor/Diagnosis.h"
-#include "doctor/Silence.h"
 #include "doctor/probes/Probes.h"
 
 #include <algorithm>

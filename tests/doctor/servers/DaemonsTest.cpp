@@ -1,8 +1,8 @@
 // The doctor against Debian's file servers.
 #include "RealServer.h"
 #include "doctor/Findings.h"
+#include "doctor/Predictions.h"
 #include "doctor/RoundTrip.h"
-#include "doctor/SessionPredictions.h"
 #include "harness/Examined.h"
 #include "harness/Golden.h"
 #include "harness/Truth.h"
