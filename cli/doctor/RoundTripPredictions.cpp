@@ -5,6 +5,9 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
+#include <functional>
+
 namespace doctor {
 
 namespace {
@@ -25,8 +28,7 @@ std::string permissionFor(Step step)
 }
 
 // A failure that was predicted keeps its reason: the trial has none.
-template <typename Expected>
-void apply(const RoundTrip& roundTrip, Step step, const std::optional<int>& code, Expected& prediction)
+void apply(const RoundTrip& roundTrip, Step step, const std::optional<int>& code, Expectation& prediction)
 {
     if (!code) {
         return;
@@ -46,8 +48,7 @@ void apply(const RoundTrip& roundTrip, Step step, const std::optional<int>& code
 }
 
 // How long it would have gone on is not known: where nothing spoke against it, it may be slow and work.
-template <typename Expected>
-void applyUnfinished(const std::string& failure, Expected& prediction)
+void applyUnfinished(const std::string& failure, Expectation& prediction)
 {
     const std::string reason = "tried, and it " + failure;
     if (prediction.outlook == Outlook::Fails) {
@@ -63,18 +64,9 @@ void applyUnfinished(const std::string& failure, Expected& prediction)
             : "Try that operation alone, with --trace, and look at the server and at any firewall before it.";
 }
 
-Prediction& of(const char* operation, std::vector<Prediction>& predictions)
-{
-    for (Prediction& each : predictions) {
-        if (each.operation == operation) {
-            return each;
-        }
-    }
-    return predictions.front();
-}
+using Select = std::function<Expectation&(const std::string& operation)>;
 
-template <typename Select>
-void applyTrip(const RoundTrip& roundTrip, Select of)
+void applyTrip(const RoundTrip& roundTrip, const Select& of)
 {
     apply(roundTrip, Step::Put, roundTrip.put, of("upload"));
     apply(roundTrip, Step::List, roundTrip.list, of("list"));
@@ -85,7 +77,7 @@ void applyTrip(const RoundTrip& roundTrip, Select of)
         applyUnfinished(roundTrip.failure, of(operationOf(*roundTrip.unfinished)));
     }
     if (roundTrip.get == 0 && !roundTrip.unchanged) {
-        auto& upload = of("upload");
+        Expectation& upload = of("upload");
         upload.outlook = Outlook::Fails;
         upload.reason = "what was fetched back is not what was sent, though both operations report success";
         upload.remedy =
@@ -95,15 +87,19 @@ void applyTrip(const RoundTrip& roundTrip, Select of)
 
 } // namespace
 
-void applyRoundTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions)
+void applyTrips(const Report& report, std::vector<Prediction>& predictions)
 {
-    applyTrip(roundTrip, [&predictions](const char* operation) -> Prediction& { return of(operation, predictions); });
-}
-
-void applySessionTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions)
-{
-    applyTrip(roundTrip,
-              [&predictions](const char* operation) -> Expectation& { return of(operation, predictions).session; });
+    const auto of = [&predictions](const std::string& operation) -> Prediction& {
+        return *std::find_if(predictions.begin(), predictions.end(),
+                             [&operation](const Prediction& each) { return each.operation == operation; });
+    };
+    if (report.roundTrip) {
+        applyTrip(*report.roundTrip, of);
+    }
+    if (report.sessionTrip) {
+        applyTrip(*report.sessionTrip,
+                  [&of](const std::string& operation) -> Expectation& { return of(operation).session; });
+    }
 }
 
 } // namespace doctor
