@@ -24,6 +24,9 @@ public:
     /// The host, an IPv6 address without its brackets.
     std::string host() const;
 
+    /// "ftp", "ftps" or "sftp".
+    const std::string& scheme() const { return m_scheme; }
+
     /// The port in the URL; 0 where it has none.
     uint32_t ownPort() const { return m_port; }
 

@@ -1,42 +1,16 @@
 #include "doctor/Access.h"
 
+#include "base/PercentCode.h"
+#include "base/RemoteUrl.h"
+
 #include <ConfigReader.h>
 
-#include <curl/curl.h>
 #include <openssl/err.h>
 #include <tls/TlsTrust.h>
-
-#include <memory>
-#include <stdexcept>
 
 namespace doctor {
 
 namespace {
-
-/// A URL in the parts that libcurl sees in it.
-class Url
-{
-public:
-    explicit Url(const std::string& text) : m_url(curl_url(), curl_url_cleanup)
-    {
-        if (!m_url || curl_url_set(m_url.get(), CURLUPART_URL, text.c_str(), CURLU_PATH_AS_IS) != CURLUE_OK) {
-            throw std::runtime_error("libcurl cannot read the URL.");
-        }
-    }
-
-    std::string part(CURLUPart which) const
-    {
-        char* text = nullptr;
-        if (curl_url_get(m_url.get(), which, &text, CURLU_URLDECODE) != CURLUE_OK) {
-            return {};
-        }
-        const std::unique_ptr<char, decltype(&curl_free)> owner(text, curl_free);
-        return text;
-    }
-
-private:
-    std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> m_url;
-};
 
 Scheme schemeOf(const std::string& scheme)
 {
@@ -44,11 +18,6 @@ Scheme schemeOf(const std::string& scheme)
         return Scheme::Ftps;
     }
     return scheme == "sftp" ? Scheme::Sftp : Scheme::Ftp;
-}
-
-std::string withoutBrackets(const std::string& host)
-{
-    return !host.empty() && host.front() == '[' ? host.substr(1, host.size() - 2) : host;
 }
 
 Trust trustOf(const std::string& caCert, Scheme scheme)
@@ -66,9 +35,8 @@ Trust trustOf(const std::string& caCert, Scheme scheme)
 
 Access::Access(const SFtpRequest& from, std::chrono::milliseconds time)
     : request(from), limit(time), mask(from.userName, from.password),
-      scheme(schemeOf(Url(from.remotePath).part(CURLUPART_SCHEME))),
-      host(withoutBrackets(Url(from.remotePath).part(CURLUPART_HOST))), path(Url(from.remotePath).part(CURLUPART_PATH)),
-      trust(trustOf(from.caCert, scheme))
+      scheme(schemeOf(RemoteUrl(from.remotePath).scheme())), host(RemoteUrl(from.remotePath).host()),
+      path(percentDecoded(from.remotePath.substr(rootUrl().size() - 1))), trust(trustOf(from.caCert, scheme))
 {
 }
 

@@ -1,16 +1,28 @@
 #ifndef SFTPCLIENT_CLI_DOCTOR_ACCESS_H
 #define SFTPCLIENT_CLI_DOCTOR_ACCESS_H
 
-#include "doctor/OpenSslObjects.h"
 #include "doctor/Report.h"
 #include "output/PasswordMask.h"
 
 #include <SFtpRequest.h>
 
+#include <openssl/bio.h>
+#include <openssl/x509.h>
+
 #include <chrono>
+#include <memory>
 #include <string>
 
 namespace doctor {
+
+template <typename Type, void (*Release)(Type*)>
+struct Releaser
+{
+    void operator()(Type* object) const { Release(object); }
+};
+
+using X509Certificate = std::unique_ptr<X509, Releaser<X509, X509_free>>;
+using MemoryBio = std::unique_ptr<BIO, Releaser<BIO, BIO_free_all>>;
 
 /// What every probe needs to know: the server, the login, and how long to wait.
 struct Access

@@ -1,4 +1,4 @@
-#include "doctor/CertificateDiagnosis.h"
+#include "doctor/Diagnosis.h"
 
 #include <openssl/x509_vfy.h>
 

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <exception>
 #include <fstream>
 #include <utility>
@@ -71,6 +72,15 @@ void silence()
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     require(nowhere >= 0 && dup2(nowhere, STDOUT_FILENO) >= 0 && dup2(nowhere, STDERR_FILENO) >= 0,
             "the output cannot be silenced");
+}
+
+void writeAll(int results, const void* bytes, std::size_t size)
+{
+    for (std::size_t written = 0; written < size;) {
+        const ssize_t count = write(results, static_cast<const char*>(bytes) + written, size - written);
+        require(count >= 0, "a result is lost");
+        written += static_cast<std::size_t>(count);
+    }
 }
 
 [[noreturn]] void runApart(const std::function<void(int)>& work, int results)
@@ -140,12 +150,15 @@ Child::~Child()
     }
 }
 
-bool Child::finishes()
+std::string Child::finish()
 {
     int status = 0;
     waitpid(m_process, &status, 0);
     m_process = -1;
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    if (!WIFEXITED(status)) {
+        return "ended without a result";
+    }
+    return WEXITSTATUS(status) == 0 ? "" : "needed more memory than it may have";
 }
 
 Child::Event Child::wait(const SignalsHeld& signals, std::chrono::steady_clock::time_point end) const
@@ -167,33 +180,52 @@ Child::Event Child::wait(const SignalsHeld& signals, std::chrono::steady_clock::
 Child::Outcome Child::collect(const SignalsHeld& signals, std::chrono::steady_clock::time_point end)
 {
     Outcome outcome;
-    std::vector<std::uint8_t> bytes;
-    for (;;) {
+    bool goesOn = true;
+    while (goesOn) {
         outcome.event = wait(signals, end);
-        if (outcome.event != Event::Result) {
-            return outcome;
-        }
-        std::array<std::uint8_t, 65536> part = {};
-        const ssize_t got = read(m_results, part.data(), part.size());
-        if (got <= 0) {
-            break;
-        }
-        bytes.insert(bytes.end(), part.begin(), part.begin() + got);
+        goesOn = outcome.event == Event::Result && takePart();
     }
-    if (finishes()) {
-        outcome.bytes = std::move(bytes);
+    if (outcome.event == Event::Result) {
+        outcome.failure = finish();
     }
+    // What it has given before a signal came counts, also where this process was slower than the signal.
+    pollfd more = {m_results, POLLIN, 0};
+    while (outcome.event != Event::Result && poll(&more, 1, 0) > 0 && takePart()) {
+    }
+    outcome.result = m_result;
     return outcome;
 }
 
-void writeAll(int results, const std::vector<std::uint8_t>& bytes)
+bool Child::takePart()
 {
-    std::size_t written = 0;
-    while (written < bytes.size()) {
-        const ssize_t count = write(results, bytes.data() + written, bytes.size() - written);
-        require(count >= 0, "a result is lost");
-        written += static_cast<std::size_t>(count);
+    std::array<std::uint8_t, 65536> part = {};
+    const ssize_t got = read(m_results, part.data(), part.size());
+    m_bytes.insert(m_bytes.end(), part.begin(), part.begin() + std::max<ssize_t>(0, got));
+    takeResults();
+    return got > 0;
+}
+
+// Each follows its size.
+void Child::takeResults()
+{
+    std::size_t size = 0;
+    while (m_bytes.size() >= sizeof size) {
+        std::memcpy(&size, m_bytes.data(), sizeof size);
+        if (m_bytes.size() - sizeof size < size) {
+            return;
+        }
+        const auto begin = m_bytes.begin() + sizeof size;
+        const auto end = begin + static_cast<std::ptrdiff_t>(size);
+        m_result.assign(begin, end);
+        m_bytes.erase(m_bytes.begin(), end);
     }
+}
+
+void writeResult(int results, const std::vector<std::uint8_t>& bytes)
+{
+    const std::size_t size = bytes.size();
+    writeAll(results, &size, sizeof size);
+    writeAll(results, bytes.data(), size);
 }
 
 } // namespace doctor

@@ -8,7 +8,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <optional>
+#include <string>
 #include <vector>
 
 namespace doctor {
@@ -45,8 +45,8 @@ public:
 
     int results() const { return m_results; }
 
-    /// Waits for its end; whether it got to the end of its work.
-    bool finishes();
+    /// Waits for its end. Returns how it ended, if that was not the end of its work.
+    std::string finish();
 
     enum class Event
     {
@@ -58,21 +58,27 @@ public:
     /// Waits for what comes first.
     Event wait(const SignalsHeld& signals, std::chrono::steady_clock::time_point end) const;
 
-    /// What the work has given by `end`; without `bytes` where it came to no good end.
+    /// The last result that the work has given by `end`, and how it ended, if that was not the end of its work.
     struct Outcome
     {
         Event event = Event::Result;
-        std::optional<std::vector<std::uint8_t>> bytes;
+        std::vector<std::uint8_t> result;
+        std::string failure;
     };
     Outcome collect(const SignalsHeld& signals, std::chrono::steady_clock::time_point end);
 
 private:
+    bool takePart();
+    void takeResults();
+
     pid_t m_process = -1;
     int m_results = -1;
+    std::vector<std::uint8_t> m_bytes; // of a result that is not whole yet
+    std::vector<std::uint8_t> m_result;
 };
 
-/// For the work of a child. Throws `std::system_error`.
-void writeAll(int results, const std::vector<std::uint8_t>& bytes);
+/// For the work of a child: a result, which takes the place of those before. Throws `std::system_error`.
+void writeResult(int results, const std::vector<std::uint8_t>& bytes);
 
 } // namespace doctor
 

@@ -1,8 +1,5 @@
-#include "doctor/CleanUp.h"
-
-#include "doctor/Access.h"
-#include "doctor/ControlConnection.h"
 #include "doctor/RoundTrip.h"
+#include "doctor/probes/Probes.h"
 
 #include <algorithm>
 
@@ -19,13 +16,15 @@ bool hasRemovedOne(const ProbeResult& result)
 
 ProbeResult removeAndLook(const Access& access, ControlConnection& connection, const std::vector<std::string>& files)
 {
-    Transfer transfer{access.request.remotePath, Transfer::What::Names};
+    Transfer removal{access.request.remotePath, Transfer::What::Nothing};
     for (const std::string& file : files) {
-        transfer.afterLogin.push_back(access.scheme == Scheme::Sftp ? "rm \"" + access.path + file + "\""
-                                                                    : "DELE " + access.path.substr(1) + file);
+        removal.afterListing.push_back(access.scheme == Scheme::Sftp ? "rm \"" + access.path + file + "\""
+                                                                     : "DELE " + file);
     }
     connection.mayReconnect();
-    return connection.run(transfer);
+    ProbeResult removed = connection.run(removal);
+    ProbeResult looked = connection.run({access.request.remotePath, Transfer::What::Names});
+    return looked.made ? looked : removed;
 }
 
 // A step that was begun may have left a file, unless it was deleted.
@@ -37,32 +36,40 @@ bool mayHaveLeftSomething(const RoundTrip& trip)
 
 } // namespace
 
-void cleanUp(const Question& question, const Report& report, RoundTrip& roundTrip)
+void cleanUpOver(ControlConnection& connection, const Access& access, Report& report)
 {
-    const Access access(question.request, question.limit);
-    const bool overTls = report.client.test.loggedIn();
-    const bool bySession = !overTls && report.session.test.loggedIn();
-    ControlConnection connection(access, overTls ? Manner::Client : bySession ? Manner::Session : Manner::Bare);
-    const std::string& name = roundTrip.name;
-    std::vector<std::string> files = {name, renamed(name)};
+    RoundTrip& trip = *report.roundTrip;
+    std::vector<std::string> files = {trip.name, renamed(trip.name)};
     if (report.sessionTrip) {
-        files.push_back(nameForSession(name));
-        files.push_back(renamed(nameForSession(name)));
+        files.push_back(report.sessionTrip->name);
+        files.push_back(renamed(report.sessionTrip->name));
     }
     ProbeResult cleaned = removeAndLook(access, connection, files);
+    if (isTurnedAway(cleaned, report)) {
+        return;
+    }
     // A session that was broken off leaves its file under a name of its own choice.
-    std::vector<std::string> left = cleaned.names.holding(name);
+    std::vector<std::string> left = cleaned.names.holding(trip.name);
     if (!left.empty() && report.sessionTrip) {
         cleaned = removeAndLook(access, connection, left);
-        left = cleaned.names.holding(name);
+        left = cleaned.names.holding(trip.name);
     }
+    trip.leftBehind.clear();
     for (const std::string& file : left) {
-        roundTrip.leftBehind.push_back(question.request.remotePath + file);
+        trip.leftBehind.push_back(access.request.remotePath + file);
     }
     // At most one of the names of a trip is there: where one was removed, no listing is needed.
     const bool hasLooked = cleaned.succeeded() && !cleaned.names.isCut();
     const bool sessionMayHave = report.sessionTrip && mayHaveLeftSomething(*report.sessionTrip);
-    roundTrip.leftUnknown = !hasLooked && (sessionMayHave || (roundTrip.remove != 0 && !hasRemovedOne(cleaned)));
+    trip.leftUnknown = !hasLooked && (sessionMayHave || (trip.remove != 0 && !hasRemovedOne(cleaned)));
+}
+
+void cleanUp(const Access& access, Report& report)
+{
+    const bool overTls = report.client.test.loggedIn() || access.scheme == Scheme::Sftp;
+    const bool bySession = !overTls && report.session.test.loggedIn();
+    ControlConnection connection(access, overTls ? Manner::Client : bySession ? Manner::Session : Manner::Bare);
+    cleanUpOver(connection, access, report);
 }
 
 } // namespace doctor

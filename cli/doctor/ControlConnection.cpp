@@ -14,9 +14,6 @@ namespace doctor {
 
 namespace {
 
-// A transfer has as many waits as this, at most, before it is given up as a whole.
-constexpr int kWaits = 3;
-
 struct FreeList
 {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
@@ -24,11 +21,11 @@ struct FreeList
 using List = std::unique_ptr<curl_slist, FreeList>;
 
 // With a "*" in front, libcurl goes on when the server refuses.
-List listOf(const std::vector<std::string>& commands)
+List listOf(const std::vector<std::string>& commands, const std::string& beginning)
 {
     List list;
     for (const std::string& command : commands) {
-        curl_slist* const longer = curl_slist_append(list.get(), ("*" + command).c_str());
+        curl_slist* const longer = curl_slist_append(list.get(), (beginning + command).c_str());
         if (longer == nullptr) {
             throw std::bad_alloc();
         }
@@ -51,7 +48,7 @@ void setLimits(CURL* handle, std::chrono::milliseconds limit)
     curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limit.count()));
     const auto seconds = std::chrono::ceil<std::chrono::seconds>(limit);
     curl_easy_setopt(handle, CURLOPT_FTP_RESPONSE_TIMEOUT, static_cast<long>(seconds.count()));
-    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(kWaits * limit.count()));
+    curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(ControlConnection::kWaits * limit.count()));
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
 }
 
@@ -86,6 +83,8 @@ ControlConnection::ControlConnection(const Access& access, Manner manner)
     curl_easy_setopt(handle, CURLOPT_PASSWORD, access.request.password.c_str());
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, keep);
     curl_easy_setopt(handle, CURLOPT_WRITEDATA, &m_names);
+    curl_easy_setopt(handle, CURLOPT_READFUNCTION, give);
+    curl_easy_setopt(handle, CURLOPT_READDATA, this);
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_error.data());
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, hear);
     curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
@@ -125,15 +124,20 @@ void ControlConnection::prepare(const Transfer& transfer)
     curl_easy_setopt(handle, CURLOPT_URL, transfer.url.c_str());
     curl_easy_setopt(handle, CURLOPT_DIRLISTONLY, transfer.what == Transfer::What::Names ? 1L : 0L);
     curl_easy_setopt(handle, CURLOPT_NOBODY, transfer.what == Transfer::What::Nothing ? 1L : 0L);
+    curl_easy_setopt(handle, CURLOPT_UPLOAD, transfer.what == Transfer::What::Upload ? 1L : 0L);
+    curl_easy_setopt(handle, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(transfer.content.size()));
     m_lastCommand = transfer.lastCommand;
+    m_content = transfer.content;
+    m_given = 0;
     m_names = {};
     m_error[0] = '\0';
 }
 
 ProbeResult ControlConnection::run(const Transfer& transfer)
 {
-    const List afterLogin = listOf(transfer.afterLogin);
-    const List afterListing = listOf(transfer.afterListing);
+    const char* const beginning = transfer.areRequired ? "" : "*";
+    const List afterLogin = listOf(transfer.afterLogin, beginning);
+    const List afterListing = listOf(transfer.afterListing, beginning);
     prepare(transfer);
     curl_easy_setopt(m_handle.get(), CURLOPT_QUOTE, afterLogin.get());
     curl_easy_setopt(m_handle.get(), CURLOPT_POSTQUOTE, afterListing.get());
@@ -171,6 +175,20 @@ ProbeResult ControlConnection::resultOf(CURLcode code)
 }
 
 void ControlConnection::cut() const { shutdown(m_control, SHUT_RDWR); }
+
+void ControlConnection::waitLonger() const
+{
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(kWaits * m_access.limit);
+    curl_easy_setopt(m_handle.get(), CURLOPT_FTP_RESPONSE_TIMEOUT, static_cast<long>(seconds.count()));
+}
+
+size_t ControlConnection::give(char* bytes, size_t one, size_t count, void* self) noexcept
+{
+    auto& connection = *static_cast<ControlConnection*>(self);
+    const size_t given = connection.m_content.copy(bytes, one * count, connection.m_given);
+    connection.m_given += given;
+    return given;
+}
 
 size_t ControlConnection::hear(char* /*bytes*/, size_t one, size_t count, void* self) noexcept
 {

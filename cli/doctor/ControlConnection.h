@@ -26,17 +26,23 @@ enum class Manner
 /// What is transferred over a connection.
 struct Transfer
 {
-    std::string url; ///< of a directory
+    std::string url; ///< of a directory, or of a file
     enum class What
     {
         LongListing, ///< LIST
         Names,       ///< NLST
-        Nothing      ///< the directory is entered, and that is all
+        Nothing,     ///< the directory is entered, and that is all
+        Download,
+        Upload
     } what = What::LongListing;
-    /// Commands that may fail: between the login and the way to the directory, and after its listing.
+    /// Commands between the login and the way to the directory, and after its listing. With FTP they may fail; so they
+    /// may over SSH, unless `areRequired`.
     std::vector<std::string> afterLogin = {};
     std::vector<std::string> afterListing = {};
-    std::string lastCommand = {}; ///< the transfer is refused after the reply to this one; empty: none is
+    bool areRequired = false;
+    std::string content = {}; ///< of an upload
+    /// The transfer is refused after the reply to what begins so; to anything, if it is empty.
+    std::optional<std::string> lastCommand = {};
 };
 
 /// A control connection of libcurl's: transfers over it, one after the other, as long as it lasts. Where those in whose
@@ -44,6 +50,9 @@ struct Transfer
 class ControlConnection
 {
 public:
+    /// A transfer may take this many times the limit, before it is given up as a whole.
+    static constexpr int kWaits = 3;
+
     /// REQUIRES: `access` outlives this object.
     ControlConnection(const Access& access, Manner manner);
     ~ControlConnection();
@@ -63,6 +72,9 @@ public:
         m_transcript.beginAnew();
     }
 
+    /// Lets each reply take as long as a transfer may.
+    void waitLonger() const;
+
     /// For a transfer that has seen enough: what libcurl would still say to the server is not said.
     void cut() const;
 
@@ -71,6 +83,7 @@ private:
     void prepare(const Transfer& transfer);
     ProbeResult resultOf(CURLcode code);
     bool isControl(const curl_sockaddr& address) const;
+    static size_t give(char* bytes, size_t one, size_t count, void* self) noexcept;
     static size_t hear(char* bytes, size_t one, size_t count, void* self) noexcept;
     static curl_socket_t openSocket(void* self, curlsocktype purpose, curl_sockaddr* address) noexcept;
 
@@ -79,7 +92,9 @@ private:
     Transcript m_transcript; // made before the handle, because its farewell is still taken down
     NameList m_names;
     std::array<char, CURL_ERROR_SIZE> m_error = {};
-    std::string m_lastCommand;
+    std::optional<std::string> m_lastCommand;
+    std::string m_content;
+    std::size_t m_given = 0;
     std::string m_ca;
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> m_handle;
     int m_control = -1;

@@ -1,8 +1,5 @@
 #include "doctor/Diagnosis.h"
 
-#include "doctor/CertificateDiagnosis.h"
-#include "doctor/Silence.h"
-
 #include <curl/curl.h>
 
 #include <algorithm>
@@ -111,39 +108,18 @@ Diagnosis diagnoseData(const ProbeResult& visit)
         "that this machine sees, and let it use the same certificate there."};
 }
 
-// What follows from a refusal, by its code.
-std::string remedyFor(const Reply* reply, const std::string& permission)
-{
-    switch (reply == nullptr ? 0 : reply->code) {
-    case 421:
-        return "Ask the server's administrator what its log says; it may limit the connections.";
-    case 452:
-    case 552:
-        return "Free space at the server for that user, or have the quota raised.";
-    default:
-        return permission;
-    }
-}
-
 Diagnosis diagnoseListing(const ProbeResult& visit)
 {
     const Reply* const reply = refusalOf(visit);
     return {"the server refuses to list the directory " +
                 (reply == nullptr ? "(" + visit.error.shown() + ")" : quote(*reply)),
-            remedyFor(reply, "Let the user list that directory, at the server.")};
-}
-
-const Reply* lastReply(const ProbeResult& visit)
-{
-    const auto found = std::find_if(visit.transcript.rbegin(), visit.transcript.rend(),
-                                    [](const Exchange& each) { return each.reply.ending == Ending::Complete; });
-    return found == visit.transcript.rend() ? nullptr : &found->reply;
+            remedyFor(reply == nullptr ? Reply{} : *reply, kMayNotList)};
 }
 
 // 28: libcurl's word for silence and for every 421 alike.
 Diagnosis diagnoseTimeout(const Report& report, const ProbeResult& visit, bool bare)
 {
-    const Reply* const last = lastReply(visit);
+    const Reply* const last = visit.lastReply();
     if (visit.replyTo("AUTH") == nullptr && visit.replyTo("USER") == nullptr && last != nullptr) {
         return diagnoseGreeting(report);
     }
@@ -157,6 +133,19 @@ Diagnosis diagnoseTimeout(const Report& report, const ProbeResult& visit, bool b
 }
 
 } // namespace
+
+std::string remedyFor(const Reply& reply, const std::string& permission)
+{
+    switch (reply.code) {
+    case 421:
+        return "Ask the server's administrator what its log says; it may limit the connections.";
+    case 452:
+    case 552:
+        return "Free space at the server for that user, or have the quota raised.";
+    default:
+        return permission;
+    }
+}
 
 const Reply* refusalOf(const ProbeResult& result)
 {
@@ -174,6 +163,26 @@ std::string quote(const Reply& reply)
 }
 
 bool isUnlisted(const Login& login) { return login.missing.made && login.missing.code == CURLE_REMOTE_FILE_NOT_FOUND; }
+
+bool isDirectoryMissing(const Report& report)
+{
+    return report.client.test.code == CURLE_REMOTE_ACCESS_DENIED || report.bare.code == CURLE_REMOTE_ACCESS_DENIED ||
+           report.client.test.code == CURLE_REMOTE_FILE_NOT_FOUND;
+}
+
+bool isSilentInTls(const Report& report)
+{
+    const auto& versions = report.tls.versions;
+    return report.tls.auth.ending == Ending::Silent ||
+           std::any_of(versions.begin(), versions.end(),
+                       [](const TlsVersion& each) { return each.ending == Ending::Silent; });
+}
+
+bool isSilent(const Report& report)
+{
+    const Ending greeting = report.contact.greeting.ending;
+    return greeting == Ending::Silent || greeting == Ending::Garbled || isSilentInTls(report);
+}
 
 bool isTrustedBySession(const Report& report)
 {

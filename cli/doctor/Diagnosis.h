@@ -26,17 +26,39 @@ Diagnosis diagnoseClearLogin(const Reply& reply);
 /// Null where it did not.
 const Reply* refusalOf(const ProbeResult& result);
 
+/// What to do about a refusal, by its code; `permission` where the code says no more than that it is one.
+std::string remedyFor(const Reply& reply, const std::string& permission);
+constexpr char kMayNotList[] = "Let the user list that directory, at the server.";
+
 /// What the server said, for a reason: "(530 TLS first)", or nothing.
 std::string quote(const Reply& reply);
 
 /// Whether an SSH server's directory may be entered, but not listed.
 bool isUnlisted(const Login& login);
 
+/// Whether the directory was seen to be missing: an upload would make it.
+bool isDirectoryMissing(const Report& report);
+
 /// Whether a session trusts the server's certificate.
 bool isTrustedBySession(const Report& report);
 
 /// Of all versions that the server offers, whether one is new enough for the library.
 bool offersUsableTls(const Report& report);
+
+/// Why a visit did not trust the server's certificate.
+Diagnosis diagnoseCertificate(const Report& report, const ProbeResult& visit, bool bare);
+
+/// Why a session does not trust it.
+Diagnosis diagnoseGivenTrust(const Report& report);
+
+/// Why the certificates to trust cannot be used.
+Diagnosis diagnoseCaFile(const Report& report, bool bare);
+
+/// Whether the server has fallen silent when it was asked for TLS.
+bool isSilentInTls(const Report& report);
+
+/// Whether the server has fallen silent before a login, or talks without an end: every visit would only wait once more.
+bool isSilent(const Report& report);
 
 } // namespace doctor
 

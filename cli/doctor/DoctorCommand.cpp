@@ -6,7 +6,6 @@
 #include "credentials/Login.h"
 #include "doctor/Examination.h"
 #include "doctor/Renderers.h"
-#include "doctor/WriteTrial.h"
 
 #include <CurlProcess.h>
 #include <EscapeControlBytes.h>
@@ -40,6 +39,7 @@ Question questionOf(const Arguments& arguments)
     question.clearLogin = arguments.clearLogin;
     question.hostKeySha256 = arguments.fingerprint;
     question.limit = arguments.timeout;
+    question.fileName = arguments.writes ? uniqueName() : "";
     const bool inTheClear = question.request.remotePath.compare(0, 4, "ftp:") == 0;
     if (arguments.writes && inTheClear && !arguments.clearLogin) {
         throw UsageError("With an ftp: URL, --write sends the password in the clear, because the library's upload "
@@ -119,11 +119,7 @@ int runDoctor(const Arguments& arguments, const ProxyEnvironment& proxies)
     question.proxy = proxyFor(question, proxies);
     const LiveLine line;
     question.tell = [&line](const std::string& probe) { line.show(probe); };
-    Report report = examine(question);
-    if (arguments.writes && report.signal == 0) {
-        line.show("round trip");
-        report.signal = tryWriting(question, report);
-    }
+    const Report report = examine(question);
     line.clear();
     const std::vector<Prediction> predictions = predict(report);
     render(report, predictions, arguments.json);

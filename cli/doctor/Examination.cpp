@@ -2,9 +2,12 @@
 
 #include "doctor/Access.h"
 #include "doctor/Child.h"
+#include "doctor/Diagnosis.h"
 #include "doctor/Facts.h"
+#include "doctor/Predictions.h"
 #include "doctor/probes/Probes.h"
 
+#include <curl/curl.h>
 #include <openssl/rand.h>
 #include <poll.h>
 #include <unistd.h>
@@ -20,6 +23,7 @@ namespace {
 // How many times the limit a probe may take that makes one transfer, and one that makes several.
 constexpr int kWaitsOfOne = 4;
 constexpr int kWaitsOfMany = 10;
+constexpr int kWaitsOfATrip = 12;
 
 constexpr int kMostAttempts = 4;
 constexpr int kPause = 1000; // milliseconds
@@ -30,9 +34,26 @@ class Examination
 public:
     Examination(const Question& question, Report& report) : m_question(question), m_report(report) {}
 
+    using Probe = std::function<void(Report& facts, const Save& save)>;
+
     /// `waits`: how many times the limit the probe may take. Returns why it was ended, if it was. A probe that a server
     /// turns away after others were welcome is repeated: the server may not yet have noticed that they are over.
-    std::string run(const std::string& what, int waits, const std::function<void(Report&)>& probe)
+    std::string run(const std::string& what, int waits, const Probe& probe)
+    {
+        return m_report.signal == 0 ? repeat(what, waits, probe) : kInterrupted;
+    }
+
+    /// The same for a probe that no signal ends, nor keeps from being made.
+    std::string insistOn(const std::string& what, int waits, const Probe& probe)
+    {
+        m_insists = true;
+        std::string ended = repeat(what, waits, probe);
+        m_insists = false;
+        return ended;
+    }
+
+private:
+    std::string repeat(const std::string& what, int waits, const Probe& probe)
     {
         for (int attempt = 1;; ++attempt) {
             Report facts = m_report;
@@ -42,56 +63,67 @@ public:
             m_report.turnedAway = isTurnedAway ? facts.turnedAway : m_report.turnedAway;
             if (!isTurnedAway || attempt == kMostAttempts || !pause()) {
                 facts.turnedAway = m_report.turnedAway;
+                facts.signal = m_report.signal;
                 m_report = std::move(facts);
                 return ended;
             }
         }
     }
 
-private:
+    void noteSignal()
+    {
+        const int signal = m_signals.take();
+        m_report.signal = m_report.signal != 0 ? m_report.signal : signal;
+    }
+
     /// False where a signal ends it.
     bool pause()
     {
         pollfd waits = {m_signals.descriptor(), POLLIN, 0};
-        if (poll(&waits, 1, kPause) <= 0) {
-            return true;
+        if (poll(&waits, 1, kPause) > 0) {
+            noteSignal();
         }
-        m_report.signal = m_signals.take();
-        return false;
+        return m_insists || m_report.signal == 0;
     }
 
-    std::string runOnce(const std::string& what, int waits, const std::function<void(Report&)>& probe, Report& facts)
+    std::string runOnce(const std::string& what, int waits, const Probe& probe, Report& facts)
     {
-        if (facts.signal != 0) {
-            return kInterrupted;
-        }
         if (m_question.tell) {
             m_question.tell(what);
         }
         const std::chrono::milliseconds time = waits * m_question.limit;
         Child child([&](int results) {
-            probe(facts);
-            writeAll(results, packFacts(facts));
+            const Save save = [&] { writeResult(results, packFacts(facts)); };
+            probe(facts, save);
+            save();
         });
-        const Child::Outcome outcome = child.collect(m_signals, std::chrono::steady_clock::now() + time);
-        if (outcome.event == Child::Event::Late) {
+        const auto end = std::chrono::steady_clock::now() + time;
+        Child::Outcome outcome = child.collect(m_signals, end);
+        while (outcome.event == Child::Event::Signal) {
+            noteSignal();
+            if (!m_insists) {
+                break;
+            }
+            outcome = child.collect(m_signals, end);
+        }
+        if (!outcome.result.empty()) {
+            unpackFacts(outcome.result, facts);
+        }
+        switch (outcome.event) {
+        case Child::Event::Late:
             return "did not end within " + std::to_string(std::chrono::ceil<std::chrono::seconds>(time).count()) +
                    " seconds";
-        }
-        if (outcome.event == Child::Event::Signal) {
-            facts.signal = m_signals.take();
+        case Child::Event::Signal:
             return kInterrupted;
+        default:
+            return outcome.failure;
         }
-        if (!outcome.bytes) {
-            return "needed more memory than it may have";
-        }
-        unpackFacts(*outcome.bytes, facts);
-        return {};
     }
 
     const Question& m_question;
     Report& m_report;
     const SignalsHeld m_signals;
+    bool m_insists = false;
 };
 
 // The newest version that a server offers, the newest below that, and so on until there are no more.
@@ -100,8 +132,8 @@ void examineTls(Examination& examination, const Access& access, Report& report)
     auto& versions = report.tls.versions;
     std::size_t newest = 0;
     while (newest < versions.size()) {
-        const std::string ended =
-            examination.run("TLS", kWaitsOfOne, [&access, newest](Report& facts) { probeTls(access, newest, facts); });
+        const std::string ended = examination.run(
+            "TLS", kWaitsOfOne, [&access, newest](Report& facts, const Save&) { probeTls(access, newest, facts); });
         if (!ended.empty()) {
             versions[newest].ending = Ending::Silent;
             versions[newest].detail = "the handshake " + ended;
@@ -130,6 +162,52 @@ private:
     using Handler = void (*)(int);
     Handler m_before;
 };
+
+// Without a login a trial shows nothing new; a directory that an upload would make would be left behind.
+std::string obstacle(const Report& report)
+{
+    if (isDirectoryMissing(report)) {
+        return "the directory is not there, and an upload would leave it behind";
+    }
+    const bool loggedIn = report.client.test.loggedIn() || report.bare.loggedIn() ||
+                          (report.scheme == Scheme::Sftp && report.client.test.succeeded());
+    return loggedIn ? "" : "no login works";
+}
+
+void note(const std::string& ended, RoundTrip& trip)
+{
+    if (!ended.empty()) {
+        trip.failure = ended;
+    }
+}
+
+// FTP's file was sent by the login before.
+void tryWriting(Examination& examination, const Access& access, Report& report)
+{
+    if (report.roundTrip->unfinished) {
+        note(report.unfinishedBare, *report.roundTrip);
+    } else {
+        report.roundTrip->notMade = obstacle(report);
+    }
+    const bool goesOn = report.roundTrip->notMade.empty() && report.roundTrip->failure.empty();
+    if (goesOn && predictForSession(report, "upload").outlook == Outlook::Works) {
+        report.sessionTrip.emplace().name = report.roundTrip->name + "-session";
+        const std::string ended =
+            examination.run("session's round trip", kWaitsOfATrip,
+                            [&access](Report& facts, const Save& save) { makeSessionTrip(access, facts, save); });
+        note(ended, *report.sessionTrip);
+    }
+    const bool isSent = report.roundTrip->put == CURLE_OK && report.client.test.loggedIn();
+    if (goesOn && (isSent || access.scheme == Scheme::Sftp)) {
+        const std::string ended = examination.run(
+            "round trip", kWaitsOfATrip, [&access](Report& facts, const Save& save) { makeTrip(access, facts, save); });
+        note(ended, *report.roundTrip);
+    }
+    if (report.roundTrip->leftUnknown) {
+        examination.insistOn("clean-up", kWaitsOfMany,
+                             [&access](Report& facts, const Save&) { cleanUp(access, facts); });
+    }
+}
 
 // As the library finds it.
 std::string directoryIn(const std::string& commandUrl)
@@ -174,18 +252,26 @@ Report examine(const Question& question)
     probeLibcurl(report);
     Examination examination(question, report);
     if (access.scheme == Scheme::Sftp) {
-        if (!examination.run("greeting", kWaitsOfOne, [&](Report& facts) { probeGreeting(access, facts); }).empty()) {
+        if (!examination.run("greeting", kWaitsOfOne, [&](Report& facts, const Save&) { probeGreeting(access, facts); })
+                 .empty()) {
             report.contact.greeting.ending = Ending::Garbled;
         }
-        examination.run("host key", kWaitsOfOne, [&](Report& facts) { probeHostKey(access, facts); });
+        examination.run("host key", kWaitsOfOne, [&](Report& facts, const Save&) { probeHostKey(access, facts); });
     } else {
         examineTls(examination, access, report);
     }
     report.unfinishedLogin =
-        examination.run("login", kWaitsOfMany, [&](Report& facts) { probeLogin(access, missing, facts); });
-    examination.run("user name", kWaitsOfOne, [&](Report& facts) { probeClearUser(access, facts); });
-    report.unfinishedBare = examination.run("login without the library's TLS step", kWaitsOfMany,
-                                            [&](Report& facts) { probeBareLogin(access, missing, facts); });
+        examination.run("login", kWaitsOfMany, [&](Report& facts, const Save&) { probeLogin(access, missing, facts); });
+    examination.run("user name", kWaitsOfOne, [&](Report& facts, const Save&) { probeClearUser(access, facts); });
+    if (!question.fileName.empty()) {
+        report.roundTrip.emplace().name = question.fileName;
+    }
+    report.unfinishedBare =
+        examination.run("login without the library's TLS step", kWaitsOfMany,
+                        [&](Report& facts, const Save& save) { probeBareLogin(access, missing, facts, save); });
+    if (report.roundTrip) {
+        tryWriting(examination, access, report);
+    }
     return report;
 }
 

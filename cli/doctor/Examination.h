@@ -18,13 +18,15 @@ struct Question
     std::string commandUrl; ///< the directory's URL for a rename or a delete; empty: the library would take another one
     bool clearLogin = false;
     Proxy proxy;
+    std::string fileName;      ///< a name that nobody else has, for a round trip; empty: there is none
     std::string hostKeySha256; ///< for a session with an SSH server: the fingerprint that the host key must have
     std::chrono::milliseconds limit = std::chrono::seconds(20);
     std::function<void(const std::string& probe)> tell = {}; ///< called before each
 };
 
-/// Runs the probes, one after the other, each in a process of its own; a signal ends that early. Nothing is changed on
-/// the server. REQUIRES: one thread alone forks; `curl_global_init` was called, and the host services are there.
+/// Runs the probes, one after the other, each in a process of its own; a signal ends that early. Without a round trip
+/// nothing is changed on the server; with one, it is cleaned up after it, whatever happens. REQUIRES: one thread alone
+/// forks; `curl_global_init` was called, and the host services are there.
 Report examine(const Question& question);
 
 /// A file name that nobody else has.

@@ -2,6 +2,22 @@
 
 #include <nlohmann/json.hpp>
 
+#include <tuple>
+
+namespace nlohmann {
+
+template <typename Value>
+struct adl_serializer<std::optional<Value>>
+{
+    static void to_json(json& to, const std::optional<Value>& value) { to = value ? json(*value) : json(nullptr); }
+    static void from_json(const json& from, std::optional<Value>& value)
+    {
+        value = from.is_null() ? std::nullopt : std::optional<Value>(from.get<Value>());
+    }
+};
+
+} // namespace nlohmann
+
 namespace doctor {
 
 using nlohmann::json;
@@ -22,25 +38,31 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Exchange, command, reply)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProbeResult, made, connected, address, code, error, verifyResult, entryPath, names,
                                    transcript)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Login, test, listing, root, missing, commands)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RoundTrip, name, put, list, get, rename, remove, said, listed, unchanged, notMade,
+                                   unfinished, failure, leftBehind, leftUnknown)
+
+namespace {
+
+template <typename Some>
+auto factsOf(Some& report)
+{
+    return std::tie(report.contact, report.tls, report.hostKey, report.client, report.session, report.clearUser,
+                    report.bare, report.bareAgain, report.turnedAway, report.limit, report.roundTrip,
+                    report.sessionTrip);
+}
+
+} // namespace
 
 std::vector<std::uint8_t> packFacts(const Report& report)
 {
-    return json::to_msgpack({report.contact, report.tls, report.hostKey, report.client, report.session,
-                             report.clearUser, report.bare, report.bareAgain, report.turnedAway});
+    return std::apply([](const auto&... facts) { return json::to_msgpack({facts...}); }, factsOf(report));
 }
 
 void unpackFacts(const std::vector<std::uint8_t>& bytes, Report& report)
 {
-    const json facts = json::from_msgpack(bytes);
-    facts.at(0).get_to(report.contact);
-    facts.at(1).get_to(report.tls);
-    facts.at(2).get_to(report.hostKey);
-    facts.at(3).get_to(report.client);
-    facts.at(4).get_to(report.session);
-    facts.at(5).get_to(report.clearUser);
-    facts.at(6).get_to(report.bare);
-    facts.at(7).get_to(report.bareAgain);
-    facts.at(8).get_to(report.turnedAway);
+    const json packed = json::from_msgpack(bytes);
+    std::size_t place = 0;
+    std::apply([&](auto&... facts) { (packed.at(place++).get_to(facts), ...); }, factsOf(report));
 }
 
 } // namespace doctor

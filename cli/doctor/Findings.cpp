@@ -3,7 +3,6 @@
 #include "doctor/Diagnosis.h"
 #include "doctor/Predictions.h"
 #include "doctor/RoundTrip.h"
-#include "doctor/TlsFindings.h"
 
 #include <curl/curl.h>
 
@@ -164,11 +163,17 @@ Finding listingFinding(const std::string& probe, const Report& report, const Pro
             (visit.names.isCut() ? "at least " : "") + std::to_string(lines) + (lines == 1 ? " line" : " lines")};
 }
 
-void addLimit(const Reply& turnedAway, Findings& findings)
+void addLimit(const Report& report, Findings& findings)
 {
-    if (turnedAway.ending != Ending::NotTried) {
+    if (report.limit.ending != Ending::NotTried) {
+        findings.push_back(
+            {"connections", Grade::Warn,
+             "the server turns away a second one " + quote(report.limit) +
+                 ": it limits the connections of an address; set SessionOptions::maxConnections to 1, and "
+                 "give push and pull --jobs 1"});
+    } else if (report.turnedAway.ending != Ending::NotTried) {
         findings.push_back({"connections", Grade::Warn,
-                            "the server turned one away after others " + quote(turnedAway) +
+                            "the server turned one away after others " + quote(report.turnedAway) +
                                 ", so it was made again after a pause: it limits the connections of an address; a "
                                 "session then needs a lower SessionOptions::maxConnections"});
     }
@@ -236,7 +241,7 @@ std::vector<Finding> findingsOf(const Report& report)
     addContact(report, findings);
     if (report.contact.code == CURLE_OK) {
         addSecurity(report, findings);
-        addLimit(report.turnedAway, findings);
+        addLimit(report, findings);
         addVisits(report, findings);
     }
     if (report.roundTrip) {

@@ -27,6 +27,9 @@ struct Finding
 /// The report's facts in the order in which they were found out.
 std::vector<Finding> findingsOf(const Report& report);
 
+/// What protects the connection: TLS and its certificates, or the SSH server's key.
+void addSecurity(const Report& report, std::vector<Finding>& findings);
+
 } // namespace doctor
 
 #endif

@@ -43,8 +43,7 @@ Json jsonOf(const Finding& finding)
     return {{"probe", finding.probe}, {"grade", wordOf(finding.grade)}, {"seen", finding.seen}};
 }
 
-template <typename Expected>
-void tell(const Expected& expected, Json& json)
+void tell(const Expectation& expected, Json& json)
 {
     json["outlook"] = wordOf(expected.outlook);
     json["code"] = expected.code ? Json(*expected.code) : Json(nullptr);

@@ -1,9 +1,6 @@
 #include "doctor/Predictions.h"
 
 #include "doctor/Diagnosis.h"
-#include "doctor/RoundTripPredictions.h"
-#include "doctor/SessionPredictions.h"
-#include "doctor/Silence.h"
 
 #include <curl/curl.h>
 
@@ -34,19 +31,19 @@ namespace {
 constexpr int kRefusedByTheLibrary = -1;
 constexpr unsigned int kWaitsForTheServersClose = 0x080900;
 
-Prediction works(std::string reason = {}, std::string remedy = {})
+Expectation works(std::string reason = {}, std::string remedy = {})
 {
-    return {{}, Outlook::Works, 0, std::move(reason), std::move(remedy)};
+    return {Outlook::Works, 0, std::move(reason), std::move(remedy)};
 }
 
-Prediction fails(std::optional<int> code, Diagnosis why)
+Expectation fails(std::optional<int> code, Diagnosis why)
 {
-    return {{}, Outlook::Fails, code, std::move(why.reason), std::move(why.remedy)};
+    return {Outlook::Fails, code, std::move(why.reason), std::move(why.remedy)};
 }
 
-Prediction unknown(std::string reason, std::string remedy)
+Expectation unknown(std::string reason, std::string remedy)
 {
-    return {{}, Outlook::Unknown, std::nullopt, std::move(reason), std::move(remedy)};
+    return {Outlook::Unknown, std::nullopt, std::move(reason), std::move(remedy)};
 }
 
 const ProbeResult& listingVisit(const Report& report)
@@ -54,12 +51,12 @@ const ProbeResult& listingVisit(const Report& report)
     return report.client.listing.made ? report.client.listing : report.client.test;
 }
 
-Prediction failsLike(const Report& report, const ProbeResult& visit, bool bare)
+Expectation failsLike(const Report& report, const ProbeResult& visit, bool bare)
 {
     return fails(asReported(codeOf(report, visit)), diagnoseVisit(report, visit, bare));
 }
 
-Prediction predictTest(const Report& report)
+Expectation predictTest(const Report& report)
 {
     if (report.client.test.succeeded()) {
         return works();
@@ -68,14 +65,14 @@ Prediction predictTest(const Report& report)
     return fails(codeOf(report, report.client.test), diagnoseVisit(report, report.client.test, false));
 }
 
-Prediction predictList(const Report& report)
+Expectation predictList(const Report& report)
 {
     const ProbeResult& visit = listingVisit(report);
     return visit.succeeded() ? works() : failsLike(report, visit, false);
 }
 
 // Login and data connection of an upload, for ftp: URLs when only the user's name may be sent in the clear.
-Prediction predictByUserAlone(const Report& report)
+Expectation predictByUserAlone(const Report& report)
 {
     const Reply& reply = report.clearUser;
     if (reply.ending == Ending::NotTried) {
@@ -92,7 +89,7 @@ Prediction predictByUserAlone(const Report& report)
                    "URL would need none.");
 }
 
-Prediction predictUploadOverSsh(const Report& report)
+Expectation predictUploadOverSsh(const Report& report)
 {
     if (report.client.test.made && report.client.test.code == CURLE_REMOTE_FILE_NOT_FOUND) {
         return works("it makes the missing directory");
@@ -101,20 +98,20 @@ Prediction predictUploadOverSsh(const Report& report)
                                                                        : failsLike(report, report.client.test, false);
 }
 
-Prediction cautionAboutLostEnds()
+Expectation cautionAboutLostEnds()
 {
     return works("but this libcurl can lose the end of an upload over TLS 1.3 and report success",
                  "Use libcurl 8.9 or newer, or limit the server to TLS 1.2, or compare the sizes after each upload.");
 }
 
-Prediction successfulUpload(const Report& report, const std::string& reason)
+Expectation successfulUpload(const Report& report, const std::string& reason)
 {
     const bool loses = report.scheme == Scheme::Ftps && report.tls.versions[0].offered &&
                        report.libcurl.number < kWaitsForTheServersClose;
     return loses ? cautionAboutLostEnds() : works(reason);
 }
 
-Prediction predictUpload(const Report& report)
+Expectation predictUpload(const Report& report)
 {
     if (report.scheme == Scheme::Sftp) {
         return predictUploadOverSsh(report);
@@ -148,7 +145,7 @@ const Reply* sizeReply(const Report& report)
 }
 
 // The size check logs in as the upload does, but needs no data connection.
-Prediction predictSizeCheck(const Report& report)
+Expectation predictSizeCheck(const Report& report)
 {
     if (report.scheme == Scheme::Sftp) {
         const bool passes = report.client.test.succeeded() ||
@@ -175,9 +172,9 @@ Prediction predictSizeCheck(const Report& report)
     return works();
 }
 
-Prediction predictDownload(const Report& report)
+Expectation predictDownload(const Report& report)
 {
-    Prediction check = predictSizeCheck(report);
+    Expectation check = predictSizeCheck(report);
     if (check.outlook == Outlook::Fails) {
         check.code = kRefusedByTheLibrary;
         check.reason = "the size check before it: " + check.reason;
@@ -215,7 +212,7 @@ Diagnosis unknownVerb(const std::string& verb, const Reply& reply)
 }
 
 // The command was for a file that is not there.
-Prediction predictCommand(const Report& report, const std::string& verb)
+Expectation predictCommand(const Report& report, const std::string& verb)
 {
     if (report.commandDirectory.empty()) {
         return unknown(
@@ -253,46 +250,33 @@ Prediction predictCommand(const Report& report, const std::string& verb)
 }
 
 // A server that does not let a conversation end keeps an operation for ever, too, or until it fails.
-Prediction unfinished(const std::string& operation, const std::string& what, const std::string& failure)
+Expectation unfinished(const std::string& what, const std::string& failure)
 {
-    const std::string reason = what + " " + failure;
-    const std::string remedy = failure == kInterrupted ? kRunAgain : "Look at the server's log, and run doctor again.";
-    return {operation, Outlook::Unknown, std::nullopt,
-            reason,    remedy,           {Outlook::Unknown, std::nullopt, reason, remedy}};
-}
-
-Prediction named(const char* operation, Prediction prediction)
-{
-    prediction.operation = operation;
-    return prediction;
+    return unknown(what + " " + failure,
+                   failure == kInterrupted ? kRunAgain : "Look at the server's log, and run doctor again.");
 }
 
 } // namespace
 
 std::vector<Prediction> predict(const Report& report)
 {
-    std::vector<Prediction> predictions = {named("download", predictDownload(report)),
-                                           named("upload", predictUpload(report)),
-                                           named("rename", predictCommand(report, "rename")),
-                                           named("delete", predictCommand(report, "rm")),
-                                           named("list", predictList(report)),
-                                           named("test", predictTest(report))};
+    std::vector<Prediction> predictions = {{predictDownload(report), "download", {}},
+                                           {predictUpload(report), "upload", {}},
+                                           {predictCommand(report, "rename"), "rename", {}},
+                                           {predictCommand(report, "rm"), "delete", {}},
+                                           {predictList(report), "list", {}},
+                                           {predictTest(report), "test", {}}};
     for (Prediction& each : predictions) {
+        Expectation& client = each;
         each.session = predictForSession(report, each.operation);
         if (!report.unfinishedLogin.empty()) {
-            each = unfinished(each.operation, "the probe that logs in", report.unfinishedLogin);
-        } else if (!report.unfinishedBare.empty() && (each.operation == "upload" || each.operation == "download")) {
-            const Expectation session = each.session;
-            each = unfinished(each.operation, "the login without the library's TLS step", report.unfinishedBare);
-            each.session = session;
+            client = each.session = unfinished("the probe that logs in", report.unfinishedLogin);
+        } else if (!report.unfinishedBare.empty() && !report.bare.made &&
+                   (each.operation == "upload" || each.operation == "download")) {
+            client = unfinished("the login without the library's TLS step", report.unfinishedBare);
         }
     }
-    if (report.roundTrip) {
-        applyRoundTrip(*report.roundTrip, predictions);
-    }
-    if (report.sessionTrip) {
-        applySessionTrip(*report.sessionTrip, predictions);
-    }
+    applyTrips(report, predictions);
     for (Prediction& each : predictions) {
         if (each.outlook == Outlook::Fails && each.session.outlook == Outlook::Works) {
             each.remedy = "Use SFtpSession, with which it works." +

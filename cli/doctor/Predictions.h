@@ -23,20 +23,16 @@ enum class Outlook
 struct Expectation
 {
     Outlook outlook = Outlook::Unknown;
-    std::optional<int> code;
-    std::string reason;
-    std::string remedy;
-};
-
-/// What one operation of the libraries will do, and why: of `SFtpClient`, and of `SFtpSession`.
-struct Prediction
-{
-    std::string operation; ///< "download", "upload", "rename", "delete", "list" or "test"
-    Outlook outlook = Outlook::Unknown;
     std::optional<int> code; ///< the operation's result, where it can be told: libcurl's code, or -1
     std::string reason;      ///< empty where there is nothing to say
     std::string remedy;      ///< what to change, one sentence; of something that works, what to beware of
-    Expectation session = {};
+};
+
+/// What one operation of the libraries will do, and why: of `SFtpClient`, and of `SFtpSession`.
+struct Prediction : Expectation
+{
+    std::string operation; ///< "download", "upload", "rename", "delete", "list" or "test"
+    Expectation session;
 };
 
 /// Predicts the six operations from the facts alone. What only writing would show, above all whether the user may
@@ -54,6 +50,12 @@ bool hasLookedForFile(const Reply& reply);
 
 /// Of `SFtpClient`'s operations: 0 when all will work, 1 when one will fail, 3 when none will fail but one is unknown.
 int exitStatusOf(const std::vector<Prediction>& predictions);
+
+/// What this operation of `SFtpSession`, with its default options and the fingerprint that the report has, will do.
+Expectation predictForSession(const Report& report, const std::string& operation);
+
+/// Puts what the round trips have shown in the place of what was predicted.
+void applyTrips(const Report& report, std::vector<Prediction>& predictions);
 
 } // namespace doctor
 

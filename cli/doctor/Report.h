@@ -139,6 +139,8 @@ struct ProbeResult
     bool succeeded() const { return made && code == 0; }
     /// The reply to the last command that begins with `beginning`, or null.
     const Reply* replyTo(const std::string& beginning) const;
+    /// The last that is whole, or null.
+    const Reply* lastReply() const;
     bool loggedIn() const;
 };
 
@@ -161,7 +163,7 @@ enum class Step
     Remove
 };
 
-/// A full round trip through the library, with a file of its own: libcurl's code of each step that was made, or -1.
+/// A full round trip with a file of its own, as the library makes it: libcurl's code of each step that was made, or -1.
 struct RoundTrip
 {
     std::string name; ///< the file's
@@ -170,13 +172,14 @@ struct RoundTrip
     std::optional<int> get;
     std::optional<int> rename;
     std::optional<int> remove;
+    std::array<Reply, 5> said;      ///< for each step that the server refused
     bool listed = false;            ///< the listing named the file
     bool unchanged = false;         ///< what came back is what was sent
     std::string notMade;            ///< why there was none, if so
     std::optional<Step> unfinished; ///< a step that was begun, and has no result
     std::string failure;            ///< of that step, or of the trip, if it ended early: "did not finish in time"
     std::vector<std::string> leftBehind;
-    bool leftUnknown = false; ///< whether something was left behind could not be found out
+    bool leftUnknown = false; ///< whether something is left behind has not been found out
 };
 
 struct Report
@@ -194,6 +197,7 @@ struct Report
 
     // The facts.
     Reply turnedAway; ///< the greeting of a probe that came after others that were welcome, before it was repeated
+    Reply limit;      ///< what the server said to a second connection while one was open, where it turned that away
     std::string unfinishedLogin; ///< how the probe that logs in was ended, which was not to end by itself
     std::string unfinishedBare;  ///< the same without TLS
     int signal = 0;              ///< that ended the examination early

@@ -1,12 +1,10 @@
 #include "doctor/RoundTrip.h"
 
-#include "doctor/LocalFile.h"
-#include "doctor/NameList.h"
+#include "doctor/Predictions.h"
+#include "doctor/probes/Probes.h"
 
-#include <SFtpClient.h>
 #include <SFtpSession.h>
 
-#include <fstream>
 #include <sstream>
 
 namespace doctor {
@@ -25,164 +23,286 @@ std::string contentFor(const std::string& name)
     return content;
 }
 
-/// The library's operations on the one file.
-class Trip
+/// What came of a step.
+struct Tried
+{
+    int code = 0;
+    Reply said = {}; ///< where the server refused
+    bool good = true;
+    bool isLate = false;
+};
+
+void record(Step step, const Tried& tried, RoundTrip& trip)
+{
+    trip.said[static_cast<std::size_t>(step)] = tried.said;
+    switch (step) {
+    case Step::Put:
+        trip.put = tried.code;
+        break;
+    case Step::List:
+        trip.list = tried.code;
+        trip.listed = tried.code == 0 && tried.good;
+        break;
+    case Step::Get:
+        trip.get = tried.code;
+        trip.unchanged = tried.code == 0 && tried.good;
+        break;
+    case Step::Rename:
+        trip.rename = tried.code;
+        break;
+    case Step::Remove:
+        trip.remove = tried.code;
+        break;
+    }
+}
+
+/// Makes the steps of a trip one after the other, until one takes too long.
+class Steps
 {
 public:
-    Trip(SFtpClient& client, SFtpSession* session, const Question& question, const std::string& name)
-        : m_client(client), m_session(session), m_question(question), m_name(name)
-    {
-    }
+    Steps(const Access& access, RoundTrip& trip, const Save& save) : m_access(access), m_trip(trip), m_save(save) {}
 
-    int put()
+    void make(Step step, const std::function<Tried()>& operation)
     {
-        m_sent.write(contentFor(m_name));
-        SFtpRequest request = of(m_name);
-        request.localPath = m_sent.path();
-        return m_client.UploadFileToSFtpServer(request, m_text);
-    }
-    int list()
-    {
-        SFtpRequest request = m_question.request;
-        request.localPath = m_listing.path();
-        return m_client.Listsftpdir(request, m_text);
-    }
-    int get()
-    {
-        SFtpRequest request = of(m_name);
-        if (m_session != nullptr) {
-            return getIntoMemory(request);
+        if (!m_trip.failure.empty()) {
+            return;
         }
-        request.localPath = m_fetched.path();
-        return m_client.DownLoadSFtpFile(request, m_text);
+        m_trip.unfinished = step;
+        m_save();
+        const Tried tried = operation();
+        if (tried.isLate) {
+            const auto time = ControlConnection::kWaits * m_access.limit;
+            m_trip.failure = "did not finish within " +
+                             std::to_string(std::chrono::ceil<std::chrono::seconds>(time).count()) + " seconds";
+            return;
+        }
+        m_trip.unfinished.reset();
+        record(step, tried, m_trip);
     }
-    int rename()
-    {
-        SFtpRequest request = forCommand(m_name);
-        request.localPath = renamed(m_name);
-        return m_client.ReNameSFtpFile(request, m_text);
-    }
-    int remove(const std::string& name) { return m_client.DelSFtpFile(forCommand(name), m_text); }
-
-    bool isListed() const
-    {
-        std::ifstream listing(m_listing.path(), std::ios::binary);
-        return listingNames(listing, m_name);
-    }
-    bool isUnchanged() const { return m_fetched.content() == contentFor(m_name); }
 
 private:
-    // A session would make its own file beside the one in memory, where there is no folder.
-    int getIntoMemory(const SFtpRequest& request)
+    const Access& m_access;
+    RoundTrip& m_trip;
+    const Save& m_save;
+};
+
+/// The library's operations over a connection that is kept.
+class Commands
+{
+public:
+    Commands(const Access& access, ControlConnection& connection, const std::string& name)
+        : m_access(access), m_connection(connection), m_name(name)
+    {
+        connection.waitLonger();
+    }
+
+    Tried put()
+    {
+        Transfer transfer{url(), Transfer::What::Upload};
+        transfer.content = contentFor(m_name);
+        if (m_access.scheme != Scheme::Sftp) {
+            transfer.afterListing = {"SIZE " + m_name};
+        }
+        return run(transfer);
+    }
+    Tried list()
+    {
+        Tried tried = run({m_access.request.remotePath, Transfer::What::Names});
+        tried.good = m_result.names.holds(m_name);
+        return tried;
+    }
+    Tried get()
+    {
+        Tried tried = run({url(), Transfer::What::Download});
+        tried.good = m_result.names.bytes() == contentFor(m_name);
+        return tried;
+    }
+    Tried command(const std::string& text)
+    {
+        Transfer transfer{m_access.request.remotePath, Transfer::What::Nothing};
+        transfer.afterListing = {text};
+        transfer.areRequired = m_access.scheme == Scheme::Sftp;
+        Tried tried = run(transfer);
+        const Reply* const reply = m_result.replyTo(text);
+        if (!transfer.areRequired && tried.code == CURLE_OK && (reply == nullptr || reply->code / 100 != 2)) {
+            tried.code = CURLE_QUOTE_ERROR;
+            tried.said = reply == nullptr ? Reply{} : *reply;
+        }
+        return tried;
+    }
+
+    const ProbeResult& result() const { return m_result; }
+
+private:
+    std::string url() const { return m_access.request.remotePath + m_name; }
+
+    Tried run(const Transfer& transfer)
+    {
+        m_result = m_connection.run(transfer);
+        if (!m_result.made) {
+            m_connection.mayReconnect();
+            m_result = m_connection.run(transfer);
+        }
+        Tried tried;
+        tried.code = asReported(m_result.code);
+        const Reply* const last = m_result.lastReply();
+        if (tried.code != CURLE_OK && last != nullptr && last->code >= 400) {
+            tried.said = *last;
+        }
+        tried.isLate = tried.code == CURLE_OPERATION_TIMEDOUT && tried.said.code != 421;
+        return tried;
+    }
+
+    const Access& m_access;
+    ControlConnection& m_connection;
+    const std::string m_name;
+    ProbeResult m_result;
+};
+
+/// The same by a session.
+class Operations
+{
+public:
+    Operations(const Access& access, const std::string& hostKeySha256, const std::string& name)
+        : m_access(access), m_name(name), m_session(optionsFor(access, hostKeySha256))
+    {
+    }
+
+    Tried test() { return triedOf(m_session.TestSConnect(m_access.request, m_text)); }
+    Tried put()
+    {
+        const std::string content = contentFor(m_name);
+        std::istringstream stream(content);
+        return triedOf(m_session.UploadFrom(file(), stream, m_text, static_cast<std::int64_t>(content.size())));
+    }
+    Tried list()
+    {
+        SFtpRequest request = m_access.request;
+        request.localPath = "/dev/null";
+        return triedOf(m_session.Listsftpdir(request, m_text));
+    }
+    Tried get()
     {
         std::ostringstream content;
-        const int code = m_session->DownLoadTo(request, content, m_text);
-        m_fetched.write(content.str());
-        return code;
+        Tried tried = triedOf(m_session.DownLoadTo(file(), content, m_text));
+        tried.good = content.str() == contentFor(m_name);
+        return tried;
     }
-
-    SFtpRequest of(const std::string& file) const
+    Tried rename()
     {
-        SFtpRequest request = m_question.request;
-        request.remotePath += (request.remotePath.back() == '/' ? "" : "/") + file;
+        SFtpRequest request = named(m_name);
+        request.localPath = renamed(m_name);
+        return triedOf(m_session.ReNameSFtpFile(request, m_text));
+    }
+    Tried remove(const std::string& name) { return triedOf(m_session.DelSFtpFile(named(name), m_text)); }
+
+private:
+    static SessionOptions optionsFor(const Access& access, const std::string& hostKeySha256)
+    {
+        SessionOptions options;
+        options.hostKeySha256 = hostKeySha256;
+        options.callTimeout = ControlConnection::kWaits * access.limit;
+        return options;
+    }
+    SFtpRequest file() const
+    {
+        SFtpRequest request = m_access.request;
+        request.remotePath += m_name;
         return request;
     }
-    SFtpRequest forCommand(const std::string& file) const
+    SFtpRequest named(const std::string& name) const
     {
-        SFtpRequest request = m_question.request;
-        request.remotePath = m_question.commandUrl;
-        request.remoteFileName = file;
+        SFtpRequest request = m_access.request;
+        request.remoteFileName = name;
         return request;
     }
 
-    SFtpClient& m_client;
-    SFtpSession* m_session;
-    const Question& m_question;
+    // The server's last reply stands at the end of a session's text.
+    Tried triedOf(int code) const
+    {
+        Tried tried;
+        tried.code = code;
+        constexpr char kLast[] = "(the server's last reply: ";
+        const std::string::size_type at = code == CURLE_OK ? std::string::npos : m_text.rfind(kLast);
+        if (at != std::string::npos) {
+            const std::string::size_type begin = at + sizeof kLast - 1;
+            const std::string line = m_text.substr(begin, m_text.size() - begin - 1);
+            tried.said = endsReply(line) ? replyOf(line, m_access.mask) : Reply{};
+        }
+        tried.said = tried.said.code >= 400 ? tried.said : Reply{};
+        tried.isLate = code == CURLE_OPERATION_TIMEDOUT && tried.said.code != 421;
+        return tried;
+    }
+
+    const Access& m_access;
     const std::string m_name;
-    const LocalFile m_sent;
-    const LocalFile m_listing;
-    const LocalFile m_fetched;
+    SFtpSession m_session;
     std::string m_text;
 };
 
-// A session's listing is left out: it needs a folder for the file that it writes.
-void makeTrip(SFtpClient& client, SFtpSession* session, const Question& question, const std::string& name,
-              const std::function<void(const StepNews&)>& tell)
-{
-    Trip trip(client, session, question, name);
-    const auto begin = [&tell](Step step) { tell({step, false, 0, false}); };
-    begin(Step::Put);
-    const int put = trip.put();
-    tell({Step::Put, true, put, true});
-    if (session == nullptr) {
-        begin(Step::List);
-        const int list = trip.list();
-        tell({Step::List, true, list, list == 0 && trip.isListed()});
-    }
-    if (put != 0) {
-        return;
-    }
-    begin(Step::Get);
-    const int get = trip.get();
-    tell({Step::Get, true, get, get == 0 && trip.isUnchanged()});
-    if (question.commandUrl.empty()) {
-        return;
-    }
-    begin(Step::Rename);
-    const int rename = trip.rename();
-    tell({Step::Rename, true, rename, true});
-    begin(Step::Remove);
-    tell({Step::Remove, true, trip.remove(rename == 0 ? renamed(name) : name), true});
-}
-
 } // namespace
 
-std::string renamed(const std::string& name) { return name + ".renamed"; }
-
-std::string nameForSession(const std::string& name) { return name + "-session"; }
-
-void makeRoundTrip(const Question& question, const std::string& name, bool withSession,
-                   const std::function<void(const StepNews&)>& tell)
+void sendFile(const Access& access, ControlConnection& connection, RoundTrip& trip, const Save& save)
 {
-    SFtpClient client;
-    makeTrip(client, nullptr, question, name, tell);
-    if (withSession) {
-        SessionOptions options;
-        options.hostKeySha256 = question.hostKeySha256;
-        SFtpSession session(options);
-        makeTrip(session, &session, question, nameForSession(name), [&tell](StepNews news) {
-            news.ofSession = true;
-            tell(news);
-        });
+    trip.leftUnknown = true;
+    Commands library(access, connection, trip.name);
+    Steps(access, trip, save).make(Step::Put, [&library] { return library.put(); });
+    const Reply* const size = library.result().replyTo("SIZE " + trip.name);
+    if (trip.put == CURLE_OK && size != nullptr && size->ending == Ending::Complete && size->code != 213) {
+        constexpr int kRefusedByTheLibrary = -1;
+        record(Step::Get, {kRefusedByTheLibrary, *size}, trip);
     }
 }
 
-void record(const StepNews& news, RoundTrip& roundTrip)
+void makeTrip(const Access& access, Report& report, const Save& save)
 {
-    roundTrip.unfinished = news.ended ? std::nullopt : std::optional<Step>(news.step);
-    if (!news.ended) {
+    RoundTrip& trip = *report.roundTrip;
+    ControlConnection connection(access, Manner::Client);
+    if (isTurnedAway(connection.run({access.request.remotePath, Transfer::What::Nothing}), report)) {
         return;
     }
-    switch (news.step) {
-    case Step::Put:
-        roundTrip.put = news.code;
-        break;
-    case Step::List:
-        roundTrip.list = news.code;
-        roundTrip.listed = news.good;
-        break;
-    case Step::Get:
-        roundTrip.get = news.code;
-        roundTrip.unchanged = news.good;
-        break;
-    case Step::Rename:
-        roundTrip.rename = news.code;
-        break;
-    case Step::Remove:
-        roundTrip.remove = news.code;
-        break;
+    Commands library(access, connection, trip.name);
+    Steps steps(access, trip, save);
+    if (access.scheme == Scheme::Sftp) {
+        trip.leftUnknown = true;
+        steps.make(Step::Put, [&library] { return library.put(); });
+    }
+    steps.make(Step::List, [&library] { return library.list(); });
+    if (trip.put == CURLE_OK && !trip.get) {
+        steps.make(Step::Get, [&library] { return library.get(); });
+    }
+    if (trip.put == CURLE_OK && !report.commandDirectory.empty()) {
+        const std::string path = report.commandDirectory + trip.name;
+        steps.make(Step::Rename, [&] { return library.command("rename " + path + " " + renamed(path)); });
+        const std::string last = trip.rename == CURLE_OK ? renamed(path) : path;
+        steps.make(Step::Remove, [&] { return library.command("rm " + last); });
+    }
+    save();
+    cleanUpOver(connection, access, report);
+}
+
+void makeSessionTrip(const Access& access, Report& report, const Save& save)
+{
+    RoundTrip& trip = *report.sessionTrip;
+    Operations session(access, report.hostKeySha256, trip.name);
+    const Tried test = session.test();
+    if (test.said.code == 421) {
+        report.turnedAway = test.said;
+        return;
+    }
+    report.roundTrip->leftUnknown = true;
+    Steps steps(access, trip, save);
+    steps.make(Step::Put, [&session] { return session.put(); });
+    steps.make(Step::List, [&session] { return session.list(); });
+    if (trip.put == CURLE_OK) {
+        steps.make(Step::Get, [&session] { return session.get(); });
+        steps.make(Step::Rename, [&session] { return session.rename(); });
+        const std::string last = trip.rename == CURLE_OK ? renamed(trip.name) : trip.name;
+        steps.make(Step::Remove, [&session, &last] { return session.remove(last); });
     }
 }
+
+std::string renamed(const std::string& name) { return name + ".renamed"; }
 
 const char* operationOf(Step step)
 {

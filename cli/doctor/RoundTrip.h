@@ -1,38 +1,35 @@
 #ifndef SFTPCLIENT_CLI_DOCTOR_ROUNDTRIP_H
 #define SFTPCLIENT_CLI_DOCTOR_ROUNDTRIP_H
 
-#include "doctor/Examination.h"
+#include "doctor/ControlConnection.h"
 #include "doctor/Report.h"
 
 #include <functional>
 #include <string>
 
+/// The steps of a round trip: a small file is sent, listed, fetched, renamed and deleted. Where one fails, those that
+/// need it are left out. Each function calls `save` before a step, for the report to be kept whatever becomes of it.
 namespace doctor {
 
-/// What is told of a step: that it begins, and later what came of it.
-struct StepNews
-{
-    Step step;
-    bool ended;
-    int code;  ///< the library's result
-    bool good; ///< for List and Get: the file was there, unchanged
-    bool ofSession = false;
-};
+using Save = std::function<void()>;
 
-/// Sends a small file of this name through the library, lists, fetches, renames and deletes it. Each step is told as it
-/// begins and ends. Where one fails, those that need it are left out. What libcurl prints by itself is not silenced.
-/// With a session, the same again, with a file of its own.
-void makeRoundTrip(const Question& question, const std::string& name, bool withSession,
-                   const std::function<void(const StepNews&)>& tell);
+/// Sends the file as the library's upload does over FTP, and asks for its size, as the library does before a download.
+/// REQUIRES: `connection` is a bare one.
+void sendFile(const Access& access, ControlConnection& connection, RoundTrip& trip, const Save& save);
 
-/// Writes what is told of a step into the facts.
-void record(const StepNews& news, RoundTrip& roundTrip);
+/// The other steps, as the library makes them, over one connection; with SSH all of them. Cleans up after both trips.
+void makeTrip(const Access& access, Report& report, const Save& save);
+
+/// All steps with a session.
+void makeSessionTrip(const Access& access, Report& report, const Save& save);
+
+/// Removes what the trips may have left behind, with the protocol's own commands, and looks whether it is gone. The way
+/// in is one that the report has seen to work.
+void cleanUp(const Access& access, Report& report);
+void cleanUpOver(ControlConnection& connection, const Access& access, Report& report);
 
 /// The library's operation that a step tries, as in a prediction.
 const char* operationOf(Step step);
-
-/// The name of a session's file.
-std::string nameForSession(const std::string& name);
 
 /// The name that the file gets on its way.
 std::string renamed(const std::string& name);

@@ -1,30 +1,43 @@
-#include "doctor/RoundTripPredictions.h"
+#include "doctor/Predictions.h"
 
+#include "doctor/Diagnosis.h"
 #include "doctor/RoundTrip.h"
 
 #include <curl/curl.h>
 
+#include <algorithm>
+#include <functional>
+
 namespace doctor {
 
 namespace {
-
-constexpr char kMayNotWrite[] = "Let the user write, rename and delete in that directory, at the server.";
 
 std::string textOf(int code)
 {
     return code < 0 ? "the library refuses it" : curl_easy_strerror(static_cast<CURLcode>(code));
 }
 
+// What to do about a refusal that says no more than that it is one.
+std::string permissionFor(Step step)
+{
+    if (step == Step::List) {
+        return kMayNotList;
+    }
+    return step == Step::Get ? "Let the user read files in that directory, at the server."
+                             : "Let the user write, rename and delete in that directory, at the server.";
+}
+
 // A failure that was predicted keeps its reason: the trial has none.
-template <typename Expected>
-void apply(const std::optional<int>& code, Expected& prediction)
+void apply(const RoundTrip& roundTrip, Step step, const std::optional<int>& code, Expectation& prediction)
 {
     if (!code) {
         return;
     }
+    const Reply& said = roundTrip.said[static_cast<std::size_t>(step)];
     if (*code != 0 && prediction.outlook != Outlook::Fails) {
-        prediction.reason = "tried, and failed: " + textOf(*code);
-        prediction.remedy = kMayNotWrite;
+        prediction.reason =
+            said.code != 0 ? "tried, and the server refuses it " + quote(said) : "tried, and failed: " + textOf(*code);
+        prediction.remedy = remedyFor(said, permissionFor(step));
     }
     if (*code == 0 && prediction.outlook != Outlook::Works) {
         prediction.reason.clear();
@@ -35,8 +48,7 @@ void apply(const std::optional<int>& code, Expected& prediction)
 }
 
 // How long it would have gone on is not known: where nothing spoke against it, it may be slow and work.
-template <typename Expected>
-void applyUnfinished(const std::string& failure, Expected& prediction)
+void applyUnfinished(const std::string& failure, Expectation& prediction)
 {
     const std::string reason = "tried, and it " + failure;
     if (prediction.outlook == Outlook::Fails) {
@@ -52,29 +64,20 @@ void applyUnfinished(const std::string& failure, Expected& prediction)
             : "Try that operation alone, with --trace, and look at the server and at any firewall before it.";
 }
 
-Prediction& of(const char* operation, std::vector<Prediction>& predictions)
-{
-    for (Prediction& each : predictions) {
-        if (each.operation == operation) {
-            return each;
-        }
-    }
-    return predictions.front();
-}
+using Select = std::function<Expectation&(const std::string& operation)>;
 
-template <typename Select>
-void applyTrip(const RoundTrip& roundTrip, Select of)
+void applyTrip(const RoundTrip& roundTrip, const Select& of)
 {
-    apply(roundTrip.put, of("upload"));
-    apply(roundTrip.list, of("list"));
-    apply(roundTrip.get, of("download"));
-    apply(roundTrip.rename, of("rename"));
-    apply(roundTrip.remove, of("delete"));
+    apply(roundTrip, Step::Put, roundTrip.put, of("upload"));
+    apply(roundTrip, Step::List, roundTrip.list, of("list"));
+    apply(roundTrip, Step::Get, roundTrip.get, of("download"));
+    apply(roundTrip, Step::Rename, roundTrip.rename, of("rename"));
+    apply(roundTrip, Step::Remove, roundTrip.remove, of("delete"));
     if (roundTrip.unfinished) {
         applyUnfinished(roundTrip.failure, of(operationOf(*roundTrip.unfinished)));
     }
     if (roundTrip.get == 0 && !roundTrip.unchanged) {
-        auto& upload = of("upload");
+        Expectation& upload = of("upload");
         upload.outlook = Outlook::Fails;
         upload.reason = "what was fetched back is not what was sent, though both operations report success";
         upload.remedy =
@@ -84,15 +87,19 @@ void applyTrip(const RoundTrip& roundTrip, Select of)
 
 } // namespace
 
-void applyRoundTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions)
+void applyTrips(const Report& report, std::vector<Prediction>& predictions)
 {
-    applyTrip(roundTrip, [&predictions](const char* operation) -> Prediction& { return of(operation, predictions); });
-}
-
-void applySessionTrip(const RoundTrip& roundTrip, std::vector<Prediction>& predictions)
-{
-    applyTrip(roundTrip,
-              [&predictions](const char* operation) -> Expectation& { return of(operation, predictions).session; });
+    const auto of = [&predictions](const std::string& operation) -> Prediction& {
+        return *std::find_if(predictions.begin(), predictions.end(),
+                             [&operation](const Prediction& each) { return each.operation == operation; });
+    };
+    if (report.roundTrip) {
+        applyTrip(*report.roundTrip, of);
+    }
+    if (report.sessionTrip) {
+        applyTrip(*report.sessionTrip,
+                  [&of](const std::string& operation) -> Expectation& { return of(operation).session; });
+    }
 }
 
 } // namespace doctor

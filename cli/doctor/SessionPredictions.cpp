@@ -1,6 +1,5 @@
-#include "doctor/SessionPredictions.h"
+#include "doctor/Predictions.h"
 
-#include "doctor/CertificateDiagnosis.h"
 #include "doctor/Diagnosis.h"
 
 #include <curl/curl.h>
@@ -34,10 +33,12 @@ std::optional<Expectation> hostKeyObstacle(const Report& report)
                      {"the server's host key is " + seen + ", not the expected " + wanted,
                       "Find out from the server's administrator which of the two is right, before anything is sent."});
     }
-    return fails(CURLE_PEER_FAILED_VERIFICATION,
-                 {"a session is told nothing of the server's host key",
-                  "Compare the fingerprint with the server's own, then set SessionOptions::hostKeySha256 to " + seen +
-                      ", or add the host to knownHostsFile."});
+    return fails(
+        CURLE_PEER_FAILED_VERIFICATION,
+        {"a session is told nothing of the server's host key",
+         "Compare the fingerprint with the server's own, then set SessionOptions::hostKeySha256 (of the command: "
+         "--fingerprint) to " +
+             seen + ", or add the host to knownHostsFile (--known-hosts)."});
 }
 
 std::optional<Expectation> certificateObstacle(const Report& report)

@@ -66,8 +66,7 @@ void renderFindings(const std::vector<Finding>& findings, bool inColour, std::os
     }
 }
 
-template <typename Expected>
-std::string textOf(const Expected& expected)
+std::string textOf(const Expectation& expected)
 {
     const bool tells = expected.outlook == Outlook::Fails && expected.code;
     return markOf(expected.outlook).text + (tells ? " with " + std::to_string(*expected.code) : "");

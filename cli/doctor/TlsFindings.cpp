@@ -1,4 +1,4 @@
-#include "doctor/TlsFindings.h"
+#include "doctor/Findings.h"
 
 #include "doctor/Diagnosis.h"
 

@@ -89,18 +89,21 @@ void Transcript::endLine()
     ++m_lines;
     if (endsReply(line)) {
         m_exchanges.back().reply = replyOf(line, m_mask);
+    } else if (line.compare(0, 4, kSshBanner) == 0) {
+        m_isOfSsh = true;
+        m_first = line;
     } else if (m_first.empty()) {
         m_first = line;
     }
 }
 
-bool Transcript::isEnough(const std::string& lastCommand) const
+bool Transcript::isEnough(const std::optional<std::string>& lastCommand) const
 {
     const Exchange& last = m_exchanges.back();
     const bool isAnswered = last.reply.ending == Ending::Complete;
     const bool isEndless = !isAnswered && (m_lines >= kMostLines || m_bytes >= kMostBytes);
-    return isEndless || m_first.compare(0, 4, kSshBanner) == 0 ||
-           (isAnswered && !lastCommand.empty() && last.command.compare(0, lastCommand.size(), lastCommand) == 0);
+    const bool isLast = lastCommand && last.command.compare(0, lastCommand->size(), *lastCommand) == 0;
+    return isEndless || m_isOfSsh || (isAnswered && isLast);
 }
 
 // What came before the end says what kind of server this is.
@@ -111,7 +114,7 @@ void Transcript::end(CURLcode code)
         return;
     }
     const Ending broken = code == CURLE_OPERATION_TIMEDOUT ? Ending::Silent : Ending::Closed;
-    reply = {isEnough({}) ? Ending::Garbled : broken, 0, ServerText(m_first.empty() ? m_line : m_first, m_mask)};
+    reply = {isEnough() ? Ending::Garbled : broken, 0, ServerText(m_first.empty() ? m_line : m_first, m_mask)};
 }
 
 int Transcript::report(CURL* /*handle*/, curl_infotype kind, char* bytes, size_t count, void* self) noexcept
@@ -139,6 +142,13 @@ const Reply* ProbeResult::replyTo(const std::string& beginning) const
     const auto found = std::find_if(transcript.rbegin(), transcript.rend(), [&beginning](const Exchange& each) {
         return each.command.compare(0, beginning.size(), beginning) == 0;
     });
+    return found == transcript.rend() ? nullptr : &found->reply;
+}
+
+const Reply* ProbeResult::lastReply() const
+{
+    const auto found = std::find_if(transcript.rbegin(), transcript.rend(),
+                                    [](const Exchange& each) { return each.reply.ending == Ending::Complete; });
     return found == transcript.rend() ? nullptr : &found->reply;
 }
 

@@ -6,6 +6,7 @@
 
 #include <curl/curl.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,7 +30,7 @@ public:
 
     /// Whether nothing more need be heard: the last command begins with `lastCommand` and has its reply, or what comes
     /// goes on without an end, or is an SSH server's.
-    bool isEnough(const std::string& lastCommand) const;
+    bool isEnough(const std::optional<std::string>& lastCommand = {}) const;
 
     /// Says of what was not answered how it ended, by libcurl's code for the transfer.
     void end(CURLcode code);
@@ -47,6 +48,7 @@ private:
     std::string m_first;     // line since the last command
     std::size_t m_bytes = 0; // since then, too
     std::size_t m_lines = 0;
+    bool m_isOfSsh = false;
 };
 
 /// Whether a line ends a reply: three digits and a blank, or three digits alone.

@@ -212,7 +212,7 @@ const std::vector<Option>& options()
         {"--trace", "", "Show what libcurl and the server say to each other,\nthe login masked",
          storeSwitch<&Arguments::trace>, Use::Single},
         {"--quiet", "", "Log failures only, and show no progress", storeSwitch<&Arguments::quiet>, Use::Operations},
-        {"--write", "", "Send, list, fetch, rename and delete a small file through\nthe library, and clean up",
+        {"--write", "", "Send, list, fetch, rename and delete a small file as both\nlibraries do, and clean up",
          storeSwitch<&Arguments::writes>, Use::Doctor},
         {"--timeout", "SECONDS", "How long to wait for a connection, and for a reply (20)",
          storeSeconds<&Arguments::timeout, 1, kLongestTimeout>, Use::Doctor},

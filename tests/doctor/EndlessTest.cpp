@@ -1,5 +1,4 @@
 // Servers that let no probe end, and a user who does not wait.
-#include "doctor/Child.h"
 #include "harness/DoctorProcess.h"
 #include "harness/Examined.h"
 #include "support/LoopbackPort.h"
@@ -122,18 +121,6 @@ TEST_F(Endless, AProbeThatDoesNotEndIsEnded)
     EXPECT_EQ("the server falls silent when TLS is to begin", report["operations"][5]["reason"]);
 }
 
-TEST_F(Endless, BannersAreCutOff)
-{
-    misbehave("GREETING=endless:hello");
-    serve();
-    askAbout("sftp" + url("/").substr(3));
-    const doctor::Report report = examine(question);
-    EXPECT_EQ(doctor::Ending::Garbled, report.contact.greeting.ending);
-    EXPECT_EQ("FFFFFF", outlooksOf(predict(report)));
-    EXPECT_EQ("no SSH server answers there (hello)", predict(report).back().reason);
-    EXPECT_EQ(1U, sessions().size());
-}
-
 class Interrupted : public Endless, public testing::WithParamInterface<int>
 {
 };
@@ -156,41 +143,5 @@ TEST_P(Interrupted, PrintsWhatIsKnown)
 }
 
 INSTANTIATE_TEST_SUITE_P(BySignal, Interrupted, testing::Values(SIGINT, SIGTERM, SIGHUP));
-
-using doctor::Child;
-
-std::chrono::steady_clock::time_point soon() { return std::chrono::steady_clock::now() + std::chrono::seconds(60); }
-
-TEST(ChildTest, IsEndedWithItsObject)
-{
-    const doctor::SignalsHeld signals;
-    pid_t process = -1;
-    {
-        const Child child([](int results) {
-            const pid_t self = getpid();
-            static_cast<void>(write(results, &self, sizeof self));
-            for (;;) {
-                pause();
-            }
-        });
-        ASSERT_EQ(Child::Event::Result, child.wait(signals, soon()));
-        ASSERT_EQ(static_cast<ssize_t>(sizeof process), read(child.results(), &process, sizeof process));
-        EXPECT_EQ(Child::Event::Late, child.wait(signals, std::chrono::steady_clock::now()));
-    }
-    EXPECT_EQ(-1, kill(process, 0));
-    EXPECT_EQ(ESRCH, errno);
-}
-
-TEST(ChildTest, HasLimitedMemory)
-{
-    constexpr std::size_t kLittle = std::size_t{8} << 20;
-    constexpr std::size_t kMuch = std::size_t{48} << 20;
-    const auto takes = [](std::size_t bytes) {
-        Child child([bytes](int) { std::vector<char>(bytes, 'x').data()[0] = 'y'; });
-        return child.finishes();
-    };
-    EXPECT_TRUE(takes(kLittle));
-    EXPECT_FALSE(takes(kMuch));
-}
 
 } // namespace

@@ -1,9 +1,7 @@
 // A proxy in the environment: doctor bypasses it, and reports what a host would do.
 #include "harness/DoctorProcess.h"
 #include "harness/Examined.h"
-#include "harness/Golden.h"
 #include "support/LoopbackPort.h"
-#include "support/SetVariable.h"
 
 #include <nlohmann/json.hpp>
 
@@ -69,32 +67,6 @@ TEST_F(InTheEnvironment, WithImplicitTlsTheProxyDoesNotGetTheLogin)
         "warn: a host with this environment connects through the proxy that all_proxy names; doctor went around it",
         rowWith({{"all_proxy", trap.address()}}));
     EXPECT_FALSE(trap.wasReached());
-}
-
-TEST_F(InTheEnvironment, NoProbeUsesIt)
-{
-    const SetVariable variable("all_proxy", "http://" + trap.address());
-    serveAndAsk();
-    question.clearLogin = true;
-    EXPECT_EQ("WWWWWW", outlooksOf(predict(examine(question))));
-    EXPECT_FALSE(trap.wasReached());
-}
-
-TEST_F(InTheEnvironment, TheHostKeyProbeDoesNotUseIt)
-{
-    const SetVariable variable("all_proxy", "http://" + trap.address());
-    misbehave("GREETING=last:SSH-2.0-fake");
-    serve();
-    askAbout("sftp" + url("/").substr(3));
-    EXPECT_EQ("FFFFFF", outlooksOf(predict(examine(question))));
-    EXPECT_FALSE(trap.wasReached());
-}
-
-TEST_F(InTheEnvironment, Table)
-{
-    serveAndAsk();
-    question.proxy = {"ftp_proxy", true};
-    expectGolden("BehindAProxy", normalisedTable(examine(question)));
 }
 
 } // namespace

@@ -13,10 +13,10 @@ using doctor::Outlook;
 using doctor::Prediction;
 
 const std::vector<Prediction> kPredictions = {
-    {"download", Outlook::Works, 0, "", "", {Outlook::Works, 0, "", ""}},
-    {"upload", Outlook::Fails, 67, "because", "Do this.", {Outlook::Works, 0, "", ""}},
-    {"rename", Outlook::Unknown, std::nullopt, "perhaps", "Do that.", {Outlook::Fails, 60, "so", "Do that."}},
-    {"delete", Outlook::Fails, std::nullopt, "because", "Do this.", {Outlook::Unknown, std::nullopt, "", ""}}};
+    {{Outlook::Works, 0, "", ""}, "download", {Outlook::Works, 0, "", ""}},
+    {{Outlook::Fails, 67, "because", "Do this."}, "upload", {Outlook::Works, 0, "", ""}},
+    {{Outlook::Unknown, std::nullopt, "perhaps", "Do that."}, "rename", {Outlook::Fails, 60, "so", "Do that."}},
+    {{Outlook::Fails, std::nullopt, "because", "Do this."}, "delete", {Outlook::Unknown, std::nullopt, "", ""}}};
 
 std::string table(bool inColour)
 {
@@ -93,7 +93,7 @@ doctor::Report hostileReport()
 TEST(Json, EscapesServerTextOnce)
 {
     std::ostringstream stream;
-    doctor::renderJson(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile, {}}}, stream);
+    doctor::renderJson(hostileReport(), {{{Outlook::Fails, 67, kHostile, kHostile}, "upload", {}}}, stream);
     const auto json = nlohmann::json::parse(stream.str());
     EXPECT_EQ(kHostileReadBack, json["operations"][0]["reason"]);
     EXPECT_EQ(kHostileReadBack, json["operations"][0]["remedy"]);
@@ -107,7 +107,7 @@ TEST(Json, EscapesServerTextOnce)
 TEST(Json, ContainsNoTerminalControls)
 {
     std::ostringstream stream;
-    doctor::renderJson(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile, {}}}, stream);
+    doctor::renderJson(hostileReport(), {{{Outlook::Fails, 67, kHostile, kHostile}, "upload", {}}}, stream);
     for (const char character : stream.str()) {
         EXPECT_TRUE(character == '\n' || (character >= ' ' && character <= '~')) << static_cast<int>(character);
     }
@@ -116,7 +116,7 @@ TEST(Json, ContainsNoTerminalControls)
 TEST(Table, EscapesServerTextOnce)
 {
     std::ostringstream stream;
-    doctor::renderTable(hostileReport(), {{"upload", Outlook::Fails, 67, kHostile, kHostile, {}}}, false, stream);
+    doctor::renderTable(hostileReport(), {{{Outlook::Fails, 67, kHostile, kHostile}, "upload", {}}}, false, stream);
     constexpr char kEscaped[] = R"(C:\\dir "x" \x1b[2J \xc2\x9b \x7f \xff )"
                                 "\xc3\xa4\n";
     for (const char* const row :

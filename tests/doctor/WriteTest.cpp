@@ -7,6 +7,7 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <filesystem>
@@ -69,12 +70,24 @@ protected:
 
     std::string reasonOf(const std::string& operation) const { return predictionOf(operation)["reason"]; }
 
+    std::size_t logins()
+    {
+        std::size_t count = 0;
+        for (const testserver::Transcript& session : sessions()) {
+            count +=
+                static_cast<std::size_t>(std::count_if(session.begin(), session.end(), [](const std::string& line) {
+                    return line.compare(0, 6, "> PASS") == 0;
+                }));
+        }
+        return count;
+    }
+
     bool nothingIsLeft() const { return std::filesystem::is_empty(served("")); }
     /// What the report says about the round trip as a whole.
-    std::string roundTrip() const
+    std::string roundTrip(const std::string& which = "round trip") const
     {
         for (const auto& each : m_report["findings"]) {
-            if (each["probe"] == "round trip") {
+            if (each["probe"] == which) {
                 return each["grade"].get<std::string>() + ": " + each["seen"].get<std::string>();
             }
         }
@@ -95,9 +108,16 @@ TEST_F(Write, LeavesNothingBehindOnSuccess)
         EXPECT_EQ("works 0", outlookOf(operation)) << operation;
     }
     EXPECT_EQ("ok: a small file was sent, listed, fetched, renamed and removed", roundTrip());
-    EXPECT_EQ(13U, sessions().size());
+    EXPECT_EQ(roundTrip(), roundTrip("session's round trip"));
     EXPECT_TRUE(nothingIsLeft());
     EXPECT_EQ(0U, leftBehind());
+}
+
+TEST_F(Write, TakesEightConnectionsAndFourLogins)
+{
+    EXPECT_EQ(0, write());
+    EXPECT_EQ(8U, sessions().size());
+    EXPECT_EQ(4U, logins());
 }
 
 TEST_F(Write, CleansUpInADirectoryToo)
@@ -138,7 +158,7 @@ void PrintTo(const Failure& failure, std::ostream* stream) { *stream << failure.
 
 const Failure kFailures[] = {
     {"Put", {"STOR=reply:553 read-only"}, "upload", "fails 25"},
-    {"PutMidway", {"6/DATA=drop-after:1000"}, "upload", "fails"},
+    {"PutMidway", {"6/DATA#2=drop-after:1000"}, "upload", "fails"},
     {"List", {"NLST=reply:550 no"}, "list", "fails 19"},
     {"Get", {"RETR=reply:550 no"}, "download", "fails 78"},
     {"Rename", {"rename=reply:553 read-only"}, "rename", "fails 21"},
@@ -167,6 +187,55 @@ TEST_P(WriteFailing, LeavesNothingBehindEither)
 INSTANTIATE_TEST_SUITE_P(AtAStep, WriteFailing, testing::ValuesIn(kFailures),
                          [](const testing::TestParamInfo<Failure>& of) { return std::string(of.param.id); });
 
+// The session in which SFtpSession tries its operations.
+TEST_F(Write, TriesASessionsListingToo)
+{
+    misbehave("7/NLST=reply:550 not now");
+    EXPECT_EQ(0, write()) << said();
+    const nlohmann::json list = predictionOf("list")["session"];
+    EXPECT_EQ("fails", list["outlook"]);
+    EXPECT_EQ(19, list["code"]);
+    EXPECT_EQ("tried, and the server refuses it (550 not now)", list["reason"]);
+    EXPECT_EQ("Let the user list that directory, at the server.", list["remedy"]);
+    EXPECT_EQ("works 0", outlookOf("list"));
+}
+
+struct Refusal
+{
+    const char* reply;
+    int code;
+    const char* remedy;
+};
+
+void PrintTo(const Refusal& refusal, std::ostream* stream) { *stream << refusal.reply; }
+
+class WriteRefused : public Write, public testing::WithParamInterface<Refusal>
+{
+};
+
+TEST_P(WriteRefused, QuotesTheReplyToAnUploadAndNamesTheRemedy)
+{
+    misbehave(std::string("STOR=reply:") + GetParam().reply);
+    EXPECT_EQ(1, write()) << said();
+    nlohmann::json upload = predictionOf("upload");
+    for (const nlohmann::json& each : {upload, upload["session"]}) {
+        EXPECT_EQ("fails", each["outlook"]);
+        EXPECT_EQ(GetParam().code, each["code"]);
+        EXPECT_EQ(std::string("tried, and the server refuses it (") + GetParam().reply + ")", each["reason"]);
+        EXPECT_EQ(GetParam().remedy, each["remedy"]);
+    }
+    EXPECT_EQ(0U, leftBehind()) << said();
+}
+
+constexpr Refusal kRefusals[] = {
+    {"552 over quota", 25, "Free space at the server for that user, or have the quota raised."},
+    {"550 no permission", 25, "Let the user write, rename and delete in that directory, at the server."},
+    {"421 too many", 28, "Ask the server's administrator what its log says; it may limit the connections."},
+};
+
+INSTANTIATE_TEST_SUITE_P(With, WriteRefused, testing::ValuesIn(kRefusals),
+                         [](const testing::TestParamInfo<Refusal>& of) { return std::string(of.param.reply, 3); });
+
 TEST_F(Write, NamesWhatCannotBeRemoved)
 {
     misbehave("rm=reply:550 read-only");
@@ -194,8 +263,7 @@ TEST_F(Write, ReportsAListingTooLongToSearch)
 
 TEST_F(Write, ReportsContentThatCameBackDifferent)
 {
-    misbehave("RETR=delay:0");
-    misbehave("6/DATA=claim-after:1000");
+    misbehave("6/DATA#2=claim-after:1000");
     EXPECT_EQ(1, write());
     EXPECT_TRUE(nothingIsLeft());
     EXPECT_EQ("fails 0", outlookOf("upload")) << said();
@@ -254,7 +322,7 @@ private:
 };
 
 // Of the session in which the file is sent.
-constexpr char kUploadStalls[] = "6/DONE=stall";
+constexpr char kUploadStalls[] = "6/DONE#2=stall";
 
 class WriteInterrupted : public Write, public testing::WithParamInterface<int>
 {
@@ -297,7 +365,7 @@ TEST_P(WriteInterrupted, NamesWhatItCannotRemove)
     process.signal(GetParam());
     EXPECT_EQ(-GetParam(), process.wait());
     EXPECT_FALSE(nothingIsLeft());
-    EXPECT_EQ(0U, process.err().find("sftpclient: left behind: ftp://localhost:")) << process.err();
+    EXPECT_EQ(0U, process.err().find("sftpclient: left behind: ftp://localhost:")) << process.err() << process.out();
 }
 
 TEST_F(Write, LeavesNoLocalFileWhenItIsKilled)

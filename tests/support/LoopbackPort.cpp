@@ -19,7 +19,7 @@ void check(int result)
 
 } // namespace
 
-LoopbackPort::LoopbackPort() : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0))
+LoopbackPort::LoopbackPort() : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0))
 {
     sockaddr_in address = {};
     address.sin_family = AF_INET;

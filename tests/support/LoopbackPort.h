@@ -28,6 +28,9 @@ public:
     /// Waits for the next connection, which the caller closes; negative if `stop` has been called.
     int accept() const;
 
+    /// For a program that listens there in place of this one.
+    int socket() const { return m_socket; }
+
     /// Whether a connection waits for `accept`.
     bool wasReached() const;
 

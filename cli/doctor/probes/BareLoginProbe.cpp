@@ -1,5 +1,5 @@
 #include "doctor/ControlConnection.h"
-#include "doctor/Silence.h"
+#include "doctor/Diagnosis.h"
 #include "doctor/probes/Probes.h"
 
 #include <curl/curl.h>
@@ -26,7 +26,7 @@ bool mayBeMade(const Report& report)
 
 } // namespace
 
-void probeBareLogin(const Access& access, const std::string& missing, Report& report)
+void probeBareLogin(const Access& access, const std::string& missing, Report& report, const Save& save)
 {
     if (!mayBeMade(report)) {
         return;
@@ -44,6 +44,9 @@ void probeBareLogin(const Access& access, const std::string& missing, Report& re
         report.bareAgain = connection.run({access.rootUrl(), Transfer::What::Names});
     } else if (report.bare.code == CURLE_FTP_COULDNT_RETR_FILE) {
         report.bareAgain = connection.run({access.request.remotePath, Transfer::What::LongListing});
+    }
+    if (report.roundTrip && report.bare.loggedIn() && !isDirectoryMissing(report)) {
+        sendFile(access, connection, *report.roundTrip, save);
     }
 }
 

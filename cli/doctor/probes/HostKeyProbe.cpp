@@ -1,3 +1,4 @@
+#include "doctor/ControlConnection.h"
 #include "doctor/probes/Probes.h"
 
 #include <curl/curl.h>
@@ -5,8 +6,6 @@
 
 #include <array>
 #include <exception>
-#include <memory>
-#include <new>
 
 namespace doctor {
 
@@ -57,18 +56,10 @@ void probeHostKey(const Access& access, Report& report)
     if (access.scheme != Scheme::Sftp || report.contact.greeting.ending != Ending::Complete) {
         return;
     }
-    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(curl_easy_init(), curl_easy_cleanup);
-    if (!handle) {
-        throw std::bad_alloc();
-    }
-    curl_easy_setopt(handle.get(), CURLOPT_URL, access.request.remotePath.c_str());
-    curl_easy_setopt(handle.get(), CURLOPT_PORT, static_cast<long>(access.request.port));
-    curl_easy_setopt(handle.get(), CURLOPT_PROXY, "");
-    curl_easy_setopt(handle.get(), CURLOPT_SSH_HOSTKEYFUNCTION, learn);
-    curl_easy_setopt(handle.get(), CURLOPT_SSH_HOSTKEYDATA, &report.hostKey);
-    curl_easy_setopt(handle.get(), CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(access.limit.count()));
-    curl_easy_setopt(handle.get(), CURLOPT_NOSIGNAL, 1L);
-    curl_easy_perform(handle.get());
+    ControlConnection connection(access, Manner::Client);
+    curl_easy_setopt(connection.handle(), CURLOPT_SSH_HOSTKEYFUNCTION, learn);
+    curl_easy_setopt(connection.handle(), CURLOPT_SSH_HOSTKEYDATA, &report.hostKey);
+    connection.run({access.request.remotePath, Transfer::What::Nothing});
 }
 
 } // namespace doctor

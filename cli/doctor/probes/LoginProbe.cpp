@@ -1,6 +1,5 @@
 #include "doctor/ControlConnection.h"
 #include "doctor/Diagnosis.h"
-#include "doctor/Silence.h"
 #include "doctor/probes/Probes.h"
 
 #include <algorithm>
@@ -35,7 +34,19 @@ void askAboutCommands(ControlConnection& connection, const Report& report, const
     }
 }
 
-Login logIn(const Access& access, Manner manner, const std::string& missing, const Report& report)
+// A server that allows an address a single connection says so only while there is one.
+void connectOnceMore(const Access& access, Manner manner, Report& report)
+{
+    ControlConnection second(access, manner);
+    Transfer transfer{access.request.remotePath, Transfer::What::Nothing};
+    transfer.lastCommand = access.scheme == Scheme::Ftp ? "AUTH" : "USER";
+    const ProbeResult result = second.run(transfer);
+    if (const Reply* const refusal = refusalToConnect(result, access.scheme)) {
+        report.limit = *refusal;
+    }
+}
+
+Login logIn(const Access& access, Manner manner, const std::string& missing, Report& report)
 {
     Login login;
     ControlConnection connection(access, manner);
@@ -52,6 +63,9 @@ Login logIn(const Access& access, Manner manner, const std::string& missing, con
     // Where the login fails once, it fails again; and a second wrong password can lock the user out.
     if (isSsh ? login.test.code != CURLE_OK : !login.test.loggedIn()) {
         return login;
+    }
+    if (!isSsh) {
+        connectOnceMore(access, manner, report);
     }
     if (login.test.code == CURLE_REMOTE_ACCESS_DENIED) {
         login.root = connection.run({access.rootUrl(), Transfer::What::Names});

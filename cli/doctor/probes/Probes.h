@@ -3,12 +3,16 @@
 
 #include "doctor/Access.h"
 #include "doctor/Report.h"
+#include "doctor/RoundTrip.h"
 
 #include <string>
 
 /// One question each; none changes anything on the server. A probe that is of no use, because of what the report
 /// already says, leaves its facts untried.
 namespace doctor {
+
+/// What the server said instead of a welcome, or null.
+const Reply* refusalToConnect(const ProbeResult& result, Scheme scheme);
 
 /// Whether the server turned this one away, although others were welcome before; which is noted.
 bool isTurnedAway(const ProbeResult& result, Report& report);
@@ -27,15 +31,17 @@ void learnContact(const Access& access, const ProbeResult& first, Report& report
 void probeTls(const Access& access, std::size_t newest, Report& report);
 
 /// What the connection test and the listing do, and on the way whether the server knows SIZE, what a session needs,
-/// rename and rm: they get the name `missing`, which no file has. One login, by one who trusts the server.
+/// rename and rm: they get the name `missing`, which no file has. One login, by one who trusts the server. While it
+/// lasts, a second connection is made as far as the welcome.
 void probeLogin(const Access& access, const std::string& missing, Report& report);
 
 /// Whether a login without TLS may begin: the user's name alone is sent. For ftp: URLs without the user's consent.
 void probeClearUser(const Access& access, Report& report);
 
 /// What the upload and the size check do to log in and to open a data connection. With an ftp: URL everything goes in
-/// the clear, the password too: only with the user's consent.
-void probeBareLogin(const Access& access, const std::string& missing, Report& report);
+/// the clear, the password too: only with the user's consent. With a round trip, its file is sent over the same
+/// connection.
+void probeBareLogin(const Access& access, const std::string& missing, Report& report, const Save& save);
 
 /// The fingerprint of an SSH server's key.
 void probeHostKey(const Access& access, Report& report);

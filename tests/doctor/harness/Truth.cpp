@@ -90,8 +90,7 @@ std::vector<Prediction> ofSession(const std::vector<Prediction>& predictions)
 {
     std::vector<Prediction> those;
     for (const Prediction& each : predictions) {
-        those.push_back({"session's " + each.operation, each.session.outlook, each.session.code, each.session.reason,
-                         each.session.remedy});
+        those.push_back({each.session, "session's " + each.operation, {}});
     }
     return those;
 }

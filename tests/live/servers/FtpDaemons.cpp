@@ -118,3 +118,16 @@ ProcessSetup proftpdSftp(const std::string& folder)
 ProcessSetup pureFtpdExplicit(const std::string& folder) { return pureFtpd(folder, "1"); }
 
 ProcessSetup pureFtpdTlsAtLogin(const std::string& folder) { return pureFtpd(folder, "2"); }
+
+ProcessSetup vsftpdLimited(const std::string& folder)
+{
+    return vsftpd(folder, "force_local_logins_ssl=NO\nforce_local_data_ssl=NO\nlisten=YES\nlisten_ipv6=NO\n"
+                          "isolate=NO\nisolate_network=NO\nmax_per_ip=1\n");
+}
+
+ProcessSetup pureFtpdLimited(const std::string& folder)
+{
+    ProcessSetup daemon = pureFtpd(folder, "1");
+    daemon.words.insert(daemon.words.end(), {"--ipv4only", "--maxclientsperip", "1"});
+    return daemon;
+}

@@ -12,7 +12,8 @@
 #include <stdexcept>
 #include <utility>
 
-Inetd::Inetd(const PrivateSystem& system, ProcessSetup daemon) : m_daemon(std::move(daemon))
+Inetd::Inetd(const PrivateSystem& system, ProcessSetup daemon, bool listensItself)
+    : m_daemon(std::move(daemon)), m_listensItself(listensItself)
 {
     writeFile(m_daemon.err, "");
     m_port.listen();
@@ -53,14 +54,24 @@ Inetd::~Inetd()
 
 void Inetd::serve()
 {
+    if (m_listensItself) {
+        m_daemon.environment.emplace_back("LD_PRELOAD", HANDED_SOCKET);
+        start(m_port.socket());
+        return;
+    }
     for (int connection = 0; (connection = m_port.accept()) >= 0;) {
         ++m_connections;
-        m_daemon.connection = connection;
-        try {
-            m_daemons.push_back(std::make_unique<Process>(m_daemon));
-        } catch (const std::runtime_error& error) {
-            std::ofstream(m_daemon.err, std::ios::app) << error.what() << "\n";
-        }
+        start(connection);
         close(connection);
+    }
+}
+
+void Inetd::start(int socket)
+{
+    m_daemon.connection = socket;
+    try {
+        m_daemons.push_back(std::make_unique<Process>(m_daemon));
+    } catch (const std::runtime_error& error) {
+        std::ofstream(m_daemon.err, std::ios::app) << error.what() << "\n";
     }
 }

@@ -95,7 +95,8 @@ void RealServer::start()
     }
     daemon.environment.emplace_back("PATH", "/usr/sbin:/usr/bin:/sbin:/bin");
     daemon.err = daemonFile("stderr.log");
-    m_daemon = std::make_unique<Inetd>(PrivateSystem(daemonFile(""), served(""), SERVERS_FOLDER), daemon);
+    m_daemon =
+        std::make_unique<Inetd>(PrivateSystem(daemonFile(""), served(""), SERVERS_FOLDER), daemon, server.listens);
     request.port = m_daemon->port();
 }
 

@@ -44,9 +44,14 @@ struct Server
     /// Writes the configuration into `folder`, which holds the certificate's PEM files cert.pem and key.pem, and for
     /// SFTP the host_key. The command uses the paths of `PrivateSystem`.
     ProcessSetup (*configure)(const std::string& folder);
+
+    bool listens = false; ///< by itself, for all connections; others are started for each
 };
 
 const std::vector<Server>& servers();
+
+/// Those that allow an address one connection at a time.
+const std::vector<Server>& limitedServers();
 
 // What `servers` is made from: one function a daemon and configuration.
 ProcessSetup vsftpdExplicit(const std::string& folder);
@@ -60,6 +65,8 @@ ProcessSetup proftpdSftp(const std::string& folder);
 ProcessSetup pureFtpdExplicit(const std::string& folder);
 ProcessSetup pureFtpdTlsAtLogin(const std::string& folder);
 ProcessSetup opensshSftp(const std::string& folder);
+ProcessSetup vsftpdLimited(const std::string& folder);
+ProcessSetup pureFtpdLimited(const std::string& folder);
 
 // TLS at login, and data connections may begin a TLS session of their own: for clients that cannot continue one.
 ProcessSetup vsftpdAnySession(const std::string& folder);

@@ -47,3 +47,14 @@ const std::vector<Server>& servers()
     };
     return all;
 }
+
+const std::vector<Server>& limitedServers()
+{
+    static const std::vector<Server> all = {
+        {"VsftpdLimited", "vsftpd, max_per_ip=1", "vsftpd", "ftp", "/", Listing::Files, DataTls::SameSession,
+         kAllButTheVerbs, "", vsftpdLimited, true},
+        {"PureFtpdLimited", "Pure-FTPd, -C 1", "pure-ftpd", "ftp", "/", Listing::FilesAndDots, DataTls::AnySession,
+         kAllButTheVerbs, "", pureFtpdLimited, true},
+    };
+    return all;
+}

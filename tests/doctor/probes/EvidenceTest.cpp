@@ -28,10 +28,10 @@ protected:
     }
 };
 
-TEST_F(Evidence, TakesFiveConnectionsAndTwoLogins)
+TEST_F(Evidence, TakesSixConnectionsAndTwoLogins)
 {
     EXPECT_EQ("WWWWWW", outlooksOf(predict(examined())));
-    EXPECT_EQ(5U, sessions().size());
+    EXPECT_EQ(6U, sessions().size());
     std::size_t logins = 0;
     for (const testserver::Transcript& session : sessions()) {
         logins += static_cast<std::size_t>(std::count_if(
@@ -44,12 +44,23 @@ TEST_F(Evidence, IsRepeatedIfAConnectionIsTurnedAway)
 {
     misbehave("2/GREETING=reply:421 too many");
     misbehave("4/GREETING=drop");
-    misbehave("6/GREETING=reply:530 too many");
+    misbehave("8/GREETING=reply:530 too many");
     const doctor::Report report = examined();
     EXPECT_EQ("WWWWWW", outlooksOf(predict(report)));
-    EXPECT_EQ(8U, sessions().size());
+    EXPECT_EQ(9U, sessions().size());
     EXPECT_EQ("the server turned one away after others (530 too many), so it was made again after a pause: it limits "
               "the connections of an address; a session then needs a lower SessionOptions::maxConnections",
+              seenBy("connections", report));
+}
+
+TEST_F(Evidence, OfALimitIsLookedForWhileAConnectionIsOpen)
+{
+    misbehave("5/GREETING=reply:421 one at a time");
+    const doctor::Report report = examined();
+    EXPECT_EQ("WWWWWW", outlooksOf(predict(report)));
+    EXPECT_EQ(6U, sessions().size());
+    EXPECT_EQ("the server turns away a second one (421 one at a time): it limits the connections of an address; set "
+              "SessionOptions::maxConnections to 1, and give push and pull --jobs 1",
               seenBy("connections", report));
 }
 
