@@ -93,6 +93,7 @@ const Rows kDone = {
     Row("AMebibyte", kDownload, {"DONE=pad:1048576"}, {CURLE_RECV_ERROR, kTooLarge}).because(kLongLine).leaving(kAll),
     Row("EndlessLines", kDownload, {"DONE=endless:226-and another thing"}, {CURLE_RECV_ERROR, CURLE_OPERATION_TIMEDOUT})
         .because(kEndless)
+        .lasting(kReplyLimit)
         .leaving(kAll),
 };
 INSTANTIATE_TEST_SUITE_P(DownloadDone, Fault, testing::ValuesIn(chosen(kDone)), idOf);

@@ -23,6 +23,9 @@ enum class Operation
     Upload    ///< of the local file to /dir/up.bak
 };
 
+/// Seconds that no operation may take, unless its row says so: the shortest of libcurl's default time-outs.
+constexpr double kLongest = 20;
+
 /// What a row may change in the server and the request before the operation begins.
 struct Scene
 {
@@ -51,6 +54,8 @@ struct Row
     Row& because(const char* text) { return (why = text, *this); }
     /// The same for a race: each run may give another code.
     Row& racing(const char* text) { return (race = true, because(text)); }
+    /// Seconds that the call may take.
+    Row& lasting(double seconds) { return (longest = seconds, *this); }
     /// Seconds that each reply may take; only a listing has this time-out.
     Row& waiting(unsigned seconds) { return (responseTimeout = seconds, *this); }
     Row& leaving(const char* text) { return (left = Left{text}, *this); }
@@ -73,6 +78,7 @@ struct Row
     std::string why;
     bool race = false;
     unsigned responseTimeout = 0;
+    double longest = kLongest;
     std::optional<Left> left;
     std::string path;
     void (*arrange)(Scene&) = nullptr;
@@ -110,9 +116,6 @@ protected:
 
 /// Those of the rows that the program can run.
 Rows chosen(const Rows& rows);
-
-/// What no operation may take: the shortest of libcurl's default time-outs.
-constexpr double kLongest = 20;
 
 std::string idOf(const testing::TestParamInfo<Row>& info);
 
