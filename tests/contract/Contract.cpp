@@ -32,7 +32,7 @@ Contract::Contract()
     request.userName = "operator";
     request.password = kPassword;
     request.caCert = "the certificate";
-    request.port = 4000060021; // uses all 32 bits, and differs from the one in the URL
+    request.port = kRequestPort;
     scripted::curl().names[&request.caCert] = "the request's caCert";
 }
 
