@@ -16,6 +16,13 @@ function(make_library file functions)
     execute_process(COMMAND ${COMPILER} -shared -fPIC -o ${file} ${file}.cpp ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
+function(expect_accepted library)
+    configure_library(${SOURCE_DIR} ${SCRATCH}/build -DCURL_NO_CURL_CMAKE=ON -DCURL_LIBRARY=${library})
+    if(failed)
+        message(FATAL_ERROR "The project was not configured with ${library}: ${output}")
+    endif()
+endfunction()
+
 function(expect_refused library calls)
     configure_library(${SOURCE_DIR} ${SCRATCH}/build -DCURL_NO_CURL_CMAKE=ON -DCURL_LIBRARY=${library})
     if(NOT failed)
@@ -28,6 +35,9 @@ endfunction()
 expect_refused(${gnutls} "gnutls_init@GNUTLS_3_4")
 make_library(${SCRATCH}/libboth.so "SSL_CTX_new;gnutls_init" -lssl)
 expect_refused(${SCRATCH}/libboth.so "SSL_CTX_new@OPENSSL_3.0.0, gnutls_init")
+# As releases of libcurl differ in what else they call of it.
+make_library(${SCRATCH}/libex.so "SSL_CTX_new;SSL_CTX_new_ex" -lssl)
+expect_accepted(${SCRATCH}/libex.so)
 # As OpenSSL's descendants call it.
 make_library(${SCRATCH}/libother.so "SSL_CTX_new")
 expect_refused(${SCRATCH}/libother.so "SSL_CTX_new")

@@ -2,6 +2,7 @@
 #define FAULT_FAULT_H
 
 #include "support/Codes.h"
+#include "support/CurlRelease.h"
 #include "support/Live.h"
 
 #include <cstddef>
@@ -50,6 +51,12 @@ struct Row
 {
     Row(std::string name, Operation operation, std::vector<std::string> faults, std::set<int> codes);
 
+    /// The code from libcurl 8.14 on, in place of the others.
+    Row& in814(int code, const char* text)
+    {
+        codes = isCurl814() ? std::set<int>{code} : codes;
+        return because(text);
+    }
     /// Why there is more than one code: releases of libcurl differ.
     Row& because(const char* text) { return (why = text, *this); }
     /// The same for a race: each run may give another code.
