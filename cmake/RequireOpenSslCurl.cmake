@@ -4,19 +4,22 @@
 find_package(CURL 7.85 REQUIRED GLOBAL)
 find_package(OpenSSL 3.0 REQUIRED GLOBAL)
 
-# Asked anew each time: the library behind the same path may have been exchanged.
-unset(asked CACHE)
-unset(compiled CACHE)
-try_run(asked compiled
-    ${CMAKE_CURRENT_BINARY_DIR}/curl-tls ${CMAKE_CURRENT_LIST_DIR}/CurlTlsBackend.cpp
-    LINK_LIBRARIES CURL::libcurl
-    RUN_OUTPUT_VARIABLE SFTPCLIENT_CURL_TLS)
-if(NOT compiled OR NOT asked EQUAL 0)
-    message(FATAL_ERROR "A program that asks libcurl (${CURL_LIBRARIES}) for its TLS back end cannot be built and run; "
-                        "install libcurl4-openssl-dev.")
+# The library file is read, not run: it may be another machine's. What it calls shows its TLS back ends, and the
+# symbol's version OpenSSL's release.
+get_target_property(libcurl CURL::libcurl LOCATION)
+execute_process(COMMAND ${SFTPCLIENT_NM} --dynamic --undefined-only ${libcurl}
+                OUTPUT_VARIABLE calls ERROR_VARIABLE errors RESULT_VARIABLE failed)
+if(failed)
+    message(FATAL_ERROR "${SFTPCLIENT_NM} cannot read libcurl: ${errors}")
 endif()
-
-if(NOT SFTPCLIENT_CURL_TLS MATCHES "^OpenSSL/")
-    message(FATAL_ERROR "libcurl (${CURL_LIBRARIES}) uses ${SFTPCLIENT_CURL_TLS} for TLS, but the CA certificate hook "
-                        "needs a libcurl with OpenSSL; install libcurl4-openssl-dev.")
+string(REGEX MATCHALL "[^ \n]+" tls "${calls}")
+list(FILTER tls INCLUDE REGEX "^(SSL_CTX_new|gnutls_init|mbedtls_ssl_setup|wolfSSL_new)(@.*)?$")
+string(REGEX MATCH "^[0-9]+" openssl ${OPENSSL_VERSION})
+if(NOT tls MATCHES "^SSL_CTX_new@OPENSSL_${openssl}\\.[^;]*$")
+    list(JOIN tls ", " tls)
+    if(NOT tls)
+        set(tls nothing)
+    endif()
+    message(FATAL_ERROR "libcurl (${libcurl}) calls ${tls} for TLS, but the CA certificate hook needs a libcurl that "
+                        "calls OpenSSL ${openssl} and no other TLS library; install libcurl4-openssl-dev.")
 endif()

@@ -116,6 +116,12 @@ void Transfer::send(const DataSource& source, std::int64_t size)
     set(m_handle, CURLOPT_READFUNCTION, read);
     set(m_handle, CURLOPT_READDATA, this);
     set(m_handle, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
+    if (size == 0) {
+        // libcurl 8.14 asks for no byte of these.
+        char further = 0;
+        m_sent = static_cast<std::int64_t>(m_source(&further, 1));
+        requireAnnounced(true);
+    }
 }
 
 // libcurl seeks by itself, with CURLOPT_SEEKFUNCTION; without it, it would append the file's beginning.

@@ -1,9 +1,10 @@
 #include "operation/Entries.h"
 
+#include <boost/date_time/gregorian/gregorian_types.hpp>
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <ctime>
 #include <string>
 
 namespace session {
@@ -81,17 +82,25 @@ std::optional<std::chrono::system_clock::time_point> timeIn(std::string_view tex
                      [](unsigned char digit) { return std::isdigit(digit) != 0; })) {
         return std::nullopt;
     }
-    const auto part = [&text](std::size_t at, std::size_t size) { return *numberIn<int>(text.substr(at, size)); };
-    std::tm time = {};
-    time.tm_year = part(0, 4) - 1900;
-    time.tm_mon = part(4, 2) - 1;
-    time.tm_mday = part(6, 2);
-    time.tm_hour = part(8, 2);
-    time.tm_min = part(10, 2);
-    time.tm_sec = part(12, 2);
-    const bool exists = time.tm_mon >= 0 && time.tm_mon < 12 && time.tm_mday >= 1 && time.tm_mday <= 31 &&
-                        time.tm_hour < 24 && time.tm_min < 60 && time.tm_sec <= 60;
-    return exists ? timeAt(timegm(&time)) : std::nullopt;
+    const auto part = [&text](std::size_t at, std::size_t size) {
+        return *numberIn<unsigned short>(text.substr(at, size));
+    };
+    constexpr unsigned kFirstYear = 1400; // of Boost's calendar
+    const auto year = part(0, 4);
+    const auto month = part(4, 2);
+    const int day = part(6, 2);
+    const int hour = part(8, 2);
+    const int minute = part(10, 2);
+    const int second = part(12, 2);
+    const bool exists = year >= kFirstYear && month >= 1 && month <= 12 && day >= 1 && day <= 31 && hour < 24 &&
+                        minute < 60 && second <= 60;
+    if (!exists) {
+        return std::nullopt;
+    }
+    // Not timegm, whose result has 32 bits on some machines.
+    using boost::gregorian::date;
+    const std::int64_t days = (date(year, month, 1) - date(1970, 1, 1)).days() + day - 1;
+    return timeAt(((days * 24 + hour) * 60 + minute) * 60 + second);
 }
 
 // The clock counts in smaller steps than seconds, from 1677 to 2262.
@@ -104,7 +113,7 @@ std::optional<std::chrono::system_clock::time_point> timeAt(std::int64_t seconds
     if (seconds < inSeconds(Clock::duration::min()) || seconds > inSeconds(Clock::duration::max())) {
         return std::nullopt;
     }
-    return Clock::from_time_t(static_cast<std::time_t>(seconds));
+    return Clock::time_point(std::chrono::seconds(seconds));
 }
 
 bool leadsNowhereElse(std::string_view name)

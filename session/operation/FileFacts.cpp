@@ -7,6 +7,9 @@
 #include "connection/Transfer.h"
 #include "request/Text.h"
 
+#include <boost/date_time/gregorian/conversion.hpp>
+#include <boost/date_time/gregorian/gregorian_types.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -23,13 +26,20 @@ Failure notOffered(const std::string& what) { return {CURLE_NOT_BUILT_IN, "The s
 
 std::string textOf(Time time, const char* format)
 {
-    const std::time_t seconds = std::chrono::floor<std::chrono::seconds>(time).time_since_epoch().count();
-    std::tm parts = {};
-    std::array<char, 64> text = {};
-    constexpr int kLastYear = 9999;
-    if (gmtime_r(&seconds, &parts) == nullptr || parts.tm_year < 0 || parts.tm_year + 1900 > kLastYear) {
+    // Not gmtime, whose argument has 32 bits on some machines.
+    constexpr std::int64_t kDay = 86400;
+    const std::int64_t seconds = std::chrono::floor<std::chrono::seconds>(time).time_since_epoch().count();
+    const std::int64_t rest = (seconds % kDay + kDay) % kDay;
+    const boost::gregorian::date day =
+        boost::gregorian::date(1970, 1, 1) + boost::gregorian::days(static_cast<int>((seconds - rest) / kDay));
+    if (day.year() < 1900) {
         throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, "the time is not within the years 1900 to 9999");
     }
+    std::tm parts = boost::gregorian::to_tm(day);
+    parts.tm_hour = static_cast<int>(rest / 3600);
+    parts.tm_min = static_cast<int>(rest / 60 % 60);
+    parts.tm_sec = static_cast<int>(rest % 60);
+    std::array<char, 64> text = {};
     return {text.data(), std::strftime(text.data(), text.size(), format, &parts)};
 }
 

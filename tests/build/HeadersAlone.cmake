@@ -14,7 +14,7 @@ endif()
 foreach(header IN LISTS headers engine)
     get_filename_component(name ${header} NAME)
     file(WRITE ${SCRATCH}/${name}.cpp "#include \"${header}\"\n#include \"${header}\"\n")
-    foreach(standard 17 20)
+    foreach(standard 17 20 2b)
         execute_process(
             COMMAND ${COMPILER} -std=c++${standard} -fsyntax-only -Wall -Wextra -Wpedantic -Wconversion -Werror
                     -I${SOURCE_DIR}/include -I${SOURCE_DIR}/platform ${SCRATCH}/${name}.cpp

@@ -35,7 +35,7 @@ protected:
     static Lines performed(int code)
     {
         return begin("ftp://server:2121/backup/") +
-               Lines({"handle 1 made", "1 URL = ftp://server:2121/backup/", "1 PORT = 4000060021",
+               Lines({"handle 1 made", "1 URL = ftp://server:2121/backup/", kPort,
                       "1 USERPWD = operator:correct horse battery", "1 CONNECTTIMEOUT = 20", "1 NOSIGNAL = 1"}) +
                tlsStep() +
                Lines({"1 perform", record(1, "errorCode is: |" + std::to_string(code)), "handle 1 cleaned up",

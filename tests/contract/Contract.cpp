@@ -1,5 +1,7 @@
 #include "contract/Contract.h"
 
+#include <openssl/crypto.h>
+
 std::string recordLine(int level, const std::string& function, const std::string& pieces)
 {
     return "log " + std::to_string(level) + " SFtpClient 77 " + function + "(): 0|" + pieces + "|";
@@ -22,6 +24,8 @@ Lines tlsStep()
 Contract::Contract()
 {
     scripted::curl() = {};
+    // It reads its configuration once, and no case is to note that.
+    OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CONFIG, nullptr);
     recorded::files() = {};
     recorded::openSsl() = {};
     recording::reset();
@@ -32,7 +36,7 @@ Contract::Contract()
     request.userName = "operator";
     request.password = kPassword;
     request.caCert = "the certificate";
-    request.port = 4000060021; // uses all 32 bits, and differs from the one in the URL
+    request.port = kRequestPort;
     scripted::curl().names[&request.caCert] = "the request's caCert";
 }
 

@@ -15,6 +15,7 @@
 
 #include <SFtpRequest.h>
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -23,6 +24,13 @@ std::string recordLine(int level, const std::string& function, const std::string
 
 /// What the TLS step does to a handle when the request carries a certificate.
 Lines tlsStep();
+
+/// As libcurl's options take a number: below zero where a long has 32 bits and the number uses all of them.
+inline std::string asLong(std::uint32_t number) { return std::to_string(static_cast<long>(number)); }
+
+/// Uses all 32 bits, and differs from the port in the URL.
+constexpr std::uint32_t kRequestPort = 4000060021;
+inline const std::string kPort = "1 PORT = " + asLong(kRequestPort);
 
 /// Greater than every code of libcurl.
 constexpr int kEndOfCodes = 128;

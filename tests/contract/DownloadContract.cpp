@@ -10,7 +10,7 @@ Lines untilPerformed(const SFtpRequest& request)
 {
     return Lines{"handle 1 made", "credentials joined", "open " + request.localPath + " w+", "unbuffered"} + tlsStep() +
            Lines{"1 URL = ftp://server:2121/backup/a.bak",
-                 "1 PORT = 4000060021",
+                 kPort,
                  "1 USERPWD = operator:correct horse battery",
                  "1 WRITEFUNCTION = sftp_write_data",
                  "1 WRITEDATA = stream",

@@ -9,9 +9,7 @@ void aim(SFtpRequest& /*request*/) {}
 Lines untilPerformedWith(const SFtpRequest& request, const Lines& timeout)
 {
     return Lines{"handle 1 made", "credentials joined", "open " + request.localPath + " wr+", "unbuffered"} +
-           tlsStep() +
-           Lines{"1 URL = ftp://server:2121/backup/", "1 PORT = 4000060021",
-                 "1 USERPWD = operator:correct horse battery"} +
+           tlsStep() + Lines{"1 URL = ftp://server:2121/backup/", kPort, "1 USERPWD = operator:correct horse battery"} +
            timeout +
            Lines{"1 DIRLISTONLY = 1", "1 WRITEFUNCTION = sftp_write_data", "1 WRITEDATA = stream", "1 perform",
                  "credentials wiped"};
@@ -66,7 +64,7 @@ TEST_F(ListingContract, PassesItsTimeoutOnInSecondsUnlessItIsZero)
 {
     expectTimeout(0, {});
     expectTimeout(1, {"1 FTP_RESPONSE_TIMEOUT = 1"});
-    expectTimeout(UINT32_MAX, {"1 FTP_RESPONSE_TIMEOUT = 4294967295"});
+    expectTimeout(UINT32_MAX, {"1 FTP_RESPONSE_TIMEOUT = " + asLong(UINT32_MAX)});
 }
 
 TEST_F(ListingContract, EmptiesAnOldFileEvenWhenItFails)

@@ -9,8 +9,8 @@ Lines beginning() { return Lines{"handle 1 made", "credentials joined", "open /d
 
 Lines rest(const SFtpRequest& request)
 {
-    return {"1 URL = " + request.remotePath, "1 PORT = 4000060021", "1 USERPWD = operator:correct horse battery",
-            "1 perform", "credentials wiped"};
+    return {"1 URL = " + request.remotePath, kPort, "1 USERPWD = operator:correct horse battery", "1 perform",
+            "credentials wiped"};
 }
 
 Lines renameWith(const SFtpRequest& request, const std::string& command)

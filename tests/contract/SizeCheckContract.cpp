@@ -27,7 +27,7 @@ protected:
                 "credentials joined",
                 "1 VERBOSE = 1",
                 "1 URL = ftp://server:2121/backup/a.bak",
-                "1 PORT = 4000060021",
+                kPort,
                 "1 USERPWD = operator:correct horse battery",
                 "1 NOPROGRESS = 1",
                 "1 NOBODY = 1",

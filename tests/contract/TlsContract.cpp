@@ -177,7 +177,10 @@ TEST_F(TlsContract, OpensslErrorsOfAFailingHookStayInTheQueue)
     const std::string pem = pemOf(first.get());
     const unsigned long hosts = recorded::leaveHostsError();
     hook("", CURLE_SSL_CACERT_BADFILE);
-    EXPECT_EQ(Errors({hosts, kNoPem}), recorded::takeErrors());
+    const Errors ofNothing = recorded::takeErrors();
+    // OpenSSL 3.5 adds that no text is no DER either.
+    ASSERT_EQ(OpenSSL_version_num() >= 0x30500000UL ? 3U : 2U, ofNothing.size());
+    EXPECT_EQ(Errors({hosts, kNoPem}), Errors(ofNothing.begin(), ofNothing.begin() + 2));
     for (const char* text : {"none", "no certificate"}) {
         SCOPED_TRACE(text);
         recorded::leaveHostsError();

@@ -18,7 +18,7 @@ Lines untilPerformedWith(const SFtpRequest& request, const std::string& size)
             "1 WRITEDATA = the transfer object",
             "1 UPLOAD = 1",
             "1 URL = ftp://server:2121/backup/a.bak",
-            "1 PORT = 4000060021",
+            kPort,
             "1 USERPWD = operator:correct horse battery",
             "1 FTP_CREATE_MISSING_DIRS = 2",
             "1 CONNECTTIMEOUT = 20",

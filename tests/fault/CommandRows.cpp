@@ -18,7 +18,7 @@ const Rows kRenameRows = {
     Row("HalfAndClosed", kRename, {"rename=last:250 rena\\c"}, {CURLE_RECV_ERROR}).leaving(kNoFile),
     Row("Split", kRename, {"rename=split"}, {CURLE_OK}).leaving(kAll),
     Row("SeveralLines", kRename, {"rename=reply:550-one\\r\\n550 two"}, {CURLE_QUOTE_ERROR}).leaving(kNoFile),
-    Row("AMebibyte", kRename, {"rename=pad:1048576"}, {CURLE_RECV_ERROR, kTooLarge}).because(kLongLine).leaving(kAll),
+    Row("AMebibyte", kRename, {"rename=pad:1048576"}, {CURLE_RECV_ERROR}).in814(kTooLarge, kLongLine).leaving(kAll),
 };
 INSTANTIATE_TEST_SUITE_P(RenameCommand, Fault, testing::ValuesIn(chosen(kRenameRows)), idOf);
 
@@ -43,8 +43,8 @@ const Rows kVisit = {
     Row("ListRefused", kRename, {"LIST=reply:550 no"}, {CURLE_FTP_COULDNT_RETR_FILE}).leaving(kNoFile),
     Row("ListRefusedForADelete", kDelete, {"LIST=reply:500 unknown"}, {CURLE_FTP_COULDNT_RETR_FILE}).leaving(kAll),
     Row("ListReply450", kDelete, {"LIST=reply:450 no files"}, {CURLE_OK}).leaving(kNoFile),
-    Row("DataDropped", kRename, {"DATA=drop-after:10"}, {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
-        .because(kUnannounced)
+    Row("DataDropped", kRename, {"DATA=drop-after:10"}, {CURLE_PARTIAL_FILE})
+        .in814(CURLE_RECV_ERROR, kUnannounced)
         .leaving(kNoFile),
     Row("DataReset", kDelete, {"DATA=reset-after:10"}, {CURLE_RECV_ERROR}).leaving(kAll),
     Row("DataWithoutTls", kDelete, {"DATA=plain"},

@@ -19,30 +19,29 @@ const Rows kRetr = {
 INSTANTIATE_TEST_SUITE_P(Retr, Fault, testing::ValuesIn(chosen(kRetr)), idOf);
 
 const Rows kData = {
-    Row("DroppedAfterNothing", kDownload, {"DATA=drop-after:0"}, {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
-        .because(kUnannounced)
+    Row("DroppedAfterNothing", kDownload, {"DATA=drop-after:0"}, {CURLE_PARTIAL_FILE})
+        .in814(CURLE_RECV_ERROR, kUnannounced)
         .leaving(""),
-    Row("DroppedAfterSome", kDownload, {"DATA=drop-after:50000"}, {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
-        .because(kUnannounced)
+    Row("DroppedAfterSome", kDownload, {"DATA=drop-after:50000"}, {CURLE_PARTIAL_FILE})
+        .in814(CURLE_RECV_ERROR, kUnannounced)
         .leaving(50000),
-    Row("DroppedBeforeTheLastByte", kDownload, {"DATA=drop-after:99999"}, {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
-        .because(kUnannounced)
+    Row("DroppedBeforeTheLastByte", kDownload, {"DATA=drop-after:99999"}, {CURLE_PARTIAL_FILE})
+        .in814(CURLE_RECV_ERROR, kUnannounced)
         .leaving(99999),
-    Row("DroppedWithSuccessClaimed", kDownload, {"DATA=drop-after:50000", "DONE=reply:226 done"},
-        {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
-        .because(kUnannounced)
+    Row("DroppedWithSuccessClaimed", kDownload, {"DATA=drop-after:50000", "DONE=reply:226 done"}, {CURLE_PARTIAL_FILE})
+        .in814(CURLE_RECV_ERROR, kUnannounced)
         .leaving(50000),
     Row("ClosedEarlyWithSuccessClaimed", kDownload, {"DATA=claim-after:50000"}, {CURLE_PARTIAL_FILE}).leaving(50000),
     Row("NothingWithSuccessClaimed", kDownload, {"DATA=claim-after:0"}, {CURLE_PARTIAL_FILE}).leaving(""),
     Row("ClosedEarlyWithSizeUnknown", kDownload, {"SIZE=reply:500 unknown", "DATA=claim-after:50000"}, {CURLE_OK})
         .leaving(50000),
     Row("DroppedWithSizeUnknown", kDownload, {"SIZE=reply:500 unknown", "DATA=drop-after:50000", "DONE=reply:226 done"},
-        {CURLE_OK, CURLE_RECV_ERROR})
-        .because(kUnannounced)
+        {CURLE_OK})
+        .in814(CURLE_RECV_ERROR, kUnannounced)
         .leaving(50000),
     Row("ResetAfterSome", kDownload, {"DATA=reset-after:50000"}, {CURLE_RECV_ERROR}).leavingAtMost(50000),
-    Row("StalledThenDropped", kDownload, {"DATA=stall-after:50000"}, {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
-        .because(kUnannounced)
+    Row("StalledThenDropped", kDownload, {"DATA=stall-after:50000"}, {CURLE_PARTIAL_FILE})
+        .in814(CURLE_RECV_ERROR, kUnannounced)
         .on(boundedStall)
         .leaving(50000),
     Row("Slow", kDownload, {"DATA=slow:200000"}, {CURLE_OK}).leaving(kAll),
@@ -90,9 +89,10 @@ const Rows kDone = {
     Row("SilenceThenClosed", kDownload, {"DONE=stall"}, {CURLE_RECV_ERROR}).on(boundedStall).leaving(kAll),
     Row("HalfAndClosed", kDownload, {"DONE=last:226 do\\c"}, {CURLE_RECV_ERROR}).leaving(kAll),
     Row("Split", kDownload, {"DONE=split"}, {CURLE_OK}).leaving(kAll),
-    Row("AMebibyte", kDownload, {"DONE=pad:1048576"}, {CURLE_RECV_ERROR, kTooLarge}).because(kLongLine).leaving(kAll),
-    Row("EndlessLines", kDownload, {"DONE=endless:226-and another thing"}, {CURLE_RECV_ERROR, CURLE_OPERATION_TIMEDOUT})
-        .because(kEndless)
+    Row("AMebibyte", kDownload, {"DONE=pad:1048576"}, {CURLE_RECV_ERROR}).in814(kTooLarge, kLongLine).leaving(kAll),
+    Row("EndlessLines", kDownload, {"DONE=endless:226-and another thing"}, {CURLE_RECV_ERROR})
+        .in814(CURLE_OPERATION_TIMEDOUT, kEndless)
+        .lasting(kReplyLimit)
         .leaving(kAll),
 };
 INSTANTIATE_TEST_SUITE_P(DownloadDone, Fault, testing::ValuesIn(chosen(kDone)), idOf);

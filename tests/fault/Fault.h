@@ -2,6 +2,7 @@
 #define FAULT_FAULT_H
 
 #include "support/Codes.h"
+#include "support/CurlRelease.h"
 #include "support/Live.h"
 
 #include <cstddef>
@@ -22,6 +23,9 @@ enum class Operation
     Delete,   ///< of /dir/a.bak
     Upload    ///< of the local file to /dir/up.bak
 };
+
+/// Seconds that no operation may take, unless its row says so: the shortest of libcurl's default time-outs.
+constexpr double kLongest = 20;
 
 /// What a row may change in the server and the request before the operation begins.
 struct Scene
@@ -47,10 +51,18 @@ struct Row
 {
     Row(std::string name, Operation operation, std::vector<std::string> faults, std::set<int> codes);
 
+    /// The code from libcurl 8.14 on, in place of the others.
+    Row& in814(int code, const char* text)
+    {
+        codes = isCurl814() ? std::set<int>{code} : codes;
+        return because(text);
+    }
     /// Why there is more than one code: releases of libcurl differ.
     Row& because(const char* text) { return (why = text, *this); }
     /// The same for a race: each run may give another code.
     Row& racing(const char* text) { return (race = true, because(text)); }
+    /// Seconds that the call may take.
+    Row& lasting(double seconds) { return (longest = seconds, *this); }
     /// Seconds that each reply may take; only a listing has this time-out.
     Row& waiting(unsigned seconds) { return (responseTimeout = seconds, *this); }
     Row& leaving(const char* text) { return (left = Left{text}, *this); }
@@ -73,6 +85,7 @@ struct Row
     std::string why;
     bool race = false;
     unsigned responseTimeout = 0;
+    double longest = kLongest;
     std::optional<Left> left;
     std::string path;
     void (*arrange)(Scene&) = nullptr;
@@ -110,9 +123,6 @@ protected:
 
 /// Those of the rows that the program can run.
 Rows chosen(const Rows& rows);
-
-/// What no operation may take: the shortest of libcurl's default time-outs.
-constexpr double kLongest = 20;
 
 std::string idOf(const testing::TestParamInfo<Row>& info);
 

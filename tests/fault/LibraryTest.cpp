@@ -39,7 +39,7 @@ TEST_P(Fault, EndsAsExpected)
         row().hasten ? std::make_optional<HastenedConnecting>() : std::nullopt;
     int code = -1;
     boost::shared_ptr<ISFtpResponse> response;
-    EXPECT_GT(kLongest, secondsOf([&] {
+    EXPECT_GT(row().longest, secondsOf([&] {
                   if (row().operation == Operation::Connect) {
                       code = testConnection();
                   } else if (row().operation == Operation::Checked) {

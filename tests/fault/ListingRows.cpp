@@ -19,15 +19,15 @@ const Rows kNlst = {
 INSTANTIATE_TEST_SUITE_P(Nlst, Fault, testing::ValuesIn(chosen(kNlst)), idOf);
 
 const Rows kData = {
-    Row("DroppedWith426", kList, {"DATA=drop-after:7"}, {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
-        .because(kUnannounced)
+    Row("DroppedWith426", kList, {"DATA=drop-after:7"}, {CURLE_PARTIAL_FILE})
+        .in814(CURLE_RECV_ERROR, kUnannounced)
         .leaving("a.bak\n"),
-    Row("DroppedWithSuccessClaimed", kList, {"DATA=drop-after:7", "DONE=reply:226 done"}, {CURLE_OK, CURLE_RECV_ERROR})
-        .because(kUnannounced)
+    Row("DroppedWithSuccessClaimed", kList, {"DATA=drop-after:7", "DONE=reply:226 done"}, {CURLE_OK})
+        .in814(CURLE_RECV_ERROR, kUnannounced)
         .leaving("a.bak\n"),
     Row("ClosedEarlyWithSuccessClaimed", kList, {"DATA=claim-after:7"}, {CURLE_OK}).leaving("a.bak\n"),
-    Row("Unannounced", kList, {"DATA=no-close-notify"}, {CURLE_OK, CURLE_RECV_ERROR})
-        .because(kUnannounced)
+    Row("Unannounced", kList, {"DATA=no-close-notify"}, {CURLE_OK})
+        .in814(CURLE_RECV_ERROR, kUnannounced)
         .leaving(kNames),
     Row("ResetAfterSome", kList, {"DATA=reset-after:7"}, {CURLE_RECV_ERROR}).leavingAtMost("a.bak\n"),
     Row("ClosedInPlaceOfTls", kList, {"DATA=close"},
@@ -51,8 +51,8 @@ const Rows kData = {
         {CURLE_FTP_WEIRD_PASV_REPLY, CURLE_SSL_CONNECT_ERROR, CURLE_PEER_FAILED_VERIFICATION})
         .racing(kDataTls)
         .on([](Scene& scene) { scene.server.dataCertificate = ofAnotherCa(); }),
-    Row("StalledThenDropped", kList, {"DATA=stall-after:7"}, {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR})
-        .because(kUnannounced)
+    Row("StalledThenDropped", kList, {"DATA=stall-after:7"}, {CURLE_PARTIAL_FILE})
+        .in814(CURLE_RECV_ERROR, kUnannounced)
         .on(boundedStall)
         .leaving("a.bak\n"),
     Row("StalledInPlaceOfTls", kList, {"DATA=stall"},

@@ -32,7 +32,7 @@ const Rows kPass = {
     Row("Reset", kConnect, {"PASS=reset"}, {CURLE_RECV_ERROR}),
     Row("Silence", kList, {"PASS=stall"}, {CURLE_OPERATION_TIMEDOUT}).waiting(1),
     Row("Split", kList, {"PASS=split"}, {CURLE_OK}).leaving(kNames),
-    Row("AMebibyte", kConnect, {"PASS=pad:1048576"}, {CURLE_RECV_ERROR, kTooLarge}).because(kLongLine),
+    Row("AMebibyte", kConnect, {"PASS=pad:1048576"}, {CURLE_RECV_ERROR}).in814(kTooLarge, kLongLine),
 };
 INSTANTIATE_TEST_SUITE_P(Pass, Fault, testing::ValuesIn(chosen(kPass)), idOf);
 
@@ -68,7 +68,7 @@ const Rows kPwd = {
     Row("ZeroBytes", kList, {"PWD=reply:257 \"/\\0\\0\" here"}, {CURLE_OK, CURLE_WEIRD_SERVER_REPLY})
         .because("Later releases refuse zero bytes.")
         .leavingAfter(CURLE_OK, kNames),
-    Row("AMebibyte", kConnect, {"PWD=pad:1048576"}, {CURLE_RECV_ERROR, kTooLarge}).because(kLongLine),
+    Row("AMebibyte", kConnect, {"PWD=pad:1048576"}, {CURLE_RECV_ERROR}).in814(kTooLarge, kLongLine),
     Row("TwoReplies", kConnect, {"PWD=reply:257 \"/\"\\r\\n421 closing"}, {CURLE_OPERATION_TIMEDOUT}),
 };
 INSTANTIATE_TEST_SUITE_P(Pwd, Fault, testing::ValuesIn(chosen(kPwd)), idOf);

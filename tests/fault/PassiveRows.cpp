@@ -19,7 +19,7 @@ const Rows kEpsv = {
     Row("Silence", kList, {"EPSV=stall"}, {CURLE_OPERATION_TIMEDOUT}).waiting(1).leaving(""),
     Row("SilenceThenClosed", kRename, {"EPSV=stall"}, {CURLE_RECV_ERROR}).on(boundedStall).leaving(kNoFile),
     Row("Split", kDownload, {"EPSV=split"}, {CURLE_OK}).leaving(kAll),
-    Row("AMebibyte", kDownload, {"EPSV=pad:1048576"}, {CURLE_RECV_ERROR, kTooLarge}).because(kLongLine).leaving(""),
+    Row("AMebibyte", kDownload, {"EPSV=pad:1048576"}, {CURLE_RECV_ERROR}).in814(kTooLarge, kLongLine).leaving(""),
 };
 INSTANTIATE_TEST_SUITE_P(Epsv, Fault, testing::ValuesIn(chosen(kEpsv)), idOf);
 

@@ -37,6 +37,9 @@ constexpr const char* kDataTls = "libcurl takes a failed handshake on the data c
                                  "reports that; how far it got is a race.";
 constexpr const char* kUnannounced = "From 8.14 on libcurl asks for a close_notify at the end of the data.";
 
+/// More than the minute that libcurl 8.14 gives a reply where the library sets no limit.
+constexpr double kReplyLimit = 90;
+
 inline void implicitTls(Scene& scene) { scene.server.tls = testserver::TlsMode::Implicit; }
 
 inline void noTls(Scene& scene) { scene.server.tls = testserver::TlsMode::Plain; }

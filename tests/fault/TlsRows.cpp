@@ -20,7 +20,7 @@ const Rows kAuth = {
     Row("Reply334AndClosed", kConnect, {"AUTH=last:334 go on"}, {CURLE_SSL_CONNECT_ERROR}),
     Row("Split", kList, {"AUTH=split"}, {CURLE_OK}).leaving(kNames),
     Row("WithoutALineEnd", kList, {"AUTH=reply:234 TLS n\\c"}, {CURLE_OPERATION_TIMEDOUT}).waiting(1),
-    Row("AMebibyte", kConnect, {"AUTH=pad:1048576"}, {CURLE_RECV_ERROR, kTooLarge}).because(kLongLine),
+    Row("AMebibyte", kConnect, {"AUTH=pad:1048576"}, {CURLE_RECV_ERROR}).in814(kTooLarge, kLongLine),
 };
 INSTANTIATE_TEST_SUITE_P(Auth, Fault, testing::ValuesIn(chosen(kAuth)), idOf);
 

@@ -66,9 +66,11 @@ INSTANTIATE_TEST_SUITE_P(UploadDone, Fault, testing::ValuesIn(chosen(kDone)), id
 
 // Why the size is given to libcurl, though not to the server.
 const Rows kSource = {
-    Row("HasMoreBytesThanItsSizeSays", kUpload, {}, {CURLE_PARTIAL_FILE}).beyondTheTool().on([](Scene& scene) {
-        scene.request.localPath = "/proc/version";
-    }),
+    Row("HasMoreBytesThanItsSizeSays", kUpload, {}, {CURLE_PARTIAL_FILE})
+        .in814(CURLE_OK, "7.88.1 sends them all the same; 8.14.1 asks for none where the size is 0.")
+        .leavingAfter(CURLE_OK, "")
+        .beyondTheTool()
+        .on([](Scene& scene) { scene.request.localPath = "/proc/version"; }),
 };
 INSTANTIATE_TEST_SUITE_P(UploadSource, Fault, testing::ValuesIn(chosen(kSource)), idOf);
 

@@ -53,8 +53,8 @@ Cert makeCertificate(EVP_PKEY* key, const std::string& commonName, const Certifi
     require(cert != nullptr && X509_set_version(cert.get(), X509_VERSION_3) == 1, "make a certificate");
     const std::uint64_t serial = options.serial != 0 ? options.serial : randomSerial();
     require(ASN1_INTEGER_set_uint64(X509_get_serialNumber(cert.get()), serial) == 1, "set a serial number");
-    require(X509_gmtime_adj(X509_getm_notBefore(cert.get()), options.notBefore.count()) != nullptr &&
-                X509_gmtime_adj(X509_getm_notAfter(cert.get()), options.notAfter.count()) != nullptr,
+    require(X509_gmtime_adj(X509_getm_notBefore(cert.get()), static_cast<long>(options.notBefore.count())) != nullptr &&
+                X509_gmtime_adj(X509_getm_notAfter(cert.get()), static_cast<long>(options.notAfter.count())) != nullptr,
             "set a validity");
     require(X509_NAME_add_entry_by_txt(X509_get_subject_name(cert.get()), "CN", MBSTRING_UTF8,
                                        reinterpret_cast<const unsigned char*>(commonName.c_str()), -1, -1, 0) == 1,

@@ -154,7 +154,7 @@ bool Session::meet(std::uint64_t sessions)
 void Session::reply(const std::string& text)
 {
     std::string padded = text;
-    padded.resize(std::max<std::size_t>(text.size(), m_pad), '.');
+    padded.resize(std::max(text.size(), static_cast<std::size_t>(m_pad)), '.');
     m_pad = 0;
     sendReply(padded + (m_appendix.empty() ? "\r\n" : " " + std::exchange(m_appendix, {})));
 }

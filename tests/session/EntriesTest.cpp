@@ -17,7 +17,9 @@ std::string textOf(const std::optional<RemoteEntry>& entry)
                              : entry->kind == EntryKind::Directory ? "directory"
                                                                    : "other";
     const std::string time =
-        entry->modified ? std::to_string(std::chrono::system_clock::to_time_t(*entry->modified)) : "unknown";
+        entry->modified
+            ? std::to_string(std::chrono::floor<std::chrono::seconds>(*entry->modified).time_since_epoch().count())
+            : "unknown";
     return "<" + entry->name + "> " + kind + " " + std::to_string(entry->size) + " " + time;
 }
 
@@ -40,6 +42,8 @@ TEST(Entries, OfFacts)
         {"type=file;size=9223372036854775808; beyond", "<beyond> file -1 unknown"},
         {"type=file;size=-1; negative", "<negative> file -1 unknown"},
         {"type=file;modify=20261301000000; month", "<month> file -1 unknown"},
+        {"type=file;modify=20400229235959; beyond 32 bits", "<beyond 32 bits> file -1 2214172799"},
+        {"type=file;modify=19000228000000; before them", "<before them> file -1 -2203977600"},
         {"type=file;modify=99991231235959; beyond the clock", "<beyond the clock> file -1 unknown"},
         {"type=file;modify=00000101000000; before the clock", "<before the clock> file -1 unknown"},
         {"type=file;modify=2026010100000; short", "<short> file -1 unknown"},

@@ -26,6 +26,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -252,6 +253,8 @@ TEST(ThreadState, IsAsItWas)
     EXPECT_EQ(sigismember(&before, SIGPIPE), sigismember(&after, SIGPIPE));
 }
 
+constexpr std::int64_t kFiveGibibytes = 5368709120;
+
 class Arriving : public testing::Test
 {
 protected:
@@ -310,6 +313,44 @@ TEST_F(Arriving, WaitsForAPipesOtherEndAsLongAsTheCallMay)
         EXPECT_NE(std::string::npos, std::string(failure.what()).find("nobody read from localPath " + path("p")));
     }
     EXPECT_EQ(1, files());
+}
+
+// Where a long has 32 bits too.
+TEST_F(Arriving, GoesOnBehindFiveGibibytes)
+{
+    {
+        ArrivingFile file(path("a"), call, "version");
+        file.write("x", 1);
+    }
+    ASSERT_EQ(1, files());
+    std::filesystem::resize_file(*std::filesystem::directory_iterator(path("")), kFiveGibibytes);
+    {
+        ArrivingFile file(path("a"), call, "version");
+        EXPECT_EQ(kFiveGibibytes, file.size());
+        file.write("end", 3);
+        EXPECT_EQ(std::string("\0\0end", 5), file.end(5));
+        file.takePlace(false);
+    }
+    EXPECT_EQ(static_cast<std::uintmax_t>(kFiveGibibytes) + 3, std::filesystem::file_size(path("a")));
+}
+
+TEST(LeavingFile, MayHoldFiveGibibytes)
+{
+    const TemporaryFolder folder;
+    writeFile(folder.file("a"), "begin");
+    std::filesystem::resize_file(folder.file("a"), kFiveGibibytes);
+    {
+        std::fstream stream(folder.file("a"), std::ios::in | std::ios::out);
+        stream.seekp(kFiveGibibytes - 3);
+        stream << "end";
+    }
+    const LeavingFile file(folder.file("a"));
+    EXPECT_EQ(kFiveGibibytes, file.size());
+    EXPECT_EQ("nd", file.part(kFiveGibibytes - 2, 5));
+    ASSERT_TRUE(file.seek(kFiveGibibytes - 3));
+    std::string bytes(5, '.');
+    EXPECT_EQ(3U, file.read(bytes.data(), bytes.size()));
+    EXPECT_EQ("end..", bytes);
 }
 
 // Nobody can open it, ever: there is nothing to wait for.

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdio>
 
+// The functions with 64 bits for sizes, which our definitions stand for on machines of 32 bits too.
 namespace recorded {
 
 Files& files()
@@ -22,7 +23,7 @@ namespace {
 
 FILE* openNoted(const char* path, const char* mode)
 {
-    const bool starved = memory::unmet("fopen");
+    const bool starved = memory::unmet("fopen64");
     const memory::Pause pause;
     const std::string call = std::string("open ") + path + " " + mode;
     if (starved || files().cannotOpen == path) {
@@ -30,7 +31,7 @@ FILE* openNoted(const char* path, const char* mode)
         errno = starved ? ENOMEM : EACCES;
         return nullptr;
     }
-    FILE* stream = nextFunction<FILE*(const char*, const char*)>("fopen")(path, mode);
+    FILE* stream = nextFunction<FILE*(const char*, const char*)>("fopen64")(path, mode);
     journal::note(call + (stream == nullptr ? " fails" : ""));
     scripted::curl().names[stream] = "stream";
     return stream;
@@ -44,7 +45,7 @@ using namespace recorded;
 extern "C" FILE* fopen(const char* path, const char* mode)
 {
     return memory::watched() ? openNoted(path, mode)
-                             : nextFunction<FILE*(const char*, const char*)>("fopen")(path, mode);
+                             : nextFunction<FILE*(const char*, const char*)>("fopen64")(path, mode);
 }
 
 extern "C" int fclose(FILE* stream)
@@ -76,5 +77,5 @@ extern "C" int fstat(int descriptor, struct stat* status) noexcept
             return -1;
         }
     }
-    return nextFunction<int(int, struct stat*)>("fstat")(descriptor, status);
+    return nextFunction<int(int, struct stat*)>("fstat64")(descriptor, status);
 }

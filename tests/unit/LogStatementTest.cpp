@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <new>
 #include <stdexcept>
 
@@ -91,13 +92,13 @@ TEST_F(LogStatement, UsesTheseLevels)
 
 TEST_F(LogStatement, PassesLevelModuleIdentifierFunctionAndLine)
 {
-    host().requestId = 18446744073709551615UL;
+    host().requestId = std::numeric_limits<unsigned long>::max();
     statement::writeRecordOfThisThread();
     ASSERT_EQ(1U, host().records.size());
     const recording::Record& record = host().records[0];
     EXPECT_EQ(2, record.level);
     EXPECT_EQ("SFtpClient", record.module);
-    EXPECT_EQ(18446744073709551615UL, record.requestId);
+    EXPECT_EQ(std::numeric_limits<unsigned long>::max(), record.requestId);
     EXPECT_EQ(statement::kWithName, record.function);
     EXPECT_EQ(statement::lineOfRecord, record.line);
     EXPECT_FALSE(record.bad);
@@ -144,8 +145,8 @@ TEST_F(LogStatement, ReadsTheIdentifierForEachRecord)
 
 TEST_F(LogStatement, AcceptsPiecesOfEveryKindInOrder)
 {
-    SFTP_LOG(kLogDetail, "int " << -5 << " long " << 107374182400L << " unsigned " << 18446744073709551615UL << ' '
-                                << std::string("with\0zero", 9));
+    SFTP_LOG(kLogDetail, "int " << -5 << " long " << 107374182400LL << " unsigned "
+                                << std::numeric_limits<unsigned long>::max() << ' ' << std::string("with\0zero", 9));
     ASSERT_EQ(1U, host().records.size());
     const Lines expected{"0",
                          "int ",
@@ -153,7 +154,7 @@ TEST_F(LogStatement, AcceptsPiecesOfEveryKindInOrder)
                          " long ",
                          "107374182400",
                          " unsigned ",
-                         "18446744073709551615",
+                         std::to_string(std::numeric_limits<unsigned long>::max()),
                          std::string(" "),
                          std::string("with\0zero", 9),
                          ""};

@@ -84,6 +84,23 @@ TEST_F(SessionFacts, ATimeBeforeTheEpochIsCutOffDownwards)
     EXPECT_TRUE(hasLine("1 PREQUOTE = [*MFMT 19691231235959 a.bak]", lines));
 }
 
+TEST_F(SessionFacts, ATimeMayNeedMoreThan32Bits)
+{
+    features = {"MFMT"};
+    const auto set = [this](std::int64_t seconds, int expected) {
+        const auto call = [seconds](SFtpSession& session, const SFtpRequest& asked, std::string& text) {
+            return session.SetModified(asked, std::chrono::system_clock::time_point(std::chrono::seconds(seconds)),
+                                       text);
+        };
+        return journalOfCall(call, expected);
+    };
+    EXPECT_TRUE(hasLine("1 PREQUOTE = [*MFMT 20400229235959 a.bak]", set(2214172799, CURLE_OK)));
+    EXPECT_TRUE(hasLine("1 PREQUOTE = [*MFMT 19000101000000 a.bak]", set(-2208988800, CURLE_OK)));
+    set(-2208988801, CURLE_BAD_FUNCTION_ARGUMENT);
+    EXPECT_EQ(scripted::text(CURLE_BAD_FUNCTION_ARGUMENT) + ": the time is not within the years 1900 to 9999",
+              errorText);
+}
+
 TEST_F(SessionFacts, AChecksumComesByTheBestThatTheServerOffers)
 {
     struct Row

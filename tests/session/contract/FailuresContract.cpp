@@ -184,7 +184,7 @@ TEST_F(SessionFailures, OfARequestNameTheField)
         expectRefused(call.function, CURLE_BAD_FUNCTION_ARGUMENT, "password holds a control byte");
         with([&] { request.remoteFileName += control; });
         expectRefused(call.function, CURLE_BAD_FUNCTION_ARGUMENT, "remoteFileName holds a control byte");
-        with([&] { request.remotePath = "ftp://ser ver/"; });
+        with([&] { request.remotePath = "ftp://ser%20ver/"; });
         expectRefused(call.function, CURLE_URL_MALFORMAT, "remotePath cannot be read as a URL (Bad hostname)");
         with([&] { request.remotePath = "ftp://server:65536/"; });
         expectRefused(call.function, CURLE_URL_MALFORMAT,

@@ -107,7 +107,7 @@ extern "C" ssize_t write(int descriptor, const void* bytes, size_t count)
 
 extern "C" ssize_t pwrite(int descriptor, const void* bytes, size_t count, off_t offset)
 {
-    static auto* const next = nextFunction<ssize_t(int, const void*, size_t, off_t)>("pwrite");
+    static auto* const next = nextFunction<ssize_t(int, const void*, size_t, off_t)>("pwrite64");
     const memory::Pause pause;
     if (isInterrupted() || fails("write")) {
         return -1;

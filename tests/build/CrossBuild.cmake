@@ -1,0 +1,11 @@
+# A build for another machine can run nothing that it made: configuring must do without.
+include(${CMAKE_CURRENT_LIST_DIR}/Configure.cmake)
+file(REMOVE_RECURSE ${SCRATCH})
+configure_library(${SOURCE_DIR} ${SCRATCH} -DCMAKE_SYSTEM_NAME=Linux -DCMAKE_SYSTEM_PROCESSOR=other)
+if(failed)
+    message(FATAL_ERROR "The project was not configured for another machine: ${output}")
+endif()
+file(STRINGS ${SCRATCH}/CMakeCache.txt run REGEX "TRYRUN|_EXITCODE")
+if(run)
+    message(FATAL_ERROR "Configuring wants to run what it built: ${run}")
+endif()
