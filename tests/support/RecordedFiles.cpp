@@ -23,7 +23,7 @@ namespace {
 
 FILE* openNoted(const char* path, const char* mode)
 {
-    const bool starved = memory::unmet("fopen64");
+    const bool starved = memory::unmet("fopen");
     const memory::Pause pause;
     const std::string call = std::string("open ") + path + " " + mode;
     if (starved || files().cannotOpen == path) {
