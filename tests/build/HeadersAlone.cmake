@@ -11,22 +11,34 @@ set(engine ${SOURCE_DIR}/src/transfer/CurlSFtpClient.h ${SOURCE_DIR}/src/transfe
 if(COMPILER MATCHES "NOTFOUND$")
     message(FATAL_ERROR "clang++ is missing, and the headers must compile with it too; scripts/setup gates installs it.")
 endif()
+
+# Whether a file compiles as a standard; `includes` gets what of libcurl and OpenSSL it includes.
+function(compile name standard includes)
+    execute_process(
+        COMMAND ${COMPILER} -std=c++${standard} -fsyntax-only -Wall -Wextra -Wpedantic -Wconversion -Werror
+                -I${SOURCE_DIR}/include -I${SOURCE_DIR}/platform ${SCRATCH}/${name}.cpp -MD -MF ${SCRATCH}/${name}.d
+        RESULT_VARIABLE failed ERROR_VARIABLE errors)
+    if(failed)
+        message(FATAL_ERROR "${name} does not compile as C++${standard} with ${COMPILER}:\n${errors}")
+    endif()
+    file(STRINGS ${SCRATCH}/${name}.d foreign REGEX "/include/([^ ]*/)?(curl|openssl)/")
+    set(${includes} "${foreign}" PARENT_SCOPE)
+endfunction()
+
+set(all "")
 foreach(header IN LISTS headers engine)
     get_filename_component(name ${header} NAME)
     file(WRITE ${SCRATCH}/${name}.cpp "#include \"${header}\"\n#include \"${header}\"\n")
-    foreach(standard 17 20 2b)
-        execute_process(
-            COMMAND ${COMPILER} -std=c++${standard} -fsyntax-only -Wall -Wextra -Wpedantic -Wconversion -Werror
-                    -I${SOURCE_DIR}/include -I${SOURCE_DIR}/platform ${SCRATCH}/${name}.cpp
-                    -MD -MF ${SCRATCH}/${name}.d
-            RESULT_VARIABLE failed ERROR_VARIABLE errors)
-        if(failed)
-            message(FATAL_ERROR "${name} does not compile alone as C++${standard} with ${COMPILER}:\n${errors}")
-        endif()
-        file(STRINGS ${SCRATCH}/${name}.d foreign REGEX "/include/([^ ]*/)?(curl|openssl)/")
-        list(FIND engine ${header} place)
+    string(APPEND all "#include \"${header}\"\n")
+    list(FIND engine ${header} place)
+    foreach(standard 17 2b)
+        compile(${name} ${standard} foreign)
         if(foreign AND place EQUAL -1)
             message(FATAL_ERROR "${name} includes what hosts need not have:\n${foreign}")
         endif()
     endforeach()
 endforeach()
+
+# The standard between them, once for all headers.
+file(WRITE ${SCRATCH}/all-headers.cpp "${all}")
+compile(all-headers 20 ignored)
