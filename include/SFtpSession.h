@@ -71,7 +71,7 @@ struct RemoteChecksum
 /// Takes `size` bytes of a download; false ends it, with 23.
 using DataSink = std::function<bool(const char* bytes, std::size_t size)>;
 
-/// Fills up to `size` bytes of an upload and returns how many; 0 at the end.
+/// Fills up to `size` bytes of an upload and returns how many; 0 at the end, also when it is asked again.
 using DataSource = std::function<std::size_t(char* bytes, std::size_t size)>;
 
 /// How a session behaves. A plain record: set the fields that differ from the defaults; the session checks them.
@@ -108,6 +108,10 @@ struct SessionOptions
     /// Files only: a transfer that breaks off keeps what it has moved, and the next call for the same file continues
     /// from there if the last 64 KiB match, otherwise from the start. See "Resuming" below.
     bool resume = false;
+
+    /// Listings over TLS must end with TLS's close_notify, which some servers leave out, on Windows for example; others
+    /// get 56. If false, a listing that somebody on the way has cut off is taken for a whole one (libcurl before 8.14).
+    bool requireListingEnd = false;
 
     std::chrono::milliseconds idleTimeout{60000}; ///< how long an idle connection is kept for reuse
     unsigned maxConnections = 8;                  ///< to one server at a time; further calls wait
@@ -224,7 +228,8 @@ public:
     int RemoveSFtpDir(const SFtpRequest& request, std::string& errorText);
 
     /// Downloads the file `remotePath` to `sink`, in order; `localPath` is not used. If the download fails, `sink` has
-    /// received the beginning of the file. 63 for a file of 53687091200 bytes or more.
+    /// received the beginning of the file. 63 for a file of 53687091200 bytes or more. 56 if the server has not
+    /// reported the size, and the data came over TLS but did not end with its close_notify: it may have been cut off.
     int DownLoadTo(const SFtpRequest& request, const DataSink& sink, std::string& errorText);
     /// The same to a stream; 23 if writing to it fails.
     int DownLoadTo(const SFtpRequest& request, std::ostream& out, std::string& errorText);

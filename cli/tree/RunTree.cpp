@@ -54,6 +54,8 @@ SessionOptions optionsOf(const Arguments& arguments, Board& board)
     options.callTimeout = {};
     options.sendRate = (arguments.rate + arguments.tree.jobs - 1) / arguments.tree.jobs;
     options.receiveRate = options.sendRate;
+    // With a piece of the list only, it would delete what is there.
+    options.requireListingEnd = arguments.operation == Operation::Pull && arguments.tree.deletes;
     options.syncDownload = false; // once for all of them: see syncFiles()
     options.progress = [&board](const TransferProgress& now) { board.progress(now); };
     return options;

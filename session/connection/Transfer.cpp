@@ -320,7 +320,7 @@ void Transfer::judgeSize()
     m_found = there < 0 ? "the server does not report the size of what was sent" : sizesDiffer(there, m_sent);
 }
 
-// The file may have been cut off. As after any data connection that broke, the server may want another TLS session.
+// The data may have been cut off. As after any data connection that broke, the server may want another TLS session.
 void Transfer::judgeEnd()
 {
     if (!m_requiresEnd || !m_connection.dataEnd.isUnannounced()) {
@@ -334,7 +334,7 @@ void Transfer::judgeEnd()
         return; // libcurl has compared
     }
     m_foundCode = CURLE_RECV_ERROR;
-    m_found = "the server has neither reported the file's size nor announced its end with close_notify";
+    m_found = "the server has neither reported a size nor announced the end of the data with close_notify";
     m_connection.giveUp();
 }
 

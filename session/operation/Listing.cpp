@@ -29,6 +29,14 @@ RemoteEntry found(const std::optional<RemoteEntry>& entry, const std::string& na
     return same;
 }
 
+// A listing has no size that could be compared.
+void requireEnd(const Work& work, Transfer& transfer)
+{
+    if (work.access.options().requireListingEnd) {
+        transfer.requireEnd();
+    }
+}
+
 std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& directoryUrl)
 {
     const bool facts = !work.access.target().isSsh() && featuresOf(work, directoryUrl).mlst;
@@ -46,6 +54,7 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
     });
     Transfer transfer(work.connection, work.access, work.call);
     transfer.visit(directoryUrl);
+    requireEnd(work, transfer);
     if (facts) {
         set(transfer.handle(), CURLOPT_CUSTOMREQUEST, "MLSD");
     }
@@ -167,6 +176,7 @@ void listNames(const Work& work, const DataSink& sink)
     });
     Transfer transfer(work.connection, work.access, work.call);
     transfer.visit(work.access.target().directoryUrl());
+    requireEnd(work, transfer);
     set(transfer.handle(), CURLOPT_DIRLISTONLY, 1L);
     const DataSink splitting = lines.sink();
     transfer.receive([&](const char* bytes, std::size_t count) { return splitting(bytes, count) && taken; });

@@ -267,7 +267,8 @@ private:
         }
     }
 
-    // Whether the name that the file is to have is a directory's: one can be entered or, over SSH, listed.
+    // Whether the name that the file is to have is a directory's: one can be entered or, over SSH, listed. Throws the
+    // upload's failure where the server does not answer that.
     bool isDirectory() const
     {
         Transfer transfer(m_work.connection, m_work.access, m_work.call);
@@ -278,7 +279,13 @@ private:
         } else {
             transfer.withoutData();
         }
-        return transfer.tryToRun() == CURLE_OK;
+        const CURLcode code = transfer.tryToRun();
+        const bool isAnswered = code == CURLE_OK || code == CURLE_REMOTE_ACCESS_DENIED ||
+                                (m_target.isSsh() && (code == CURLE_REMOTE_FILE_NOT_FOUND || code == CURLE_SSH));
+        if (!isAnswered) {
+            throw m_work.call.verdict() == CURLE_OK ? Failure(*m_failure) : transfer.failure(code);
+        }
+        return code == CURLE_OK;
     }
 
     // Runs commands in the target's directory, over a new connection if `fresh`; nothing on success.
@@ -332,18 +339,24 @@ private:
     std::optional<Failure> m_failure;
 };
 
+// After an upload over TLS 1.3, refused or not, libcurl has lost the session that the server expects again.
+void leaveNewestTls(const Work& work)
+{
+    if (work.access.speaksNewestTls(work.connection.newestTls)) {
+        work.connection.giveUp();
+    }
+}
+
 void carryOut(const Work& work, Arrival& arrival)
 {
     try {
         arrival.run();
     } catch (...) {
         arrival.removeQuietly();
+        leaveNewestTls(work);
         throw;
     }
-    if (work.access.speaksNewestTls(work.connection.newestTls)) {
-        // After an upload over TLS 1.3, libcurl has lost the session that the server expects again.
-        work.connection.giveUp();
-    }
+    leaveNewestTls(work);
     work.call.finishing();
     work.call.report(true);
 }

@@ -97,8 +97,8 @@ TEST_F(UnannouncedEnds, OfFilesOfUnknownSizeAreFailuresOfASession)
     EXPECT_EQ(CURLE_RECV_ERROR, session.code) << session.errorText;
     EXPECT_EQ(-1, place.bytesLeft());
     if (!newerLibcurl()) {
-        EXPECT_EQ("Failure when receiving data from the peer: the server has neither reported the file's size nor "
-                  "announced its end with close_notify (the server's last reply: 226 done)",
+        EXPECT_EQ("Failure when receiving data from the peer: the server has neither reported a size nor "
+                  "announced the end of the data with close_notify (the server's last reply: 226 done)",
                   session.errorText);
     }
 }

@@ -208,6 +208,33 @@ TEST_F(SessionHostile, AFileOfUnknownSizeIsCompleteOnlyIfItsEndIsAnnounced)
     EXPECT_EQ(3U, sessions().size()) << "after a failure, the TLS session is no longer valid";
 }
 
+// Cut off behind the first of two lines.
+TEST_F(SessionHostile, AListingMayHaveToAnnounceItsEnd)
+{
+    writeFile(served("a.bak"), "1");
+    writeFile(served("b.bak"), "2");
+    for (const bool required : {false, true}) {
+        SCOPED_TRACE(required);
+        config.faults.clear();
+        misbehave("FEAT=reply:500 unknown");
+        misbehave("DATA=drop-after:7");
+        misbehave("DONE=reply:226 done");
+        serve();
+        aimAt("/");
+        SessionOptions options;
+        options.requireListingEnd = required;
+        SFtpSession session(options);
+        const int expected = required ? CURLE_RECV_ERROR : CURLE_OK;
+        EXPECT_EQ(expected, session.Listsftpdir(request, errorText)) << errorText;
+        EXPECT_EQ(expected, session.ListEntries(request, entries, errorText)) << errorText;
+        stopServing();
+    }
+    EXPECT_EQ(
+        "Failure when receiving data from the peer: the server has neither reported a size nor announced the end of "
+        "the data with close_notify (the server's last reply: 226 done)",
+        errorText);
+}
+
 // On no connection, or not on that for the data.
 TEST_F(SessionHostile, WithoutTlsNoEndIsAnnounced)
 {

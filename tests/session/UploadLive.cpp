@@ -182,6 +182,19 @@ TEST_F(SessionUpload, ADirectoryDoesNotGiveWay)
     EXPECT_EQ(0, std::count(transcript.begin(), transcript.end(), "> RNFR d"));
 }
 
+TEST_F(SessionUpload, NothingGivesWayWhereTheServerDoesNotSayWhetherItIsADirectory)
+{
+    misbehave("1/CWD=drop");
+    serve();
+    std::filesystem::create_directory(served("d"));
+    aimAt("/d");
+    EXPECT_EQ(CURLE_QUOTE_ERROR, SFtpSession().UploadFileToSFtpServer(request, errorText));
+    EXPECT_NE(std::string::npos, errorText.find("RNTO d")) << errorText;
+    for (const Lines& each : sessions()) {
+        EXPECT_EQ(0, std::count(each.begin(), each.end(), "> RNFR d"));
+    }
+}
+
 TEST_F(SessionUpload, ALongNameHasATemporaryOneToo)
 {
     serve();

@@ -283,6 +283,18 @@ TEST_F(PushPull, NothingIsDeletedUnlessAskedFor)
     }
 }
 
+// As if somebody on the way had ended the connection behind the first line.
+TEST_F(PushPull, AListingThatIsCutOffDeletesNothing)
+{
+    plant(there(), {{"a", "1"}, {"b", "2"}});
+    plant(here(), {{"a", "1"}, {"b", "2"}});
+    serve({"DATA#1=drop-after:60", "DONE=reply:226 done"});
+    const ProgramResult result = pull({"--delete"});
+    EXPECT_TRUE(exited(CURLE_RECV_ERROR, result));
+    EXPECT_TRUE(holds("nor announced the end of the data with close_notify", result.err)) << result.err;
+    EXPECT_TRUE(sameTrees({{"a", "1"}, {"b", "2"}}, treeIn(here())));
+}
+
 TEST_F(PushPull, AnEmptySourceDeletesOnlyByForce)
 {
     plant(there(), {{"b", "2"}});

@@ -212,6 +212,27 @@ TEST_P(Sessions, ReplaceAFileAndTellItsTime)
     EXPECT_EQ(CURLE_REMOTE_FILE_NOT_FOUND, session.StatEntry(request, entry, errorText));
 }
 
+// Over TLS 1.3, too, where the server expects a TLS session on data connections that libcurl loses with an upload. vsftpd
+// breaks off an upload now and then there.
+TEST_P(Sessions, GoOnAfterAnUploadThatCannotTakeItsPlace)
+{
+    for (const TlsVersion oldest : {TlsVersion::Tls12, TlsVersion::Tls13}) {
+        SCOPED_TRACE(oldest == TlsVersion::Tls12 ? "TLS 1.2" : "TLS 1.3");
+        SessionOptions chosen = options();
+        chosen.requireTls = server.dataTls != DataTls::None;
+        chosen.minimumTls = oldest;
+        SFtpSession session(chosen);
+        keep("a directory/x", "x");
+        for (int round = 0; round < 2; ++round) {
+            aimAt("a directory");
+            writeFile(request.localPath, content);
+            EXPECT_NE(0, session.UploadFileToSFtpServer(request, errorText));
+            EXPECT_EQ(0, download(session)) << errorText;
+        }
+        EXPECT_EQ("x", contentOf(served("a directory/x")));
+    }
+}
+
 TEST_P(Sessions, SetATimeWhereTheServerCan)
 {
     SessionOptions chosen = options();
