@@ -237,17 +237,19 @@ public:
     std::uint16_t before(std::uint16_t port)
     {
         const auto acceptor = std::make_shared<tcp::acceptor>(m_context, loopback(0));
+        const std::uint16_t own = acceptor->local_endpoint().port(); // before it is the thread's
         asio::post(m_context, [this, acceptor, port] { accept(acceptor, port); });
-        return acceptor->local_endpoint().port();
+        return own;
     }
 
 private:
     void accept(const std::shared_ptr<tcp::acceptor>& acceptor, std::uint16_t port)
     {
         acceptor->async_accept([this, acceptor, port](Failed failed, tcp::socket client) {
-            if (!failed) {
-                std::make_shared<Passage>(std::move(client), loopback(port), m_line, m_connections++)->begin();
+            if (failed) {
+                return; // the clients notice
             }
+            std::make_shared<Passage>(std::move(client), loopback(port), m_line, m_connections++)->begin();
             accept(acceptor, port);
         });
     }
