@@ -248,6 +248,55 @@ TEST_F(Write, NamesWhatCannotBeRemoved)
     }
 }
 
+// The eighth session is that of the round trip and of its clean-up.
+class WriteClosed : public Write
+{
+protected:
+    WriteClosed()
+    {
+        for (const char* const fault : {"8/rm=reply:550 no", "8/DELE#4=last:550 no", "8/DELE=reply:550 no"}) {
+            misbehave(fault);
+        }
+    }
+};
+
+TEST_F(WriteClosed, LooksOverAnotherConnection)
+{
+    misbehave("9/DELE=reply:550 no");
+    EXPECT_EQ(1, write());
+    ASSERT_EQ(1U, leftBehind()) << said();
+    const std::string left = m_report["leftBehind"][0];
+    EXPECT_TRUE(exists(served(left.substr(left.rfind('/'))))) << left;
+}
+
+TEST_F(WriteClosed, RemovesOverAnotherConnectionWhatItSees)
+{
+    EXPECT_EQ(1, write());
+    EXPECT_TRUE(nothingIsLeft()) << said();
+    EXPECT_EQ(0U, leftBehind()) << said();
+    EXPECT_FALSE(holds("left behind", said()));
+}
+
+TEST_F(WriteClosed, SaysThatItCouldNotLook)
+{
+    misbehave("9/NLST=drop");
+    misbehave("10/DELE=reply:550 no");
+    misbehave("10/NLST=drop");
+    EXPECT_EQ(1, write());
+    EXPECT_FALSE(nothingIsLeft());
+    EXPECT_EQ(0U, leftBehind()) << said();
+    EXPECT_TRUE(holds("the server could not be asked", said())) << said();
+}
+
+TEST_F(WriteClosed, DoesNotRepeatARefusedLogin)
+{
+    misbehave("9/PASS=reply:530 no");
+    misbehave("10/PASS=reply:530 no");
+    EXPECT_EQ(1, write());
+    EXPECT_EQ(10U, sessions().size()) << "one that looks, and one that cleans up";
+    EXPECT_TRUE(holds("the server could not be asked", said())) << said();
+}
+
 TEST_F(Write, ReportsAListingTooLongToSearch)
 {
     constexpr int kNames = 5000;
