@@ -225,9 +225,9 @@ void addRoundTrip(const std::string& probe, const RoundTrip& roundTrip, Findings
         findings.push_back({"left behind", Grade::Fail, name + ": remove it by hand"});
     }
     if (roundTrip.leftUnknown) {
-        findings.push_back({"left behind", Grade::Fail,
-                            "perhaps " + roundTrip.name + " or " + roundTrip.name +
-                                ".renamed: the server could not be asked; look, and remove it by hand"});
+        findings.push_back(
+            {"left behind", Grade::Fail,
+             "perhaps " + whatMayBeLeft(roundTrip) + ": the server could not be asked; look, and remove them by hand"});
     }
 }
 
