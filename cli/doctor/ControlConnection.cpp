@@ -136,14 +136,11 @@ void ControlConnection::prepare(const Transfer& transfer)
 ProbeResult ControlConnection::run(const Transfer& transfer)
 {
     const char* const beginning = transfer.areRequired ? "" : "*";
-    const List afterLogin = listOf(transfer.afterLogin, beginning);
     const List afterListing = listOf(transfer.afterListing, beginning);
     prepare(transfer);
-    curl_easy_setopt(m_handle.get(), CURLOPT_QUOTE, afterLogin.get());
     curl_easy_setopt(m_handle.get(), CURLOPT_POSTQUOTE, afterListing.get());
     m_isLost = false;
     const CURLcode code = curl_easy_perform(m_handle.get());
-    curl_easy_setopt(m_handle.get(), CURLOPT_QUOTE, nullptr);
     curl_easy_setopt(m_handle.get(), CURLOPT_POSTQUOTE, nullptr);
     m_isOpened = true;
     return m_isLost ? ProbeResult{} : resultOf(code);

@@ -47,8 +47,8 @@ template <typename Some>
 auto factsOf(Some& report)
 {
     return std::tie(report.contact, report.tls, report.hostKey, report.client, report.session, report.clearUser,
-                    report.bare, report.bareAgain, report.turnedAway, report.limit, report.roundTrip,
-                    report.sessionTrip);
+                    report.bare, report.bareAgain, report.bareCommands, report.turnedAway, report.limit,
+                    report.roundTrip, report.sessionTrip);
 }
 
 } // namespace

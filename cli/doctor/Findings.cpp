@@ -127,8 +127,7 @@ Finding clearLogin(const Report& report)
 
 Finding sizeFinding(const Report& report)
 {
-    const Reply* const bare = report.bare.replyTo("SIZE");
-    const Reply* const reply = bare != nullptr ? bare : report.client.test.replyTo("SIZE");
+    const Reply* const reply = sizeReply(report);
     if (reply == nullptr || reply->ending != Ending::Complete) {
         return {"SIZE", Grade::None, kNotTried};
     }
