@@ -1,5 +1,6 @@
 #include "doctor/ControlConnection.h"
 
+#include <Pem.h>
 #include <openssl/err.h>
 #include <openssl/pem.h>
 #include <tls/TlsTrust.h>
@@ -55,9 +56,10 @@ void setLimits(CURL* handle, std::chrono::milliseconds limit)
 // What a session makes of the certificates that it is to trust.
 std::string asPem(const std::string& caCert)
 {
-    if (caCert.find("-----BEGIN") != std::string::npos) {
+    if (session::isPem(caCert)) {
         return caCert;
     }
+    ERR_clear_error();
     const X509Certificate certificate = readCertificate(caCert);
     const MemoryBio memory(BIO_new(BIO_s_mem()));
     if (!certificate || !memory || PEM_write_bio_X509(memory.get(), certificate.get()) != 1) {

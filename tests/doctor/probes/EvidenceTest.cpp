@@ -142,6 +142,17 @@ TEST_F(Evidence, OutlivesConnectionsThatEndAfterAReply)
     EXPECT_EQ("WWWWWW", outlooksOf(ofSession(predictions)));
 }
 
+TEST_F(Evidence, IsSeenWithACaAsDerThatHoldsTheWordsOfPem)
+{
+    const testserver::CertificateAuthority named("-----BEGIN CERTIFICATE-----");
+    config.certificate = named.issue({});
+    request.caCert = named.certificateDer();
+    const doctor::Report report = examined();
+    EXPECT_EQ("offered: TLS_AES_256_GCM_SHA384", seenBy("TLS 1.3", report));
+    const auto keep = [this](const std::string& name, const std::string& content) { writeFile(served(name), content); };
+    expectTruth(ofSession(predict(report)), truthOfSession(question, local("scratch"), keep));
+}
+
 TEST_F(Evidence, NamesTheRightOneOfTwoCertificates)
 {
     request.caCert = testserver::CertificateAuthority("Another CA").certificatePem() + authority.certificatePem();
