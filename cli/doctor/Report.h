@@ -108,6 +108,7 @@ struct Tls
     bool namesHost = false;
     ServerText anchor;    ///< the subject of the certificate by which a session trusts it
     long givenTrust = -1; ///< OpenSSL's verdict where the given CA alone is trusted; 0 is good, -1 not seen
+    bool caFails = false; ///< libcurl cannot use the certificates to trust, so that no handshake began
 };
 
 struct HostKey

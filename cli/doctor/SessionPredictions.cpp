@@ -76,6 +76,10 @@ std::optional<Expectation> obstacle(const Report& report)
     if (report.libcurl.speaksScheme && (report.trust == Trust::Unreadable || report.trust == Trust::NobodyRefused)) {
         return fails(CURLE_SSL_CACERT_BADFILE, diagnoseCaFile(report, false));
     }
+    if (report.tls.caFails && report.trust == Trust::Certificate) {
+        return fails(CURLE_SSL_CACERT_BADFILE, {"libcurl cannot use one of the given CA certificates",
+                                                "Give certificates that are whole, as PEM, or one as DER."});
+    }
     std::optional<Expectation> stranger =
         report.scheme == Scheme::Sftp ? hostKeyObstacle(report) : certificateObstacle(report);
     if (stranger) {

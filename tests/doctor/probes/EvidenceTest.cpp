@@ -153,6 +153,17 @@ TEST_F(Evidence, IsSeenWithACaAsDerThatHoldsTheWordsOfPem)
     expectTruth(ofSession(predict(report)), truthOfSession(question, local("scratch"), keep));
 }
 
+TEST_F(Evidence, DoesNotTellALocalFailureAsTheServers)
+{
+    request.caCert = authority.certificatePem() + "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n";
+    const doctor::Report report = examined();
+    EXPECT_EQ("not tried: libcurl cannot use the CA certificates", seenBy("TLS 1.3", report));
+    const std::vector<doctor::Prediction> predictions = ofSession(predict(report));
+    EXPECT_EQ("FFFFFF", outlooksOf(predictions));
+    const auto keep = [this](const std::string& name, const std::string& content) { writeFile(served(name), content); };
+    expectTruth(predictions, truthOfSession(question, local("scratch"), keep));
+}
+
 TEST_F(Evidence, NamesTheRightOneOfTwoCertificates)
 {
     request.caCert = testserver::CertificateAuthority("Another CA").certificatePem() + authority.certificatePem();
