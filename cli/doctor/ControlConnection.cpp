@@ -1,5 +1,6 @@
 #include "doctor/ControlConnection.h"
 
+#include <Pem.h>
 #include <openssl/err.h>
 #include <openssl/pem.h>
 #include <tls/TlsTrust.h>
@@ -55,9 +56,10 @@ void setLimits(CURL* handle, std::chrono::milliseconds limit)
 // What a session makes of the certificates that it is to trust.
 std::string asPem(const std::string& caCert)
 {
-    if (caCert.find("-----BEGIN") != std::string::npos) {
+    if (session::isPem(caCert)) {
         return caCert;
     }
+    ERR_clear_error();
     const X509Certificate certificate = readCertificate(caCert);
     const MemoryBio memory(BIO_new(BIO_s_mem()));
     if (!certificate || !memory || PEM_write_bio_X509(memory.get(), certificate.get()) != 1) {
@@ -136,14 +138,11 @@ void ControlConnection::prepare(const Transfer& transfer)
 ProbeResult ControlConnection::run(const Transfer& transfer)
 {
     const char* const beginning = transfer.areRequired ? "" : "*";
-    const List afterLogin = listOf(transfer.afterLogin, beginning);
     const List afterListing = listOf(transfer.afterListing, beginning);
     prepare(transfer);
-    curl_easy_setopt(m_handle.get(), CURLOPT_QUOTE, afterLogin.get());
     curl_easy_setopt(m_handle.get(), CURLOPT_POSTQUOTE, afterListing.get());
     m_isLost = false;
     const CURLcode code = curl_easy_perform(m_handle.get());
-    curl_easy_setopt(m_handle.get(), CURLOPT_QUOTE, nullptr);
     curl_easy_setopt(m_handle.get(), CURLOPT_POSTQUOTE, nullptr);
     m_isOpened = true;
     return m_isLost ? ProbeResult{} : resultOf(code);

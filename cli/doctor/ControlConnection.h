@@ -35,9 +35,7 @@ struct Transfer
         Download,
         Upload
     } what = What::LongListing;
-    /// Commands between the login and the way to the directory, and after its listing. With FTP they may fail; so they
-    /// may over SSH, unless `areRequired`.
-    std::vector<std::string> afterLogin = {};
+    /// With FTP these commands may fail; so they may over SSH, unless `areRequired`.
     std::vector<std::string> afterListing = {};
     bool areRequired = false;
     std::string content = {}; ///< of an upload

@@ -6,6 +6,7 @@
 #include "credentials/Login.h"
 #include "doctor/Examination.h"
 #include "doctor/Renderers.h"
+#include "doctor/RoundTrip.h"
 
 #include <CurlProcess.h>
 #include <EscapeControlBytes.h>
@@ -62,7 +63,7 @@ void nameWhatIsLeft(const RoundTrip& roundTrip)
         std::cerr << "sftpclient: left behind: " << escapeControlBytes(file) << "\n";
     }
     if (roundTrip.leftUnknown) {
-        std::cerr << "sftpclient: perhaps left behind: " << roundTrip.name << "\n";
+        std::cerr << "sftpclient: perhaps left behind: " << whatMayBeLeft(roundTrip) << "\n";
     }
 }
 
@@ -92,6 +93,7 @@ void obey(int signal, const Report& report)
     static_cast<void>(std::signal(signal, SIG_DFL));
     static_cast<void>(std::raise(signal));
 }
+
 void render(const Report& report, const std::vector<Prediction>& predictions, bool asJson)
 {
     if (asJson) {

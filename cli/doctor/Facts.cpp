@@ -32,7 +32,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Reply, ending, code, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Contact, code, addresses, address, greeting)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Certificate, subject, issuer, serial, notBefore, notAfter)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(TlsVersion, name, ending, offered, detail)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Tls, auth, versions, chain, namesHost, anchor, givenTrust)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Tls, auth, versions, chain, namesHost, anchor, givenTrust, caFails)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostKey, type, fingerprint)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Exchange, command, reply)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProbeResult, made, connected, address, code, error, verifyResult, entryPath, names,
@@ -47,8 +47,8 @@ template <typename Some>
 auto factsOf(Some& report)
 {
     return std::tie(report.contact, report.tls, report.hostKey, report.client, report.session, report.clearUser,
-                    report.bare, report.bareAgain, report.turnedAway, report.limit, report.roundTrip,
-                    report.sessionTrip);
+                    report.bare, report.bareAgain, report.bareCommands, report.turnedAway, report.limit,
+                    report.roundTrip, report.sessionTrip);
 }
 
 } // namespace

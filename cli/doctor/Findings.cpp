@@ -127,8 +127,7 @@ Finding clearLogin(const Report& report)
 
 Finding sizeFinding(const Report& report)
 {
-    const Reply* const bare = report.bare.replyTo("SIZE");
-    const Reply* const reply = bare != nullptr ? bare : report.client.test.replyTo("SIZE");
+    const Reply* const reply = sizeReply(report);
     if (reply == nullptr || reply->ending != Ending::Complete) {
         return {"SIZE", Grade::None, kNotTried};
     }
@@ -225,9 +224,9 @@ void addRoundTrip(const std::string& probe, const RoundTrip& roundTrip, Findings
         findings.push_back({"left behind", Grade::Fail, name + ": remove it by hand"});
     }
     if (roundTrip.leftUnknown) {
-        findings.push_back({"left behind", Grade::Fail,
-                            "perhaps " + roundTrip.name + " or " + roundTrip.name +
-                                ".renamed: the server could not be asked; look, and remove it by hand"});
+        findings.push_back(
+            {"left behind", Grade::Fail,
+             "perhaps " + whatMayBeLeft(roundTrip) + ": the server could not be asked; look, and remove them by hand"});
     }
 }
 

@@ -26,6 +26,12 @@ bool hasLookedForFile(const Reply& reply)
     return reply.code == 550 || reply.code == 551 || reply.code == 553 || reply.code / 10 == 45;
 }
 
+const Reply* sizeReply(const Report& report)
+{
+    const Reply* const bare = report.bareCommands.replyTo("SIZE ");
+    return bare != nullptr ? bare : report.client.commands.replyTo("SIZE ");
+}
+
 namespace {
 
 constexpr int kRefusedByTheLibrary = -1;
@@ -138,12 +144,6 @@ Expectation predictUpload(const Report& report)
                    "Run doctor with --write to try an upload.");
 }
 
-const Reply* sizeReply(const Report& report)
-{
-    const Reply* const bare = report.bare.replyTo("SIZE");
-    return bare != nullptr ? bare : report.client.test.replyTo("SIZE");
-}
-
 // The size check logs in as the upload does, but needs no data connection.
 Expectation predictSizeCheck(const Report& report)
 {
@@ -164,7 +164,10 @@ Expectation predictSizeCheck(const Report& report)
     }
     const Reply* const size = sizeReply(report);
     if (size == nullptr || size->ending != Ending::Complete) {
-        return unknown("the server was not asked for a size", "Run doctor with --write to try a download.");
+        const bool isClosed = size != nullptr && size->ending == Ending::Closed;
+        return unknown(isClosed ? "the server closes the connection at the command SIZE"
+                                : "the server was not asked for a size",
+                       "Run doctor with --write to try a download.");
     }
     if (size->code != 213 && size->code != 550) {
         return fails(std::nullopt, {"the server does not report sizes " + quote(*size), "Turn on SIZE at the server."});

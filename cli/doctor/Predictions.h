@@ -48,6 +48,9 @@ int asReported(int code);
 /// Whether the server knows the command that it answered so: it has looked for the file and found none.
 bool hasLookedForFile(const Reply& reply);
 
+/// What the server said when it was asked for the size of a file that is not there; null if it was not asked.
+const Reply* sizeReply(const Report& report);
+
 /// Of `SFtpClient`'s operations: 0 when all will work, 1 when one will fail, 3 when none will fail but one is unknown.
 int exitStatusOf(const std::vector<Prediction>& predictions);
 

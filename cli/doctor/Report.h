@@ -108,6 +108,7 @@ struct Tls
     bool namesHost = false;
     ServerText anchor;    ///< the subject of the certificate by which a session trusts it
     long givenTrust = -1; ///< OpenSSL's verdict where the given CA alone is trusted; 0 is good, -1 not seen
+    bool caFails = false; ///< libcurl cannot use the certificates to trust, so that no handshake began
 };
 
 struct HostKey
@@ -147,11 +148,11 @@ struct ProbeResult
 /// What was seen over one control connection with a login, transfer after transfer.
 struct Login
 {
-    ProbeResult test;     ///< as the connection test visits; asked on the way about SIZE, and what a session needs
+    ProbeResult test;     ///< as the connection test visits
     ProbeResult listing;  ///< as the listing visits
     ProbeResult root;     ///< the listing of the login's directory, where the one asked about is missing
     ProbeResult missing;  ///< of a file that is not there, where an SSH server does not let the directory be listed
-    ProbeResult commands; ///< asked about rename and rm
+    ProbeResult commands; ///< asked about SIZE, what a session needs, rename and rm
 };
 
 enum class Step
@@ -210,6 +211,7 @@ struct Report
     Reply clearUser;                      ///< to the user's name alone, without TLS
     ProbeResult bare;                     ///< as the upload and the size check log in: without the library's TLS step
     ProbeResult bareAgain;                ///< the same in another way, where that one did not get as far as data
+    ProbeResult bareCommands;             ///< asked about SIZE
     std::optional<RoundTrip> roundTrip;   ///< of `SFtpClient`; what is left behind counts for both
     std::optional<RoundTrip> sessionTrip; ///< of `SFtpSession`
 };

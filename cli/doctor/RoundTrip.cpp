@@ -304,6 +304,9 @@ void makeSessionTrip(const Access& access, Report& report, const Save& save)
 
 std::string renamed(const std::string& name) { return name + ".renamed"; }
 
+// A session's upload has a temporary name, which begins with a dot.
+std::string whatMayBeLeft(const RoundTrip& trip) { return "files whose names contain " + trip.name; }
+
 const char* operationOf(Step step)
 {
     switch (step) {

@@ -34,6 +34,9 @@ const char* operationOf(Step step);
 /// The name that the file gets on its way.
 std::string renamed(const std::string& name);
 
+/// The files of this trip and of a session's, by what all their names have in common.
+std::string whatMayBeLeft(const RoundTrip& trip);
+
 } // namespace doctor
 
 #endif

@@ -76,6 +76,10 @@ std::optional<Expectation> obstacle(const Report& report)
     if (report.libcurl.speaksScheme && (report.trust == Trust::Unreadable || report.trust == Trust::NobodyRefused)) {
         return fails(CURLE_SSL_CACERT_BADFILE, diagnoseCaFile(report, false));
     }
+    if (report.tls.caFails && report.trust == Trust::Certificate) {
+        return fails(CURLE_SSL_CACERT_BADFILE, {"libcurl cannot use one of the given CA certificates",
+                                                "Give certificates that are whole, as PEM, or one as DER."});
+    }
     std::optional<Expectation> stranger =
         report.scheme == Scheme::Sftp ? hostKeyObstacle(report) : certificateObstacle(report);
     if (stranger) {
@@ -117,7 +121,9 @@ Expectation predictData(const Report& report)
 {
     const Login& login = loginOf(report);
     if (login.test.succeeded() || login.listing.succeeded() || login.root.succeeded() || isUnlisted(login)) {
-        return works();
+        const Reply* const size = login.commands.replyTo("SIZE ");
+        const bool isClosed = size != nullptr && size->ending == Ending::Closed;
+        return isClosed ? unknown("the server closes the connection at the command SIZE") : works();
     }
     const ProbeResult& last = login.root.made ? login.root : login.listing.made ? login.listing : login.test;
     return last.code == CURLE_FTP_COULDNT_RETR_FILE || refusalOf(last) != nullptr
@@ -131,7 +137,7 @@ Expectation predictCommand(const Report& report, const std::string& command)
         return isMissing(report) ? fails(CURLE_QUOTE_ERROR, diagnoseVisit(report, loginOf(report).test, false))
                                  : works();
     }
-    const Reply* const reply = loginOf(report).test.replyTo(command + " ");
+    const Reply* const reply = loginOf(report).commands.replyTo(command + " ");
     if (reply == nullptr || reply->ending != Ending::Complete) {
         return unknown("the server closes the connection at the command " + command);
     }

@@ -36,7 +36,7 @@ void addRequest(const Report& report, Findings& findings)
 Finding versionFinding(const TlsVersion& version, bool isOld)
 {
     if (version.ending == Ending::NotTried) {
-        return {version.name, Grade::None, "not tried"};
+        return {version.name, Grade::None, "not tried" + (version.detail.empty() ? "" : ": " + version.detail)};
     }
     if (!version.offered) {
         return {version.name, Grade::None, "not offered: " + version.detail};

@@ -1,6 +1,7 @@
 #include "request/Certificates.h"
 
 #include "call/Failure.h"
+#include "request/Pem.h"
 
 #include <tls/TlsTrust.h>
 
@@ -22,19 +23,6 @@ struct FreeCertificate
 
 using Certificate = std::unique_ptr<X509, FreeCertificate>;
 using Memory = std::unique_ptr<BIO, decltype(&BIO_free_all)>;
-
-// A certificate as DER may hold PEM's words, in a name, say.
-bool isPem(const std::string& text)
-{
-    if (text.find("-----BEGIN") == std::string::npos) {
-        return false;
-    }
-    const Memory memory(BIO_new_mem_buf(text.data(), static_cast<int>(text.size())), BIO_free_all);
-    if (!memory) {
-        throw std::bad_alloc();
-    }
-    return Certificate(PEM_read_bio_X509(memory.get(), nullptr, nullptr, nullptr)) != nullptr;
-}
 
 std::string asPem(X509* certificate)
 {

@@ -248,6 +248,55 @@ TEST_F(Write, NamesWhatCannotBeRemoved)
     }
 }
 
+// The eighth session is that of the round trip and of its clean-up.
+class WriteClosed : public Write
+{
+protected:
+    WriteClosed()
+    {
+        for (const char* const fault : {"8/rm=reply:550 no", "8/DELE#4=last:550 no", "8/DELE=reply:550 no"}) {
+            misbehave(fault);
+        }
+    }
+};
+
+TEST_F(WriteClosed, LooksOverAnotherConnection)
+{
+    misbehave("9/DELE=reply:550 no");
+    EXPECT_EQ(1, write());
+    ASSERT_EQ(1U, leftBehind()) << said();
+    const std::string left = m_report["leftBehind"][0];
+    EXPECT_TRUE(exists(served(left.substr(left.rfind('/'))))) << left;
+}
+
+TEST_F(WriteClosed, RemovesOverAnotherConnectionWhatItSees)
+{
+    EXPECT_EQ(1, write());
+    EXPECT_TRUE(nothingIsLeft()) << said();
+    EXPECT_EQ(0U, leftBehind()) << said();
+    EXPECT_FALSE(holds("left behind", said()));
+}
+
+TEST_F(WriteClosed, SaysThatItCouldNotLook)
+{
+    misbehave("9/NLST=drop");
+    misbehave("10/DELE=reply:550 no");
+    misbehave("10/NLST=drop");
+    EXPECT_EQ(1, write());
+    EXPECT_FALSE(nothingIsLeft());
+    EXPECT_EQ(0U, leftBehind()) << said();
+    EXPECT_TRUE(holds("the server could not be asked", said())) << said();
+}
+
+TEST_F(WriteClosed, DoesNotRepeatARefusedLogin)
+{
+    misbehave("9/PASS=reply:530 no");
+    misbehave("10/PASS=reply:530 no");
+    EXPECT_EQ(1, write());
+    EXPECT_EQ(10U, sessions().size()) << "one that looks, and one that cleans up";
+    EXPECT_TRUE(holds("the server could not be asked", said())) << said();
+}
+
 TEST_F(Write, ReportsAListingTooLongToSearch)
 {
     constexpr int kNames = 5000;
@@ -258,7 +307,7 @@ TEST_F(Write, ReportsAListingTooLongToSearch)
     misbehave("DELE=reply:550 read-only");
     EXPECT_EQ(1, write());
     EXPECT_EQ(0U, leftBehind());
-    EXPECT_TRUE(holds("the server could not be asked; look, and remove it by hand", said()));
+    EXPECT_TRUE(holds("the server could not be asked; look, and remove them by hand", said()));
 }
 
 TEST_F(Write, ReportsContentThatCameBackDifferent)
@@ -311,10 +360,19 @@ public:
     FileWatch(const FileWatch&) = delete;
     FileWatch& operator=(const FileWatch&) = delete;
 
-    void wait() const
+    /// For one whose name has this part.
+    void wait(const std::string& part = {}) const
     {
-        std::array<char, 4096> events = {};
-        ASSERT_GT(read(m_watch, events.data(), events.size()), 0);
+        for (bool isSeen = false; !isSeen;) {
+            alignas(inotify_event) std::array<char, 4096> events = {};
+            const ssize_t size = read(m_watch, events.data(), events.size());
+            ASSERT_GT(size, 0);
+            for (std::size_t at = 0; at < static_cast<std::size_t>(size);) {
+                const auto& event = *reinterpret_cast<const inotify_event*>(&events[at]);
+                isSeen = isSeen || holds(part, static_cast<const char*>(event.name));
+                at += sizeof event + event.len;
+            }
+        }
     }
 
 private:
@@ -366,6 +424,34 @@ TEST_P(WriteInterrupted, NamesWhatItCannotRemove)
     EXPECT_EQ(-GetParam(), process.wait());
     EXPECT_FALSE(nothingIsLeft());
     EXPECT_EQ(0U, process.err().find("sftpclient: left behind: ftp://localhost:")) << process.err() << process.out();
+}
+
+// A session sends its file in the seventh session; the eighth cleans up.
+TEST_F(Write, NamesTheSessionsFileTooIfItCannotLook)
+{
+    misbehave("RETR=stall");
+    misbehave("8/USER=drop");
+    serve();
+    const FileWatch watch(served(""));
+    DoctorProcess process(arguments(url("/")), config.password);
+    watch.wait("-session");
+    process.signal(SIGTERM);
+    EXPECT_EQ(-SIGTERM, process.wait());
+    const std::string said = process.err();
+    const std::string beginning = "sftpclient: perhaps left behind: files whose names contain ";
+    ASSERT_EQ(0U, said.find(beginning)) << said << process.out();
+    const std::string name = said.substr(beginning.size(), said.size() - beginning.size() - 1);
+    EXPECT_TRUE(exists(served(name)));
+    int files = 0;
+    for (const auto& each : std::filesystem::directory_iterator(served(""))) {
+        EXPECT_TRUE(holds(name, each.path().filename())) << each.path();
+        ++files;
+    }
+    EXPECT_EQ(2, files);
+    EXPECT_TRUE(holds("perhaps files whose names contain " + name +
+                          ": the server could not be asked; look, and "
+                          "remove them by hand",
+                      process.out()));
 }
 
 TEST_F(Write, LeavesNoLocalFileWhenItIsKilled)

@@ -32,9 +32,7 @@ void probeBareLogin(const Access& access, const std::string& missing, Report& re
         return;
     }
     ControlConnection connection(access, Manner::Bare);
-    Transfer transfer{access.request.remotePath, Transfer::What::Names};
-    transfer.afterLogin = {"TYPE I", "SIZE " + missing};
-    report.bare = connection.run(transfer);
+    report.bare = connection.run({access.request.remotePath, Transfer::What::Names});
     if (isTurnedAway(report.bare, report)) {
         return;
     }
@@ -44,6 +42,11 @@ void probeBareLogin(const Access& access, const std::string& missing, Report& re
         report.bareAgain = connection.run({access.rootUrl(), Transfer::What::Names});
     } else if (report.bare.code == CURLE_FTP_COULDNT_RETR_FILE) {
         report.bareAgain = connection.run({access.request.remotePath, Transfer::What::LongListing});
+    }
+    if (report.bare.loggedIn()) {
+        const bool isMissing = report.bare.code == CURLE_REMOTE_ACCESS_DENIED;
+        report.bareCommands = askAbout({"TYPE I", "SIZE " + missing},
+                                       isMissing ? access.rootUrl() : access.request.remotePath, connection);
     }
     if (report.roundTrip && report.bare.loggedIn() && !isDirectoryMissing(report)) {
         sendFile(access, connection, *report.roundTrip, save);

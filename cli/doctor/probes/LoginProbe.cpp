@@ -2,36 +2,21 @@
 #include "doctor/Diagnosis.h"
 #include "doctor/probes/Probes.h"
 
-#include <algorithm>
-
 namespace doctor {
 
 namespace {
 
-// The commands get what the library would send, but for names that no file has: a server that knows them looks for the
-// file and finds none. Without a name, a server might take its own idea of what is meant. Some servers end the
-// connection at one that they do not know, which then costs another.
-void askAboutCommands(ControlConnection& connection, const Report& report, const std::string& missing, Login& login)
+// The directory command gets what the library would send, but for names that no file has.
+std::vector<std::string> commandsOf(const Report& report, const std::string& missing)
 {
-    const std::string path = report.commandDirectory + missing;
-    std::vector<std::string> commands = {"rename " + path + " " + path + ".renamed", "rm " + path};
-    while (!commands.empty()) {
-        Transfer transfer{report.url, Transfer::What::Nothing};
-        transfer.afterListing = commands;
-        const ProbeResult result = connection.run(transfer);
-        if (!result.made) {
-            return;
-        }
-        login.commands = result;
-        const std::size_t before = commands.size();
-        commands.erase(std::remove_if(commands.begin(), commands.end(),
-                                      [&result](const std::string& each) { return result.replyTo(each) != nullptr; }),
-                       commands.end());
-        if (commands.size() == before) {
-            return;
-        }
-        connection.mayReconnect();
+    std::vector<std::string> commands = {"TYPE I", "SIZE " + missing, "DELE " + missing};
+    if (!report.commandDirectory.empty()) {
+        const std::string path = report.commandDirectory + missing;
+        commands.insert(commands.end(), {"rename " + path + " " + path + ".renamed", "rm " + path});
     }
+    // The last, because it may begin something.
+    commands.push_back("RNFR " + missing);
+    return commands;
 }
 
 // A server that allows an address a single connection says so only while there is one.
@@ -51,11 +36,7 @@ Login logIn(const Access& access, Manner manner, const std::string& missing, Rep
     Login login;
     ControlConnection connection(access, manner);
     const bool isSsh = access.scheme == Scheme::Sftp;
-    Transfer transfer{access.request.remotePath};
-    if (!isSsh) {
-        transfer.afterLogin = {"TYPE I", "SIZE " + missing, "DELE " + missing, "RNFR " + missing};
-    }
-    login.test = connection.run(transfer);
+    login.test = connection.run({access.request.remotePath});
     if (isSsh && login.test.code == CURLE_REMOTE_ACCESS_DENIED) {
         connection.mayReconnect();
         login.missing = connection.run({access.request.remotePath + missing, Transfer::What::Nothing});
@@ -69,14 +50,16 @@ Login logIn(const Access& access, Manner manner, const std::string& missing, Rep
     }
     if (login.test.code == CURLE_REMOTE_ACCESS_DENIED) {
         login.root = connection.run({access.rootUrl(), Transfer::What::Names});
+        login.commands =
+            askAbout({"TYPE I", "SIZE " + missing, "DELE " + missing, "RNFR " + missing}, access.rootUrl(), connection);
         return login;
     }
     // libcurl does not ask again for a type that was refused, and would list without.
     if (login.test.code != CURLE_FTP_COULDNT_SET_TYPE) {
         login.listing = connection.run({access.request.remotePath, Transfer::What::Names});
     }
-    if (!isSsh && !report.commandDirectory.empty()) {
-        askAboutCommands(connection, report, missing, login);
+    if (!isSsh) {
+        login.commands = askAbout(commandsOf(report, missing), access.request.remotePath, connection);
     }
     return login;
 }

@@ -2,10 +2,12 @@
 #define SFTPCLIENT_CLI_DOCTOR_PROBES_PROBES_H
 
 #include "doctor/Access.h"
+#include "doctor/ControlConnection.h"
 #include "doctor/Report.h"
 #include "doctor/RoundTrip.h"
 
 #include <string>
+#include <vector>
 
 /// One question each; none changes anything on the server. A probe that is of no use, because of what the report
 /// already says, leaves its facts untried.
@@ -16,6 +18,12 @@ const Reply* refusalToConnect(const ProbeResult& result, Scheme scheme);
 
 /// Whether the server turned this one away, although others were welcome before; which is noted.
 bool isTurnedAway(const ProbeResult& result, Report& report);
+
+/// Asks about commands, in the directory of the URL, and returns the last transfer, whose transcript has all replies. A
+/// command gets a name that no file has: a server that knows it looks for the file and finds none. Without a name, a
+/// server might take its own idea of what is meant. A server that ends the connection at one costs at most two
+/// more, for the others.
+ProbeResult askAbout(std::vector<std::string> commands, const std::string& url, ControlConnection& connection);
 
 /// The libcurl of this process.
 void probeLibcurl(Report& report);
@@ -30,8 +38,8 @@ void learnContact(const Access& access, const ProbeResult& first, Report& report
 /// tells the name, the connection and the greeting.
 void probeTls(const Access& access, std::size_t newest, Report& report);
 
-/// What the connection test and the listing do, and on the way whether the server knows SIZE, what a session needs,
-/// rename and rm: they get the name `missing`, which no file has. One login, by one who trusts the server. While it
+/// What the connection test and the listing do, and then whether the server knows SIZE, what a session needs, rename
+/// and rm: they get the name `missing`, which no file has. One login, by one who trusts the server. While it
 /// lasts, a second connection is made as far as the welcome.
 void probeLogin(const Access& access, const std::string& missing, Report& report);
 

@@ -186,7 +186,10 @@ void probeTls(const Access& access, std::size_t newest, Report& report)
     }
     const bool greeted = access.scheme == Scheme::Ftps || report.contact.greeting.isPositive();
     const bool asked = access.scheme == Scheme::Ftps || report.tls.auth.isPositive();
-    if (result.connected && greeted && asked) {
+    if (result.code == CURLE_SSL_CACERT_BADFILE) {
+        report.tls.caFails = true;
+        report.tls.versions[newest].detail = "libcurl cannot use the CA certificates";
+    } else if (result.connected && greeted && asked) {
         learn(handshake, newest, report);
     }
     ERR_clear_error();

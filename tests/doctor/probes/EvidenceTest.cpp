@@ -1,6 +1,7 @@
 // How many connections and logins doctor makes, and what it makes of servers that contradict themselves.
 #include "doctor/Renderers.h"
 #include "harness/Examined.h"
+#include "harness/Truth.h"
 
 #include <algorithm>
 #include <sstream>
@@ -78,6 +79,89 @@ TEST_F(Evidence, OfAVerbIsLostAloneIfTheServerDropsTheConnectionThere)
     const std::vector<doctor::Prediction> predictions = predict(examined());
     EXPECT_EQ("WW?WWW", outlooksOf(predictions));
     EXPECT_EQ("the server closes the connection at the command \"rename\"", predictions[2].reason);
+}
+
+struct Drop
+{
+    const char* command;
+    const char* outlooks;
+    const char* ofSession;
+};
+
+void PrintTo(const Drop& drop, std::ostream* stream) { *stream << drop.command; }
+
+class EvidenceOfADrop : public Evidence, public testing::WithParamInterface<Drop>
+{
+protected:
+    /// Of these, what is not known leaves nothing to compare.
+    void expectTruthOfTheKnown(std::vector<doctor::Prediction> predictions, std::vector<int> truth)
+    {
+        for (std::size_t i = predictions.size(); i-- > 0;) {
+            if (predictions[i].outlook == doctor::Outlook::Unknown) {
+                EXPECT_NE(0, truth[i]) << predictions[i].operation;
+                EXPECT_TRUE(holds(std::string("the server closes the connection at the command ") + GetParam().command,
+                                  predictions[i].reason))
+                    << predictions[i].reason;
+                const auto place = static_cast<std::ptrdiff_t>(i);
+                predictions.erase(predictions.begin() + place);
+                truth.erase(truth.begin() + place);
+            }
+        }
+        expectTruth(predictions, truth);
+    }
+};
+
+TEST_P(EvidenceOfADrop, CostsThatCommandAloneItsVerdict)
+{
+    misbehave(std::string(GetParam().command) + "=drop");
+    const std::vector<doctor::Prediction> predictions = predict(examined());
+    EXPECT_EQ(GetParam().outlooks, outlooksOf(predictions));
+    EXPECT_EQ(GetParam().ofSession, outlooksOf(ofSession(predictions)));
+    const auto keep = [this](const std::string& name, const std::string& content) { writeFile(served(name), content); };
+    expectTruthOfTheKnown(predictions, truthOf(question, local("scratch"), keep));
+    expectTruthOfTheKnown(ofSession(predictions), truthOfSession(question, local("scratch"), keep));
+}
+
+constexpr Drop kDrops[] = {
+    {"SIZE", "?WWWWW", "??WWWW"},
+    {"DELE", "WWWWWW", "WWW?WW"},
+    {"RNFR", "WWWWWW", "W??WWW"},
+};
+
+INSTANTIATE_TEST_SUITE_P(At, EvidenceOfADrop, testing::ValuesIn(kDrops),
+                         [](const testing::TestParamInfo<Drop>& of) { return std::string(of.param.command); });
+
+// They lose the connection after a reply that has been heard.
+TEST_F(Evidence, OutlivesConnectionsThatEndAfterAReply)
+{
+    for (const char* const fault : {"SIZE=last:550 no", "DELE=last:550 no", "RNFR=last:550 no"}) {
+        misbehave(fault);
+    }
+    const std::vector<doctor::Prediction> predictions = predict(examined());
+    EXPECT_EQ("WWWWWW", outlooksOf(predictions));
+    EXPECT_EQ("WWWWWW", outlooksOf(ofSession(predictions)));
+}
+
+TEST_F(Evidence, IsSeenWithACaAsDerThatHoldsTheWordsOfPem)
+{
+    const testserver::CertificateAuthority named("-----BEGIN CERTIFICATE-----");
+    config.certificate = named.issue({});
+    request.caCert = named.certificateDer();
+    const doctor::Report report = examined();
+    EXPECT_EQ("offered: TLS_AES_256_GCM_SHA384", seenBy("TLS 1.3", report));
+    const auto keep = [this](const std::string& name, const std::string& content) { writeFile(served(name), content); };
+    expectTruth(ofSession(predict(report)), truthOfSession(question, local("scratch"), keep));
+}
+
+TEST_F(Evidence, DoesNotTellALocalFailureAsTheServers)
+{
+    request.caCert = authority.certificatePem() + "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n";
+    const doctor::Report report = examined();
+    EXPECT_EQ("not tried: libcurl cannot use the CA certificates", seenBy("TLS 1.3", report));
+    const std::vector<doctor::Prediction> predictions = ofSession(predict(report));
+    EXPECT_EQ("FFFFFF", outlooksOf(predictions));
+    const auto keep = [this](const std::string& name, const std::string& content) { writeFile(served(name), content); };
+    expectTruth(predictions, truthOfSession(question, local("scratch"), keep));
 }
 
 TEST_F(Evidence, NamesTheRightOneOfTwoCertificates)
