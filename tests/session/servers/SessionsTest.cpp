@@ -212,8 +212,8 @@ TEST_P(Sessions, ReplaceAFileAndTellItsTime)
     EXPECT_EQ(CURLE_REMOTE_FILE_NOT_FOUND, session.StatEntry(request, entry, errorText));
 }
 
-// Over TLS 1.3, too, where the server expects a TLS session on data connections that libcurl loses with an upload. vsftpd
-// breaks off an upload now and then there.
+// Over TLS 1.3, too, where the server expects a TLS session on data connections that libcurl loses with an upload.
+// vsftpd breaks off an upload now and then there.
 TEST_P(Sessions, GoOnAfterAnUploadThatCannotTakeItsPlace)
 {
     for (const TlsVersion oldest : {TlsVersion::Tls12, TlsVersion::Tls13}) {
