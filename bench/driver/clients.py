@@ -20,7 +20,8 @@ LFTP = [
 
 @dataclasses.dataclass(frozen=True)
 class Work:
-    """One call. `path` is what its URL names; `local` and `remote` mean what they mean to the library."""
+    """One call. `path` is what its URL names; `local` and `remote` mean what they mean to the library.
+    `done` looks whether it has had its effect."""
 
     name: str
     operation: str
@@ -29,6 +30,7 @@ class Work:
     remote: str = "-"
     before: Callable = lambda: None
     size: int = 0
+    done: Callable = lambda: True
 
 
 def program(server, name, work, threads=1, calls=1, trust=None, polled=False):
@@ -71,11 +73,13 @@ def lftp(server, work):
 
 def lftp_does(server, work):
     """What lftp has one command for."""
+    there = server.root + work.path
+    target = server.discard() if work.local == "/dev/null" else work.local
     return {
-        "download": f"get /{work.path} -o {server.discard()}",
-        "upload": f"put {work.local} -o /{work.path}",
-        "list": f"nlist /{work.path} > {work.local}",
-        "delete": f"rm {pathlib.PurePosixPath('/') / work.path / work.remote}",
+        "download": f"get {there} -o {target}",
+        "upload": f"put {work.local} -o {there}",
+        "list": f"nlist {there} > {work.local}",
+        "delete": f"rm {pathlib.PurePosixPath(there) / work.remote}",
     }[work.operation]
 
 

@@ -1,6 +1,7 @@
 """The command beside lftp, rclone and sftp: the same tree, with the same trust."""
 
 import session_tools
+import ssh_tools
 from daemons import SSH
 
 # What the command calls the two ways.
@@ -30,19 +31,8 @@ def rclone(server, way, local, remote, jobs):
     return session_tools.rclone_copy(server, _operation(way), local, remote, jobs)
 
 
-def sftp(server, way, local, remote, _):
-    """Its batch mode, which would rather not be asked for a password: what asks for one is a program."""
-    there = server.root + remote
-    does = f"put -r {local}/. {there}" if way == PUSH else f"get -r {there}/. {local}"
-    batch = server.folder / "batch"
-    batch.write_text(does + "\n")
-    asked = server.folder / "asked"
-    asked.write_text('#!/bin/sh\necho "$BENCH_PASSWORD"\n')
-    asked.chmod(0o700)
-    options = ["BatchMode=no", "NumberOfPasswordPrompts=1", f"UserKnownHostsFile={server.known_hosts()}"]
-    words = [word for option in options for word in ("-o", option)]
-    environment = {**server.environment(), "SSH_ASKPASS": str(asked), "SSH_ASKPASS_REQUIRE": "force"}
-    return ["sftp", "-q", *words, "-P", server.port, "-b", batch, "backup@localhost"], environment
+def sftp(server, way, local, remote, jobs):
+    return ssh_tools.sftp_folder(server, _operation(way), local, remote, jobs)
 
 
 def _operation(way):

@@ -1,5 +1,5 @@
-"""The servers that sessions and the command are measured with: Debian's vsftpd and ProFTPD, which demand TLS at login,
-and OpenSSH."""
+"""The servers that users' clients, sessions and the command are measured with: Debian's daemons, which demand TLS at
+login, OpenSSH, and the repository's own where replies or the way take their time."""
 
 import contextlib
 import os
@@ -8,16 +8,20 @@ from serving import Server
 
 NAMES = ["vsftpd", "ProFTPD"]
 SSH = "OpenSSH"
+# The repository's own, over explicit TLS, and with 50 ms from a request to its reply.
+OWN, FAR = "test-server", "far-test-server"
 
 
 class Daemon(Server):
-    """Serves a folder of its own as long as the `with` lasts. Needs root, and what scripts/servers unpacks."""
+    """Serves a folder of its own as long as the `with` lasts. Debian's need root, and what scripts/servers unpacks."""
 
     def __init__(self, build, name):
         super().__init__(build)
         self.name = name
-        # Where the user's files are in a URL, and for the tools.
-        self.root = "/run/served/" if name == SSH else "/"
+        self.is_implicit = name == "vsftpd-implicit"
+        self.requires_tls13 = name == "vsftpd-1.3"
+        if name == SSH:
+            self.root = "/run/served/"
 
     def __enter__(self):
         super().__enter__()
@@ -29,7 +33,7 @@ class Daemon(Server):
         return [self.build / "bench/bench-daemon", self.name, self.folder]
 
     def url(self, path):
-        scheme = "sftp" if self.name == SSH else "ftp"
+        scheme = "sftp" if self.name == SSH else "ftps" if self.is_implicit else "ftp"
         return f"{scheme}://localhost:{self.port}{self.root}{path}"
 
     def known_hosts(self):

@@ -14,7 +14,7 @@ AMOUNT = "{:.0f} ({:.0f}–{:.0f})"
 @dataclasses.dataclass(frozen=True)
 class Spread:
     """The median of some figures, with the least and the greatest of them, and with the two between which the median of
-    very many would lie, 19 times out of 20."""
+    very many would lie, 19 times out of 20: anywhere, where they are too few to say."""
 
     median: float
     least: float
@@ -28,38 +28,36 @@ class Spread:
     def of(figures, form=RATIO):
         figures = sorted(figures)
         left_out = outside(len(figures))
-        return Spread(
-            statistics.median(figures),
-            figures[0],
-            figures[-1],
-            figures[left_out],
-            figures[len(figures) - 1 - left_out],
-            form,
-        )
+        low, high = -math.inf, math.inf
+        if left_out is not None:
+            low, high = figures[left_out], figures[len(figures) - 1 - left_out]
+        return Spread(statistics.median(figures), figures[0], figures[-1], low, high, form)
 
     def __str__(self):
         return self.form.format(self.median, self.least, self.greatest)
 
     def cells(self):
         """What a spreadsheet shows in cells of their own."""
-        return [self.median, self.least, self.greatest, self.low, self.high]
+        margins = ("" if math.isinf(end) else end for end in (self.low, self.high))
+        return [self.median, self.least, self.greatest, *margins]
 
 
 def outside(count):
     """How many figures at each end can be left out: as many as are all on one side of the true median by chance, like
-    coins, at most once in 40 times."""
+    coins, at most once in 40 times. None of fewer than six can be left out, nor all be kept: all of them are on one side
+    more often than that."""
     number, chance = 0, 0.5**count
     while chance <= 0.025:
         number += 1
         chance += math.comb(count, number) * 0.5**count
-    return max(0, number - 1)
+    return number - 1 if number > 0 else None
 
 
-def ratios(numerators, denominators):
+def ratios(numerators, denominators, form=RATIO):
     """Each round's ratio: what disturbs a round disturbs both of its runs, and a ratio of medians would not know."""
     if len(numerators) != len(denominators):
         raise ValueError(f"{len(numerators)} runs do not pair with {len(denominators)}.")
-    return Spread.of(above / below for above, below in zip(numerators, denominators))
+    return Spread.of((above / below for above, below in zip(numerators, denominators)), form)
 
 
 def per_unit(small, large, units):
@@ -80,8 +78,8 @@ class Goals:
         return self._note(goal, subject, MET if met else MISSED)
 
     def judge_spread(self, goal, subject, spread, least=-math.inf, greatest=math.inf):
-        """Undecided is a median that misses the goal by no more than chance can make of so few runs."""
-        if least <= spread.median <= greatest:
+        """Met where all that the true median may be, 19 times out of 20, is within the goal; missed where none of it is."""
+        if least <= spread.low and spread.high <= greatest:
             return self._note(goal, subject, MET)
         return self._note(goal, subject, UNDECIDED if spread.low <= greatest and spread.high >= least else MISSED)
 

@@ -21,6 +21,15 @@ class Run:
 
 def measure(build, command, environment):
     """Runs the command once. That it fails ends the whole benchmark: a failed transfer is a fast one."""
+    run, code = spend(build, command, environment)
+    if code != 0:
+        words = [str(word) for word in command]
+        raise RuntimeError(f"{words[0].rpartition('/')[2]} {' '.join(words[1:])} ended with {code}.")
+    return run
+
+
+def spend(build, command, environment):
+    """What the command took, and its exit status."""
     words = [str(word) for word in command]
     done = subprocess.run(
         [f"{build}/bench/bench-spend", *words], env=environment, capture_output=True, text=True, check=False
@@ -28,9 +37,7 @@ def measure(build, command, environment):
     if done.returncode != 0:
         raise RuntimeError(done.stderr.strip())
     wall, user, system, peak, code = done.stdout.split()
-    if code != "0":
-        raise RuntimeError(f"{words[0].rpartition('/')[2]} {' '.join(words[1:])} ended with {code}.")
-    return Run(float(wall), float(user), float(system), int(peak))
+    return Run(float(wall), float(user), float(system), int(peak)), int(code)
 
 
 class Recorder:
@@ -52,8 +59,40 @@ class Recorder:
         self.say(f"{suite}: {work}, {rounds} rounds")
         runs = {name: [] for name in clients}
         for number in range(rounds):
-            for name in self._draw.sample(list(clients), len(clients)):
-                run = measure(self.build, *clients[name]())
-                runs[name].append(run)
-                self.rows.append([suite, work, name, number, run.wall, run.user, run.system, run.peak])
+            self._round(suite, work, number, clients, runs)
         return runs
+
+    def alternate_able(self, suite, work, rounds, clients, done):
+        """The same of clients that may fail: those that do in the first round have no further one, and their exit status
+        in place of runs. `done` looks whether a run has had its effect."""
+        self.say(f"{suite}: {work}, {rounds} rounds")
+        runs = {name: [] for name in clients}
+        failed = self._first_round(suite, work, clients, runs, done)
+        able = {name: call for name, call in clients.items() if name not in failed}
+        for number in range(1, rounds):
+            self._round(suite, work, number, able, runs)
+        return {**{name: runs[name] for name in able}, **failed}
+
+    def _first_round(self, suite, work, clients, runs, done):
+        failed = {}
+        for name in self._turns(clients):
+            command, environment = clients[name]()
+            run, code = spend(self.build, command, environment)
+            if code != 0:
+                failed[name] = code
+                continue
+            if not done():
+                raise RuntimeError(f"{command[0]} succeeded without having done it.")
+            self._keep(suite, work, name, 0, run, runs)
+        return failed
+
+    def _round(self, suite, work, number, clients, runs):
+        for name in self._turns(clients):
+            self._keep(suite, work, name, number, measure(self.build, *clients[name]()), runs)
+
+    def _turns(self, clients):
+        return self._draw.sample(list(clients), len(clients))
+
+    def _keep(self, suite, work, name, number, run, runs):
+        runs[name].append(run)
+        self.rows.append([suite, work, name, number, run.wall, run.user, run.system, run.peak])

@@ -26,6 +26,11 @@ def place():
 class Server:
     """Serves a folder of its own as long as the `with` lasts."""
 
+    # Where the user's files are in a URL, and for the tools.
+    root = "/"
+    is_implicit = True
+    requires_tls13 = False
+
     def __init__(self, build, keep_transcript=False):
         self.build = pathlib.Path(build)
         self.password = secrets.token_urlsafe(24)

@@ -4,7 +4,8 @@ import os
 import shutil
 
 import session_tools
-from clients import Work, program
+import user_clients
+from clients import Work
 from figures import MET, Spread, ratios
 from report import Table
 from session_works import SMALL
@@ -28,12 +29,14 @@ def lftp_goal(connections):
 class Folders:
     """What is moved, and where to. Each run's result is looked at before the next takes its place."""
 
-    def __init__(self, server, files, size=SMALL):
+    def __init__(self, server, files, size=SMALL, owner=""):
+        """Different owners have different folders."""
         self.files = files
         self.size = size
         self.server = server
-        self.local = server.folder / "local"
-        self.remote = server.make_writable_folder("remote")
+        self.local = server.folder / f"local{owner}"
+        self.remote = server.make_writable_folder(f"remote{owner}")
+        self.arriving = f"arriving{owner}"
         self.fill(self.local)
         self.target = None
 
@@ -44,6 +47,12 @@ class Folders:
             left.unlink()
         for number in range(self.files):
             (folder / f"backup-{number:06}.bak").write_bytes(os.urandom(self.size))
+
+    def ends(self, way):
+        """Where the files are, and where they go."""
+        if way == "upload":
+            return self.local, self.server.served / self.arriving
+        return self.server.folder / self.arriving, self.remote
 
     def aim(self, target):
         """Makes an empty folder the target of the next run."""
@@ -62,6 +71,10 @@ class Folders:
         sizes = [path.stat().st_size for path in self.target.iterdir()]
         if len(sizes) != self.files or any(size != self.size for size in sizes):
             raise RuntimeError(f"{self.target} holds {len(sizes)} files of {sum(sizes)} bytes in all.")
+        self.forget()
+
+    def forget(self):
+        """What a run has left that failed is not looked at."""
         self.target = None
 
 
@@ -97,9 +110,9 @@ def suite(servers, recorder, goals, effort):
 def _measure(server, folders, way, recorder, effort):
     clients = {}
     for connections in TIMES_LFTP:
-        clients[f"session {connections}"] = _session(server, folders, way, connections)
-        clients[f"lftp {connections}"] = _tool(session_tools.lftp_mirror, server, folders, way, connections)
-    clients["rclone 4"] = _tool(session_tools.rclone_copy, server, folders, way, 4)
+        clients[f"session {connections}"] = by_session(server, folders, way, connections)
+        clients[f"lftp {connections}"] = by_tool(session_tools.lftp_mirror, server, folders, way, connections)
+    clients["rclone 4"] = by_tool(session_tools.rclone_copy, server, folders, way, 4)
     if way == "download":
         folders.fill(folders.remote)
     runs = recorder.alternate(SUITE, f"{server.name}: {way}", effort.folder_rounds, clients)
@@ -107,25 +120,18 @@ def _measure(server, folders, way, recorder, effort):
     return runs
 
 
-def _ends(folders, way):
-    """Where the files are, and where they go."""
-    if way == "upload":
-        return folders.local, folders.server.served / "arriving"
-    return folders.server.folder / "arriving", folders.remote
-
-
-def _session(server, folders, way, connections):
-    local, remote = _ends(folders, way)
+def by_session(server, folders, way, connections):
+    local, remote = folders.ends(way)
 
     def before():
         folders.aim(remote if way == "upload" else local)
 
     work = Work(way, f"{way}-folder", remote.name + "/", local=str(local), before=before)
-    return program(server, "session", work, threads=connections)
+    return user_clients.session(server, work, connections)
 
 
-def _tool(tool, server, folders, way, at_once):
-    local, remote = _ends(folders, way)
+def by_tool(tool, server, folders, way, at_once):
+    local, remote = folders.ends(way)
 
     def prepare():
         folders.aim(remote if way == "upload" else local)

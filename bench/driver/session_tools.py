@@ -1,5 +1,6 @@
 """curl, lftp and rclone beside a session: the same work, with the same trust (the server's CA alone)."""
 
+import functools
 import pathlib
 import subprocess
 
@@ -21,12 +22,15 @@ def curl(server, work):
         "rename": ["--head", "--quote", f"-RNFR {work.remote}", "--quote", f"-RNTO {work.local}"],
         "delete": ["--head", "--quote", f"-DELE {work.remote}"],
     }[work.operation]
-    login = ["--cacert", server.small_trust, "--user", f"backup:{server.password}"]
-    return _prepared(work, [*CURL, *login, *options, server.url(work.path)], server.environment())
+    return _prepared(work, curl_command(server, [*options, server.url(work.path)]), server.environment())
+
+
+def curl_command(server, words):
+    return [*CURL, "--cacert", server.small_trust, "--user", f"backup:{server.password}", *words]
 
 
 def lftp(server, work):
-    folder = pathlib.PurePosixPath("/") / work.path
+    folder = pathlib.PurePosixPath(server.root) / work.path
     does = {
         "test": f"cd {folder}",
         "rename": f"mv {folder / work.remote} {folder / work.local}",
@@ -48,6 +52,17 @@ def rclone_copy(server, operation, local, remote, transfers):
     return ["rclone", "copy", "--transfers", transfers, "--checkers", transfers, *ends], _rclone_environment(server)
 
 
+def rclone(server, work):
+    there = f"server:{server.root}{work.path}"
+    does = {
+        "rename": ["moveto", f"{there}{work.remote}", f"{there}{work.local}"],
+        "list": ["lsf", there],
+        "download": ["copyto", there, work.local],
+        "upload": ["copyto", work.local, there],
+    }[work.operation]
+    return _prepared(work, ["rclone", *does], _rclone_environment(server))
+
+
 def _prepared(work, command, environment):
     def prepare():
         work.before()
@@ -57,7 +72,7 @@ def _prepared(work, command, environment):
 
 
 def _lftp_command(server, operation, does):
-    settings = [*LFTP, *(LFTP_UPLOAD if operation == "upload" else [])]
+    settings = [*LFTP, *(LFTP_UPLOAD if operation == "upload" and not server.requires_tls13 else [])]
     if server.name == SSH:
         settings.append(f"set sftp:connect-program 'ssh -a -x -o UserKnownHostsFile={server.known_hosts()}'")
     return clients.lftp_command(server, server.small_trust, settings, does)
@@ -67,21 +82,26 @@ def _lftp_environment(server):
     return {**server.environment(), **clients.lftp_login(server)}
 
 
-def _rclone_environment(server):
+@functools.cache
+def _obscured(password):
     command = ["rclone", "obscure", "-"]
-    obscured = subprocess.run(command, input=server.password, capture_output=True, text=True, check=True)
+    return subprocess.run(command, input=password, capture_output=True, text=True, check=True).stdout.strip()
+
+
+def _rclone_environment(server):
     settings = {
         "HOST": "localhost",
         "PORT": str(server.port),
         "USER": "backup",
-        "PASS": obscured.stdout.strip(),
+        "PASS": _obscured(server.password),
     }
     if server.name == SSH:
         # It has no shell to run a checksum in.
         settings |= {"TYPE": "sftp", "KNOWN_HOSTS_FILE": str(server.known_hosts()), "SHELL_TYPE": "none"}
     else:
+        settings |= {"TYPE": "ftp", "TLS" if server.is_implicit else "EXPLICIT_TLS": "true"}
         # Over 1.3, its handshakes with vsftpd fail.
-        settings |= {"TYPE": "ftp", "EXPLICIT_TLS": "true", "DISABLE_TLS13": "true"}
+        settings |= {} if server.requires_tls13 else {"DISABLE_TLS13": "true"}
     return {
         **server.environment(),
         **{f"RCLONE_CONFIG_SERVER_{name}": value for name, value in settings.items()},

@@ -1,5 +1,7 @@
 #include "Folders.h"
 
+#include "Options.h"
+
 #include <SFtpSession.h>
 
 #include <atomic>
@@ -50,7 +52,7 @@ int uploadFolder(const Arguments& arguments)
     for (const auto& file : std::filesystem::directory_iterator(arguments.request.localPath)) {
         names.push_back(file.path().filename());
     }
-    SFtpSession session;
+    SFtpSession session(sessionOptions());
     return forEach(names, arguments.threads, [&](const std::string& name) {
         std::string errorText;
         return session.UploadFileToSFtpServer(forFile(arguments, name), errorText);
@@ -59,7 +61,7 @@ int uploadFolder(const Arguments& arguments)
 
 int downloadFolder(const Arguments& arguments)
 {
-    SFtpSession session;
+    SFtpSession session(sessionOptions());
     std::vector<RemoteEntry> entries;
     std::string errorText;
     if (const int code = session.ListEntries(arguments.request, entries, errorText)) {

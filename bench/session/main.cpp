@@ -3,6 +3,7 @@
 
 #include "Arguments.h"
 #include "Folders.h"
+#include "Options.h"
 #include "Waiting.h"
 
 #include <SFtpSession.h>
@@ -23,7 +24,7 @@ namespace {
 template <typename Call>
 int repeated(const Arguments& arguments, const Call& call)
 {
-    SFtpSession session;
+    SFtpSession session(sessionOptions());
     SFtpRequest request = arguments.request;
     std::string errorText;
     int code = 0;

@@ -1,6 +1,7 @@
 #include "Server.h"
 
 #include <fstream>
+#include <utility>
 
 // Data ports: none of these daemons is given a range, so each takes one that is free.
 // No daemon writes a log of its own into the system, a pid file or a list of who is logged in.
@@ -14,16 +15,22 @@ std::string writeConfiguration(const std::string& folder, const std::string& tex
     return path;
 }
 
-// Debian 12's libcurl does not wait for the server to close a data connection, and with TLS 1.3 the end of an upload
-// can be lost because of that. If the test uploads over TLS, the server is therefore limited to TLS 1.2, by OpenSSL's
-// configuration, because vsftpd has no setting for it.
-ProcessSetup withTls12(ProcessSetup start, const std::string& folder)
+// By OpenSSL's configuration, because vsftpd has no setting for it.
+ProcessSetup withTls(ProcessSetup start, const std::string& folder, const std::string& limit)
 {
     const std::string path = folder + "/openssl.cnf";
     std::ofstream(path) << "openssl_conf = openssl\n[openssl]\nssl_conf = ssl\n[ssl]\nsystem_default = limits\n"
-                        << "[limits]\nMaxProtocol = TLSv1.2\n";
+                        << "[limits]\n"
+                        << limit << "\n";
     start.environment.emplace_back("OPENSSL_CONF", path);
     return start;
+}
+
+// Debian 12's libcurl does not wait for the server to close a data connection, and with TLS 1.3 the end of an upload
+// can be lost because of that. If the test uploads over TLS, the server is therefore limited to TLS 1.2.
+ProcessSetup withTls12(ProcessSetup start, const std::string& folder)
+{
+    return withTls(std::move(start), folder, "MaxProtocol = TLSv1.2");
 }
 
 ProcessSetup vsftpd(const std::string& folder, const std::string& settings)
@@ -78,6 +85,20 @@ ProcessSetup vsftpdTlsAtLogin(const std::string& folder)
 ProcessSetup vsftpdAnySession(const std::string& folder)
 {
     return vsftpd(folder, "force_local_logins_ssl=YES\nforce_local_data_ssl=YES\nrequire_ssl_reuse=NO\n");
+}
+
+ProcessSetup vsftpdTls12(const std::string& folder) { return withTls12(vsftpdAnySession(folder), folder); }
+
+ProcessSetup vsftpdTls13(const std::string& folder)
+{
+    return withTls(vsftpdAnySession(folder), folder, "MinProtocol = TLSv1.3");
+}
+
+ProcessSetup vsftpdImplicitAnySession(const std::string& folder)
+{
+    return withTls12(vsftpd(folder, "implicit_ssl=YES\nforce_local_logins_ssl=YES\nforce_local_data_ssl=YES\n"
+                                    "require_ssl_reuse=NO\n"),
+                     folder);
 }
 
 ProcessSetup vsftpdImplicit(const std::string& folder)

@@ -72,4 +72,9 @@ ProcessSetup pureFtpdLimited(const std::string& folder);
 ProcessSetup vsftpdAnySession(const std::string& folder);
 ProcessSetup proftpdAnySession(const std::string& folder);
 
+// The same, with one TLS version alone; and from the first byte, with TLS 1.2.
+ProcessSetup vsftpdTls12(const std::string& folder);
+ProcessSetup vsftpdTls13(const std::string& folder);
+ProcessSetup vsftpdImplicitAnySession(const std::string& folder);
+
 #endif
