@@ -1,7 +1,7 @@
-"""usage: driver BUILD [quick|keep] [core|sessions|command]
+"""usage: driver BUILD [quick|keep] [users|core|sessions|command]
 
-Measures the library, sessions and the command, or some of these, and writes tables and plots into build/bench/core,
-build/bench/sessions and build/bench/command.
+Measures what users compare, the library, sessions and the command, or some of these, and writes tables and plots into a
+folder for each below build/bench.
 "quick" makes few rounds with small files, to try it out, and writes into build/bench/quick; "keep" measures nothing and
 puts the last full runs into docs/performance.md.
 """
@@ -32,9 +32,13 @@ import session_quiet
 import session_warm
 import sizes
 import threads
+import user_folders
+import user_large
+import user_limits
+import user_operations
+from effort import FULL, QUICK
 from figures import Goals
 from measuring import Recorder
-from works import GIB, MIB
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
 RESULTS = TOP / "build/bench"
@@ -42,104 +46,17 @@ DOCUMENT = TOP / "docs/performance.md"
 PLOTS = TOP / "docs/performance"
 
 
-@dataclasses.dataclass(frozen=True)
-class Effort:
-    """How much is done of what. Sizes and numbers of names go with their pairs of runs."""
-
-    sizes: dict
-    names: dict
-    small_pairs: int
-    threads: list
-    thread_rounds: int
-    calls_at_once: int
-    memory_sizes: list
-    memory_rounds: int
-    fixed_rounds: int
-    count_size: int
-    micro_repetitions: int
-    cold_rounds: int
-    warm_rounds: int
-    warm_calls: int
-    far_calls: int
-    folder_files: int
-    folder_rounds: int
-    large_size: int
-    large_rounds: int
-    quiet_rounds: int
-    wait_seconds: int
-    kept_connections: int
-    session_sizes: list
-    tree_files: int
-    tree_large_files: int
-    tree_large_size: int
-    tree_rounds: int
-
-
-FULL = Effort(
-    sizes={MIB: 24, 64 * MIB: 60, GIB: 24},
-    names={1: 24, 1000: 24, 100_000: 24},
-    small_pairs=24,
-    threads=[1, 4, 32, 256],
-    thread_rounds=10,
-    calls_at_once=128,
-    memory_sizes=[MIB, 16 * MIB, 256 * MIB, GIB, 10 * GIB],
-    memory_rounds=2,
-    fixed_rounds=16,
-    count_size=64 * MIB,
-    micro_repetitions=10,
-    cold_rounds=16,
-    warm_rounds=4,
-    warm_calls=200,
-    far_calls=20,
-    folder_files=1000,
-    folder_rounds=2,
-    large_size=GIB,
-    large_rounds=4,
-    quiet_rounds=2,
-    wait_seconds=5,
-    kept_connections=64,
-    session_sizes=[MIB, 64 * MIB, GIB, 10 * GIB],
-    tree_files=1000,
-    tree_large_files=20,
-    tree_large_size=50_000_000,
-    tree_rounds=2,
-)
-QUICK = Effort(
-    sizes={MIB: 4, 64 * MIB: 4},
-    names={1: 4, 1000: 4},
-    small_pairs=4,
-    threads=[1, 4, 16],
-    thread_rounds=3,
-    calls_at_once=8,
-    memory_sizes=[MIB, 16 * MIB, 256 * MIB],
-    memory_rounds=1,
-    fixed_rounds=4,
-    count_size=4 * MIB,
-    micro_repetitions=3,
-    cold_rounds=3,
-    warm_rounds=2,
-    warm_calls=50,
-    far_calls=3,
-    folder_files=50,
-    folder_rounds=1,
-    large_size=64 * MIB,
-    large_rounds=3,
-    quiet_rounds=1,
-    wait_seconds=2,
-    kept_connections=16,
-    session_sizes=[MIB, 16 * MIB, 256 * MIB],
-    tree_files=50,
-    tree_large_files=4,
-    tree_large_size=10_000_000,
-    tree_rounds=1,
-)
-
-
 @contextlib.contextmanager
 def own_server(build):
     # A server for each suite, so that none inherits another's files.
     with serving.Server(build) as server:
         yield server
+
+
+@contextlib.contextmanager
+def own_servers(build):
+    # These suites start a server for each condition.
+    yield build
 
 
 @dataclasses.dataclass(frozen=True)
@@ -153,6 +70,17 @@ class Part:
 
 
 PARTS = {
+    "users": Part(
+        "users",
+        {
+            user_operations: machine.everywhere,
+            user_large: machine.everywhere,
+            user_folders: machine.everywhere,
+            fixed: machine.everywhere,
+            user_limits: machine.everywhere,
+        },
+        own_servers,
+    ),
     "core": Part(
         "core",
         {
@@ -161,7 +89,6 @@ PARTS = {
             beside_tools: machine.apart,
             sizes: machine.apart,
             threads: machine.everywhere,
-            fixed: machine.apart,
             micro: machine.everywhere,
         },
         own_server,
@@ -250,7 +177,7 @@ def main(build, words):
         keep(names)
         return
     if names != ["core"] and os.geteuid() != 0:
-        sys.exit("Sessions and the command are measured with daemons that need root: run this as root, or: "
+        sys.exit("All but the library alone is measured with daemons that need root: run this as root, or: "
                  "scripts/bench core")
     machine.allow_many_files()
     for name in names:

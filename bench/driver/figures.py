@@ -44,8 +44,7 @@ class Spread:
 
 def outside(count):
     """How many figures at each end can be left out: as many as are all on one side of the true median by chance, like
-    coins, at most once in 40 times. None of fewer than six can be left out, nor all be kept: all of them are on one side
-    more often than that."""
+    coins, at most once in 40 times. None where even all of them are on one side more often than that: six it must be."""
     number, chance = 0, 0.5**count
     while chance <= 0.025:
         number += 1

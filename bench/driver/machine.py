@@ -77,6 +77,7 @@ def describe(load_before, place, trust_store):
         # "curl 7.88.1 (x86_64-pc-linux-gnu) libcurl/7.88.1 OpenSSL/3.0.19 zlib/1.2.13 ..."
         ("libcurl and its TLS", " ".join(_first_line("curl", "--version").split()[3:5])),
         ("lftp", _first_line("lftp", "--version").split("|")[1].strip()),
+        ("rclone", _first_line("rclone", "--version").split()[1]),
         ("compiler", _first_line("g++", "--version")),
         ("the server's files", str(place)),
         ("certificates in the trust store", _certificates(trust_store)),

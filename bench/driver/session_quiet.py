@@ -97,8 +97,8 @@ def _sizes(server, recorder, goals, effort):
                 SUITE, work.name, effort.quiet_rounds, {"session": program(server, "session", work)}
             )["session"]
             work.before()
-            cells.append(Spread.of((run.peak for run in runs), AMOUNT))
-            peaks[work.operation].append(cells[-1])
+            peaks[work.operation].append([run.peak for run in runs])
+            cells.append(Spread.of(peaks[work.operation][-1], AMOUNT))
         table.rows.append([size_name(size), effort.quiet_rounds, *cells])
     for operation, of_operation in peaks.items():
         sizes.judge_flat(goals, FLAT_GOAL, f"{operation}: ", of_operation)

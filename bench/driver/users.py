@@ -1,13 +1,16 @@
 """What a user compares: the same work by each client as it ships, under one condition after another."""
 
 import dataclasses
+import functools
+import os
 import pathlib
+import subprocess
 
 import daemons
 import user_clients
 from figures import MET, Spread, ratios
 
-NEWER_LIBCURL = pathlib.Path(__file__).resolve().parents[2] / "build/roots/libcurl-8.14"
+UNPACKED = pathlib.Path(__file__).resolve().parents[2] / "build/roots/libcurl-8.14"
 OURS = "SFtpSession"
 CLIENTS = ["SFtpClient", OURS, "curl", "lftp", "rclone", "sftp"]
 WITHIN = 1.02
@@ -18,7 +21,7 @@ NONE = "–"
 TO_BEST = "time, to the best other"
 HEAD = [*CLIENTS, TO_BEST, "goals"]
 HOW_TO_READ = (
-    f'Medians; "fails" has the client\'s exit status from a first attempt, "{NONE}" is where there is no such client. '
+    f'Medians; "fails" has the exit status of the client\'s first run, "{NONE}" is where there is no such client. '
     "The last figure is SFtpSession's wall time to that of the best other client in the same round: median "
     "(least–greatest); below 1, SFtpSession is faster."
 )
@@ -38,7 +41,7 @@ class Condition:
     folders: bool = False
 
 
-LIBRARY = "libcurl 8.14.1"
+NEWER_LIBCURL = "libcurl 8.14.1"
 TRANSFERS = (LIST, DOWNLOAD, UPLOAD)
 LITTLE = (LIST, UPLOAD)
 CONDITIONS = [
@@ -49,8 +52,8 @@ CONDITIONS = [
     Condition("vsftpd, TLS 1.2", "vsftpd-1.2", LITTLE),
     Condition("vsftpd, TLS 1.3", "vsftpd-1.3", LITTLE),
     Condition("vsftpd, implicit TLS 1.2", "vsftpd-implicit", large=True, folders=True),
-    Condition(f"vsftpd, {LIBRARY}", "vsftpd", newer_libcurl=True),
-    Condition(f"vsftpd, implicit TLS 1.2, {LIBRARY}", "vsftpd-implicit", newer_libcurl=True),
+    Condition(f"vsftpd, {NEWER_LIBCURL}", "vsftpd", newer_libcurl=True),
+    Condition(f"vsftpd, implicit TLS 1.2, {NEWER_LIBCURL}", "vsftpd-implicit", newer_libcurl=True),
     Condition("test server", daemons.OWN, LITTLE),
     Condition("test server, 50 ms away", daemons.FAR, LITTLE),
 ]
@@ -70,12 +73,22 @@ def serve(condition, build):
     return daemons.Daemon(build, condition.server)
 
 
+@functools.cache
+def newer_libcurl():
+    """Where it is. The loader would take the installed one in its place without a word."""
+    environment = {**os.environ, "LD_LIBRARY_PATH": str(UNPACKED)}
+    told = subprocess.run(["curl", "--version"], env=environment, capture_output=True, text=True, check=True).stdout
+    if NEWER_LIBCURL.replace(" ", "/") not in told.split("OpenSSL")[0]:
+        raise RuntimeError(f"{UNPACKED} does not hold {NEWER_LIBCURL}: run scripts/libcurl-backports.")
+    return UNPACKED
+
+
 def clients_of(condition, clients):
     """Where another libcurl is asked for, only those that use it."""
     if not condition.newer_libcurl:
         return clients
     able = [name for name in clients if name in user_clients.WITH_LIBCURL]
-    return {name: user_clients.with_library(clients[name], NEWER_LIBCURL) for name in able}
+    return {name: user_clients.with_library(clients[name], newer_libcurl()) for name in able}
 
 
 def compare(recorder, suite, work, rounds, clients, done=lambda: True):

@@ -20,7 +20,8 @@ MIB = works.MIB
 
 
 def runs(*walls, user=0.5, system=0.5, peak=1000):
-    return [Run(wall, user, system, peak) for wall in walls]
+    """The same again and again, as often as it takes to decide a goal."""
+    return [Run(wall, user, system, peak) for wall in walls] * 6
 
 
 class Recorder:
@@ -162,16 +163,13 @@ class ManyCallsAtOnce(unittest.TestCase):
 
 class FixedCosts(unittest.TestCase):
     def test_each_is_a_difference_and_idle_runs_are_counted(self):
-        costs = {"with": runs(1.25, 1.0, peak=1300), "without": runs(1.0, 1.25, peak=1000, user=0.25)}
-        recorder = Recorder()
-        with (
-            mock.patch.object(fixed, "program"),
-            mock.patch.object(works, "listing", return_value=Work("list", "list", "folder/")),
-            mock.patch.object(works, "download", return_value=Work("download", "download", "file")),
-            mock.patch.object(recorder, "alternate", lambda *_: costs),
-        ):
-            table = fixed.suite(mock.Mock(), recorder, Goals(), SimpleNamespace(fixed_rounds=2))[0]
-        wall, *idle, cpu, peak = table.rows[0][3:]
+        costs = {
+            "with": [Run(1.25, 0.5, 0.5, 1300), Run(1.0, 0.5, 0.5, 1300)],
+            "without": [Run(1.0, 0.25, 0.5, 1000), Run(1.25, 0.25, 0.5, 1000)],
+        }
+        cost = fixed.Cost("cost", ("with it", "without it"), None, None, "remedy")
+        name, with_it, without, wall, *idle, cpu, peak, remedy = fixed._row(cost, costs)
+        self.assertEqual(("cost", "with it", "without it", "remedy"), (name, with_it, without, remedy))
         self.assertEqual((-250, 250), (wall.least, wall.greatest))
         self.assertEqual(["1 of 2", "2 of 2"], idle)
         self.assertEqual((250, 300), (cpu.median, peak.median))
@@ -185,11 +183,12 @@ class Instructions(unittest.TestCase):
         work = [Work("rename", "rename", "folder/")]
         with (
             mock.patch.object(works, "of_each_operation", return_value=work),
-            mock.patch.object(counts, "program", side_effect=lambda *_, calls: lambda: (calls, None)) as program,
+            mock.patch.object(counts, "program", side_effect=lambda *_, **settings: lambda: (settings, None)) as program,
             mock.patch.object(callgrind, "count", side_effect=told),
         ):
-            table = counts.suite(None, Recorder(), Goals(), None)[0]
+            table = counts.suite(SimpleNamespace(small_trust="one"), Recorder(), Goals(), None)[0]
         self.assertEqual([0, 0, 1, 1], [call.kwargs["calls"] for call in program.call_args_list])
+        self.assertEqual(["one"] * 4, [call.kwargs["trust"] for call in program.call_args_list])
         return table.rows
 
     def test_a_process_without_a_call_stands_first(self):

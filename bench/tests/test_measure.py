@@ -24,11 +24,17 @@ class Suite:
 class Measure(unittest.TestCase):
     def test_each_suite_has_its_processors(self):
         for part, expected in {
+            "users": {
+                "user_operations": "everywhere",
+                "user_large": "everywhere",
+                "user_folders": "everywhere",
+                "fixed": "everywhere",
+                "user_limits": "everywhere",
+            },
             "core": {
                 "beside_bare": "together",
                 "beside_tools": "apart",
                 "sizes": "apart",
-                "fixed": "apart",
                 "counts": "everywhere",
                 "threads": "everywhere",
                 "micro": "everywhere",

@@ -119,7 +119,7 @@ class Results(unittest.TestCase):
         return measured
 
     def test_a_full_run_is_there_to_keep(self):
-        self.assertEqual([(part, driver.FULL) for part in ("core", "sessions", "command")], self.run_main())
+        self.assertEqual([(part, driver.FULL) for part in ("users", "core", "sessions", "command")], self.run_main())
         for part in driver.PARTS:
             text = (self.results / part / "tables.md").read_text()
             self.assertTrue(text.startswith(f"### The machine ({part})\n"), text)
@@ -144,7 +144,7 @@ class Results(unittest.TestCase):
         self.assertRaisesRegex(SystemExit, "^There is no full run to keep", driver.keep, ["core", "sessions"])
 
     def test_sessions_are_refused_to_users_who_cannot_start_daemons(self):
-        for words in ([], ["quick"], ["sessions"]):
+        for words in ([], ["quick"], ["users"], ["sessions"]):
             self.assertRaisesRegex(SystemExit, "need root.* scripts/bench core$", self.run_main, *words, user=1000)
         self.assertEqual([("core", driver.FULL)], self.run_main("core", user=1000))
 

@@ -2,8 +2,10 @@
 rows are complete."""
 
 import os
+import tempfile
 import unittest
 from types import SimpleNamespace
+from unittest import mock
 
 import beside_bare
 import beside_tools
@@ -14,6 +16,7 @@ import micro
 import serving
 import sizes
 import threads
+import users
 import works
 from figures import Goals
 
@@ -59,11 +62,15 @@ class Suites(unittest.TestCase):
         self.assertEqual(["1 MiB", "2 MiB"], self.rows(sizes))
 
     def test_fixed_costs(self):
+        self.server = self.server.build
+        self.enterContext(mock.patch.object(users, "newer_libcurl", lambda: "/nowhere"))
         expected = [
             "the machine's trust store, for each TLS connection",
             "libcurl's wait before a data connection",
             "a download's size check, which logs in by itself",
             "a connection for each call",
+            "the same wait, in a listing by SFtpClient",
+            f"fsync of a session's download, in {tempfile.gettempdir()}",
         ]
         self.assertEqual(expected, self.rows(fixed))
 
@@ -80,6 +87,29 @@ class Suites(unittest.TestCase):
         self.assertEqual({tuple(sorted(names))}, {tuple(sorted(each)) for each in rounds})
         self.assertEqual(6, len(set(rounds)))
         self.assertEqual(turns, [row[2] for row in self.recorder.rows])
+
+    def test_a_client_that_fails_at_first_has_no_further_turn(self):
+        turns = []
+
+        def client(name, code):
+            return lambda: turns.append(name) or (["sh", "-c", f"exit {code}"], None)
+
+        clients = {name: client(name, code) for name, code in {"able": 0, "failing": 9}.items()}
+        runs = self.recorder.alternate_able("suite", "nothing", 3, clients, lambda: True)
+        self.assertEqual((9, 3), (runs["failing"], len(runs["able"])))
+        self.assertEqual(["able"] * 3, sorted(turns)[:3])
+        self.assertEqual(["failing"], sorted(turns)[3:])
+        self.assertEqual([("able", 0), ("able", 1), ("able", 2)], [tuple(row[2:4]) for row in self.recorder.rows])
+
+    def test_one_that_fails_later_ends_the_benchmark(self):
+        codes = iter([0, 9])
+        clients = {"failing": lambda: (["sh", "-c", f"exit {next(codes)}"], None)}
+        with self.assertRaisesRegex(RuntimeError, r"^sh -c exit 9 ended with 9\.$"):
+            self.recorder.alternate_able("suite", "nothing", 3, clients, lambda: True)
+
+    def test_so_does_one_that_has_not_done_what_it_says(self):
+        with self.assertRaisesRegex(RuntimeError, "^true succeeded without having done it"):
+            self.recorder.alternate_able("suite", "nothing", 1, {"liar": lambda: (["true"], None)}, lambda: False)
 
     def test_a_failed_call_ends_the_benchmark(self):
         missing = clients.Work("missing", "list", "no-such-folder/")
