@@ -2,6 +2,8 @@
 rows are complete."""
 
 import os
+import pathlib
+import subprocess
 import tempfile
 import unittest
 from types import SimpleNamespace
@@ -73,6 +75,20 @@ class Suites(unittest.TestCase):
             f"fsync of a session's download, in {tempfile.gettempdir()}",
         ]
         self.assertEqual(expected, self.rows(fixed))
+
+    def test_the_last_of_them_is_what_the_option_says(self):
+        with tempfile.TemporaryDirectory() as disk:
+            cost = fixed._sync(self.server, pathlib.Path(disk))
+            synced = []
+            for prepare in (cost.with_it, cost.without):
+                command, environment = prepare()
+                trace = ["strace", "-f", "-qq", "-e", "trace=fsync", "-o", f"{disk}/trace"]
+                words = [str(word) for word in [*trace, *command]]
+                # The leak sanitizer can do nothing in a process that is traced.
+                environment |= {"ASAN_OPTIONS": "detect_leaks=0"}
+                subprocess.run(words, env=environment, check=True, capture_output=True)
+                synced.append("fsync(" in pathlib.Path(disk, "trace").read_text())
+        self.assertEqual([True, False], synced)
 
     def test_each_has_its_turn_in_every_round_and_the_order_varies(self):
         turns = []
