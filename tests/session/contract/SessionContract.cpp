@@ -222,7 +222,8 @@ Lines afterTheReset(const std::string& scheme)
 
 Lines overSsh()
 {
-    return {"1 SSH_AUTH_TYPES = 10", "1 SSH_HOSTKEYFUNCTION = unknown function", "1 SSH_HOSTKEYDATA = unknown"};
+    return {"1 UPLOAD_BUFFERSIZE = 2097152", "1 BUFFERSIZE = 524288", "1 SSH_AUTH_TYPES = 10",
+            "1 SSH_HOSTKEYFUNCTION = unknown function", "1 SSH_HOSTKEYDATA = unknown"};
 }
 
 // Before the login (FTPSSLAUTH), for everything (USE_SSL 3), TLS 1.2 alone, the chain and the host's name compared, the

@@ -152,6 +152,26 @@ TEST_F(SessionSetup, ComparesAHostKeyWithTheFileOfKnownHosts)
     EXPECT_TRUE(sameLines(expected, toldBefore()));
 }
 
+TEST_F(SessionSetup, SendsNoMoreAtOnceOverSshThanHalfASecondsRate)
+{
+    overSsh();
+    const auto buffers = [this](std::uint64_t sendRate, std::uint64_t receiveRate) {
+        options.sendRate = sendRate;
+        options.receiveRate = receiveRate;
+        Lines found;
+        for (const std::string& line : toldBefore()) {
+            if (line.find("BUFFERSIZE = ") != std::string::npos) {
+                found.push_back(line);
+            }
+        }
+        return found;
+    };
+    EXPECT_TRUE(sameLines({"1 UPLOAD_BUFFERSIZE = 16384", "1 BUFFERSIZE = 524288"}, buffers(1, 1048576)));
+    EXPECT_TRUE(sameLines({"1 UPLOAD_BUFFERSIZE = 2097151", "1 BUFFERSIZE = 16384"}, buffers(4194303, 32769)));
+    EXPECT_TRUE(
+        sameLines({"1 UPLOAD_BUFFERSIZE = 2097152", "1 BUFFERSIZE = 16385"}, buffers(9223372036854775807, 32770)));
+}
+
 TEST_F(SessionSetup, AsksNothingOfTlsOverSsh)
 {
     overSsh();
