@@ -31,7 +31,7 @@ RENAME, LIST, DOWNLOAD, UPLOAD = "rename", "list 100 names", "download 20 kB", "
 
 @dataclasses.dataclass(frozen=True)
 class Condition:
-    """A server, and what is measured there. The first condition is the one from which the others differ in one thing."""
+    """A server, and what is measured there. Each condition but the first differs in one thing from an earlier one."""
 
     name: str
     server: str
