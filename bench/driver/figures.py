@@ -44,7 +44,7 @@ class Spread:
 
 def outside(count):
     """How many figures at each end can be left out: as many as are all on one side of the true median by chance, like
-    coins, at most once in 40 times. None where even all of them are on one side more often than that: six it must be."""
+    coins, at most once in 40 times. None of fewer than six, which are all on one side more often than that."""
     number, chance = 0, 0.5**count
     while chance <= 0.025:
         number += 1
@@ -77,7 +77,7 @@ class Goals:
         return self._note(goal, subject, MET if met else MISSED)
 
     def judge_spread(self, goal, subject, spread, least=-math.inf, greatest=math.inf):
-        """Met where all that the true median may be, 19 times out of 20, is within the goal; missed where none of it is."""
+        """Met where all that the true median may be, 19 times out of 20, is within the goal; missed where none is."""
         if least <= spread.low and spread.high <= greatest:
             return self._note(goal, subject, MET)
         return self._note(goal, subject, UNDECIDED if spread.low <= greatest and spread.high >= least else MISSED)

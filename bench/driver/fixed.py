@@ -32,8 +32,8 @@ def suite(build, recorder, goals, effort):
     table = Table(
         "Fixed costs of a call, and their remedies",
         "Differences between two runs side by side, of the bare program where nothing else is said: median (least to "
-        "greatest), in milliseconds and KiB. What comes by chance has two values and no middle: so many of the runs with "
-        "it, and without it, idled for more than a tenth of a second.",
+        "greatest), in milliseconds and KiB. What comes by chance has two values and no middle: so many of the runs "
+        "with it, and without it, idled for more than a tenth of a second.",
         ["cost", "with", "without", "wall time", "idle with", "idle without", "CPU time", "peak memory", "remedy"],
     )
     with serving.Server(build) as server, tempfile.TemporaryDirectory(prefix="sftpclient-bench-") as disk:

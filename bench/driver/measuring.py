@@ -63,8 +63,8 @@ class Recorder:
         return runs
 
     def alternate_able(self, suite, work, rounds, clients, done):
-        """The same of clients that may fail: those that do in the first round have no further one, and their exit status
-        in place of runs. `done` looks whether a run has had its effect."""
+        """The same of clients that may fail: those that do in the first round have no further one, and their exit
+        status in place of runs. `done` looks whether a run of that round has had its effect."""
         self.say(f"{suite}: {work}, {rounds} rounds")
         runs = {name: [] for name in clients}
         failed = self._first_round(suite, work, clients, runs, done)

@@ -20,8 +20,8 @@ def suite(build, recorder, goals, effort):
         "Many files of 20 kB",
         "Files a second, the login included; clients that are slow with many files get fewer of them: "
         + ", ".join(f"{name} {files}" for name, files in effort.user_files.items())
-        + ". SFtpClient makes one call after another, each with a login of its own; curl gets all names at once; lftp and "
-        "sftp copy a folder, and so does rclone, four files at a time. " + users.HOW_TO_READ,
+        + ". SFtpClient makes one call after another, each with a login of its own; curl gets all names at once; lftp "
+        "and sftp copy a folder, and so does rclone, four files at a time. " + users.HOW_TO_READ,
         ["condition", "way", "connections", "rounds", *users.HEAD],
     )
     for condition in users.CONDITIONS:

@@ -51,9 +51,9 @@ def _beside_openssl(server, way, recorder, effort):
 def _rates(limits, runs, size):
     table = Table(
         "The physical limit of a large file",
-        f"MB (1,000,000 bytes) a second, and the share of it that SFtpSession reaches with {size_name(size)} to and from "
-        "vsftpd over explicit TLS. OpenSSL alone moves the same bytes on one connection and does nothing with them; "
-        "beside it, the share is that of the same round: median (least–greatest).",
+        f"MB (1,000,000 bytes) a second, and the share of it that SFtpSession reaches with {size_name(size)} to and "
+        "from vsftpd over explicit TLS. OpenSSL alone moves the same bytes on one connection and does nothing with "
+        "them; beside it, the share is that of the same round: median (least–greatest).",
         ["limit", "MB/s", *(f"share, {way}" for way in WAYS)],
     )
     rates = {way: Spread.of((size / MB / wall for wall in runs[way][users.OURS]), RATE) for way in WAYS}
@@ -115,8 +115,8 @@ def _handshakes(server, recorder, effort):
     recorder.say(f"{SUITE}: handshakes")
     table = Table(
         "A handshake",
-        "By OpenSSL's s_time with its s_server and the certificate of the rows above, in milliseconds of wall time: with the "
-        "TCP connection, and a page of 4 kB, without which no TLS 1.3 session could be resumed.",
+        "By OpenSSL's s_time, with its s_server and vsftpd's certificate, in milliseconds of wall time: with the TCP "
+        "connection, and a page of 4 kB, without which no TLS 1.3 session could be resumed.",
         ["handshake", "ms", "a second"],
     )
     with _tls_server(server) as port:
@@ -143,9 +143,9 @@ def _tls_server(server):
 def _handshake(server, port, version, kind, seconds):
     """Seconds for one."""
     trust = ["-CAfile", str(server.small_trust), "-verify", "1"]
-    words = ["-connect", f"localhost:{port}", *trust, KINDS[kind], VERSIONS[version], "-time", str(seconds), "-www", "/"]
+    words = ["openssl", "s_time", "-connect", f"localhost:{port}", *trust, KINDS[kind], VERSIONS[version]]
     begin = time.perf_counter()
-    done = subprocess.run(["openssl", "s_time", *words], capture_output=True, text=True, check=True)
+    done = subprocess.run([*words, "-time", str(seconds), "-www", "/"], capture_output=True, text=True, check=True)
     return (time.perf_counter() - begin) / handshakes(done.stdout, MARKS[kind])
 
 

@@ -1,4 +1,4 @@
-"""The calls that a user compares. Each looks afterwards whether it has had its effect; what a listing prints is its own."""
+"""The calls that a user compares. Each but the listing can look whether it has had its effect."""
 
 import dataclasses
 
@@ -36,6 +36,4 @@ def upload(server, name, size):
 def _rename(server):
     work = session_works.on_one_file(server)["rename"]
     folder = server.served / work.path
-    return dataclasses.replace(
-        work, done=lambda: [each.name for each in folder.iterdir()] == [work.local]
-    )
+    return dataclasses.replace(work, done=lambda: [each.name for each in folder.iterdir()] == [work.local])

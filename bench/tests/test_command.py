@@ -38,7 +38,8 @@ class Judged(unittest.TestCase):
         self.assertEqual(set(), missed(lftp=run(1), name=SSH))
 
     def test_both_ways_are_a_push_and_the_pull_of_its_round(self):
-        both = command_trees.both_ways({"lftp": run(1, 2, 30)[:1] + run(5)[:1]}, {"lftp": run(10, 20, 4)[:1] + run(7)[:1]})
+        pushed, pulled = [run(1, 2, 30)[0], run(5)[0]], [run(10, 20, 4)[0], run(7)[0]]
+        both = command_trees.both_ways({"lftp": pushed}, {"lftp": pulled})
         self.assertEqual([(11, 22, 30), (12, 2, 1000)], [(each.wall, each.cpu, each.peak) for each in both["lftp"]])
 
     def test_rclone_takes_more(self):

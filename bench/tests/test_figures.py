@@ -72,10 +72,12 @@ class GoalsTest(unittest.TestCase):
         self.assertEqual([["near", "1 of 7", undecided, "above, below"]], goals.summary())
 
     def test_five_rounds_decide_nothing_and_six_do(self):
-        verdicts = [figures.Goals().judge_spread("", "", figures.Spread.of([1] * count), greatest=2) for count in (5, 6)]
-        self.assertEqual(["undecided", "met"], verdicts)
-        verdicts = [figures.Goals().judge_spread("", "", figures.Spread.of([3] * count), greatest=2) for count in (5, 6)]
-        self.assertEqual(["undecided", "NOT MET"], verdicts)
+        def verdicts(figure):
+            spreads = [figures.Spread.of([figure] * count) for count in (5, 6)]
+            return [figures.Goals().judge_spread("", "", spread, greatest=2) for spread in spreads]
+
+        self.assertEqual(["undecided", "met"], verdicts(1))
+        self.assertEqual(["undecided", "NOT MET"], verdicts(3))
 
 
 if __name__ == "__main__":

@@ -27,8 +27,8 @@ EFFORT = SimpleNamespace(
     limit_bytes=MIB,
     limit_seconds=1,
 )
-IMPLICIT = users.Condition("implicit", "vsftpd-implicit", large=True, folders=True)
-SSH = users.Condition("SSH", daemons.SSH, large=True, folders=True)
+IMPLICIT = users.Condition("implicit", "vsftpd-implicit", large=True)
+SSH = users.Condition("SSH", daemons.SSH, folders=True)
 
 
 class Suites(unittest.TestCase):
@@ -69,10 +69,9 @@ class Suites(unittest.TestCase):
         self.assertEqual([["sftp"]] * 2, self.absent(rows, 2))
 
     def test_folders(self):
-        rows = self.rows(user_folders, IMPLICIT, SSH)
+        rows = self.rows(user_folders, SSH)
         self.assertEqual({}, self.failing(rows, 3))
-        four = ["SFtpClient", "curl", "sftp"]
-        self.assertEqual([["rclone", "sftp"], four] * 2 + [["rclone"], four] * 2, self.absent(rows, 3))
+        self.assertEqual([["rclone"], ["SFtpClient", "curl", "sftp"]] * 2, self.absent(rows, 3))
 
     def test_limits(self):
         with (
