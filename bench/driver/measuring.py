@@ -19,6 +19,17 @@ class Run:
         return self.user + self.system
 
 
+@dataclasses.dataclass(frozen=True)
+class Failure:
+    """The exit status of a run that has failed, or has not had its effect, and which round it was in."""
+
+    code: int
+    number: int
+
+    def __str__(self):
+        return f"fails ({self.code})" + (f", round {self.number + 1}" if self.number > 0 else "")
+
+
 def measure(build, command, environment):
     """Runs the command once. That it fails ends the whole benchmark: a failed transfer is a fast one."""
     run, code = spend(build, command, environment)
@@ -59,39 +70,28 @@ class Recorder:
         self.say(f"{suite}: {work}, {rounds} rounds")
         runs = {name: [] for name in clients}
         for number in range(rounds):
-            self._round(suite, work, number, clients, runs)
+            for name in self._turns(clients):
+                self._keep(suite, work, name, number, measure(self.build, *clients[name]()), runs)
         return runs
 
     def alternate_able(self, suite, work, rounds, clients, done):
-        """The same of clients that may fail: those that do in the first round have no further one, and their exit
-        status in place of runs. `done` looks whether a run of that round has had its effect."""
+        """The same of clients that may fail: their first failure ends their runs, and stands in place of them. `done`
+        looks whether a client's run has had its effect."""
         self.say(f"{suite}: {work}, {rounds} rounds")
         runs = {name: [] for name in clients}
-        failed = self._first_round(suite, work, clients, runs, done)
-        able = {name: call for name, call in clients.items() if name not in failed}
-        for number in range(1, rounds):
-            self._round(suite, work, number, able, runs)
-        return {**{name: runs[name] for name in able}, **failed}
-
-    def _first_round(self, suite, work, clients, runs, done):
         failed = {}
-        for name in self._turns(clients):
-            command, environment = clients[name]()
-            run, code = spend(self.build, command, environment)
-            if code != 0:
-                failed[name] = code
-                continue
-            if not done():
-                raise RuntimeError(f"{command[0]} succeeded without having done it.")
-            self._keep(suite, work, name, 0, run, runs)
-        return failed
-
-    def _round(self, suite, work, number, clients, runs):
-        for name in self._turns(clients):
-            self._keep(suite, work, name, number, measure(self.build, *clients[name]()), runs)
+        for number in range(rounds):
+            for name in self._turns(name for name in clients if name not in failed):
+                run, code = spend(self.build, *clients[name]())
+                if done(name) and code == 0:
+                    self._keep(suite, work, name, number, run, runs)
+                else:
+                    failed[name] = Failure(code, number)
+        return runs | failed
 
     def _turns(self, clients):
-        return self._draw.sample(list(clients), len(clients))
+        names = list(clients)
+        return self._draw.sample(names, len(names))
 
     def _keep(self, suite, work, name, number, run, runs):
         runs[name].append(run)

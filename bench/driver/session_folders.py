@@ -66,16 +66,20 @@ class Folders:
 
     def check(self):
         """A run that left files out, or parts of them, would be a fast one."""
-        if self.target is None:
-            return
-        sizes = [path.stat().st_size for path in self.target.iterdir()]
-        if len(sizes) != self.files or any(size != self.size for size in sizes):
-            raise RuntimeError(f"{self.target} holds {len(sizes)} files of {sum(sizes)} bytes in all.")
-        self.forget()
+        target, sizes = self.target, self._arrived()
+        if not self._are_all(sizes):
+            raise RuntimeError(f"{target} holds {len(sizes)} files of {sum(sizes)} bytes in all.")
 
-    def forget(self):
-        """What a run has left that failed is not looked at."""
-        self.target = None
+    def are_whole(self):
+        return self._are_all(self._arrived())
+
+    def _are_all(self, sizes):
+        return sizes is None or sizes == [self.size] * self.files
+
+    def _arrived(self):
+        """The sizes of what the last run has left, if there was one that has not been looked at."""
+        target, self.target = self.target, None
+        return target and [path.stat().st_size for path in target.iterdir()]
 
 
 def suite(servers, recorder, goals, effort):

@@ -41,12 +41,7 @@ def suite(build, recorder, goals, effort):
 def _row(condition, server, folders, way, connections, recorder, goals, effort):
     clients = users.clients_of(condition, _clients(server, folders, way, connections))
     what = f"{condition.name}: {way} of many files, {connections} at a time"
-    runs = users.compare(recorder, SUITE, what, effort.user_rounds, clients)
-    for name, of_client in runs.items():
-        if isinstance(of_client, users.Fails):
-            folders[name].forget()
-        else:
-            folders[name].check()
+    runs = recorder.alternate_able(SUITE, what, effort.user_rounds, clients, lambda name: folders[name].are_whole())
     seconds = users.per_unit(runs, effort.user_files)
     cells = users.cells(seconds, goals, users.RATE_GOAL, what, FORM, lambda taken: 1 / taken)
     return [condition.name, way, connections, effort.user_rounds, *cells]

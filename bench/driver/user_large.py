@@ -31,7 +31,7 @@ def _row(condition, server, make, recorder, goals, effort):
     work = make(server, size_name(size), size)
     clients = users.clients_of(condition, user_clients.each(server, work))
     what = f"{condition.name}: {work.name}"
-    runs = users.compare(recorder, SUITE, what, effort.user_rounds, clients, work.done)
+    runs = recorder.alternate_able(SUITE, what, effort.user_rounds, clients, lambda name: work.done())
     # The next one needs the room.
     work.before()
     seconds = users.per_unit(runs, dict.fromkeys(clients, size / MB))

@@ -26,7 +26,7 @@ def suite(build, recorder, goals, effort):
 def _row(condition, server, work, recorder, goals, effort):
     clients = users.clients_of(condition, user_clients.each(server, work))
     what = f"{condition.name}: {work.name}"
-    runs = users.compare(recorder, SUITE, what, effort.user_rounds, clients, work.done)
+    runs = recorder.alternate_able(SUITE, what, effort.user_rounds, clients, lambda name: work.done())
     seconds = users.per_unit(runs, dict.fromkeys(clients, 1))
     cells = users.cells(seconds, goals, users.TIME_GOAL, what, FORM, lambda taken: 1000 * taken)
     return [condition.name, work.name, effort.user_rounds, *cells]

@@ -23,14 +23,18 @@ def download(server, name, size):
         session_works.download(server, name, size),
         local=str(target),
         before=lambda: target.unlink(missing_ok=True),
-        done=lambda: target.stat().st_size == size,
+        done=lambda: _holds(target, size),
     )
 
 
 def upload(server, name, size):
     work = session_works.upload(server, name, size)
     target = server.served / work.path
-    return dataclasses.replace(work, done=lambda: target.stat().st_size == size)
+    return dataclasses.replace(work, done=lambda: _holds(target, size))
+
+
+def _holds(path, size):
+    return path.exists() and path.stat().st_size == size
 
 
 def _rename(server):

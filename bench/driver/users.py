@@ -9,6 +9,7 @@ import subprocess
 import daemons
 import user_clients
 from figures import MET, Spread, ratios
+from measuring import Failure
 
 UNPACKED = pathlib.Path(__file__).resolve().parents[2] / "build/roots/libcurl-8.14"
 OURS = "SFtpSession"
@@ -21,7 +22,7 @@ NONE = "–"
 TO_BEST = "time, to the best other"
 HEAD = [*CLIENTS, TO_BEST, "goals"]
 HOW_TO_READ = (
-    f'Medians; "fails" has the exit status of the client\'s first run, "{NONE}" is where there is no such client. '
+    f'Medians; "fails" has the exit status of the client\'s first failure, "{NONE}" is where there is no such client. '
     "The last figure is SFtpSession's wall time to that of the best other client in the same round: median "
     "(least–greatest); below 1, SFtpSession is faster."
 )
@@ -59,16 +60,6 @@ CONDITIONS = [
 ]
 
 
-@dataclasses.dataclass(frozen=True)
-class Fails:
-    """What a client's first run ended with."""
-
-    code: int
-
-    def __str__(self):
-        return f"fails ({self.code})"
-
-
 def serve(condition, build):
     return daemons.Daemon(build, condition.server)
 
@@ -91,20 +82,14 @@ def clients_of(condition, clients):
     return {name: user_clients.with_library(clients[name], newer_libcurl()) for name in able}
 
 
-def compare(recorder, suite, work, rounds, clients, done=lambda: True):
-    """The runs of each client that can do it, and how the others fail. `done` looks at what the first has left."""
-    runs = recorder.alternate_able(suite, work, rounds, clients, done)
-    return {name: Fails(of_client) if isinstance(of_client, int) else of_client for name, of_client in runs.items()}
-
-
 def cells(seconds, goals, goal, subject, form, show):
     """A row's cells from what each client's units took, round by round: a unit is a call, a file or a megabyte.
     `show` makes of these seconds what the table shows."""
     shown = [_shown(seconds.get(name, NONE), form, show) for name in CLIENTS]
     ours = seconds[OURS]
-    verdicts = {"does it": goals.judge(DOES_GOAL, subject, not isinstance(ours, Fails))}
+    verdicts = {"does it": goals.judge(DOES_GOAL, subject, not isinstance(ours, Failure))}
     best = _best(taken for name, taken in seconds.items() if name != OURS)
-    if isinstance(ours, Fails) or not best:
+    if isinstance(ours, Failure) or not best:
         to_best = NONE
     else:
         to_best = ratios(ours, best)
@@ -115,11 +100,11 @@ def cells(seconds, goals, goal, subject, form, show):
 
 def _best(of_others):
     """The least of each round, of those who can do it."""
-    return [min(of_round) for of_round in zip(*(taken for taken in of_others if not isinstance(taken, Fails)))]
+    return [min(of_round) for of_round in zip(*(taken for taken in of_others if not isinstance(taken, Failure)))]
 
 
 def _shown(taken, form, show):
-    if taken == NONE or isinstance(taken, Fails):
+    if taken == NONE or isinstance(taken, Failure):
         return taken
     return Spread.of((show(each) for each in taken), form)
 
@@ -127,6 +112,6 @@ def _shown(taken, form, show):
 def per_unit(runs, units):
     """What one of a run's units took; `units` maps the clients to how many they were given."""
     return {
-        name: of_client if isinstance(of_client, Fails) else [run.wall / units[name] for run in of_client]
+        name: of_client if isinstance(of_client, Failure) else [run.wall / units[name] for run in of_client]
         for name, of_client in runs.items()
     }

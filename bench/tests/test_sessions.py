@@ -169,6 +169,13 @@ class FoldersAreLookedAt(unittest.TestCase):
         self.folders.aim(self.target)
         self.assertEqual([], list(self.target.iterdir()))
 
+    def test_where_a_client_may_fail_it_is_only_told(self):
+        self.folders.fill(self.target)
+        self.assertTrue(self.folders.are_whole())
+        self.folders.aim(self.target)
+        self.assertFalse(self.folders.are_whole())
+        self.folders.check()
+
     def test_a_file_that_is_missing_ends_the_benchmark(self):
         self.folders.fill(self.target)
         next(self.target.iterdir()).unlink()

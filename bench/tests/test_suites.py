@@ -104,28 +104,26 @@ class Suites(unittest.TestCase):
         self.assertEqual(6, len(set(rounds)))
         self.assertEqual(turns, [row[2] for row in self.recorder.rows])
 
-    def test_a_client_that_fails_at_first_has_no_further_turn(self):
-        turns = []
+    def able(self, done=lambda name: True, **codes):
+        """The runs of clients that end with these codes in turn, of three rounds."""
+        codes = {name: iter(of_client) for name, of_client in codes.items()}
 
-        def client(name, code):
-            return lambda: turns.append(name) or (["sh", "-c", f"exit {code}"], None)
+        def client(name):
+            return lambda: (["sh", "-c", f"exit {next(codes[name])}"], None)
 
-        clients = {name: client(name, code) for name, code in {"able": 0, "failing": 9}.items()}
-        runs = self.recorder.alternate_able("suite", "nothing", 3, clients, lambda: True)
-        self.assertEqual((9, 3), (runs["failing"], len(runs["able"])))
-        self.assertEqual(["able"] * 3, sorted(turns)[:3])
-        self.assertEqual(["failing"], sorted(turns)[3:])
-        self.assertEqual([("able", 0), ("able", 1), ("able", 2)], [tuple(row[2:4]) for row in self.recorder.rows])
+        return self.recorder.alternate_able("suite", "nothing", 3, {name: client(name) for name in codes}, done)
 
-    def test_one_that_fails_later_ends_the_benchmark(self):
-        codes = iter([0, 9])
-        clients = {"failing": lambda: (["sh", "-c", f"exit {next(codes)}"], None)}
-        with self.assertRaisesRegex(RuntimeError, r"^sh -c exit 9 ended with 9\.$"):
-            self.recorder.alternate_able("suite", "nothing", 3, clients, lambda: True)
+    def test_a_clients_first_failure_ends_its_turns(self):
+        runs = self.able(able=[0, 0, 0], later=[0, 9], never=[7])
+        self.assertEqual(["fails (9), round 2", "fails (7)"], [str(runs[name]) for name in ("later", "never")])
+        self.assertEqual(3, len(runs["able"]))
+        kept = [(name, number) for _, _, name, number, *_ in self.recorder.rows]
+        self.assertEqual([("able", 0), ("able", 1), ("able", 2), ("later", 0)], sorted(kept))
 
-    def test_so_does_one_that_has_not_done_what_it_says(self):
-        with self.assertRaisesRegex(RuntimeError, "^true succeeded without having done it"):
-            self.recorder.alternate_able("suite", "nothing", 1, {"liar": lambda: (["true"], None)}, lambda: False)
+    def test_a_run_without_its_effect_is_a_failure(self):
+        effects = iter([True, False])
+        runs = self.able(liar=[0, 0], done=lambda name: next(effects))
+        self.assertEqual("fails (0), round 2", str(runs["liar"]))
 
     def test_a_failed_call_ends_the_benchmark(self):
         missing = clients.Work("missing", "list", "no-such-folder/")

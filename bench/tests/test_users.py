@@ -20,7 +20,7 @@ import user_operations
 import user_works
 import users
 from figures import Goals
-from measuring import Run
+from measuring import Failure, Run
 
 EFFORT = SimpleNamespace(
     user_rounds=6,
@@ -64,7 +64,8 @@ class Recorder:
 
     def alternate_able(self, suite, work, rounds, clients, done):
         self.asked.append((work, rounds, list(clients)))
-        return {name: self.failing.get(name, walls(*[1] * rounds)) for name in clients}
+        failing = {name: Failure(code, 0) for name, code in self.failing.items()}
+        return {name: failing.get(name) or walls(*[1] * rounds) for name in clients}
 
 
 def row(goal=users.TIME_GOAL, **seconds):
@@ -94,17 +95,17 @@ class OneRow(unittest.TestCase):
             self.assertEqual({users.DOES_GOAL: MET, goal: MISSED}, goals)
 
     def test_a_client_that_fails_is_shown_with_its_exit_status_and_is_not_the_best(self):
-        cells, goals = row(SFtpSession=[3] * 6, SFtpClient=users.Fails(67), curl=[3] * 6)
+        cells, goals = row(SFtpSession=[3] * 6, SFtpClient=Failure(67, 0), curl=[3] * 6)
         self.assertEqual(["fails (67)", "3000", "3000"], [str(cell) for cell in cells[:3]])
         self.assertEqual((1, {users.DOES_GOAL: MET, users.TIME_GOAL: MET}), (cells[-2].median, goals))
 
     def test_a_session_that_fails_misses_that_it_does_it(self):
-        cells, goals = row(SFtpSession=users.Fails(9), curl=[3] * 6)
+        cells, goals = row(SFtpSession=Failure(9, 0), curl=[3] * 6)
         self.assertEqual(["fails (9)", "–", "does it NOT MET"], [str(cells[1]), *cells[-2:]])
         self.assertEqual({users.DOES_GOAL: MISSED}, goals)
 
     def test_alone_it_has_nobody_to_be_compared_with(self):
-        cells, goals = row(SFtpSession=[3] * 6, curl=users.Fails(1))
+        cells, goals = row(SFtpSession=[3] * 6, curl=Failure(1, 0))
         self.assertEqual(["–", "met"], cells[-2:])
         self.assertEqual({users.DOES_GOAL: MET}, goals)
 
@@ -147,8 +148,7 @@ class Suites(unittest.TestCase):
         self.assertEqual("50", str(rows[0][4]))
 
     def test_many_files_are_told_by_each_clients_number_of_them(self):
-        with mock.patch.object(user_folders.Folders, "check"):
-            rows = self.rows(user_folders)
+        rows = self.rows(user_folders)
         several = [condition.name for condition in users.CONDITIONS if condition.folders]
         expected = [(name, way, number) for name in several for way in ("download", "upload") for number in (1, 4)]
         self.assertEqual(expected, [tuple(row[:3]) for row in rows])
