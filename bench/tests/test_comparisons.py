@@ -89,6 +89,9 @@ class BesideTheTools(unittest.TestCase):
             [[beside_tools.CPU_GOAL, "0 of 1", "–", "download"]], self.summary(runs(1), runs(1, user=0.49))
         )
 
+    def test_no_more_rounds_are_made_than_decide_it(self):
+        self.assertEqual([2, 6, 6], [beside_tools._rounds(pairs) for pairs in (2, 6, 40)])
+
     def test_a_smaller_one_has_no_goal(self):
         self.assertEqual([], self.summary(runs(1), runs(1), size=64 * MIB))
 

@@ -76,6 +76,12 @@ class Suites(unittest.TestCase):
         ]
         self.assertEqual(expected, self.rows(fixed))
 
+    def test_one_of_them_is_between_two_releases_of_libcurl(self):
+        with mock.patch.object(users, "newer_libcurl", lambda: "newer"):
+            cost = fixed._wait_of_the_library(self.server)
+        folders = [prepare()[1].get("LD_LIBRARY_PATH") for prepare in (cost.with_it, cost.without)]
+        self.assertEqual([os.environ.get("LD_LIBRARY_PATH"), "newer"], folders)
+
     def test_the_last_of_them_is_what_the_option_says(self):
         with tempfile.TemporaryDirectory() as disk:
             cost = fixed._sync(self.server, pathlib.Path(disk))

@@ -58,12 +58,18 @@ class Recorder:
     def __init__(self, **failing):
         self.failing = failing
         self.asked = []
+        self.done = set()
 
     def say(self, text):
         pass
 
     def alternate_able(self, suite, work, rounds, clients, done):
         self.asked.append((work, rounds, list(clients)))
+        # Nothing runs, and so nothing may be taken for done.
+        for name, prepare in clients.items():
+            prepare()
+            if done(name):
+                self.done.add((work.partition(": ")[2], name))
         failing = {name: Failure(code, 0) for name, code in self.failing.items()}
         return {name: failing.get(name) or walls(*[1] * rounds) for name in clients}
 
@@ -127,6 +133,25 @@ class Suites(unittest.TestCase):
         expected = [(condition.name, name, 6) for condition in users.CONDITIONS for name in condition.small]
         self.assertEqual(expected, [tuple(row[:3]) for row in rows])
         self.assertEqual(["fails (67)", "1000"], [str(cell) for cell in rows[0][3:5]])
+
+    def test_what_has_not_been_done_is_seen(self):
+        for suite in (user_operations, user_large, user_folders):
+            self.rows(suite)
+        # A listing is the client's own, and of SFtpClient's many files there is one.
+        lists = {(users.LIST, client) for client in users.CLIENTS}
+        calls = {(f"{way} of many files, 1 at a time", "SFtpClient") for way in ("download", "upload")}
+        self.assertEqual(lists | calls, self.recorder.done)
+
+    def test_what_has_been_done_is_seen_by_its_size(self):
+        with Unserved("/build", "vsftpd") as server:
+            works = user_works.small(server)
+            for name, path in {users.DOWNLOAD: "got.bak", users.UPLOAD: "served/up/up.bak"}.items():
+                for size, expected in {19_999: False, 20_000: True}.items():
+                    (server.folder / path).write_bytes(bytes(size))
+                    self.assertEqual(expected, works[name].done(), (name, size))
+            works[users.RENAME].before()
+            (server.served / "one-file/old.bak").rename(server.served / "one-file/new.bak")
+            self.assertTrue(works[users.RENAME].done())
 
     def test_who_is_there_depends_on_the_server_and_the_libcurl(self):
         self.rows(user_operations)
