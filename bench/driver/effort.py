@@ -49,8 +49,8 @@ class Effort:
 
 FULL = Effort(
     user_rounds=DECIDING,
-    user_large_size=128 * MIB,
-    user_files={"SFtpClient": 3, "SFtpSession": 200, "curl": 4, "lftp": 20, "rclone": 200, "sftp": 200},
+    user_large_size=96 * MIB,
+    user_files={"SFtpClient": 3, "SFtpSession": 100, "curl": 4, "lftp": 60, "rclone": 100, "sftp": 100},
     fixed_rounds=DECIDING,
     limit_size=256 * MIB,
     limit_bytes=4 * GIB,
