@@ -118,10 +118,8 @@ TEST_P(HostKeys, AreUnknownWhereASessionIsToldNothing)
 
 TEST_P(HostKeys, AreComparedWithAFingerprint)
 {
-    for (const std::string& same : {fingerprint, fingerprint + "=", fingerprint.substr(7)}) {
-        question.hostKeySha256 = same;
-        expectOfASession(0, "as expected");
-    }
+    question.hostKeySha256 = fingerprint.substr(7) + "=";
+    expectOfASession(0, "as expected");
     question.hostKeySha256 = "SHA256:another";
     expectOfASession(CURLE_PEER_FAILED_VERIFICATION, "expected is SHA256:another");
 }
