@@ -115,7 +115,7 @@ struct Tls
 
 struct HostKey
 {
-    std::string type;
+    std::string type;                         ///< "ssh-ed25519"
     std::string fingerprint;                  ///< "SHA256:..."; empty: none was seen
     std::string line;                         ///< of a file of known hosts
     curl_khmatch match = CURLKHMATCH_MISSING; ///< what libcurl finds in the session's file of known hosts

@@ -1,4 +1,5 @@
 // What follows from an SSH server's key and what a session knows of it, without a server.
+#include "doctor/Access.h"
 #include "doctor/Findings.h"
 #include "doctor/Predictions.h"
 
@@ -86,8 +87,8 @@ protected:
         report.client.test.made = report.client.listing.made = true;
         report.knownHostsFile = given.file;
         report.hostKeySha256 = given.expected;
-        report.hostKey = {"ED25519",   "SHA256:seen",     kLine,
-                          given.match, given.notCompared, doctor::ServerText("no such key", PasswordMask("", ""))};
+        report.hostKey = {"ssh-ed25519", "SHA256:seen",     kLine,
+                          given.match,   given.notCompared, doctor::ServerText("no such key", PasswordMask("", ""))};
     }
 
     doctor::Report report;
@@ -110,10 +111,25 @@ TEST_P(HostKeyDiagnosis, HasARow)
                                   [](const doctor::Finding& each) { return each.probe == "host key"; });
     ASSERT_NE(findings.end(), row);
     EXPECT_EQ(GetParam().grade, row->grade);
-    EXPECT_EQ("ED25519 SHA256:seen; " + std::string(GetParam().row) + "; SFtpClient does not compare it", row->seen);
+    EXPECT_EQ("ssh-ed25519 SHA256:seen; " + std::string(GetParam().row) + "; SFtpClient does not compare it",
+              row->seen);
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, HostKeyDiagnosis, testing::ValuesIn(cases()),
                          [](const testing::TestParamInfo<Case>& of) { return std::string(of.param.id); });
+
+TEST(KnownHostsName, HasAPortThatIsNotTheUsualOne)
+{
+    const auto nameOf = [](const std::string& url, unsigned port) {
+        SFtpRequest request;
+        request.remotePath = url;
+        request.port = port;
+        return doctor::Access(request, std::chrono::seconds(1)).knownHostsName();
+    };
+    EXPECT_EQ("host", nameOf("sftp://host/weekly/", 22));
+    EXPECT_EQ("[host]:2222", nameOf("sftp://host:2222/weekly/", 2222));
+    EXPECT_EQ("::1", nameOf("sftp://[::1]/", 22));
+    EXPECT_EQ("[::1]:2222", nameOf("sftp://[::1]:2222/", 2222));
+}
 
 } // namespace

@@ -11,29 +11,10 @@ namespace doctor {
 
 namespace {
 
-std::string nameOf(int type)
-{
-    switch (type) {
-    case CURLKHTYPE_RSA:
-        return "RSA";
-    case CURLKHTYPE_DSS:
-        return "DSA";
-    case CURLKHTYPE_ECDSA:
-        return "ECDSA";
-    case CURLKHTYPE_ED25519:
-        return "ED25519";
-    default:
-        return "of an unknown type";
-    }
-}
-
 // "ssh-ed25519", with which the key begins, behind its length in four bytes.
-std::string_view formatOf(std::string_view key)
+std::string_view typeOf(std::string_view key)
 {
     constexpr std::size_t kLength = 4;
-    if (key.size() < kLength) {
-        return {};
-    }
     std::size_t size = 0;
     for (const char byte : key.substr(0, kLength)) {
         size = size << 8U | static_cast<unsigned char>(byte);
@@ -70,24 +51,21 @@ private:
     static int compared(CURL* /*handle*/, const curl_khkey* /*known*/, const curl_khkey* found, curl_khmatch match,
                         void* self) noexcept
     {
-        static_cast<Look*>(self)->learn(found->keytype, {found->key, found->len}, match);
+        static_cast<Look*>(self)->learn({found->key, found->len}, match);
         return CURLKHSTAT_REJECT;
     }
-    static int seen(void* self, int type, const char* key, size_t length) noexcept
+    static int seen(void* self, int /*type*/, const char* key, size_t length) noexcept
     {
-        static_cast<Look*>(self)->learn(type, {key, length}, CURLKHMATCH_MISSING);
+        static_cast<Look*>(self)->learn({key, length}, CURLKHMATCH_MISSING);
         return CURLKHMATCH_MISMATCH;
     }
 
-    void learn(int type, std::string_view key, curl_khmatch match) noexcept
+    void learn(std::string_view key, curl_khmatch match) noexcept
     try {
-        m_hostKey.type = nameOf(type);
+        m_hostKey.type = typeOf(key);
         m_hostKey.fingerprint = session::fingerprintOf(key);
+        m_hostKey.line = m_access.knownHostsName() + " " + m_hostKey.type + " " + session::base64Of(key);
         m_hostKey.match = match;
-        const unsigned port = m_access.request.port;
-        constexpr unsigned kUsual = 22;
-        const std::string host = port == kUsual ? m_access.host : "[" + m_access.host + "]:" + std::to_string(port);
-        m_hostKey.line = host + " " + std::string(formatOf(key)) + " " + session::base64Of(key);
     } catch (const std::exception&) {
         m_hostKey = {};
     }

@@ -56,7 +56,7 @@ protected:
         const auto file = [this](const std::string& name, const std::string& text) { fill(name, text); };
         expectTruth(ofSession(predictions), truthOfSession(question, local("scratch"), file));
         std::filesystem::remove(served("weekly/new.bak")); // some servers do not rename over a file
-        EXPECT_EQ("ECDSA " + fingerprint + "; " + row + "; SFtpClient does not compare it", hostKeyRow());
+        EXPECT_EQ("ecdsa-sha2-nistp256 " + fingerprint + "; " + row + "; SFtpClient does not compare it", hostKeyRow());
         EXPECT_EQ(before, hasFile ? contentOf(question.knownHostsFile) : "");
     }
 
@@ -209,7 +209,8 @@ protected:
 TEST_P(HostKeysOfTheCommand, AreComparedWithTheUsersOwnFile)
 {
     EXPECT_EQ(0, doctor({"--write"})) << said;
-    EXPECT_EQ("ok: ECDSA " + fingerprint + "; as in " + usual + "; SFtpClient does not compare it", seenBy("host key"));
+    EXPECT_EQ("ok: ecdsa-sha2-nistp256 " + fingerprint + "; as in " + usual + "; SFtpClient does not compare it",
+              seenBy("host key"));
     EXPECT_EQ("ok: a small file was sent, listed, fetched, renamed and removed", seenBy("session's round trip"));
     EXPECT_EQ(line + "\n", contentOf(usual));
 }
@@ -219,7 +220,7 @@ TEST_P(HostKeysOfTheCommand, AreComparedWithTheFileOfTheOption)
     const std::string given = local("given");
     writeFile(given, "");
     EXPECT_EQ(0, doctor({"--known-hosts", given})) << said;
-    EXPECT_EQ("warn: ECDSA " + fingerprint + "; not in " + given + "; SFtpClient does not compare it",
+    EXPECT_EQ("warn: ecdsa-sha2-nistp256 " + fingerprint + "; not in " + given + "; SFtpClient does not compare it",
               seenBy("host key"));
     EXPECT_EQ(60, json["operations"][0]["session"]["code"]);
     EXPECT_EQ("the server's host key is not in " + given, json["operations"][0]["session"]["reason"]);
