@@ -157,6 +157,11 @@ TEST_P(HostKeys, MayBeOfAnotherTypeThanTheKnownOne)
     const std::string file = local("known_hosts");
     knowing(host + kEd25519 + "\n");
     expectOfASession(CURLE_FAILED_INIT, "because of " + file + " a session asks for one of another type, in vain");
+    const std::string reason = predict(report).front().session.reason;
+    EXPECT_EQ(0U, reason.find("because of " + file +
+                              " a session asks for a host key of another type than the server has (Failure "
+                              "establishing ssh session: "))
+        << reason;
     followTheRemedy();
 }
 
