@@ -175,6 +175,23 @@ TEST_P(HostKeys, MayBeOfAnotherTypeThanAHashedOneOfAnotherServer)
     followTheRemedy();
 }
 
+// One without a key.
+TEST_P(HostKeys, AreNotLookedForBehindALineThatLibcurlCannotRead)
+{
+    knowing("other.example\n" + line + "\n");
+    expectOfASession(CURLE_PEER_FAILED_VERIFICATION, "not in " + question.knownHostsFile);
+    followTheRemedy();
+}
+
+// libcurl takes the marker for the server's name.
+TEST_P(HostKeys, AreNotRevokedByAMarker)
+{
+    knowing("@revoked " + line + "\n" + line + "\n");
+    expectOfASession(0, "as in " + question.knownHostsFile);
+    knowing("@cert-authority *" + line.substr(line.find(' ')) + "\n");
+    expectOfASession(CURLE_PEER_FAILED_VERIFICATION, "not in " + question.knownHostsFile);
+}
+
 class HostKeysOfTheCommand : public HostKeys
 {
 protected:
