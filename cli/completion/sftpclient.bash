@@ -44,7 +44,7 @@ _sftpclient() {
     case $word in
         -*)
             case $operation in
-                doctor) options="$options --fingerprint --write --timeout" ;;
+                doctor) options="$options --known-hosts --fingerprint --write --timeout" ;;
                 get) options="$options $run --trace --as-host --resume --limit-rate" ;;
                 put) options="$options $run --trace --as-host --resume --limit-rate --no-verify" ;;
                 push | pull) options="$options $run --resume --limit-rate --jobs --delete --force --exclude --checksum --keep-going --dry-run" ;;

@@ -46,6 +46,12 @@ std::string Access::rootUrl() const
     return url.substr(0, url.find('/', url.find("://") + 3)) + "/";
 }
 
+std::string Access::knownHostsName() const
+{
+    constexpr std::uint32_t kUsual = 22;
+    return request.port == kUsual ? host : "[" + host + "]:" + std::to_string(request.port);
+}
+
 X509Certificate readCertificate(const std::string& text)
 {
     X509* certificate = nullptr;

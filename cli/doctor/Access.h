@@ -34,6 +34,9 @@ struct Access
     /// The URL of the login's own directory.
     std::string rootUrl() const;
 
+    /// The server's name in a file of known hosts: "host", or "[host]:2222".
+    std::string knownHostsName() const;
+
     const SFtpRequest& request;
     std::chrono::milliseconds limit;
     PasswordMask mask; ///< for what the server says

@@ -1,8 +1,8 @@
 #include "doctor/ControlConnection.h"
 
-#include <Pem.h>
 #include <openssl/err.h>
 #include <openssl/pem.h>
+#include <request/Pem.h>
 #include <tls/TlsTrust.h>
 
 #include <netinet/in.h>

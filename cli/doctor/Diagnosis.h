@@ -51,6 +51,16 @@ Diagnosis diagnoseCertificate(const Report& report, const ProbeResult& visit, bo
 /// Why a session does not trust it.
 Diagnosis diagnoseGivenTrust(const Report& report);
 
+/// Whether a session trusts an SSH server's key, and whether it is told nothing of it. REQUIRES: the key was seen.
+bool isHostKeyTrusted(const Report& report);
+bool isHostKeyUnknown(const Report& report);
+
+/// The key, and what a session compares it with.
+std::string describeHostKey(const Report& report);
+
+/// Why a session does not trust it.
+Diagnosis diagnoseHostKey(const Report& report);
+
 /// Why the certificates to trust cannot be used.
 Diagnosis diagnoseCaFile(const Report& report, bool bare);
 

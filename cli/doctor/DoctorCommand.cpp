@@ -7,6 +7,7 @@
 #include "doctor/Examination.h"
 #include "doctor/Renderers.h"
 #include "doctor/RoundTrip.h"
+#include "operation/SessionOptionsOf.h"
 
 #include <CurlProcess.h>
 #include <EscapeControlBytes.h>
@@ -38,6 +39,7 @@ Question questionOf(const Arguments& arguments)
     question.request = requestOf(arguments);
     question.commandUrl = commandUrlOf(arguments);
     question.clearLogin = arguments.clearLogin;
+    question.knownHostsFile = knownHostsOf(arguments);
     question.hostKeySha256 = arguments.fingerprint;
     question.limit = arguments.timeout;
     question.fileName = arguments.writes ? uniqueName() : "";

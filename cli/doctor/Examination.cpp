@@ -246,7 +246,7 @@ Report examine(const Question& question)
     report.clearLogin = question.clearLogin;
     report.proxy = question.proxy;
     report.commandDirectory = directoryIn(question.commandUrl);
-
+    report.knownHostsFile = question.knownHostsFile;
     report.hostKeySha256 = question.hostKeySha256;
 
     probeLibcurl(report);

@@ -18,8 +18,9 @@ struct Question
     std::string commandUrl; ///< the directory's URL for a rename or a delete; empty: the library would take another one
     bool clearLogin = false;
     Proxy proxy;
-    std::string fileName;      ///< a name that nobody else has, for a round trip; empty: there is none
-    std::string hostKeySha256; ///< for a session with an SSH server: the fingerprint that the host key must have
+    std::string fileName;       ///< a name that nobody else has, for a round trip; empty: there is none
+    std::string knownHostsFile; ///< for a session with an SSH server: a file of known hosts, only read
+    std::string hostKeySha256;  ///< the same: the fingerprint that the host key must have
     std::chrono::milliseconds limit = std::chrono::seconds(20);
     std::function<void(const std::string& probe)> tell = {}; ///< called before each
 };

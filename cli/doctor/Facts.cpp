@@ -33,7 +33,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Contact, code, addresses, address, greeting)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Certificate, subject, issuer, serial, notBefore, notAfter)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(TlsVersion, name, ending, offered, detail)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Tls, auth, versions, chain, namesHost, anchor, givenTrust, caFails)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostKey, type, fingerprint)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostKey, type, fingerprint, line, match, notCompared, error)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Exchange, command, reply)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProbeResult, made, connected, address, code, error, verifyResult, entryPath, names,
                                    transcript)

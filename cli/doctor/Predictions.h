@@ -54,7 +54,7 @@ const Reply* sizeReply(const Report& report);
 /// Of `SFtpClient`'s operations: 0 when all will work, 1 when one will fail, 3 when none will fail but one is unknown.
 int exitStatusOf(const std::vector<Prediction>& predictions);
 
-/// What this operation of `SFtpSession`, with its default options and the fingerprint that the report has, will do.
+/// What this operation of `SFtpSession`, with its default options and the known host keys that the report has, will do.
 Expectation predictForSession(const Report& report, const std::string& operation);
 
 /// Puts what the round trips have shown in the place of what was predicted.

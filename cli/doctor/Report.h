@@ -4,6 +4,8 @@
 #include "doctor/NameList.h"
 #include "doctor/ServerText.h"
 
+#include <curl/curl.h>
+
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -113,8 +115,12 @@ struct Tls
 
 struct HostKey
 {
-    std::string type;
-    std::string fingerprint; ///< "SHA256:..."; empty: none was seen
+    std::string type;                         ///< "ssh-ed25519"
+    std::string fingerprint;                  ///< "SHA256:..."; empty: none was seen
+    std::string line;                         ///< of a file of known hosts
+    curl_khmatch match = CURLKHMATCH_MISSING; ///< what libcurl finds in the session's file of known hosts
+    int notCompared = 0; ///< libcurl's code where a session with that file gets to see no key, although there is one
+    ServerText error;    ///< libcurl's words for it
 };
 
 /// One command in a transcript and what the server said to it.
@@ -194,7 +200,8 @@ struct Report
     bool clearLogin = false;      ///< the user agrees to a login without TLS
     std::string commandDirectory; ///< the directory that rename and delete name in their commands; empty: none can be
     Proxy proxy;
-    std::string hostKeySha256; ///< the fingerprint that a session is given; empty: none
+    std::string knownHostsFile; ///< that a session is given; empty: none
+    std::string hostKeySha256;  ///< the fingerprint that a session is given; empty: none
 
     // The facts.
     Reply turnedAway; ///< the greeting of a probe that came after others that were welcome, before it was repeated

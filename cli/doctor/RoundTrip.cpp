@@ -163,8 +163,8 @@ private:
 class Operations
 {
 public:
-    Operations(const Access& access, const std::string& hostKeySha256, const std::string& name)
-        : m_access(access), m_name(name), m_session(optionsFor(access, hostKeySha256))
+    Operations(const Access& access, const Report& report, const std::string& name)
+        : m_access(access), m_name(name), m_session(optionsFor(access, report))
     {
     }
 
@@ -197,10 +197,11 @@ public:
     Tried remove(const std::string& name) { return triedOf(m_session.DelSFtpFile(named(name), m_text)); }
 
 private:
-    static SessionOptions optionsFor(const Access& access, const std::string& hostKeySha256)
+    static SessionOptions optionsFor(const Access& access, const Report& report)
     {
         SessionOptions options;
-        options.hostKeySha256 = hostKeySha256;
+        options.knownHostsFile = report.knownHostsFile;
+        options.hostKeySha256 = report.hostKeySha256;
         options.callTimeout = ControlConnection::kWaits * access.limit;
         return options;
     }
@@ -284,7 +285,7 @@ void makeTrip(const Access& access, Report& report, const Save& save)
 void makeSessionTrip(const Access& access, Report& report, const Save& save)
 {
     RoundTrip& trip = *report.sessionTrip;
-    Operations session(access, report.hostKeySha256, trip.name);
+    Operations session(access, report, trip.name);
     const Tried test = session.test();
     if (test.said.code == 421) {
         report.turnedAway = test.said;

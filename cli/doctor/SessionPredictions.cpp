@@ -23,22 +23,12 @@ const Login& loginOf(const Report& report) { return report.session.test.made ? r
 
 std::optional<Expectation> hostKeyObstacle(const Report& report)
 {
-    const std::string& seen = report.hostKey.fingerprint;
-    const std::string& wanted = report.hostKeySha256;
-    if (seen.empty() || wanted == seen || "SHA256:" + wanted == seen) {
+    const HostKey& key = report.hostKey;
+    if (key.fingerprint.empty() || isHostKeyTrusted(report)) {
         return std::nullopt;
     }
-    if (!wanted.empty()) {
-        return fails(CURLE_PEER_FAILED_VERIFICATION,
-                     {"the server's host key is " + seen + ", not the expected " + wanted,
-                      "Find out from the server's administrator which of the two is right, before anything is sent."});
-    }
-    return fails(
-        CURLE_PEER_FAILED_VERIFICATION,
-        {"a session is told nothing of the server's host key",
-         "Compare the fingerprint with the server's own, then set SessionOptions::hostKeySha256 (of the command: "
-         "--fingerprint) to " +
-             seen + ", or add the host to knownHostsFile (--known-hosts)."});
+    return fails(key.notCompared != CURLE_OK ? key.notCompared : CURLE_PEER_FAILED_VERIFICATION,
+                 diagnoseHostKey(report));
 }
 
 std::optional<Expectation> certificateObstacle(const Report& report)

@@ -12,12 +12,13 @@ using Findings = std::vector<Finding>;
 
 void addHostKey(const Report& report, Findings& findings)
 {
-    const HostKey& key = report.hostKey;
     findings.push_back({"TLS", Grade::None, "not applicable: SSH protects the connection"});
-    findings.push_back({"host key", Grade::None,
-                        key.fingerprint.empty() ? "not seen"
-                                                : key.type + " " + key.fingerprint +
-                                                      "; SFtpClient compares it with nothing, so compare it yourself"});
+    if (report.hostKey.fingerprint.empty()) {
+        findings.push_back({"host key", Grade::None, "not seen"});
+        return;
+    }
+    const Grade untrusted = isHostKeyUnknown(report) ? Grade::Warn : Grade::Fail;
+    findings.push_back({"host key", isHostKeyTrusted(report) ? Grade::Ok : untrusted, describeHostKey(report)});
 }
 
 void addRequest(const Report& report, Findings& findings)

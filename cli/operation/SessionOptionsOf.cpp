@@ -25,20 +25,6 @@ constexpr std::pair<const char*, const char*> kNames[] = {
     {"callTimeout", "--max-time"},
 };
 
-std::string knownHostsOf(const Arguments& arguments)
-{
-    if (!arguments.knownHosts.empty()) {
-        if (access(arguments.knownHosts.c_str(), R_OK) != 0) {
-            throw UsageError("The file of --known-hosts " + arguments.knownHosts +
-                             " cannot be read: name one that can be.");
-        }
-        return arguments.knownHosts;
-    }
-    const char* const home = secure_getenv("HOME");
-    const std::string usual = std::string(home == nullptr ? "" : home) + "/.ssh/known_hosts";
-    return access(usual.c_str(), R_OK) == 0 ? usual : std::string();
-}
-
 void readClientCertificate(const Arguments& arguments, SessionOptions& options)
 {
     if (arguments.clientCert.empty() != arguments.clientKey.empty()) {
@@ -53,6 +39,20 @@ void readClientCertificate(const Arguments& arguments, SessionOptions& options)
 }
 
 } // namespace
+
+std::string knownHostsOf(const Arguments& arguments)
+{
+    if (!arguments.knownHosts.empty()) {
+        if (access(arguments.knownHosts.c_str(), R_OK) != 0) {
+            throw UsageError("The file of --known-hosts " + arguments.knownHosts +
+                             " cannot be read: name one that can be.");
+        }
+        return arguments.knownHosts;
+    }
+    const char* const home = secure_getenv("HOME");
+    const std::string usual = std::string(home == nullptr ? "" : home) + "/.ssh/known_hosts";
+    return access(usual.c_str(), R_OK) == 0 ? usual : std::string();
+}
 
 SessionOptions sessionOptionsOf(const Arguments& arguments)
 {

@@ -10,6 +10,9 @@
 /// where it is there. Throws `UsageError` for what no session can be made of.
 SessionOptions sessionOptionsOf(const Arguments& arguments);
 
+/// The file of known hosts among them; empty: none. Throws `UsageError` where it cannot be read.
+std::string knownHostsOf(const Arguments& arguments);
+
 /// `text` of a session's with the command's words in place of the fields' names: "URL" for "remotePath",
 /// "--fingerprint" for "hostKeySha256".
 std::string withOptionNames(std::string text);

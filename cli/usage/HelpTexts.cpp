@@ -44,7 +44,8 @@ constexpr char kTrustOfDoctor[] =
     "\n--ca names a file with one CA certificate, PEM or DER, that is trusted besides the machine's own. With\n"
     "none the server is not verified, if the configuration file has CertAuthSwitch=0 in section [General];\n"
     "else the result is 77. A file named none is ./none.\n"
-    "For ftp: and ftps: URLs one of the two must be given.\n";
+    "For ftp: and ftps: URLs one of the two must be given. A session expects an SSH server's key as it is in\n"
+    "~/.ssh/known_hosts, or as --fingerprint says.\n";
 
 constexpr char kDoctor[] =
     "\nThe report tells what will work and what to change where something will not. Without --write nothing is\n"

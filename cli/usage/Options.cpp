@@ -169,7 +169,7 @@ const std::vector<Option>& options()
         {"--clear-login", "", "Let an ftp: login go in the clear, if the server has no\nTLS",
          storeSwitch<&Arguments::clearLogin>, Use::Everywhere, kOfSession},
         {"--known-hosts", "FILE", "Keys of SSH servers, if not ~/.ssh/known_hosts", storeText<&Arguments::knownHosts>,
-         Use::Operations, kOfSession},
+         Use::Everywhere, kOfSession},
         {"--fingerprint", "SHA256:HASH", "The SSH server's key, as ssh-keygen -l prints it",
          storeText<&Arguments::fingerprint>, Use::Everywhere, kOfSession},
         {"--proxy", "URL", "Proxy to go through, such as socks5h://proxy:1080", storeText<&Arguments::proxy>,

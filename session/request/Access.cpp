@@ -3,6 +3,7 @@
 #include "call/Failure.h"
 #include "call/SetOption.h"
 #include "request/Digest.h"
+#include "request/HostKey.h"
 
 #include <ConfigReader.h>
 
@@ -153,24 +154,33 @@ void Access::applySsh(CURL* handle)
     }
 }
 
-int Access::judgeUnknown(const std::string& fingerprint)
+// Whether the key is taken; keeps why it is not.
+bool Access::takes(curl_khmatch match, std::string_view key)
 {
-    const std::string& wanted = m_options.hostKeySha256;
-    if (!wanted.empty() ? fingerprint == withFingerprintName(wanted) : m_options.acceptUnknownHostKey) {
-        return CURLKHSTAT_FINE;
+    const std::string fingerprint = fingerprintOf(key);
+    switch (session::judgeHostKey(match, fingerprint, m_options.hostKeySha256)) {
+    case HostKeyVerdict::Known:
+        return true;
+    case HostKeyVerdict::Changed:
+        m_hostKeyRefusal = "the server's host key is " + fingerprint + ", another one than in knownHostsFile";
+        return false;
+    case HostKeyVerdict::Unexpected:
+        m_hostKeyRefusal = "the server's host key is " + fingerprint + ", hostKeySha256 is another";
+        return false;
+    default:
+        if (m_options.acceptUnknownHostKey) {
+            return true;
+        }
+        m_hostKeyRefusal = "the server's host key is unknown: " + fingerprint +
+                           "; where that is right, set hostKeySha256 to it, or add the host to knownHostsFile";
+        return false;
     }
-    m_hostKeyRefusal = wanted.empty() ? "the server's host key is unknown: " + fingerprint +
-                                            "; where that is right, set hostKeySha256 to it, or add the host to "
-                                            "knownHostsFile"
-                                      : "the server's host key is " + fingerprint + ", hostKeySha256 is another";
-    return CURLKHSTAT_REJECT;
 }
 
 int Access::judgeHostKey(void* self, int /*type*/, const char* key, size_t length) noexcept
 try {
-    const std::string fingerprint = fingerprintOf({key, length});
-    return static_cast<Access*>(self)->judgeUnknown(fingerprint) == CURLKHSTAT_FINE ? CURLKHMATCH_OK
-                                                                                    : CURLKHMATCH_MISMATCH;
+    return static_cast<Access*>(self)->takes(CURLKHMATCH_MISSING, {key, length}) ? CURLKHMATCH_OK
+                                                                                 : CURLKHMATCH_MISMATCH;
 } catch (...) {
     static_cast<Access*>(self)->m_call->keepException();
     return CURLKHMATCH_MISMATCH;
@@ -179,16 +189,7 @@ try {
 int Access::judgeKnownHost(CURL* /*handle*/, const curl_khkey* /*known*/, const curl_khkey* found, curl_khmatch match,
                            void* self) noexcept
 try {
-    auto& access = *static_cast<Access*>(self);
-    const std::string fingerprint = fingerprintOf({found->key, found->len});
-    if (match == CURLKHMATCH_OK) {
-        return access.m_options.hostKeySha256.empty() ? CURLKHSTAT_FINE : access.judgeUnknown(fingerprint);
-    }
-    if (match == CURLKHMATCH_MISMATCH) {
-        access.m_hostKeyRefusal = "the server's host key is " + fingerprint + ", another one than in knownHostsFile";
-        return CURLKHSTAT_REJECT;
-    }
-    return access.judgeUnknown(fingerprint);
+    return static_cast<Access*>(self)->takes(match, {found->key, found->len}) ? CURLKHSTAT_FINE : CURLKHSTAT_REJECT;
 } catch (...) {
     static_cast<Access*>(self)->m_call->keepException();
     return CURLKHSTAT_REJECT;

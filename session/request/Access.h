@@ -11,6 +11,7 @@
 #include <curl/curl.h>
 
 #include <string>
+#include <string_view>
 
 namespace session {
 
@@ -51,7 +52,7 @@ private:
     static int judgeHostKey(void* self, int type, const char* key, size_t length) noexcept;
     static int judgeKnownHost(CURL* handle, const curl_khkey* known, const curl_khkey* found, curl_khmatch match,
                               void* self) noexcept;
-    int judgeUnknown(const std::string& fingerprint);
+    bool takes(curl_khmatch match, std::string_view key);
 
     const SFtpRequest& m_request;
     const SessionOptions& m_options;

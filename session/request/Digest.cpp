@@ -1,16 +1,9 @@
 #include "request/Digest.h"
 
-#include <array>
 #include <cstddef>
 #include <new>
 
 namespace session {
-
-namespace {
-
-constexpr char kName[] = "SHA256:";
-
-} // namespace
 
 Digest::Digest() : m_context(EVP_MD_CTX_new(), EVP_MD_CTX_free)
 {
@@ -35,23 +28,6 @@ std::string Digest::value()
     }
     value.resize(size);
     return value;
-}
-
-std::string fingerprintOf(std::string_view key)
-{
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest = {};
-    unsigned int size = 0;
-    EVP_Digest(key.data(), key.size(), digest.data(), &size, EVP_sha256(), nullptr);
-    std::array<unsigned char, 4 * (EVP_MAX_MD_SIZE / 3 + 1) + 1> text = {};
-    const int written = EVP_EncodeBlock(text.data(), digest.data(), static_cast<int>(size));
-    return withFingerprintName(
-        std::string(reinterpret_cast<const char*>(text.data()), static_cast<std::size_t>(written)));
-}
-
-std::string withFingerprintName(const std::string& fingerprint)
-{
-    const std::string named = fingerprint.compare(0, sizeof kName - 1, kName) == 0 ? fingerprint : kName + fingerprint;
-    return named.substr(0, named.find_last_not_of('=') + 1);
 }
 
 } // namespace session

@@ -23,12 +23,6 @@ private:
     std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> m_context;
 };
 
-/// The fingerprint of an SSH host key as ssh-keygen prints it: "SHA256:" and base64 without padding.
-std::string fingerprintOf(std::string_view key);
-
-/// The same from a fingerprint that may lack "SHA256:" or have padding.
-std::string withFingerprintName(const std::string& fingerprint);
-
 } // namespace session
 
 #endif

@@ -6,6 +6,7 @@
 #include <operation/LineSplitter.h>
 #include <request/Certificates.h>
 #include <request/Digest.h>
+#include <request/HostKey.h>
 #include <request/OptionsCheck.h>
 #include <request/Target.h>
 #include <request/Text.h>
@@ -166,6 +167,10 @@ TEST(Digest, KeepsTextsApart)
     };
     EXPECT_EQ(of({"a", "b"}), of({"a", "b"}));
     EXPECT_NE(of({"ab", ""}), of({"a", "b"}));
+}
+
+TEST(HostKey, HasTheFingerprintThatSshKeygenPrints)
+{
     EXPECT_EQ("SHA256:ungWv48Bz+pBQUDeXa4iI7ADYaOWF3qctBD/YfIAFa0", fingerprintOf("abc"));
     EXPECT_EQ("SHA256:x", withFingerprintName("x="));
     EXPECT_EQ("SHA256:x", withFingerprintName("SHA256:x"));

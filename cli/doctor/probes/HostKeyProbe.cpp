@@ -2,52 +2,77 @@
 #include "doctor/probes/Probes.h"
 
 #include <curl/curl.h>
-#include <openssl/evp.h>
+#include <request/HostKey.h>
 
-#include <array>
 #include <exception>
+#include <string_view>
 
 namespace doctor {
 
 namespace {
 
-std::string nameOf(int type)
+// "ssh-ed25519", with which the key begins, behind its length in four bytes.
+std::string_view typeOf(std::string_view key)
 {
-    switch (type) {
-    case CURLKHTYPE_RSA:
-        return "RSA";
-    case CURLKHTYPE_DSS:
-        return "DSA";
-    case CURLKHTYPE_ECDSA:
-        return "ECDSA";
-    case CURLKHTYPE_ED25519:
-        return "ED25519";
-    default:
-        return "of an unknown type";
+    constexpr std::size_t kLength = 4;
+    std::size_t size = 0;
+    for (const char byte : key.substr(0, kLength)) {
+        size = size << 8U | static_cast<unsigned char>(byte);
     }
+    return key.substr(kLength, size);
 }
 
-// As ssh-keygen writes it: base64 without the padding.
-std::string fingerprintOf(const char* key, std::size_t length)
+/// A look at the server's key, as a session looks at it. Once it is known, there is nothing more to ask: refusing it
+/// ends the connection before a login.
+class Look
 {
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest = {};
-    unsigned int size = 0;
-    EVP_Digest(key, length, digest.data(), &size, EVP_sha256(), nullptr);
-    std::array<unsigned char, 4 * (EVP_MAX_MD_SIZE / 3 + 1) + 1> text = {};
-    const int written = EVP_EncodeBlock(text.data(), digest.data(), static_cast<int>(size));
-    std::string base64(reinterpret_cast<const char*>(text.data()), static_cast<std::size_t>(written));
-    base64.erase(base64.find_last_not_of('=') + 1);
-    return "SHA256:" + base64;
-}
+public:
+    Look(const Access& access, HostKey& hostKey) : m_access(access), m_hostKey(hostKey) {}
 
-// Once the key is known, there is nothing more to ask: refusing it ends the connection before a login.
-int learn(void* hostKey, int type, const char* key, size_t length) noexcept
-try {
-    *static_cast<HostKey*>(hostKey) = {nameOf(type), fingerprintOf(key, length)};
-    return CURLKHMATCH_MISMATCH;
-} catch (const std::exception&) {
-    return CURLKHMATCH_MISMATCH;
-}
+    /// Compared with this file of known hosts, by which libcurl also chooses the type of key that it asks for.
+    ProbeResult comparing(const std::string& knownHostsFile)
+    {
+        ControlConnection connection(m_access, Manner::Client);
+        curl_easy_setopt(connection.handle(), CURLOPT_SSH_KNOWNHOSTS, knownHostsFile.c_str());
+        curl_easy_setopt(connection.handle(), CURLOPT_SSH_KEYFUNCTION, compared);
+        curl_easy_setopt(connection.handle(), CURLOPT_SSH_KEYDATA, this);
+        return connection.run({m_access.request.remotePath, Transfer::What::Nothing});
+    }
+    /// Compared with nothing.
+    void alone()
+    {
+        ControlConnection connection(m_access, Manner::Client);
+        curl_easy_setopt(connection.handle(), CURLOPT_SSH_HOSTKEYFUNCTION, seen);
+        curl_easy_setopt(connection.handle(), CURLOPT_SSH_HOSTKEYDATA, this);
+        connection.run({m_access.request.remotePath, Transfer::What::Nothing});
+    }
+
+private:
+    static int compared(CURL* /*handle*/, const curl_khkey* /*known*/, const curl_khkey* found, curl_khmatch match,
+                        void* self) noexcept
+    {
+        static_cast<Look*>(self)->learn({found->key, found->len}, match);
+        return CURLKHSTAT_REJECT;
+    }
+    static int seen(void* self, int /*type*/, const char* key, size_t length) noexcept
+    {
+        static_cast<Look*>(self)->learn({key, length}, CURLKHMATCH_MISSING);
+        return CURLKHMATCH_MISMATCH;
+    }
+
+    void learn(std::string_view key, curl_khmatch match) noexcept
+    try {
+        m_hostKey.type = typeOf(key);
+        m_hostKey.fingerprint = session::fingerprintOf(key);
+        m_hostKey.line = m_access.knownHostsName() + " " + m_hostKey.type + " " + session::base64Of(key);
+        m_hostKey.match = match;
+    } catch (const std::exception&) {
+        m_hostKey = {};
+    }
+
+    const Access& m_access;
+    HostKey& m_hostKey;
+};
 
 } // namespace
 
@@ -56,10 +81,17 @@ void probeHostKey(const Access& access, Report& report)
     if (access.scheme != Scheme::Sftp || report.contact.greeting.ending != Ending::Complete) {
         return;
     }
-    ControlConnection connection(access, Manner::Client);
-    curl_easy_setopt(connection.handle(), CURLOPT_SSH_HOSTKEYFUNCTION, learn);
-    curl_easy_setopt(connection.handle(), CURLOPT_SSH_HOSTKEYDATA, &report.hostKey);
-    connection.run({access.request.remotePath, Transfer::What::Nothing});
+    HostKey& hostKey = report.hostKey;
+    Look look(access, hostKey);
+    ProbeResult compared;
+    if (!report.knownHostsFile.empty()) {
+        compared = look.comparing(report.knownHostsFile);
+    }
+    if (hostKey.fingerprint.empty()) {
+        look.alone();
+        hostKey.notCompared = compared.code;
+        hostKey.error = compared.error;
+    }
 }
 
 } // namespace doctor

@@ -51,7 +51,7 @@ void probeClearUser(const Access& access, Report& report);
 /// connection.
 void probeBareLogin(const Access& access, const std::string& missing, Report& report, const Save& save);
 
-/// The fingerprint of an SSH server's key.
+/// An SSH server's key, and what a session's file of known hosts says of it.
 void probeHostKey(const Access& access, Report& report);
 
 } // namespace doctor

@@ -6,8 +6,6 @@
 #include <operation/UploadCheck.h>
 #include <output/Listing.h>
 
-#include <algorithm>
-#include <iterator>
 
 namespace {
 
@@ -87,14 +85,6 @@ TEST_P(SshServer, IsKnownByItsFingerprint)
     EXPECT_TRUE(exited(CURLE_PEER_FAILED_VERIFICATION, runProgram(setup)));
 }
 
-std::vector<Server> thoseWithSsh()
-{
-    std::vector<Server> those;
-    std::copy_if(servers().begin(), servers().end(), std::back_inserter(those),
-                 [](const Server& each) { return each.scheme == "sftp"; });
-    return those;
-}
-
-INSTANTIATE_TEST_SUITE_P(OfDebian, SshServer, testing::ValuesIn(thoseWithSsh()), idOf);
+INSTANTIATE_TEST_SUITE_P(OfDebian, SshServer, testing::ValuesIn(sshServers()), idOf);
 
 } // namespace

@@ -27,6 +27,7 @@ const Replacement kReplacements[] = {
     {"valid from [^,]+,", "valid from DATE to DATE,"},
     {"serial [0-9A-F]+", "serial SERIAL"},
     {"SHA256:[0-9A-Za-z+/]+", "SHA256:FINGERPRINT"},
+    {"\\[localhost\\]:[0-9]+ ([a-z0-9-]+) [0-9A-Za-z+/=]+", "[localhost]:PORT $1 KEY"},
     {"after [0-9]+ ms", "after TIME"},
     {"sftpclient-doctor-[0-9a-f]{16}", "sftpclient-doctor-NAME"},
     {"SSH-2.0-[^\n]+", "SSH-2.0-SOFTWARE"},

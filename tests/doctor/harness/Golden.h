@@ -6,7 +6,7 @@
 #include <string>
 
 /// The table for a report, with what changes from run to run and from machine to machine replaced: ports, addresses,
-/// dates, serial numbers, fingerprints and libcurl's version.
+/// dates, serial numbers, fingerprints, host keys and libcurl's version.
 std::string normalisedTable(const doctor::Report& report);
 
 /// Compares with the file golden/NAME.txt; with SFTPCLIENT_WRITE_GOLDEN in the environment, writes it instead.

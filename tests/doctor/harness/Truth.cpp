@@ -80,6 +80,7 @@ std::vector<int> truthOfSession(const Question& question, const std::string& scr
                                 const std::function<void(const std::string&, const std::string&)>& keep)
 {
     SessionOptions options;
+    options.knownHostsFile = question.knownHostsFile;
     options.hostKeySha256 = question.hostKeySha256;
     SFtpSession session(options);
     std::string text;

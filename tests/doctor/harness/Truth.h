@@ -16,7 +16,7 @@
 std::vector<int> truthOf(const doctor::Question& question, const std::string& scratch,
                          const std::function<void(const std::string&, const std::string&)>& keep);
 
-/// The same for a session with the default options, and the question's fingerprint.
+/// The same for a session with the default options, and what the question knows of host keys.
 std::vector<int> truthOfSession(const doctor::Question& question, const std::string& scratch,
                                 const std::function<void(const std::string&, const std::string&)>& keep);
 

@@ -15,6 +15,16 @@ protected:
     /// For servers that make the doctor wait. A busy machine must answer in that time where the server does.
     void waitBriefly() { question.limit = std::chrono::seconds(4); }
 
+    /// A greeting of one line, padded to this length, is whole, and so much of its text is kept.
+    void expectKept(std::size_t text, const std::string& length)
+    {
+        misbehave("GREETING=pad:" + length);
+        serveAndAsk();
+        const doctor::Reply greeting = examine(question).contact.greeting;
+        EXPECT_EQ(doctor::Ending::Complete, greeting.ending);
+        EXPECT_EQ(text, greeting.text.raw().size());
+    }
+
     std::string tableOf(const doctor::Report& report)
     {
         std::ostringstream stream;
@@ -162,23 +172,9 @@ TEST_F(HostileServer, AGreetingOfEndlessLinesEndsBeforeTheTimeLimit)
     EXPECT_EQ(doctor::Ending::Garbled, examine(question).contact.greeting.ending);
 }
 
-TEST_F(HostileServer, ALongerLineIsTruncatedTo4096Bytes)
-{
-    misbehave("GREETING=pad:4096");
-    serveAndAsk();
-    const doctor::Reply greeting = examine(question).contact.greeting;
-    EXPECT_EQ(doctor::Ending::Complete, greeting.ending);
-    EXPECT_EQ(4092U, greeting.text.raw().size());
-}
+TEST_F(HostileServer, ALongerLineIsTruncatedTo4096Bytes) { expectKept(4092, "4096"); }
 
-TEST_F(HostileServer, ALineOf4095BytesIsKeptWhole)
-{
-    misbehave("GREETING=pad:4094");
-    serveAndAsk();
-    const doctor::Reply greeting = examine(question).contact.greeting;
-    EXPECT_EQ(doctor::Ending::Complete, greeting.ending);
-    EXPECT_EQ(4090U, greeting.text.raw().size());
-}
+TEST_F(HostileServer, ALineOf4095BytesIsKeptWhole) { expectKept(4090, "4094"); }
 
 TEST_F(HostileServer, ALongListingIsTruncatedToOneMebibyte)
 {

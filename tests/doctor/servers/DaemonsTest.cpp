@@ -1,5 +1,5 @@
 // The doctor against Debian's file servers.
-#include "RealServer.h"
+#include "servers/Daemons.h"
 #include "doctor/Findings.h"
 #include "doctor/Predictions.h"
 #include "doctor/RoundTrip.h"
@@ -7,34 +7,17 @@
 #include "harness/Golden.h"
 #include "harness/Truth.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <iterator>
 
 namespace {
 
-class Daemons : public RealServer
-{
-protected:
-    doctor::Question ask()
-    {
-        keep("weekly/seen.bak", "");
-        aimAt("weekly/");
-        doctor::Question question;
-        question.request = request;
-        question.commandUrl = request.remotePath;
-        question.clearLogin = true;
-        return question;
-    }
-};
-
 TEST_P(Daemons, BehaveAsPredicted)
 {
     const doctor::Question question = ask();
     const std::vector<doctor::Prediction> predictions = predict(examine(question));
-    expectTruth(predictions,
-                truthOf(question, local("scratch"),
-                        [this](const std::string& name, const std::string& text) { keep("weekly/" + name, text); }));
+    expectTruth(predictions, truthOf(question, local("scratch"),
+                                     [this](const std::string& name, const std::string& text) { fill(name, text); }));
 }
 
 TEST_P(Daemons, BehaveAsPredictedForASession)
@@ -110,14 +93,6 @@ TEST_P(Daemons, BehaveAsARoundTripShows)
 }
 
 TEST_P(Daemons, HaveATable) { expectGolden(server.id, normalisedTable(examine(ask()))); }
-
-std::vector<Server> thoseWithSsh()
-{
-    std::vector<Server> those;
-    std::copy_if(servers().begin(), servers().end(), std::back_inserter(those),
-                 [](const Server& each) { return each.scheme == "sftp"; });
-    return those;
-}
 
 class SshDaemons : public Daemons
 {
@@ -215,7 +190,7 @@ TEST_P(LimitedDaemons, AreExaminedAndTheirLimitIsNamed)
 }
 
 INSTANTIATE_TEST_SUITE_P(OfDebian, LimitedDaemons, testing::ValuesIn(limitedServers()), idOf);
-INSTANTIATE_TEST_SUITE_P(OfDebian, SshDaemons, testing::ValuesIn(thoseWithSsh()), idOf);
+INSTANTIATE_TEST_SUITE_P(OfDebian, SshDaemons, testing::ValuesIn(sshServers()), idOf);
 INSTANTIATE_TEST_SUITE_P(OfDebian, Daemons, testing::ValuesIn(servers()), idOf);
 
 } // namespace

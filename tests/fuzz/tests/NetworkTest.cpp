@@ -57,6 +57,29 @@ private:
     const int m_descriptor;
 };
 
+// A client's control connection to a playback, in a network of its own.
+class Dialogue
+{
+public:
+    Dialogue(const std::string& script, const testserver::TlsContexts& tls) : m_server(script, tls), m_network(m_server)
+    {
+        m_client.connectTo(kControlPort);
+    }
+
+    std::string hear() const { return m_client.hear(); }
+    std::string replyTo(const std::string& command) const
+    {
+        m_client.send(command + "\r\n");
+        return hear();
+    }
+    void waitTenMinutes() { m_network.pass(10LL * 60 * 1000 * kMillisecond); }
+
+private:
+    Playback m_server;
+    Network m_network;
+    const Socket m_client;
+};
+
 class NetworkTest : public testing::Test
 {
 protected:
@@ -148,34 +171,23 @@ TEST_F(NetworkDeathTest, ACallOfMoreThanThreeHoursIsAFinding)
 
 TEST_F(NetworkTest, APlaybackRepliesToEachCommandAndToSilence)
 {
-    Playback server("220 hello\r\n~331 (@, #)\r\n~530 no\r\n", tls);
-    const Network network(server);
-    const Socket client;
-    client.connectTo(kControlPort);
-    EXPECT_EQ("220 hello\r\n", client.hear());
-    client.send("USER me\r\n");
-    EXPECT_EQ("331 (2020, 7,228)\r\n", client.hear());
-    EXPECT_EQ("530 no\r\n", client.hear());
-    EXPECT_EQ("closed", client.hear());
+    const Dialogue dialogue("220 hello\r\n~331 (@, #)\r\n~530 no\r\n", tls);
+    EXPECT_EQ("220 hello\r\n", dialogue.hear());
+    EXPECT_EQ("331 (2020, 7,228)\r\n", dialogue.replyTo("USER me"));
+    EXPECT_EQ("530 no\r\n", dialogue.hear());
+    EXPECT_EQ("closed", dialogue.hear());
 }
 
 TEST_F(NetworkTest, AGoodReplyIsTheCommandsOwnAndWaitsForIt)
 {
-    Playback server("*~550 no\r\n~*^hello", tls);
-    const Network network(server);
-    const Socket client;
-    client.connectTo(kControlPort);
-    EXPECT_EQ("220 ready\r\n", client.hear());
-    client.send("USER me\r\n");
-    EXPECT_EQ("550 no\r\n", client.hear());
-    EXPECT_EQ("silence", client.hear());
-    client.send("PASS me\r\n");
-    EXPECT_EQ("230 in\r\n", client.hear());
-    client.send("SIZE a.bak\r\n");
-    EXPECT_EQ("213 5\r\n", client.hear());
-    client.send("RETR a.bak\r\n");
-    EXPECT_EQ("150 here\r\n", client.hear());
-    EXPECT_EQ("226 done\r\n", client.hear());
+    const Dialogue dialogue("*~550 no\r\n~*^hello", tls);
+    EXPECT_EQ("220 ready\r\n", dialogue.hear());
+    EXPECT_EQ("550 no\r\n", dialogue.replyTo("USER me"));
+    EXPECT_EQ("silence", dialogue.hear());
+    EXPECT_EQ("230 in\r\n", dialogue.replyTo("PASS me"));
+    EXPECT_EQ("213 5\r\n", dialogue.replyTo("SIZE a.bak"));
+    EXPECT_EQ("150 here\r\n", dialogue.replyTo("RETR a.bak"));
+    EXPECT_EQ("226 done\r\n", dialogue.hear());
 }
 
 TEST_F(NetworkTest, EachDataConnectionHasItsContentAndTheLastOneIsRepeated)
@@ -192,30 +204,22 @@ TEST_F(NetworkTest, EachDataConnectionHasItsContentAndTheLastOneIsRepeated)
 
 TEST_F(NetworkTest, AStoredFileHasTheSizeThatWasSent)
 {
-    Playback server("*^", tls);
-    const Network network(server);
-    const Socket control;
-    control.connectTo(kControlPort);
-    EXPECT_EQ("220 ready\r\n", control.hear());
+    const Dialogue dialogue("*^", tls);
+    EXPECT_EQ("220 ready\r\n", dialogue.hear());
     {
         const Socket data;
         data.connectTo(kDataPort);
         data.send("1234567");
     }
-    control.send("SIZE a.bak\r\n");
-    EXPECT_EQ("213 7\r\n", control.hear());
+    EXPECT_EQ("213 7\r\n", dialogue.replyTo("SIZE a.bak"));
 }
 
 TEST_F(NetworkTest, ADeafServerClosesAfterTenMinutes)
 {
-    Playback server("%", tls);
-    Network network(server);
-    const Socket client;
-    client.connectTo(kControlPort);
-    client.send("USER me\r\n");
-    EXPECT_EQ("silence", client.hear());
-    network.pass(10LL * 60 * 1000 * kMillisecond);
-    EXPECT_EQ("closed", client.hear());
+    Dialogue dialogue("%", tls);
+    EXPECT_EQ("silence", dialogue.replyTo("USER me"));
+    dialogue.waitTenMinutes();
+    EXPECT_EQ("closed", dialogue.hear());
 }
 
 } // namespace

@@ -50,6 +50,9 @@ struct Server
 
 const std::vector<Server>& servers();
 
+/// Those among them that speak SFTP.
+const std::vector<Server>& sshServers();
+
 /// Those that allow an address one connection at a time.
 const std::vector<Server>& limitedServers();
 

@@ -1,5 +1,7 @@
 #include "Server.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr const char* kNoVerbs = "the server knows neither command, `rename` nor `rm`";
@@ -57,4 +59,15 @@ const std::vector<Server>& limitedServers()
          kAllButTheVerbs, "", pureFtpdLimited, true},
     };
     return all;
+}
+
+const std::vector<Server>& sshServers()
+{
+    static const std::vector<Server> those = [] {
+        std::vector<Server> all = servers();
+        all.erase(std::remove_if(all.begin(), all.end(), [](const Server& each) { return each.scheme != "sftp"; }),
+                  all.end());
+        return all;
+    }();
+    return those;
 }

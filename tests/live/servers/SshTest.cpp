@@ -6,13 +6,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <iterator>
 
 namespace {
 
@@ -34,14 +32,6 @@ protected:
 
     static constexpr std::size_t kFirstBlock = 65536; // libcurl's upload buffer
 };
-
-std::vector<Server> thoseWithSsh()
-{
-    std::vector<Server> those;
-    std::copy_if(servers().begin(), servers().end(), std::back_inserter(those),
-                 [](const Server& each) { return each.scheme == "sftp"; });
-    return those;
-}
 
 // Sometimes more is sent, depending on timing; the rest is lost silently. From 8.14 on libcurl sends nothing of a
 // source whose size is 0.
@@ -88,6 +78,6 @@ TEST_P(OverSsh, TheSizeCheckPrintsNeitherPasswordNorHeaders)
     EXPECT_EQ(std::string::npos, err->content().find(request.password));
 }
 
-INSTANTIATE_TEST_SUITE_P(OfDebian, OverSsh, testing::ValuesIn(thoseWithSsh()), idOf);
+INSTANTIATE_TEST_SUITE_P(OfDebian, OverSsh, testing::ValuesIn(sshServers()), idOf);
 
 } // namespace

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -35,10 +37,27 @@ protected:
         return way(journalOfCall(operationCall(function).run, expected));
     }
 
+    /// Ends transfers, counted from 1, with these codes once they have been served.
+    void endTransfers(const std::map<unsigned, CURLcode>& codes)
+    {
+        transfers = 0;
+        m_ends = codes;
+        scripted::curl().perform = [this](scripted::Handle& handle) {
+            const CURLcode code = m_served(handle);
+            const auto own = m_ends.find(++transfers);
+            return own == m_ends.end() ? code : own->second;
+        };
+    }
+    unsigned transfers = 0;
+
     int upload(SFtpSession& session, std::int64_t size, const DataSource& source)
     {
         return session.UploadFrom(request, source, errorText, size);
     }
+
+private:
+    const std::function<CURLcode(scripted::Handle&)> m_served = scripted::curl().perform;
+    std::map<unsigned, CURLcode> m_ends;
 };
 
 const std::string kPart = ".a.bak.XXXXXXXXXXXX.part";
@@ -55,7 +74,6 @@ const std::string kRemoval = "1 PREQUOTE = [*DELE " + kPart + "]";
 
 TEST_F(SessionTransfer, AnUploadMakesMissingDirectoriesOnlyWhereItMust)
 {
-    unsigned transfers = 0;
     const auto served = scripted::curl().perform;
     scripted::curl().perform = [&](scripted::Handle& handle) {
         return ++transfers == 1 ? CURLE_REMOTE_ACCESS_DENIED : served(handle);
@@ -74,7 +92,6 @@ TEST_F(SessionTransfer, AnUploadMakesMissingDirectoriesOnlyWhereItMust)
 TEST_F(SessionTransfer, AnUploadOverSshMakesMissingDirectories)
 {
     request.remotePath = "sftp://server/backup/a.bak";
-    unsigned transfers = 0;
     const auto served = scripted::curl().perform;
     scripted::curl().perform = [&](scripted::Handle& handle) {
         return ++transfers == 1 ? CURLE_REMOTE_FILE_NOT_FOUND : served(handle);
@@ -163,12 +180,7 @@ TEST_F(SessionTransfer, ADirectoryThatIsInTheWayKeepsItsName)
     EXPECT_EQ(scripted::text(21) + " (the server's last reply: 550 not that)", errorText);
 
     request.remotePath = "sftp://server/backup/a.bak";
-    unsigned transfers = 0;
-    const auto served = scripted::curl().perform;
-    scripted::curl().perform = [&](scripted::Handle& handle) {
-        const CURLcode code = served(handle);
-        return ++transfers == 3 ? CURLE_QUOTE_ERROR : code;
-    };
+    endTransfers({{3, CURLE_QUOTE_ERROR}});
     const Lines lines = wayOf("UploadFileToSFtpServer", CURLE_QUOTE_ERROR);
     EXPECT_EQ(5U, transfers)
         << "it is sent, its size is asked for, it is not renamed, the directory listed, it is removed";
@@ -180,7 +192,6 @@ TEST_F(SessionTransfer, AReplacementThatIsCancelledSaysSo)
     targetIsFile = true;
     refused["RNTO"] = CURLE_QUOTE_ERROR;
     SFtpSession session(options);
-    unsigned transfers = 0;
     const auto served = scripted::curl().perform;
     scripted::curl().perform = [&](scripted::Handle& handle) {
         if (++transfers == 2) {
@@ -195,12 +206,7 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
 {
     targetIsFile = true;
     request.remotePath = "sftp://server/backup/a.bak";
-    unsigned transfers = 0;
-    const auto served = scripted::curl().perform;
-    scripted::curl().perform = [&](scripted::Handle& handle) {
-        const CURLcode code = served(handle);
-        return ++transfers == 3 ? CURLE_QUOTE_ERROR : code;
-    };
+    endTransfers({{3, CURLE_QUOTE_ERROR}});
     const std::string directory = "1 URL = sftp://server:22/backup/";
     const std::string file = "\"/backup/a.bak\"";
     const std::string part = "\"/backup/" + kPart + "\"";
@@ -222,12 +228,7 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     EXPECT_EQ("as it was", errorText);
 
     // What was renamed away comes back, and the new one goes.
-    scripted::curl().perform = [&](scripted::Handle& handle) {
-        const CURLcode code = served(handle);
-        ++transfers;
-        return transfers == 3 || transfers == 6 ? CURLE_QUOTE_ERROR : code;
-    };
-    transfers = 0;
+    endTransfers({{3, CURLE_QUOTE_ERROR}, {6, CURLE_QUOTE_ERROR}});
     const Lines back = {directory, "1 POSTQUOTE = [rename " + file + " " + part + "]", directory,
                         "1 POSTQUOTE = [rename " + old + " " + file + "]"};
     const Lines removed = {directory, "1 POSTQUOTE = [*rm " + part + "]"};
@@ -236,22 +237,12 @@ TEST_F(SessionTransfer, AnUploadOverSshReplacesAFile)
     EXPECT_EQ(std::string::npos, errorText.find("may be under"));
 
     // Where it does not come back, both stay, and the text tells where.
-    scripted::curl().perform = [&](scripted::Handle& handle) {
-        const CURLcode code = served(handle);
-        ++transfers;
-        return transfers != 3 && transfers < 6 ? code : CURLE_QUOTE_ERROR;
-    };
-    transfers = 0;
+    endTransfers({{3, CURLE_QUOTE_ERROR}, {6, CURLE_QUOTE_ERROR}, {7, CURLE_QUOTE_ERROR}, {8, CURLE_QUOTE_ERROR}});
     EXPECT_TRUE(sameLines(begin + replaced + back + end, wayOf("UploadFileToSFtpServer", CURLE_QUOTE_ERROR)));
     EXPECT_NE(std::string::npos, errorText.find("; the new file may be under .a.bak."));
     EXPECT_NE(std::string::npos, errorText.find(", the old one under .a.bak."));
     // So it is where the connection ends in between: nothing more is tried then.
-    scripted::curl().perform = [&](scripted::Handle& handle) {
-        const CURLcode code = served(handle);
-        ++transfers;
-        return transfers == 3 ? CURLE_QUOTE_ERROR : transfers == 6 ? CURLE_RECV_ERROR : code;
-    };
-    transfers = 0;
+    endTransfers({{3, CURLE_QUOTE_ERROR}, {6, CURLE_RECV_ERROR}});
     EXPECT_TRUE(sameLines(begin + replaced + end, wayOf("UploadFileToSFtpServer", CURLE_RECV_ERROR)));
     EXPECT_NE(std::string::npos, errorText.find("; the new file may be under .a.bak."));
 }
@@ -472,7 +463,6 @@ TEST_F(SessionTransfer, OneEntryByCommands)
 
 TEST_F(SessionTransfer, OneEntryMayBeADirectory)
 {
-    unsigned transfers = 0;
     scripted::curl().perform = [&](scripted::Handle&) {
         return ++transfers == 1 ? CURLE_REMOTE_FILE_NOT_FOUND : CURLE_OK;
     };

@@ -339,15 +339,7 @@ TEST_P(HostKeys, AreComparedWithTheKnownOnes)
     EXPECT_EQ(CURLE_PEER_FAILED_VERIFICATION, test(wrong));
 }
 
-std::vector<Server> thoseWithSsh()
-{
-    std::vector<Server> those;
-    std::copy_if(servers().begin(), servers().end(), std::back_inserter(those),
-                 [](const Server& each) { return each.scheme == "sftp"; });
-    return those;
-}
-
-INSTANTIATE_TEST_SUITE_P(OverSsh, HostKeys, testing::ValuesIn(thoseWithSsh()), idOf);
+INSTANTIATE_TEST_SUITE_P(OverSsh, HostKeys, testing::ValuesIn(sshServers()), idOf);
 
 INSTANTIATE_TEST_SUITE_P(OfDebian, Sessions, testing::ValuesIn(servers()), idOf);
 
