@@ -5,6 +5,7 @@
 #include <openssl/pem.h>
 #include <tls/TlsTrust.h>
 
+#include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -168,6 +169,10 @@ ProbeResult ControlConnection::resultOf(CURLcode code)
     if (curl_easy_getinfo(handle, CURLINFO_PRIMARY_IP, &address) == CURLE_OK && address != nullptr) {
         result.address = address;
     }
+    // libcurl 8.14 does not know it after a TLS handshake that failed.
+    if (result.address.empty()) {
+        result.address = m_address.data();
+    }
     curl_easy_getinfo(handle, CURLINFO_CONNECT_TIME_T, &connected);
     result.connected = connected > 0;
     return result;
@@ -218,6 +223,9 @@ curl_socket_t ControlConnection::openSocket(void* self, curlsocktype /*purpose*/
     const int number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
     if (isControl) {
         connection.m_control = number;
+        auto& text = connection.m_address;
+        getnameinfo(&address->addr, address->addrlen, text.data(), static_cast<socklen_t>(text.size()), nullptr, 0,
+                    NI_NUMERICHOST);
     }
     return number;
 }

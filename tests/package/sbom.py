@@ -74,8 +74,10 @@ def versions(sbom, ours, version):
             installed = version
         else:
             installed = run("dpkg-query", "--show", "--showformat=${Version}", VERSIONS[name]).decode()
-        # Boost's package counts its third number elsewhere.
+        # Boost's package counts its third number elsewhere, and fmt 10.1.1 calls itself 10.1.0.
         upstream = re.sub(r"^\d+:|[-+~].*$", "", installed)
+        if name == "fmt":
+            upstream, told = (re.sub(r"\.\d+$", "", each) for each in (upstream, told))
         if told != upstream and not told.startswith(upstream + ".") and not upstream.startswith(told + "."):
             wrong.append(f"the SBOM has {name} {told}, but {installed} is installed")
     return wrong

@@ -28,6 +28,9 @@ const Replacement kReplacements[] = {
     {"serial [0-9A-F]+", "serial SERIAL"},
     {"SHA256:[0-9A-Za-z+/]+", "SHA256:FINGERPRINT"},
     {"after [0-9]+ ms", "after TIME"},
+    // Later releases of libcurl and OpenSSL say it otherwise.
+    {"Could not connect", "Couldn't connect"},
+    {"tlsv1 alert (internal error|protocol version)", "tlsv1 alert REASON"},
     {"sftpclient-doctor-[0-9a-f]{16}", "sftpclient-doctor-NAME"},
     {"SSH-2.0-[^\n]+", "SSH-2.0-SOFTWARE"},
 };
