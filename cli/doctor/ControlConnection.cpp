@@ -169,12 +169,12 @@ ProbeResult ControlConnection::resultOf(CURLcode code)
     if (curl_easy_getinfo(handle, CURLINFO_PRIMARY_IP, &address) == CURLE_OK && address != nullptr) {
         result.address = address;
     }
-    // libcurl 8.14 does not know it after a TLS handshake that failed.
-    if (result.address.empty()) {
-        result.address = m_address.data();
-    }
     curl_easy_getinfo(handle, CURLINFO_CONNECT_TIME_T, &connected);
     result.connected = connected > 0;
+    // After a TLS handshake that failed, libcurl 8.14 no longer knows it.
+    if (result.connected && result.address.empty()) {
+        result.address = m_address.data();
+    }
     return result;
 }
 
