@@ -45,7 +45,7 @@ ProcessSetup proftpd(const std::string& folder, const std::string& settings)
         "DefaultRoot ~\nWtmpLog off\nTransferLog none\nSystemLog " +
         folder + "/system.log\nScoreboardFile " + folder +
         "/scoreboard\nModulePath /run/packages/proftpd-mod-crypto/usr/lib/proftpd\n"
-        "AuthOrder mod_auth_unix.c\nAuthPAM off\nDelayEngine off\n" +
+        "AuthOrder mod_auth_unix.c\nAuthPAM off\n<IfModule mod_delay.c>\nDelayEngine off\n</IfModule>\n" +
         settings;
     return {{"/run/packages/proftpd-core/usr/sbin/proftpd", "--config", writeConfiguration(folder, configuration)}};
 }
