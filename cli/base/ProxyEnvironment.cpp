@@ -21,6 +21,12 @@ constexpr long kServerPort = 2;
 constexpr char kProxy[] = "http://127.0.0.1:1";
 constexpr char kAnyHost[] = "*:2:127.0.0.1";
 
+// libcurl 8.14 takes sftp_proxy only in capitals.
+bool isIgnored(const std::string& name)
+{
+    return name == "sftp_proxy" && curl_version_info(CURLVERSION_NOW)->version_num >= 0x080e00;
+}
+
 std::string inCapitals(std::string name)
 {
     std::transform(name.begin(), name.end(), name.begin(),
@@ -74,8 +80,9 @@ ProxyEnvironment::ProxyEnvironment()
 std::string ProxyEnvironment::variableFor(const std::string& url) const
 {
     const auto first = [this](const std::initializer_list<std::string> names) {
-        const auto* const found = std::find_if(names.begin(), names.end(),
-                                               [this](const std::string& name) { return m_variables.count(name) > 0; });
+        const auto* const found = std::find_if(names.begin(), names.end(), [this](const std::string& name) {
+            return m_variables.count(name) > 0 && !isIgnored(name);
+        });
         return found == names.end() ? std::string() : *found;
     };
     const std::string ofScheme = url.substr(0, url.find(':')) + "_proxy";

@@ -5,6 +5,7 @@
 #include <request/Pem.h>
 #include <tls/TlsTrust.h>
 
+#include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -170,6 +171,10 @@ ProbeResult ControlConnection::resultOf(CURLcode code)
     }
     curl_easy_getinfo(handle, CURLINFO_CONNECT_TIME_T, &connected);
     result.connected = connected > 0;
+    // After a TLS handshake that failed, libcurl 8.14 no longer knows it.
+    if (result.connected && result.address.empty()) {
+        result.address = m_address.data();
+    }
     return result;
 }
 
@@ -218,6 +223,9 @@ curl_socket_t ControlConnection::openSocket(void* self, curlsocktype /*purpose*/
     const int number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
     if (isControl) {
         connection.m_control = number;
+        auto& text = connection.m_address;
+        getnameinfo(&address->addr, address->addrlen, text.data(), static_cast<socklen_t>(text.size()), nullptr, 0,
+                    NI_NUMERICHOST);
     }
     return number;
 }

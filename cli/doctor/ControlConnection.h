@@ -6,6 +6,7 @@
 #include "doctor/Transcript.h"
 
 #include <curl/curl.h>
+#include <netdb.h>
 
 #include <array>
 #include <memory>
@@ -96,6 +97,7 @@ private:
     std::string m_ca;
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> m_handle;
     int m_control = -1;
+    std::array<char, NI_MAXHOST> m_address = {}; ///< of the server, as a text; empty: none was tried
     bool m_isOpened = false;
     bool m_isLost = false;
 };

@@ -33,7 +33,7 @@ void addLibcurl(const Report& report, Findings& findings)
     const bool dataOverTls = report.scheme != Scheme::Sftp && report.client.listing.succeeded();
     if (libcurl.number == kWaitsBeforeData && dataOverTls) {
         findings.push_back({"libcurl's pace", Grade::Warn,
-                            "this libcurl waits 0.2 to 1 second before each transfer over TLS; 8.5 does not"});
+                            "this libcurl waits 0.2 to 1 second before each transfer over TLS; 8.14.1 does not"});
     }
 }
 

@@ -51,6 +51,9 @@ bool hasLookedForFile(const Reply& reply);
 /// What the server said when it was asked for the size of a file that is not there; null if it was not asked.
 const Reply* sizeReply(const Report& report);
 
+/// Whether libcurl can lose the end of an upload over TLS 1.3 without an error: it does not wait for the server.
+bool canLoseUploads(const Report& report);
+
 /// Of `SFtpClient`'s operations: 0 when all will work, 1 when one will fail, 3 when none will fail but one is unknown.
 int exitStatusOf(const std::vector<Prediction>& predictions);
 

@@ -81,7 +81,7 @@ void applyTrip(const RoundTrip& roundTrip, const Select& of)
         upload.outlook = Outlook::Fails;
         upload.reason = "what was fetched back is not what was sent, though both operations report success";
         upload.remedy =
-            "Use libcurl 8.9 or newer, or limit the server to TLS 1.2, and look for a full disk at the server.";
+            "Use libcurl 8.14.1 or newer, or limit the server to TLS 1.2, and look for a full disk at the server.";
     }
 }
 

@@ -1,6 +1,7 @@
 #include "doctor/Findings.h"
 
 #include "doctor/Diagnosis.h"
+#include "doctor/Predictions.h"
 
 #include <curl/curl.h>
 
@@ -52,10 +53,9 @@ void addVersions(const Report& report, Findings& findings)
     for (std::size_t i = 0; i < versions.size(); ++i) {
         findings.push_back(versionFinding(versions[i], i >= 2));
     }
-    constexpr unsigned int kWaitsForTheServersClose = 0x080900;
-    if (report.scheme == Scheme::Ftps && versions[0].offered && report.libcurl.number < kWaitsForTheServersClose) {
+    if (canLoseUploads(report)) {
         findings.push_back({"libcurl's uploads", Grade::Warn,
-                            "this libcurl can lose the end of an upload over TLS 1.3; 8.9 does not"});
+                            "this libcurl can lose the end of an upload over TLS 1.3; 8.14.1 does not"});
     }
 }
 

@@ -88,7 +88,7 @@ void HostRun::checkUpload(Result& result)
         result.code = CURLE_PARTIAL_FILE;
         result.text = "the server has " + std::to_string(*size.bytes) + " bytes of the " + std::to_string(sent) +
                       " that were sent: the file there is damaged. Send it again; where that happens often, limit "
-                      "the server to TLS 1.2 or install libcurl 8.9 or newer";
+                      "the server to TLS 1.2 or install libcurl 8.14.1 or newer";
     } else if (comparable && isPassingFault(m_watch.lastResult())) {
         result.code = m_watch.lastResult();
         result.text = "all was sent, but the check of its size on the server failed: " + textOf(m_watch.lastResult());

@@ -103,7 +103,7 @@ void Access::applyLimits(CURL* handle, const Call& call) const
 }
 
 // With TLS 1.3, kept connections fail on servers that require the control connection's session on data connections, and
-// libcurl before 8.9 loses the ends of uploads. So 1.2, wherever there is a choice.
+// libcurl 7.88.1 loses the ends of uploads. So 1.2, wherever there is a choice.
 void Access::applyTls(CURL* handle, bool newestTls) const
 {
     // libcurl's constant for a maximum version is that for the minimum, shifted by 16 bits.

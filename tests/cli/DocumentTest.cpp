@@ -1,4 +1,5 @@
 #include "harness/Served.h"
+#include "support/CurlRelease.h"
 #include "support/LogCapture.h"
 
 #include <usage/Options.h>
@@ -51,6 +52,23 @@ std::string withoutNumbers(std::string text, const std::string& mark, const std:
         text.replace(at, end - at, word);
     }
     return text;
+}
+
+// The documents show what the command says with libcurl 7.88.1. With 8.14.1 it has nothing to say about uploads.
+std::string withThisLibcurl(std::string output)
+{
+    if (isCurl814()) {
+        output = replaceEach(output,
+                             "  SFtpClient, upload:\n"
+                             "    but this libcurl can lose the end of an upload over TLS 1.3 and report success\n",
+                             "");
+        output = replaceEach(output,
+                             "  SFtpClient, upload:\n    Use libcurl 8.14.1 or newer, or limit the server to TLS 1.2, "
+                             "or compare the sizes after each upload.\n",
+                             "");
+        output = replaceEach(output, "\nWhy:\n\nWhat to change:\n", "");
+    }
+    return output;
 }
 
 // What differs from one run to the next.
@@ -145,7 +163,8 @@ TEST_P(Document, ShowsWhatHappens)
     const std::vector<Shown> sessions = sessionsIn(contentOf(GetParam()));
     ASSERT_FALSE(sessions.empty());
     for (const Shown& shown : sessions) {
-        EXPECT_TRUE(sameText(comparable(shown.output), comparable(outputOf(shown.command)))) << shown.command;
+        EXPECT_TRUE(sameText(comparable(withThisLibcurl(shown.output)), comparable(outputOf(shown.command))))
+            << shown.command;
     }
 }
 

@@ -17,7 +17,8 @@ TEST(ResultName, ExistsForEveryCodeInUse)
     constexpr int kLastOfLibcurl788 = 99;
     const std::string unused = curl_easy_strerror(static_cast<CURLcode>(20));
     for (int code = 0; code <= kLastOfLibcurl788; ++code) {
-        const bool inUse = curl_easy_strerror(static_cast<CURLcode>(code)) != unused;
+        // Of these libcurl 8.14 no longer has the texts.
+        const bool inUse = curl_easy_strerror(static_cast<CURLcode>(code)) != unused || code == 34 || code == 41;
         EXPECT_EQ(inUse, nameOfResult(code) != "CURLE_" + std::to_string(code)) << code;
     }
 }

@@ -1,4 +1,5 @@
 #include "harness/Served.h"
+#include "support/CurlRelease.h"
 
 #include <operation/TransferSeam.h>
 
@@ -54,8 +55,11 @@ TEST_F(Served, ClosesTheConnectionWithinTheTransfer)
     curl_easy_getinfo(handle, CURLINFO_ACTIVESOCKET, &connection);
     EXPECT_EQ(CURL_SOCKET_BAD, connection);
     curl_easy_cleanup(handle);
-    EXPECT_EQ((std::vector<std::string>{"begins", "USER backup", "PASS " + config.password, "PWD", "connected", "QUIT",
-                                        "ended 0"}),
-              observer.journal);
+    std::vector<std::string> expected = {"begins", "USER backup", "PASS " + config.password, "PWD", "connected"};
+    if (!isCurl814()) { // which does not show its QUIT
+        expected.emplace_back("QUIT");
+    }
+    expected.emplace_back("ended 0");
+    EXPECT_EQ(expected, observer.journal);
     EXPECT_TRUE(observer.asked);
 }

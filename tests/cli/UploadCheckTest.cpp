@@ -28,7 +28,7 @@ TEST_F(UploadCheck, FailsIfBytesAreMissing)
         EXPECT_TRUE(exited(18, result));
         EXPECT_TRUE(sameText("put: 18 the server has " + size +
                                  " bytes of the 8 that were sent: the file there is damaged. Send it again; where "
-                                 "that happens often, limit the server to TLS 1.2 or install libcurl 8.9 or newer\n",
+                                 "that happens often, limit the server to TLS 1.2 or install libcurl 8.14.1 or newer\n",
                              result.err));
     }
 }

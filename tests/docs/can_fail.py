@@ -10,7 +10,7 @@ import checks
 import run
 from documents import ROOT, Block, read_all
 from running import Place, run_readme
-from sources import curl_codes, read_sources
+from sources import curl_codes, read_libcurl, read_sources
 
 OPERATIONS, TROUBLE, INTERNALS = "docs/operations.md", "docs/troubleshooting.md", "docs/internals.md"
 ROW = "| 2 | `CurlSFtpResponse::DelSFtpFile()` | `DelSFtpFile():end ` | success |\n"
@@ -86,6 +86,21 @@ def cases_of_sources():
     ]
 
 
+def cases_of_releases(header):
+    """The same, about releases of libcurl."""
+    presets = (ROOT / "CMakePresets.json").read_text()
+    return [
+        ("docs/using.md: no test runs with libcurl 8.9", checks.check_libcurl_releases,
+         added("Use libcurl 8.9 or newer.\n"), header, presets),
+        ("docs/using.md: no test runs with libcurl 8.1", checks.check_libcurl_releases,
+         added("libcurl before 8.1 waits.\n"), header, presets),
+        ("docs/using.md: no test runs with libcurl 8.5.0", checks.check_libcurl_releases,
+         added("This one waits;\n8.5.0 does not.\n"), header, presets),
+        ("libcurl 9.0.0 is tested, but not", checks.check_libcurl_releases, read_all(), header,
+         presets.replace("8.14.1", "9.0.0")),
+    ]
+
+
 def cases_of_names():
     """The same, about names and links."""
     doxyfile, installed = (ROOT / "docs/Doxyfile").read_text(), (ROOT / "tests/package/installed.txt").read_text()
@@ -130,8 +145,9 @@ def main(folder, curl_h, *values):
         if not any(expected in line for line in wrong):
             missed.append(f"{expected}\n  but only: {wrong}")
 
-    with open(curl_h, encoding="utf-8") as file:
-        cases = cases_of_blocks() + cases_of_results(file.read()) + cases_of_sources() + cases_of_names()
+    header = read_libcurl(curl_h)
+    cases = cases_of_blocks() + cases_of_results(header) + cases_of_releases(header) + cases_of_sources()
+    cases += cases_of_names()
     for expected, check, *arguments in cases:
         expect(expected, check(*arguments))
     for number, (expected, kind, language, text) in enumerate(run_cases()):

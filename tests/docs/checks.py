@@ -7,6 +7,9 @@ from sources import options_of, records_of
 
 FOLDERS = "src|session|scripts|include|platform|host|cli|docs|tests|examples|cmake"
 
+# The releases of libcurl that the tests run with: Debian 12's, and that of scripts/versions and Debian 13.
+LIBCURLS = ("7.88.1", "8.14.1")
+
 OPERATIONS = {
     "`sftpSetCertTmp`": "src/tls/SftpSetCertTmp.cpp",
     "size check": "src/transfer/SizeCheck.cpp",
@@ -111,6 +114,18 @@ def check_libcurl_options(documents, sources):
     known = {name for text in sources.values() for name in re.findall(r"\bCURLOPT_\w+", text)}
     for document, text in documents.items():
         wrong += [f"{document}: nobody sets {name}" for name in re.findall(r"\bCURLOPT_\w+", text) if name not in known]
+    return wrong
+
+
+def check_libcurl_releases(texts, header, presets):
+    """Each release of libcurl that is named is one that the tests run with; so 8.14 for 8.14.1."""
+    run = {re.search(r'^#define LIBCURL_VERSION "([^"]+)"', header, re.MULTILINE).group(1),
+           *re.findall(r'"SFTPCLIENT_LIBCURL": "([^"]+)"', presets)}
+    wrong = [f"libcurl {each} is tested, but not in the list of this check" for each in sorted(run - set(LIBCURLS))]
+    for path, text in texts.items():
+        named = re.findall(r"\blibcurl\s+(?:before\s+)?(\d+\.\d+(?:\.\d+)?)|\b(\d+\.\d+(?:\.\d+)?)\s+does\s+not", text)
+        wrong += [f"{path}: no test runs with libcurl {release}" for release in sorted({a or b for a, b in named})
+                  if not any(f"{each}.".startswith(f"{release}.") for each in LIBCURLS)]
     return wrong
 
 

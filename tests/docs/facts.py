@@ -9,7 +9,7 @@ import sys
 
 import checks
 from documents import ROOT, read_all
-from sources import curl_codes, read_sources
+from sources import curl_codes, read_libcurl, read_sources
 
 
 def output_of(*command):
@@ -42,6 +42,12 @@ def everything_else():
     return "\n".join(file.read_text() for file in files)
 
 
+def texts_of_command():
+    """What the command and its manual page say, by path from the top."""
+    return {str(file.relative_to(ROOT)): file.read_text() for file in (ROOT / "cli").rglob("*")
+            if file.suffix in (".cpp", ".1")}
+
+
 def findings(documents, tests, header, help_text):
     """What each check found."""
     sources = read_sources("src")
@@ -54,6 +60,8 @@ def findings(documents, tests, header, help_text):
         "results": checks.check_results(documents, codes, (ROOT / "cli/output/Hint.cpp").read_text()),
         "records": checks.check_records(documents, sources),
         "libcurl's options": checks.check_libcurl_options(documents, sources),
+        "libcurl's releases": checks.check_libcurl_releases(
+            {**documents, **texts_of_command()}, header, (ROOT / "CMakePresets.json").read_text()),
         "the command's options": checks.check_command_options(documents, help_text),
         "names": checks.check_names(documents, everything_else(), variables),
         "links": checks.check_links(documents),
@@ -64,8 +72,7 @@ def findings(documents, tests, header, help_text):
 
 
 def main(ctest, build, curl_h, command, cli_test):
-    with open(curl_h, encoding="utf-8") as file:
-        found = findings(read_all(), names_of_tests(ctest, build, cli_test), file.read(), help_of(command))
+    found = findings(read_all(), names_of_tests(ctest, build, cli_test), read_libcurl(curl_h), help_of(command))
     for check, wrong in found.items():
         print(f"{check}: {'well' if not wrong else ''}")
         for line in wrong:

@@ -1,5 +1,6 @@
 """What the sources say: records, options, results, names."""
 
+import pathlib
 import re
 
 from documents import ROOT
@@ -59,6 +60,12 @@ def options_of(text):
     """The options that a source file sets, in their order, without their prefix; the TLS step under its own name."""
     found = re.findall(r"curl_easy_setopt\([^,]+, CURLOPT_(\w+)|^ +(sftpSetCertTmp)\(", text, re.MULTILINE)
     return [option or step for option, step in found]
+
+
+def read_libcurl(curl_h):
+    """libcurl's header, and the one beside it that has the release."""
+    path = pathlib.Path(curl_h)
+    return path.read_text() + path.with_name("curlver.h").read_text()
 
 
 def curl_codes(header):

@@ -231,8 +231,8 @@ struct Loss
 TEST(PredictionsOfUploads, WarnOnlyIfTheEndCanBeLost)
 {
     const Loss cases[] = {{Scheme::Ftps, 0x075801, true, true},
-                          {Scheme::Ftps, 0x0808ff, true, true},
-                          {Scheme::Ftps, 0x080900, true, false},
+                          {Scheme::Ftps, 0x080e00, true, true},
+                          {Scheme::Ftps, 0x080e01, true, false},
                           {Scheme::Ftps, 0x075801, false, false},
                           {Scheme::Ftp, 0x075801, true, false}};
     for (const Loss& each : cases) {

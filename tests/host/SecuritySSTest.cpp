@@ -68,13 +68,17 @@ protected:
     CURLcode connect() { return connect(0, 0); }
 
     /// "VERSION / CIPHER", as negotiated.
+    // Version and cipher; later releases of libcurl add more, behind another slash.
     std::string agreed() const
     {
         const std::string mark = "SSL connection using ";
-        const std::size_t begin = m_trace.find(mark);
-        return begin == std::string::npos
-                   ? "nothing"
-                   : m_trace.substr(begin + mark.size(), m_trace.find('\n', begin) - begin - mark.size());
+        const std::size_t found = m_trace.find(mark);
+        if (found == std::string::npos) {
+            return "nothing";
+        }
+        const std::size_t begin = found + mark.size();
+        const std::string line = m_trace.substr(begin, m_trace.find('\n', begin) - begin);
+        return line.substr(0, line.find(" / ", line.find(" / ") + 1));
     }
 
     static int trace(CURL* /*curl*/, curl_infotype kind, char* text, std::size_t size, void* all)

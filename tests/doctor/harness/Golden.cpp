@@ -29,6 +29,10 @@ const Replacement kReplacements[] = {
     {"SHA256:[0-9A-Za-z+/]+", "SHA256:FINGERPRINT"},
     {"\\[localhost\\]:[0-9]+ ([a-z0-9-]+) [0-9A-Za-z+/=]+", "[localhost]:PORT $1 KEY"},
     {"after [0-9]+ ms", "after TIME"},
+    // Later releases of libcurl and OpenSSL say it otherwise.
+    {"vsFTPd [0-9.]+", "vsFTPd 3.0.3"},
+    {"Could not connect", "Couldn't connect"},
+    {"tlsv1 alert (internal error|protocol version)", "tlsv1 alert REASON"},
     {"sftpclient-doctor-[0-9a-f]{16}", "sftpclient-doctor-NAME"},
     {"SSH-2.0-[^\n]+", "SSH-2.0-SOFTWARE"},
 };

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <fstream>
 #include <future>
 #include <utility>
@@ -34,6 +35,15 @@ protected:
     // Lets the reader see the end, once nobody else writes.
     void closeWriter() { static_cast<void>(::close(std::exchange(m_writer, -1))); }
     void closeReader() { static_cast<void>(::close(std::exchange(m_reader, -1))); }
+
+    // In the calling thread, which ends with the pipe's writer.
+    static void blockSigpipe()
+    {
+        sigset_t broken;
+        sigemptyset(&broken);
+        sigaddset(&broken, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &broken, nullptr);
+    }
 
     std::string readToTheEnd() const
     {
@@ -72,18 +82,20 @@ TEST_F(Pipes, AcceptAListing)
     EXPECT_EQ("a.bak\n", readToTheEnd());
 }
 
-// A pipe has no size, so libcurl expects an empty file, and finds that it has sent more.
+// A pipe has no size, so libcurl expects an empty file, and finds that it has sent more. The later one reads nothing.
 TEST_F(Pipes, AreUploadedToTheEndAndReportedAsPartial)
 {
     closeWriter();
     closeReader();
     const std::string content(300000, 'x');
-    const std::future<void> writer =
-        std::async(std::launch::async, [&] { std::ofstream(request.localPath, std::ios::binary) << content; });
-    EXPECT_EQ("CURLE_PARTIAL_FILE", upload());
-    EXPECT_EQ(kPartial, errorText);
-    EXPECT_TRUE(sameBytes(content, contentOf(served("sent.bak"))));
-    EXPECT_TRUE(sameLines(uploadNotWhole(), live::takeRecords()));
+    const std::future<void> writer = std::async(std::launch::async, [&] {
+        blockSigpipe();
+        std::ofstream(request.localPath, std::ios::binary) << content;
+    });
+    EXPECT_EQ(isCurl814() ? "CURLE_OK" : "CURLE_PARTIAL_FILE", upload());
+    EXPECT_EQ(isCurl814() ? "as it was" : kPartial, errorText);
+    EXPECT_TRUE(sameBytes(isCurl814() ? "" : content, contentOf(served("sent.bak"))));
+    EXPECT_TRUE(sameLines(isCurl814() ? Lines{} : uploadNotWhole(), live::takeRecords()));
 }
 
 // Devices have no size either.
@@ -100,14 +112,14 @@ TEST_F(Devices, TheNullDeviceIsUploadedAsAnEmptyFile)
     EXPECT_TRUE(sameLines({}, live::takeRecords()));
 }
 
-TEST_F(Devices, AnEndlessDeviceIsUploadedAsLongAsTheServerAcceptsIt)
+TEST_F(Devices, AnEndlessDeviceIsUploadedAsLongAsTheServerAcceptsItOrNotAtAll)
 {
     constexpr std::size_t kTaken = 8000000;
     misbehave("DATA=drop-after:" + std::to_string(kTaken));
     serve();
     request.localPath = "/dev/zero";
-    EXPECT_EQ("CURLE_SEND_ERROR", upload());
-    EXPECT_TRUE(sameBytes(std::string(kTaken, '\0'), contentOf(served("sent.bak"))));
+    EXPECT_EQ(isCurl814() ? "CURLE_OK" : "CURLE_SEND_ERROR", upload());
+    EXPECT_TRUE(sameBytes(std::string(isCurl814() ? 0 : kTaken, '\0'), contentOf(served("sent.bak"))));
 }
 
 } // namespace

@@ -155,8 +155,8 @@ TEST_F(RefusedPlaces, AFolderIsUploadedAsAFileThatEndsTooEarly)
 {
     request.localPath = local("folder");
     fs::create_directory(request.localPath);
-    EXPECT_EQ("CURLE_PARTIAL_FILE", upload());
-    EXPECT_EQ(kPartial, errorText);
+    EXPECT_EQ(tooShort(), upload());
+    EXPECT_EQ(tooShortText(), errorText);
     EXPECT_EQ("", contentOf(served("sent.bak")));
     EXPECT_TRUE(sameLines(uploadNotWhole(), live::takeRecords()));
 }

@@ -51,8 +51,10 @@ ProcessSetup proftpd(const std::string& folder, const std::string& settings)
         "DefaultAddress 127.0.0.1\nUseReverseDNS off\nUseIPv6 off\nRequireValidShell off\nUseFtpUsers off\n"
         "DefaultRoot ~\nWtmpLog off\nTransferLog none\nSystemLog " +
         folder + "/system.log\nScoreboardFile " + folder +
-        "/scoreboard\nModulePath /run/packages/proftpd-mod-crypto/usr/lib/proftpd\n"
-        "AuthOrder mod_auth_unix.c\nAuthPAM off\nDelayEngine off\n" +
+        "/scoreboard\n<IfModule !mod_xfer.c>\nModulePath /run/packages/proftpd-core/usr/lib/proftpd\n"
+        "LoadModule mod_xfer.c\nLoadModule mod_ls.c\n</IfModule>\n"
+        "ModulePath /run/packages/proftpd-mod-crypto/usr/lib/proftpd\n"
+        "AuthOrder mod_auth_unix.c\nAuthPAM off\n<IfModule mod_delay.c>\nDelayEngine off\n</IfModule>\n" +
         settings;
     return {{"/run/packages/proftpd-core/usr/sbin/proftpd", "--config", writeConfiguration(folder, configuration)}};
 }

@@ -27,7 +27,7 @@ int main(int argc, char** /*argv*/)
     std::string errorText;
     SFtpClient client;
     std::cout << client.ReNameSFtpFile(request, errorText) << " ";
-    std::cout << client.DelSFtpFile(request, errorText) << "\n";
+    std::cout << client.DelSFtpFile(request, errorText) << std::endl; // LeakSanitizer may end the process
     curl_global_cleanup();
     if (argc > 1) {
         loseMemory();

@@ -69,9 +69,9 @@ Lines Disk::uploadNotOpened()
 
 Lines Disk::uploadNotWhole()
 {
-    return {textRecord(kPartial),
-            std::string("4 CurlSFtpResponse::UploadFileToSFtpServer(): Perform upload file failed, m_ErrorCodeis 18, "
-                        "errorString is") +
-                kPartial,
-            textRecord(kPartial), textRecord(kPartial), facadesUploadRecord(kPartial)};
+    const std::string text = tooShortText();
+    return {textRecord(text),
+            "4 CurlSFtpResponse::UploadFileToSFtpServer(): Perform upload file failed, m_ErrorCodeis " +
+                std::string(isCurl814() ? "26" : "18") + ", errorString is" + text,
+            textRecord(text), textRecord(text), facadesUploadRecord(text)};
 }

@@ -2,6 +2,7 @@
 #define DISK_HARNESS_DISK_H
 
 #include "support/Codes.h"
+#include "support/CurlRelease.h"
 #include "support/Live.h"
 
 #include <string>
@@ -21,7 +22,12 @@ protected:
     static Lines uploadNotOpened();
     static Lines uploadNotWhole();
 
+    // What an upload ends with if its file is shorter than its size.
+    static const char* tooShort() { return isCurl814() ? "CURLE_READ_ERROR" : "CURLE_PARTIAL_FILE"; }
+    static const char* tooShortText() { return isCurl814() ? kNotRead : kPartial; }
+
     static constexpr const char* kNotOpened = "Failed initialization";
+    static constexpr const char* kNotRead = "Failed to open/read local data from file/application";
     static constexpr const char* kPartial = "Transferred a partial file";
     static constexpr const char* kNotWritten = "Failed writing received data to disk/application";
 
