@@ -342,6 +342,7 @@ void Transfer::judgeEnd()
 CURLcode Transfer::secure(CURL* /*handle*/, void* context, void* self) noexcept
 {
     auto& transfer = *static_cast<Transfer*>(self);
+    transfer.m_access.trustIn(context);
     if (transfer.m_isReached) {
         transfer.m_connection.dataEnd.watch(static_cast<SSL_CTX*>(context));
     }

@@ -7,6 +7,8 @@
 
 #include <ConfigReader.h>
 
+#include <openssl/ssl.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
@@ -53,7 +55,7 @@ Access::Access(const SFtpRequest& request, const SessionOptions& options, Certif
     checkTexts(request);
     if (!m_target.isSsh()) {
         m_trustsAnybody = request.caCert == "none" && allowsNone();
-        m_ca = m_trustsAnybody ? std::string() : certificates.trusted(request.caCert);
+        m_trust = m_trustsAnybody ? Trust() : certificates.trusted(request.caCert);
     }
     m_identity.server = m_target.server();
     // Options are per session, so they are the same for all of its connections.
@@ -61,7 +63,7 @@ Access::Access(const SFtpRequest& request, const SessionOptions& options, Certif
     digest.add(m_identity.server);
     digest.add(request.userName);
     digest.add(request.password);
-    digest.add(m_ca);
+    digest.add(m_trust.pem);
     digest.add(m_trustsAnybody ? "none" : "");
     m_identity.digest = digest.value();
 }
@@ -114,9 +116,14 @@ void Access::applyTls(CURL* handle, bool newestTls) const
     set(handle, CURLOPT_FTPSSLAUTH, static_cast<long>(CURLFTPAUTH_TLS));
     set(handle, CURLOPT_SSL_VERIFYPEER, m_trustsAnybody ? 0L : 1L);
     set(handle, CURLOPT_SSL_VERIFYHOST, m_trustsAnybody || !m_options.compareHostName ? 0L : 2L);
-    if (!m_ca.empty()) {
-        setBlob(handle, CURLOPT_CAINFO_BLOB, m_ca);
-        // Only the given certificate is trusted.
+    if (sharesTrust()) {
+        // Only the given certificates are trusted, by each context that libcurl makes.
+        set(handle, CURLOPT_CAINFO, static_cast<const char*>(nullptr));
+        set(handle, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+        set(handle, CURLOPT_SSL_CTX_FUNCTION, secure);
+        set(handle, CURLOPT_SSL_CTX_DATA, static_cast<const void*>(this));
+    } else if (m_trust.store) {
+        setBlob(handle, CURLOPT_CAINFO_BLOB, m_trust.pem);
         set(handle, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
     } else if (hasTrustFolder()) {
         // Certificates in the directory are found by name; the bundle would be read as a whole each time.
@@ -129,6 +136,27 @@ void Access::applyTls(CURL* handle, bool newestTls) const
         setBlob(handle, CURLOPT_SSLCERT_BLOB, m_options.clientCertificate);
         setBlob(handle, CURLOPT_SSLKEY_BLOB, m_options.clientKey);
     }
+}
+
+// libcurl shows the context of a connection to an HTTPS proxy, too, which trusts the machine's store.
+bool Access::sharesTrust() const
+{
+    constexpr char kOverTls[] = "https:";
+    return m_trust.store && curl_strnequal(m_options.proxy.c_str(), kOverTls, sizeof kOverTls - 1) == 0;
+}
+
+void Access::trustIn(void* context) const noexcept
+{
+    if (sharesTrust()) {
+        SSL_CTX_set1_cert_store(static_cast<SSL_CTX*>(context), m_trust.store.get());
+    }
+}
+
+// CURLOPT_SSL_CTX_FUNCTION
+CURLcode Access::secure(CURL* /*handle*/, void* context, void* self) noexcept
+{
+    static_cast<const Access*>(self)->trustIn(context);
+    return CURLE_OK;
 }
 
 bool Access::speaksNewestTls(bool newestTls) const

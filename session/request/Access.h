@@ -41,6 +41,9 @@ public:
     /// Whether TLS 1.3 is used; `newestTls`: the server supports nothing else.
     bool speaksNewestTls(bool newestTls) const;
 
+    /// Gives a TLS context whom the request trusts; the machine's trust store is libcurl's to give.
+    void trustIn(void* context) const noexcept;
+
     /// Why the SSH server's key was refused; empty if it was not.
     const std::string& hostKeyRefusal() const { return m_hostKeyRefusal; }
 
@@ -49,6 +52,9 @@ private:
     void applyTls(CURL* handle, bool newestTls) const;
     void applySsh(CURL* handle);
 
+    bool sharesTrust() const;
+
+    static CURLcode secure(CURL* handle, void* context, void* self) noexcept;
     static int judgeHostKey(void* self, int type, const char* key, size_t length) noexcept;
     static int judgeKnownHost(CURL* handle, const curl_khkey* known, const curl_khkey* found, curl_khmatch match,
                               void* self) noexcept;
@@ -58,7 +64,7 @@ private:
     const SessionOptions& m_options;
     Target m_target;
     bool m_trustsAnybody = false; ///< "none", and the host's configuration allows it
-    std::string m_ca;             ///< PEM; empty: the machine's trust store
+    Trust m_trust;
     Identity m_identity;
     std::string m_hostKeyRefusal;
     Call* m_call = nullptr; // of the transfer being set up

@@ -1,6 +1,9 @@
 #ifndef SFTPCLIENT_SESSION_CERTIFICATES_H
 #define SFTPCLIENT_SESSION_CERTIFICATES_H
 
+#include <openssl/x509.h>
+
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -10,17 +13,24 @@ namespace session {
 /// stands for the machine's trust store. Throws `Failure` with 77 for a text that is not a certificate, such as "none".
 std::string trustedCertificates(const std::string& caCert);
 
-/// The same, with a memory of the last `caCert`, because most requests repeat it and reading a certificate takes longer
-/// than everything else that a short call computes. For any number of threads.
+/// Whom a request trusts.
+struct Trust
+{
+    std::string pem;                   ///< empty: the machine's trust store
+    std::shared_ptr<X509_STORE> store; ///< the same, for TLS contexts to share; null where `pem` is empty
+};
+
+/// Reads a request's `caCert`, with a memory of the last one, because most requests repeat it and reading a certificate
+/// takes longer than everything else that a short call computes. For any number of threads.
 class CertificateReader
 {
 public:
-    std::string trusted(const std::string& caCert);
+    Trust trusted(const std::string& caCert);
 
 private:
     std::mutex m_mutex; // for all of the following
     std::string m_text; // the last `caCert` that held a certificate
-    std::string m_pem;  // the result
+    Trust m_trust;      // the result
 };
 
 } // namespace session

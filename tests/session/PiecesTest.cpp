@@ -182,10 +182,14 @@ TEST(CertificateReader, AnswersEachTextAsItIs)
     const certificates::Certificate other = certificates::make(2);
     CertificateReader reader;
     for (X509* const each : {one.get(), one.get(), other.get()}) {
-        EXPECT_EQ(certificates::pemOf(each), reader.trusted(certificates::pemOf(each)));
-        EXPECT_EQ(certificates::pemOf(each), reader.trusted(certificates::derOf(each)));
-        EXPECT_EQ(certificates::pemOf(each), reader.trusted(certificates::derOf(each)));
-        EXPECT_EQ("", reader.trusted(""));
+        for (const std::string& text :
+             {certificates::pemOf(each), certificates::derOf(each), certificates::derOf(each)}) {
+            const Trust trust = reader.trusted(text);
+            EXPECT_EQ(certificates::pemOf(each), trust.pem);
+            EXPECT_EQ(each == other.get() ? "2 " : "1 ", certificates::serialsIn(trust.store.get()));
+        }
+        EXPECT_EQ("", reader.trusted("").pem);
+        EXPECT_EQ(nullptr, reader.trusted("").store);
         for (const char* const none : {"none", "no certificate"}) {
             try {
                 reader.trusted(none);
@@ -197,10 +201,40 @@ TEST(CertificateReader, AnswersEachTextAsItIs)
     }
 }
 
+TEST(CertificateReader, KeepsTheStoreOfTheLastText)
+{
+    const std::string text = certificates::pemOf(certificates::make(1).get());
+    CertificateReader reader;
+    const Trust trust = reader.trusted(text);
+    EXPECT_EQ(trust.store, reader.trusted(text).store);
+    EXPECT_NE(trust.store, reader.trusted(text + text).store);
+}
+
+TEST(CertificateReader, TrustsAllOfSeveralCertificates)
+{
+    const std::string text =
+        certificates::pemOf(certificates::make(1).get()) + certificates::pemOf(certificates::make(2).get());
+    EXPECT_EQ("1 2 ", certificates::serialsIn(CertificateReader().trusted(text).store.get()));
+}
+
+TEST(CertificateReader, RefusesACertificateThatCannotBeReadBehindAnother)
+{
+    const std::string text = certificates::pemOf(certificates::make(1).get());
+    try {
+        CertificateReader().trusted(text + "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n");
+        ADD_FAILURE();
+    } catch (const Failure& failure) {
+        EXPECT_EQ(CURLE_SSL_CACERT_BADFILE, failure.code());
+        EXPECT_STREQ(
+            "Problem with the SSL CA cert (path? access rights?): one of the certificates in caCert cannot be read",
+            failure.what());
+    }
+}
+
 TEST(CertificateReader, TakesDerThatHoldsTheWordsOfPem)
 {
     const testserver::CertificateAuthority authority("-----BEGIN CERTIFICATE-----");
-    EXPECT_EQ(authority.certificatePem(), CertificateReader().trusted(authority.certificateDer()));
+    EXPECT_EQ(authority.certificatePem(), CertificateReader().trusted(authority.certificateDer()).pem);
 }
 
 TEST(Options, NameTheFieldThatCannotBe)

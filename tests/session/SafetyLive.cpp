@@ -75,6 +75,17 @@ TEST_F(SessionSafety, HostNameAndAuthorityAreCompared)
     }
 }
 
+// As with libcurl: a host may trust its one server, and no authority.
+TEST_F(SessionSafety, ACertificateNeedNotBeItsOwnIssuerToBeTrusted)
+{
+    config.certificate = authority.issue();
+    serve();
+    aimAt("/");
+    request.caCert = config.certificate.certificatePem;
+    SFtpSession session;
+    EXPECT_EQ(0, session.TestSConnect(request, errorText)) << errorText;
+}
+
 TEST_F(SessionSafety, BadInputIsNamedAndNothingIsSent)
 {
     serve();
