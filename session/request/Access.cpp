@@ -116,13 +116,13 @@ void Access::applyTls(CURL* handle, bool newestTls) const
     set(handle, CURLOPT_FTPSSLAUTH, static_cast<long>(CURLFTPAUTH_TLS));
     set(handle, CURLOPT_SSL_VERIFYPEER, m_trustsAnybody ? 0L : 1L);
     set(handle, CURLOPT_SSL_VERIFYHOST, m_trustsAnybody || !m_options.compareHostName ? 0L : 2L);
-    if (sharesTrust()) {
+    if (givesCertificates()) {
         // Only the given certificates are trusted, by each context that libcurl makes.
         set(handle, CURLOPT_CAINFO, static_cast<const char*>(nullptr));
         set(handle, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
-        set(handle, CURLOPT_SSL_CTX_FUNCTION, secure);
+        set(handle, CURLOPT_SSL_CTX_FUNCTION, secureContext);
         set(handle, CURLOPT_SSL_CTX_DATA, static_cast<const void*>(this));
-    } else if (m_trust.store) {
+    } else if (m_trust.certificates) {
         setBlob(handle, CURLOPT_CAINFO_BLOB, m_trust.pem);
         set(handle, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
     } else if (hasTrustFolder()) {
@@ -139,24 +139,21 @@ void Access::applyTls(CURL* handle, bool newestTls) const
 }
 
 // libcurl shows the context of a connection to an HTTPS proxy, too, which trusts the machine's store.
-bool Access::sharesTrust() const
+bool Access::givesCertificates() const
 {
     constexpr char kOverTls[] = "https:";
-    return m_trust.store && curl_strnequal(m_options.proxy.c_str(), kOverTls, sizeof kOverTls - 1) == 0;
+    return m_trust.certificates && curl_strnequal(m_options.proxy.c_str(), kOverTls, sizeof kOverTls - 1) == 0;
 }
 
-void Access::trustIn(void* context) const noexcept
+CURLcode Access::secure(void* context) const noexcept
 {
-    if (sharesTrust()) {
-        SSL_CTX_set1_cert_store(static_cast<SSL_CTX*>(context), m_trust.store.get());
-    }
+    return !givesCertificates() || trustIn(static_cast<SSL_CTX*>(context), m_trust) ? CURLE_OK : CURLE_OUT_OF_MEMORY;
 }
 
 // CURLOPT_SSL_CTX_FUNCTION
-CURLcode Access::secure(CURL* /*handle*/, void* context, void* self) noexcept
+CURLcode Access::secureContext(CURL* /*handle*/, void* context, void* self) noexcept
 {
-    static_cast<const Access*>(self)->trustIn(context);
-    return CURLE_OK;
+    return static_cast<const Access*>(self)->secure(context);
 }
 
 bool Access::speaksNewestTls(bool newestTls) const

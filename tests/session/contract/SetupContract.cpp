@@ -110,7 +110,7 @@ TEST_F(SessionSetup, PinsAKeyAndShowsACertificate)
                           toldBefore()));
 }
 
-// libcurl is given none: a function puts the store that was made of these into each context.
+// libcurl is given none: a function gives them to each context.
 TEST_F(SessionSetup, TrustsTheGivenCertificateAlone)
 {
     request.caCert = ca;
