@@ -35,9 +35,9 @@ bool hasTrustFolder() { return curl_version_info(CURLVERSION_NOW)->capath != nul
 
 bool allowsNone() { return ConfigReader::getInt("General", "CertAuthSwitch", true) == 0; }
 
-// What a transfer over SSH has on its way at once, and waits for the replies to: as many bytes as fit here, and four
-// times as many as a download's buffer holds. With libcurl's own 64 and 16 KiB, a line with 50 ms moves 1 MB/s. Where
-// the rate is limited, a buffer is half a second's worth, so that bytes neither come in bursts nor wait for long.
+// What a transfer over SSH has on its way at once: an upload as much as its buffer holds, a download four times as
+// much. With libcurl's own 64 and 16 KiB, a line with a round trip of 50 ms moves 1 MB/s. Where the rate is limited, a
+// buffer is half a second's worth, so that bytes neither come in bursts nor wait for long.
 long bufferOverSsh(long most, std::uint64_t rate)
 {
     constexpr std::uint64_t kLeast = 16384; // libcurl's
@@ -163,9 +163,8 @@ bool Access::speaksNewestTls(bool newestTls) const
 
 void Access::applySsh(CURL* handle)
 {
-    // The most that libcurl 7.88 takes.
-    constexpr long kUpload = 2 * 1024 * 1024;
-    constexpr long kDownload = 512 * 1024;
+    constexpr long kUpload = 2 * 1024 * 1024; // the most that libcurl takes
+    constexpr long kDownload = kUpload / 4;
     set(handle, CURLOPT_UPLOAD_BUFFERSIZE, bufferOverSsh(kUpload, m_options.sendRate));
     set(handle, CURLOPT_BUFFERSIZE, bufferOverSsh(kDownload, m_options.receiveRate));
     set(handle, CURLOPT_SSH_AUTH_TYPES, static_cast<long>(CURLSSH_AUTH_PASSWORD | CURLSSH_AUTH_KEYBOARD));
