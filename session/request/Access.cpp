@@ -36,13 +36,14 @@ bool hasTrustFolder() { return curl_version_info(CURLVERSION_NOW)->capath != nul
 bool allowsNone() { return ConfigReader::getInt("General", "CertAuthSwitch", true) == 0; }
 
 // What a transfer over SSH has on its way at once: an upload as much as its buffer holds, a download four times as
-// much. With libcurl's own 64 and 16 KiB, a line with a round trip of 50 ms moves 1 MB/s. Where the rate is limited, a
-// buffer is half a second's worth, so that bytes neither come in bursts nor wait for long.
-long bufferOverSsh(long most, std::uint64_t rate)
+// much. With libcurl's own 64 and 16 KiB, a line with a round trip of 50 ms moves 1 MB/s. A larger one counts as moved
+// only as a whole, and on a slow line would seem to stall. Where the rate is limited, it is half a second's worth, so
+// that bytes neither come in bursts nor wait for long.
+long bufferOverSsh(std::uint64_t rate)
 {
     constexpr std::uint64_t kLeast = 16384; // libcurl's
-    const auto limit = static_cast<std::uint64_t>(most);
-    return rate == 0 ? most : static_cast<long>(std::clamp(rate / 2, kLeast, limit));
+    constexpr std::uint64_t kMost = 524288;
+    return static_cast<long>(rate == 0 ? kMost : std::clamp(rate / 2, kLeast, kMost));
 }
 
 std::string nameOf(Scheme scheme) { return scheme == Scheme::Ftp ? "ftp" : scheme == Scheme::Ftps ? "ftps" : "sftp"; }
@@ -163,10 +164,8 @@ bool Access::speaksNewestTls(bool newestTls) const
 
 void Access::applySsh(CURL* handle)
 {
-    constexpr long kUpload = 2 * 1024 * 1024; // the most that libcurl takes
-    constexpr long kDownload = kUpload / 4;
-    set(handle, CURLOPT_UPLOAD_BUFFERSIZE, bufferOverSsh(kUpload, m_options.sendRate));
-    set(handle, CURLOPT_BUFFERSIZE, bufferOverSsh(kDownload, m_options.receiveRate));
+    set(handle, CURLOPT_UPLOAD_BUFFERSIZE, bufferOverSsh(m_options.sendRate));
+    set(handle, CURLOPT_BUFFERSIZE, bufferOverSsh(m_options.receiveRate));
     set(handle, CURLOPT_SSH_AUTH_TYPES, static_cast<long>(CURLSSH_AUTH_PASSWORD | CURLSSH_AUTH_KEYBOARD));
     if (!m_options.knownHostsFile.empty()) {
         set(handle, CURLOPT_SSH_KNOWNHOSTS, m_options.knownHostsFile.c_str());
