@@ -112,11 +112,12 @@ Diagnosis diagnoseHostKey(const Report& report)
     }
     switch (verdictOn(report)) {
     case HostKeyVerdict::Changed:
-        return {file + " has another host key for the server", "Somebody may be on the way: send nothing more until " +
-                                                                   confirmed(report) + "; then " + replacing(report)};
+        return {file + " has another host key for the server",
+                "Somebody may be intercepting the connection: send nothing more until " + confirmed(report) +
+                    "; then " + replacing(report)};
     case HostKeyVerdict::Unexpected:
         return {"the server's host key is " + key.fingerprint + ", not the expected " + report.hostKeySha256,
-                "Somebody may be on the way: send nothing more until " + confirmed(report) +
+                "Somebody may be intercepting the connection: send nothing more until " + confirmed(report) +
                     "; then give that with --fingerprint (SessionOptions::hostKeySha256)."};
     default:
         return diagnoseUnknown(report);

@@ -342,11 +342,10 @@ void Transfer::judgeEnd()
 CURLcode Transfer::secure(CURL* /*handle*/, void* context, void* self) noexcept
 {
     auto& transfer = *static_cast<Transfer*>(self);
-    transfer.m_access.trustIn(context);
     if (transfer.m_isReached) {
         transfer.m_connection.dataEnd.watch(static_cast<SSL_CTX*>(context));
     }
-    return CURLE_OK;
+    return transfer.m_access.secure(context);
 }
 
 int Transfer::seek(void* file, curl_off_t offset, int origin) noexcept

@@ -35,14 +35,15 @@ bool hasTrustFolder() { return curl_version_info(CURLVERSION_NOW)->capath != nul
 
 bool allowsNone() { return ConfigReader::getInt("General", "CertAuthSwitch", true) == 0; }
 
-// What a transfer over SSH has on its way at once, and waits for the replies to: as many bytes as fit here, and four
-// times as many as a download's buffer holds. With libcurl's own 64 and 16 KiB, a line with 50 ms moves 1 MB/s. Where
-// the rate is limited, a buffer is half a second's worth, so that bytes neither come in bursts nor wait for long.
-long bufferOverSsh(long most, std::uint64_t rate)
+// What a transfer over SSH has on its way at once: an upload as much as its buffer holds, a download four times as
+// much. With libcurl's own 64 and 16 KiB, a line with a round trip of 50 ms moves 1 MB/s. A larger one counts as moved
+// only as a whole, and on a slow line would seem to stall. Where the rate is limited, it is half a second's worth, so
+// that bytes neither come in bursts nor wait for long.
+long bufferOverSsh(std::uint64_t rate)
 {
     constexpr std::uint64_t kLeast = 16384; // libcurl's
-    const auto limit = static_cast<std::uint64_t>(most);
-    return rate == 0 ? most : static_cast<long>(std::clamp(rate / 2, kLeast, limit));
+    constexpr std::uint64_t kMost = 524288;
+    return static_cast<long>(rate == 0 ? kMost : std::clamp(rate / 2, kLeast, kMost));
 }
 
 std::string nameOf(Scheme scheme) { return scheme == Scheme::Ftp ? "ftp" : scheme == Scheme::Ftps ? "ftps" : "sftp"; }
@@ -116,13 +117,13 @@ void Access::applyTls(CURL* handle, bool newestTls) const
     set(handle, CURLOPT_FTPSSLAUTH, static_cast<long>(CURLFTPAUTH_TLS));
     set(handle, CURLOPT_SSL_VERIFYPEER, m_trustsAnybody ? 0L : 1L);
     set(handle, CURLOPT_SSL_VERIFYHOST, m_trustsAnybody || !m_options.compareHostName ? 0L : 2L);
-    if (sharesTrust()) {
+    if (givesCertificates()) {
         // Only the given certificates are trusted, by each context that libcurl makes.
         set(handle, CURLOPT_CAINFO, static_cast<const char*>(nullptr));
         set(handle, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
-        set(handle, CURLOPT_SSL_CTX_FUNCTION, secure);
+        set(handle, CURLOPT_SSL_CTX_FUNCTION, secureContext);
         set(handle, CURLOPT_SSL_CTX_DATA, static_cast<const void*>(this));
-    } else if (m_trust.store) {
+    } else if (m_trust.certificates) {
         setBlob(handle, CURLOPT_CAINFO_BLOB, m_trust.pem);
         set(handle, CURLOPT_CAPATH, static_cast<const char*>(nullptr));
     } else if (hasTrustFolder()) {
@@ -139,24 +140,21 @@ void Access::applyTls(CURL* handle, bool newestTls) const
 }
 
 // libcurl shows the context of a connection to an HTTPS proxy, too, which trusts the machine's store.
-bool Access::sharesTrust() const
+bool Access::givesCertificates() const
 {
     constexpr char kOverTls[] = "https:";
-    return m_trust.store && curl_strnequal(m_options.proxy.c_str(), kOverTls, sizeof kOverTls - 1) == 0;
+    return m_trust.certificates && curl_strnequal(m_options.proxy.c_str(), kOverTls, sizeof kOverTls - 1) == 0;
 }
 
-void Access::trustIn(void* context) const noexcept
+CURLcode Access::secure(void* context) const noexcept
 {
-    if (sharesTrust()) {
-        SSL_CTX_set1_cert_store(static_cast<SSL_CTX*>(context), m_trust.store.get());
-    }
+    return !givesCertificates() || trustIn(static_cast<SSL_CTX*>(context), m_trust) ? CURLE_OK : CURLE_OUT_OF_MEMORY;
 }
 
 // CURLOPT_SSL_CTX_FUNCTION
-CURLcode Access::secure(CURL* /*handle*/, void* context, void* self) noexcept
+CURLcode Access::secureContext(CURL* /*handle*/, void* context, void* self) noexcept
 {
-    static_cast<const Access*>(self)->trustIn(context);
-    return CURLE_OK;
+    return static_cast<const Access*>(self)->secure(context);
 }
 
 bool Access::speaksNewestTls(bool newestTls) const
@@ -166,11 +164,8 @@ bool Access::speaksNewestTls(bool newestTls) const
 
 void Access::applySsh(CURL* handle)
 {
-    // The most that libcurl 7.88 takes.
-    constexpr long kUpload = 2 * 1024 * 1024;
-    constexpr long kDownload = 512 * 1024;
-    set(handle, CURLOPT_UPLOAD_BUFFERSIZE, bufferOverSsh(kUpload, m_options.sendRate));
-    set(handle, CURLOPT_BUFFERSIZE, bufferOverSsh(kDownload, m_options.receiveRate));
+    set(handle, CURLOPT_UPLOAD_BUFFERSIZE, bufferOverSsh(m_options.sendRate));
+    set(handle, CURLOPT_BUFFERSIZE, bufferOverSsh(m_options.receiveRate));
     set(handle, CURLOPT_SSH_AUTH_TYPES, static_cast<long>(CURLSSH_AUTH_PASSWORD | CURLSSH_AUTH_KEYBOARD));
     if (!m_options.knownHostsFile.empty()) {
         set(handle, CURLOPT_SSH_KNOWNHOSTS, m_options.knownHostsFile.c_str());

@@ -41,8 +41,8 @@ public:
     /// Whether TLS 1.3 is used; `newestTls`: the server supports nothing else.
     bool speaksNewestTls(bool newestTls) const;
 
-    /// Gives a TLS context whom the request trusts; the machine's trust store is libcurl's to give.
-    void trustIn(void* context) const noexcept;
+    /// Gives a TLS context the certificates that the request trusts; the machine's trust store is libcurl's to give.
+    CURLcode secure(void* context) const noexcept;
 
     /// Why the SSH server's key was refused; empty if it was not.
     const std::string& hostKeyRefusal() const { return m_hostKeyRefusal; }
@@ -52,9 +52,9 @@ private:
     void applyTls(CURL* handle, bool newestTls) const;
     void applySsh(CURL* handle);
 
-    bool sharesTrust() const;
+    bool givesCertificates() const;
 
-    static CURLcode secure(CURL* handle, void* context, void* self) noexcept;
+    static CURLcode secureContext(CURL* handle, void* context, void* self) noexcept;
     static int judgeHostKey(void* self, int type, const char* key, size_t length) noexcept;
     static int judgeKnownHost(CURL* handle, const curl_khkey* known, const curl_khkey* found, curl_khmatch match,
                               void* self) noexcept;

@@ -41,13 +41,13 @@ struct FreeItems
     void operator()(STACK_OF(X509_INFO) * items) const { sk_X509_INFO_pop_free(items, X509_INFO_free); }
 };
 
-// What libcurl would make of these certificates anew for each TLS connection, which took nearly half of the
-// instructions of a small upload. As there, a certificate need not be its own issuer to be trusted.
-std::shared_ptr<X509_STORE> storeOf(const std::string& pem)
+// libcurl would read them anew for each TLS connection, which took nearly half of the instructions of a small upload.
+Trust::Certificates certificatesIn(const std::string& pem)
 {
-    std::shared_ptr<X509_STORE> store(X509_STORE_new(), X509_STORE_free);
+    const std::shared_ptr<STACK_OF(X509)> certificates(sk_X509_new_null(),
+                                                       [](STACK_OF(X509) * all) { sk_X509_pop_free(all, X509_free); });
     const Memory memory(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())), BIO_free_all);
-    if (!store || !memory || X509_STORE_set_flags(store.get(), X509_V_FLAG_PARTIAL_CHAIN) != 1) {
+    if (!certificates || !memory) {
         throw std::bad_alloc();
     }
     const std::unique_ptr<STACK_OF(X509_INFO), FreeItems> items(
@@ -56,12 +56,16 @@ std::shared_ptr<X509_STORE> storeOf(const std::string& pem)
         throw refusal(CURLE_SSL_CACERT_BADFILE, "one of the certificates in caCert cannot be read");
     }
     for (int i = 0; i < sk_X509_INFO_num(items.get()); ++i) {
-        X509* const certificate = sk_X509_INFO_value(items.get(), i)->x509;
-        if (certificate != nullptr && X509_STORE_add_cert(store.get(), certificate) != 1) {
+        X509*& certificate = sk_X509_INFO_value(items.get(), i)->x509;
+        if (certificate == nullptr) {
+            continue;
+        }
+        if (sk_X509_push(certificates.get(), certificate) == 0) {
             throw std::bad_alloc();
         }
+        certificate = nullptr; // it has another owner now
     }
-    return store;
+    return certificates;
 }
 
 } // namespace
@@ -83,6 +87,23 @@ std::string trustedCertificates(const std::string& caCert)
     return isPem(caCert) ? caCert : asPem(certificate.get());
 }
 
+// Each context has a store of its own, because libcurl changes it, whenever it likes. As with libcurl, a certificate
+// need not be its own issuer to be trusted.
+bool trustIn(SSL_CTX* context, const Trust& trust) noexcept
+{
+    std::unique_ptr<X509_STORE, decltype(&X509_STORE_free)> store(X509_STORE_new(), X509_STORE_free);
+    if (!store || X509_STORE_set_flags(store.get(), X509_V_FLAG_PARTIAL_CHAIN) != 1) {
+        return false;
+    }
+    for (int i = 0; i < sk_X509_num(trust.certificates.get()); ++i) {
+        if (X509_STORE_add_cert(store.get(), sk_X509_value(trust.certificates.get(), i)) != 1) {
+            return false;
+        }
+    }
+    SSL_CTX_set_cert_store(context, store.release());
+    return true;
+}
+
 Trust CertificateReader::trusted(const std::string& caCert)
 {
     {
@@ -93,7 +114,7 @@ Trust CertificateReader::trusted(const std::string& caCert)
     }
     Trust trust{trustedCertificates(caCert), nullptr};
     if (!trust.pem.empty()) {
-        trust.store = storeOf(trust.pem);
+        trust.certificates = certificatesIn(trust.pem);
     }
     std::string text = caCert;
     Trust kept = trust;

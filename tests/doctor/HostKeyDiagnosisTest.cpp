@@ -46,10 +46,9 @@ const std::vector<Case>& cases()
          "(SessionOptions::hostKeySha256), or put this line at the top of /it's: [host]:2222 ssh-ed25519 AAAA"},
         {"Changed", "/it's", "", CURLKHMATCH_MISMATCH, 0, kRefused, Grade::Fail, "/it's has another one for the server",
          "/it's has another host key for the server",
-         "Somebody may be on the way: send nothing more until the server's administrator confirms SHA256:seen; then "
-         "remove "
-         "the old key (ssh-keygen -R '[host]:2222' -f '/it'\\''s') and put this line at the top of /it's: "
-         "[host]:2222 ssh-ed25519 AAAA"},
+         "Somebody may be intercepting the connection: send nothing more until the server's administrator confirms "
+         "SHA256:seen; then remove the old key (ssh-keygen -R '[host]:2222' -f '/it'\\''s') and put this line at the "
+         "top of /it's: [host]:2222 ssh-ed25519 AAAA"},
         {"OfAnotherType", "/known", "", CURLKHMATCH_MISSING, 2, 2, Grade::Fail,
          "because of /known a session asks for one of another type, in vain",
          "because of /known a session asks for a host key of another type than the server has (no such key)",
@@ -62,14 +61,12 @@ const std::vector<Case>& cases()
          "'/known') and put this line at the top of /known: [host]:2222 ssh-ed25519 AAAA"},
         {"Unexpected", "", "SHA256:other", CURLKHMATCH_MISSING, 0, kRefused, Grade::Fail, "expected is SHA256:other",
          "the server's host key is SHA256:seen, not the expected SHA256:other",
-         "Somebody may be on the way: send nothing more until the server's administrator confirms SHA256:seen; then "
-         "give "
-         "that with --fingerprint (SessionOptions::hostKeySha256)."},
+         "Somebody may be intercepting the connection: send nothing more until the server's administrator confirms "
+         "SHA256:seen; then give that with --fingerprint (SessionOptions::hostKeySha256)."},
         {"KnownButUnexpected", "/known", "other", CURLKHMATCH_OK, 0, kRefused, Grade::Fail,
          "as in /known; expected is other", "the server's host key is SHA256:seen, not the expected other",
-         "Somebody may be on the way: send nothing more until the server's administrator confirms SHA256:seen; then "
-         "give "
-         "that with --fingerprint (SessionOptions::hostKeySha256)."},
+         "Somebody may be intercepting the connection: send nothing more until the server's administrator confirms "
+         "SHA256:seen; then give that with --fingerprint (SessionOptions::hostKeySha256)."},
         {"Known", "/known", "", CURLKHMATCH_OK, 0, 0, Grade::Ok, "as in /known", "", ""},
         {"Expected", "", "seen=", CURLKHMATCH_MISSING, 0, 0, Grade::Ok, "as expected", "", ""},
         {"MissingButExpected", "/known", "SHA256:seen", CURLKHMATCH_MISSING, 0, 0, Grade::Ok,

@@ -67,8 +67,7 @@ protected:
 
     CURLcode connect() { return connect(0, 0); }
 
-    /// "VERSION / CIPHER", as negotiated.
-    // Version and cipher; later releases of libcurl add more, behind another slash.
+    /// "VERSION / CIPHER", as negotiated. Later releases of libcurl add more, behind another slash.
     std::string agreed() const
     {
         const std::string mark = "SSL connection using ";

@@ -176,6 +176,13 @@ TEST(HostKey, HasTheFingerprintThatSshKeygenPrints)
     EXPECT_EQ("SHA256:x", withFingerprintName("SHA256:x"));
 }
 
+// What a TLS context gets of these.
+std::string serialsOf(const Trust& trust)
+{
+    const certificates::Context context(SSL_CTX_new(TLS_client_method()));
+    return trustIn(context.get(), trust) ? certificates::serialsIn(context.get()) : "no memory";
+}
+
 TEST(CertificateReader, AnswersEachTextAsItIs)
 {
     const certificates::Certificate one = certificates::make(1);
@@ -186,10 +193,10 @@ TEST(CertificateReader, AnswersEachTextAsItIs)
              {certificates::pemOf(each), certificates::derOf(each), certificates::derOf(each)}) {
             const Trust trust = reader.trusted(text);
             EXPECT_EQ(certificates::pemOf(each), trust.pem);
-            EXPECT_EQ(each == other.get() ? "2 " : "1 ", certificates::serialsIn(trust.store.get()));
+            EXPECT_EQ(each == other.get() ? "2 " : "1 ", serialsOf(trust));
         }
         EXPECT_EQ("", reader.trusted("").pem);
-        EXPECT_EQ(nullptr, reader.trusted("").store);
+        EXPECT_EQ(nullptr, reader.trusted("").certificates);
         for (const char* const none : {"none", "no certificate"}) {
             try {
                 reader.trusted(none);
@@ -201,20 +208,20 @@ TEST(CertificateReader, AnswersEachTextAsItIs)
     }
 }
 
-TEST(CertificateReader, KeepsTheStoreOfTheLastText)
+TEST(CertificateReader, KeepsTheCertificatesOfTheLastText)
 {
     const std::string text = certificates::pemOf(certificates::make(1).get());
     CertificateReader reader;
     const Trust trust = reader.trusted(text);
-    EXPECT_EQ(trust.store, reader.trusted(text).store);
-    EXPECT_NE(trust.store, reader.trusted(text + text).store);
+    EXPECT_EQ(trust.certificates, reader.trusted(text).certificates);
+    EXPECT_NE(trust.certificates, reader.trusted(text + text).certificates);
 }
 
 TEST(CertificateReader, TrustsAllOfSeveralCertificates)
 {
     const std::string text =
         certificates::pemOf(certificates::make(1).get()) + certificates::pemOf(certificates::make(2).get());
-    EXPECT_EQ("1 2 ", certificates::serialsIn(CertificateReader().trusted(text).store.get()));
+    EXPECT_EQ("1 2 ", serialsOf(CertificateReader().trusted(text)));
 }
 
 TEST(CertificateReader, RefusesACertificateThatCannotBeReadBehindAnother)

@@ -48,16 +48,14 @@ std::string derOf(X509* cert)
     return bytesOf(buffer.get());
 }
 
-std::string serialsIn(const X509_STORE* store)
+std::string serialsIn(SSL_CTX* context)
 {
     std::string serials;
-    const STACK_OF(X509_OBJECT)* objects = X509_STORE_get0_objects(store);
+    const STACK_OF(X509_OBJECT)* objects = X509_STORE_get0_objects(SSL_CTX_get_cert_store(context));
     for (int i = 0; i < sk_X509_OBJECT_num(objects); ++i) {
         serials += std::to_string(serialOf(X509_OBJECT_get0_X509(sk_X509_OBJECT_value(objects, i)))) + " ";
     }
     return serials;
 }
-
-std::string serialsIn(SSL_CTX* context) { return serialsIn(SSL_CTX_get_cert_store(context)); }
 
 } // namespace certificates

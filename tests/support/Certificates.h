@@ -16,8 +16,7 @@ Certificate make(long serial);
 std::string pemOf(X509* cert);
 std::string derOf(X509* cert);
 
-/// The serial numbers of the certificates in a store, or in a context's, in its order, each followed by a blank.
-std::string serialsIn(const X509_STORE* store);
+/// The serial numbers of the certificates in a context's store, in its order, each followed by a blank.
 std::string serialsIn(SSL_CTX* context);
 
 } // namespace certificates

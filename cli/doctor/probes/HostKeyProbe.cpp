@@ -82,13 +82,21 @@ void probeHostKey(const Access& access, Report& report)
         return;
     }
     HostKey& hostKey = report.hostKey;
+    const std::string& file = report.knownHostsFile;
     Look look(access, hostKey);
-    ProbeResult compared;
-    if (!report.knownHostsFile.empty()) {
-        compared = look.comparing(report.knownHostsFile);
+    if (!file.empty()) {
+        look.comparing(file);
     }
-    if (hostKey.fingerprint.empty()) {
-        look.alone();
+    if (!hostKey.fingerprint.empty()) {
+        return;
+    }
+    look.alone();
+    if (file.empty() || hostKey.fingerprint.empty()) {
+        return;
+    }
+    // Only a comparison that fails twice fails because of the file: any connection can be lost.
+    const ProbeResult compared = look.comparing(file);
+    if (compared.code != CURLE_PEER_FAILED_VERIFICATION) {
         hostKey.notCompared = compared.code;
         hostKey.error = compared.error;
     }

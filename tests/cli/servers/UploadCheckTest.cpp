@@ -6,7 +6,6 @@
 #include <operation/UploadCheck.h>
 #include <output/Listing.h>
 
-
 namespace {
 
 class SshServer : public RealServer

@@ -192,6 +192,38 @@ TEST_P(HostKeys, AreNotRevokedByAMarker)
     expectOfASession(CURLE_PEER_FAILED_VERIFICATION, "not in " + question.knownHostsFile);
 }
 
+// Turns the second connection away that comes after a file FOLDER/first was written.
+ProcessSetup sometimesTurnsAway(const std::string& folder)
+{
+    ProcessSetup daemon = opensshSftp(folder);
+    Words words = {"/bin/sh", "-c",
+                   "if [ -e \"$0/first\" ]; then mv \"$0/first\" \"$0/second\"\n"
+                   "elif [ -e \"$0/second\" ]; then rm \"$0/second\"; exit; fi\n"
+                   "exec \"$@\"",
+                   folder};
+    words.insert(words.end(), daemon.words.begin(), daemon.words.end());
+    daemon.words = words;
+    return daemon;
+}
+
+std::vector<Server> unsteadyServers()
+{
+    Server server = sshServers().back(); // OpenSSH
+    server.configure = sometimesTurnsAway;
+    return {server};
+}
+
+using HostKeysOfAnUnsteadyServer = HostKeys;
+
+// The connection after the greeting's.
+TEST_P(HostKeysOfAnUnsteadyServer, AreLookedForAgain)
+{
+    knowing(line + "\n");
+    writeFile(local("daemon/first"), "");
+    expectOfASession(0, "as in " + question.knownHostsFile);
+    EXPECT_FALSE(exists(local("daemon/first")) || exists(local("daemon/second")));
+}
+
 class HostKeysOfTheCommand : public HostKeys
 {
 protected:
@@ -257,3 +289,4 @@ TEST_P(HostKeysOfTheCommand, AreComparedWithTheFileOfTheOption)
 
 INSTANTIATE_TEST_SUITE_P(OverSsh, HostKeys, testing::ValuesIn(sshServers()), idOf);
 INSTANTIATE_TEST_SUITE_P(OverSsh, HostKeysOfTheCommand, testing::ValuesIn(sshServers()), idOf);
+INSTANTIATE_TEST_SUITE_P(OfDebian, HostKeysOfAnUnsteadyServer, testing::ValuesIn(unsteadyServers()), idOf);

@@ -222,7 +222,7 @@ Lines afterTheReset(const std::string& scheme)
 
 Lines overSsh()
 {
-    return {"1 UPLOAD_BUFFERSIZE = 2097152", "1 BUFFERSIZE = 524288", "1 SSH_AUTH_TYPES = 10",
+    return {"1 UPLOAD_BUFFERSIZE = 524288", "1 BUFFERSIZE = 524288", "1 SSH_AUTH_TYPES = 10",
             "1 SSH_HOSTKEYFUNCTION = unknown function", "1 SSH_HOSTKEYDATA = unknown"};
 }
 

@@ -110,7 +110,7 @@ TEST_F(SessionSetup, PinsAKeyAndShowsACertificate)
                           toldBefore()));
 }
 
-// libcurl is given none: a function puts the store that was made of these into each context.
+// libcurl is given none: a function gives them to each context.
 TEST_F(SessionSetup, TrustsTheGivenCertificateAlone)
 {
     request.caCert = ca;
@@ -171,9 +171,9 @@ TEST_F(SessionSetup, SendsNoMoreAtOnceOverSshThanHalfASecondsRate)
         return found;
     };
     EXPECT_TRUE(sameLines({"1 UPLOAD_BUFFERSIZE = 16384", "1 BUFFERSIZE = 524288"}, buffers(1, 1048576)));
-    EXPECT_TRUE(sameLines({"1 UPLOAD_BUFFERSIZE = 2097151", "1 BUFFERSIZE = 16384"}, buffers(4194303, 32769)));
+    EXPECT_TRUE(sameLines({"1 UPLOAD_BUFFERSIZE = 524287", "1 BUFFERSIZE = 16384"}, buffers(1048575, 32769)));
     EXPECT_TRUE(
-        sameLines({"1 UPLOAD_BUFFERSIZE = 2097152", "1 BUFFERSIZE = 16385"}, buffers(9223372036854775807, 32770)));
+        sameLines({"1 UPLOAD_BUFFERSIZE = 524288", "1 BUFFERSIZE = 16385"}, buffers(9223372036854775807, 32770)));
 }
 
 TEST_F(SessionSetup, AsksNothingOfTlsOverSsh)
