@@ -178,7 +178,7 @@ void Access::applySsh(CURL* handle)
 }
 
 // Whether the key is taken; keeps why it is not.
-bool Access::takes(curl_khmatch match, std::string_view key)
+bool Access::judge(curl_khmatch match, std::string_view key)
 {
     const std::string fingerprint = fingerprintOf(key);
     switch (session::judgeHostKey(match, fingerprint, m_options.hostKeySha256)) {
@@ -200,22 +200,25 @@ bool Access::takes(curl_khmatch match, std::string_view key)
     }
 }
 
-int Access::judgeHostKey(void* self, int /*type*/, const char* key, size_t length) noexcept
+bool Access::takes(curl_khmatch match, std::string_view key) noexcept
 try {
-    return static_cast<Access*>(self)->takes(CURLKHMATCH_MISSING, {key, length}) ? CURLKHMATCH_OK
-                                                                                 : CURLKHMATCH_MISMATCH;
+    return judge(match, key);
 } catch (...) {
-    static_cast<Access*>(self)->m_call->keepException();
-    return CURLKHMATCH_MISMATCH;
+    m_call->keepException();
+    return false;
+}
+
+int Access::judgeHostKey(void* self, int /*type*/, const char* key, size_t length) noexcept
+{
+    const bool isTaken = static_cast<Access*>(self)->takes(CURLKHMATCH_MISSING, {key, length});
+    return isTaken ? CURLKHMATCH_OK : CURLKHMATCH_MISMATCH;
 }
 
 int Access::judgeKnownHost(CURL* /*handle*/, const curl_khkey* /*known*/, const curl_khkey* found, curl_khmatch match,
                            void* self) noexcept
-try {
-    return static_cast<Access*>(self)->takes(match, {found->key, found->len}) ? CURLKHSTAT_FINE : CURLKHSTAT_REJECT;
-} catch (...) {
-    static_cast<Access*>(self)->m_call->keepException();
-    return CURLKHSTAT_REJECT;
+{
+    const bool isTaken = static_cast<Access*>(self)->takes(match, {found->key, found->len});
+    return isTaken ? CURLKHSTAT_FINE : CURLKHSTAT_REJECT;
 }
 
 } // namespace session

@@ -58,7 +58,8 @@ private:
     static int judgeHostKey(void* self, int type, const char* key, size_t length) noexcept;
     static int judgeKnownHost(CURL* handle, const curl_khkey* known, const curl_khkey* found, curl_khmatch match,
                               void* self) noexcept;
-    bool takes(curl_khmatch match, std::string_view key);
+    bool judge(curl_khmatch match, std::string_view key);
+    bool takes(curl_khmatch match, std::string_view key) noexcept;
 
     const SFtpRequest& m_request;
     const SessionOptions& m_options;

@@ -57,13 +57,10 @@ Trust::Certificates certificatesIn(const std::string& pem)
     }
     for (int i = 0; i < sk_X509_INFO_num(items.get()); ++i) {
         X509*& certificate = sk_X509_INFO_value(items.get(), i)->x509;
-        if (certificate == nullptr) {
-            continue;
-        }
-        if (sk_X509_push(certificates.get(), certificate) == 0) {
+        if (certificate != nullptr && sk_X509_push(certificates.get(), certificate) == 0) {
             throw std::bad_alloc();
         }
-        certificate = nullptr; // it has another owner now
+        certificate = nullptr; // if there is one, it has another owner now
     }
     return certificates;
 }
@@ -92,16 +89,14 @@ std::string trustedCertificates(const std::string& caCert)
 bool trustIn(SSL_CTX* context, const Trust& trust) noexcept
 {
     std::unique_ptr<X509_STORE, decltype(&X509_STORE_free)> store(X509_STORE_new(), X509_STORE_free);
-    if (!store || X509_STORE_set_flags(store.get(), X509_V_FLAG_PARTIAL_CHAIN) != 1) {
-        return false;
+    bool isWhole = store && X509_STORE_set_flags(store.get(), X509_V_FLAG_PARTIAL_CHAIN) == 1;
+    for (int i = 0; isWhole && i < sk_X509_num(trust.certificates.get()); ++i) {
+        isWhole = X509_STORE_add_cert(store.get(), sk_X509_value(trust.certificates.get(), i)) == 1;
     }
-    for (int i = 0; i < sk_X509_num(trust.certificates.get()); ++i) {
-        if (X509_STORE_add_cert(store.get(), sk_X509_value(trust.certificates.get(), i)) != 1) {
-            return false;
-        }
+    if (isWhole) {
+        SSL_CTX_set_cert_store(context, store.release());
     }
-    SSL_CTX_set_cert_store(context, store.release());
-    return true;
+    return isWhole;
 }
 
 Trust CertificateReader::trusted(const std::string& caCert)

@@ -224,6 +224,14 @@ TEST(CertificateReader, TrustsAllOfSeveralCertificates)
     EXPECT_EQ("1 2 ", serialsOf(CertificateReader().trusted(text)));
 }
 
+TEST(CertificateReader, LeavesAKeyAmongTheCertificatesAside)
+{
+    const testserver::Certificate server = testserver::CertificateAuthority().issue();
+    const std::string alone = serialsOf(CertificateReader().trusted(server.certificatePem));
+    EXPECT_NE("", alone);
+    EXPECT_EQ(alone, serialsOf(CertificateReader().trusted(server.certificatePem + server.privateKeyPem)));
+}
+
 TEST(CertificateReader, RefusesACertificateThatCannotBeReadBehindAnother)
 {
     const std::string text = certificates::pemOf(certificates::make(1).get());
