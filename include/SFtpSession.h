@@ -116,8 +116,8 @@ struct SessionOptions
     std::chrono::milliseconds idleTimeout{60000}; ///< how long an idle connection is kept for reuse
     unsigned maxConnections = 8;                  ///< to one server at a time; further calls wait
 
-    /// Called at most ten times a second, and at the end, on the thread of the call it reports on. The time it takes
-    /// counts towards `callTimeout` only.
+    /// Called at most ten times a second, and at the end of a file's transfer, on the thread of the call it reports on.
+    /// Of the limits, the time it takes counts towards `callTimeout` and, while connecting, `connectTimeout` only.
     std::function<void(const TransferProgress&)> progress;
 };
 
@@ -154,10 +154,11 @@ struct SessionOptions
 /// on the local file for that. No effect if `atomicUpload` is false, nor on DownLoadTo and UploadFrom, whose bytes
 /// cannot be read twice.
 ///
-/// fork(): a child must not use its parent's sessions, because both would use the same connections; it makes its own.
+/// fork(): a child must neither use nor destroy its parent's sessions, because both would use the same connections; it
+/// makes its own. A child that ends by exit() destroys those in static storage: let it end by _exit() or exec.
 ///
-/// Signals: a call never raises SIGPIPE. The thread's signal mask, errno and OpenSSL's error queue are as before when a
-/// call returns.
+/// Signals: a call never raises SIGPIPE or SIGXFSZ. The thread's signal mask, errno and OpenSSL's error queue are as
+/// before when a call returns.
 ///
 /// REQUIRES, for every operation: the host has called `curl_global_init` and supplies the host services (platform/);
 /// the request stays unchanged until the call returns.
@@ -238,7 +239,7 @@ public:
     /// unknown; 26 if there are fewer or more.
     int UploadFrom(const SFtpRequest& request, const DataSource& source, std::string& errorText,
                    std::int64_t size = -1);
-    /// The same from a stream, up to its end; 26 if reading it fails.
+    /// The same from a stream, up to its end, even if it is to throw there; 26 if reading it fails.
     int UploadFrom(const SFtpRequest& request, std::istream& in, std::string& errorText, std::int64_t size = -1);
 
     /// Ends every call that is running, waiting or made later with 42. May be called from any thread and from a signal

@@ -26,14 +26,16 @@ void record(int level, const char* function, unsigned int line, const std::strin
         << 0 << text;
 }
 
-// Whether a kept connection was found dead: no reply to this call has come over it.
+// Whether a kept connection was found dead or useless: no reply to this call has come over it, but at most one that is
+// about connections (x2z) or was sent unasked.
 bool diedWhileKept(const Connection& connection, const Call& call, CURLcode code)
 {
     const bool lost = code == CURLE_RECV_ERROR || code == CURLE_SEND_ERROR || code == CURLE_GOT_NOTHING ||
                       code == CURLE_OPERATION_TIMEDOUT || code == CURLE_FTP_WEIRD_SERVER_REPLY;
-    const std::size_t heard = connection.replies().lines().size();
-    return lost && (heard == 0 || (heard == 1 && connection.replies().lastCode() == 421)) && !call.hasMoved() &&
-           call.verdict() == CURLE_OK;
+    const std::size_t heard = connection.replies().count();
+    const bool isAnswered =
+        heard > 1 || (heard == 1 && !connection.wasToldUnasked && connection.replies().lastCode() / 10 % 10 != 2);
+    return lost && !isAnswered && !call.hasMoved() && call.verdict() == CURLE_OK;
 }
 
 // The server supports only TLS 1.3. Nothing but the handshake has been sent.
@@ -119,9 +121,22 @@ void Engine::runWithSomeTls(const Work& work, const Operation& operation)
         if (work.connection.newestTls || !refusesTls12(work.connection, failure)) {
             throw;
         }
-        m_newestTlsOnly.add(server);
         work.connection.newestTls = true;
-        operation(work);
+        // Remembered once it has worked: anybody on the way can say that the server refuses TLS 1.2.
+        try {
+            operation(work);
+        } catch (...) {
+            rememberTls(work);
+            throw;
+        }
+        rememberTls(work);
+    }
+}
+
+void Engine::rememberTls(const Work& work)
+{
+    if (work.connection.isOpen()) {
+        m_newestTlsOnly.add(work.access.identity().server);
     }
 }
 

@@ -70,6 +70,7 @@ private:
     void run(const SFtpRequest& request, const Operation& operation);
     bool tryToRun(Access& access, Call& call, const Operation& operation, bool fresh);
     void runWithSomeTls(const Work& work, const Operation& operation);
+    void rememberTls(const Work& work);
 
     const Options m_options;
     CertificateReader m_certificates;

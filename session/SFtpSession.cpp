@@ -29,6 +29,18 @@ void requireFunction(const char* name, bool isThere)
     }
 }
 
+// To a stream that throws on failure, too few bytes are one; here they are its end.
+void readUpTo(std::istream& in, char* bytes, std::streamsize count)
+{
+    try {
+        in.read(bytes, count);
+    } catch (const std::ios_base::failure&) {
+        if (in.bad() || !in.eof()) {
+            throw;
+        }
+    }
+}
+
 } // namespace
 
 class SFtpSession::Engine : public session::Engine
@@ -125,12 +137,18 @@ int SFtpSession::DownLoadTo(const SFtpRequest& request, const DataSink& sink, st
 
 int SFtpSession::DownLoadTo(const SFtpRequest& request, std::ostream& out, std::string& errorText)
 {
-    return DownLoadTo(
-        request,
-        [&out](const char* bytes, std::size_t count) {
-            return static_cast<bool>(out.write(bytes, static_cast<std::streamsize>(count)));
-        },
-        errorText);
+    return m_engine->call("DownLoadTo", request, errorText, [&](const Work& work) {
+        download(
+            work,
+            [&out](const char* bytes, std::size_t count) {
+                return static_cast<bool>(out.write(bytes, static_cast<std::streamsize>(count)));
+            },
+            kFileLimit);
+        // Until then, the last bytes may be in the stream's buffer alone.
+        if (!out.flush()) {
+            throw refusal(CURLE_WRITE_ERROR, "the stream cannot be written");
+        }
+    });
 }
 
 int SFtpSession::UploadFrom(const SFtpRequest& request, const DataSource& source, std::string& errorText,
@@ -147,7 +165,7 @@ int SFtpSession::UploadFrom(const SFtpRequest& request, std::istream& in, std::s
     return UploadFrom(
         request,
         [&in](char* bytes, std::size_t count) {
-            in.read(bytes, static_cast<std::streamsize>(count));
+            readUpTo(in, bytes, static_cast<std::streamsize>(count));
             if (in.bad() || (in.fail() && !in.eof())) {
                 throw refusal(CURLE_READ_ERROR, "the stream cannot be read");
             }

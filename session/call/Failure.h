@@ -8,6 +8,9 @@
 
 namespace session {
 
+/// CURLE_TOO_LARGE, which libcurl's headers have since 8.6: among others, for a reply that is too long.
+constexpr CURLcode kTooLarge = static_cast<CURLcode>(100);
+
 /// Ends a call: the code that it returns, and its text as `what()`.
 class Failure : public std::runtime_error
 {

@@ -4,6 +4,7 @@
 
 #include <pthread.h>
 
+#include <array>
 #include <cerrno>
 #include <ctime>
 
@@ -11,24 +12,27 @@ namespace session {
 
 namespace {
 
-bool pipeIsPending()
+// Of a connection that the server has closed, and of a file that would exceed the process's limit.
+constexpr std::array<int, 2> kSignals = {SIGPIPE, SIGXFSZ};
+
+sigset_t pendingSignals()
 {
     sigset_t pending;
     sigpending(&pending);
-    return sigismember(&pending, SIGPIPE) == 1;
+    return pending;
 }
 
-sigset_t pipeAlone()
+sigset_t setOf(int signal)
 {
     sigset_t signals;
     sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);
+    sigaddset(&signals, signal);
     return signals;
 }
 
 } // namespace
 
-ThreadState::ThreadState() : m_errno(errno), m_pipePending(pipeIsPending())
+ThreadState::ThreadState() : m_errno(errno), m_pending(pendingSignals())
 {
     const char* file = nullptr;
     int line = 0;
@@ -40,16 +44,22 @@ ThreadState::ThreadState() : m_errno(errno), m_pipePending(pipeIsPending())
         // Copies, because the queue frees its own.
         m_errors.push_back({code, file, line, function, isText ? data : ""});
     }
-    const sigset_t pipe = pipeAlone();
-    pthread_sigmask(SIG_BLOCK, &pipe, &m_mask);
+    pthread_sigmask(SIG_SETMASK, nullptr, &m_mask);
+    for (const int signal : kSignals) {
+        const sigset_t alone = setOf(signal);
+        pthread_sigmask(SIG_BLOCK, &alone, nullptr);
+    }
 }
 
 ThreadState::~ThreadState()
 {
-    if (!m_pipePending && pipeIsPending()) {
-        const sigset_t pipe = pipeAlone();
-        const timespec now = {};
-        sigtimedwait(&pipe, nullptr, &now);
+    const sigset_t pending = pendingSignals();
+    for (const int signal : kSignals) {
+        if (sigismember(&m_pending, signal) == 0 && sigismember(&pending, signal) == 1) {
+            const sigset_t alone = setOf(signal);
+            const timespec now = {};
+            sigtimedwait(&alone, nullptr, &now);
+        }
     }
     pthread_sigmask(SIG_SETMASK, &m_mask, nullptr);
     ERR_clear_error();

@@ -7,8 +7,8 @@
 
 namespace session {
 
-/// Restores the calling thread's state: errno, OpenSSL's error queue, and the signal mask, in which SIGPIPE is blocked
-/// meanwhile. A SIGPIPE raised in between is discarded.
+/// Restores the calling thread's state: errno, OpenSSL's error queue, and the signal mask, in which SIGPIPE and
+/// SIGXFSZ are blocked meanwhile. Those raised in between are discarded.
 class ThreadState
 {
 public:
@@ -28,7 +28,7 @@ private:
     };
 
     int m_errno;
-    bool m_pipePending;
+    sigset_t m_pending;
     sigset_t m_mask = {};
     std::vector<OpenSslError> m_errors;
 };

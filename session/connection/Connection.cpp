@@ -3,12 +3,19 @@
 #include "call/SetOption.h"
 
 #include <fcntl.h>
+#include <linux/tcp.h> // netinet/tcp.h does not know tcpi_bytes_received
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <new>
+#include <system_error>
 #include <utility>
 
 namespace session {
@@ -60,6 +67,17 @@ void Connection::shutAll(int how) const
     }
 }
 
+bool Connection::hasNews() const
+{
+    pollfd control = {m_sockets.empty() ? -1 : m_sockets.front().own(), POLLIN, 0};
+    return poll(&control, 1, 0) > 0 && (control.revents & POLLIN) != 0;
+}
+
+bool Connection::hasReadNothing() const
+{
+    return m_readBefore && !m_sockets.empty() && m_sockets.front().read() == m_readBefore;
+}
+
 void Connection::cut()
 {
     giveUp();
@@ -74,6 +92,8 @@ CURL* Connection::renew()
     m_replies = {};
     m_detail = {};
     dataEnd = {};
+    wasToldUnasked = false;
+    m_missedSocket.clear();
     set(handle, CURLOPT_OPENSOCKETFUNCTION, openSocket);
     set(handle, CURLOPT_OPENSOCKETDATA, this);
     set(handle, CURLOPT_CLOSESOCKETFUNCTION, closeSocket);
@@ -90,6 +110,7 @@ CURL* Connection::renew()
 CURLcode Connection::run(Call& call)
 {
     m_call = &call;
+    m_readBefore = m_sockets.empty() ? std::nullopt : m_sockets.front().read();
     for (Socket& each : m_sockets) {
         each.reachBy(m_stop);
     }
@@ -151,6 +172,18 @@ bool Connection::wait(int milliseconds, bool watchesReplies)
     return watched[1].revents != 0;
 }
 
+void Connection::rest(Call& call, Call::Clock::time_point until) const
+{
+    for (auto now = Call::Clock::now(); now < until && call.verdict() == CURLE_OK; now = Call::Clock::now()) {
+        constexpr std::chrono::milliseconds kLongest(100);
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - now);
+        pollfd stop = {m_stop.descriptor(), POLLIN, 0};
+        poll(&stop, 1, static_cast<int>(std::min(left, kLongest).count()));
+        call.sawSign(); // nothing is awaited of the server
+        call.report();
+    }
+}
+
 CURLcode Connection::resultOfTransfer() const
 {
     int left = 0;
@@ -166,20 +199,32 @@ curl_socket_t Connection::openSocket(void* self, curlsocktype /*purpose*/, curl_
 {
     auto& connection = *static_cast<Connection*>(self);
     const int number = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-    if (number < 0) {
-        return CURL_SOCKET_BAD;
-    }
     try {
+        if (number < 0) {
+            connection.noteMissedSocket(errno);
+            return CURL_SOCKET_BAD;
+        }
         Socket& added = connection.m_sockets.emplace_back(number);
         if (added.own() >= 0) {
             added.reachBy(connection.m_stop);
             return number;
         }
+        connection.noteMissedSocket(EMFILE);
     } catch (...) {
         connection.m_call->keepException();
     }
-    close(number);
+    if (number >= 0) {
+        close(number);
+    }
     return CURL_SOCKET_BAD;
+}
+
+// Of other reasons, such as a family of addresses that the machine does not have, libcurl tells.
+void Connection::noteMissedSocket(int error)
+{
+    if (error == EMFILE || error == ENFILE) {
+        m_missedSocket = "no socket can be made: " + std::generic_category().message(error);
+    }
 }
 
 int Connection::closeSocket(void* self, curl_socket_t socket) noexcept
@@ -205,6 +250,23 @@ Connection::Socket::~Socket()
     if (m_own >= 0) {
         close(m_own);
     }
+}
+
+std::optional<std::uint64_t> Connection::Socket::read() const
+{
+    int unread = 0;
+    tcp_info info = {};
+    socklen_t size = sizeof info;
+    constexpr std::size_t kNeeded = offsetof(tcp_info, tcpi_bytes_received) + sizeof(std::uint64_t);
+    // In this order: what comes in between counts as read, so that no reply is ever taken for an older one.
+    const bool isTold = ioctl(m_own, FIONREAD, &unread) == 0 &&
+                        getsockopt(m_own, IPPROTO_TCP, TCP_INFO, &info, &size) == 0 && size >= kNeeded &&
+                        info.tcpi_bytes_received > 0;
+    if (!isTold) {
+        return std::nullopt;
+    }
+    const std::uint64_t received = info.tcpi_bytes_received;
+    return received - static_cast<std::uint64_t>(unread);
 }
 
 bool Connection::Socket::isOpen() const { return cookieOf(m_number) == m_cookie; }

@@ -48,12 +48,17 @@ public:
     /// Performs the transfer that the handle is set up for.
     CURLcode run(Call& call);
 
+    /// Waits within a transfer, where the server is faster than it may be; not longer than the call may go on.
+    void rest(Call& call, Call::Clock::time_point until) const;
+
     /// Records a line from the server; true if it ends a reply.
     bool hear(std::string_view line) { return m_replies.add(line); }
     /// The server's replies during the last transfer.
     const Replies& replies() const { return m_replies; }
     /// libcurl's error text for the last transfer.
     std::string detail() const { return m_detail.data(); }
+    /// Why the last transfer did not get a socket that it wanted, which libcurl does not tell; empty if it got all.
+    const std::string& missedSocket() const { return m_missedSocket; }
 
     /// It must not be used for another call.
     void giveUp() { m_usable = false; }
@@ -63,6 +68,12 @@ public:
     bool isCut() const { return m_isCut; }
     /// Whether it is connected.
     bool isOpen() const { return !m_sockets.empty(); }
+    /// Whether the server has sent something, or left, while nothing was asked.
+    bool hasNews() const;
+    /// Whether libcurl had read all that it knows from the control connection before this transfer began.
+    bool hasReadNothing() const;
+    /// A reply to nothing has been taken for that to this transfer's first command, perhaps.
+    bool wasToldUnasked = false;
 
     std::optional<Features> features;
     /// The server refused TLS 1.2 and supports only 1.3.
@@ -87,6 +98,8 @@ private:
         int own() const { return m_own; }
         /// Whether libcurl still has it open.
         bool isOpen() const;
+        /// How many bytes libcurl has read; nothing if there were none, or the kernel does not tell.
+        std::optional<std::uint64_t> read() const;
         void reachBy(StopSwitch& stop) { m_reach.emplace(stop, m_own); }
         void leaveAlone() { m_reach.reset(); }
 
@@ -100,6 +113,7 @@ private:
     static curl_socket_t openSocket(void* self, curlsocktype purpose, curl_sockaddr* address) noexcept;
     static int closeSocket(void* self, curl_socket_t socket) noexcept;
 
+    void noteMissedSocket(int error);
     void shutAll(int how) const;
     void forgetClosed();
     CURLcode drive(Call& call);
@@ -109,8 +123,11 @@ private:
     StopSwitch& m_stop;
     std::list<Socket> m_sockets;
     Call* m_call = nullptr; // of the current transfer
+    // Of the control connection, when the transfer began.
+    std::optional<std::uint64_t> m_readBefore;
     Replies m_replies;
     std::array<char, CURL_ERROR_SIZE> m_detail = {};
+    std::string m_missedSocket;
     bool m_usable = true;
     bool m_isCut = false;
     // In this order: the multi handle goes first and closes the connection, while the easy handle still exists.

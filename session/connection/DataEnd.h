@@ -10,7 +10,8 @@ namespace session {
 class DataEnd
 {
 public:
-    /// Watches the data connection that is made with this context. REQUIRES: this object outlives the connection.
+    /// Watches the data connection that is made with this context; the last one, as that to a proxy is made before.
+    /// REQUIRES: this object outlives the connection.
     void watch(SSL_CTX* context) noexcept;
 
     /// Whether the data came over TLS, and no close_notify behind it.
@@ -20,6 +21,7 @@ private:
     static void notice(const SSL* connection, int event, int value) noexcept;
 
     bool m_isAwaited = false;
+    const SSL_CTX* m_last = nullptr;
 };
 
 } // namespace session

@@ -81,8 +81,10 @@ std::unique_ptr<Connection> Pool::takeIdle(const Identity& identity, bool fresh,
         if (each->identity.digest != identity.digest) {
             continue;
         }
-        if (fresh) {
-            // A kept connection was found dead; an older one is likely to be dead, too.
+        // Over FTP a server that sends something unasked has left, or its replies are one too many.
+        const bool isSsh = identity.server.compare(0, 5, "sftp:") == 0;
+        if (fresh || (!isSsh && each->connection->hasNews())) {
+            // If a kept connection was found dead, an older one is likely to be dead, too.
             countDown(identity.server);
             closing.splice(closing.end(), m_idle, each);
             return nullptr;

@@ -34,6 +34,7 @@ bool Replies::add(std::string_view line)
     if (!endsReply(line)) {
         return false;
     }
+    ++m_count;
     m_last = line;
     m_lastCode = (line[0] - '0') * 100 + (line[1] - '0') * 10 + (line[2] - '0');
     m_openData = m_openData || opensData(m_lastCode);

@@ -4,7 +4,7 @@
 #include "request/Text.h"
 
 #include <algorithm>
-#include <new>
+#include <string_view>
 #include <utility>
 
 namespace session {
@@ -15,27 +15,13 @@ namespace {
 // It also keeps a connection that broke off within a reply, after which libcurl 7.88 uses memory that it has freed.
 bool isOutOfStep(CURLcode code)
 {
-    return code == CURLE_FTP_WEIRD_PASV_REPLY || code == CURLE_FTP_WEIRD_227_FORMAT ||
+    return code == CURLE_FTP_WEIRD_PASV_REPLY || code == CURLE_FTP_WEIRD_227_FORMAT || code == kTooLarge ||
            code == CURLE_FTP_CANT_GET_HOST || code == CURLE_WEIRD_SERVER_REPLY || code == CURLE_RECV_ERROR ||
            code == CURLE_SEND_ERROR || code == CURLE_GOT_NOTHING || code == CURLE_OPERATION_TIMEDOUT;
 }
 
 // Hosts know a refused directory (9) as a missing file (78).
 CURLcode asReported(CURLcode code) { return code == CURLE_REMOTE_ACCESS_DENIED ? CURLE_REMOTE_FILE_NOT_FOUND : code; }
-
-CommandList listOf(const std::vector<std::string>& commands)
-{
-    CommandList list(nullptr, curl_slist_free_all);
-    for (const std::string& command : commands) {
-        curl_slist* const longer = curl_slist_append(list.get(), command.c_str());
-        if (longer == nullptr) {
-            throw std::bad_alloc();
-        }
-        static_cast<void>(list.release());
-        list.reset(longer);
-    }
-    return list;
-}
 
 } // namespace
 
@@ -96,7 +82,13 @@ void Transfer::sendFirst(const std::string& command)
     m_firstMustSucceed = mayFail ? "" : command;
 }
 
-void Transfer::receive(const DataSink& sink) { m_sink = sink; }
+void Transfer::receive(const DataSink& sink)
+{
+    m_sink = sink;
+    if (m_access.target().isSsh() && m_access.options().receiveRate > 0) {
+        m_pace.emplace(m_access.options().receiveRate);
+    }
+}
 
 void Transfer::requireEnd()
 {
@@ -108,21 +100,7 @@ void Transfer::requireEnd()
     set(m_handle, CURLOPT_SSL_CTX_DATA, this);
 }
 
-void Transfer::send(const DataSource& source, std::int64_t size)
-{
-    m_source = source;
-    m_sizeToSend = size;
-    set(m_handle, CURLOPT_UPLOAD, 1L);
-    set(m_handle, CURLOPT_READFUNCTION, read);
-    set(m_handle, CURLOPT_READDATA, this);
-    set(m_handle, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
-    if (size == 0) {
-        // libcurl 8.14 asks for no byte of these.
-        char further = 0;
-        m_sent = static_cast<std::int64_t>(m_source(&further, 1));
-        requireAnnounced(true);
-    }
-}
+void Transfer::send(const DataSource& source, std::int64_t size) { sendFrom(AnnouncedSource(source, size), size); }
 
 // libcurl seeks by itself, with CURLOPT_SEEKFUNCTION; without it, it would append the file's beginning.
 void Transfer::send(const LeavingFile& file, std::int64_t offset)
@@ -130,11 +108,23 @@ void Transfer::send(const LeavingFile& file, std::int64_t offset)
     if (!file.seek(offset)) {
         throw refusal(CURLE_READ_ERROR, "the local file has no byte " + std::to_string(offset));
     }
-    send([&file](char* bytes, std::size_t count) { return file.read(bytes, count); }, file.size());
-    m_sent = offset;
+    const auto read = [&file](char* bytes, std::size_t count) { return file.read(bytes, count); };
+    sendFrom(AnnouncedSource(read, file.size(), offset), file.size());
     set(m_handle, CURLOPT_SEEKFUNCTION, seek);
     set(m_handle, CURLOPT_SEEKDATA, static_cast<const void*>(&file));
     receiveFrom(offset);
+}
+
+void Transfer::sendFrom(AnnouncedSource source, std::int64_t size)
+{
+    m_source = std::move(source);
+    set(m_handle, CURLOPT_UPLOAD, 1L);
+    set(m_handle, CURLOPT_READFUNCTION, read);
+    set(m_handle, CURLOPT_READDATA, this);
+    set(m_handle, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
+    if (size == 0) {
+        m_source.requireEnd(); // libcurl 8.14 asks for no byte
+    }
 }
 
 void Transfer::receiveFrom(std::int64_t offset)
@@ -151,7 +141,11 @@ void Transfer::run()
 
 CURLcode Transfer::tryToRun()
 {
-    const CURLcode code = m_connection.run(m_call);
+    // libcurl drops a kept connection that brings no byte (an empty file over SSH) and tries a new one; 8.14 cannot.
+    CURLcode code = m_connection.run(m_call);
+    if (code == CURLE_TOO_MANY_REDIRECTS) {
+        code = m_connection.run(m_call);
+    }
     // The verdict's reason is taken first, because it depends on what is awaited.
     m_reason = m_call.verdict() == CURLE_OK ? "" : m_call.reason();
     m_call.await(Call::Awaited::Nothing);
@@ -162,6 +156,7 @@ CURLcode Transfer::tryToRun()
     }
     if (code == CURLE_OK) {
         judgeEnd();
+        judgeLast();
     }
     if (isOutOfStep(code)) {
         m_connection.cut();
@@ -193,12 +188,17 @@ Failure Transfer::failure(CURLcode code) const
         add(m_access.hostKeyRefusal());
     } else if (!m_reason.empty()) {
         add(m_reason);
+    } else if (!m_connection.missedSocket().empty()) {
+        add(m_connection.missedSocket());
     } else {
         add(shown(m_connection.detail(), m_access.request().password));
     }
     const std::string& reply = m_refusal.empty() ? m_connection.replies().last() : m_refusal;
     if (!reply.empty()) {
-        text += " (the server's last reply: " + shown(reply, m_access.request().password) + ")";
+        // Its code, by which callers go, is no password, though a password may look like it.
+        constexpr std::size_t kCode = 3;
+        text += " (the server's last reply: " + reply.substr(0, kCode) +
+                shown(std::string_view(reply).substr(kCode), m_access.request().password) + ")";
     }
     return {asReported(code), text};
 }
@@ -226,6 +226,10 @@ size_t Transfer::take(const char* bytes, size_t count)
         return 0;
     }
     m_call.moved(count);
+    if (m_pace) {
+        m_connection.rest(m_call, m_pace->after(count));
+        return m_call.verdict() == CURLE_OK ? count : 0;
+    }
     return count;
 }
 
@@ -240,35 +244,16 @@ size_t Transfer::read(char* bytes, size_t /*one*/, size_t count, void* self) noe
     }
 }
 
-// libcurl stops asking at the announced number of bytes, so whether there are more must be checked here.
 size_t Transfer::give(char* bytes, size_t count)
 {
     m_hasAsked = true;
     m_call.moved(0); // from now on nothing is repeated: the source's bytes cannot be read twice
-    const size_t given = m_source(bytes, count);
-    m_sent += static_cast<std::int64_t>(given);
-    requireAnnounced(given == 0);
+    const size_t given = m_source.give(bytes, count);
     m_call.moved(given);
-    if (m_sent == m_sizeToSend && given > 0) {
-        char further = 0;
-        m_sent += static_cast<std::int64_t>(m_source(&further, 1));
-        requireAnnounced(true);
-    }
-    if (given == 0 || m_sent == m_sizeToSend) {
+    if (m_source.isAtEnd()) {
         m_call.finishing();
     }
     return given;
-}
-
-void Transfer::requireAnnounced(bool isEnd)
-{
-    const std::string announced = std::to_string(m_sizeToSend) + " bytes that were announced";
-    if (m_sizeToSend >= 0 && m_sent > m_sizeToSend) {
-        throw refusal(CURLE_READ_ERROR, "the source has more than the " + announced);
-    }
-    if (m_sizeToSend >= 0 && m_sent < m_sizeToSend && isEnd) {
-        throw refusal(CURLE_READ_ERROR, "the source has only " + std::to_string(m_sent) + " of the " + announced);
-    }
 }
 
 size_t Transfer::hear(char* bytes, size_t one, size_t count, void* self) noexcept
@@ -294,6 +279,14 @@ void Transfer::judgeReply()
 {
     const int code = replies().lastCode();
     m_isRefusalLast = false;
+    // The first over a kept connection, and older than the command or about data: each reply would be that to the
+    // command before.
+    const bool isFirst = m_isReached && replies().count() == 1;
+    if (isFirst && (m_connection.hasReadNothing() || (!m_hasData && code / 10 == 22))) {
+        m_connection.wasToldUnasked = true;
+        m_foundCode = CURLE_WEIRD_SERVER_REPLY;
+        m_found = "the server sent a reply unasked";
+    }
     if (m_isReached && !m_hasData && code >= 400 && m_refusal.empty()) {
         m_isRefusalLast = true;
         m_refusal = replies().last();
@@ -305,7 +298,7 @@ void Transfer::judgeReply()
         m_comparesSize = false;
         judgeSize();
     }
-    m_isStored = m_isStored || ((code == 226 || code == 250) && replies().openData());
+    m_isStored = m_isStored || ((code == 226 || code == 250) && (m_hasAsked || replies().openData()));
 }
 
 // A server may lack SIZE (500, 502); any other reply without the number proves nothing.
@@ -313,11 +306,11 @@ void Transfer::judgeSize()
 {
     const int code = replies().lastCode();
     const long long there = sizeInReply(replies().last());
-    if (code == 500 || code == 502 || there == m_sent) {
+    if (code == 500 || code == 502 || there == sent()) {
         return;
     }
     m_foundCode = CURLE_PARTIAL_FILE;
-    m_found = there < 0 ? "the server does not report the size of what was sent" : sizesDiffer(there, m_sent);
+    m_found = there < 0 ? "the server does not report the size of what was sent" : sizesDiffer(there, sent());
 }
 
 // The data may have been cut off. As after any data connection that broke, the server may want another TLS session.
@@ -336,6 +329,17 @@ void Transfer::judgeEnd()
     m_foundCode = CURLE_RECV_ERROR;
     m_found = "the server has neither reported a size nor announced the end of the data with close_notify";
     m_connection.giveUp();
+}
+
+// libcurl takes any reply below 400 for success. One that announces another is none: that other would be the next
+// command's.
+void Transfer::judgeLast()
+{
+    if ((m_after || !m_firstMustSucceed.empty()) && m_foundCode == CURLE_OK && replies().isLastPreliminary()) {
+        m_foundCode = CURLE_WEIRD_SERVER_REPLY;
+        m_found = "the server's last reply neither confirms nor refuses the command";
+        m_connection.cut();
+    }
 }
 
 // CURLOPT_SSL_CTX_FUNCTION. After the login, the only TLS connection to be made is the one for the data.

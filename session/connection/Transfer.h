@@ -3,7 +3,10 @@
 
 #include "call/Call.h"
 #include "call/Failure.h"
+#include "connection/AnnouncedSource.h"
+#include "connection/CommandList.h"
 #include "connection/Connection.h"
+#include "connection/Pace.h"
 #include "files/LocalFiles.h"
 #include "request/Access.h"
 
@@ -13,12 +16,11 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace session {
-
-using CommandList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
 
 /// The text for an upload whose size on the server differs from the bytes sent.
 std::string sizesDiffer(std::int64_t there, std::int64_t sent);
@@ -62,13 +64,14 @@ public:
     /// Whether bytes may have been sent.
     bool hasAskedSource() const { return m_hasAsked; }
     /// The bytes sent, including those of an earlier attempt.
-    std::int64_t sent() const { return m_sent; }
+    std::int64_t sent() const { return m_source.given(); }
     /// Whether the size on the server differs from the bytes sent.
     bool hasFoundWrongSize() const { return m_foundCode == CURLE_PARTIAL_FILE; }
     /// The failure to throw for a transfer that ended with this code.
     Failure failure(CURLcode code) const;
 
 private:
+    void sendFrom(AnnouncedSource source, std::int64_t size);
     static size_t write(char* bytes, size_t one, size_t count, void* self) noexcept;
     static size_t read(char* bytes, size_t one, size_t count, void* self) noexcept;
     static size_t hear(char* bytes, size_t one, size_t count, void* self) noexcept;
@@ -79,11 +82,11 @@ private:
     static int begin(void* self, char* theirs, char* ours, int theirPort, int ourPort) noexcept;
     size_t take(const char* bytes, size_t count);
     size_t give(char* bytes, size_t count);
-    void requireAnnounced(bool isEnd);
     void sendFirst(const std::string& command);
     void judgeReply();
     void judgeSize();
     void judgeEnd();
+    void judgeLast();
     void watch(std::int64_t moved, std::int64_t all);
 
     Connection& m_connection;
@@ -94,16 +97,15 @@ private:
     std::string m_firstMustSucceed; // the command there; empty: it may fail
     CommandList m_after;
     DataSink m_sink;
-    DataSource m_source;
-    std::int64_t m_sizeToSend = -1;
-    std::int64_t m_sent = 0;
-    std::int64_t m_moved = 0; // by libcurl's count
+    AnnouncedSource m_source;
+    std::optional<Pace> m_pace; // where libcurl does not keep the rate
+    std::int64_t m_moved = 0;   // by libcurl's count
     bool m_hasAsked = false;
     bool m_comparesSize = false;
     bool m_requiresEnd = false;
     bool m_hasData = true;
     bool m_isReached = false;     // logged in
-    bool m_isStored = false;      // the server has confirmed the data
+    bool m_isStored = false;      // the server has confirmed the data, which libcurl sends after any reply below 400
     std::string m_reason;         // why the call had to end
     bool m_isRefusalLast = false; // nothing was said after it
     std::string m_refusal;        // the server's first, where no data moves

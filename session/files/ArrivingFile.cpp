@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <system_error>
 #include <thread>
@@ -29,11 +30,19 @@ Failure failure(const std::string& path, int error)
                    "localPath " + shown(path, {}) + " cannot be written: " + std::generic_category().message(error));
 }
 
-// Otherwise the link itself would be replaced, not the file it leads to.
+// Otherwise the link itself would be replaced, not the file that it leads to, or will lead to.
 std::string withoutLinks(const std::string& path)
 {
     const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr), std::free);
-    return real ? real.get() : path;
+    if (real) {
+        return real.get();
+    }
+    if (errno == ELOOP) {
+        throw failure(path, ELOOP);
+    }
+    std::error_code isNoLink;
+    const std::filesystem::path target = std::filesystem::read_symlink(path, isNoLink);
+    return isNoLink ? path : withoutLinks(std::filesystem::path(path).parent_path() / target);
 }
 
 // Otherwise a crash could lose the new name, and the old file with it.
@@ -47,6 +56,14 @@ void saveFolder(const std::string& path)
     }
 }
 
+// A disk on the network may tell only when a descriptor is closed that it has not taken the bytes. A second one, as the
+// file's own holds its lock.
+bool closesWell(int descriptor)
+{
+    const int second = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+    return second >= 0 && close(second) == 0;
+}
+
 // False if another call holds the lock. A file system without locks counts as free.
 bool isLocked(int descriptor) { return flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK; }
 
@@ -58,6 +75,10 @@ bool isOurs(int descriptor, const std::string& path, struct stat& opened)
            opened.st_ino == named.st_ino && opened.st_dev == named.st_dev && opened.st_uid == geteuid() &&
            opened.st_nlink == 1;
 }
+
+// The mode of a file that replaces one with this mode. Without its owner and group, a group gets no more than all. What
+// a server sends gets no set-user-ID.
+mode_t modeAs(mode_t replaced, bool hasOwner) { return replaced & (hasOwner ? 0777U : 0707U | (replaced & 07U) << 3U); }
 
 } // namespace
 
@@ -82,7 +103,10 @@ ArrivingFile::ArrivingFile(const std::string& path, const Call& call, const std:
     requireFile(path);
     struct stat there = {};
     const bool exists = stat(m_path.c_str(), &there) == 0;
-    if (exists && !S_ISREG(there.st_mode)) {
+    if (exists && S_ISREG(there.st_mode)) {
+        m_replaced = there;
+    }
+    if (exists && !m_replaced) {
         openPipe();
     } else if (exists && access(m_path.c_str(), W_OK) != 0) {
         fail(errno);
@@ -93,18 +117,19 @@ ArrivingFile::ArrivingFile(const std::string& path, const Call& call, const std:
         m_temporary.clear();
         fail(errno);
     }
-    if (exists && !m_temporary.empty()) {
-        // Readable by no one who may not read the file that it replaces.
-        m_replaced = there;
-        static_cast<void>(fchmod(m_descriptor.get(), there.st_mode & 07777));
+    if (m_replaced) {
+        static_cast<void>(fchmod(m_descriptor.get(), mode())); // an earlier attempt may have replaced nothing
     }
 }
+
+// Readable by no one who may not read the file that it replaces, whose group may be another.
+mode_t ArrivingFile::mode() const { return m_replaced ? 0600 : 0666; }
 
 // The lock keeps two calls from writing to one file; closing the descriptor releases it.
 bool ArrivingFile::openKept(const std::string& version)
 {
     const std::string path = beside(version + ".part");
-    Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666));
+    Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, mode()));
     struct stat opened = {};
     if (!file.isOpen() || !isLocked(file.get()) || !isOurs(file.get(), path, opened)) {
         return false;
@@ -120,7 +145,7 @@ void ArrivingFile::openNew()
 {
     for (unsigned i = 0; !m_descriptor.isOpen() && (i == 0 || errno == EEXIST); ++i) {
         m_temporary = beside(std::to_string(getpid()) + "." + std::to_string(i) + ".part");
-        m_descriptor = Descriptor(open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        m_descriptor = Descriptor(open(m_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode()));
     }
 }
 
@@ -220,10 +245,11 @@ void ArrivingFile::takePlace(bool syncs)
     }
     if (m_replaced) {
         // The owner, if permitted, and then the mode, because changing the owner clears some of its bits.
-        static_cast<void>(fchown(m_descriptor.get(), m_replaced->st_uid, m_replaced->st_gid) == 0);
-        static_cast<void>(fchmod(m_descriptor.get(), m_replaced->st_mode & 07777));
+        const bool hasOwner = fchown(m_descriptor.get(), m_replaced->st_uid, m_replaced->st_gid) == 0;
+        static_cast<void>(fchmod(m_descriptor.get(), modeAs(m_replaced->st_mode, hasOwner)));
     }
-    if ((syncs && fsync(m_descriptor.get()) != 0) || rename(m_temporary.c_str(), m_path.c_str()) != 0) {
+    const bool isWritten = syncs ? fsync(m_descriptor.get()) == 0 : closesWell(m_descriptor.get());
+    if (!isWritten || rename(m_temporary.c_str(), m_path.c_str()) != 0) {
         fail(errno);
     }
     m_temporary.clear();

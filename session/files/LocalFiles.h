@@ -62,6 +62,7 @@ public:
     void takePlace(bool syncs);
 
 private:
+    mode_t mode() const;
     bool openKept(const std::string& version);
     void openNew();
     void openPipe();

@@ -1,6 +1,7 @@
 #include "operation/Operations.h"
 
 #include "call/Failure.h"
+#include "call/SetOption.h"
 #include "connection/Transfer.h"
 #include "request/Text.h"
 
@@ -28,9 +29,23 @@ void requireName(const char* field, const std::string& name)
     }
 }
 
+// Some servers take "~" for a home directory.
+std::string withoutHome(const std::string& name) { return (name.compare(0, 1, "~") == 0 ? "./" : "") + name; }
+
 } // namespace
 
-void test(const Work& work) { command(work, work.access.target().directoryUrl(), {}); }
+void test(const Work& work)
+{
+    Transfer transfer(work.connection, work.access, work.call);
+    transfer.visit(work.access.target().directoryUrl());
+    transfer.withoutData();
+    transfer.after({});
+    if (work.access.target().isSsh()) {
+        // A question whose answer does not matter: otherwise nothing would be sent over a kept connection.
+        set(transfer.handle(), CURLOPT_FILETIME, 1L);
+    }
+    transfer.run();
+}
 
 void renameFile(const Work& work)
 {
@@ -60,7 +75,8 @@ void makeDirectory(const Work& work)
     const Target& target = work.access.target();
     requireName("remotePath", target.name());
     command(work, target.parentUrl(),
-            {target.isSsh() ? "mkdir " + quoted(target.commandPathInParent(target.name())) : "MKD " + target.name()});
+            {target.isSsh() ? "mkdir " + quoted(target.commandPathInParent(target.name()))
+                            : "MKD " + withoutHome(target.name())});
 }
 
 void removeDirectory(const Work& work)
@@ -68,7 +84,8 @@ void removeDirectory(const Work& work)
     const Target& target = work.access.target();
     requireName("remotePath", target.name());
     command(work, target.parentUrl(),
-            {target.isSsh() ? "rmdir " + quoted(target.commandPathInParent(target.name())) : "RMD " + target.name()});
+            {target.isSsh() ? "rmdir " + quoted(target.commandPathInParent(target.name()))
+                            : "RMD " + withoutHome(target.name())});
 }
 
 } // namespace session

@@ -35,15 +35,19 @@ Failure tooLarge(std::int64_t limit)
     return refusal(CURLE_FILESIZE_EXCEEDED, "the file is larger than " + std::to_string(limit - 1) + " bytes");
 }
 
-// Identifies the file's content on the server: another content has another temporary name here.
+// Identifies the file's content on the server: another content has another temporary name here. Empty where the server
+// reports no size or no time: a file of the same size, changed in front of the end that is compared, would be mixed.
 std::string versionOf(const Work& work, const RemoteEntry& there)
 {
+    if (there.size < 0 || !there.modified) {
+        return {};
+    }
     Digest digest;
     digest.add(work.access.identity().server);
     digest.add(work.access.request().userName);
     digest.add(work.access.target().url());
     digest.add(std::to_string(there.size));
-    digest.add(there.modified ? std::to_string(there.modified->time_since_epoch().count()) : "unknown");
+    digest.add(std::to_string(there.modified->time_since_epoch().count()));
     constexpr std::size_t kDigits = 12;
     return inHex(digest.value()).substr(0, kDigits);
 }
@@ -98,6 +102,8 @@ bool goOn(const Work& work, ArrivingFile& file, std::int64_t size)
     if (code != CURLE_OK) {
         throw transfer.failure(code);
     }
+    work.call.finishing();
+    work.call.report(true);
     return true;
 }
 
@@ -111,7 +117,7 @@ void resume(const Work& work, const std::string& localPath, std::int64_t limit)
     if (there->size >= limit) {
         throw tooLarge(limit);
     }
-    ArrivingFile file(localPath, work.call, there->size < 0 ? std::string() : versionOf(work, *there));
+    ArrivingFile file(localPath, work.call, versionOf(work, *there));
     if (file.size() == 0 || file.size() > there->size || !goOn(work, file, there->size)) {
         file.startOver();
         download(work, sinkOf(file), limit);

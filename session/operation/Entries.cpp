@@ -11,6 +11,9 @@ namespace session {
 
 namespace {
 
+constexpr std::size_t kMode = 10; // letters, such as "-rw-r--r--"
+constexpr std::string_view kKinds = "-dlbcps";
+
 bool isOneOfTheDots(std::string_view name) { return name == "." || name == ".."; }
 
 template <typename Number>
@@ -54,6 +57,26 @@ std::string_view takeWord(std::string_view& line)
     const std::string_view word = line.substr(0, line.find(' '));
     line.remove_prefix(word.size());
     return word;
+}
+
+bool isNumber(std::string_view word)
+{
+    return !word.empty() && word.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+bool isTime(std::string_view word) { return word.find(':') != std::string_view::npos; }
+
+// The number before the month. What stands before it is the group, whose name may hold blanks ("domain users").
+std::string_view takeSize(std::string_view& line)
+{
+    for (;;) {
+        const std::string_view word = takeWord(line);
+        std::string_view rest = line;
+        const bool isLast = isNumber(word) && !isNumber(takeWord(rest));
+        if (word.empty() || isLast) {
+            return word;
+        }
+    }
 }
 
 std::string_view withoutEnd(std::string_view line)
@@ -124,15 +147,16 @@ bool leadsNowhereElse(std::string_view name)
 std::optional<RemoteEntry> entryOfFacts(std::string_view line)
 {
     line = withoutEnd(line);
-    const std::size_t blank = line.find(' ');
-    // Each fact ends in a semicolon, and a blank follows the last one.
-    if (blank == std::string_view::npos || (blank > 0 && line[blank - 1] != ';')) {
+    // A value may hold a blank, as that of a group ("domain users").
+    const bool hasFacts = !line.empty() && line.front() != ' ';
+    const std::size_t end = hasFacts ? line.find("; ") : 0;
+    if (line.empty() || end == std::string_view::npos) {
         return std::nullopt;
     }
     RemoteEntry entry;
-    entry.name = line.substr(blank + 1);
+    entry.name = line.substr(end + (hasFacts ? 2 : 1));
     std::string type;
-    for (std::string_view facts = line.substr(0, blank); !facts.empty();) {
+    for (std::string_view facts = line.substr(0, end); !facts.empty();) {
         const std::string_view fact = facts.substr(0, facts.find(';'));
         takeFact(fact, entry, type);
         facts.remove_prefix(std::min(fact.size() + 1, facts.size()));
@@ -151,25 +175,19 @@ std::optional<RemoteEntry> entryOfLongLine(std::string_view line)
 {
     line = withoutEnd(line);
     const std::string_view mode = takeWord(line);
-    constexpr std::size_t kMode = 10;
-    if (mode.size() < kMode || std::string_view("-dlbcps").find(mode.front()) == std::string_view::npos) {
+    if (mode.size() < kMode || kKinds.find(mode.front()) == std::string_view::npos) {
         return std::nullopt;
     }
-    for (int i = 0; i < 3; ++i) { // links, owner, group
-        takeWord(line);
-    }
-    std::string_view size = takeWord(line);
-    const bool isDevice = !size.empty() && size.back() == ',';
-    if (isDevice) {
-        size = takeWord(line);
-    }
-    for (int i = 0; i < 3; ++i) { // month, day, and time or year
-        if (takeWord(line).empty()) {
-            return std::nullopt;
-        }
-    }
+    takeWord(line); // links
+    takeWord(line); // owner
+    const std::string_view size = takeSize(line);
+    takeWord(line); // month
+    const std::string_view day = takeWord(line);
+    const std::string_view timeOrYear = takeWord(line);
+    // In a date of two words, the third is the beginning of the name.
+    const bool isDate = !isTime(day) && (isTime(timeOrYear) || isNumber(timeOrYear));
     // One blank; further ones belong to the name.
-    if (line.size() < 2 || !numberIn<std::int64_t>(size)) {
+    if (line.size() < 2 || !isDate || !numberIn<std::int64_t>(size)) {
         return std::nullopt;
     }
     RemoteEntry entry;
@@ -182,6 +200,35 @@ std::optional<RemoteEntry> entryOfLongLine(std::string_view line)
         entry.size = *numberIn<std::int64_t>(size);
     }
     return entry.name.empty() || isOneOfTheDots(entry.name) ? std::nullopt : std::optional<RemoteEntry>(entry);
+}
+
+bool tellsNothing(std::string_view line)
+{
+    line = withoutEnd(line);
+    const std::string_view last = line.substr(line.rfind(' ') + 1); // npos + 1 is 0
+    std::string_view rest = line;
+    takeWord(rest);
+    const bool isSum = isNumber(takeWord(rest)) && rest.empty();
+    const bool hasFacts = line.find("; ") != std::string_view::npos;
+    return line.empty() || isSum || hasFacts || isOneOfTheDots(last);
+}
+
+bool looksLikeFacts(std::string_view line)
+{
+    line = withoutEnd(line);
+    const std::string facts = lowerCase(line.substr(0, line.find(' ')));
+    return facts.find("type=") != std::string::npos && line.find("; ") == std::string_view::npos;
+}
+
+bool looksLikeEntry(std::string_view line)
+{
+    line = withoutEnd(line);
+    const std::string_view name = line.substr(line.rfind(' ') + 1); // npos + 1 is 0
+    const std::string_view word = takeWord(line);
+    const bool isMode = word.size() >= kMode && kKinds.find(word[0]) != std::string_view::npos &&
+                        std::string_view("-r").find(word[1]) != std::string_view::npos;
+    const bool isDate = !word.empty() && std::isdigit(static_cast<unsigned char>(word[0])) != 0;
+    return (isMode || isDate) && !isOneOfTheDots(name);
 }
 
 } // namespace session

@@ -19,6 +19,17 @@ std::optional<RemoteEntry> entryOfFacts(std::string_view line);
 /// Without a time, because the listing does not say which time zone it uses.
 std::optional<RemoteEntry> entryOfLongLine(std::string_view line);
 
+/// Whether a line that is no entry may be in a listing in a format that is known: an empty one, the sum ("total 12"),
+/// that of the directory itself or its parent.
+bool tellsNothing(std::string_view line);
+
+/// Whether a line of MLSD tells an entry's type, but not, as it should, a name behind the last semicolon.
+bool looksLikeFacts(std::string_view line);
+
+/// Whether a line of a listing begins as an entry does in the format of "ls -l", or in that of Windows, with a date;
+/// not for "." and "..". The second half of a name with a line break does not, as a rule.
+bool looksLikeEntry(std::string_view line);
+
 /// Whether a name can be that of an entry: with a "/" or a zero byte, a path made from it would lead elsewhere.
 bool leadsNowhereElse(std::string_view name);
 

@@ -13,7 +13,9 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstdint>
 #include <ctime>
+#include <limits>
 
 namespace session {
 
@@ -24,11 +26,13 @@ using Time = std::chrono::system_clock::time_point;
 // A gap of the server's, not of libcurl's, whose own text for the code would blame the wrong one.
 Failure notOffered(const std::string& what) { return {CURLE_NOT_BUILT_IN, "The server does not offer " + what}; }
 
+std::int64_t secondsOf(Time time) { return std::chrono::floor<std::chrono::seconds>(time).time_since_epoch().count(); }
+
 std::string textOf(Time time, const char* format)
 {
     // Not gmtime, whose argument has 32 bits on some machines.
     constexpr std::int64_t kDay = 86400;
-    const std::int64_t seconds = std::chrono::floor<std::chrono::seconds>(time).time_since_epoch().count();
+    const std::int64_t seconds = secondsOf(time);
     const std::int64_t rest = (seconds % kDay + kDay) % kDay;
     const boost::gregorian::date day =
         boost::gregorian::date(1970, 1, 1) + boost::gregorian::days(static_cast<int>((seconds - rest) / kDay));
@@ -47,6 +51,14 @@ std::string nameOf(const Work& work)
 {
     work.access.target().requireFile();
     return work.access.target().name();
+}
+
+// libcurl would drop the other bits.
+void requireTimeOfSsh(Time time)
+{
+    if (secondsOf(time) < 0 || secondsOf(time) > std::numeric_limits<std::uint32_t>::max()) {
+        throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, "SSH knows no time before 1970 or after 2106-02-07T06:28:15Z");
+    }
 }
 
 // A refusal of the command itself, not of the file.
@@ -123,6 +135,7 @@ void setModified(const Work& work, Time modified)
     const Target& target = work.access.target();
     const std::string name = nameOf(work);
     if (target.isSsh()) {
+        requireTimeOfSsh(modified);
         visitDirectory(work, target.parentUrl(),
                        {"mtime " + quoted(textOf(modified, "%d %b %Y %H:%M:%S GMT")) + " " +
                         quoted(target.commandPathInParent(name))});

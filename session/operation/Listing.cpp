@@ -19,6 +19,12 @@ constexpr std::int64_t kLargestListing = 128LL * 1024 * 1024;
 
 Failure listingTooLarge() { return refusal(CURLE_FILESIZE_EXCEEDED, "the listing is larger than 128 MiB"); }
 
+Failure unknownFormat(bool facts)
+{
+    const std::string format = facts ? "MLSD" : "\"ls -l\"";
+    return refusal(CURLE_WEIRD_SERVER_REPLY, "a line of the listing is not in the format of " + format);
+}
+
 RemoteEntry found(const std::optional<RemoteEntry>& entry, const std::string& name)
 {
     if (!entry) {
@@ -37,9 +43,14 @@ void requireEnd(const Work& work, Transfer& transfer)
     }
 }
 
+// What vsftpd says, with a 226, of a directory that the user may not read; its listing is empty.
+bool isUnread(const Replies& replies) { return replies.last().find("failed to open directory") != std::string::npos; }
+
 std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& directoryUrl)
 {
-    const bool facts = !work.access.target().isSsh() && featuresOf(work, directoryUrl).mlst;
+    const bool isSsh = work.access.target().isSsh();
+    const bool facts = !isSsh && featuresOf(work, directoryUrl).mlst;
+    bool hasRiddles = false;
     std::vector<RemoteEntry> entries;
     std::size_t kept = 0; // a few bytes on the wire can take many here
     LineSplitter lines([&](std::string_view line) {
@@ -51,6 +62,12 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
             }
             entries.push_back(std::move(*entry));
         }
+        if (!entry && (facts ? looksLikeFacts(line) : looksLikeEntry(line))) {
+            // Without its entry, the list would be taken for the whole.
+            throw unknownFormat(facts);
+        }
+        // Over SSH libcurl writes a line for each entry, of what the server tells about it.
+        hasRiddles = hasRiddles || (!entry && (!tellsNothing(line) || (isSsh && line.empty())));
     });
     Transfer transfer(work.connection, work.access, work.call);
     transfer.visit(directoryUrl);
@@ -65,11 +82,15 @@ std::vector<RemoteEntry> entriesAt(const Work& work, const std::string& director
         return take(bytes, count);
     });
     transfer.run();
-    if (transfer.replies().lastCode() == 450) {
-        // libcurl takes it for an empty directory, because some servers answer NLST of one that way.
+    if (transfer.replies().lastCode() == 450 || isUnread(transfer.replies())) {
+        // libcurl takes 450 for an empty directory, because some servers answer NLST of one that way.
         throw transfer.failure(CURLE_FTP_COULDNT_RETR_FILE);
     }
     lines.end();
+    // Beside entries, it is the second half of a name with a line break.
+    if (hasRiddles && entries.empty()) {
+        throw unknownFormat(facts);
+    }
     return entries;
 }
 
@@ -85,10 +106,12 @@ RemoteEntry statByFacts(const Work& work, const std::string& name)
     if (code != CURLE_OK) {
         throw transfer.failure(code == CURLE_QUOTE_ERROR ? CURLE_REMOTE_FILE_NOT_FOUND : code);
     }
-    // "250-Listing", the facts after a blank, "250 End".
-    for (const std::string& line : transfer.replies().lines()) {
-        if (!line.empty() && line.front() == ' ') {
-            if (const std::optional<RemoteEntry> entry = entryOfFacts(std::string_view(line).substr(1))) {
+    // "250-Listing", the facts after a blank, "250 End". The last such line: what a server says on the way into the
+    // directory may have some, too.
+    const std::vector<std::string>& lines = transfer.replies().lines();
+    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
+        if (!line->empty() && line->front() == ' ') {
+            if (const std::optional<RemoteEntry> entry = entryOfFacts(std::string_view(*line).substr(1))) {
                 return found(entry, name);
             }
         }
@@ -110,8 +133,8 @@ RemoteEntry statByCommands(const Work& work, const std::string& name)
     const Failure missing = refusal(CURLE_REMOTE_FILE_NOT_FOUND, "there is no \"" + name + "\"");
     try {
         visitDirectory(work, target.directoryUrl(), {});
-    } catch (const Failure&) {
-        throw Failure(missing);
+    } catch (const Failure& failure) {
+        throw failure.code() == CURLE_REMOTE_FILE_NOT_FOUND ? missing : failure;
     }
     return {name, EntryKind::Directory, -1, std::nullopt};
 }
@@ -181,6 +204,9 @@ void listNames(const Work& work, const DataSink& sink)
     const DataSink splitting = lines.sink();
     transfer.receive([&](const char* bytes, std::size_t count) { return splitting(bytes, count) && taken; });
     transfer.run();
+    if (isUnread(transfer.replies())) {
+        throw transfer.failure(CURLE_FTP_COULDNT_RETR_FILE);
+    }
     lines.end();
 }
 

@@ -66,6 +66,7 @@ public:
             }
             if (m_offset == m_size && m_size > 0) {
                 m_begun = true;
+                m_work.call.beginTransfer(m_size, m_offset);
                 putInPlace();
                 return;
             }
@@ -116,7 +117,14 @@ private:
     {
         return m_target.isSsh() ? code == CURLE_REMOTE_ACCESS_DENIED
                                 : code != CURLE_OK && code != CURLE_REMOTE_ACCESS_DENIED &&
-                                      m_work.connection.replies().lastCode() >= 400;
+                                      m_work.connection.replies().isLastRefusal();
+    }
+
+    // A connection that broke says nothing about what is there.
+    bool isAnswer(CURLcode code) const
+    {
+        return code == CURLE_OK || code == CURLE_WRITE_ERROR || isRefusal(code) ||
+               (m_target.isSsh() && (code == CURLE_REMOTE_FILE_NOT_FOUND || code == CURLE_SSH));
     }
 
     // Under a unique name.
@@ -152,7 +160,7 @@ private:
             return end.size() <= static_cast<std::size_t>(compared);
         });
         const CURLcode code = transfer.tryToRun();
-        if (m_work.call.verdict() != CURLE_OK) {
+        if (m_work.call.verdict() != CURLE_OK || !isAnswer(code)) {
             throw transfer.failure(code);
         }
         return code == CURLE_OK && end == m_file->part(offset, static_cast<std::size_t>(compared)) ? there->size : 0;

@@ -76,10 +76,14 @@ void Access::applyTo(CURL* handle, Call& call, bool newestTls)
     set(handle, CURLOPT_PATH_AS_IS, 1L);
     set(handle, CURLOPT_USERNAME, m_request.userName.c_str());
     set(handle, CURLOPT_PASSWORD, m_request.password.c_str());
-    // Even if empty: a proxy from the environment would get the login in the clear.
+    // Even if empty: a proxy from the environment would get the login in the clear, and an exception there would leave
+    // out the host's proxy.
     set(handle, CURLOPT_PROXY, m_options.proxy.c_str());
+    set(handle, CURLOPT_NOPROXY, "");
     // Without a tunnel, an HTTP proxy would get the server's login in the clear.
     set(handle, CURLOPT_HTTPPROXYTUNNEL, 1L);
+    // Its answers are none of the server's.
+    set(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     set(handle, CURLOPT_FTP_SKIP_PASV_IP, 1L);
     set(handle, CURLOPT_FTP_FILEMETHOD, static_cast<long>(CURLFTPMETHOD_SINGLECWD));
     applyLimits(handle, call);
@@ -136,6 +140,8 @@ void Access::applyTls(CURL* handle, bool newestTls) const
     if (!m_options.clientCertificate.empty()) {
         setBlob(handle, CURLOPT_SSLCERT_BLOB, m_options.clientCertificate);
         setBlob(handle, CURLOPT_SSLKEY_BLOB, m_options.clientKey);
+        // Without a passphrase, libcurl 7.88 would end the process when a key needs one.
+        set(handle, CURLOPT_KEYPASSWD, "");
     }
 }
 

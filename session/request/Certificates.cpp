@@ -8,6 +8,7 @@
 #include <openssl/bio.h>
 #include <openssl/pem.h>
 #include <openssl/x509.h>
+#include <openssl/x509v3.h>
 
 #include <memory>
 #include <new>
@@ -42,6 +43,7 @@ struct FreeItems
 };
 
 // libcurl would read them anew for each TLS connection, which took nearly half of the instructions of a small upload.
+// OpenSSL works out what a certificate's extensions say when it is first asked; here it is, before threads share them.
 Trust::Certificates certificatesIn(const std::string& pem)
 {
     const std::shared_ptr<STACK_OF(X509)> certificates(sk_X509_new_null(),
@@ -57,10 +59,14 @@ Trust::Certificates certificatesIn(const std::string& pem)
     }
     for (int i = 0; i < sk_X509_INFO_num(items.get()); ++i) {
         X509*& certificate = sk_X509_INFO_value(items.get(), i)->x509;
-        if (certificate != nullptr && sk_X509_push(certificates.get(), certificate) == 0) {
+        if (certificate == nullptr) {
+            continue;
+        }
+        X509_check_purpose(certificate, -1, 0);
+        if (sk_X509_push(certificates.get(), certificate) == 0) {
             throw std::bad_alloc();
         }
-        certificate = nullptr; // if there is one, it has another owner now
+        certificate = nullptr; // it has another owner now
     }
     return certificates;
 }

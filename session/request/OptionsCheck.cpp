@@ -2,9 +2,17 @@
 
 #include "request/Text.h"
 
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <cctype>
+#include <initializer_list>
 #include <limits>
+#include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace session {
 
@@ -29,6 +37,56 @@ void requireText(const char* field, const std::string& text)
     requireThat(!holdsControlByte(text), std::string(field) + " must not hold a control byte");
 }
 
+// One whose login holds a coded control byte is not used by libcurl, without a word.
+bool holdsCodedControlByte(const std::string& text)
+{
+    for (std::string::size_type at = text.find('%'); at != std::string::npos; at = text.find('%', at + 1)) {
+        const std::string code = text.substr(at + 1, 2);
+        if (code.size() == 2 && (code[0] == '0' || code[0] == '1') &&
+            std::isxdigit(static_cast<unsigned char>(code[1])) != 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// libcurl makes copies of what it reads.
+std::string withoutLogin(const std::string& proxy)
+{
+    const std::string::size_type scheme = proxy.find("://");
+    const std::string::size_type begin = scheme == std::string::npos ? 0 : scheme + 3;
+    const std::string::size_type end = std::min(proxy.find_first_of("/?#", begin), proxy.size());
+    const std::string::size_type login = std::string_view(proxy).substr(0, end).rfind('@');
+    return login == std::string::npos ? proxy : proxy.substr(0, begin) + proxy.substr(login + 1);
+}
+
+bool isUrl(const std::string& text)
+{
+    const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> url(curl_url(), curl_url_cleanup);
+    const CURLUcode code =
+        url ? curl_url_set(url.get(), CURLUPART_URL, text.c_str(), CURLU_NON_SUPPORT_SCHEME | CURLU_GUESS_SCHEME)
+            : CURLUE_OUT_OF_MEMORY;
+    if (code == CURLUE_OUT_OF_MEMORY) {
+        throw std::bad_alloc();
+    }
+    return code == CURLUE_OK;
+}
+
+// libcurl would repeat what is no proxy to it in its message, with the password. Without a scheme, it is an HTTP proxy.
+void requireProxy(const std::string& proxy)
+{
+    requireText("proxy", proxy);
+    const std::string::size_type scheme = proxy.find("://");
+    const std::initializer_list<std::string_view> known = {"http", "https", "socks4", "socks4a", "socks5", "socks5h"};
+    const bool isKnown =
+        scheme == std::string::npos || std::any_of(known.begin(), known.end(), [&](std::string_view each) {
+            return each.size() == scheme && curl_strnequal(each.data(), proxy.c_str(), scheme) != 0;
+        });
+    requireThat(proxy.empty() || (isKnown && isUrl(withoutLogin(proxy)) && proxy.find(' ') == std::string::npos &&
+                                  !holdsCodedControlByte(proxy)),
+                "proxy must be the URL of an http, https, socks4, socks4a, socks5 or socks5h proxy");
+}
+
 } // namespace
 
 void checkOptions(const SessionOptions& options)
@@ -46,7 +104,7 @@ void checkOptions(const SessionOptions& options)
     requireText("pinnedPublicKey", options.pinnedPublicKey);
     requireText("knownHostsFile", options.knownHostsFile);
     requireText("hostKeySha256", options.hostKeySha256);
-    requireText("proxy", options.proxy);
+    requireProxy(options.proxy);
     constexpr auto kHighestRate = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
     requireThat(options.sendRate <= kHighestRate, "sendRate is too high");
     requireThat(options.receiveRate <= kHighestRate, "receiveRate is too high");

@@ -159,19 +159,23 @@ void Target::requireFile() const
 std::string Target::directoryUrl() const { return url() + (isDirectory() ? "" : "/"); }
 
 // The index of the first name.
-std::string::size_type Target::top() const { return m_path.compare(1, 3, kCodedSlash) == 0 ? 4 : 1; }
+std::string::size_type Target::top() const
+{
+    if (isSsh() && m_path.compare(0, 3, "/~/") == 0) {
+        return 3;
+    }
+    return m_path.compare(1, 3, kCodedSlash) == 0 ? 4 : 1;
+}
 
 std::string::size_type Target::lastName() const
 {
-    const std::string::size_type end =
-        m_path.size() > 1 && m_path.back() == '/' ? m_path.size() - 2 : std::string::npos;
-    return std::max(m_path.rfind('/', end) + 1, top());
+    return std::max(m_path.rfind('/', m_path.find_last_not_of('/')) + 1, top());
 }
 
 std::string Target::encodedName() const
 {
     const std::string name = m_path.substr(lastName());
-    return !name.empty() && name.back() == '/' ? name.substr(0, name.size() - 1) : name;
+    return name.substr(0, name.find_last_not_of('/') + 1);
 }
 
 std::string Target::name() const { return percentDecoded(encodedName()); }

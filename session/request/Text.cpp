@@ -51,8 +51,10 @@ std::string shown(std::string_view text, const std::string& secret)
 std::string shownUrl(const SFtpRequest& request)
 {
     std::string_view url = request.remotePath;
-    const std::size_t slashes = url.find("://");
-    const std::size_t host = slashes == std::string_view::npos ? 0 : slashes + 3;
+    // libcurl takes any number of slashes up to three.
+    const std::size_t slashes = url.find(":/");
+    const std::size_t host =
+        slashes == std::string_view::npos ? 0 : std::min(url.find_first_not_of('/', slashes + 1), url.size());
     const std::size_t at = url.substr(host, url.find('/', host) - host).rfind('@');
     std::string text(url.substr(0, host));
     if (at != std::string_view::npos) {

@@ -54,7 +54,9 @@ struct Row
     /// The code from libcurl 8.14 on, in place of the others.
     Row& in814(int code, const char* text)
     {
+        in788 = codes;
         codes = isCurl814() ? std::set<int>{code} : codes;
+        in814Code = code;
         return because(text);
     }
     /// Why there is more than one code: releases of libcurl differ.
@@ -82,6 +84,8 @@ struct Row
     Operation operation;
     std::vector<std::string> faults;
     std::set<int> codes;
+    std::set<int> in788; ///< the codes before libcurl 8.14; none where releases agree
+    int in814Code = 0;   ///< and the one since
     std::string why;
     bool race = false;
     unsigned responseTimeout = 0;

@@ -78,6 +78,9 @@ const std::map<std::string, std::set<int>>& ownCodes()
         {"Visit/Done426", {CURLE_OK}},
         {"Visit/Done421", {CURLE_OK}},
         {"Visit/DoneClosed", {CURLE_OK}},
+        // A reply that announces another, or asks for a further command, confirms nothing.
+        {"RenameCommand/Reply150WithoutEffect", {CURLE_WEIRD_SERVER_REPLY}},
+        {"RmCommand/Reply350WithoutEffect", {CURLE_WEIRD_SERVER_REPLY}},
         // Names are compared.
         {"Certificate/OfAnotherHost", {CURLE_PEER_FAILED_VERIFICATION}},
         // The session's own codes.

@@ -1,4 +1,5 @@
 // Both clients over lines that delay, lose, split, limit and break: what they send, and what comes of it.
+#include "harness/LongLine.h"
 #include "harness/Place.h"
 
 #include "support/Live.h"
@@ -48,14 +49,6 @@ struct Case
     std::size_t bytes = 100000; ///< of the file that moves
 };
 
-Line lineOf(std::chrono::milliseconds roundTrip, unsigned lost)
-{
-    Line line;
-    line.delay = roundTrip / 2;
-    line.lost = lost;
-    return line;
-}
-
 Line inPieces(std::size_t longest)
 {
     Line line;
@@ -71,13 +64,11 @@ Line limited(std::uint64_t rate)
     return line;
 }
 
-constexpr unsigned kOnePercent = 10;
-
 const Case kCases[] = {
-    {"FiftyMilliseconds", lineOf(50ms, 0)},
-    {"FiftyMillisecondsAndLosses", lineOf(50ms, kOnePercent)},
-    {"TwoHundredMilliseconds", lineOf(200ms, 0)},
-    {"TwoHundredMillisecondsAndLosses", lineOf(200ms, kOnePercent)},
+    {"FiftyMilliseconds", longLine(50ms, 0)},
+    {"FiftyMillisecondsAndLosses", longLine(50ms, kOnePercent)},
+    {"TwoHundredMilliseconds", longLine(200ms, 0)},
+    {"TwoHundredMillisecondsAndLosses", longLine(200ms, kOnePercent)},
     {"SingleBytes", inPieces(1), 1000},
     {"PiecesOfRandomSize", inPieces(1460)},
     {"TwoHundredKilobytesASecond", limited(200000)},

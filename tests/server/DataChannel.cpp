@@ -195,9 +195,8 @@ TransferEnd DataChannel::sendFile(const std::filesystem::path& file, std::uint64
     return m_moved == limit() ? atLimit() : finishSending();
 }
 
-TransferEnd DataChannel::receiveFile(const std::filesystem::path& file, bool append, bool strict)
+TransferEnd DataChannel::receiveFile(std::ofstream& content, bool strict)
 {
-    std::ofstream content(file, std::ios::binary | (append ? std::ios::app : std::ios::trunc));
     if (!content) {
         return TransferEnd::Unwritable;
     }

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 
@@ -50,7 +51,7 @@ public:
     TransferEnd send(const std::string& bytes);
     TransferEnd sendFile(const std::filesystem::path& file, std::uint64_t offset);
     /// Writes what arrives into the file. `strict` requires the client to announce the end.
-    TransferEnd receiveFile(const std::filesystem::path& file, bool append, bool strict);
+    TransferEnd receiveFile(std::ofstream& content, bool strict);
 
     void close();
 

@@ -36,7 +36,7 @@ class FtpServer::Implementation
 {
 public:
     explicit Implementation(const ServerConfig& config)
-        : m_config(config), m_storage(m_config.root), m_tls(m_config),
+        : m_config(config), m_storage(m_config.root, m_config.ignoresCase), m_tls(m_config),
           m_acceptor(m_context, {asio::ip::make_address(m_config.address), m_config.port})
     {
         m_acceptor.listen(asio::socket_base::max_listen_connections);

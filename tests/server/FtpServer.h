@@ -55,6 +55,7 @@ struct ServerConfig
     bool timesOfDisk = false;
     std::vector<std::string> listedToo; ///< lines that each listing by MLSD has besides
     bool hidesDotNames = false;         ///< no listing has names that begin with a dot
+    bool ignoresCase = false;           ///< "A" is the file "a", where that is there
     std::vector<Fault> faults;
     bool keepTranscripts = true;
     /// Called with the word of each command before it is carried out, by the thread of its session; must not throw.

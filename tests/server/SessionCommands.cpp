@@ -6,6 +6,7 @@
 
 #include <charconv>
 #include <fstream>
+#include <system_error>
 #include <utility>
 
 namespace testserver {
@@ -368,10 +369,17 @@ void Session::store(const std::string& argument, bool append)
         reply("553 cannot be written");
         return;
     }
-    std::ofstream(*real, std::ios::app); // as with daemons: whoever has heard the 150 can delete it
+    // As with daemons: whoever has heard the 150 can delete it, and then it does not come back.
+    std::ofstream content(*real, std::ios::binary | std::ios::app);
     reply("150 send the data");
     if (openData()) {
-        closeData(m_data.receiveFile(*real, append, m_shared.config.strictUploadEnd), "received");
+        if (!append) {
+            std::error_code ignored;
+            fs::resize_file(*real, 0, ignored);
+        }
+        const TransferEnd end = m_data.receiveFile(content, m_shared.config.strictUploadEnd);
+        content.close(); // a test may wait for that while the reply is held back
+        closeData(end, "received");
     }
 }
 

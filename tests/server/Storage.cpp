@@ -1,12 +1,14 @@
 #include "Storage.h"
 
+#include <boost/algorithm/string/predicate.hpp>
+
 #include <algorithm>
 
 namespace testserver {
 
 namespace fs = std::filesystem;
 
-Storage::Storage(const fs::path& root) : m_root(fs::canonical(root)) {}
+Storage::Storage(const fs::path& root, bool ignoresCase) : m_root(fs::canonical(root)), m_ignoresCase(ignoresCase) {}
 
 std::string Storage::absolute(const std::string& cwd, const std::string& argument)
 {
@@ -18,13 +20,32 @@ std::string Storage::absolute(const std::string& cwd, const std::string& argumen
     return path;
 }
 
+fs::path Storage::located(const std::string& absolute) const
+{
+    const fs::path below = fs::path(absolute).relative_path();
+    if (!m_ignoresCase) {
+        return m_root / below;
+    }
+    fs::path found = m_root;
+    for (const fs::path& name : below) {
+        std::error_code failed;
+        fs::directory_iterator entry(found, failed);
+        const fs::directory_iterator end;
+        while (!failed && entry != end && !boost::iequals(entry->path().filename().string(), name.string())) {
+            entry.increment(failed);
+        }
+        found /= failed || entry == end ? name : entry->path().filename();
+    }
+    return found;
+}
+
 std::optional<fs::path> Storage::real(const std::string& absolute) const
 {
     if (absolute.find('\0') != std::string::npos) {
         return std::nullopt;
     }
     std::error_code failed;
-    fs::path path = fs::weakly_canonical(m_root / fs::path(absolute).relative_path(), failed);
+    fs::path path = fs::weakly_canonical(located(absolute), failed);
     if (failed) {
         return std::nullopt;
     }

@@ -14,7 +14,8 @@ namespace testserver {
 class Storage
 {
 public:
-    explicit Storage(const std::filesystem::path& root);
+    /// `ignoresCase`: a name that is not there is one that is, but for the case of its letters.
+    explicit Storage(const std::filesystem::path& root, bool ignoresCase = false);
 
     /// The client's path for an argument given in the client's directory `cwd`.
     static std::string absolute(const std::string& cwd, const std::string& argument);
@@ -35,7 +36,10 @@ public:
     std::vector<std::string> names(const std::string& absolute) const;
 
 private:
+    std::filesystem::path located(const std::string& absolute) const;
+
     std::filesystem::path m_root;
+    bool m_ignoresCase;
 };
 
 } // namespace testserver

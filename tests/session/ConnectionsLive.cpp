@@ -129,6 +129,30 @@ TEST_F(SessionConnections, WhereOneWasDeadTheOthersAreNotTried)
     EXPECT_EQ(3U, sessions().size());
 }
 
+// Otherwise each command would get the reply to the one before: a delete that was refused would have succeeded.
+TEST_F(SessionConnections, OneWithAReplyTooManyServesNoOther)
+{
+    for (const char* const reply : {"226 done", "250 fine", "200 fine", "350 go on", "550 no"}) {
+        SCOPED_TRACE(reply);
+        config.faults.clear();
+        misbehave(std::string("1/DONE=reply:226 done\\r\\n") + reply);
+        serve();
+        writeFile(served("a.bak"), "content");
+        {
+            SFtpSession session;
+            aimAt("/a.bak");
+            request.localPath = local("got");
+            EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
+            aimAt("/");
+            request.remoteFileName = "missing";
+            EXPECT_EQ(CURLE_QUOTE_ERROR, session.DelSFtpFile(request, errorText));
+            EXPECT_EQ(0, session.TestSConnect(request, errorText)) << errorText;
+        }
+        EXPECT_EQ(2U, sessions().size());
+        stopServing();
+    }
+}
+
 // And what it has begun, leaves nothing.
 TEST_F(SessionConnections, AGoodbyeAtAnyTimeCostsOneCall)
 {

@@ -5,6 +5,8 @@
 
 #include <boost/asio.hpp>
 
+#include <array>
+#include <atomic>
 #include <sstream>
 #include <thread>
 
@@ -14,7 +16,8 @@ namespace {
 
 namespace asio = boost::asio;
 
-/// A server in the clear, for one visit, whose listings are what it is given.
+/// A server in the clear, for one visit, whose listings are what it is given. It takes uploads with a strange reply,
+/// and loses all but a byte.
 class Lister
 {
 public:
@@ -46,6 +49,10 @@ private:
                : verb == "EPSV" ? "229 here (|||" + std::to_string(m_data.local_endpoint().port()) + "|)"
                : verb == "TYPE" ? "200 set"
                : verb == "MLSD" ? "150 data"
+               : verb == "STOR" ? "200 send"
+               : verb == "SIZE" ? "213 1"
+               : verb == "RNFR" ? "350 go on"
+               : verb == "RNTO" ? "250 done"
                                 : "502 no";
     }
 
@@ -64,6 +71,11 @@ private:
                 say(data, m_listing);
                 data.close();
                 say(control, "226 done\r\n");
+            } else if (command.compare(0, 4, "STOR") == 0) {
+                asio::ip::tcp::socket data = m_data.accept();
+                std::string received;
+                asio::read(data, asio::dynamic_buffer(received), left);
+                say(control, "226 done\r\n");
             }
         }
     }
@@ -72,6 +84,53 @@ private:
     asio::io_context m_context;
     asio::ip::tcp::acceptor m_control;
     asio::ip::tcp::acceptor m_data;
+    std::thread m_thread;
+};
+
+/// Refuses each TLS handshake as a server does that knows none of the versions.
+class Refuser
+{
+public:
+    Refuser() : m_acceptor(m_context, {asio::ip::address_v4::loopback(), 0})
+    {
+        await();
+        m_thread = std::thread([this] { m_context.run(); });
+    }
+    ~Refuser()
+    {
+        m_context.stop();
+        m_thread.join();
+    }
+    Refuser(const Refuser&) = delete;
+    Refuser& operator=(const Refuser&) = delete;
+
+    unsigned port() const { return m_acceptor.local_endpoint().port(); }
+    unsigned refused() const { return m_refused; }
+
+private:
+    void await()
+    {
+        m_acceptor.async_accept([this](boost::system::error_code failed, asio::ip::tcp::socket socket) {
+            if (!failed) {
+                refuse(socket);
+                await();
+            }
+        });
+    }
+
+    void refuse(asio::ip::tcp::socket& socket)
+    {
+        std::array<char, 4096> hello = {};
+        boost::system::error_code leftAlready;
+        socket.read_some(asio::buffer(hello), leftAlready);
+        ++m_refused;
+        // The alert protocol_version, fatal.
+        asio::write(socket, asio::buffer("\x15\x03\x03\x00\x02\x02\x46", 7), leftAlready);
+    }
+
+    asio::io_context m_context;
+    asio::ip::tcp::acceptor m_acceptor;
+    std::atomic<unsigned> m_refused{0};
     std::thread m_thread;
 };
 
@@ -113,6 +172,19 @@ TEST_F(SessionHostile, NamesLeadNowhereElse)
         EXPECT_EQ(-1, each.size) << each.name;
         EXPECT_FALSE(each.modified) << each.name;
     }
+}
+
+// libcurl goes on after any reply below 400.
+TEST_F(SessionHostile, ASizeIsComparedWhateverComesBeforeTheData)
+{
+    const Lister lister("");
+    SessionOptions options;
+    options.requireTls = options.atomicUpload = false;
+    SFtpSession session(options);
+    request.port = lister.port();
+    request.remotePath = "ftp://localhost/a.bak";
+    std::istringstream in("content");
+    EXPECT_EQ(CURLE_PARTIAL_FILE, session.UploadFrom(request, in, errorText)) << errorText;
 }
 
 TEST_F(SessionHostile, AListingHasAnEnd)
@@ -171,6 +243,44 @@ TEST_F(SessionHostile, DataComesFromTheServerAlone)
     boost::system::error_code nobody;
     elsewhere.accept(nobody);
     EXPECT_EQ(asio::error::would_block, nobody);
+}
+
+// Otherwise somebody on the way could, once, keep a session from every server without TLS 1.3.
+TEST_F(SessionHostile, ARefusalOfTls12IsBelievedOnlyWhereTls13Works)
+{
+    const Refuser refuser;
+    request.port = refuser.port();
+    request.remotePath = "ftps://localhost/";
+    SFtpSession session;
+    for (const unsigned connections : {2U, 4U}) {
+        EXPECT_EQ(CURLE_SSL_CONNECT_ERROR, session.TestSConnect(request, errorText)) << errorText;
+        EXPECT_EQ(connections, refuser.refused());
+    }
+}
+
+// libcurl takes any reply below 400 for success.
+TEST_F(SessionHostile, AReplyThatConfirmsNothingIsNoSuccess)
+{
+    misbehave("1/DELE=reply:150 wait");
+    misbehave("2/RNFR=reply:350 go on");
+    misbehave("2/RNTO=reply:350 go on");
+    misbehave("3/MKD=reply:350 go on");
+    serve();
+    aimAt("/");
+    request.remoteFileName = "a";
+    request.localPath = "b";
+    SFtpSession session;
+    const std::string text =
+        "Weird server reply: the server's last reply neither confirms nor refuses the command (the "
+        "server's last reply: ";
+    EXPECT_EQ(CURLE_WEIRD_SERVER_REPLY, session.DelSFtpFile(request, errorText));
+    EXPECT_EQ(text + "150 wait)", errorText);
+    EXPECT_EQ(CURLE_WEIRD_SERVER_REPLY, session.ReNameSFtpFile(request, errorText));
+    EXPECT_EQ(text + "350 go on)", errorText);
+    aimAt("/d");
+    EXPECT_EQ(CURLE_WEIRD_SERVER_REPLY, session.MakeSFtpDir(request, errorText));
+    aimAt("/");
+    EXPECT_EQ(0, session.TestSConnect(request, errorText)) << errorText;
 }
 
 TEST_F(SessionHostile, AReplyIsShownWithoutItsControlBytes)

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 
 namespace {
@@ -210,6 +211,21 @@ TEST_F(SessionOperations, EntriesComeByFactsOrByLongLines)
     }
 }
 
+// Some servers send one on the way into a directory. With this reply, the test server does not go there.
+TEST_F(SessionOperations, AMessageIsNoEntry)
+{
+    misbehave("CWD=reply:250-welcome\\r\\n  read the README\\r\\n250 there");
+    serve();
+    writeFile(served("a.bak"), "content");
+    SFtpSession session;
+    aimAt("/");
+    EXPECT_EQ(0, session.ListEntries(request, entries, errorText)) << errorText;
+    aimAt("/d/a.bak");
+    EXPECT_EQ(0, session.StatEntry(request, entry, errorText)) << errorText;
+    EXPECT_EQ(EntryKind::File, entry.kind);
+    EXPECT_EQ(7, entry.size);
+}
+
 // libcurl would take 5 for the size, and cut the file.
 TEST_F(SessionOperations, ASizeThatIsNoNumberIsNotDownloadedBy)
 {
@@ -221,6 +237,22 @@ TEST_F(SessionOperations, ASizeThatIsNoNumberIsNotDownloadedBy)
     request.localPath = local("got");
     EXPECT_EQ(CURLE_WEIRD_SERVER_REPLY, SFtpSession().DownLoadSFtpFile(request, errorText)) << errorText;
     EXPECT_EQ("before", contentOf(local("got")));
+}
+
+// Its listing is empty, and the reply is a success.
+TEST_F(SessionOperations, ADirectoryThatVsftpdMayNotReadIsAFailure)
+{
+    misbehave("DONE=reply:226 Transfer done (but failed to open directory).");
+    serve();
+    aimAt("/");
+    writeFile(request.localPath, "as it was");
+    SFtpSession session;
+    EXPECT_EQ(CURLE_FTP_COULDNT_RETR_FILE, session.ListEntries(request, entries, errorText));
+    EXPECT_EQ(std::string(curl_easy_strerror(CURLE_FTP_COULDNT_RETR_FILE)) +
+                  " (the server's last reply: 226 Transfer done (but failed to open directory).)",
+              errorText);
+    EXPECT_EQ(CURLE_FTP_COULDNT_RETR_FILE, session.Listsftpdir(request, errorText));
+    EXPECT_EQ("as it was", contentOf(request.localPath));
 }
 
 TEST_F(SessionOperations, ARefusalIsNoFileAndNoEmptyDirectory)
@@ -279,6 +311,15 @@ TEST_F(SessionOperations, StreamsOfKnownAndUnknownSize)
     EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(served("")), {}));
 }
 
+TEST_F(SessionOperations, AStreamThatCannotBeWrittenIsNoticed)
+{
+    serve();
+    writeFile(served("a.bak"), "content");
+    aimAt("/a.bak");
+    std::ofstream full("/dev/full");
+    EXPECT_EQ(CURLE_WRITE_ERROR, SFtpSession().DownLoadTo(request, full, errorText)) << errorText;
+}
+
 TEST_F(SessionOperations, WhatTheCallersFunctionsThrowPasses)
 {
     struct Own
@@ -299,4 +340,20 @@ TEST_F(SessionOperations, WhatTheCallersFunctionsThrowPasses)
                                      request, [](const char*, std::size_t) { return false; }, errorText));
     aimAt("/");
     EXPECT_EQ(0, session.TestSConnect(request, errorText)) << "the session goes on";
+}
+
+// Only a refusal proves that there is no such directory.
+TEST_F(SessionOperations, WhatIsNotAnsweredIsNotMissing)
+{
+    for (const std::string fault : {"CWD=drop", "CWD=last:421 closing"}) {
+        SCOPED_TRACE(fault);
+        config.faults.clear();
+        misbehave(fault);
+        serve();
+        std::filesystem::create_directories(served("d"));
+        aimAt("/d");
+        const int expected = fault == "CWD=drop" ? CURLE_RECV_ERROR : CURLE_OPERATION_TIMEDOUT;
+        EXPECT_EQ(expected, SFtpSession().StatEntry(request, entry, errorText)) << errorText;
+        stopServing();
+    }
 }

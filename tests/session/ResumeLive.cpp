@@ -20,6 +20,7 @@ protected:
     SessionResume()
     {
         options.resume = true;
+        options.progress = [this](const TransferProgress& now) { last = now; };
         for (std::size_t i = 0; i < kBytes; ++i) {
             content += static_cast<char>(i * 7 + i / 251);
         }
@@ -95,7 +96,15 @@ protected:
         return found;
     }
 
+    void expectReportOfTheEnd() const
+    {
+        EXPECT_EQ(static_cast<std::int64_t>(kBytes), last.bytes);
+        EXPECT_EQ(static_cast<std::int64_t>(kBytes), last.total);
+        EXPECT_EQ(TransferPhase::Finishing, last.phase);
+    }
+
     SessionOptions options;
+    TransferProgress last; // as reported
     std::string content;
 };
 
@@ -208,6 +217,22 @@ TEST_F(SessionResume, WhereTheServerReportsNeitherSizeNorTimeTransfersBeginAnew)
     EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
 }
 
+// A file that has changed may have the same size, and the same end.
+TEST_F(SessionResume, WhereTheServerReportsNoTimeADownloadBeginsAnew)
+{
+    misbehave("MDTM=reply:502 not implemented");
+    misbehave("1/DATA=drop-after:" + std::to_string(kBroken));
+    serve();
+    writeFile(served("a.bak"), content);
+    writeFile(local("got"), "before");
+    EXPECT_EQ(brokenData(), download()) << errorText;
+    EXPECT_EQ(Lines{"got"}, namesIn(local("")));
+    content[0] = '!';
+    writeFile(served("a.bak"), content);
+    EXPECT_EQ(0, download()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+}
+
 // A server must not fill the disk with more than the size by which the file was let in.
 TEST_F(SessionResume, ADownloadOfAFileThatHasGrownEndsAtItsSize)
 {
@@ -234,6 +259,23 @@ TEST_F(SessionResume, AnUploadSendsTheRest)
     EXPECT_TRUE(sameLines(Lines{"> REST 0", "> REST " + std::to_string(kBroken - kOverlap), bytes(kOverlap, "sent"),
                                 "> APPE", bytes(kBytes - kBroken, "received")},
                           moved(sessions().at(1))));
+}
+
+// A connection that breaks says nothing about what is there.
+TEST_F(SessionResume, AnUploadThatBreaksBeforeItGoesOnKeepsWhatItHas)
+{
+    for (const std::string fault :
+         {"2/DATA=reset-after:1000", "2/RETR=drop", "2/RETR=last:421 closing", "2/APPE=last:421 closing"}) {
+        SCOPED_TRACE(fault);
+        config.faults.clear();
+        misbehave(fault);
+        breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
+        EXPECT_NE(0, upload());
+        EXPECT_TRUE(sameBytes(content.substr(0, kBroken), contentOf(unfinishedIn(served("")))));
+        EXPECT_EQ(0, upload()) << errorText;
+        EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+        stopServing();
+    }
 }
 
 TEST_F(SessionResume, AnUploadWhoseEndDiffersBeginsAnew)
@@ -277,6 +319,20 @@ TEST_F(SessionResume, AWrongSizeIsNotGoneOnWith)
 {
     breakAnUpload("1/SIZE#2=reply:213 5");
     EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+}
+
+TEST_F(SessionResume, ADownloadTellsTheProgressUpToTheEnd)
+{
+    breakADownload();
+    EXPECT_EQ(0, download()) << errorText;
+    expectReportOfTheEnd();
+}
+
+TEST_F(SessionResume, AnUploadThatLacksItsNameTellsTheProgressUpToTheEnd)
+{
+    breakAnUpload("1/RNTO=drop");
+    EXPECT_EQ(0, upload()) << errorText;
+    expectReportOfTheEnd();
 }
 
 TEST_F(SessionResume, WithoutTheOptionNothingStays)

@@ -1,6 +1,10 @@
 // What a session does not do: log in without TLS, trust anybody, obey control bytes, hang.
 #include "SessionLive.h"
 
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+
+#include <memory>
 #include <thread>
 
 namespace {
@@ -15,6 +19,18 @@ protected:
         return options;
     }
 };
+
+std::string withPassphrase(const std::string& keyPem)
+{
+    const std::unique_ptr<BIO, decltype(&BIO_free_all)> in(BIO_new_mem_buf(keyPem.data(), -1), BIO_free_all);
+    const std::unique_ptr<BIO, decltype(&BIO_free_all)> out(BIO_new(BIO_s_mem()), BIO_free_all);
+    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(
+        PEM_read_bio_PrivateKey(in.get(), nullptr, nullptr, nullptr), EVP_PKEY_free);
+    PEM_write_bio_PKCS8PrivateKey(out.get(), key.get(), EVP_aes_256_cbc(), "passphrase", 10, nullptr, nullptr);
+    char* bytes = nullptr;
+    const long size = BIO_get_mem_data(out.get(), &bytes);
+    return {bytes, static_cast<std::size_t>(size)};
+}
 
 bool says(const Lines& lines, const std::string& beginning)
 {
@@ -84,6 +100,20 @@ TEST_F(SessionSafety, ACertificateNeedNotBeItsOwnIssuerToBeTrusted)
     request.caCert = config.certificate.certificatePem;
     SFtpSession session;
     EXPECT_EQ(0, session.TestSConnect(request, errorText)) << errorText;
+}
+
+TEST_F(SessionSafety, AClientsKeyWithAPassphraseIsRefused)
+{
+    serve();
+    aimAt("/");
+    const testserver::Certificate client = authority.issue();
+    SessionOptions options;
+    options.clientCertificate = client.certificatePem;
+    options.clientKey = client.privateKeyPem;
+    EXPECT_EQ(0, SFtpSession(options).TestSConnect(request, errorText)) << errorText;
+    options.clientKey = withPassphrase(client.privateKeyPem);
+    ASSERT_EQ(0U, options.clientKey.find("-----BEGIN ENCRYPTED"));
+    EXPECT_EQ(CURLE_SSL_CERTPROBLEM, SFtpSession(options).TestSConnect(request, errorText)) << errorText;
 }
 
 TEST_F(SessionSafety, BadInputIsNamedAndNothingIsSent)
@@ -219,7 +249,8 @@ TEST_F(SessionSafety, ADeadKeptConnectionIsMadeAnew)
 {
     for (const std::string fault :
          {"1/CWD#2=drop", "1/CWD#2=last:421 idle for too long", "1/NOOP#1=last:200 and that is all",
-          "1/NOOP#1=last:200 here\r\n421 idle for too long", "1/NOOP#2=last:421 idle for too long"}) {
+          "1/NOOP#1=last:200 here\r\n421 idle for too long", "1/NOOP#2=last:421 idle for too long",
+          "1/NOOP#2=last:421-idle\\r\\n421 for too long"}) {
         SCOPED_TRACE(fault);
         config.faults.clear();
         misbehave(fault);

@@ -207,7 +207,7 @@ std::vector<Course::Piece> Course::take(std::string_view bytes, Time now)
         if (m_segment == 0) {
             beginSegment();
         }
-        const std::size_t count = std::min<std::uint64_t>({bytes.size(), m_segment, m_left});
+        const std::size_t count = static_cast<std::size_t>(std::min<std::uint64_t>({bytes.size(), m_segment, m_left}));
         pieces.push_back({Piece::Kind::Bytes, due(count, now), std::string(bytes.substr(0, count))});
         bytes.remove_prefix(count);
         m_segment -= count;

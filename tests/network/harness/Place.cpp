@@ -52,12 +52,23 @@ void Place::aim(std::uint16_t port, const std::string& host)
 Place::Outcome Place::run(Client client, Operation operation)
 {
     prepare(operation);
-    Outcome outcome;
-    outcome.code = perform(client, operation, outcome.errorText);
-    outcome.isDone = isDone(operation);
+    std::string errorText;
+    const int code = perform(client, operation, errorText);
+    return ended(operation, code, errorText);
+}
+
+Place::Outcome Place::call(Operation like, const Call& call)
+{
+    prepare(like);
+    std::string errorText;
+    const int code = call(session(), request, errorText);
+    return ended(like, code, errorText);
+}
+
+Place::Outcome Place::ended(Operation operation, int code, const std::string& errorText)
+{
     const std::lock_guard<std::mutex> lock(m_mutex);
-    outcome.words = std::exchange(m_words, {});
-    return outcome;
+    return {code, errorText, isDone(operation), std::exchange(m_words, {})};
 }
 
 std::vector<Lines> Place::transcripts()
@@ -97,11 +108,16 @@ int Place::perform(Client client, Operation operation, std::string& errorText)
     if (client == Client::Core) {
         return performCore(operation, errorText);
     }
+    return operation == Operation::Test ? session().TestSConnect(request, errorText)
+                                        : performOn(session(), operation, errorText);
+}
+
+SFtpSession& Place::session()
+{
     if (!m_session) {
         m_session = std::make_unique<SFtpSession>(options);
     }
-    return operation == Operation::Test ? m_session->TestSConnect(request, errorText)
-                                        : performOn(*m_session, operation, errorText);
+    return *m_session;
 }
 
 int Place::performCore(Operation operation, std::string& errorText)

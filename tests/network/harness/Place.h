@@ -10,6 +10,7 @@
 #include <SFtpSession.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -67,6 +68,16 @@ public:
     /// Performs one operation; a session is kept for the next one.
     Outcome run(Client client, Operation operation);
 
+    /// Any other call of the kept session, with files and a request as for `like`, which it is to do in its own way.
+    using Call = std::function<int(SFtpSession& session, SFtpRequest& request, std::string& errorText)>;
+    Outcome call(Operation like, const Call& call);
+
+    /// The path of what the server has by this name.
+    std::string served(const std::string& name) const { return m_folder.file("served/" + name); }
+
+    /// What the file that moves holds.
+    const std::string& content() const { return m_content; }
+
     /// Ends the session.
     void endSession() { m_session.reset(); }
 
@@ -80,12 +91,13 @@ public:
     SFtpRequest request;
 
 private:
+    SFtpSession& session();
     void prepare(Operation operation);
+    Outcome ended(Operation operation, int code, const std::string& errorText);
     int perform(Client client, Operation operation, std::string& errorText);
     int performCore(Operation operation, std::string& errorText);
     int performOn(SFtpClient& client, Operation operation, std::string& errorText);
     bool isDone(Operation operation) const;
-    std::string served(const std::string& name) const { return m_folder.file("served/" + name); }
     std::string local(const std::string& name) const { return m_folder.file("local/" + name); }
 
     TemporaryFolder m_folder;

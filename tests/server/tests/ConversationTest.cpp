@@ -7,27 +7,7 @@
 namespace {
 
 using testserver::TlsMode;
-
-class Conversation : public ServerTest
-{
-protected:
-    // Sends each command after a login, and compares the transcript with the replies.
-    testing::AssertionResult goesLike(const std::vector<std::pair<std::string, std::string>>& dialogue)
-    {
-        Lines expected;
-        serve();
-        {
-            const auto client = login();
-            for (const auto& [command, reply] : dialogue) {
-                client->ask(command);
-                expected = std::move(expected) + Lines{"> " + command, "< " + reply};
-            }
-            client->finish();
-            client->rest();
-        }
-        return sameLines(expected, afterLogin());
-    }
-};
+using Conversation = ServerTest;
 
 // The transcript of a command that sends so many bytes over a data connection.
 Lines inTheClear(const std::string& command, std::size_t bytes)
@@ -131,20 +111,6 @@ TEST_F(Conversation, Directories)
                           {"CWD ../..", "250 directory changed"},
                           {"PWD", "257 \"/\""}}));
     EXPECT_TRUE(std::filesystem::is_directory(served("a")));
-}
-
-TEST_F(Conversation, SizesAndTimes)
-{
-    writeFile(served("a"), "the content");
-    writeFile(served("huge"), "");
-    std::filesystem::resize_file(served("huge"), 53687091200);
-    std::filesystem::create_directory(served("sub"));
-    EXPECT_TRUE(goesLike({{"SIZE a", "213 11"},
-                          {"SIZE huge", "213 53687091200"},
-                          {"SIZE sub", "550 no such file"},
-                          {"SIZE missing", "550 no such file"},
-                          {"MDTM a", "213 20260101000000"},
-                          {"MDTM missing", "550 no such file"}}));
 }
 
 TEST_F(Conversation, RenamingAndRemoving)
@@ -256,64 +222,6 @@ TEST_F(Conversation, RemovingDirectories)
     EXPECT_TRUE(std::filesystem::exists(served("a")));
 }
 
-TEST_F(Conversation, FactsAndTimes)
-{
-    std::filesystem::create_directory(served("d"));
-    writeFile(served("a"), "12345");
-    EXPECT_TRUE(goesLike({{"MDTM a", "213 20260101000000"},
-                          {"MFMT 20251231235959 a", "213 Modify=20251231235959; a"},
-                          {"MDTM a", "213 20251231235959"},
-                          {"MFMT 2025 a", "501 a time and a name, please"},
-                          {"MFMT 20251231235959 missing", "550 no such file"},
-                          {"MLST missing", "550 no such file"}}));
-}
-
-TEST_F(Conversation, FactsInAReply)
-{
-    std::filesystem::create_directory(served("d"));
-    writeFile(served("a"), "12345");
-    serve();
-    {
-        const auto client = login();
-        EXPECT_EQ("250-facts", client->ask("MLST a"));
-        EXPECT_EQ(" type=file;size=5;modify=20260101000000; /a", client->line());
-        EXPECT_EQ("250 end", client->line());
-        EXPECT_EQ("250-facts", client->ask("MLST d"));
-        EXPECT_EQ(" type=dir;modify=20260101000000; /d", client->line());
-        EXPECT_EQ("250 end", client->line());
-    }
-    EXPECT_TRUE(
-        sameLines(Lines({"> MLST a", "< 250-facts", "<  type=file;size=5;modify=20260101000000; /a", "< 250 end",
-                         "> MLST d", "< 250-facts", "<  type=dir;modify=20260101000000; /d", "< 250 end"}),
-                  afterLogin()));
-}
-
-TEST_F(Conversation, Checksums)
-{
-    config.checksums = {"HASH", "XSHA256", "XCRC"};
-    writeFile(served("a b"), "content");
-    const std::string sha = "ED7002B439E9AC845F22357D822BAC1444730FBDB6016D3EC9432297B9EC9F73";
-    EXPECT_TRUE(goesLike({{"HASH a b", "213 MD5 0-7 9A0364B9E99BB480DD25E1F0284C8555 a b"},
-                          {"OPTS HASH SHA-256", "200 ok"},
-                          {"HASH a b", "213 SHA-256 0-7 " + sha + " a b"},
-                          {"XSHA256 a b", "250 " + sha},
-                          {"XCRC a b", "250 fec530a9"},
-                          {"XCRC missing", "550 no such file"}}));
-    config.checksums = {"XCRC"};
-    EXPECT_TRUE(goesLike({{"HASH a b", "500 unknown command"}, {"XSHA256 a b", "500 unknown command"}}));
-}
-
-TEST_F(Conversation, TimesOfTheDisk)
-{
-    config.timesOfDisk = true;
-    writeFile(served("a"), "12345");
-    EXPECT_TRUE(
-        goesLike({{"MFMT 20231114221320 a", "213 Modify=20231114221320; a"}, {"MDTM a", "213 20231114221320"}}));
-    const auto time = std::filesystem::last_write_time(served("a"));
-    writeFile(served("a"), "6");
-    EXPECT_NE(time, std::filesystem::last_write_time(served("a")));
-}
-
 TEST_F(Conversation, TransfersNeedAPort)
 {
     writeFile(served("a"), "a");
@@ -385,6 +293,22 @@ TEST_F(Conversation, AppendingAndReplacing)
     EXPECT_EQ("short", contentOf(served("a")));
     EXPECT_EQ("226 done", upload("APPE a", "er"));
     EXPECT_EQ("shorter", contentOf(served("a")));
+}
+
+// As on a disk, where the file that is received has no name any more.
+TEST_F(Conversation, AFileDeletedWhileItArrivesDoesNotComeBack)
+{
+    serve();
+    const auto client = login();
+    const std::uint16_t port = client->extendedPassive();
+    EXPECT_EQ("150 send the data", client->ask("STOR a"));
+    EXPECT_EQ("250 removed", login()->ask("DELE a"));
+    RawClient data(port);
+    data.send("content");
+    data.finish();
+    data.rest();
+    EXPECT_EQ("226 done", client->line());
+    EXPECT_FALSE(std::filesystem::exists(served("a")));
 }
 
 TEST_F(Conversation, ALineOfMoreThan64KibibytesEndsIt)

@@ -18,3 +18,19 @@ Lines ServerTest::afterLogin()
     }
     return {all[0].begin() + 5, all[0].end()};
 }
+
+testing::AssertionResult ServerTest::goesLike(const std::vector<std::pair<std::string, std::string>>& dialogue)
+{
+    Lines expected;
+    serve();
+    {
+        const auto client = login();
+        for (const auto& [command, reply] : dialogue) {
+            client->ask(command);
+            expected = std::move(expected) + Lines{"> " + command, "< " + reply};
+        }
+        client->finish();
+        client->rest();
+    }
+    return sameLines(expected, afterLogin());
+}

@@ -10,6 +10,8 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 /// The base of the test server's own tests: clients for it.
 class ServerTest : public ServerFixture
@@ -24,6 +26,9 @@ protected:
 
     /// The transcript of the only session, without the lines of `login`.
     Lines afterLogin();
+
+    /// Sends each command after a login, and compares the transcript with the replies.
+    testing::AssertionResult goesLike(const std::vector<std::pair<std::string, std::string>>& dialogue);
 };
 
 #endif

@@ -97,6 +97,15 @@ TEST_F(StorageTest, APathWithAZeroByteIsInvalid)
 
 TEST_F(StorageTest, ANameThatIsTooLongIsInvalid) { EXPECT_FALSE(storage.isWritable("/" + std::string(5000, 'x'))); }
 
+TEST_F(StorageTest, CaseIsIgnoredOnRequest)
+{
+    const Storage ignoring(served, true);
+    EXPECT_TRUE(ignoring.isDirectory("/SUB"));
+    EXPECT_EQ(fs::canonical(served) / "a.bak", ignoring.real("/A.Bak"));
+    EXPECT_EQ(fs::canonical(served) / "sub" / "New", ignoring.real("/Sub/New"));
+    EXPECT_FALSE(storage.isDirectory("/SUB"));
+}
+
 TEST_F(StorageTest, OnlyFilesAreWritable)
 {
     ASSERT_EQ(0, ::mkfifo((served / "pipe").c_str(), S_IRUSR | S_IWUSR));

@@ -76,6 +76,14 @@ TEST_P(SessionDisk, ThatFailsLeavesTheFileAsItWas)
     }
 }
 
+// As one on the network does, which nobody has waited for.
+TEST_P(SessionDisk, ThatFailsWhenItIsClosedLeavesTheFileAsItWas)
+{
+    options.syncDownload = false;
+    recorded::disk().failing = {{"close", EDQUOT}};
+    expectNotWritten(EDQUOT, request.localPath);
+}
+
 TEST_P(SessionDisk, IsWaitedForUnlessTheHostSaysOtherwise)
 {
     const auto waits = [this] {

@@ -101,6 +101,24 @@ TEST_F(SessionFacts, ATimeMayNeedMoreThan32Bits)
               errorText);
 }
 
+TEST_F(SessionFacts, ATimeThatSshDoesNotKnowIsRefused)
+{
+    request.remotePath = "sftp://server/backup/a.bak";
+    for (const std::int64_t seconds : {-1LL, 0LL, 4294967295LL, 4294967296LL}) {
+        const bool isKnown = seconds >= 0 && seconds <= 4294967295;
+        const auto call = [seconds](SFtpSession& session, const SFtpRequest& asked, std::string& text) {
+            return session.SetModified(asked, std::chrono::system_clock::time_point(std::chrono::seconds(seconds)),
+                                       text);
+        };
+        errorText.clear();
+        journalOfCall(call, isKnown ? CURLE_OK : CURLE_BAD_FUNCTION_ARGUMENT);
+        EXPECT_EQ(isKnown ? ""
+                          : scripted::text(CURLE_BAD_FUNCTION_ARGUMENT) +
+                                ": SSH knows no time before 1970 or after 2106-02-07T06:28:15Z",
+                  errorText);
+    }
+}
+
 TEST_F(SessionFacts, AChecksumComesByTheBestThatTheServerOffers)
 {
     struct Row

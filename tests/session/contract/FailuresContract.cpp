@@ -139,6 +139,18 @@ TEST_F(SessionFailures, TellLibcurlsDetailAndTheServersReplyWithoutThePassword)
     EXPECT_EQ(Lines{failureOf("DelSFtpFile", request, 67, errorText).substr(4)}, recording::takeRecords());
 }
 
+TEST_F(SessionFailures, TellTheReplysCodeWhateverThePasswordIs)
+{
+    scripted::curl().perform = [](scripted::Handle& handle) {
+        handle.hear("421 not 421\r\n");
+        return CURLE_LOGIN_DENIED;
+    };
+    request.password = "421";
+    SFtpSession session;
+    EXPECT_EQ(nameOf(CURLE_LOGIN_DENIED), nameOf(deleteIt(session)));
+    EXPECT_EQ(scripted::text(67) + " (the server's last reply: 421 not ****)", errorText);
+}
+
 TEST_F(SessionFailures, SayADetailOnceThatIsLibcurlsTextItself)
 {
     scripted::curl().perform = [](scripted::Handle& handle) {

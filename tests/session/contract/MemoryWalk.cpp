@@ -83,7 +83,7 @@ class SessionLife : public SessionContract
 
 TEST_F(SessionLife, BeginsWholeOrNotAtAll)
 {
-    options.proxy = "a text that is too long for a string without a block of its own";
+    options.proxy = "http://a-name-that-is-too-long-for-a-string-without-a-block-of-its-own";
     options.progress = [](const TransferProgress&) {};
     for (unsigned nth = 1;; ++nth) {
         const std::ptrdiff_t descriptors = openDescriptors();

@@ -5,6 +5,7 @@
 #include "support/NextFunction.h"
 
 #include <sys/eventfd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -72,6 +73,19 @@ extern "C" int fsync(int /*descriptor*/)
     }
     const memory::Pause pause;
     return noted("fsync");
+}
+
+extern "C" int close(int descriptor)
+{
+    static auto* const next = nextFunction<int(int)>("close");
+    if (!memory::watched()) {
+        return next(descriptor);
+    }
+    const memory::Pause pause;
+    struct stat status = {};
+    const bool isFile = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    const int result = next(descriptor);
+    return isFile && fails("close") ? -1 : result;
 }
 
 extern "C" int rename(const char* from, const char* to) noexcept

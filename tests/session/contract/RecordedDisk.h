@@ -5,7 +5,7 @@
 #include <string>
 
 /// The calls that decide what becomes of a local file, noted while the memory is watched: fsync, which does nothing
-/// else, rename and unlink; and write, read and eventfd, which only fail where told.
+/// else, rename and unlink; and write, read, eventfd and close of a file, which only fail where told.
 namespace recorded {
 
 struct Disk

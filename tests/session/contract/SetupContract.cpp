@@ -106,7 +106,7 @@ TEST_F(SessionSetup, PinsAKeyAndShowsACertificate)
     options.clientKey = "a key";
     EXPECT_TRUE(sameLines(withBehind(setUp("ftp"), "CAINFO",
                                      {"1 PINNEDPUBLICKEY = sha256//AAAA", "1 SSLCERT_BLOB = a certificate (not copied)",
-                                      "1 SSLKEY_BLOB = a key (not copied)"}),
+                                      "1 SSLKEY_BLOB = a key (not copied)", "1 KEYPASSWD = "}),
                           toldBefore()));
 }
 

@@ -1,6 +1,9 @@
 // A session on every server: each operation works, round after round, over a connection that is kept.
 #include "RealServer.h"
 
+#include "support/HttpProxy.h"
+#include "support/TreeFiles.h"
+
 #include <SFtpSession.h>
 
 #include <curl/curl.h>
@@ -27,6 +30,14 @@ protected:
     Sessions() { speaksNewestTls = true; }
 
     // The options of a host that knows this server: an SSH server by its key's fingerprint.
+    // With TLS wherever the server offers it.
+    SessionOptions optionsHere()
+    {
+        SessionOptions chosen = options();
+        chosen.requireTls = server.dataTls != DataTls::None;
+        return chosen;
+    }
+
     SessionOptions options()
     {
         SessionOptions chosen;
@@ -160,8 +171,7 @@ TEST_P(Sessions, AnswerAsTheDocumentSays)
 
 TEST_P(Sessions, RunEveryOperationAgainAndAgain)
 {
-    SessionOptions chosen = options();
-    chosen.requireTls = server.dataTls != DataTls::None;
+    SessionOptions chosen = optionsHere();
     if (server.dataTls != DataTls::None) {
         SessionOptions newest;
         newest.minimumTls = TlsVersion::Tls13;
@@ -182,9 +192,7 @@ TEST_P(Sessions, RunEveryOperationAgainAndAgain)
 // Some servers rename over a file, others do not.
 TEST_P(Sessions, ReplaceAFileAndTellItsTime)
 {
-    SessionOptions chosen = options();
-    chosen.requireTls = server.dataTls != DataTls::None;
-    SFtpSession session(chosen);
+    SFtpSession session(optionsHere());
     keep("replaced/a.bak", "the last one");
     aimAt("replaced/a.bak");
     writeFile(request.localPath, content);
@@ -212,14 +220,29 @@ TEST_P(Sessions, ReplaceAFileAndTellItsTime)
     EXPECT_EQ(CURLE_REMOTE_FILE_NOT_FOUND, session.StatEntry(request, entry, errorText));
 }
 
+// Over SSH libcurl distrusts a kept connection that brings no byte.
+TEST_P(Sessions, DownloadEmptyFilesOneAfterTheOther)
+{
+    SFtpSession session(optionsHere());
+    keep("weekly/empty.bak", "");
+    aimAt("weekly/empty.bak");
+    request.localPath = local("fetched");
+    const unsigned before = connections();
+    for (int round = 0; round < 2; ++round) {
+        writeFile(request.localPath, "older");
+        expectOk(session.DownLoadSFtpFile(request, errorText), "download");
+        EXPECT_EQ("", contentOf(request.localPath));
+    }
+    EXPECT_EQ(server.scheme == "sftp" ? 2U : 1U, connections() - before) << "control connections";
+}
+
 // Over TLS 1.3, too, where the server expects a TLS session on data connections that libcurl loses with an upload.
 // vsftpd breaks off an upload now and then there.
 TEST_P(Sessions, GoOnAfterAnUploadThatCannotTakeItsPlace)
 {
     for (const TlsVersion oldest : {TlsVersion::Tls12, TlsVersion::Tls13}) {
         SCOPED_TRACE(oldest == TlsVersion::Tls12 ? "TLS 1.2" : "TLS 1.3");
-        SessionOptions chosen = options();
-        chosen.requireTls = server.dataTls != DataTls::None;
+        SessionOptions chosen = optionsHere();
         chosen.minimumTls = oldest;
         SFtpSession session(chosen);
         keep("a directory/x", "x");
@@ -235,9 +258,7 @@ TEST_P(Sessions, GoOnAfterAnUploadThatCannotTakeItsPlace)
 
 TEST_P(Sessions, SetATimeWhereTheServerCan)
 {
-    SessionOptions chosen = options();
-    chosen.requireTls = server.dataTls != DataTls::None;
-    SFtpSession session(chosen);
+    SFtpSession session(optionsHere());
     keep("times/a b.bak", "content");
     aimAt("times/a b.bak");
     const auto time = std::chrono::system_clock::from_time_t(1700000000);
@@ -248,46 +269,85 @@ TEST_P(Sessions, SetATimeWhereTheServerCan)
     EXPECT_EQ(!cannot, told == time);
 }
 
+TEST_P(Sessions, TakeNoDirectoryForEmptyThatMayNotBeRead)
+{
+    SFtpSession session(optionsHere());
+    keep("locked/x", "content");
+    std::filesystem::permissions(served("locked"), std::filesystem::perms(0311));
+    aimAt("locked/");
+    std::vector<RemoteEntry> entries;
+    EXPECT_NE(0, session.ListEntries(request, entries, errorText));
+    // ProFTPD's reply to NLST is that of an empty one.
+    const bool tells = server.package != "proftpd-core" || server.scheme == "sftp";
+    EXPECT_EQ(tells, session.Listsftpdir(request, errorText) != 0);
+    std::filesystem::permissions(served("locked"), std::filesystem::perms(0755));
+}
+
+TEST_P(Sessions, GoThroughAProxy)
+{
+    SessionOptions chosen = optionsHere();
+    const HttpProxy proxy;
+    chosen.proxy = proxy.url();
+    SFtpSession session(chosen);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(0, upload(session)) << errorText;
+        EXPECT_EQ(0, download(session)) << errorText;
+    }
+    EXPECT_EQ(server.scheme == "sftp" ? 1U : 5U, proxy.clients());
+}
+
+// Before 1970, and after 2106, which is the end over SSH.
+TEST_P(Sessions, SetTheTimeThatWasAskedForOrNone)
+{
+    SFtpSession session(optionsHere());
+    keep("times/a.bak", "content");
+    aimAt("times/a.bak");
+    for (const std::int64_t seconds : {-86400LL, 4294967295LL, 4294967296LL, 7258118400LL}) {
+        SCOPED_TRACE(seconds);
+        setModified(served("times/a.bak"), 1700000000);
+        const auto time = std::chrono::system_clock::time_point(std::chrono::seconds(seconds));
+        const bool isSet = session.SetModified(request, time, errorText) == 0;
+        EXPECT_EQ(isSet ? seconds : 1700000000, modified(served("times/a.bak"))) << errorText;
+    }
+}
+
 // A call that is cancelled at some byte, and the next one that goes on from there.
 TEST_P(Sessions, GoOnAfterABrokenTransfer)
 {
-    const std::string large = randomBytes(3000001);
-    SessionOptions chosen = options();
-    chosen.requireTls = server.dataTls != DataTls::None;
+    std::string large = randomBytes(3000001);
+    SessionOptions chosen = optionsHere();
     chosen.resume = true;
-    chosen.sendRate = chosen.receiveRate = 6000000; // half a second
+    SFtpSession session(chosen);
     SFtpSession* running = nullptr;
-    bool breaks = false;
-    std::int64_t first = -1;
-    chosen.progress = [&](const TransferProgress& now) {
-        first = first < 0 && now.bytes > 0 ? now.bytes : first;
-        if (breaks && now.bytes > 0) {
+    chosen.sendRate = chosen.receiveRate = 1000000;
+    chosen.progress = [&running](const TransferProgress& now) {
+        if (now.bytes > 300000) {
             running->Cancel();
         }
     };
-    SFtpSession session(chosen);
-    running = &session;
-    const auto twice = [&](const auto& operation) {
-        breaks = true;
-        EXPECT_EQ(CURLE_ABORTED_BY_CALLBACK, operation()) << errorText;
-        session.ClearCancel();
-        breaks = false;
-        first = -1;
-        expectOk(operation(), "the second call");
-    };
+    SFtpSession breaking(chosen);
+    running = &breaking;
     keep("resumed/x", "");
     std::filesystem::remove(served("resumed/x"));
     aimAt("resumed/a.bak");
     request.localPath = local("sent");
     writeFile(request.localPath, large);
-    twice([&] { return session.UploadFileToSFtpServer(request, errorText); });
-    EXPECT_EQ(large, contentOf(served("resumed/a.bak")));
+    EXPECT_EQ(CURLE_ABORTED_BY_CALLBACK, breaking.UploadFileToSFtpServer(request, errorText)) << errorText;
+    expectOk(session.UploadFileToSFtpServer(request, errorText), "the upload that goes on");
+    EXPECT_TRUE(sameBytes(large, contentOf(served("resumed/a.bak"))));
     // What else is there is not looked at: ProFTPD may still write for the cancelled attempt when the next one is done.
     request.localPath = local("got");
-    twice([&] { return session.DownLoadSFtpFile(request, errorText); });
-    EXPECT_EQ(large, contentOf(request.localPath));
-    // The last call had bytes of the one before: it did not begin with those that libcurl reads at once.
-    EXPECT_LT(65536, first);
+    breaking.ClearCancel();
+    EXPECT_EQ(CURLE_ABORTED_BY_CALLBACK, breaking.DownLoadSFtpFile(request, errorText)) << errorText;
+    // A byte of what is there already is another now: it is not fetched again.
+    large.front() = static_cast<char>(~large.front());
+    for (const auto& each : std::filesystem::directory_iterator(local(""))) {
+        if (each.path().filename().string().rfind(".got.", 0) == 0) {
+            std::fstream(each.path(), std::ios::in | std::ios::out | std::ios::binary).put(large.front());
+        }
+    }
+    expectOk(session.DownLoadSFtpFile(request, errorText), "the download that goes on");
+    EXPECT_TRUE(sameBytes(large, contentOf(request.localPath)));
 }
 
 class HostKeys : public RealServer

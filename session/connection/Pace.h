@@ -1,0 +1,30 @@
+#ifndef SFTPCLIENT_SESSION_PACE_H
+#define SFTPCLIENT_SESSION_PACE_H
+
+#include "call/Call.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace session {
+
+/// Keeps received bytes to a rate, at which libcurl looks only between rounds: over SSH, a round takes up to a hundred
+/// buffers.
+class Pace
+{
+public:
+    /// REQUIRES: `bytesPerSecond` is at least 1.
+    explicit Pace(std::int64_t bytesPerSecond) : m_rate(static_cast<double>(bytesPerSecond)) {}
+
+    /// When more may be received than the bytes so far and `count`.
+    Call::Clock::time_point after(std::size_t count);
+
+private:
+    double m_rate;
+    double m_received = 0;
+    Call::Clock::time_point m_begin;
+};
+
+} // namespace session
+
+#endif
