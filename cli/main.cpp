@@ -9,6 +9,7 @@
 #include "usage/CommandLine.h"
 
 #include <EscapeControlBytes.h>
+#include <HostConfiguration.h>
 
 #include <csignal>
 #include <exception>
@@ -21,10 +22,13 @@ constexpr int kCommandFailed = 255;
 
 int run(const Arguments& arguments, const ProxyEnvironment& proxies)
 {
+    if (!arguments.configFile.empty()) {
+        HostConfiguration::instance().load(arguments.configFile);
+    }
     if (arguments.operation == Operation::Doctor) {
         return runDoctor(arguments, proxies);
     }
-    if (arguments.operation == Operation::Push || arguments.operation == Operation::Pull) {
+    if (isTree(arguments.operation)) {
         return runTree(arguments);
     }
     const Result result = runOperation(arguments, notify);
@@ -49,6 +53,7 @@ int fail(int status, const std::exception& error)
 int main(int argc, char** argv)
 try {
     openStandardDescriptors();
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN)); // a file that is full is a failure to be told
     const ProxyEnvironment proxies;
     int status = 0;
     const std::optional<Arguments> arguments = parseArguments(argc, argv, status);

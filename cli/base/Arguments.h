@@ -26,6 +26,11 @@ enum class Operation
     Doctor
 };
 
+inline bool isTree(Operation operation) { return operation == Operation::Push || operation == Operation::Pull; }
+
+/// Whether `SFtpClient` has it, too.
+inline bool isOfHost(Operation operation) { return operation < Operation::MakeDirectory; }
+
 /// How whole trees are moved.
 struct TreeArguments
 {

@@ -4,13 +4,19 @@
 
 #include <algorithm>
 
+bool isPlainName(const std::string& name)
+{
+    return !name.empty() && name != "." && name != ".." && name.find_first_of(std::string("/\0", 2)) == name.npos;
+}
+
+bool holdsControlByte(const std::string& text)
+{
+    return std::any_of(text.begin(), text.end(), [](unsigned char each) { return each < 0x20 || each == 0x7f; });
+}
+
 void refuseControlBytes(const std::string& what, const std::string& text)
 {
-    const bool holdsOne = std::any_of(text.begin(), text.end(), [](char character) {
-        const auto byte = static_cast<unsigned char>(character);
-        return byte < 0x20 || byte == 0x7f;
-    });
-    if (holdsOne) {
+    if (holdsControlByte(text)) {
         throw UsageError(what + " must not hold a control byte (a line break, a tab, ...).");
     }
 }

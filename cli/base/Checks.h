@@ -3,6 +3,11 @@
 
 #include <string>
 
+/// Whether a name is that of an entry of its directory: not empty, ".", "..", nor with a "/" or a zero byte.
+bool isPlainName(const std::string& name);
+
+bool holdsControlByte(const std::string& text);
+
 /// What goes to the server must not break its command lines. Each throws `UsageError`, naming `what`, but never the
 /// text itself: it may be a password.
 

@@ -2,53 +2,41 @@
 
 #include "base/UsageError.h"
 
-#include <charconv>
-#include <cstring>
+#include <curl/curl.h>
+
+#include <cctype>
+#include <memory>
+#include <new>
 
 namespace {
 
-constexpr char kDigits[] = "0123456789ABCDEF";
-constexpr char kPlain[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
+using CurlText = std::unique_ptr<char, decltype(&curl_free)>;
 
-char byteAt(const std::string& text, std::string::size_type percent)
-{
-    const std::string digits = text.substr(percent + 1, 2);
-    unsigned byte = 0;
-    const std::from_chars_result read = std::from_chars(digits.data(), digits.data() + digits.size(), byte, 16);
-    if (digits.size() != 2 || read.ec != std::errc() || read.ptr != digits.data() + digits.size()) {
-        throw UsageError("URL must hold two hexadecimal digits after each \"%\": write %25 for a \"%\" itself.");
-    }
-    return static_cast<char>(byte);
-}
+bool isDigit(char character) { return std::isxdigit(static_cast<unsigned char>(character)) != 0; }
 
 } // namespace
 
 std::string percentDecoded(const std::string& text)
 {
-    std::string decoded;
-    for (std::string::size_type i = 0; i < text.size(); ++i) {
-        if (text[i] == '%') {
-            decoded.append(1, byteAt(text, i));
-            i += 2;
-        } else {
-            decoded.append(1, text[i]);
+    // libcurl leaves a "%" that begins nothing as it is.
+    for (std::string::size_type at = text.find('%'); at != std::string::npos; at = text.find('%', at + 1)) {
+        if (!isDigit(text[at + 1]) || !isDigit(text[at + 2])) {
+            throw UsageError("URL must hold two hexadecimal digits after each \"%\": write %25 for a \"%\" itself.");
         }
     }
-    return decoded;
+    int size = 0;
+    const CurlText decoded(curl_easy_unescape(nullptr, text.data(), static_cast<int>(text.size()), &size), curl_free);
+    if (!decoded) {
+        throw std::bad_alloc();
+    }
+    return {decoded.get(), static_cast<std::size_t>(size)};
 }
 
 std::string percentEncoded(const std::string& text)
 {
-    std::string encoded;
-    // All of it first: the text may be a password, which a growing string would leave behind in its old blocks.
-    encoded.reserve(3 * text.size());
-    for (const char character : text) {
-        if (character != '\0' && std::strchr(kPlain, character) != nullptr) {
-            encoded.append(1, character);
-        } else {
-            const auto byte = static_cast<unsigned char>(character);
-            encoded.append(1, '%').append(1, kDigits[byte >> 4U]).append(1, kDigits[byte & 0xfU]);
-        }
+    const CurlText encoded(curl_easy_escape(nullptr, text.data(), static_cast<int>(text.size())), curl_free);
+    if (!encoded) {
+        throw std::bad_alloc();
     }
-    return encoded;
+    return encoded.get();
 }

@@ -1,10 +1,11 @@
 #include "base/ProxyEnvironment.h"
 
+#include <boost/algorithm/string/case_conv.hpp>
+#include <boost/algorithm/string/predicate.hpp>
 #include <curl/curl.h>
 #include <netinet/in.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <initializer_list>
 #include <memory>
@@ -12,9 +13,8 @@
 namespace {
 
 // All that libcurl looks at for these schemes; http_proxy is none of them.
-constexpr const char* kProxies[] = {"ftp_proxy",  "FTP_PROXY",  "ftps_proxy", "FTPS_PROXY",
-                                    "sftp_proxy", "SFTP_PROXY", "all_proxy",  "ALL_PROXY"};
-constexpr const char* kExceptions[] = {"no_proxy", "NO_PROXY"};
+constexpr const char* kVariables[] = {"ftp_proxy",  "FTP_PROXY", "ftps_proxy", "FTPS_PROXY", "sftp_proxy",
+                                      "SFTP_PROXY", "all_proxy", "ALL_PROXY",  "no_proxy",   "NO_PROXY"};
 
 constexpr in_port_t kProxyPort = 1;
 constexpr long kServerPort = 2;
@@ -25,13 +25,6 @@ constexpr char kAnyHost[] = "*:2:127.0.0.1";
 bool isIgnored(const std::string& name)
 {
     return name == "sftp_proxy" && curl_version_info(CURLVERSION_NOW)->version_num >= 0x080e00;
-}
-
-std::string inCapitals(std::string name)
-{
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](unsigned char character) { return static_cast<char>(std::toupper(character)); });
-    return name;
 }
 
 curl_socket_t notePort(void* port, curlsocktype /*purpose*/, curl_sockaddr* address) noexcept
@@ -65,16 +58,14 @@ bool goesThroughProxy(const std::string& url, const std::string& exceptions)
 
 ProxyEnvironment::ProxyEnvironment()
 {
-    const auto take = [this](const char* name) {
+    for (const char* const name : kVariables) {
         const char* const value = std::getenv(name);
         // libcurl counts an empty one as none.
         if (value != nullptr && *value != '\0') {
             m_variables[name] = value;
         }
         unsetenv(name);
-    };
-    std::for_each(std::begin(kProxies), std::end(kProxies), take);
-    std::for_each(std::begin(kExceptions), std::end(kExceptions), take);
+    }
 }
 
 std::string ProxyEnvironment::variableFor(const std::string& url) const
@@ -86,7 +77,7 @@ std::string ProxyEnvironment::variableFor(const std::string& url) const
         return found == names.end() ? std::string() : *found;
     };
     const std::string ofScheme = url.substr(0, url.find(':')) + "_proxy";
-    const std::string proxy = first({ofScheme, inCapitals(ofScheme), "all_proxy", "ALL_PROXY"});
+    const std::string proxy = first({ofScheme, boost::to_upper_copy(ofScheme), "all_proxy", "ALL_PROXY"});
     const std::string exceptions = first({"no_proxy", "NO_PROXY"});
     const bool isTaken = !proxy.empty() && goesThroughProxy(url, exceptions.empty() ? "" : m_variables.at(exceptions));
     return isTaken ? proxy : std::string();
@@ -94,6 +85,5 @@ std::string ProxyEnvironment::variableFor(const std::string& url) const
 
 bool ProxyEnvironment::isHttp(const std::string& variable) const
 {
-    constexpr char kSocks[] = "SOCKS";
-    return inCapitals(m_variables.at(variable)).compare(0, sizeof kSocks - 1, kSocks) != 0;
+    return !boost::istarts_with(m_variables.at(variable), "socks");
 }

@@ -4,8 +4,8 @@
 #include "base/PercentCode.h"
 #include "base/UsageError.h"
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <curl/curl.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <charconv>
@@ -18,8 +18,7 @@ using Parts = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
 
 bool isKnownScheme(const std::string& scheme)
 {
-    const auto same = [&scheme](const char* known) { return strcasecmp(known, scheme.c_str()) == 0; };
-    return same("ftp") || same("ftps") || same("sftp");
+    return boost::iequals(scheme, "ftp") || boost::iequals(scheme, "ftps") || boost::iequals(scheme, "sftp");
 }
 
 [[noreturn]] void refuseHost()
@@ -119,13 +118,7 @@ void RemoteUrl::takeUser(const std::string& login)
     refuseControlBytes("The user in the URL", m_user);
 }
 
-uint32_t RemoteUrl::port(uint32_t chosen) const
-{
-    if (chosen != 0) {
-        return chosen;
-    }
-    return m_usualPort;
-}
+uint32_t RemoteUrl::port(uint32_t chosen) const { return chosen != 0 ? chosen : m_usualPort; }
 
 std::string RemoteUrl::host() const { return m_host.front() == '[' ? m_host.substr(1, m_host.size() - 2) : m_host; }
 
@@ -168,9 +161,7 @@ std::string RemoteUrl::fileName(bool allIsName) const
     // libcurl takes ";type=a" at the end for the kind of transfer.
     const std::string path = allIsName ? m_path : m_path.substr(0, m_path.rfind(";type="));
     std::string name = percentDecoded(path.substr(path.rfind('/') + 1));
-    const bool isPlain = !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
-                         (allIsName || path.find_first_of("?#") == std::string::npos);
-    if (!isPlain) {
+    if (!isPlainName(name) || (!allIsName && path.find_first_of("?#") != std::string::npos)) {
         throw UsageError("The URL's last name cannot name a local file: name the file to write after the URL.");
     }
     return name;

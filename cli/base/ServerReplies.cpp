@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 
 namespace {
 
 constexpr std::size_t kLongestText = 1000;
 constexpr std::size_t kCodeSize = 3;
+constexpr char kForProxy[] = "CONNECT ";
 constexpr int kFinal = 200; // what is below it announces another reply to the same command
 
 std::string_view takeLine(std::string_view& lines)
@@ -17,11 +19,7 @@ std::string_view takeLine(std::string_view& lines)
     return line.substr(0, line.find_last_not_of('\r') + 1);
 }
 
-bool hasCode(std::string_view line)
-{
-    return line.size() > kCodeSize && std::all_of(line.begin(), line.begin() + kCodeSize,
-                                                  [](unsigned char each) { return std::isdigit(each) != 0; });
-}
+bool hasCode(std::string_view line) { return line.size() > kCodeSize && beginsWithCode(line); }
 
 // As libcurl sees it.
 bool endsReply(std::string_view line) { return hasCode(line) && line[kCodeSize] == ' '; }
@@ -37,9 +35,31 @@ std::string_view textOf(std::string_view line)
 
 } // namespace
 
+bool beginsWithCode(std::string_view line)
+{
+    return line.size() >= kCodeSize && std::all_of(line.begin(), line.begin() + kCodeSize,
+                                                   [](unsigned char each) { return std::isdigit(each) != 0; });
+}
+
+std::string_view replyQuotedIn(std::string_view text)
+{
+    constexpr std::string_view kMark = "(the server's last reply: ";
+    const std::size_t mark = text.find(kMark);
+    return mark == std::string_view::npos ? std::string_view() : text.substr(mark + kMark.size());
+}
+
+int codeQuotedIn(std::string_view text)
+{
+    const std::string_view reply = replyQuotedIn(text);
+    int code = 0;
+    std::from_chars(reply.data(), reply.data() + reply.size(), code);
+    return code;
+}
+
 void ServerReplies::sent(std::string_view lines)
 {
-    while (!lines.empty()) {
+    m_isProxyAsked = lines.substr(0, sizeof kForProxy - 1) == kForProxy;
+    while (!lines.empty() && !m_isProxyAsked) {
         const std::string_view line = takeLine(lines);
         m_unanswered.emplace_back(line.substr(0, line.find(' ')));
     }
@@ -49,6 +69,10 @@ void ServerReplies::received(std::string_view lines)
 {
     while (!lines.empty()) {
         const std::string_view line = takeLine(lines);
+        if (m_isProxyAsked) {
+            m_isProxyAsked = !line.empty(); // the end of its answer
+            continue;
+        }
         addText(textOf(line));
         if (endsReply(line)) {
             end(std::stoi(std::string(line.substr(0, kCodeSize))));

@@ -13,7 +13,17 @@ struct Reply
     std::string command; // that it answers, such as "STOR"; empty for the greeting
 };
 
-/// The replies of one FTP conversation, from the lines that go over the control connection.
+/// Whether a line of a reply begins with the code: three digits.
+bool beginsWithCode(std::string_view line);
+
+/// What a session quotes of the server's last reply in its text about a failure, "550 no such file)", and what follows
+/// that; empty where it quotes none.
+std::string_view replyQuotedIn(std::string_view text);
+
+/// The reply's code there; 0 where there is none.
+int codeQuotedIn(std::string_view text);
+
+/// The replies of one FTP conversation, from the lines that go over the control connection, and those for a proxy.
 class ServerReplies
 {
 public:
@@ -33,6 +43,7 @@ private:
     std::deque<std::string> m_unanswered;
     Reply m_current;
     Reply m_last;
+    bool m_isProxyAsked = false; // and has not answered to the end
 };
 
 #endif

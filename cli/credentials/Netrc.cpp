@@ -1,5 +1,6 @@
 #include "credentials/Netrc.h"
 
+#include "base/Environment.h"
 #include "base/InputFile.h"
 #include "base/UsageError.h"
 #include "base/WipedAtEnd.h"
@@ -8,7 +9,6 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <string_view>
 
 namespace {
@@ -165,11 +165,11 @@ Entry findEntry(Words words, const std::string& file, const std::string& host, c
 
 std::string usualNetrcFile()
 {
-    const char* const home = secure_getenv("HOME");
-    if (home == nullptr || *home == '\0') {
+    const std::string home = environmentText("HOME");
+    if (home.empty()) {
         throw UsageError("HOME is not set, so there is no ~/.netrc: name the file with --netrc-file FILE.");
     }
-    return std::string(home) + "/.netrc";
+    return home + "/.netrc";
 }
 
 bool readNetrc(const std::string& file, const std::string& host, std::string& user, std::string& password)

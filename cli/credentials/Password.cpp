@@ -7,17 +7,10 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
-#include <cstring>
 
 namespace {
-
-enum class Readiness
-{
-    Input,
-    Interrupted,
-    Nothing
-};
 
 constexpr int kForGood = -1;
 
@@ -27,20 +20,16 @@ constexpr int kForGood = -1;
                      " bytes.");
 }
 
-Readiness waitForInput(int descriptor, int interruption, int milliseconds)
+// Whether one of them can be read. poll ignores the descriptor -1.
+bool waitForInput(std::array<pollfd, 2>& waits, int milliseconds)
 {
-    // poll ignores the descriptor -1.
-    pollfd waits[] = {{descriptor, POLLIN, 0}, {interruption, POLLIN, 0}};
     int ready = -1;
-    while ((ready = poll(waits, 2, milliseconds)) < 0) {
+    while ((ready = poll(waits.data(), waits.size(), milliseconds)) < 0) {
         if (errno != EINTR) {
             throwErrno("waiting for the password failed");
         }
     }
-    if (ready == 0) {
-        return Readiness::Nothing;
-    }
-    return waits[1].revents != 0 ? Readiness::Interrupted : Readiness::Input;
+    return ready > 0;
 }
 
 // False at an end of file before any byte, and when `interruption` can be read first.
@@ -51,11 +40,12 @@ bool readLine(int descriptor, int interruption, int milliseconds, const std::str
     line.reserve(kLongestPassword + 1);
     char byte = '\0';
     for (;;) {
-        const Readiness readiness = waitForInput(descriptor, interruption, milliseconds);
-        if (readiness == Readiness::Interrupted) {
+        std::array<pollfd, 2> waits = {{{descriptor, POLLIN, 0}, {interruption, POLLIN, 0}}};
+        const bool isReady = waitForInput(waits, milliseconds);
+        if (waits[1].revents != 0) {
             return false;
         }
-        const ssize_t count = readiness == Readiness::Nothing ? 0 : read(descriptor, &byte, 1);
+        const ssize_t count = isReady ? read(descriptor, &byte, 1) : 0;
         if (count < 0) {
             throwErrno("reading the password failed");
         }

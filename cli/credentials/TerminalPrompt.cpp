@@ -1,45 +1,16 @@
 #include "credentials/TerminalPrompt.h"
 
 #include "base/Descriptor.h"
+#include "base/Signals.h"
 #include "base/ThrowErrno.h"
 #include "base/UsageError.h"
 #include "credentials/Password.h"
 
 #include <fcntl.h>
-#include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX's signal sets are not in <csignal>
-#include <sys/signalfd.h>
 #include <termios.h>
 #include <unistd.h>
 
 namespace {
-
-sigset_t endingSignals()
-{
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-        sigaddset(&signals, signal);
-    }
-    return signals;
-}
-
-/// Puts off the signals that would end the process, and a stop from the keyboard, as long as this object lives.
-class PutOffSignals
-{
-public:
-    PutOffSignals()
-    {
-        sigset_t putOff = endingSignals();
-        sigaddset(&putOff, SIGTSTP);
-        pthread_sigmask(SIG_BLOCK, &putOff, &m_before);
-    }
-    ~PutOffSignals() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    PutOffSignals(const PutOffSignals&) = delete;
-    PutOffSignals& operator=(const PutOffSignals&) = delete;
-
-private:
-    sigset_t m_before = {};
-};
 
 /// Keeps a terminal from showing what is typed as long as this object lives.
 class EchoOff
@@ -75,15 +46,11 @@ void show(int terminal, const std::string& text)
 bool askWithoutEcho(int terminal, const std::string& question, std::string& answer)
 {
     // Made in this order: the terminal is restored first, then a signal that came meanwhile takes effect.
-    const PutOffSignals putOff;
-    const sigset_t signals = endingSignals();
-    const Descriptor interruption(signalfd(-1, &signals, SFD_CLOEXEC));
-    if (!interruption.isOpen()) {
-        throwErrno("signals cannot be waited for");
-    }
+    const SignalsBlocked noStop(signalSet({SIGTSTP}));
+    const SignalsHeld interruption({SIGINT, SIGTERM, SIGHUP, SIGQUIT});
     const EchoOff echoOff(terminal);
     show(terminal, question);
-    const bool answered = readSecretLine(terminal, interruption.get(), answer);
+    const bool answered = readSecretLine(terminal, interruption.descriptor(), answer);
     show(terminal, "\n");
     return answered;
 }

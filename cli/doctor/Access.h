@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <memory>
+#include <new>
 #include <string>
 
 namespace doctor {
@@ -23,6 +24,20 @@ struct Releaser
 
 using X509Certificate = std::unique_ptr<X509, Releaser<X509, X509_free>>;
 using MemoryBio = std::unique_ptr<BIO, Releaser<BIO, BIO_free_all>>;
+
+/// What `print` writes to the BIO that it gets.
+template <typename Print>
+std::string printed(Print print)
+{
+    const MemoryBio memory(BIO_new(BIO_s_mem()));
+    if (!memory) {
+        throw std::bad_alloc();
+    }
+    print(memory.get());
+    char* bytes = nullptr;
+    const long size = BIO_get_mem_data(memory.get(), &bytes);
+    return {bytes, static_cast<std::size_t>(size)};
+}
 
 /// What every probe needs to know: the server, the login, and how long to wait.
 struct Access

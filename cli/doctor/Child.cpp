@@ -6,7 +6,6 @@
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -98,35 +97,6 @@ void writeAll(int results, const void* bytes, std::size_t size)
 }
 
 } // namespace
-
-SignalsHeld::SignalsHeld()
-{
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction action = {};
-        sigaction(signal, nullptr, &action);
-        // What is ignored, as under nohup, stays so; held back, it would come all the same.
-        if (action.sa_handler != SIG_IGN) {
-            sigaddset(&signals, signal);
-        }
-    }
-    pthread_sigmask(SIG_BLOCK, &signals, &m_before);
-    m_descriptor = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-    require(m_descriptor >= 0, "signals cannot be waited for");
-}
-
-SignalsHeld::~SignalsHeld()
-{
-    close(m_descriptor);
-    pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
-}
-
-int SignalsHeld::take() const
-{
-    signalfd_siginfo came = {};
-    return read(m_descriptor, &came, sizeof came) == sizeof came ? static_cast<int>(came.ssi_signo) : 0;
-}
 
 Child::Child(const std::function<void(int)>& work)
 {

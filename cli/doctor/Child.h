@@ -1,9 +1,9 @@
 #ifndef SFTPCLIENT_CLI_DOCTOR_CHILD_H
 #define SFTPCLIENT_CLI_DOCTOR_CHILD_H
 
-#include <sys/types.h>
+#include "base/Signals.h"
 
-#include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX's signal sets are not in <csignal>
+#include <sys/types.h>
 
 #include <chrono>
 #include <cstdint>
@@ -12,25 +12,6 @@
 #include <vector>
 
 namespace doctor {
-
-/// Holds the signals that would end the process back as long as this object lives, and tells of the first.
-class SignalsHeld
-{
-public:
-    SignalsHeld();
-    ~SignalsHeld();
-    SignalsHeld(const SignalsHeld&) = delete;
-    SignalsHeld& operator=(const SignalsHeld&) = delete;
-
-    int descriptor() const { return m_descriptor; }
-
-    /// The signal that came, or 0.
-    int take() const;
-
-private:
-    sigset_t m_before = {};
-    int m_descriptor = -1;
-};
 
 /// A process for what a server may keep from ending, or make large: it prints nothing, its memory is limited, and it
 /// ends with this object at the latest.

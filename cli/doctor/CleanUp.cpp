@@ -54,8 +54,8 @@ Cleaned removeAndLook(const Access& access, ControlConnection& connection, const
 // A step that was begun may have left a file, unless it was deleted.
 bool mayHaveLeftSomething(const RoundTrip& trip)
 {
-    const bool isBegun = trip.put.has_value() || trip.unfinished.has_value();
-    return isBegun && trip.remove != 0;
+    const bool isBegun = trip[Step::Put].code || trip.unfinished.has_value();
+    return isBegun && !trip[Step::Remove].succeeded();
 }
 
 } // namespace
@@ -85,7 +85,8 @@ void cleanUpOver(ControlConnection& connection, const Access& access, Report& re
     // At most one of the names of a trip is there: where one was removed, no listing is needed.
     const bool hasLooked = cleaned.looked.succeeded() && !cleaned.looked.names.isCut();
     const bool sessionMayHave = report.sessionTrip && mayHaveLeftSomething(*report.sessionTrip);
-    trip.leftUnknown = !hasLooked && (sessionMayHave || (trip.remove != 0 && !hasRemovedOne(cleaned.removed, trip)));
+    trip.leftUnknown =
+        !hasLooked && (sessionMayHave || (!trip[Step::Remove].succeeded() && !hasRemovedOne(cleaned.removed, trip)));
 }
 
 void cleanUp(const Access& access, Report& report)

@@ -11,6 +11,7 @@
 
 #include <exception>
 #include <new>
+#include <regex>
 
 namespace doctor {
 
@@ -62,13 +63,15 @@ std::string asPem(const std::string& caCert)
     }
     ERR_clear_error();
     const X509Certificate certificate = readCertificate(caCert);
-    const MemoryBio memory(BIO_new(BIO_s_mem()));
-    if (!certificate || !memory || PEM_write_bio_X509(memory.get(), certificate.get()) != 1) {
-        return {};
-    }
-    char* bytes = nullptr;
-    const long size = BIO_get_mem_data(memory.get(), &bytes);
-    return std::string(bytes, static_cast<std::size_t>(size));
+    return certificate ? printed([&certificate](BIO* out) { PEM_write_bio_X509(out, certificate.get()); })
+                       : std::string();
+}
+
+// The same failure has the same words each time.
+std::string withoutTime(const std::string& text)
+{
+    static const std::regex time(" after [0-9]+ ms(?=:|$)");
+    return std::regex_replace(text, time, "");
 }
 
 } // namespace
@@ -95,6 +98,10 @@ ControlConnection::ControlConnection(const Access& access, Manner manner)
     curl_easy_setopt(handle, CURLOPT_OPENSOCKETDATA, this);
     setLimits(handle, access.limit);
     setTrust();
+    if (manner == Manner::Session) {
+        curl_easy_setopt(handle, CURLOPT_SSH_AUTH_TYPES,
+                         static_cast<long>(CURLSSH_AUTH_PASSWORD | CURLSSH_AUTH_KEYBOARD));
+    }
     m_transcript.listenTo(handle);
 }
 
@@ -154,7 +161,8 @@ ProbeResult ControlConnection::resultOf(CURLcode code)
     ProbeResult result;
     result.made = true;
     result.code = code;
-    result.error = ServerText(m_error[0] != '\0' ? m_error.data() : curl_easy_strerror(code), m_access.mask);
+    result.error =
+        ServerText(m_error[0] != '\0' ? withoutTime(m_error.data()) : curl_easy_strerror(code), m_access.mask);
     result.names = m_names;
     m_transcript.end(code);
     result.transcript = m_transcript.exchanges();

@@ -1,5 +1,6 @@
 #include "doctor/Diagnosis.h"
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <curl/curl.h>
 
 #include <algorithm>
@@ -7,11 +8,6 @@
 namespace doctor {
 
 namespace {
-
-bool begins(const std::string& text, const std::string& beginning)
-{
-    return text.compare(0, beginning.size(), beginning) == 0;
-}
 
 std::string where(const Report& report)
 {
@@ -22,7 +18,7 @@ std::string where(const Report& report)
 Diagnosis diagnoseGreeting(const Report& report)
 {
     const Reply& greeting = report.contact.greeting;
-    if (greeting.code == 0 && begins(greeting.text.raw(), "SSH-")) {
+    if (greeting.code == 0 && boost::starts_with(greeting.text.raw(), "SSH-")) {
         return {"an SSH server answers there", "Use an sftp: URL, or the port of the FTP server."};
     }
     if (report.scheme == Scheme::Sftp) {

@@ -8,10 +8,10 @@
 #include "doctor/Renderers.h"
 #include "doctor/RoundTrip.h"
 #include "operation/SessionOptionsOf.h"
+#include "output/Progress.h"
 
 #include <CurlProcess.h>
 #include <EscapeControlBytes.h>
-#include <HostConfiguration.h>
 
 #include <unistd.h>
 
@@ -43,19 +43,17 @@ Question questionOf(const Arguments& arguments)
     question.hostKeySha256 = arguments.fingerprint;
     question.limit = arguments.timeout;
     question.fileName = arguments.writes ? uniqueName() : "";
-    const bool inTheClear = question.request.remotePath.compare(0, 4, "ftp:") == 0;
-    if (arguments.writes && inTheClear && !arguments.clearLogin) {
+    if (arguments.writes && arguments.remote.scheme() == "ftp" && !arguments.clearLogin) {
         throw UsageError("With an ftp: URL, --write sends the password in the clear, because the library's upload "
                          "does: add --clear-login to agree, or use an ftps: URL.");
     }
     return question;
 }
 
-Proxy proxyFor(const Question& question, const ProxyEnvironment& proxies)
+Proxy proxyFor(const Arguments& arguments, const ProxyEnvironment& proxies)
 {
-    const std::string variable = proxies.variableFor(question.request.remotePath);
-    const bool inTheClear = question.request.remotePath.compare(0, 4, "ftp:") == 0;
-    return {variable, !variable.empty() && inTheClear && proxies.isHttp(variable)};
+    const std::string variable = proxies.variableFor(arguments.remote.text());
+    return {variable, !variable.empty() && arguments.remote.scheme() == "ftp" && proxies.isHttp(variable)};
 }
 
 // Somebody who interrupts a trial still has to know what is left of it.
@@ -68,24 +66,6 @@ void nameWhatIsLeft(const RoundTrip& roundTrip)
         std::cerr << "sftpclient: perhaps left behind: " << whatMayBeLeft(roundTrip) << "\n";
     }
 }
-
-/// What doctor is about, for somebody at a terminal.
-class LiveLine
-{
-public:
-    void show(const std::string& probe) const { write("\r\x1b[Kdoctor: " + probe + " ..."); }
-    void clear() const { write("\r\x1b[K"); }
-
-private:
-    void write(const std::string& text) const
-    {
-        if (m_isTerminal) {
-            std::cerr << text << std::flush;
-        }
-    }
-
-    const bool m_isTerminal = isatty(STDERR_FILENO) == 1;
-};
 
 void obey(int signal, const Report& report)
 {
@@ -112,17 +92,16 @@ void render(const Report& report, const std::vector<Prediction>& predictions, bo
 
 int runDoctor(const Arguments& arguments, const ProxyEnvironment& proxies)
 {
-    if (!arguments.configFile.empty()) {
-        HostConfiguration::instance().load(arguments.configFile);
-    }
     Question question = questionOf(arguments);
     const WipedAtEnd wiped(question.request.password);
     readLogin(arguments, question.request);
 
     const CurlProcess curl;
-    question.proxy = proxyFor(question, proxies);
-    const LiveLine line;
-    question.tell = [&line](const std::string& probe) { line.show(probe); };
+    question.proxy = proxyFor(arguments, proxies);
+    LiveLine line(std::cerr);
+    if (isatty(STDERR_FILENO) == 1) {
+        question.tell = [&line](const std::string& probe) { line.show("doctor: " + probe + " ..."); };
+    }
     const Report report = examine(question);
     line.clear();
     const std::vector<Prediction> predictions = predict(report);

@@ -8,13 +8,13 @@
 #include "doctor/probes/Probes.h"
 
 #include <curl/curl.h>
-#include <openssl/rand.h>
 #include <poll.h>
 #include <unistd.h>
 
 #include <array>
 #include <csignal>
-#include <stdexcept>
+#include <cstdio>
+#include <random>
 
 namespace doctor {
 
@@ -122,7 +122,7 @@ private:
 
     const Question& m_question;
     Report& m_report;
-    const SignalsHeld m_signals;
+    const SignalsHeld m_signals{{SIGINT, SIGTERM, SIGHUP}};
     bool m_insists = false;
 };
 
@@ -197,7 +197,7 @@ void tryWriting(Examination& examination, const Access& access, Report& report)
                             [&access](Report& facts, const Save& save) { makeSessionTrip(access, facts, save); });
         note(ended, *report.sessionTrip);
     }
-    const bool isSent = report.roundTrip->put == CURLE_OK && report.client.test.loggedIn();
+    const bool isSent = (*report.roundTrip)[Step::Put].succeeded() && report.client.test.loggedIn();
     if (goesOn && (isSent || access.scheme == Scheme::Sftp)) {
         const std::string ended = examination.run(
             "round trip", kWaitsOfATrip, [&access](Report& facts, const Save& save) { makeTrip(access, facts, save); });
@@ -220,16 +220,10 @@ std::string directoryIn(const std::string& commandUrl)
 
 std::string uniqueName()
 {
-    std::array<unsigned char, 8> bytes = {};
-    if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1) {
-        throw std::runtime_error("There are no random numbers for a file name.");
-    }
-    constexpr char kDigits[] = "0123456789abcdef";
-    std::string name = "sftpclient-doctor-";
-    for (const unsigned int byte : bytes) {
-        name.append(1, kDigits[byte >> 4U]).append(1, kDigits[byte & 0xfU]);
-    }
-    return name;
+    std::random_device random;
+    std::array<char, 40> name = {};
+    static_cast<void>(std::snprintf(name.data(), name.size(), "sftpclient-doctor-%08x%08x", random(), random()));
+    return name.data();
 }
 
 Report examine(const Question& question)

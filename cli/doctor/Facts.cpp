@@ -38,8 +38,8 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Exchange, command, reply)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProbeResult, made, connected, address, code, error, verifyResult, entryPath, names,
                                    transcript)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Login, test, listing, root, missing, commands)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RoundTrip, name, put, list, get, rename, remove, said, listed, unchanged, notMade,
-                                   unfinished, failure, leftBehind, leftUnknown)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(StepResult, code, said, isGood)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RoundTrip, name, steps, notMade, unfinished, failure, leftBehind, leftUnknown)
 
 namespace {
 

@@ -4,7 +4,10 @@
 #include "doctor/Predictions.h"
 #include "doctor/RoundTrip.h"
 
+#include <boost/algorithm/string/join.hpp>
 #include <curl/curl.h>
+
+#include <algorithm>
 
 namespace doctor {
 
@@ -13,15 +16,6 @@ namespace {
 constexpr char kNotTried[] = "not tried";
 
 using Findings = std::vector<Finding>;
-
-std::string joined(const std::vector<std::string>& texts)
-{
-    std::string all;
-    for (const std::string& text : texts) {
-        all += (all.empty() ? "" : ", ") + text;
-    }
-    return all;
-}
 
 void addLibcurl(const Report& report, Findings& findings)
 {
@@ -58,8 +52,9 @@ void addContact(const Report& report, Findings& findings)
         return;
     }
     const bool found = contact.code != CURLE_COULDNT_RESOLVE_HOST && !contact.addresses.empty();
-    findings.push_back({"name", found ? Grade::Ok : Grade::Fail,
-                        found ? report.host + " is " + joined(contact.addresses) : diagnoseContact(report).reason});
+    findings.push_back(
+        {"name", found ? Grade::Ok : Grade::Fail,
+         found ? report.host + " is " + boost::join(contact.addresses, ", ") : diagnoseContact(report).reason});
     if (!found) {
         return;
     }
@@ -198,16 +193,17 @@ void addVisits(const Report& report, Findings& findings)
 
 bool isComplete(const RoundTrip& roundTrip)
 {
-    const bool isListed = !roundTrip.list || (roundTrip.list == 0 && roundTrip.listed);
-    return roundTrip.put == 0 && isListed && roundTrip.get == 0 && roundTrip.unchanged && roundTrip.rename == 0 &&
-           roundTrip.remove == 0;
+    const StepResult& list = roundTrip[Step::List];
+    return std::all_of(roundTrip.steps.begin(), roundTrip.steps.end(), [&list](const StepResult& each) {
+        return (each.succeeded() && each.isGood) || (&each == &list && !each.code);
+    });
 }
 
 void addRoundTrip(const std::string& probe, const RoundTrip& roundTrip, Findings& findings)
 {
     if (isComplete(roundTrip)) {
         findings.push_back({probe, Grade::Ok,
-                            std::string("a small file was sent,") + (roundTrip.list ? " listed," : "") +
+                            std::string("a small file was sent,") + (roundTrip[Step::List].code ? " listed," : "") +
                                 " fetched, renamed and removed"});
     }
     if (!roundTrip.notMade.empty()) {
@@ -217,7 +213,8 @@ void addRoundTrip(const std::string& probe, const RoundTrip& roundTrip, Findings
         const std::string what = roundTrip.unfinished ? operationOf(*roundTrip.unfinished) : "round trip";
         findings.push_back({probe, Grade::Fail, "given up: the " + what + " " + roundTrip.failure});
     }
-    if (roundTrip.list == 0 && roundTrip.put == 0 && !roundTrip.listed) {
+    const StepResult& list = roundTrip[Step::List];
+    if (list.succeeded() && roundTrip[Step::Put].succeeded() && !list.isGood) {
         findings.push_back({probe, Grade::Warn, "the listing does not name the file that was sent"});
     }
     for (const std::string& name : roundTrip.leftBehind) {

@@ -5,24 +5,7 @@
 
 namespace doctor {
 
-namespace {
-
 constexpr std::size_t kLongestListing = std::size_t{1} << 20;
-
-}
-
-bool listingNames(std::istream& listing, const std::string& file)
-{
-    for (std::string line; std::getline(listing, line);) {
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
-        if (line.substr(line.rfind('/') + 1) == file) {
-            return true;
-        }
-    }
-    return false;
-}
 
 void NameList::append(const char* bytes, std::size_t count)
 {
@@ -39,15 +22,16 @@ std::size_t NameList::lines() const
 
 bool NameList::holds(const std::string& file) const
 {
-    std::istringstream stream(m_listing);
-    return listingNames(stream, file);
+    const std::vector<std::string> names = holding(file);
+    return std::find(names.begin(), names.end(), file) != names.end();
 }
 
+// Some servers put the directory before each name.
 std::vector<std::string> NameList::holding(const std::string& part) const
 {
     std::vector<std::string> names;
-    std::istringstream stream(m_listing);
-    for (std::string line; std::getline(stream, line);) {
+    std::istringstream lines(m_listing); // not all of them at once: there may be a million
+    for (std::string line; std::getline(lines, line);) {
         if (!line.empty() && line.back() == '\r') {
             line.pop_back();
         }

@@ -2,15 +2,11 @@
 #define SFTPCLIENT_CLI_DOCTOR_NAMELIST_H
 
 #include <cstddef>
-#include <iosfwd>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace doctor {
-
-/// Whether a line of this listing names the file. Some servers put the directory before each name.
-bool listingNames(std::istream& listing, const std::string& file);
 
 /// What a server sent as the listing of a directory. It answers questions; the names themselves are not shown.
 class NameList

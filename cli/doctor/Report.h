@@ -170,23 +170,29 @@ enum class Step
     Remove
 };
 
-/// A full round trip with a file of its own, as the library makes it: libcurl's code of each step that was made, or -1.
+/// What came of a step, if it was made.
+struct StepResult
+{
+    std::optional<int> code; ///< libcurl's, or -1
+    Reply said;              ///< where the server refused
+    bool isGood = true;      ///< the listing named the file; what came back is what was sent
+
+    bool succeeded() const { return code == 0; }
+};
+
+/// A full round trip with a file of its own, as the library makes it.
 struct RoundTrip
 {
-    std::string name; ///< the file's
-    std::optional<int> put;
-    std::optional<int> list;
-    std::optional<int> get;
-    std::optional<int> rename;
-    std::optional<int> remove;
-    std::array<Reply, 5> said;      ///< for each step that the server refused
-    bool listed = false;            ///< the listing named the file
-    bool unchanged = false;         ///< what came back is what was sent
-    std::string notMade;            ///< why there was none, if so
-    std::optional<Step> unfinished; ///< a step that was begun, and has no result
-    std::string failure;            ///< of that step, or of the trip, if it ended early: "did not finish in time"
+    std::string name;                ///< the file's
+    std::array<StepResult, 5> steps; ///< each at its place
+    std::string notMade;             ///< why there was none, if so
+    std::optional<Step> unfinished;  ///< a step that was begun, and has no result
+    std::string failure;             ///< of that step, or of the trip, if it ended early: "did not finish in time"
     std::vector<std::string> leftBehind;
     bool leftUnknown = false; ///< whether something is left behind has not been found out
+
+    StepResult& operator[](Step step) { return steps.at(static_cast<std::size_t>(step)); }
+    const StepResult& operator[](Step step) const { return steps.at(static_cast<std::size_t>(step)); }
 };
 
 struct Report

@@ -1,5 +1,6 @@
 #include "doctor/RoundTrip.h"
 
+#include "base/ServerReplies.h"
 #include "doctor/Predictions.h"
 #include "doctor/probes/Probes.h"
 
@@ -23,61 +24,28 @@ std::string contentFor(const std::string& name)
     return content;
 }
 
-/// What came of a step.
-struct Tried
-{
-    int code = 0;
-    Reply said = {}; ///< where the server refused
-    bool good = true;
-    bool isLate = false;
-};
-
-void record(Step step, const Tried& tried, RoundTrip& trip)
-{
-    trip.said[static_cast<std::size_t>(step)] = tried.said;
-    switch (step) {
-    case Step::Put:
-        trip.put = tried.code;
-        break;
-    case Step::List:
-        trip.list = tried.code;
-        trip.listed = tried.code == 0 && tried.good;
-        break;
-    case Step::Get:
-        trip.get = tried.code;
-        trip.unchanged = tried.code == 0 && tried.good;
-        break;
-    case Step::Rename:
-        trip.rename = tried.code;
-        break;
-    case Step::Remove:
-        trip.remove = tried.code;
-        break;
-    }
-}
-
 /// Makes the steps of a trip one after the other, until one takes too long.
 class Steps
 {
 public:
     Steps(const Access& access, RoundTrip& trip, const Save& save) : m_access(access), m_trip(trip), m_save(save) {}
 
-    void make(Step step, const std::function<Tried()>& operation)
+    void make(Step step, const std::function<StepResult()>& operation)
     {
         if (!m_trip.failure.empty()) {
             return;
         }
         m_trip.unfinished = step;
         m_save();
-        const Tried tried = operation();
-        if (tried.isLate) {
+        const StepResult tried = operation();
+        if (tried.code == CURLE_OPERATION_TIMEDOUT && tried.said.code != 421) {
             const auto time = ControlConnection::kWaits * m_access.limit;
             m_trip.failure = "did not finish within " +
                              std::to_string(std::chrono::ceil<std::chrono::seconds>(time).count()) + " seconds";
             return;
         }
         m_trip.unfinished.reset();
-        record(step, tried, m_trip);
+        m_trip[step] = tried;
     }
 
 private:
@@ -96,7 +64,7 @@ public:
         connection.waitLonger();
     }
 
-    Tried put()
+    StepResult put()
     {
         Transfer transfer{url(), Transfer::What::Upload};
         transfer.content = contentFor(m_name);
@@ -105,24 +73,24 @@ public:
         }
         return run(transfer);
     }
-    Tried list()
+    StepResult list()
     {
-        Tried tried = run({m_access.request.remotePath, Transfer::What::Names});
-        tried.good = m_result.names.holds(m_name);
+        StepResult tried = run({m_access.request.remotePath, Transfer::What::Names});
+        tried.isGood = m_result.names.holds(m_name);
         return tried;
     }
-    Tried get()
+    StepResult get()
     {
-        Tried tried = run({url(), Transfer::What::Download});
-        tried.good = m_result.names.bytes() == contentFor(m_name);
+        StepResult tried = run({url(), Transfer::What::Download});
+        tried.isGood = m_result.names.bytes() == contentFor(m_name);
         return tried;
     }
-    Tried command(const std::string& text)
+    StepResult command(const std::string& text)
     {
         Transfer transfer{m_access.request.remotePath, Transfer::What::Nothing};
         transfer.afterListing = {text};
         transfer.areRequired = m_access.scheme == Scheme::Sftp;
-        Tried tried = run(transfer);
+        StepResult tried = run(transfer);
         const Reply* const reply = m_result.replyTo(text);
         if (!transfer.areRequired && tried.code == CURLE_OK && (reply == nullptr || reply->code / 100 != 2)) {
             tried.code = CURLE_QUOTE_ERROR;
@@ -136,20 +104,19 @@ public:
 private:
     std::string url() const { return m_access.request.remotePath + m_name; }
 
-    Tried run(const Transfer& transfer)
+    StepResult run(const Transfer& transfer)
     {
         m_result = m_connection.run(transfer);
         if (!m_result.made) {
             m_connection.mayReconnect();
             m_result = m_connection.run(transfer);
         }
-        Tried tried;
+        StepResult tried;
         tried.code = asReported(m_result.code);
         const Reply* const last = m_result.lastReply();
         if (tried.code != CURLE_OK && last != nullptr && last->code >= 400) {
             tried.said = *last;
         }
-        tried.isLate = tried.code == CURLE_OPERATION_TIMEDOUT && tried.said.code != 421;
         return tried;
     }
 
@@ -168,33 +135,33 @@ public:
     {
     }
 
-    Tried test() { return triedOf(m_session.TestSConnect(m_access.request, m_text)); }
-    Tried put()
+    StepResult test() { return triedOf(m_session.TestSConnect(m_access.request, m_text)); }
+    StepResult put()
     {
         const std::string content = contentFor(m_name);
         std::istringstream stream(content);
         return triedOf(m_session.UploadFrom(file(), stream, m_text, static_cast<std::int64_t>(content.size())));
     }
-    Tried list()
+    StepResult list()
     {
         SFtpRequest request = m_access.request;
         request.localPath = "/dev/null";
         return triedOf(m_session.Listsftpdir(request, m_text));
     }
-    Tried get()
+    StepResult get()
     {
         std::ostringstream content;
-        Tried tried = triedOf(m_session.DownLoadTo(file(), content, m_text));
-        tried.good = content.str() == contentFor(m_name);
+        StepResult tried = triedOf(m_session.DownLoadTo(file(), content, m_text));
+        tried.isGood = content.str() == contentFor(m_name);
         return tried;
     }
-    Tried rename()
+    StepResult rename()
     {
         SFtpRequest request = named(m_name);
         request.localPath = renamed(m_name);
         return triedOf(m_session.ReNameSFtpFile(request, m_text));
     }
-    Tried remove(const std::string& name) { return triedOf(m_session.DelSFtpFile(named(name), m_text)); }
+    StepResult remove(const std::string& name) { return triedOf(m_session.DelSFtpFile(named(name), m_text)); }
 
 private:
     static SessionOptions optionsFor(const Access& access, const Report& report)
@@ -219,19 +186,15 @@ private:
     }
 
     // The server's last reply stands at the end of a session's text.
-    Tried triedOf(int code) const
+    StepResult triedOf(int code) const
     {
-        Tried tried;
+        StepResult tried;
         tried.code = code;
-        constexpr char kLast[] = "(the server's last reply: ";
-        const std::string::size_type at = code == CURLE_OK ? std::string::npos : m_text.rfind(kLast);
-        if (at != std::string::npos) {
-            const std::string::size_type begin = at + sizeof kLast - 1;
-            const std::string line = m_text.substr(begin, m_text.size() - begin - 1);
+        std::string line(replyQuotedIn(m_text));
+        if (code != CURLE_OK && codeQuotedIn(m_text) >= 400) {
+            line.pop_back(); // the bracket
             tried.said = endsReply(line) ? replyOf(line, m_access.mask) : Reply{};
         }
-        tried.said = tried.said.code >= 400 ? tried.said : Reply{};
-        tried.isLate = code == CURLE_OPERATION_TIMEDOUT && tried.said.code != 421;
         return tried;
     }
 
@@ -249,9 +212,9 @@ void sendFile(const Access& access, ControlConnection& connection, RoundTrip& tr
     Commands library(access, connection, trip.name);
     Steps(access, trip, save).make(Step::Put, [&library] { return library.put(); });
     const Reply* const size = library.result().replyTo("SIZE " + trip.name);
-    if (trip.put == CURLE_OK && size != nullptr && size->ending == Ending::Complete && size->code != 213) {
+    if (trip[Step::Put].succeeded() && size != nullptr && size->ending == Ending::Complete && size->code != 213) {
         constexpr int kRefusedByTheLibrary = -1;
-        record(Step::Get, {kRefusedByTheLibrary, *size}, trip);
+        trip[Step::Get] = {kRefusedByTheLibrary, *size};
     }
 }
 
@@ -269,13 +232,13 @@ void makeTrip(const Access& access, Report& report, const Save& save)
         steps.make(Step::Put, [&library] { return library.put(); });
     }
     steps.make(Step::List, [&library] { return library.list(); });
-    if (trip.put == CURLE_OK && !trip.get) {
+    if (trip[Step::Put].succeeded() && !trip[Step::Get].code) {
         steps.make(Step::Get, [&library] { return library.get(); });
     }
-    if (trip.put == CURLE_OK && !report.commandDirectory.empty()) {
+    if (trip[Step::Put].succeeded() && !report.commandDirectory.empty()) {
         const std::string path = report.commandDirectory + trip.name;
         steps.make(Step::Rename, [&] { return library.command("rename " + path + " " + renamed(path)); });
-        const std::string last = trip.rename == CURLE_OK ? renamed(path) : path;
+        const std::string last = trip[Step::Rename].succeeded() ? renamed(path) : path;
         steps.make(Step::Remove, [&] { return library.command("rm " + last); });
     }
     save();
@@ -286,7 +249,7 @@ void makeSessionTrip(const Access& access, Report& report, const Save& save)
 {
     RoundTrip& trip = *report.sessionTrip;
     Operations session(access, report, trip.name);
-    const Tried test = session.test();
+    const StepResult test = session.test();
     if (test.said.code == 421) {
         report.turnedAway = test.said;
         return;
@@ -295,10 +258,10 @@ void makeSessionTrip(const Access& access, Report& report, const Save& save)
     Steps steps(access, trip, save);
     steps.make(Step::Put, [&session] { return session.put(); });
     steps.make(Step::List, [&session] { return session.list(); });
-    if (trip.put == CURLE_OK) {
+    if (trip[Step::Put].succeeded()) {
         steps.make(Step::Get, [&session] { return session.get(); });
         steps.make(Step::Rename, [&session] { return session.rename(); });
-        const std::string last = trip.rename == CURLE_OK ? renamed(trip.name) : trip.name;
+        const std::string last = trip[Step::Rename].succeeded() ? renamed(trip.name) : trip.name;
         steps.make(Step::Remove, [&session, &last] { return session.remove(last); });
     }
 }
@@ -310,18 +273,8 @@ std::string whatMayBeLeft(const RoundTrip& trip) { return "files whose names con
 
 const char* operationOf(Step step)
 {
-    switch (step) {
-    case Step::Put:
-        return "upload";
-    case Step::List:
-        return "list";
-    case Step::Get:
-        return "download";
-    case Step::Rename:
-        return "rename";
-    default:
-        return "delete";
-    }
+    constexpr std::array<const char*, 5> kOperations = {"upload", "list", "download", "rename", "delete"};
+    return kOperations.at(static_cast<std::size_t>(step));
 }
 
 } // namespace doctor

@@ -28,23 +28,23 @@ std::string permissionFor(Step step)
 }
 
 // A failure that was predicted keeps its reason: the trial has none.
-void apply(const RoundTrip& roundTrip, Step step, const std::optional<int>& code, Expectation& prediction)
+void apply(const StepResult& result, Step step, Expectation& prediction)
 {
-    if (!code) {
+    if (!result.code) {
         return;
     }
-    const Reply& said = roundTrip.said[static_cast<std::size_t>(step)];
-    if (*code != 0 && prediction.outlook != Outlook::Fails) {
-        prediction.reason =
-            said.code != 0 ? "tried, and the server refuses it " + quote(said) : "tried, and failed: " + textOf(*code);
+    const Reply& said = result.said;
+    if (!result.succeeded() && prediction.outlook != Outlook::Fails) {
+        prediction.reason = said.code != 0 ? "tried, and the server refuses it " + quote(said)
+                                           : "tried, and failed: " + textOf(*result.code);
         prediction.remedy = remedyFor(said, permissionFor(step));
     }
-    if (*code == 0 && prediction.outlook != Outlook::Works) {
+    if (result.succeeded() && prediction.outlook != Outlook::Works) {
         prediction.reason.clear();
         prediction.remedy.clear();
     }
-    prediction.outlook = *code == 0 ? Outlook::Works : Outlook::Fails;
-    prediction.code = *code;
+    prediction.outlook = result.succeeded() ? Outlook::Works : Outlook::Fails;
+    prediction.code = result.code;
 }
 
 // How long it would have gone on is not known: where nothing spoke against it, it may be slow and work.
@@ -68,15 +68,13 @@ using Select = std::function<Expectation&(const std::string& operation)>;
 
 void applyTrip(const RoundTrip& roundTrip, const Select& of)
 {
-    apply(roundTrip, Step::Put, roundTrip.put, of("upload"));
-    apply(roundTrip, Step::List, roundTrip.list, of("list"));
-    apply(roundTrip, Step::Get, roundTrip.get, of("download"));
-    apply(roundTrip, Step::Rename, roundTrip.rename, of("rename"));
-    apply(roundTrip, Step::Remove, roundTrip.remove, of("delete"));
+    for (const Step step : {Step::Put, Step::List, Step::Get, Step::Rename, Step::Remove}) {
+        apply(roundTrip[step], step, of(operationOf(step)));
+    }
     if (roundTrip.unfinished) {
         applyUnfinished(roundTrip.failure, of(operationOf(*roundTrip.unfinished)));
     }
-    if (roundTrip.get == 0 && !roundTrip.unchanged) {
+    if (roundTrip[Step::Get].succeeded() && !roundTrip[Step::Get].isGood) {
         Expectation& upload = of("upload");
         upload.outlook = Outlook::Fails;
         upload.reason = "what was fetched back is not what was sent, though both operations report success";

@@ -75,6 +75,12 @@ std::optional<Expectation> obstacle(const Report& report)
     if (stranger) {
         return stranger;
     }
+    if (report.scheme == Scheme::Sftp && report.session.test.made) {
+        return fails(test.code, {"the server refuses the password (" + test.error.shown() +
+                                     "); SFtpClient logs in with a key of this machine, and a session with the "
+                                     "password alone",
+                                 "Check the password, and whether the server lets that user log in with one."});
+    }
     if (!isInside(report, test)) {
         return fails(codeOf(report, test), diagnoseVisit(report, test, false));
     }

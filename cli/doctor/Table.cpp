@@ -3,6 +3,7 @@
 #include <EscapeControlBytes.h>
 
 #include <algorithm>
+#include <array>
 #include <ostream>
 
 namespace doctor {
@@ -15,31 +16,16 @@ struct Mark
     const char* colour;
 };
 
-Mark markOf(Grade grade)
-{
-    switch (grade) {
-    case Grade::Ok:
-        return {"ok", "\x1b[32m"};
-    case Grade::Warn:
-        return {"warn", "\x1b[33m"};
-    case Grade::Fail:
-        return {"fail", "\x1b[31m"};
-    default:
-        return {"-", ""};
-    }
-}
+constexpr char kGreen[] = "\x1b[32m";
+constexpr char kYellow[] = "\x1b[33m";
+constexpr char kRed[] = "\x1b[31m";
 
-Mark markOf(Outlook outlook)
-{
-    switch (outlook) {
-    case Outlook::Works:
-        return {"works", "\x1b[32m"};
-    case Outlook::Fails:
-        return {"will fail", "\x1b[31m"};
-    default:
-        return {"unknown", "\x1b[33m"};
-    }
-}
+// Each in the order of its kind.
+constexpr std::array<Mark, 4> kGrades = {{{"ok", kGreen}, {"warn", kYellow}, {"fail", kRed}, {"-", ""}}};
+constexpr std::array<Mark, 3> kOutlooks = {{{"works", kGreen}, {"will fail", kRed}, {"unknown", kYellow}}};
+
+Mark markOf(Grade grade) { return kGrades.at(static_cast<std::size_t>(grade)); }
+Mark markOf(Outlook outlook) { return kOutlooks.at(static_cast<std::size_t>(outlook)); }
 
 std::string padded(std::string text, std::size_t width)
 {

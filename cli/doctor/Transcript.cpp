@@ -1,7 +1,8 @@
 #include "doctor/Transcript.h"
 
+#include "base/ServerReplies.h"
+
 #include <algorithm>
-#include <cctype>
 #include <exception>
 #include <utility>
 
@@ -11,6 +12,8 @@ namespace {
 
 // Of what a server says without end, this much is kept.
 constexpr std::string::size_type kLongestLine = 4096;
+// Heard before it is cut, so that a password at the end of what is kept is masked as a whole.
+constexpr std::string::size_type kLongestHeard = 2 * kLongestLine;
 constexpr std::size_t kMostLines = 1000;
 constexpr std::size_t kMostBytes = std::size_t{1} << 20;
 constexpr std::string::size_type kCodeDigits = 3;
@@ -24,11 +27,9 @@ std::string withoutLineEnd(std::string line)
     return line;
 }
 
-bool beginsWithCode(const std::string& line)
+ServerText cut(const ServerText& text, std::string::size_type size)
 {
-    return line.size() >= kCodeDigits && std::all_of(line.begin(), line.begin() + kCodeDigits, [](char character) {
-               return std::isdigit(static_cast<unsigned char>(character)) != 0;
-           });
+    return ServerText::restored(text.raw().substr(0, size), text.shown().substr(0, size));
 }
 
 } // namespace
@@ -76,7 +77,7 @@ void Transcript::addReply(const std::string& bytes)
     for (const char byte : bytes) {
         if (byte == '\n') {
             endLine();
-        } else if (m_line.size() < kLongestLine) {
+        } else if (m_line.size() < kLongestHeard) {
             m_line += byte;
         }
     }
@@ -88,7 +89,8 @@ void Transcript::endLine()
     m_line.clear();
     ++m_lines;
     if (endsReply(line)) {
-        m_exchanges.back().reply = replyOf(line, m_mask);
+        Reply& reply = m_exchanges.back().reply = replyOf(line, m_mask);
+        reply.text = cut(reply.text, kLongestLine - kCodeDigits - 1);
     } else if (line.compare(0, 4, kSshBanner) == 0) {
         m_isOfSsh = true;
         m_first = line;
@@ -114,7 +116,7 @@ void Transcript::end(CURLcode code)
         return;
     }
     const Ending broken = code == CURLE_OPERATION_TIMEDOUT ? Ending::Silent : Ending::Closed;
-    reply = {isEnough() ? Ending::Garbled : broken, 0, ServerText(m_first.empty() ? m_line : m_first, m_mask)};
+    reply = {isEnough() ? Ending::Garbled : broken, 0, cut({m_first.empty() ? m_line : m_first, m_mask}, kLongestLine)};
 }
 
 int Transcript::report(CURL* /*handle*/, curl_infotype kind, char* bytes, size_t count, void* self) noexcept

@@ -1,17 +1,47 @@
 #include "operation/HostRun.h"
 
-#include "operation/HostOperations.h"
 #include "operation/Interruption.h"
 #include "operation/UploadCheck.h"
 #include "output/Hint.h"
 #include "output/ResultLine.h"
+#include "output/StandardStreams.h"
 
 #include <EscapeControlBytes.h>
+#include <ISFtpClient.h>
+#include <SFtpClient.h>
+
+#include <unistd.h>
 
 namespace {
 
 // The size check is the first transfer of a download; by the second one the local file has been emptied.
 constexpr unsigned kTransfersOfDownload = 2;
+
+constexpr uint32_t kTimeout = 90;
+
+// Gives the library's result. What libcurl prints to standard output meanwhile goes nowhere: header lines of the size
+// check, and the contents of what a connection test or a rename visits.
+int perform(Operation operation, const SFtpRequest& request, std::string& errorText)
+{
+    const Silenced output(STDOUT_FILENO);
+    SFtpClient client;
+    switch (operation) {
+    case Operation::Test:
+        return ISFtpClient::CreateClient()->TestSConnect(request, kTimeout);
+    case Operation::List:
+        return client.Listsftpdir(request, errorText);
+    case Operation::Get:
+        return client.DownLoadSFtpFile(request, errorText);
+    case Operation::Put:
+        return client.UploadFileToSFtpServer(request, errorText);
+    case Operation::Move:
+        return client.ReNameSFtpFile(request, errorText);
+    case Operation::Remove:
+        return client.DelSFtpFile(request, errorText);
+    default: // SFtpClient has no others
+        return kNotRun;
+    }
+}
 
 } // namespace
 
@@ -21,7 +51,7 @@ void HostRun::attempt(Result& result)
     m_isDamaged = false;
     result.sizeChecked.reset();
     std::string libraryText;
-    result.code = performAsHost(m_arguments.operation, m_request, libraryText);
+    result.code = perform(m_arguments.operation, m_request, libraryText);
     result.bytes = m_watch.lastBytes();
     m_fault = result.code == kNotRun ? m_watch.lastResult() : static_cast<CURLcode>(result.code);
     describe(libraryText, result);

@@ -10,8 +10,8 @@
 
 #include <string>
 
-/// An operation as a host with SFtpClient runs it. The check of the size on the server belongs to each attempt of an
-/// upload.
+/// An operation as a host with SFtpClient runs it. REQUIRES: one thread alone. The check of the size on the server
+/// belongs to each attempt of an upload.
 class HostRun : public OperationRun
 {
 public:

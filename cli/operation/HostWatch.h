@@ -26,45 +26,53 @@ public:
     std::chrono::seconds begins() override;
     void connected() override { m_clock.connected(); }
     void traced(curl_infotype type, std::string_view text) override;
-    bool goesOn(const TransferAmounts& amounts) override;
-    CURLcode ended(CURLcode result, const TransferAmounts& amounts) override;
+    bool goesOn(curl_off_t bytes, curl_off_t total) override;
+    CURLcode ended(CURLcode result, curl_off_t bytes) override;
 
     /// Forgets the transfers so far: the operation is tried anew.
-    void restart() { restart(0); }
+    void restart()
+    {
+        m_transfers = 0;
+        m_last = {};
+    }
 
     /// How many transfers were begun.
     unsigned transfers() const { return m_transfers; }
 
     /// libcurl's result of the last one.
-    CURLcode lastResult() const { return m_lastResult; }
+    CURLcode lastResult() const { return m_last.result; }
 
     /// The bytes that the last one moved.
-    std::int64_t lastBytes() const { return m_lastBytes; }
+    std::int64_t lastBytes() const { return m_last.bytes; }
 
     /// The server's last reply in the last one, as it came.
-    const Reply& lastReply() const { return m_replies.last(); }
+    const Reply& lastReply() const { return m_last.replies.last(); }
 
     /// Which limit ended the last one; empty where none did.
-    const std::string& limitReached() const { return m_limitReached; }
+    const std::string& limitReached() const { return m_last.limitReached; }
 
     /// Whether nothing may follow any more that takes this long.
     bool isOver(std::chrono::milliseconds more) const { return m_clock.isOver(std::chrono::steady_clock::now(), more); }
 
 private:
-    void restart(unsigned transfers);
+    struct Transfer
+    {
+        bool saysGoodbye = false;
+        CURLcode result = CURLE_OK;
+        std::int64_t bytes = 0;
+        std::int64_t moved = 0;
+        ServerReplies replies;
+        std::string limitReached;
+    };
+
     std::string limitOfConnecting(TransferClock::Time now) const;
     std::string limitAt(TransferClock::Time now) const;
 
     TransferClock m_clock;
     Trace* m_trace;
     Progress* m_progress;
-    bool m_saysGoodbye = false;
     unsigned m_transfers = 0;
-    CURLcode m_lastResult = CURLE_OK;
-    std::int64_t m_lastBytes = 0;
-    std::int64_t m_moved = 0;
-    ServerReplies m_replies;
-    std::string m_limitReached;
+    Transfer m_last;
 };
 
 #endif

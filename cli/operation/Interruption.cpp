@@ -1,23 +1,17 @@
 #include "operation/Interruption.h"
 
+#include "base/Signals.h"
+
 #include <poll.h>
-#include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX's signal sets are not in <csignal>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
+#include <cstring>
 #include <ctime>
 
 namespace {
 
-struct Name
-{
-    int signal;
-    const char* text;
-};
-
-constexpr std::array<Name, 4> kSignals{
-    {{SIGINT, "SIGINT"}, {SIGTERM, "SIGTERM"}, {SIGHUP, "SIGHUP"}, {SIGPIPE, "SIGPIPE"}}};
+constexpr std::array<int, 4> kSignals{SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 
 volatile std::sig_atomic_t received = 0;
 
@@ -39,7 +33,7 @@ Interruption::Interruption()
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
         struct sigaction action = {};
         action.sa_handler = note;
-        const int signal = kSignals[i].signal;
+        const int signal = kSignals[i];
         action.sa_flags = static_cast<int>(SA_RESTART | (signal == SIGPIPE ? 0U : SA_RESETHAND));
         sigaction(signal, nullptr, &m_before[i]);
         if (m_before[i].sa_handler != SIG_IGN) {
@@ -51,7 +45,7 @@ Interruption::Interruption()
 Interruption::~Interruption()
 {
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
-        sigaction(kSignals[i].signal, &m_before[i], nullptr);
+        sigaction(kSignals[i], &m_before[i], nullptr);
     }
 }
 
@@ -60,20 +54,13 @@ int Interruption::signal() { return received; }
 void Interruption::wait(std::chrono::milliseconds time)
 {
     // Blocked between the look and the wait, or a signal that comes right there would not end the wait.
-    sigset_t blocked;
-    sigset_t before;
-    sigemptyset(&blocked);
-    for (const Name& each : kSignals) {
-        sigaddset(&blocked, each.signal);
-    }
-    pthread_sigmask(SIG_BLOCK, &blocked, &before);
+    const SignalsBlocked blocked(signalSet({kSignals.begin(), kSignals.end()}));
     if (received == 0) {
         const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
         const std::chrono::nanoseconds rest = time - seconds;
         const timespec limit{seconds.count(), rest.count()};
-        ppoll(nullptr, 0, &limit, &before);
+        ppoll(nullptr, 0, &limit, &blocked.before());
     }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 CancelledBySignal::CancelledBySignal(SFtpSession& session)
@@ -86,21 +73,14 @@ CancelledBySignal::CancelledBySignal(SFtpSession& session)
 
 CancelledBySignal::~CancelledBySignal() { cancelled = nullptr; }
 
-const char* nameOfSignal(int signal)
-{
-    const auto* const found =
-        std::find_if(kSignals.begin(), kSignals.end(), [signal](const Name& each) { return each.signal == signal; });
-    return found == kSignals.end() ? "a signal" : found->text;
-}
+std::string nameOfSignal(int signal) { return std::string("SIG") + sigabbrev_np(signal); }
 
 void endBySignal(int signal)
 {
     struct sigaction action = {};
     action.sa_handler = SIG_DFL;
     sigaction(signal, &action, nullptr);
-    sigset_t mask;
-    sigemptyset(&mask);
-    sigaddset(&mask, signal);
+    const sigset_t mask = signalSet({signal});
     pthread_sigmask(SIG_UNBLOCK, &mask, nullptr);
     static_cast<void>(raise(signal));
     _exit(128 + signal);

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <chrono>
+#include <string>
 
 /// Keeps SIGINT, SIGTERM, SIGHUP and SIGPIPE from ending the process as long as this object lives, so that work can be
 /// put in order first. The second of the same kind ends it all the same, in case something hangs, but for SIGPIPE, of
@@ -41,8 +42,8 @@ public:
     CancelledBySignal& operator=(const CancelledBySignal&) = delete;
 };
 
-/// "SIGINT", for one of those.
-const char* nameOfSignal(int signal);
+/// "SIGINT".
+std::string nameOfSignal(int signal);
 
 /// Ends the process by `signal`, so that its parent sees what happened: a shell stops its script.
 [[noreturn]] void endBySignal(int signal);

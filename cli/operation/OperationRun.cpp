@@ -41,6 +41,9 @@ Result runToItsEnd(OperationRun& run, Result result, Retry retry, const Notice& 
             run.attempt(result);
         }
     }
+    if (result.code == CURLE_OPERATION_TIMEDOUT && run.isOver({})) {
+        result.hint.clear(); // which would blame the server
+    }
     if (Interruption::signal() != 0 && result.code != 0) {
         describeInterruption(run, Interruption::signal(), result);
     }

@@ -26,10 +26,13 @@ bool isPassingFault(CURLcode result)
     }
 }
 
-bool isTransient(CURLcode result, int reply)
+bool isTransient(CURLcode result, int reply, std::string_view text)
 {
     constexpr int kTransientReplies = 400;
     constexpr int kPermanentReplies = 500;
+    if (text.find("CONNECT tunnel failed, response 407") != text.npos) { // a proxy's: as after CURLE_LOGIN_DENIED
+        return false;
+    }
     switch (result) {
     case CURLE_COULDNT_RESOLVE_PROXY: // the network
     case CURLE_COULDNT_RESOLVE_HOST:

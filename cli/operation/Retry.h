@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <functional>
+#include <string_view>
 
 /// Whether a fault may pass by itself, so that the same request can succeed a little later: no connection, a time-out,
 /// a broken TLS handshake, a connection that ended or failed. Never a refusal, least of all of a login: trying that
@@ -12,8 +13,8 @@
 bool isPassingFault(CURLcode result);
 
 /// The same for a session, whose server said `reply` last: also a name that was not found, a transfer that broke off,
-/// and whatever the server refuses for now (4xx), but for a login.
-bool isTransient(CURLcode result, int reply);
+/// and whatever the server refuses for now (4xx), but for a login, to a proxy too. `text` is the session's.
+bool isTransient(CURLcode result, int reply, std::string_view text);
 
 /// A number from 0 up to 1.
 double randomShare();

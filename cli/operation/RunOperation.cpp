@@ -10,7 +10,6 @@
 #include "output/Listing.h"
 
 #include <CurlProcess.h>
-#include <HostConfiguration.h>
 #include <HostLog.h>
 
 #include <unistd.h>
@@ -19,16 +18,6 @@
 #include <optional>
 
 namespace {
-
-void configureHost(const Arguments& arguments)
-{
-    if (!arguments.configFile.empty()) {
-        HostConfiguration::instance().load(arguments.configFile);
-    }
-    if (arguments.quiet) {
-        HostLog::instance().setFailuresOnly();
-    }
-}
 
 Result emptyResult(const Arguments& arguments, const SFtpRequest& request)
 {
@@ -41,8 +30,7 @@ Result emptyResult(const Arguments& arguments, const SFtpRequest& request)
 Result runAsHost(const Arguments& arguments, const SFtpRequest& request, Trace* trace, Progress* progress,
                  const Notice& notice)
 {
-    const TimeLimits limits{arguments.connectTime, arguments.stallTime, arguments.maxTime};
-    HostWatch watch(limits, trace, progress);
+    HostWatch watch(limitsOf(arguments), trace, progress);
     const ObservedTransfers observed(watch);
     HostRun run(arguments, request, watch, notice);
     return runToItsEnd(run, emptyResult(arguments, request), {arguments.retries, arguments.retryDelay}, notice);
@@ -79,7 +67,9 @@ Result runWatched(const Arguments& arguments, const SFtpRequest& request, const 
 // All that must be in order before a signal ends the process ends with this function.
 Result runOperation(const Arguments& arguments, const Notice& notice)
 {
-    configureHost(arguments);
+    if (arguments.quiet) {
+        HostLog::instance().setFailuresOnly();
+    }
     SFtpRequest request = requestOf(arguments);
     const WipedAtEnd wiped(request.password);
     readLogin(arguments, request);

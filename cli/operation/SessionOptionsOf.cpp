@@ -1,16 +1,20 @@
 #include "operation/SessionOptionsOf.h"
 
+#include "base/Environment.h"
 #include "base/InputFile.h"
 #include "base/UsageError.h"
 
+#include <boost/algorithm/string/replace.hpp>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <stdexcept>
 #include <utility>
 
 namespace {
 
 constexpr std::pair<const char*, const char*> kNames[] = {
+    {"SessionOptions: proxy ", "--proxy "},
+    {"SessionOptions: ", ""},
     {"remotePath", "URL"},
     {"localPath ", ""},
     {"caCert", "--ca"},
@@ -49,8 +53,7 @@ std::string knownHostsOf(const Arguments& arguments)
         }
         return arguments.knownHosts;
     }
-    const char* const home = secure_getenv("HOME");
-    const std::string usual = std::string(home == nullptr ? "" : home) + "/.ssh/known_hosts";
+    const std::string usual = environmentText("HOME") + "/.ssh/known_hosts";
     return access(usual.c_str(), R_OK) == 0 ? usual : std::string();
 }
 
@@ -76,13 +79,17 @@ SessionOptions sessionOptionsOf(const Arguments& arguments)
     return options;
 }
 
+SFtpSession sessionWith(const SessionOptions& options)
+try {
+    return SFtpSession(options);
+} catch (const std::invalid_argument& error) {
+    throw UsageError(withOptionNames(error.what()) + ".");
+}
+
 std::string withOptionNames(std::string text)
 {
     for (const auto& name : kNames) {
-        const std::string field = name.first;
-        for (std::string::size_type at = text.find(field); at != std::string::npos; at = text.find(field, at)) {
-            text.replace(at, field.size(), name.second);
-        }
+        boost::replace_all(text, name.first, name.second);
     }
     return text;
 }

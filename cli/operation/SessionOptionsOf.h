@@ -13,6 +13,9 @@ SessionOptions sessionOptionsOf(const Arguments& arguments);
 /// The file of known hosts among them; empty: none. Throws `UsageError` where it cannot be read.
 std::string knownHostsOf(const Arguments& arguments);
 
+/// Throws `UsageError` for options that a session refuses.
+SFtpSession sessionWith(const SessionOptions& options);
+
 /// `text` of a session's with the command's words in place of the fields' names: "URL" for "remotePath",
 /// "--fingerprint" for "hostKeySha256".
 std::string withOptionNames(std::string text);

@@ -6,8 +6,9 @@
 #include "output/Hint.h"
 #include "output/MaskedLog.h"
 
+#include <boost/algorithm/string/predicate.hpp>
+
 #include <algorithm>
-#include <charconv>
 #include <csignal>
 #include <filesystem>
 #include <system_error>
@@ -20,25 +21,16 @@ constexpr char kLeft[] = "; the new file may be under ";
 constexpr int kNoMoreConnections = 421; // libcurl reports it as a time-out
 constexpr char kStream[] = "-";
 
-bool beginsWith(const std::string& text, const std::string& beginning)
-{
-    return text.compare(0, beginning.size(), beginning) == 0;
-}
-
 /// What a session says about a failure, taken apart.
 struct SessionText
 {
-    SessionText(const std::string& text, CURLcode code) : meaning(curl_easy_strerror(code))
+    SessionText(const std::string& text, CURLcode code) : meaning(curl_easy_strerror(code)), reply(codeQuotedIn(text))
     {
         const char* const refusedDirectory = curl_easy_strerror(CURLE_REMOTE_ACCESS_DENIED);
-        if (code == CURLE_REMOTE_FILE_NOT_FOUND && beginsWith(text, refusedDirectory)) {
+        if (code == CURLE_REMOTE_FILE_NOT_FOUND && boost::starts_with(text, refusedDirectory)) {
             meaning = refusedDirectory; // which is reported as a missing file
         }
         const std::string::size_type end = std::min(text.find(kReply), text.size());
-        if (end < text.size()) {
-            hasReply = true;
-            std::from_chars(text.data() + end + sizeof kReply - 1, text.data() + text.size(), reply);
-        }
         const std::string::size_type begin = meaning.size() + 2;
         detail = begin < end ? text.substr(begin, end - begin) : std::string();
         whatIsLeft = text.substr(std::min(text.rfind(kLeft), text.size()));
@@ -47,8 +39,7 @@ struct SessionText
     std::string meaning;    // libcurl's words for the code
     std::string detail;     // empty where there is nothing to add
     std::string whatIsLeft; // of an upload that broke off between its renames
-    bool hasReply = false;  // of the server's
-    int reply = 0;          // its code, unless the password is in it
+    int reply;              // the code of the server's last one
 };
 
 // Otherwise it repeats what the code means, or what the server has replied, which says more.
@@ -59,27 +50,22 @@ bool saysMore(CURLcode code, int reply)
            code != CURLE_RECV_ERROR;
 }
 
-std::string inSeconds(std::chrono::seconds time) { return std::to_string(time.count()) + " s"; }
-
 } // namespace
 
 SessionRun::SessionRun(const Arguments& arguments, const SFtpRequest& request, const SessionOptions& options,
                        SessionWatch& watch, Progress* progress, Notice notice)
     : m_arguments(arguments), m_request(request), m_options(options), m_watch(watch), m_progress(progress),
-      m_notice(std::move(notice)), m_mask(request.userName, request.password)
+      m_notice(std::move(notice)), m_mask(request.userName, request.password),
+      m_clock(limitsOf(arguments), std::chrono::steady_clock::now())
 {
-}
-
-bool SessionRun::isOver(std::chrono::milliseconds more) const
-{
-    return m_arguments.maxTime.count() > 0 && Clock::now() - m_begin + more >= m_arguments.maxTime;
 }
 
 SessionOptions SessionRun::optionsNow()
 {
     SessionOptions options = m_options;
     if (m_arguments.maxTime.count() > 0) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_begin + m_arguments.maxTime - Clock::now());
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(m_clock.leftAt(std::chrono::steady_clock::now()));
         options.callTimeout = std::max(left, std::chrono::milliseconds(1));
     }
     if (m_progress != nullptr) {
@@ -106,7 +92,7 @@ void SessionRun::call(Result& result, std::string& text)
 {
     const MaskedLog log(m_mask);
     try {
-        SFtpSession session(optionsNow());
+        SFtpSession session = sessionWith(optionsNow());
         const CancelledBySignal cancelled(session);
         result.code = perform(session, result, text);
     } catch (const StreamFailure& failure) {
@@ -157,12 +143,9 @@ int SessionRun::perform(SFtpSession& session, Result& result, std::string& text)
         return session.RemoveSFtpDir(m_request, text);
     case Operation::Stat:
         return session.StatEntry(m_request, result.entry.emplace(), text);
-    case Operation::Push:
-    case Operation::Pull:
-    case Operation::Doctor:
-        break;
+    default: // trees and doctor are not run here
+        return kNotRun;
     }
-    return kNotRun;
 }
 
 void SessionRun::describe(const std::string& sessionText, Result& result)
@@ -180,7 +163,7 @@ void SessionRun::describe(const std::string& sessionText, Result& result)
     result.entries.reset();
     result.entry.reset();
     const SessionText text(sessionText, code);
-    const Reply reply = text.hasReply ? m_watch.lastWith(text.reply) : Reply();
+    const Reply reply = text.reply != 0 ? m_watch.lastWith(text.reply) : Reply();
     result.text = textOf(code, text.meaning, text.detail, reply);
     const std::string left = m_mask.hiddenIn(text.whatIsLeft);
     result.text += left;
@@ -193,7 +176,7 @@ void SessionRun::describe(const std::string& sessionText, Result& result)
     }
     result.hint = hintFor(m_arguments.remote.isSsh() ? Way::SshSession : Way::Session, code, reply);
     // What has gone through a pipe cannot be had a second time.
-    m_mayPass = isTransient(code, reply.code) && !m_hasStreamed;
+    m_mayPass = isTransient(code, reply.code, text.detail) && !m_hasStreamed;
 }
 
 std::string SessionRun::textOf(CURLcode code, const std::string& meaning, const std::string& detail,
@@ -203,21 +186,19 @@ std::string SessionRun::textOf(CURLcode code, const std::string& meaning, const 
         return reply.code == kNoMoreConnections ? "The server ended the connection"
                                                 : meaning + ": " + timeoutText(detail, reply);
     }
-    const bool isShown = !detail.empty() && saysMore(code, reply.code);
+    const bool isShown = !detail.empty() && (saysMore(code, reply.code) || !m_options.proxy.empty());
     return meaning + (isShown ? ": " + m_mask.hiddenIn(withOptionNames(detail)) : "");
 }
 
 std::string SessionRun::timeoutText(const std::string& detail, const Reply& reply) const
 {
-    if (beginsWith(detail, "no reply for") || beginsWith(detail, "no byte moved for")) {
-        return "no byte was sent or received for " + inSeconds(m_arguments.stallTime) + " (--stall-time)";
+    if (boost::starts_with(detail, "no reply for") || boost::starts_with(detail, "no byte moved for")) {
+        return m_clock.limits().stallText();
     }
     if (isOver({})) {
-        return "the operation did not finish within " + inSeconds(m_arguments.maxTime) + " (--max-time)";
+        return m_clock.limits().wholeText();
     }
-    const bool isConnected = reply.command == "EPSV" || reply.command == "PASV";
-    return (isConnected ? "the data connection was not made " : "connection and login did not finish ") +
-           ("within " + inSeconds(m_arguments.connectTime) + " (--connect-time)");
+    return m_clock.limits().connectText(reply.command == "EPSV" || reply.command == "PASV");
 }
 
 void SessionRun::noteSizeCheck(Result& result) const

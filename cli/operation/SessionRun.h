@@ -4,6 +4,7 @@
 #include "base/Arguments.h"
 #include "operation/OperationRun.h"
 #include "operation/SessionWatch.h"
+#include "operation/TransferClock.h"
 #include "output/PasswordMask.h"
 
 #include <SFtpRequest.h>
@@ -22,12 +23,13 @@ public:
 
     void attempt(Result& result) override;
     bool mayPass() const override { return m_mayPass; }
-    bool isOver(std::chrono::milliseconds more) const override;
+    bool isOver(std::chrono::milliseconds more) const override
+    {
+        return m_clock.isOver(std::chrono::steady_clock::now(), more);
+    }
     std::string whatIsLeft(const Result& result) const override;
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     void call(Result& result, std::string& text);
     SessionOptions optionsNow();
     int perform(SFtpSession& session, Result& result, std::string& text);
@@ -46,7 +48,7 @@ private:
     Progress* m_progress;
     const Notice m_notice;
     const PasswordMask m_mask;
-    const Clock::time_point m_begin = Clock::now();
+    const TransferClock m_clock;
     bool m_mayPass = false; // what made the last attempt fail
     bool m_hasStreamed = false;
     bool m_hasInputEnded = false;

@@ -8,28 +8,29 @@
 
 namespace {
 
-// libcurl's function has no argument that could carry it.
-TransferObserver* currentObserver = nullptr;
-TranscriptObserver* currentReader = nullptr;
-
 // The observer sets the limits: none of libcurl's own may come before them.
 constexpr long kLongestReplySeconds = 7L * 24 * 3600;
 
+template <typename Observer>
 int trace(CURL* /*handle*/, curl_infotype type, char* data, size_t size, void* observer) noexcept
 {
-    static_cast<TransferObserver*>(observer)->traced(type, {data, size});
+    static_cast<Observer*>(observer)->traced(type, {data, size});
     return 0;
 }
 
-int traceSession(CURL* /*handle*/, curl_infotype type, char* data, size_t size, void* reader) noexcept
+// Without --trace, too: the replies count, and the library's size check is talkative by itself, password included, and
+// says it all to standard error unless there is this function.
+template <typename Observer>
+void letTrace(CURL* handle, Observer& observer)
 {
-    static_cast<TranscriptObserver*>(reader)->traced(type, {data, size});
-    return 0;
+    curl_easy_setopt(handle, CURLOPT_VERBOSE, 1L);
+    curl_easy_setopt(handle, CURLOPT_DEBUGFUNCTION, trace<Observer>);
+    curl_easy_setopt(handle, CURLOPT_DEBUGDATA, &observer);
 }
 
 int progress(void* observer, curl_off_t toReceive, curl_off_t received, curl_off_t toSend, curl_off_t sent) noexcept
 {
-    return static_cast<TransferObserver*>(observer)->goesOn({received, toReceive, sent, toSend}) ? 0 : 1;
+    return static_cast<TransferObserver*>(observer)->goesOn(received + sent, toReceive + toSend) ? 0 : 1;
 }
 
 int connected(void* observer, char* /*server*/, char* /*own*/, int /*serverPort*/, int /*ownPort*/) noexcept
@@ -40,11 +41,7 @@ int connected(void* observer, char* /*server*/, char* /*own*/, int /*serverPort*
 
 void prepare(CURL* handle, TransferObserver& observer)
 {
-    // Without --trace, too: the replies count, and the library's size check is talkative by itself, password included,
-    // and says it all to standard error unless there is this function.
-    curl_easy_setopt(handle, CURLOPT_VERBOSE, 1L);
-    curl_easy_setopt(handle, CURLOPT_DEBUGFUNCTION, trace);
-    curl_easy_setopt(handle, CURLOPT_DEBUGDATA, &observer);
+    letTrace(handle, observer);
     curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, progress);
     curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &observer);
     curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
@@ -58,12 +55,13 @@ void prepare(CURL* handle, TransferObserver& observer)
     curl_easy_setopt(handle, CURLOPT_FORBID_REUSE, 1L);
 }
 
-TransferAmounts amountsOf(CURL* handle)
+curl_off_t bytesOf(CURL* handle)
 {
-    TransferAmounts amounts;
-    curl_easy_getinfo(handle, CURLINFO_SIZE_DOWNLOAD_T, &amounts.received);
-    curl_easy_getinfo(handle, CURLINFO_SIZE_UPLOAD_T, &amounts.sent);
-    return amounts;
+    curl_off_t received = 0;
+    curl_off_t sent = 0;
+    curl_easy_getinfo(handle, CURLINFO_SIZE_DOWNLOAD_T, &received);
+    curl_easy_getinfo(handle, CURLINFO_SIZE_UPLOAD_T, &sent);
+    return received + sent;
 }
 
 } // namespace
@@ -71,31 +69,21 @@ TransferAmounts amountsOf(CURL* handle)
 extern "C" __attribute__((visibility("default"))) CURLcode curl_easy_perform(CURL* handle)
 {
     static auto* const next = reinterpret_cast<CURLcode (*)(CURL*)>(dlsym(RTLD_NEXT, "curl_easy_perform"));
-    TransferObserver* const observer = currentObserver;
+    TransferObserver* const observer = ObservedTransfers::current;
     if (observer == nullptr || handle == nullptr) {
         return next(handle);
     }
     prepare(handle, *observer);
     const CURLcode result = next(handle);
-    return observer->ended(result, amountsOf(handle));
+    return observer->ended(result, bytesOf(handle));
 }
 
 extern "C" __attribute__((visibility("default"))) CURLMcode curl_multi_add_handle(CURLM* multi, CURL* handle)
 {
     static auto* const next = reinterpret_cast<CURLMcode (*)(CURLM*, CURL*)>(dlsym(RTLD_NEXT, "curl_multi_add_handle"));
-    if (currentReader != nullptr) {
-        currentReader->transferBegins();
-        curl_easy_setopt(handle, CURLOPT_VERBOSE, 1L);
-        curl_easy_setopt(handle, CURLOPT_DEBUGFUNCTION, traceSession);
-        curl_easy_setopt(handle, CURLOPT_DEBUGDATA, currentReader);
+    if (TranscriptObserver* const observer = ObservedSessions::current) {
+        observer->transferBegins();
+        letTrace(handle, *observer);
     }
     return next(multi, handle);
 }
-
-ObservedTransfers::ObservedTransfers(TransferObserver& observer) { currentObserver = &observer; }
-
-ObservedTransfers::~ObservedTransfers() { currentObserver = nullptr; }
-
-ObservedSessions::ObservedSessions(TranscriptObserver& observer) { currentReader = &observer; }
-
-ObservedSessions::~ObservedSessions() { currentReader = nullptr; }

@@ -6,15 +6,6 @@
 #include <chrono>
 #include <string_view>
 
-/// The bytes of a transfer so far, and what they will come to; 0 where that is unknown or nothing goes that way.
-struct TransferAmounts
-{
-    curl_off_t received = 0;
-    curl_off_t toReceive = 0;
-    curl_off_t sent = 0;
-    curl_off_t toSend = 0;
-};
-
 /// Reads along in the transfers of a session. Nothing may be thrown.
 class TranscriptObserver
 {
@@ -44,33 +35,33 @@ public:
     virtual void traced(curl_infotype type, std::string_view text) = 0;
 
     /// Called about once a second and with every piece of data, from connecting to QUIT, but not during a TLS
-    /// handshake. False ends the transfer, with CURLE_ABORTED_BY_CALLBACK.
-    virtual bool goesOn(const TransferAmounts& amounts) = 0;
+    /// handshake: how many bytes have moved, and what they will come to, or 0. False ends the transfer, with
+    /// CURLE_ABORTED_BY_CALLBACK.
+    virtual bool goesOn(curl_off_t bytes, curl_off_t total) = 0;
 
-    /// The transfer is over. The result that its caller is to get: `result`, or another one that says it better.
-    virtual CURLcode ended(CURLcode result, const TransferAmounts& amounts) = 0;
+    /// The transfer is over and has moved so many bytes. The result that its caller is to get: `result`, or another one
+    /// that says it better.
+    virtual CURLcode ended(CURLcode result, curl_off_t bytes) = 0;
 };
 
-/// Lets `observer` see the transfers as long as this object lives.
-/// REQUIRES: one at a time; all handles that made a transfer meanwhile are cleaned up before it goes.
-class ObservedTransfers
+/// Lets `observer` see transfers as long as this object lives. REQUIRES: one at a time for each kind of observer.
+template <typename Observer>
+class Observed
 {
 public:
-    explicit ObservedTransfers(TransferObserver& observer);
-    ~ObservedTransfers();
-    ObservedTransfers(const ObservedTransfers&) = delete;
-    ObservedTransfers& operator=(const ObservedTransfers&) = delete;
+    explicit Observed(Observer& observer) { current = &observer; }
+    ~Observed() { current = nullptr; }
+    Observed(const Observed&) = delete;
+    Observed& operator=(const Observed&) = delete;
+
+    // libcurl's functions have no argument that could carry it.
+    static inline Observer* current = nullptr;
 };
 
-/// Lets `observer` read along in the sessions' transfers as long as this object lives, which the sessions do not
-/// outlive. REQUIRES: one at a time; calls of sessions in one thread alone.
-class ObservedSessions
-{
-public:
-    explicit ObservedSessions(TranscriptObserver& observer);
-    ~ObservedSessions();
-    ObservedSessions(const ObservedSessions&) = delete;
-    ObservedSessions& operator=(const ObservedSessions&) = delete;
-};
+/// REQUIRES: all handles that made a transfer meanwhile are cleaned up before it goes.
+using ObservedTransfers = Observed<TransferObserver>;
+
+/// REQUIRES: sessions do not outlive it, and their calls are in one thread alone.
+using ObservedSessions = Observed<TranscriptObserver>;
 
 #endif

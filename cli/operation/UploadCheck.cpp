@@ -2,8 +2,8 @@
 
 #include "base/RemoteUrl.h"
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <curl/curl.h>
-#include <strings.h>
 
 #include <charconv>
 #include <memory>
@@ -11,11 +11,6 @@
 namespace {
 
 constexpr char kSizeReply[] = "213 ";
-
-struct HandleCleanup
-{
-    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
-};
 
 size_t dropBody(char* /*data*/, size_t /*one*/, size_t size, void* /*nothing*/) { return size; }
 
@@ -40,6 +35,8 @@ std::optional<std::int64_t> sizeOfSsh(CURL* handle)
         return bytes;
     }
     curl_easy_setopt(handle, CURLOPT_NOBODY, 0L);
+    // libcurl distrusts a kept connection that brings no byte, and 8.14 then fails.
+    curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, 1L);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, refuseBody);
     return curl_easy_perform(handle) == CURLE_OK ? std::optional<std::int64_t>(0) : std::nullopt;
 }
@@ -59,17 +56,11 @@ std::optional<std::int64_t> sizeInReply(const std::string& reply)
                                                                                   : std::nullopt;
 }
 
-bool canCompareSize(const std::string& url)
-{
-    constexpr char kAsText[] = ";type=a";
-    constexpr std::size_t kLength = sizeof kAsText - 1;
-    const bool asText = url.size() >= kLength && strcasecmp(url.c_str() + url.size() - kLength, kAsText) == 0;
-    return !asText;
-}
+bool canCompareSize(const std::string& url) { return !boost::iends_with(url, ";type=a"); }
 
 RemoteSize askSize(const SFtpRequest& request)
 {
-    const std::unique_ptr<CURL, HandleCleanup> handle(curl_easy_init());
+    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(curl_easy_init(), curl_easy_cleanup);
     if (!handle) {
         return {std::nullopt, "libcurl has no handle left"};
     }

@@ -1,6 +1,7 @@
 #include "output/Listing.h"
 
 #include "base/Descriptor.h"
+#include "base/Environment.h"
 #include "base/ThrowErrno.h"
 
 #include <EscapeControlBytes.h>
@@ -8,7 +9,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <iomanip>
@@ -20,8 +20,8 @@ namespace {
 
 std::string temporaryFolder()
 {
-    const char* const folder = secure_getenv("TMPDIR");
-    return folder != nullptr && *folder != '\0' ? folder : "/tmp";
+    const std::string folder = environmentText("TMPDIR");
+    return folder.empty() ? "/tmp" : folder;
 }
 
 void flush(std::ostream& out)

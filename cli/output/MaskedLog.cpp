@@ -4,6 +4,7 @@
 
 #include <HostLog.h>
 
+#include <boost/algorithm/string/replace.hpp>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -29,15 +30,6 @@ std::string contentsOf(int descriptor)
     }
 }
 
-// As the text was before the log has escaped it.
-std::string withSingleBackslashes(std::string text)
-{
-    for (std::string::size_type at = text.find("\\\\"); at != std::string::npos; at = text.find("\\\\", at + 1)) {
-        text.erase(at, 1);
-    }
-    return text;
-}
-
 // Time, function and line are the log's own: masked, they would say something else where a password is a number.
 std::string masked(const std::string& record, const PasswordMask& mask)
 {
@@ -45,7 +37,7 @@ std::string masked(const std::string& record, const PasswordMask& mask)
     const std::string::size_type begin =
         function == std::string::npos ? 0 : std::min(record.find(' ', function), record.size());
     const std::string text = record.substr(begin);
-    const std::string unescaped = withSingleBackslashes(text);
+    const std::string unescaped = boost::replace_all_copy(text, "\\\\", "\\"); // before the log has escaped it
     const std::string hidden = mask.hiddenIn(unescaped);
     return record.substr(0, begin) + (hidden == unescaped ? text : hidden);
 }

@@ -8,6 +8,9 @@
 namespace {
 
 constexpr std::chrono::milliseconds kBetween(100);
+// Between these, a terminal drops what does not fit into its line: a second one would stay.
+constexpr char kOneLine[] = "\x1b[?7l";
+constexpr char kAllLines[] = "\x1b[?7h";
 constexpr double kHour = 3600;
 constexpr double kMinute = 60;
 
@@ -54,6 +57,20 @@ std::string progressText(std::int64_t bytes, std::int64_t total, std::chrono::du
     return text;
 }
 
+void LiveLine::show(const std::string& text)
+{
+    m_isShown = true;
+    m_terminal << "\r\x1b[K" << kOneLine << text << kAllLines << std::flush;
+}
+
+void LiveLine::clear()
+{
+    if (m_isShown) {
+        m_terminal << "\r\x1b[K" << std::flush;
+        m_isShown = false;
+    }
+}
+
 void Progress::start()
 {
     m_begin = Clock::now();
@@ -67,14 +84,5 @@ void Progress::show(std::int64_t bytes, std::int64_t total)
         return;
     }
     m_next = now + kBetween;
-    m_shown = true;
-    m_terminal << "\r\x1b[K" << progressText(bytes, total, now - m_begin) << std::flush;
-}
-
-void Progress::clear()
-{
-    if (m_shown) {
-        m_terminal << "\r\x1b[K" << std::flush;
-        m_shown = false;
-    }
+    m_line.show(progressText(bytes, total, now - m_begin));
 }

@@ -13,27 +13,41 @@ std::string amountText(double bytes);
 /// 6.0 MiB/s".
 std::string progressText(std::int64_t bytes, std::int64_t total, std::chrono::duration<double> elapsed);
 
-/// A line on a terminal that tells how far a transfer is. It is written over at most ten times a second.
+/// A line on a terminal that is written over.
+class LiveLine
+{
+public:
+    explicit LiveLine(std::ostream& terminal) : m_terminal(terminal) {}
+
+    void show(const std::string& text);
+
+    /// Makes room for another line.
+    void clear();
+
+private:
+    std::ostream& m_terminal;
+    bool m_isShown = false;
+};
+
+/// Such a line that tells how far a transfer is, at most ten times a second.
 class Progress
 {
 public:
-    explicit Progress(std::ostream& terminal) : m_terminal(terminal) {}
+    explicit Progress(std::ostream& terminal) : m_line(terminal) {}
 
     /// A transfer begins.
     void start();
 
     void show(std::int64_t bytes, std::int64_t total);
 
-    /// Makes room for another line.
-    void clear();
+    void clear() { m_line.clear(); }
 
 private:
     using Clock = std::chrono::steady_clock;
 
-    std::ostream& m_terminal;
+    LiveLine m_line;
     Clock::time_point m_begin;
     Clock::time_point m_next;
-    bool m_shown = false;
 };
 
 #endif

@@ -35,7 +35,7 @@ void Attempts::inParallel(const std::vector<std::string>& paths, const std::func
 
 Workers Attempts::workers(unsigned count)
 {
-    return {std::min(count, m_connections), [this] { tick(); }};
+    return {std::min(count, m_connections.load()), [this] { tick(); }};
 }
 
 Workers::Verdict Attempts::attempt(const std::string& path, const Step& step)
@@ -63,9 +63,8 @@ void Attempts::tryAgainAndAgain(const Step& step)
             step();
             return;
         } catch (const TreeFailure& failure) {
-            const bool isPassing = isTransient(static_cast<CURLcode>(failure.code()), failure.reply());
-            if (!retry.isLeft() || !isPassing || isEnding() ||
-                (isTooManyConnections(failure) && hasSpareConnection())) {
+            const bool isPassing = isTransient(static_cast<CURLcode>(failure.code()), failure.reply(), failure.what());
+            if (!retry.isLeft() || !isPassing || isEnding() || (isTooManyConnections(failure) && m_connections > 1)) {
                 throw;
             }
         }
@@ -74,12 +73,6 @@ void Attempts::tryAgainAndAgain(const Step& step)
             std::this_thread::sleep_for(kPause);
         }
     }
-}
-
-bool Attempts::hasSpareConnection()
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_connections > 1;
 }
 
 // False where there is only one left.

@@ -47,7 +47,6 @@ public:
 private:
     Workers workers(unsigned count);
     void tryAgainAndAgain(const Step& step);
-    bool hasSpareConnection();
     bool takeConnectionAway();
     void tick();
 
@@ -56,8 +55,8 @@ private:
     const std::function<void()> m_show;
     const std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
     std::atomic<bool> m_isLate{false};
-    std::mutex m_mutex; // for what follows
-    unsigned m_connections;
+    std::atomic<unsigned> m_connections; // changed under the lock alone
+    std::mutex m_mutex;                  // for what follows
     std::vector<FailedPath> m_failed;
 };
 

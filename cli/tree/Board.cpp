@@ -4,17 +4,21 @@
 
 #include <EscapeControlBytes.h>
 
+#include <algorithm>
 #include <ostream>
 
 namespace {
 
-// Not within a character of several bytes.
+// Not within a character of several bytes. One of three or four may take two columns.
 std::string cutTo(const std::string& text, std::size_t width)
 {
+    constexpr unsigned kBeginsThree = 0xe0;
     std::size_t columns = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool begins = (static_cast<unsigned char>(text[i]) & 0xc0U) != 0x80U;
-        if (begins && ++columns > width) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool begins = (byte & 0xc0U) != 0x80U;
+        columns += begins ? (byte < kBeginsThree ? 1 : 2) : 0;
+        if (begins && columns > width) {
             return text.substr(0, i);
         }
     }
@@ -82,14 +86,14 @@ std::vector<std::string> Board::lines(const std::string& operation, std::chrono:
     return lines;
 }
 
-void LiveLines::show(const std::vector<std::string>& lines)
+void LiveLines::show(const std::vector<std::string>& lines, std::size_t height)
 {
     clear();
-    for (const std::string& line : lines) {
-        m_terminal << line << "\n";
+    m_shown = std::min(lines.size(), std::max<std::size_t>(height, 2) - 1); // the cursor has a line, too
+    for (std::size_t i = 0; i < m_shown; ++i) {
+        m_terminal << lines[i] << "\n";
     }
     m_terminal << std::flush;
-    m_shown = lines.size();
 }
 
 void LiveLines::clear()

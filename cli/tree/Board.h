@@ -51,7 +51,8 @@ class LiveLines
 public:
     explicit LiveLines(std::ostream& terminal) : m_terminal(terminal) {}
 
-    void show(const std::vector<std::string>& lines);
+    /// As many of them as fit on a terminal of `height` lines.
+    void show(const std::vector<std::string>& lines, std::size_t height);
     /// Makes room for other lines.
     void clear();
 

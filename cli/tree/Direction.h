@@ -6,6 +6,7 @@
 #include "tree/RemoteTree.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 /// Which way files go, and what that means for one path. Each function throws `TreeFailure`. Any number of threads may
@@ -13,24 +14,37 @@
 class Direction
 {
 public:
+    Direction(LocalTree& local, RemoteTree& remote) : m_local(local), m_remote(remote) {}
     virtual ~Direction() = default;
 
-    /// Of "": the destination itself, and what is missing above it.
-    virtual void makeDirectory(const std::string& path) = 0;
     virtual void move(const Move& move) = 0;
-    virtual void removeFile(const std::string& path) = 0;
-    virtual void removeDirectory(const std::string& path) = 0;
     /// The answer to the question of `move`: whether there is nothing to be moved. `mayChange`: it may set the
     /// destination's time where all else is the same.
-    virtual bool isSame(const Move& move, bool mayChange) = 0;
-    /// The code for a file whose place something else has taken.
-    virtual int codeOfBlocked() const = 0;
+    bool isSame(const Move& move, bool mayChange);
+
+protected:
+    LocalTree& local() const { return m_local; }
+    RemoteTree& remote() const { return m_remote; }
+
+private:
+    /// The local file's time, and what the listing says of the server's file.
+    virtual FileTime timeHere(const Move& move) const = 0;
+    virtual const TreeEntry& entryThere(const Move& move) const = 0;
+    /// Gives the destination the source's time.
+    virtual void adoptTime(const std::string& path, FileTime here, FileTime there) = 0;
+    /// Whether times that differ are those of the same file.
+    virtual bool isNewEnough(const Move& move, FileTime there) = 0;
+
+    std::optional<FileTime> timeThere(const Move& move) const;
+    bool holdsSame(const std::string& path) const;
+
+    LocalTree& m_local;
+    RemoteTree& m_remote;
 };
 
-/// The remote tree is used as long as the object lives. A local tree that is missing must be made before anything else
-/// is done. Both throw `TreeFailure` where it cannot be read.
-std::unique_ptr<Direction> makePush(const std::string& root, RemoteTree& remote);
+/// Both trees are used as long as the object lives.
+std::unique_ptr<Direction> makePush(LocalTree& local, RemoteTree& remote);
 /// `salt`: see `arrivingName`.
-std::unique_ptr<Direction> makePull(const std::string& root, RemoteTree& remote, const std::string& salt);
+std::unique_ptr<Direction> makePull(LocalTree& local, RemoteTree& remote, const std::string& salt);
 
 #endif

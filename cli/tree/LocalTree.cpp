@@ -5,8 +5,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <filesystem>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -40,6 +42,15 @@ TreeEntry entryOf(const struct stat& status)
         return {EntryKind::File, status.st_size, timeOf(status)};
     }
     return {EntryKind::Other, -1, std::nullopt};
+}
+
+int openRoot(const std::string& root)
+{
+    const int opened = open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (opened < 0) {
+        fail(CURLE_READ_ERROR, root + " cannot be read as a directory");
+    }
+    return opened;
 }
 
 int openBelow(int folder, const std::string& name)
@@ -113,35 +124,27 @@ private:
 
 } // namespace
 
+// A time before 1677 or after 2262, which it cannot hold, becomes the nearest one that it can.
 FileTime timeOf(const struct stat& status)
 {
-    return FileTime(
-        duration_cast<FileTime::duration>(seconds(status.st_mtim.tv_sec) + nanoseconds(status.st_mtim.tv_nsec)));
+    constexpr seconds kEnd = duration_cast<seconds>(FileTime::duration::max()) - seconds(1);
+    const seconds whole = std::clamp(seconds(status.st_mtim.tv_sec), -kEnd, kEnd);
+    return FileTime(duration_cast<FileTime::duration>(whole + nanoseconds(status.st_mtim.tv_nsec)));
 }
 
-LocalTree::LocalTree(const std::string& root) : m_root(openRoot(root)) {}
-
-Descriptor LocalTree::openRoot(const std::string& root)
+LocalTree::LocalTree(std::string root, bool isMissing)
+    : m_path(std::move(root)), m_root(isMissing ? -1 : openRoot(m_path))
 {
-    const int opened = open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (opened < 0) {
-        fail(CURLE_READ_ERROR, root + " cannot be read as a directory");
-    }
-    return Descriptor(opened);
 }
 
 TreeListing LocalTree::list(const std::string& root, const Exclusions& exclusions, const OnFailure& failed)
 {
     Lister lister(exclusions, failed);
-    const int opened = open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (opened < 0 && errno == ENOENT) {
+    if (access(root.c_str(), F_OK) != 0 && errno == ENOENT) {
         lister.listing.isMissing = true;
-        return lister.listing;
+    } else {
+        lister.list(openRoot(root), "", 0);
     }
-    if (opened < 0) {
-        fail(CURLE_READ_ERROR, root + " cannot be read as a directory");
-    }
-    lister.list(opened, "", 0);
     return std::move(lister.listing);
 }
 
@@ -163,27 +166,37 @@ Descriptor LocalTree::openFolder(const std::string& path) const
     return Descriptor(folder);
 }
 
-void LocalTree::makeDirectory(const std::string& path) const
+void LocalTree::makeRoot()
 {
+    std::error_code error;
+    std::filesystem::create_directories(m_path, error);
+    if (error) {
+        throw TreeFailure(CURLE_WRITE_ERROR, m_path + " cannot be made: " + error.message());
+    }
+    m_root.reset(openRoot(m_path));
+}
+
+void LocalTree::makeDirectory(const std::string& path)
+{
+    if (path.empty()) {
+        makeRoot();
+        return;
+    }
     const auto [parent, name] = splitPath(path);
     if (mkdirat(openFolder(parent).get(), name.c_str(), 0777) != 0) {
         fail(CURLE_WRITE_ERROR, "the directory cannot be made");
     }
 }
 
-void LocalTree::removeFile(const std::string& path) const
-{
-    const auto [parent, name] = splitPath(path);
-    if (unlinkat(openFolder(parent).get(), name.c_str(), 0) != 0) {
-        fail(CURLE_WRITE_ERROR, "the file cannot be deleted");
-    }
-}
+void LocalTree::removeFile(const std::string& path) { remove(path, 0, "the file"); }
 
-void LocalTree::removeDirectory(const std::string& path) const
+void LocalTree::removeDirectory(const std::string& path) { remove(path, AT_REMOVEDIR, "the directory"); }
+
+void LocalTree::remove(const std::string& path, int flags, const std::string& what) const
 {
     const auto [parent, name] = splitPath(path);
-    if (unlinkat(openFolder(parent).get(), name.c_str(), AT_REMOVEDIR) != 0) {
-        fail(CURLE_WRITE_ERROR, "the directory cannot be deleted");
+    if (unlinkat(openFolder(parent).get(), name.c_str(), flags) != 0) {
+        fail(CURLE_WRITE_ERROR, what + " cannot be deleted");
     }
 }
 
@@ -249,8 +262,9 @@ void LocalTree::Arriving::takeModeOf(const std::string& name) const
     if (!file.isOpen()) {
         fail(CURLE_WRITE_ERROR, "the file cannot be written");
     }
-    static_cast<void>(fchown(file.get(), there.st_uid, there.st_gid) == 0);
-    static_cast<void>(fchmod(file.get(), there.st_mode & 07777));
+    // Another group gets none of its rights, and what a server sends no set-user-ID.
+    const bool hasOwner = fchown(file.get(), there.st_uid, there.st_gid) == 0;
+    static_cast<void>(fchmod(file.get(), there.st_mode & (hasOwner ? 0777U : 0707U)));
 }
 
 LocalTree::Arriving::~Arriving()

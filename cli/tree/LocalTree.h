@@ -13,19 +13,20 @@
 /// A tree of local files. Every path is walked name by name, without following a link: none leads out of the tree,
 /// whoever made the names. Each function throws `TreeFailure`: 26 where something cannot be read, 23 where it cannot be
 /// written. Any number of threads may call at the same time.
-class LocalTree
+class LocalTree : public Destination
 {
 public:
-    /// Throws where `root` is no directory. `root` itself may be a link.
-    explicit LocalTree(const std::string& root);
+    /// Throws where `root` is no directory, unless it `isMissing`: then it is to be made first. `root` itself may be a
+    /// link.
+    explicit LocalTree(std::string root, bool isMissing = false);
 
     /// `isMissing` where the tree is not there. `failed` gets directories that cannot be read.
     using OnFailure = std::function<void(const std::string& path, const TreeFailure& failure)>;
     static TreeListing list(const std::string& root, const Exclusions& exclusions, const OnFailure& failed);
 
-    void makeDirectory(const std::string& path) const;
-    void removeFile(const std::string& path) const;
-    void removeDirectory(const std::string& path) const;
+    void makeDirectory(const std::string& path) override;
+    void removeFile(const std::string& path) override;
+    void removeDirectory(const std::string& path) override;
 
     /// A file that is being read.
     class Leaving
@@ -78,9 +79,11 @@ public:
     void setModified(const std::string& path, FileTime modified) const;
 
 private:
-    static Descriptor openRoot(const std::string& root);
+    void makeRoot();
+    void remove(const std::string& path, int flags, const std::string& what) const;
     Descriptor openFolder(const std::string& path) const;
 
+    std::string m_path;
     Descriptor m_root;
 };
 

@@ -1,10 +1,10 @@
 #include "tree/Names.h"
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <fnmatch.h>
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdio>
 #include <functional>
 
@@ -13,21 +13,9 @@ namespace {
 constexpr std::size_t kDigits = 12;
 constexpr std::size_t kLongestPart = 180; // of a name, so that it is not too long with what is added
 
-bool endsWith(const std::string& text, const std::string& end)
+bool isMadeOf(const std::string& characters, const std::string& text)
 {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
-template <typename Test>
-bool areAll(const std::string& text, Test test)
-{
-    return !text.empty() &&
-           std::all_of(text.begin(), text.end(), [&test](unsigned char each) { return test(each) != 0; });
-}
-
-bool isNumber(const std::string& text)
-{
-    return areAll(text, [](int each) { return std::isdigit(each); });
+    return !text.empty() && text.find_first_not_of(characters) == std::string::npos;
 }
 
 // Takes ".DIGITS" from the end.
@@ -45,33 +33,22 @@ std::string takeEnd(std::string& text)
 // One step: a temporary file may itself arrive under a temporary name.
 std::optional<std::string> targetOf(const std::string& name)
 {
-    const bool isPart = endsWith(name, ".part");
-    if (name.front() != '.' || (!isPart && !endsWith(name, ".old"))) {
+    const std::string kNumber = "0123456789";
+    const bool isPart = boost::ends_with(name, ".part");
+    if (name.front() != '.' || (!isPart && !boost::ends_with(name, ".old"))) {
         return std::nullopt;
     }
     std::string rest = name.substr(1);
     takeEnd(rest);
     const std::string digits = takeEnd(rest);
-    const bool isHex = digits.size() == kDigits && areAll(digits, [](int each) { return std::isxdigit(each); });
-    const bool isCounted = !isHex && isPart && isNumber(digits) && isNumber(takeEnd(rest));
+    const bool isHex = digits.size() == kDigits && isMadeOf(kNumber + "abcdefABCDEF", digits);
+    const bool isCounted = !isHex && isPart && isMadeOf(kNumber, digits) && isMadeOf(kNumber, takeEnd(rest));
     return (isHex || isCounted) && !rest.empty() ? std::optional(rest) : std::nullopt;
 }
 
 } // namespace
 
-bool isPlainName(const std::string& name)
-{
-    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
-           name.find('\0') == std::string::npos;
-}
-
 bool holdsDotName(const std::string& path) { return ("/" + path).find("/.") != std::string::npos; }
-
-bool holdsControlByte(const std::string& name)
-{
-    constexpr unsigned char kDelete = 0x7f;
-    return std::any_of(name.begin(), name.end(), [](unsigned char each) { return each < ' ' || each == kDelete; });
-}
 
 std::optional<std::string> targetOfLeftover(const std::string& name)
 {

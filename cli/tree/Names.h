@@ -1,20 +1,15 @@
 #ifndef SFTPCLIENT_CLI_TREE_NAMES_H
 #define SFTPCLIENT_CLI_TREE_NAMES_H
 
+#include "base/Checks.h"
 #include "tree/TreeListing.h"
 
 #include <optional>
 #include <string>
 #include <vector>
 
-/// Whether a name is that of an entry of its directory: not empty, ".", "..", nor with a "/" or a zero byte.
-bool isPlainName(const std::string& name);
-
 /// Whether a name in the path begins with a dot.
 bool holdsDotName(const std::string& path);
-
-/// No session takes such a name.
-bool holdsControlByte(const std::string& name);
 
 /// Of a name that a transfer's temporary file has (".NAME.DIGITS.part", ".NAME.DIGITS.old"), the name that the file was
 /// to get, as far as it fits; nothing for other names.

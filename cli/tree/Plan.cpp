@@ -2,10 +2,13 @@
 
 #include "tree/Names.h"
 
+#include <boost/algorithm/string/case_conv.hpp>
 #include <curl/curl.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <map>
 #include <set>
 #include <tuple>
 
@@ -50,6 +53,15 @@ bool showsDotNames(const TreeListing& listing)
                        [](const auto& each) { return holdsDotName(each.first); });
 }
 
+// Pure-FTPd puts "_" in place of a blank at the beginning or the end, Windows leaves it out at the end, with dots. To
+// ProFTPD, two bytes 255 are one, as in Telnet.
+bool isChangedBySome(const std::string& path)
+{
+    const auto signs = {"/ ", " /", "./", "\xff\xff"};
+    return std::any_of(signs.begin(), signs.end(),
+                       [names = "/" + path + "/"](const char* sign) { return names.find(sign) != names.npos; });
+}
+
 /// Makes the plan, one path after the other.
 class Planner
 {
@@ -58,6 +70,9 @@ public:
         : m_source(source), m_destination(destination), m_rules(rules),
           m_others(destination.links.begin(), destination.links.end())
     {
+        for (const FailedPath& each : rules.unlisted) {
+            m_unlisted.push_back(each.path);
+        }
     }
 
     Plan plan()
@@ -66,7 +81,10 @@ public:
             m_plan.directories.emplace_back();
         }
         for (const auto& [path, entry] : m_source.entries) {
-            if (holdsControlByte(path)) {
+            if (isBelow(path, m_unlisted)) {
+                continue;
+            }
+            if (holdsControlByte(path)) { // no session takes such a name
                 refuse(path, m_rules.isPush ? "sent" : "fetched");
             } else {
                 place(path, entry);
@@ -165,10 +183,10 @@ private:
         }
     }
 
-    static bool isBelow(const std::string& path, const std::vector<std::string>& links)
+    static bool isBelow(const std::string& path, const std::vector<std::string>& those)
     {
-        return std::any_of(links.begin(), links.end(), [&path](const std::string& link) {
-            return path.compare(0, link.size() + 1, link + "/") == 0;
+        return std::any_of(those.begin(), those.end(), [&path](const std::string& each) {
+            return each.empty() || path.compare(0, each.size() + 1, each + "/") == 0;
         });
     }
 
@@ -176,6 +194,7 @@ private:
     const TreeListing& m_destination;
     const PlanRules& m_rules;
     const std::set<std::string> m_others;
+    std::vector<std::string> m_unlisted;
     Plan m_plan;
 };
 
@@ -185,6 +204,39 @@ bool areSameTimes(FileTime one, FileTime other)
 {
     const auto apart = std::chrono::floor<Seconds>(one) - std::chrono::floor<Seconds>(other);
     return std::abs(apart.count()) <= 1;
+}
+
+std::vector<std::string> doubtfulIn(const Plan& plan, const TreeListing& source)
+{
+    std::map<std::string, std::set<std::string>> byLetters;
+    const auto add = [&byLetters](const std::string& path) { byLetters[boost::to_lower_copy(path)].insert(path); };
+    std::for_each(plan.directories.begin(), plan.directories.end(), add);
+    std::for_each(plan.moves.begin(), plan.moves.end(), [&add](const Move& each) { add(each.path); });
+    std::for_each(plan.files.begin(), plan.files.end(), add);
+    std::for_each(plan.folders.begin(), plan.folders.end(), add);
+    for (const auto& [path, unused] : source.entries) {
+        const auto same = byLetters.find(boost::to_lower_copy(path));
+        if (same != byLetters.end()) {
+            same->second.insert(path);
+        }
+    }
+    std::vector<std::string> doubtful;
+    for (const auto& [letters, paths] : byLetters) {
+        if (paths.size() > 1 || (source.entries.count(*paths.begin()) > 0 && isChangedBySome(*paths.begin()))) {
+            doubtful.insert(doubtful.end(), paths.begin(), paths.end());
+        }
+    }
+    return doubtful;
+}
+
+std::vector<std::string> missingIn(const TreeListing& listing, const std::vector<std::string>& paths)
+{
+    const bool showsAll = showsDotNames(listing);
+    std::vector<std::string> missing;
+    std::copy_if(paths.begin(), paths.end(), std::back_inserter(missing), [&](const std::string& path) {
+        return listing.entries.count(path) == 0 && (showsAll || !holdsDotName(path));
+    });
+    return missing;
 }
 
 Plan planOf(const TreeListing& source, const TreeListing& destination, const PlanRules& rules)

@@ -40,12 +40,21 @@ struct Plan
 struct PlanRules
 {
     bool isPush = false;
-    bool checksums = false; ///< compare contents where the sizes are the same
-    bool deletes = false;   ///< what is not in the source
+    bool checksums = false;                ///< compare contents where the sizes are the same
+    bool deletes = false;                  ///< what is not in the source
+    std::vector<FailedPath> unlisted = {}; ///< directories; what is in them may be the same, and is left alone
 };
 
 /// A server tells times in whole seconds, and some round them to even ones.
 bool areSameTimes(FileTime one, FileTime other);
+
+/// The paths that some servers and disks take for others: of those that the plan makes or deletes, and of those of the
+/// source beside them, which differ in the case of letters alone; and those that it makes with a blank or a dot at the
+/// end of a name.
+std::vector<std::string> doubtfulIn(const Plan& plan, const TreeListing& source);
+
+/// Which of these paths a listing lacks, but for names that the server may hide.
+std::vector<std::string> missingIn(const TreeListing& listing, const std::vector<std::string>& paths);
 
 Plan planOf(const TreeListing& source, const TreeListing& destination, const PlanRules& rules);
 

@@ -5,6 +5,7 @@
 #include "operation/Retry.h"
 #include "operation/SessionOptionsOf.h"
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <curl/curl.h>
 
 #include <algorithm>
@@ -56,66 +57,53 @@ RemoteTree::RemoteTree(SFtpSession& session, const SFtpRequest& request, const P
     if (m_root.back() != '/') {
         m_root += '/';
     }
-    if (m_root.compare(0, 5, "sftp:") == 0) {
+    if (boost::istarts_with(m_root, "sftp:")) {
         m_times = Known::Yes;
         m_checksums = Known::No;
     }
 }
 
-int RemoteTree::call(const std::string& url, const std::string& name, const std::string& localPath, const Call& call,
-                     std::string& text) const
+bool RemoteTree::run(const Target& target, const Call& call, int excused) const
 {
     SFtpRequest request = m_request;
     const WipedAtEnd wiped(request.password);
-    request.remotePath = url;
-    request.remoteFileName = name;
-    request.localPath = localPath;
-    const int code = call(request, text);
-    text = m_mask.hiddenIn(withOptionNames(withoutLocalPath(text, localPath)));
-    return code;
-}
-
-void RemoteTree::run(const std::string& url, const std::string& name, const std::string& localPath,
-                     const Call& operation) const
-{
+    request.remotePath = target.url;
+    request.remoteFileName = target.name;
+    request.localPath = target.localPath;
     std::string text;
-    if (const int code = call(url, name, localPath, operation, text)) {
-        throw TreeFailure(code, text);
+    const int code = call(m_session, request, text);
+    if (code != 0 && code != excused) {
+        throw TreeFailure(code, m_mask.hiddenIn(withOptionNames(withoutLocalPath(text, target.localPath))));
     }
+    return code == 0;
 }
 
-std::string RemoteTree::urlOf(const std::string& path) const { return m_root + encoded(path); }
+// At the top of the login's directory, servers and libcurl take "~" for that directory itself.
+std::string RemoteTree::urlOf(const std::string& path) const
+{
+    return m_root + (isTop(m_root) && path.compare(0, 1, "~") == 0 ? "./" : "") + encoded(path);
+}
 
 std::optional<std::vector<RemoteEntry>> RemoteTree::list(const std::string& path) const
 {
     std::vector<RemoteEntry> entries;
-    std::string text;
-    const std::string url = path.empty() ? m_root : urlOf(path) + "/";
-    const int code = call(
-        url, "", "",
-        [&](const SFtpRequest& request, std::string& errorText) {
-            return m_session.ListEntries(request, entries, errorText);
+    const bool isThere = run(
+        {path.empty() ? m_root : urlOf(path) + "/"},
+        [&](SFtpSession& session, const SFtpRequest& request, std::string& errorText) {
+            return session.ListEntries(request, entries, errorText);
         },
-        text);
-    if (code == CURLE_REMOTE_FILE_NOT_FOUND) {
-        return std::nullopt;
-    }
-    if (code != 0) {
-        throw TreeFailure(code, text);
-    }
-    return entries;
+        CURLE_REMOTE_FILE_NOT_FOUND);
+    return isThere ? std::optional(std::move(entries)) : std::nullopt;
 }
 
-void RemoteTree::makeDirectory(const std::string& path) const
+void RemoteTree::makeDirectory(const std::string& path)
 {
     if (path.empty()) {
         makeAll(m_root);
         return;
     }
     try {
-        run(urlOf(path) + "/", "", "", [this](const SFtpRequest& request, std::string& errorText) {
-            return m_session.MakeSFtpDir(request, errorText);
-        });
+        run({urlOf(path) + "/"}, &SFtpSession::MakeSFtpDir);
     } catch (const TreeFailure& failure) {
         // Some servers do not list names that begin with a dot.
         if (failure.code() != CURLE_QUOTE_ERROR || !list(path)) {
@@ -126,11 +114,7 @@ void RemoteTree::makeDirectory(const std::string& path) const
 
 void RemoteTree::makeAll(const std::string& url) const
 {
-    const auto make = [&] {
-        run(url, "", "", [this](const SFtpRequest& request, std::string& errorText) {
-            return m_session.MakeSFtpDir(request, errorText);
-        });
-    };
+    const auto make = [&] { run({url}, &SFtpSession::MakeSFtpDir); };
     try {
         make();
     } catch (const TreeFailure& failure) {
@@ -146,50 +130,35 @@ void RemoteTree::makeAll(const std::string& url) const
     }
 }
 
-void RemoteTree::removeFile(const std::string& path) const
+void RemoteTree::removeFile(const std::string& path)
 {
     const auto [parent, name] = splitPath(path);
     const std::string url = parent.empty() ? m_root : urlOf(parent) + "/";
-    run(url, name, "", [this](const SFtpRequest& request, std::string& errorText) {
-        return m_session.DelSFtpFile(request, errorText);
-    });
+    run({url, name}, &SFtpSession::DelSFtpFile);
 }
 
-void RemoteTree::removeDirectory(const std::string& path) const
-{
-    run(urlOf(path) + "/", "", "", [this](const SFtpRequest& request, std::string& errorText) {
-        return m_session.RemoveSFtpDir(request, errorText);
-    });
-}
+void RemoteTree::removeDirectory(const std::string& path) { run({urlOf(path) + "/"}, &SFtpSession::RemoveSFtpDir); }
 
 void RemoteTree::send(const std::string& localPath, const std::string& path) const
 {
-    run(urlOf(path), "", localPath, [this](const SFtpRequest& request, std::string& errorText) {
-        return m_session.UploadFileToSFtpServer(request, errorText);
-    });
+    run({urlOf(path), "", localPath}, &SFtpSession::UploadFileToSFtpServer);
 }
 
 void RemoteTree::fetch(const std::string& path, const std::string& localPath) const
 {
-    run(urlOf(path), "", localPath, [this](const SFtpRequest& request, std::string& errorText) {
-        return m_session.DownLoadSFtpFile(request, errorText);
-    });
+    run({urlOf(path), "", localPath}, &SFtpSession::DownLoadSFtpFile);
 }
 
 std::optional<FileTime> RemoteTree::modified(const std::string& path) const
 {
     FileTime time;
-    std::string text;
-    const int code = call(
-        urlOf(path), "", "",
-        [&](const SFtpRequest& request, std::string& errorText) {
-            return m_session.ReadModified(request, time, errorText);
+    const bool isKnown = run(
+        {urlOf(path)},
+        [&time](SFtpSession& session, const SFtpRequest& request, std::string& errorText) {
+            return session.ReadModified(request, time, errorText);
         },
-        text);
-    if (code != 0 && code != CURLE_NOT_BUILT_IN) {
-        throw TreeFailure(code, text);
-    }
-    return code == 0 ? std::optional(time) : std::nullopt;
+        CURLE_NOT_BUILT_IN);
+    return isKnown ? std::optional(time) : std::nullopt;
 }
 
 bool RemoteTree::setModified(const std::string& path, FileTime modified)
@@ -204,7 +173,8 @@ try {
         m_times = Known::No;
         return false;
     }
-    if (failure.code() != CURLE_QUOTE_ERROR || isTransient(CURLE_QUOTE_ERROR, failure.reply())) {
+    const bool cannotBe = failure.code() == CURLE_BAD_FUNCTION_ARGUMENT; // a time that the protocol does not know
+    if (!cannotBe && (failure.code() != CURLE_QUOTE_ERROR || isTransient(CURLE_QUOTE_ERROR, failure.reply(), {}))) {
         throw;
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -214,8 +184,8 @@ try {
 
 void RemoteTree::trySetModified(const std::string& path, FileTime modified) const
 {
-    run(urlOf(path), "", "", [&](const SFtpRequest& request, std::string& errorText) {
-        return m_session.SetModified(request, modified, errorText);
+    run({urlOf(path)}, [modified](SFtpSession& session, const SFtpRequest& request, std::string& errorText) {
+        return session.SetModified(request, modified, errorText);
     });
 }
 
@@ -241,24 +211,19 @@ std::vector<FailedPath> RemoteTree::refusedTimes() const
 }
 
 std::optional<RemoteChecksum> RemoteTree::checksum(const std::string& path)
-{
+try {
     if (m_checksums == Known::No) {
         return std::nullopt;
     }
     RemoteChecksum found;
-    std::string text;
-    const int code = call(
-        urlOf(path), "", "",
-        [&](const SFtpRequest& request, std::string& errorText) {
-            return m_session.ReadChecksum(request, found, errorText);
-        },
-        text);
-    if (code == CURLE_NOT_BUILT_IN) {
-        m_checksums = Known::No;
-        return std::nullopt;
-    }
-    if (code != 0) {
-        throw TreeFailure(code, text);
-    }
+    run({urlOf(path)}, [&found](SFtpSession& session, const SFtpRequest& request, std::string& errorText) {
+        return session.ReadChecksum(request, found, errorText);
+    });
     return found;
+} catch (const TreeFailure& failure) {
+    if (!isUnknownCommand(failure)) {
+        throw;
+    }
+    m_checksums = Known::No;
+    return std::nullopt;
 }

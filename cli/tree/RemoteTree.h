@@ -16,7 +16,7 @@
 
 /// A tree on the server, on one session. Each function throws `TreeFailure` where the server does not go along; its
 /// text hides the password. Any number of threads may call at the same time.
-class RemoteTree
+class RemoteTree : public Destination
 {
 public:
     /// `request` points at the tree. All three are used as long as the object lives.
@@ -25,10 +25,10 @@ public:
     /// Nothing where there is no such directory.
     std::optional<std::vector<RemoteEntry>> list(const std::string& path) const;
 
-    /// Succeeds where the directory is there already. For the tree itself, those above it are made as well.
-    void makeDirectory(const std::string& path) const;
-    void removeFile(const std::string& path) const;
-    void removeDirectory(const std::string& path) const;
+    /// Succeeds where the directory is there already.
+    void makeDirectory(const std::string& path) override;
+    void removeFile(const std::string& path) override;
+    void removeDirectory(const std::string& path) override;
 
     void send(const std::string& localPath, const std::string& path) const;
     void fetch(const std::string& path, const std::string& localPath) const;
@@ -54,12 +54,18 @@ private:
         Yes,
         No
     };
-    using Call = std::function<int(const SFtpRequest& request, std::string& errorText)>;
+    /// What a call is about.
+    struct Target
+    {
+        std::string url;
+        std::string name = {};
+        std::string localPath = {};
+    };
+    using Call = std::function<int(SFtpSession& session, const SFtpRequest& request, std::string& errorText)>;
 
+    /// False where it fails with the code `excused`.
+    bool run(const Target& target, const Call& call, int excused = 0) const;
     void trySetModified(const std::string& path, FileTime modified) const;
-    int call(const std::string& url, const std::string& name, const std::string& localPath, const Call& call,
-             std::string& text) const;
-    void run(const std::string& url, const std::string& name, const std::string& localPath, const Call& call) const;
     std::string urlOf(const std::string& path) const;
     void makeAll(const std::string& url) const;
 

@@ -1,7 +1,6 @@
 #include "tree/RunTree.h"
 
 #include "base/RequestOf.h"
-#include "base/UsageError.h"
 #include "base/WipedAtEnd.h"
 #include "credentials/Login.h"
 #include "operation/Interruption.h"
@@ -10,19 +9,21 @@
 
 #include <CurlProcess.h>
 #include <EscapeControlBytes.h>
-#include <HostConfiguration.h>
 #include <HostLog.h>
 
+#include <curl/curl.h>
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <iostream>
 #include <stdexcept>
 
 namespace {
 
-constexpr std::size_t kUsualWidth = 80;
+constexpr winsize kUsualTerminal = {24, 80, 0, 0};
 
 /// Points the host's log, as far as it goes to standard error, to nowhere: there are several records for each file, and
 /// some of failures that are expected.
@@ -41,10 +42,11 @@ private:
     Descriptor m_nowhere;
 };
 
-std::size_t widthOfTerminal()
+winsize sizeOfTerminal()
 {
     winsize size = {};
-    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualWidth;
+    const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 && size.ws_row > 0;
+    return isKnown ? size : kUsualTerminal;
 }
 
 SessionOptions optionsOf(const Arguments& arguments, Board& board)
@@ -62,19 +64,13 @@ SessionOptions optionsOf(const Arguments& arguments, Board& board)
 }
 
 // What has been pulled is on the disk when the command ends, as far as the system can tell.
-void syncFiles(const std::string& directory)
+void syncFiles(const std::string& directory, TreeResult& result)
 {
     const Descriptor folder(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder.isOpen()) {
-        syncfs(folder.get());
+    if ((!folder.isOpen() || syncfs(folder.get()) != 0) && result.code == 0) {
+        result.code = CURLE_WRITE_ERROR;
+        result.text = std::string("what was moved may not be on the disk: ") + std::strerror(errno);
     }
-}
-
-SFtpSession makeSession(const SessionOptions& options)
-try {
-    return SFtpSession(options);
-} catch (const std::invalid_argument& error) {
-    throw UsageError(withOptionNames(error.what()) + ".");
 }
 
 TreeResult runShown(const Arguments& arguments, const SFtpRequest& request)
@@ -82,7 +78,7 @@ TreeResult runShown(const Arguments& arguments, const SFtpRequest& request)
     const QuietLog quiet;
     const CurlProcess curl;
     Board board;
-    SFtpSession session = makeSession(optionsOf(arguments, board));
+    SFtpSession session = sessionWith(optionsOf(arguments, board));
     const PasswordMask mask(request.userName, request.password);
     RemoteTree remote(session, request, mask);
     LiveLines lines(std::cerr);
@@ -90,18 +86,20 @@ TreeResult runShown(const Arguments& arguments, const SFtpRequest& request)
     const auto begin = std::chrono::steady_clock::now();
     TreeRun run(arguments, session, remote, board, [&] {
         if (isShown) {
-            lines.show(board.lines(arguments.name, std::chrono::steady_clock::now() - begin, widthOfTerminal()));
+            const winsize size = sizeOfTerminal();
+            lines.show(board.lines(arguments.name, std::chrono::steady_clock::now() - begin, size.ws_col), size.ws_row);
         }
     });
     TreeResult result = run.run();
     lines.clear();
     if (arguments.operation == Operation::Pull && result.moved > 0 && !arguments.tree.dryRun) {
-        syncFiles(arguments.local);
+        syncFiles(arguments.local, result);
     }
     result.url = request.remotePath;
+    result.hint = hintOf(result);
     for (const FailedPath& each : remote.refusedTimes()) {
         std::cerr << arguments.name << ": " << escapeControlBytes(each.path)
-                  << ": the server did not set the file's time: " << escapeControlBytes(each.text) << "\n";
+                  << ": the server did not set the file's time: " << shownText(each.text) << "\n";
     }
     if (arguments.tree.checksum && remote.lacksChecksums()) {
         std::cerr << arguments.name
@@ -135,11 +133,11 @@ void report(const Arguments& arguments, const TreeResult& result)
     for (const FailedPath& each : result.failed) {
         if (!each.path.empty()) {
             std::cerr << result.operation << ": " << escapeControlBytes(each.path) << ": " << each.code << " "
-                      << escapeControlBytes(each.text) << "\n";
+                      << shownText(each.text) << "\n";
         }
     }
-    if (const std::string hint = hintOf(result); !hint.empty()) {
-        std::cerr << "hint: " << hint << "\n";
+    if (!result.hint.empty()) {
+        std::cerr << "hint: " << result.hint << "\n";
     }
     std::cerr << lineOf(result) << std::endl;
     if (arguments.json) {
@@ -156,15 +154,10 @@ int runTree(const Arguments& given)
 {
     Arguments arguments = given;
     arguments.asHost = false; // as the environment may say, for other operations
-    if (!arguments.configFile.empty()) {
-        HostConfiguration::instance().load(arguments.configFile);
-    }
     const TreeResult result = runInOrder(arguments);
     report(arguments, result);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
-        if (result.signal == nameOfSignal(signal)) {
-            endBySignal(signal);
-        }
+    if (!result.signal.empty()) {
+        endBySignal(Interruption::signal());
     }
     return result.code;
 }

@@ -1,6 +1,8 @@
 #ifndef SFTPCLIENT_CLI_TREE_TREELISTING_H
 #define SFTPCLIENT_CLI_TREE_TREELISTING_H
 
+#include "base/ServerReplies.h"
+
 #include <SFtpSession.h>
 
 #include <algorithm>
@@ -50,10 +52,22 @@ public:
 
     int code() const { return m_code; }
     /// The code of the server's last reply, as a session tells it at the end of its text; 0 where it tells none.
-    int reply() const;
+    int reply() const { return codeQuotedIn(what()); }
 
 private:
     int m_code;
+};
+
+/// A tree that is to become like another. Each function throws `TreeFailure`.
+class Destination
+{
+public:
+    virtual ~Destination() = default;
+
+    /// Of "": the tree itself, and what is missing above it.
+    virtual void makeDirectory(const std::string& path) = 0;
+    virtual void removeFile(const std::string& path) = 0;
+    virtual void removeDirectory(const std::string& path) = 0;
 };
 
 /// The most directories within each other; a server could make up more without end.

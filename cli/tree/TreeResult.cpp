@@ -9,9 +9,11 @@
 #include <EscapeControlBytes.h>
 #include <JsonText.h>
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <sstream>
 
 namespace {
 
@@ -62,13 +64,23 @@ std::string hintOf(const TreeResult& result)
     if (reply.code == 0 && std::find(local.begin(), local.end(), first.code) != local.end()) {
         return {};
     }
-    const bool isSsh = result.url.compare(0, 5, "sftp:") == 0;
+    const bool isSsh = boost::istarts_with(result.url, "sftp:");
     return hintFor(isSsh ? Way::SshSession : Way::Session, static_cast<CURLcode>(first.code), reply);
+}
+
+std::string shownText(const std::string& text)
+{
+    std::istringstream parts(text);
+    std::string shown;
+    for (std::string part; std::getline(parts, part, '\\');) {
+        shown += escapeControlBytes(part) + (parts.eof() ? "" : "\\");
+    }
+    return shown;
 }
 
 std::string lineOf(const TreeResult& result)
 {
-    return result.operation + ": " + std::to_string(result.code) + " " + escapeControlBytes(result.text) + ": " +
+    return result.operation + ": " + std::to_string(result.code) + " " + shownText(result.text) + ": " +
            countsOf(result);
 }
 
@@ -96,8 +108,8 @@ std::string jsonOf(const TreeResult& result)
             object["actions"].push_back(withPath({{"action", nameOfStep(each.step)}}, each.path));
         }
     }
-    if (const std::string hint = hintOf(result); !hint.empty()) {
-        object["hint"] = hint;
+    if (!result.hint.empty()) {
+        object["hint"] = result.hint;
     }
     if (!result.signal.empty()) {
         object["signal"] = result.signal;

@@ -19,6 +19,15 @@ bool holdsFile(const TreeListing& listing)
                        [](const auto& each) { return each.second.kind == EntryKind::File; });
 }
 
+std::map<std::size_t, std::vector<std::string>> byDepth(const std::vector<std::string>& paths)
+{
+    std::map<std::size_t, std::vector<std::string>> sorted;
+    for (const std::string& path : paths) {
+        sorted[depthOf(path)].push_back(path);
+    }
+    return sorted;
+}
+
 } // namespace
 
 TreeRun::TreeRun(const Arguments& arguments, SFtpSession& session, RemoteTree& remote, Board& board,
@@ -55,15 +64,17 @@ void TreeRun::runPhases()
     if (!m_attempts.mayGoOn()) {
         return;
     }
-    m_direction = m_isPush ? makePush(m_arguments.local, m_remote)
-                           : makePull(m_arguments.local, m_remote, m_arguments.resumes ? "" : std::to_string(getpid()));
-    const Plan plan = planOf(m_source, m_destination, {m_isPush, m_arguments.tree.checksum, m_arguments.tree.deletes});
+    m_local.emplace(m_arguments.local, local.isMissing);
+    m_direction = m_isPush ? makePush(*m_local, m_remote)
+                           : makePull(*m_local, m_remote, m_arguments.resumes ? "" : std::to_string(getpid()));
+    const Plan plan = planOf(m_source, m_destination,
+                             {m_isPush, m_arguments.tree.checksum, m_arguments.tree.deletes, m_attempts.failed()});
     m_result.unchanged = plan.unchanged;
     refuseToEmpty(plan);
     m_mayDelete = !plan.files.empty() || !plan.folders.empty();
     for (const std::string& path : plan.blocked) {
-        m_attempts.fail(path,
-                        {m_direction->codeOfBlocked(), "something of another kind has this name at the destination"});
+        m_attempts.fail(path, {m_isPush ? CURLE_UPLOAD_FAILED : CURLE_WRITE_ERROR,
+                               "something of another kind has this name at the destination"});
     }
     for (const FailedPath& each : plan.refused) {
         m_attempts.fail(each.path, {each.code, each.text});
@@ -72,6 +83,7 @@ void TreeRun::runPhases()
         return;
     }
     moveFiles(plan);
+    requireNames(doubtfulIn(plan, m_source));
     if (m_attempts.failed().empty() && !m_attempts.isEnding()) {
         removeLeftovers();
         m_mayDelete = false; // from here on, a failure does not mean that nothing was deleted
@@ -115,15 +127,11 @@ void TreeRun::refuseToEmpty(const Plan& plan)
 // False where there is not even the destination itself.
 bool TreeRun::makeDirectories(const Plan& plan)
 {
-    std::map<std::size_t, std::vector<std::string>> byDepth;
-    for (const std::string& path : plan.directories) {
-        byDepth[depthOf(path)].push_back(path);
-    }
-    for (const auto& [depth, paths] : byDepth) {
+    for (const auto& [depth, paths] : byDepth(plan.directories)) {
         if (m_attempts.mayGoOn()) {
             m_attempts.inParallel(paths, [this](const std::string& path) {
                 if (!m_arguments.tree.dryRun) {
-                    m_direction->makeDirectory(path);
+                    destination().makeDirectory(path);
                 }
                 note(TreeStep::MakeDirectory, path, m_result.made);
             });
@@ -174,26 +182,39 @@ void TreeRun::moveFile(const Move& move)
     m_result.bytes += isSame ? 0 : std::max<std::int64_t>(move.from.size, 0);
 }
 
+// Otherwise a file would be lost without a word, or a new one deleted by its old name.
+void TreeRun::requireNames(const std::vector<std::string>& doubtful)
+{
+    if (doubtful.empty() || m_arguments.tree.dryRun || !m_attempts.mayGoOn()) {
+        return;
+    }
+    const TreeListing now = m_isPush ? listRemote() : listLocal();
+    if (!m_attempts.mayGoOn()) {
+        return;
+    }
+    for (const std::string& path : missingIn(now, doubtful)) {
+        m_attempts.fail(path, {m_isPush ? CURLE_UPLOAD_FAILED : CURLE_WRITE_ERROR,
+                               "the destination has another name in place of this one"});
+    }
+}
+
 void TreeRun::removeAll(const Plan& plan)
 {
-    const auto remove = [this](const std::string& path, const Attempts::Step& step) {
+    remove(plan.files, &Destination::removeFile);
+    const auto folders = byDepth(plan.folders);
+    for (auto each = folders.rbegin(); each != folders.rend() && m_attempts.mayGoOn(); ++each) {
+        remove(each->second, &Destination::removeDirectory);
+    }
+}
+
+void TreeRun::remove(const std::vector<std::string>& paths, Removal removal)
+{
+    m_attempts.inParallel(paths, [this, removal](const std::string& path) {
         if (!m_arguments.tree.dryRun) {
-            step();
+            (destination().*removal)(path);
         }
         note(TreeStep::Delete, path, m_result.deleted);
-    };
-    m_attempts.inParallel(plan.files,
-                          [&](const std::string& path) { remove(path, [&] { m_direction->removeFile(path); }); });
-    std::map<std::size_t, std::vector<std::string>, std::greater<>> byDepth;
-    for (const std::string& path : plan.folders) {
-        byDepth[depthOf(path)].push_back(path);
-    }
-    for (const auto& [depth, paths] : byDepth) {
-        if (m_attempts.mayGoOn()) {
-            m_attempts.inParallel(
-                paths, [&](const std::string& path) { remove(path, [&] { m_direction->removeDirectory(path); }); });
-        }
-    }
+    });
 }
 
 // What an earlier run has left of files that are here now: nobody else needs it. With --delete, all of it.
@@ -212,7 +233,7 @@ void TreeRun::removeLeftovers()
     }
     m_attempts.inParallel(ours, [this](const std::string& path) {
         try {
-            m_direction->removeFile(path);
+            destination().removeFile(path);
         } catch (const TreeFailure&) { // a transfer that was resumed has taken it away
         }
     });

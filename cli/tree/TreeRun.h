@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 /// One push or pull: lists both trees, plans, makes directories, moves files and last deletes.
@@ -27,6 +28,9 @@ public:
     TreeResult run();
 
 private:
+    using Removal = void (Destination::*)(const std::string& path);
+
+    Destination& destination() { return m_isPush ? static_cast<Destination&>(m_remote) : *m_local; }
     void runPhases();
     TreeListing listLocal();
     TreeListing listRemote();
@@ -34,7 +38,9 @@ private:
     bool makeDirectories(const Plan& plan);
     void moveFiles(const Plan& plan);
     void moveFile(const Move& move);
+    void requireNames(const std::vector<std::string>& doubtful);
     void removeAll(const Plan& plan);
+    void remove(const std::vector<std::string>& paths, Removal removal);
     void removeLeftovers();
     void note(TreeStep step, const std::string& path, std::uint64_t& count);
     void conclude();
@@ -47,6 +53,7 @@ private:
     Attempts m_attempts;
     TreeListing m_source;
     TreeListing m_destination;
+    std::optional<LocalTree> m_local;
     std::unique_ptr<Direction> m_direction;
     bool m_mayDelete = false;
     std::mutex m_mutex; // for what follows

@@ -1,55 +1,16 @@
 #include "tree/Workers.h"
 
-#include <signal.h> // NOLINT(modernize-deprecated-headers): POSIX's signal sets are not in <csignal>
+#include "base/Signals.h"
 
 #include <algorithm>
 #include <chrono>
-#include <thread>
+#include <future>
 #include <utility>
 #include <vector>
 
 namespace {
 
 constexpr std::chrono::milliseconds kTick(100);
-
-/// Blocks all signals for the threads that are made as long as it lives.
-class SignalsBlocked
-{
-public:
-    SignalsBlocked()
-    {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_BLOCK, &all, &m_before);
-    }
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
-private:
-    sigset_t m_before = {};
-};
-
-/// Threads that are waited for.
-class Threads
-{
-public:
-    ~Threads()
-    {
-        for (std::thread& each : m_threads) {
-            each.join();
-        }
-    }
-
-    template <typename Function>
-    void add(Function function)
-    {
-        m_threads.emplace_back(function);
-    }
-
-private:
-    std::vector<std::thread> m_threads;
-};
 
 } // namespace
 
@@ -68,21 +29,18 @@ void Workers::add(Task task)
 void Workers::run()
 {
     {
-        Threads threads;
+        std::vector<std::future<void>> threads; // each waits for its own at the end
         {
-            const SignalsBlocked blocked;
+            sigset_t all;
+            sigfillset(&all);
+            const SignalsBlocked blocked(all);
             for (unsigned i = 0; i < m_count; ++i) {
-                threads.add([this] { work(); });
+                threads.push_back(std::async(std::launch::async, [this] { work(); }));
             }
         }
         std::unique_lock<std::mutex> lock(m_mutex);
-        while (!m_changed.wait_for(lock, kTick, [this] { return isOver(); })) {
-            lock.unlock();
-            m_tick();
-            lock.lock();
-        }
-        // Those that still work are waited for, too.
-        while (!m_changed.wait_for(lock, kTick, [this] { return m_busy == 0; })) {
+        // After a stop, those that still work are waited for, too.
+        while (!m_changed.wait_for(lock, kTick, [this] { return isOver() && m_busy == 0; })) {
             lock.unlock();
             m_tick();
             lock.lock();
@@ -92,13 +50,6 @@ void Workers::run()
     if (m_thrown) {
         std::rethrow_exception(std::exchange(m_thrown, nullptr));
     }
-}
-
-void Workers::stop()
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_stopped = true;
-    m_changed.notify_all();
 }
 
 void Workers::work()

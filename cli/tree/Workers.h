@@ -28,9 +28,6 @@ public:
     /// left to the calling thread.
     void run();
 
-    /// No further task begins, nor those that are added later. From any thread.
-    void stop();
-
 private:
     void work();
     void finish(Task task, Verdict verdict, const std::exception_ptr& thrown);

@@ -10,6 +10,7 @@
 #include <EscapeControlBytes.h>
 
 #include <CLI/CLI.hpp>
+#include <boost/algorithm/string/join.hpp>
 
 #include <algorithm>
 #include <iostream>
@@ -21,16 +22,6 @@ namespace {
 constexpr char kDescription[] = "Runs one operation against a file server, over FTP with TLS or over SFTP.";
 
 constexpr char kEndOfOptions[] = "--";
-
-// A line each.
-std::string joined(const std::vector<std::string>& texts)
-{
-    std::string lines;
-    for (const std::string& text : texts) {
-        lines += (lines.empty() ? "" : "\n") + text;
-    }
-    return lines;
-}
 
 // The command line's grammar, made from the tables of operations and options.
 class Grammar
@@ -58,8 +49,8 @@ public:
         TypedOptions typed;
         for (const auto& option : m_options) {
             if (option.second->count() > 0) {
-                typed[option.first->name] =
-                    option.first->repeats ? joined(option.second->results()) : option.second->results().back();
+                const std::vector<std::string>& results = option.second->results();
+                typed[option.first->name] = option.first->repeats ? boost::join(results, "\n") : results.back();
             }
         }
         return typed;
@@ -125,11 +116,8 @@ std::vector<std::string> operationNames()
 // "get, put or ls".
 std::string list(const std::vector<std::string>& names)
 {
-    std::string text = names.front();
-    for (std::size_t i = 1; i < names.size(); ++i) {
-        text += (i + 1 < names.size() ? ", " : " or ") + names[i];
-    }
-    return text;
+    const std::vector<std::string> allButTheLast(names.begin(), names.end() - 1);
+    return boost::join(allButTheLast, ", ") + " or " + names.back();
 }
 
 std::vector<std::string> optionNames(const CLI::App& form)
@@ -154,7 +142,11 @@ std::string complaintAboutOption(const std::string& word, const CLI::App& app)
 {
     const std::vector<CLI::App*> forms = app.get_subcommands();
     const std::string name = nameIn(word);
-    return "There is no option " + name + suggestionFor(name, optionNames(forms.empty() ? app : *forms.front()));
+    const std::vector<std::string> names = optionNames(forms.empty() ? app : *forms.front());
+    if (!forms.empty() && std::find(names.begin(), names.end(), name) != names.end()) {
+        return "The option " + name + " belongs to the operation: write it after " + forms.front()->get_name() + ".";
+    }
+    return "There is no option " + name + suggestionFor(name, names);
 }
 
 std::string complaintAboutWord(const std::string& word, const CLI::App& app)
@@ -213,6 +205,19 @@ void addUrl(const RemoteUrl& url, TypedOptions& typed)
     }
 }
 
+// Whoever can list processes would read it.
+void refuseProxyPassword(const TypedOptions& typed)
+{
+    const auto proxy = typed.find("--proxy");
+    const std::string url = proxy == typed.end() ? "" : proxy->second;
+    const std::string::size_type scheme = url.find("://");
+    const std::string login = url.substr(0, url.rfind('@') + 1);
+    if (login.find(':', scheme == std::string::npos ? 0 : scheme + 3) != std::string::npos) {
+        throw UsageError("--proxy must not hold a password: leave it out, or write the proxy into SFTPCLIENT_PROXY or "
+                         "the configuration file.");
+    }
+}
+
 // In the environment and in the configuration file they may stand side by side.
 void refuseSessionOptionsAsHost(const TypedOptions& typed, const Arguments& arguments)
 {
@@ -242,6 +247,7 @@ std::optional<Arguments> parseArguments(int argc, const char* const* argv, int& 
     TypedOptions typed = grammar.typed();
     arguments.remote = RemoteUrl(arguments.url);
     addUrl(arguments.remote, typed);
+    refuseProxyPassword(typed);
     applySettings(typed, arguments);
     refuseSessionOptionsAsHost(typed, arguments);
     return arguments;

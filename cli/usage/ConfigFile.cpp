@@ -1,17 +1,19 @@
 #include "usage/ConfigFile.h"
 
+#include "base/Environment.h"
 #include "base/InputFile.h"
 #include "base/UsageError.h"
 #include "usage/Options.h"
 #include "usage/Suggest.h"
 
+#include <boost/algorithm/string/case_conv.hpp>
 #include <boost/property_tree/ini_parser.hpp>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <iterator>
 #include <sstream>
 #include <vector>
 
@@ -24,16 +26,10 @@ constexpr char kSection[] = "sftpclient";
 // A file that names another in its own place would be half obeyed.
 constexpr char kOwnKey[] = "config";
 
-std::string textOf(const char* variable)
-{
-    const char* const text = secure_getenv(variable);
-    return text == nullptr ? "" : text;
-}
-
 std::string usualPlace()
 {
-    const std::string configured = textOf("XDG_CONFIG_HOME");
-    const std::string home = textOf("HOME");
+    const std::string configured = environmentText("XDG_CONFIG_HOME");
+    const std::string home = environmentText("HOME");
     if (configured.empty() && home.empty()) {
         return {};
     }
@@ -99,37 +95,54 @@ void refuseOptionsAboveSections(const std::string& path, const boost::property_t
     }
 }
 
-} // namespace
-
-ConfigFile::ConfigFile(const std::string& path) : m_path(path)
+// A file of the host's has sections of its own, even of a name like [sftp]: only what is hardly shorter is misspelt.
+bool isMisspelt(const std::string& name)
 {
+    return name.size() + 2 >= std::size(kSection) && suggestionFor(boost::to_lower_copy(name), {kSection}) != ".";
+}
+
+// Its options would be passed over without a word.
+void refuseMisspeltSection(const std::string& path, const boost::property_tree::ptree& sections,
+                           const std::vector<std::string>& known)
+{
+    for (const auto& section : sections) {
+        const bool hasOption = std::any_of(section.second.begin(), section.second.end(),
+                                           [&known](const auto& entry) { return isOneOf(known, entry.first); });
+        if (hasOption && isMisspelt(section.first)) {
+            throw UsageError("Section [" + section.first + "] in " + path +
+                             " is none of the command's: write [sftpclient].");
+        }
+    }
+}
+
+ConfigFile read(const std::string& path)
+{
+    ConfigFile file{path, {}};
     const boost::property_tree::ptree sections = readIni(path);
     const std::vector<std::string> known = knownKeys();
     refuseOptionsAboveSections(path, sections, known);
     const auto section = sections.find(kSection);
     if (section == sections.not_found()) {
-        return;
+        refuseMisspeltSection(path, sections, known);
+        return file;
     }
     for (const auto& entry : section->second) {
         if (!isOneOf(known, entry.first)) {
             throw UsageError("\"" + entry.first + "\" in " + path + " is no option" +
                              suggestionFor(entry.first, known) + " Correct section [sftpclient] of the file.");
         }
-        m_values[entry.first] = entry.second.data();
+        file.values[entry.first] = entry.second.data();
     }
+    return file;
 }
 
-const std::string* ConfigFile::find(const std::string& key) const
-{
-    const auto found = m_values.find(key);
-    return found == m_values.end() ? nullptr : &found->second;
-}
+} // namespace
 
 std::optional<ConfigFile> findConfigFile(const std::string& path)
 {
     if (!path.empty()) {
-        return ConfigFile(path);
+        return read(path);
     }
     const std::string usual = usualPlace();
-    return usual.empty() || access(usual.c_str(), F_OK) != 0 ? std::nullopt : std::optional<ConfigFile>(usual);
+    return usual.empty() || access(usual.c_str(), F_OK) != 0 ? std::nullopt : std::optional(read(usual));
 }

@@ -67,11 +67,6 @@ constexpr char kTrees[] =
     "A PATTERN of --exclude is a shell's: without \"/\" for names (*.tmp), with one for paths from the top (/cache,\n"
     "docs/*.html), with one at its end for directories (node_modules/).\n";
 
-bool isTree(const Command& command)
-{
-    return command.operation == Operation::Push || command.operation == Operation::Pull;
-}
-
 } // namespace
 
 std::string generalNotes() { return kNotes; }
@@ -80,10 +75,9 @@ std::string notesOf(const Command& command)
 {
     const std::string examples = std::string("Examples:\n") + command.examples;
     const bool isDoctor = command.operation == Operation::Doctor;
-    const bool hasHost = command.operation < Operation::MakeDirectory;
-    const std::string notes = isDoctor
-                                  ? std::string(kTrustOfDoctor) + kDoctor
-                                  : std::string(kTrust) + (hasHost ? kAsHost : "") + (isTree(command) ? kTrees : "");
+    const std::string notes = isDoctor ? std::string(kTrustOfDoctor) + kDoctor
+                                       : std::string(kTrust) + (isOfHost(command.operation) ? kAsHost : "") +
+                                             (isTree(command.operation) ? kTrees : "");
     return examples + notes + "\nsftpclient --help tells where login and settings come from, and the exit status.";
 }
 

@@ -1,11 +1,15 @@
 #include "usage/Options.h"
 
+#include <boost/algorithm/string/case_conv.hpp>
+#include <boost/algorithm/string/predicate.hpp>
+#include <boost/algorithm/string/replace.hpp>
+#include <curl/curl.h>
+
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <limits>
+#include <memory>
 #include <stdexcept>
 
 namespace {
@@ -19,7 +23,6 @@ constexpr unsigned kHour = 3600;
 constexpr unsigned kDay = 24 * kHour;
 constexpr unsigned kWeek = 7 * kDay;
 constexpr std::uint64_t kHighestRate = std::numeric_limits<std::int64_t>::max();
-constexpr char kPinBegin[] = "sha256//";
 
 unsigned toNumber(const std::string& text, unsigned lowest, unsigned highest)
 {
@@ -91,10 +94,27 @@ void storeTlsMin(Arguments& arguments, const std::string& text)
 
 void storePin(Arguments& arguments, const std::string& text)
 {
-    if (text.compare(0, std::strlen(kPinBegin), kPinBegin) != 0) {
+    if (!boost::starts_with(text, "sha256//")) {
         throw std::invalid_argument("must be sha256// and the base64 of a public key's SHA-256");
     }
     arguments.pin = text;
+}
+
+// What is no proxy to libcurl, it repeats in its message, with a password where there is one.
+void storeProxy(Arguments& arguments, const std::string& text)
+{
+    const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> url(curl_url(), curl_url_cleanup);
+    const bool isUrl = curl_url_set(url.get(), CURLUPART_URL, text.c_str(),
+                                    CURLU_NON_SUPPORT_SCHEME | CURLU_GUESS_SCHEME) == CURLUE_OK;
+    const std::string scheme = text.substr(0, std::min(text.find("://"), text.size()));
+    const auto known = {"http", "https", "socks4", "socks4a", "socks5", "socks5h"};
+    const bool isKnown = scheme == text || std::any_of(known.begin(), known.end(), [&scheme](const char* each) {
+                             return boost::iequals(each, scheme);
+                         });
+    if (!isUrl || !isKnown) {
+        throw std::invalid_argument("must be the URL of an http, https, socks4, socks4a, socks5 or socks5h proxy");
+    }
+    arguments.proxy = text;
 }
 
 void storeNoVerify(Arguments& arguments, const std::string& text) { arguments.verifies = !toSwitch(text); }
@@ -121,15 +141,32 @@ void storeSeconds(Arguments& arguments, const std::string& text)
     arguments.*member = std::chrono::seconds(toNumber(text, lowest, highest));
 }
 
+// What would match nothing, or in one directory only, would not keep from --delete what it is to keep.
+void requirePattern(const std::string& pattern)
+{
+    if (pattern.empty()) {
+        throw std::invalid_argument("must not be empty");
+    }
+    const std::size_t begin = pattern.front() == '/' ? 1 : 0;
+    const std::size_t end = pattern.size() - (pattern.size() > 1 && pattern.back() == '/' ? 1 : 0);
+    const std::string path = pattern.substr(begin, end - begin);
+    const auto names = {"//", "/./", "/../"};
+    if (path.find("**/") != path.npos || std::any_of(names.begin(), names.end(), [&path](const char* name) {
+            return ("/" + path + "/").find(name) != path.npos;
+        })) {
+        throw std::invalid_argument(
+            "must not hold \"**/\", nor an empty name, \".\" or \"..\" beside a \"/\": without a "
+            "\"/\", it matches names in every directory");
+    }
+}
+
 // A line each: a pattern can hold any other byte.
 void storeExclusions(Arguments& arguments, const std::string& text)
 {
     arguments.tree.excluded.clear();
     for (std::string::size_type begin = 0; begin <= text.size();) {
         const std::string::size_type end = std::min(text.find('\n', begin), text.size());
-        if (end == begin) {
-            throw std::invalid_argument("must not be empty");
-        }
+        requirePattern(text.substr(begin, end - begin));
         arguments.tree.excluded.push_back(text.substr(begin, end - begin));
         begin = end + 1;
     }
@@ -142,8 +179,6 @@ void storeTreeSwitch(Arguments& arguments, const std::string& text)
 }
 
 void storeJobs(Arguments& arguments, const std::string& text) { arguments.tree.jobs = toNumber(text, 1, kMostJobs); }
-
-bool isTree(Operation operation) { return operation == Operation::Push || operation == Operation::Pull; }
 
 } // namespace
 
@@ -172,8 +207,8 @@ const std::vector<Option>& options()
          Use::Everywhere, kOfSession},
         {"--fingerprint", "SHA256:HASH", "The SSH server's key, as ssh-keygen -l prints it",
          storeText<&Arguments::fingerprint>, Use::Everywhere, kOfSession},
-        {"--proxy", "URL", "Proxy to go through, such as socks5h://proxy:1080", storeText<&Arguments::proxy>,
-         Use::Operations, kOfSession},
+        {"--proxy", "URL", "Proxy to go through, such as socks5h://proxy:1080", storeProxy, Use::Operations,
+         kOfSession},
         {"--port", "PORT", "1 to 65535, if it is not the URL's, or else 21,\nftps 990, sftp 22", storePort},
         {"--config", "FILE", "Configuration file, if not ~/.config/sftpclient/config",
          storeText<&Arguments::configFile>},
@@ -226,7 +261,7 @@ bool belongsTo(const Option& option, Operation operation)
     case Use::Operations:
         return operation != Operation::Doctor;
     case Use::OfHost:
-        return operation < Operation::MakeDirectory;
+        return isOfHost(operation);
     case Use::List:
         return operation == Operation::List;
     case Use::Transfers:
@@ -246,11 +281,7 @@ bool belongsTo(const Option& option, Operation operation)
 
 std::string variableOf(const Option& option)
 {
-    std::string name = "SFTPCLIENT_" + keyOf(option);
-    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char character) {
-        return character == '-' ? '_' : static_cast<char>(std::toupper(character));
-    });
-    return name;
+    return "SFTPCLIENT_" + boost::to_upper_copy(boost::replace_all_copy(keyOf(option), "-", "_"));
 }
 
 std::string keyOf(const Option& option) { return option.name + 2; }

@@ -1,11 +1,11 @@
 #include "usage/Settings.h"
 
+#include "base/Environment.h"
 #include "base/UsageError.h"
 #include "usage/ConfigFile.h"
 #include "usage/Options.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <optional>
 #include <stdexcept>
 #include <vector>
@@ -27,15 +27,16 @@ std::optional<Setting> typedSetting(const Option& option, const TypedOptions& ty
 std::optional<Setting> environmentSetting(const Option& option)
 {
     const std::string variable = variableOf(option);
-    const char* const text = secure_getenv(variable.c_str());
-    return text == nullptr || *text == '\0' ? std::nullopt : std::optional<Setting>({variable, text});
+    const std::string text = environmentText(variable);
+    return text.empty() ? std::nullopt : std::optional<Setting>({variable, text});
 }
 
 std::optional<Setting> fileSetting(const Option& option, const ConfigFile& file)
 {
-    const std::string* const text = file.find(keyOf(option));
-    return text == nullptr ? std::nullopt
-                           : std::optional<Setting>({"\"" + keyOf(option) + "\" in " + file.path(), *text});
+    const auto found = file.values.find(keyOf(option));
+    return found == file.values.end()
+               ? std::nullopt
+               : std::optional<Setting>({"\"" + keyOf(option) + "\" in " + file.path, found->second});
 }
 
 void store(const Option& option, const std::optional<Setting>& setting, Arguments& arguments)
@@ -86,6 +87,6 @@ void applySettings(const TypedOptions& typed, Arguments& arguments)
     const std::optional<ConfigFile> file = findConfigFile(arguments.configFile);
     if (file) {
         storeFrom([&file](const Option& option) { return fileSetting(option, *file); }, open, arguments);
-        arguments.configFile = file->path();
+        arguments.configFile = file->path;
     }
 }

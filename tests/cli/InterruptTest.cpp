@@ -199,10 +199,10 @@ TEST(Interruption, SurvivesOutputThatNobodyReads)
 
 TEST(Interruption, NamesItsSignals)
 {
-    EXPECT_STREQ("SIGINT", nameOfSignal(SIGINT));
-    EXPECT_STREQ("SIGTERM", nameOfSignal(SIGTERM));
-    EXPECT_STREQ("SIGHUP", nameOfSignal(SIGHUP));
-    EXPECT_STREQ("SIGPIPE", nameOfSignal(SIGPIPE));
+    EXPECT_EQ("SIGINT", nameOfSignal(SIGINT));
+    EXPECT_EQ("SIGTERM", nameOfSignal(SIGTERM));
+    EXPECT_EQ("SIGHUP", nameOfSignal(SIGHUP));
+    EXPECT_EQ("SIGPIPE", nameOfSignal(SIGPIPE));
 }
 
 } // namespace

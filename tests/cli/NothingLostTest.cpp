@@ -3,6 +3,8 @@
 
 #include <sys/stat.h>
 
+#include <filesystem>
+
 namespace {
 
 class NothingLost : public Served
@@ -93,4 +95,18 @@ TEST_F(NothingLost, ToEndlessInputs)
         EXPECT_TRUE(holds(form[3], result.err));
     }
     EXPECT_TRUE(exited(0, run({"ls", url(), "--config", "/dev/null"})));
+}
+
+// The signal SIGXFSZ would end the command before it can say so.
+TEST_F(NothingLost, OfAFileLongerThanTheLimitOfSizes)
+{
+    writeFile(served("large"), std::string(300000, 'x'));
+    serve();
+    for (const std::string line : {"ulimit -f 400; \"$0\" \"$@\" large", "ulimit -f 400; \"$0\" \"$@\" - >out"}) {
+        SCOPED_TRACE(line);
+        const ProgramResult result = inShell(line, {"get", url("/large"), "--quiet"});
+        EXPECT_TRUE(exited(23, result));
+        EXPECT_TRUE(holds("File too large", lastLine(result.err))) << result.err;
+        EXPECT_FALSE(std::filesystem::exists(local("large")));
+    }
 }

@@ -36,7 +36,8 @@ TEST(Progress, IsOverwrittenInPlaceAndClearedOnce)
     EXPECT_EQ("", terminal.str());
     progress.show(1, 0);
     const std::string shown = terminal.str();
-    EXPECT_EQ(0U, shown.find("\r\x1b[K1 B"));
+    EXPECT_EQ(0U, shown.find("\r\x1b[K\x1b[?7l1 B"));
+    EXPECT_EQ(shown.size() - 5, shown.rfind("\x1b[?7h")) << "on a narrow terminal it would take two lines";
     progress.clear();
     progress.clear();
     EXPECT_EQ(shown + "\r\x1b[K", terminal.str());

@@ -86,15 +86,16 @@ TEST(Retry, OfASessionGoesByTheReplyToo)
 {
     std::set<int> transient;
     for (int code = 0; code < CURL_LAST; ++code) {
-        if (isTransient(static_cast<CURLcode>(code), 0)) {
+        if (isTransient(static_cast<CURLcode>(code), 0, {})) {
             transient.insert(code);
         }
         const auto refused = static_cast<CURLcode>(code);
         const bool isNever =
             refused == CURLE_OK || refused == CURLE_LOGIN_DENIED || refused == CURLE_ABORTED_BY_CALLBACK;
-        EXPECT_EQ(!isNever, isTransient(refused, 450)) << code;
-        EXPECT_EQ(!isNever, isTransient(refused, 421)) << code;
-        EXPECT_EQ(transient.count(code) > 0, isTransient(refused, 550)) << code;
+        EXPECT_EQ(!isNever, isTransient(refused, 450, {})) << code;
+        EXPECT_EQ(!isNever, isTransient(refused, 421, {})) << code;
+        EXPECT_FALSE(isTransient(refused, 0, "CONNECT tunnel failed, response 407")) << code;
+        EXPECT_EQ(transient.count(code) > 0, isTransient(refused, 550, {})) << code;
     }
     EXPECT_EQ((std::set<int>{5, 6, 7, 12, 18, 28, 35, 52, 55, 56}), transient);
 }

@@ -72,3 +72,18 @@ TEST(ServerReplies, AreTruncatedIfVeryLong)
     replies.received("220-" + std::string(900, 'a') + "\r\n220 " + std::string(900, 'b') + "\r\n");
     EXPECT_EQ(std::string(900, 'a') + " " + std::string(99, 'b'), replies.last().text);
 }
+
+TEST(ServerReplies, AreNotTheProxys)
+{
+    expectTold({{">CONNECT host:21 HTTP/1.1\r\nHost: host:21\r\n\r\n", "0||"},
+                {"<HTTP/1.1 200 OK\r\n", "0||"},
+                {"<213 5\r\n", "0||"},
+                {"<\r\n", "0||"},
+                {"<220 ready\r\n", "220|ready|"},
+                {">EPSV\r\n", "220|ready|"},
+                {"<229 here\r\n", "229|here|EPSV"},
+                {">CONNECT host:99 HTTP/1.1\r\n\r\n", "229|here|EPSV"},
+                {"<HTTP/1.1 502 no\r\n", "229|here|EPSV"},
+                {">PASV\r\n", "229|here|EPSV"},
+                {"<227 here\r\n", "227|here|PASV"}});
+}

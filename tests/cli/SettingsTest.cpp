@@ -134,6 +134,21 @@ TEST_F(Settings, RejectAnInvalidFile)
     EXPECT_EQ(kNothingThrown, refusalOf({{"--config", foreign.path()}}));
 }
 
+// A host's file may have sections of its own.
+TEST_F(Settings, RejectAMisspeltSection)
+{
+    for (const std::string name : {"Sftpclient", "sftp-client", "SFTPCLEINT"}) {
+        const TextFile file("[General]\nCertAuthSwitch=0\n[" + name + "]\nuser=me\n");
+        EXPECT_EQ("Section [" + name + "] in " + file.path() + " is none of the command's: write [sftpclient].",
+                  refusalOf({{"--config", file.path()}}));
+    }
+    for (const std::string text : {"[sftp]\nuser=me\n", "[ftpserver]\nuser=me\n", "[SFtpClient]\nmine=1\n",
+                                   "[sftpclient]\nport=1\n[SFtpClient]\nuser=me\n"}) {
+        const TextFile file(text);
+        EXPECT_EQ(kNothingThrown, refusalOf({{"--config", file.path()}})) << text;
+    }
+}
+
 TEST_F(Settings, HaveOneNameInThreeSpellings)
 {
     std::set<std::string> names;

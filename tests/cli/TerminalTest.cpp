@@ -22,7 +22,7 @@ TEST_F(Terminal, ShowsProgressAndRemovesIt)
         SCOPED_TRACE(form[0]);
         TerminalCommand command = start(form);
         EXPECT_EQ(0, command.wait());
-        EXPECT_TRUE(holds(kClear + std::string("2.0 KiB of 2.0 KiB, 100 %"), command.shown()));
+        EXPECT_TRUE(holds(kClear + std::string("\x1b[?7l2.0 KiB of 2.0 KiB, 100 %"), command.shown()));
         const std::string::size_type last = command.shown().rfind(kClear);
         EXPECT_EQ(std::string::npos, command.shown().find(" of ", last)) << command.shown();
     }

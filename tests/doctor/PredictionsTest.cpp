@@ -15,6 +15,7 @@ using doctor::ProbeResult;
 using doctor::Reply;
 using doctor::Report;
 using doctor::Scheme;
+using doctor::Step;
 
 doctor::ServerText said(const std::string& text) { return {text, PasswordMask("", "")}; }
 
@@ -251,10 +252,10 @@ TEST(PredictionsAfterARoundTrip, MatchWhatItShowed)
     Report report = fine();
     answerVerbs(report, reply(202));
     doctor::RoundTrip& trip = report.roundTrip.emplace();
-    trip.put = 25;
-    trip.list = 0;
-    trip.rename = 0;
-    trip.remove = 21;
+    trip[Step::Put].code = 25;
+    trip[Step::List].code = 0;
+    trip[Step::Rename].code = 0;
+    trip[Step::Remove].code = 21;
     const std::vector<Prediction> predictions = predict(report);
     EXPECT_EQ("WFWFWW", outlooksOf(predictions));
     EXPECT_EQ(25, predictions[1].code);
@@ -314,7 +315,7 @@ TEST(PredictionsAfterARoundTrip, KeepAReasonThatWasPredicted)
 {
     Report report = fine();
     answerVerbs(report, reply(500));
-    report.roundTrip.emplace().rename = 21;
+    report.roundTrip.emplace()[Step::Rename].code = 21;
     const Prediction rename = predict(report)[2];
     EXPECT_EQ("the server does not know the command \"rename\" (500 text)", rename.reason);
 }
@@ -323,10 +324,10 @@ TEST(PredictionsAfterARoundTrip, DetectAnUnreportedLoss)
 {
     Report report = fine();
     doctor::RoundTrip& trip = report.roundTrip.emplace();
-    trip.put = trip.get = 0;
-    trip.unchanged = false;
+    trip[Step::Put].code = trip[Step::Get].code = 0;
+    trip[Step::Get].isGood = false;
     EXPECT_EQ("WFWWWW", outlooksOf(predict(report)));
-    trip.unchanged = true;
+    trip[Step::Get].isGood = true;
     EXPECT_EQ("WWWWWW", outlooksOf(predict(report)));
 }
 

@@ -78,6 +78,18 @@ TEST(TranscriptTest, KeepsTheBeginningOfALongLine)
     EXPECT_EQ(std::string(4092, '.'), reply.text.raw());
 }
 
+TEST(TranscriptTest, MasksAPasswordThatTheEndOfALongLineWouldCut)
+{
+    const PasswordMask mask("me", "secret");
+    doctor::Transcript transcript(mask);
+    transcript.addReply("220 " + std::string(4088, '.') + "secret and more\r\n");
+    EXPECT_TRUE(sameText(std::string(4088, '.') + "****", transcript.exchanges()[0].reply.text.shown()));
+    transcript.beginAnew();
+    transcript.addReply(std::string(4092, '.') + "secret and more");
+    transcript.end(CURLE_RECV_ERROR);
+    EXPECT_TRUE(sameText(std::string(4092, '.') + "****", transcript.exchanges()[1].reply.text.shown()));
+}
+
 TEST(TranscriptTest, FindsACommandThatIsAlsoThePassword)
 {
     const PasswordMask mask("me", "USER");

@@ -35,6 +35,16 @@ TEST(DoctorUsage, BoundsTheTimeout)
     }
 }
 
+TEST(DoctorUsage, NeedsConsentToWriteWithoutTls)
+{
+    for (const std::string scheme : {"ftp", "FTP"}) {
+        SCOPED_TRACE(scheme);
+        expectRefusal({scheme + "://host/", "--user", "me", "--ca", "none", "--write"},
+                      "With an ftp: URL, --write sends the password in the clear, because the library's upload does: "
+                      "add --clear-login to agree, or use an ftps: URL.");
+    }
+}
+
 TEST(DoctorUsage, HelpExplainsTheExitStatus)
 {
     DoctorProcess process({"--help"}, "");

@@ -61,14 +61,18 @@ protected:
         change(source);
         const auto begin = Clock::now();
         ASSERT_EQ(0, Process(setup).wait());
-        const Clock::duration whole = Clock::now() - begin;
+        Clock::duration whole = Clock::now() - begin;
         int killed = 0;
         for (int i = 0; i < kills; ++i) {
             change(source);
             Process command(setup);
             std::this_thread::sleep_for(whole * (1 + (i * 17) % kills) / kills);
             command.signal(SIGKILL);
-            killed += command.wait() == -SIGKILL ? 1 : 0;
+            if (command.wait() == -SIGKILL) {
+                ++killed;
+            } else {
+                whole = whole * 3 / 4; // the machine is faster now
+            }
             sessions(); // what the server is still doing, such as a last deletion, is over
             expectWholeFiles(destination);
         }

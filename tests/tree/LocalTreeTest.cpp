@@ -53,7 +53,7 @@ protected:
 
 TEST_F(LocalTrees, AreNotLeftThroughALink)
 {
-    const LocalTree tree(root());
+    LocalTree tree(root());
     for (const std::string way : {"link/", "d/up/"}) {
         SCOPED_TRACE(way);
         EXPECT_EQ(23, codeOf([&] { tree.makeDirectory(way + "new"); }));
@@ -113,6 +113,16 @@ TEST_F(LocalTrees, AFileThatIsSentIsTheOneThatWasOpened)
     EXPECT_FALSE(file.hasChanged());
     writeFile(root() + "/a", "longer than before");
     EXPECT_TRUE(file.hasChanged());
+}
+
+// As a file has whose clock was wrong. Beyond what a FileTime holds, it would be another one with each arithmetic.
+TEST(LocalTimes, BeyondTheirEndsAreTheEnds)
+{
+    struct stat status = {};
+    status.st_mtim = {16725225600, 5}; // the year 2500
+    EXPECT_EQ(9223372035, timeOf(status).time_since_epoch() / std::chrono::seconds(1));
+    status.st_mtim = {-16725225600, 5};
+    EXPECT_EQ(-9223372034, timeOf(status).time_since_epoch() / std::chrono::seconds(1));
 }
 
 TEST_F(LocalTrees, AreListedWithoutWhatIsBehindLinks)

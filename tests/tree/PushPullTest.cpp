@@ -80,6 +80,52 @@ TEST_F(PushPull, ADestinationThatCannotBeMadeEndsIt)
                result);
 }
 
+// What is there is not known, and may be the same.
+TEST_F(PushPull, FilesOfADirectoryThatCannotBeListedAreNotMovedAgain)
+{
+    const Tree tree = {{"a", "1"}, {"d/b", "2"}, {"e/c", "3"}};
+    for (const auto& [fault, result] : {std::pair("LIST#2", "1 moved (1 B), 1 unchanged, 1 failed"),
+                                        std::pair("LIST#1", "0 moved (0 B), 0 unchanged, 1 failed")}) {
+        SCOPED_TRACE(fault);
+        fs::remove_all(there());
+        for (const std::string& root : {here(), there()}) {
+            plant(root, tree);
+            setAll(root, kTime);
+        }
+        fs::remove(there("e/c"));
+        serve({"FEAT=reply:500 unknown command", std::string(fault) + "=reply:450 not now"});
+        const std::string line = lastLine(push({"--keep-going", "--jobs", "1"}).err);
+        EXPECT_TRUE(holds("(the server's last reply: 450 not now): " + std::string(result), line)) << line;
+        server.reset();
+    }
+}
+
+// A disk that is unmounted while the server is listed, say.
+TEST_F(PushPull, ALocalTreeThatVanishesIsAFailure)
+{
+    const Tree tree = {{"a", "1"}};
+    plant(here(), tree);
+    plant(there(), {{"b", "2"}});
+    config.onCommand = [this](const std::string& command) {
+        if (command == "LIST" || command == "MLSD") {
+            fs::remove_all(here());
+        }
+    };
+    serve();
+    ProgramResult result = push({"--delete"});
+    EXPECT_TRUE(exited(CURLE_READ_ERROR, result));
+    expectLine("push: 26 here cannot be read as a directory: No such file or directory: 0 moved (0 B), 0 unchanged, 1 "
+               "failed",
+               result);
+    plant(here(), tree);
+    result = pull({"--delete"});
+    EXPECT_TRUE(exited(CURLE_READ_ERROR, result));
+    expectLine("pull: 26 here cannot be read as a directory: No such file or directory: 0 moved (0 B), 0 unchanged, 1 "
+               "failed",
+               result);
+    EXPECT_TRUE(sameTrees({{"b", "2"}}, treeIn(there())));
+}
+
 // It changes while it is sent, twice.
 TEST_F(PushPull, AFileThatChangesWhileItIsSentIsSentAgain)
 {
@@ -351,6 +397,20 @@ TEST_F(PushPull, WhatIsExcludedIsNeitherMovedNorDeleted)
                            {"e/", ""},
                            {"e/f.tmp", "0"}},
                           treeIn(there())));
+}
+
+// With --delete, what they were to keep would go.
+TEST_F(PushPull, APatternThatMatchesNothingIsRefused)
+{
+    plant(here(), {{"a", "1"}});
+    for (const std::string pattern : {"**/*.tmp", "d/**/x", "/", "//d", "d//x", "./d", "d/./x", "../d", "d/.."}) {
+        SCOPED_TRACE(pattern);
+        const ProgramResult result = run({"push", "here", "ftp://127.0.0.1:1/", "--exclude", pattern});
+        EXPECT_TRUE(exited(2, result));
+        EXPECT_EQ("sftpclient: --exclude must not hold \"**/\", nor an empty name, \".\" or \"..\" beside a \"/\": "
+                  "without a \"/\", it matches names in every directory.",
+                  linesOf(result.err).front());
+    }
 }
 
 TEST_F(PushPull, TheFirstFailureEndsIt)

@@ -191,6 +191,38 @@ TEST_F(PushPull, AServerWithoutChecksumsIsToldAndComparedByTimes)
     EXPECT_EQ("54321", contentOf(there("same")));
 }
 
+// FEAT lists it all the same.
+TEST_F(PushPull, AServerThatDoesNotKnowItsChecksumCommandIsComparedByTimes)
+{
+    for (const char* const reply : {"500", "502", "504"}) {
+        SCOPED_TRACE(reply);
+        config.checksums = {"XSHA256"};
+        plant(here(), {{"same", "12345"}, {"later", "12345"}});
+        plant(there(), {{"same", "54321"}, {"later", "54321"}});
+        setAll(here(), kTime);
+        setAll(there(), kTime);
+        setModified(here("later"), kTime + 100);
+        serve({"XSHA256=reply:" + std::string(reply) + " what"});
+        const ProgramResult result = push({"--checksum", "--jobs", "1"});
+        EXPECT_TRUE(sameLines({"push: the server computes no checksums (HASH with SHA-256, XSHA256, XCRC): sizes and "
+                               "times were compared",
+                               "push: 0 No error: 1 moved (5 B), 1 unchanged"},
+                              linesOf(result.err)));
+        EXPECT_EQ(1U, commands({"XSHA256"}).size());
+        server.reset();
+    }
+}
+
+TEST_F(PushPull, AFileWhoseChecksumIsRefusedIsAFailure)
+{
+    config.checksums = {"XSHA256"};
+    plant(here(), {{"a", "12345"}});
+    plant(there(), {{"a", "54321"}});
+    serve({"XSHA256=reply:550 too large"});
+    EXPECT_TRUE(exited(CURLE_QUOTE_ERROR, push({"--checksum"})));
+    EXPECT_EQ("54321", contentOf(there("a")));
+}
+
 // Neither MLSD nor MFMT: times come by MDTM, and a file that is newer there has come by push.
 TEST_F(PushPull, AServerThatNeitherListsNorSetsTimes)
 {
@@ -312,7 +344,7 @@ TEST_F(PushPull, TheModeOfAReplacedFileStays)
 {
     plant(here(), {{"a", "1"}});
     plant(there(), {{"a", "22"}});
-    fs::permissions(here("a"), fs::perms::owner_read | fs::perms::owner_write);
+    fs::permissions(here("a"), fs::perms::owner_read | fs::perms::owner_write | fs::perms::set_uid);
     serve();
     EXPECT_TRUE(exited(0, pull()));
     EXPECT_EQ("22", contentOf(here("a")));

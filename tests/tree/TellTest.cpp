@@ -3,7 +3,9 @@
 #include "harness/Trees.h"
 
 #include <tree/Board.h>
+#include <tree/TreeResult.h>
 
+#include <curl/curl.h>
 #include <nlohmann/json.hpp>
 
 #include <csignal>
@@ -37,6 +39,16 @@ protected:
 };
 
 } // namespace
+
+TEST_F(TreesTold, ADiskThatLosesWhatItWasGivenIsAFailure)
+{
+    plant(there(), {{"a", "1"}});
+    serve();
+    const ProgramResult result = run({"pull", url("/there/"), "here"}, {{"SFTPCLIENT_FAILING_SYNC", "yes"}});
+    EXPECT_TRUE(exited(23, result));
+    EXPECT_EQ("pull: 23 what was moved may not be on the disk: Input/output error: 1 moved (1 B), 0 unchanged",
+              lastLine(result.err));
+}
 
 TEST_F(TreesTold, ToAProgram)
 {
@@ -80,6 +92,18 @@ TEST_F(TreesTold, ToAProgram)
     EXPECT_TRUE(dry["dryRun"]);
 }
 
+// An SSH server has no certificate.
+TEST(TreeHint, OfAnSshServerWhoseSchemeIsInCapitals)
+{
+    TreeResult result;
+    result.code = CURLE_PEER_FAILED_VERIFICATION;
+    result.failed = {{"", result.code, "the host key is unknown"}};
+    for (const std::string scheme : {"sftp", "SFTP"}) {
+        result.url = scheme + "://backup.example.com/";
+        EXPECT_EQ("", hintOf(result)) << scheme;
+    }
+}
+
 TEST_F(TreesTold, AHintAtTheCauseOfTheFirstFailure)
 {
     const std::string hint = "the server has no space left for this user; free some there, or have the quota raised";
@@ -91,6 +115,19 @@ TEST_F(TreesTold, AHintAtTheCauseOfTheFirstFailure)
     EXPECT_EQ(hint, objectOf(push({"--jobs", "1", "--json"}))["hint"]);
     std::filesystem::create_directories(there("a"));
     EXPECT_FALSE(objectOf(push({"--jobs", "1", "--json"})).contains("hint"));
+}
+
+TEST_F(TreesTold, AReplyWithItsControlBytesEscapedOnce)
+{
+    plant(here(), {{"a", "1"}});
+    serve({"STOR=reply:552 \\x1b[2J c:\\\\d"});
+    const std::string reply = "(the server's last reply: 552 \\x1B[2J c:\\d)";
+    const Lines told = linesOf(push({"--jobs", "1"}).err);
+    ASSERT_EQ(3U, told.size());
+    EXPECT_EQ(0U, told[0].find("push: a: 25 ")) << told[0];
+    EXPECT_NE(std::string::npos, told[0].find(reply)) << told[0];
+    EXPECT_EQ(0U, told[2].find("push: 25 a: ")) << told[2];
+    EXPECT_NE(std::string::npos, told[2].find(reply)) << told[2];
 }
 
 TEST_F(TreesTold, OnATerminalHowFarItIs)
@@ -161,15 +198,27 @@ TEST(TreeBoard, ShowsAllFilesAndEachThatRuns)
               board.lines("push", std::chrono::seconds(2), 80));
     board.begin("\xc3\xa4\xc3\xa4", 1);
     EXPECT_EQ("  \xc3\xa4", board.lines("push", std::chrono::seconds(2), 3).at(1));
+    board.begin("\xe6\xbc\xa2\xe6\xbc\xa2", 1); // each two columns wide
+    EXPECT_EQ("  \xe6\xbc\xa2", board.lines("push", std::chrono::seconds(2), 5).at(1));
 }
 
 TEST(TreeBoard, WritesItsLinesOverTheLastOnes)
 {
     std::ostringstream terminal;
     LiveLines lines(terminal);
-    lines.show({"one", "two"});
-    lines.show({"three"});
+    lines.show({"one", "two"}, 24);
+    lines.show({"three"}, 24);
     lines.clear();
     lines.clear();
     EXPECT_EQ("one\ntwo\n\x1b[2A\r\x1b[Jthree\n\x1b[1A\r\x1b[J", terminal.str());
+}
+
+// The cursor does not get back to what has left a terminal at its top.
+TEST(TreeBoard, WritesNoMoreLinesThanTheTerminalHas)
+{
+    std::ostringstream terminal;
+    LiveLines lines(terminal);
+    lines.show({"one", "two", "three"}, 3);
+    lines.clear();
+    EXPECT_EQ("one\ntwo\n\x1b[2A\r\x1b[J", terminal.str());
 }

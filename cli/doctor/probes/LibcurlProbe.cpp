@@ -2,7 +2,7 @@
 
 #include <curl/curl.h>
 
-#include <cstring>
+#include <memory>
 
 namespace doctor {
 
@@ -10,22 +10,11 @@ namespace {
 
 std::string orNone(const char* text) { return text == nullptr ? "none" : text; }
 
-bool speaks(const curl_version_info_data& libcurl, const char* scheme)
+// Without CURLU_NON_SUPPORT_SCHEME, libcurl takes the schemes alone for which it was built.
+bool speaks(const std::string& url)
 {
-    for (const char* const* protocol = libcurl.protocols; *protocol != nullptr; ++protocol) {
-        if (std::strcmp(*protocol, scheme) == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
-const char* nameOf(Scheme scheme)
-{
-    if (scheme == Scheme::Ftps) {
-        return "ftps";
-    }
-    return scheme == Scheme::Sftp ? "sftp" : "ftp";
+    const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> parts(curl_url(), curl_url_cleanup);
+    return curl_url_set(parts.get(), CURLUPART_URL, url.c_str(), CURLU_PATH_AS_IS) != CURLUE_UNSUPPORTED_SCHEME;
 }
 
 } // namespace
@@ -36,7 +25,7 @@ void probeLibcurl(Report& report)
     report.libcurl.number = libcurl.version_num;
     report.libcurl.version = libcurl.version;
     report.libcurl.backEnds = orNone(libcurl.ssl_version) + ", " + orNone(libcurl.libssh_version);
-    report.libcurl.speaksScheme = speaks(libcurl, nameOf(report.scheme));
+    report.libcurl.speaksScheme = speaks(report.url);
 }
 
 } // namespace doctor

@@ -64,6 +64,21 @@ Login logIn(const Access& access, Manner manner, const std::string& missing, Rep
     return login;
 }
 
+// A key of this machine, or its SSH agent, may have let `SFtpClient` in: a session has the password alone.
+void logInByPassword(const Access& access, Report& report)
+{
+    const int code = report.client.test.code;
+    const bool isIn = code == CURLE_OK || code == CURLE_REMOTE_FILE_NOT_FOUND || code == CURLE_REMOTE_ACCESS_DENIED;
+    if (!isIn || !isHostKeyTrusted(report)) {
+        return;
+    }
+    ControlConnection connection(access, Manner::Session);
+    const ProbeResult login = connection.run({access.request.remotePath, Transfer::What::Nothing});
+    if (login.code == CURLE_LOGIN_DENIED) {
+        report.session.test = login;
+    }
+}
+
 } // namespace
 
 void probeLogin(const Access& access, const std::string& missing, Report& report)
@@ -74,6 +89,9 @@ void probeLogin(const Access& access, const std::string& missing, Report& report
     report.client = logIn(access, Manner::Client, missing, report);
     if (isTurnedAway(report.client.test, report)) {
         return;
+    }
+    if (access.scheme == Scheme::Sftp) {
+        logInByPassword(access, report);
     }
     // Nothing secret was sent, then.
     if (report.client.test.code == CURLE_PEER_FAILED_VERIFICATION && isTrustedBySession(report)) {

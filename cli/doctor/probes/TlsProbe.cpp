@@ -7,6 +7,7 @@
 
 #include <array>
 #include <exception>
+#include <memory>
 
 namespace doctor {
 
@@ -14,33 +15,21 @@ namespace {
 
 constexpr std::array<int, 4> kVersions = {TLS1_3_VERSION, TLS1_2_VERSION, TLS1_1_VERSION, TLS1_VERSION};
 
-std::string contentOf(BIO* memory)
-{
-    char* bytes = nullptr;
-    const long length = BIO_get_mem_data(memory, &bytes);
-    return std::string(bytes, static_cast<std::size_t>(length));
-}
-
 // As RFC 2253 writes names, but for control bytes, which are escaped where a name is shown.
 std::string nameText(const X509_NAME* name)
 {
-    const MemoryBio memory(BIO_new(BIO_s_mem()));
-    X509_NAME_print_ex(memory.get(), name, 0, XN_FLAG_ONELINE & ~(ASN1_STRFLGS_ESC_MSB | ASN1_STRFLGS_ESC_CTRL));
-    return contentOf(memory.get());
+    constexpr unsigned long kFlags = XN_FLAG_ONELINE & ~(ASN1_STRFLGS_ESC_MSB | ASN1_STRFLGS_ESC_CTRL);
+    return printed([name](BIO* out) { X509_NAME_print_ex(out, name, 0, kFlags); });
 }
 
 std::string timeText(const ASN1_TIME* time)
 {
-    const MemoryBio memory(BIO_new(BIO_s_mem()));
-    ASN1_TIME_print_ex(memory.get(), time, ASN1_DTFLGS_ISO8601);
-    return contentOf(memory.get());
+    return printed([time](BIO* out) { ASN1_TIME_print_ex(out, time, ASN1_DTFLGS_ISO8601); });
 }
 
 std::string serialText(const ASN1_INTEGER* serial)
 {
-    const MemoryBio memory(BIO_new(BIO_s_mem()));
-    i2a_ASN1_INTEGER(memory.get(), serial);
-    return contentOf(memory.get());
+    return printed([serial](BIO* out) { i2a_ASN1_INTEGER(out, serial); });
 }
 
 Certificate describe(const X509* certificate, const PasswordMask& mask)
@@ -50,6 +39,37 @@ Certificate describe(const X509* certificate, const PasswordMask& mask)
             {serialText(X509_get0_serialNumber(certificate)), mask},
             timeText(X509_get0_notBefore(certificate)),
             timeText(X509_get0_notAfter(certificate))};
+}
+
+bool hasAlternativeNames(const X509* certificate)
+{
+    const std::unique_ptr<GENERAL_NAMES, decltype(&GENERAL_NAMES_free)> names(
+        static_cast<GENERAL_NAMES*>(X509_get_ext_d2i(certificate, NID_subject_alt_name, nullptr, nullptr)),
+        GENERAL_NAMES_free);
+    for (int i = 0; i < sk_GENERAL_NAME_num(names.get()); ++i) {
+        const int type = sk_GENERAL_NAME_value(names.get(), i)->type;
+        if (type == GEN_DNS || type == GEN_IPADD) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// As libcurl compares, more strictly than OpenSSL: any alternative name rules out the common name, and an address is
+// none of the DNS names.
+bool namesHost(X509* certificate, const std::string& host)
+{
+    if (X509_check_ip_asc(certificate, host.c_str(), 0) == 1) {
+        return true;
+    }
+    const bool hasAlternatives = hasAlternativeNames(certificate);
+    const std::unique_ptr<ASN1_OCTET_STRING, decltype(&ASN1_OCTET_STRING_free)> address(a2i_IPADDRESS(host.c_str()),
+                                                                                        ASN1_OCTET_STRING_free);
+    if (hasAlternatives && address) {
+        return false;
+    }
+    const unsigned flags = hasAlternatives ? X509_CHECK_FLAG_NEVER_CHECK_SUBJECT : 0;
+    return X509_check_host(certificate, host.c_str(), host.size(), flags, nullptr) == 1;
 }
 
 /// A handshake that goes on until the server's certificate has been seen, and is refused then.
@@ -126,9 +146,7 @@ private:
         for (int i = 0; i < sk_X509_num(chain); ++i) {
             tls.chain.push_back(describe(sk_X509_value(chain, i), m_access.mask));
         }
-        X509* const own = X509_STORE_CTX_get0_cert(store);
-        tls.namesHost = X509_check_ip_asc(own, m_access.host.c_str(), 0) == 1 ||
-                        X509_check_host(own, m_access.host.c_str(), m_access.host.size(), 0, nullptr) == 1;
+        tls.namesHost = namesHost(X509_STORE_CTX_get0_cert(store), m_access.host);
     }
 
     const Access& m_access;

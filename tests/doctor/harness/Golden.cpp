@@ -28,7 +28,6 @@ const Replacement kReplacements[] = {
     {"serial [0-9A-F]+", "serial SERIAL"},
     {"SHA256:[0-9A-Za-z+/]+", "SHA256:FINGERPRINT"},
     {"\\[localhost\\]:[0-9]+ ([a-z0-9-]+) [0-9A-Za-z+/=]+", "[localhost]:PORT $1 KEY"},
-    {"after [0-9]+ ms", "after TIME"},
     // Later releases of libcurl and OpenSSL say it otherwise.
     {"vsFTPd [0-9.]+", "vsFTPd 3.0.3"},
     {"Could not connect", "Couldn't connect"},

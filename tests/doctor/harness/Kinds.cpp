@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <iterator>
 #include <ostream>
+#include <regex>
+#include <utility>
 
 namespace {
 
@@ -23,13 +25,17 @@ void implicit(World& world)
 
 void anotherCa(World& world) { world.request.caCert = CertificateAuthority("Another CA").certificatePem(); }
 
-void wrongHost(World& world)
+void certify(World& world, std::vector<std::string> names, std::vector<std::string> addresses,
+             const std::string& commonName = "")
 {
     CertificateOptions options;
-    options.dnsNames = {"elsewhere.example"};
-    options.addresses = {};
+    options.dnsNames = std::move(names);
+    options.addresses = std::move(addresses);
+    options.commonName = commonName;
     world.config.certificate = world.authority.issue(options);
 }
+
+void wrongHost(World& world) { certify(world, {"elsewhere.example"}, {}); }
 
 void validBetween(World& world, std::chrono::hours from, std::chrono::hours to)
 {
@@ -82,6 +88,11 @@ const std::vector<Kind>& kinds()
         {"SelfSigned", "FWFFFF", [](World& w) { w.config.certificate = testserver::makeSelfSigned(); }, "FFFFFF"},
         {"WrongHost", "WWWWWW", [](World& w) { wrongHost(w); }, "FFFFFF"},
         {"WrongHostImplicit", "FFWWWW", [](World& w) { implicit(w), wrongHost(w); }, "FFFFFF"},
+        {"AddressAmongTheNames", "WWWWWW", [](World& w) { certify(w, {"127.0.0.1"}, {}), w.host = "127.0.0.1"; },
+         "FFFFFF"},
+        {"CommonNameBesideAnAddress", "WWWWWW", [](World& w) { certify(w, {}, {"127.0.0.1"}, "localhost"); }, "FFFFFF"},
+        {"CommonNameAlone", "WWWWWW", [](World& w) { certify(w, {}, {}, "localhost"); }},
+        {"CommonNameIsTheAddress", "WWWWWW", [](World& w) { certify(w, {}, {}, "127.0.0.1"), w.host = "127.0.0.1"; }},
         {"ExpiredImplicit", "FFFFFF", [](World& w) { implicit(w), validBetween(w, -48h, -24h); }, "FFFFFF"},
         {"OldTlsOnly", "FWFFFF", [](World& w) { limitTls(w, TLS1_1_VERSION); }, "FFFFFF"},
         {"NoTls", "FWFFFF", [](World& w) { w.config.tls = TlsMode::Plain; }, "FFFFFF"},
@@ -150,7 +161,7 @@ OfAKind::OfAKind()
         std::filesystem::create_directories(m_folder);
     }
     serve();
-    const std::string path = url(world.directory);
+    const std::string path = std::regex_replace(url(world.directory), std::regex("localhost"), world.host);
     askAbout(world.scheme.empty() ? path : world.scheme + path.substr(path.find(':')));
     question.clearLogin = true;
     if (!world.listening) {

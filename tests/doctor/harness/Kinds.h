@@ -15,6 +15,7 @@ struct World
     testserver::CertificateAuthority& authority;
     std::string directory = "/";
     std::string scheme = {};          ///< of the URL, if it does not match the server
+    std::string host = "localhost";   ///< in the URL
     std::string directoryOnDisk = {}; ///< where that differs from `directory`
     std::string machineTrusts = {};   ///< PEM; empty: the machine's real store
     bool listening = true;

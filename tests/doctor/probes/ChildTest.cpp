@@ -30,7 +30,7 @@ std::chrono::steady_clock::time_point soon() { return std::chrono::steady_clock:
 
 TEST(ChildTest, IsEndedWithItsObject)
 {
-    const doctor::SignalsHeld signals;
+    const SignalsHeld signals({SIGINT, SIGTERM, SIGHUP});
     pid_t process = -1;
     {
         const Child child([](int results) {
@@ -50,7 +50,7 @@ TEST(ChildTest, IsEndedWithItsObject)
 
 TEST(ChildTest, GivesItsLastResultIfASignalCameToo)
 {
-    const doctor::SignalsHeld signals;
+    const SignalsHeld signals({SIGINT, SIGTERM, SIGHUP});
     Child child([](int results) {
         doctor::writeResult(results, {1});
         doctor::writeResult(results, {2, 3});

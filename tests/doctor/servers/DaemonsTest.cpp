@@ -61,11 +61,11 @@ TEST_P(Daemons, AreLeftAsTheyWere)
     const doctor::Report report = examine(question);
     ASSERT_TRUE(report.roundTrip.has_value());
     if (server.expected.upload == 0) {
-        EXPECT_EQ(0, report.roundTrip->put);
-        EXPECT_EQ(server.expected.list == 0, report.roundTrip->list == 0);
+        EXPECT_EQ(0, (*report.roundTrip)[doctor::Step::Put].code);
+        EXPECT_EQ(server.expected.list == 0, (*report.roundTrip)[doctor::Step::List].code == 0);
         EXPECT_FALSE(exists(served("weekly/" + doctor::renamed(question.fileName))));
     } else {
-        EXPECT_EQ(std::nullopt, report.roundTrip->put);
+        EXPECT_EQ(std::nullopt, (*report.roundTrip)[doctor::Step::Put].code);
         std::filesystem::remove(served("weekly/" + doctor::renamed(question.fileName)));
     }
     EXPECT_TRUE(exists(served("weekly/seen.bak")));
@@ -184,8 +184,8 @@ TEST_P(LimitedDaemons, AreExaminedAndTheirLimitIsNamed)
     const std::vector<doctor::Prediction> predictions = predict(report);
     EXPECT_EQ("WWFFWW", outlooksOf(predictions));
     EXPECT_EQ("WWWWWW", outlooksOf(ofSession(predictions)));
-    EXPECT_EQ(0, report.roundTrip->put);
-    EXPECT_EQ(0, report.sessionTrip->remove);
+    EXPECT_EQ(0, (*report.roundTrip)[doctor::Step::Put].code);
+    EXPECT_EQ(0, (*report.sessionTrip)[doctor::Step::Remove].code);
     EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(served("weekly")), {}));
 }
 

@@ -18,7 +18,7 @@ protected:
     // The result's line. The SSH server's key is known by its file.
     std::string lineOf(Words words)
     {
-        aimAt("trees/new/");
+        aimAt(aim);
         std::replace(words.begin(), words.end(), std::string("URL"), request.remotePath);
         words.insert(words.begin(), SFTPCLIENT_COMMAND);
         words.insert(words.end(), {"--user", request.userName, "--ca", folder.file("ca.pem"), "--jobs", "3"});
@@ -33,6 +33,8 @@ protected:
         setup.folder = local("");
         return lastLine(runProgram(setup).err);
     }
+
+    std::string aim = "trees/new/"; // among the user's files
 };
 
 const Tree kTree = {{"a b.txt", "blanks"}, {"empty", ""},     {"nothing/", ""},
@@ -71,6 +73,48 @@ TEST_P(ServedTrees, ArePushedAndPulledAndThenUnchanged)
     EXPECT_EQ("pull: 0 No error: 0 moved (0 B), 4 deleted, " + std::string(hidesDotNames ? "2" : "3") + " unchanged",
               lineOf({"pull", "URL", "back", "--delete"}));
     EXPECT_TRUE(std::filesystem::exists(local("back/.both")));
+}
+
+// SSH knows no time before 1970.
+TEST_P(ServedTrees, AFileOlderThanTimesGetsNoOtherTime)
+{
+    writeFile(folder.file("ca.pem"), authority.certificatePem());
+    keep("trees/x", "");
+    plant(local("here"), {{"old", "1"}});
+    setModified(local("here/old"), -86400);
+    EXPECT_EQ("push: 0 No error: 1 moved (1 B), 0 unchanged", lineOf({"push", "here", "URL"}));
+    EXPECT_LE(modified(served("trees/new/old")), std::time(nullptr));
+}
+
+// Pure-FTPd puts "_" in place of the blank.
+TEST_P(ServedTrees, AFileThatGetsAnotherNameIsAFailure)
+{
+    writeFile(folder.file("ca.pem"), authority.certificatePem());
+    keep("trees/x", "");
+    plant(local("here"), {{" x", "1"}, {"y", "2"}});
+    EXPECT_EQ(server.package == "pure-ftpd"
+                  ? "push: 25  x: the destination has another name in place of this one: 2 moved (2 B), 0 unchanged, "
+                    "1 failed"
+                  : "push: 0 No error: 2 moved (2 B), 0 unchanged",
+              lineOf({"push", "here", "URL"}));
+}
+
+// No server may take it for the login's directory, in which all that the local one does not have would then be deleted.
+TEST_P(ServedTrees, ADirectoryNamedTildeIsNotTheLoginsDirectory)
+{
+    writeFile(folder.file("ca.pem"), authority.certificatePem());
+    keep("kept", "1");
+    plant(local("here"), {{"~/x", "1"}, {"kept", "1"}, {"below/~/x", "1"}});
+    aim = "";
+    const auto expectPush = [this](const std::string& expected) {
+        EXPECT_EQ(expected, lineOf({"push", "here", "URL", "--delete"}).substr(0, expected.size()));
+        EXPECT_TRUE(sameTrees(treeIn(local("here")), treeIn(served(""))));
+    };
+    expectPush("push: 0 No error: 2 moved (2 B), 1 unchanged");
+    expectPush("push: 0 No error: 0 moved (0 B), 3 unchanged");
+    std::filesystem::remove_all(local("here/~"));
+    std::filesystem::remove_all(local("here/below/~"));
+    expectPush("push: 0 No error: 0 moved (0 B), 4 deleted, 1 unchanged");
 }
 
 namespace {

@@ -1,0 +1,65 @@
+// Names that some servers and disks take for others.
+#include "harness/PushPull.h"
+
+#include <curl/curl.h>
+
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+// Otherwise, of two files one would be lost, and the old name would be deleted with the new file.
+TEST_F(PushPull, ADestinationThatIgnoresCaseKeepsNoTwoNamesThatDifferInCaseAlone)
+{
+    const std::string told = ": 25 the destination has another name in place of this one";
+    config.ignoresCase = true;
+    plant(here(), {{"A", "12"}, {"a", "1"}, {"b", "2"}});
+    setAll(here(), kTime);
+    serve();
+    EXPECT_TRUE(exited(0, push({"--dry-run"})));
+    ProgramResult result = push({"--jobs", "1"});
+    EXPECT_TRUE(exited(CURLE_UPLOAD_FAILED, result));
+    EXPECT_EQ("push: a" + told, linesOf(result.err).front());
+    EXPECT_TRUE(sameTrees({{"A", "1"}, {"b", "2"}}, treeIn(there())));
+    fs::remove(here("A"));
+    result = push({"--delete"});
+    EXPECT_TRUE(exited(CURLE_UPLOAD_FAILED, result));
+    EXPECT_EQ("push: a" + told, linesOf(result.err).front());
+    EXPECT_EQ("1", contentOf(there("A")));
+    EXPECT_TRUE(exited(0, run({"push", "here", url("/there/"), "--exclude", "a"})));
+}
+
+// Pure-FTPd puts "_" in place of a blank at the end of a name, Windows leaves a dot there out.
+TEST_F(PushPull, ANameThatTheDestinationChangesIsAFailure)
+{
+    for (const auto& [name, shown] :
+         {std::pair(" x", " x"), {"x ", "x "}, {"x.", "x."}, {"d /x", "d /x"}, {"\xff\xff", "\\xff\\xff"}}) {
+        SCOPED_TRACE(shown);
+        fs::remove_all(here());
+        plant(here(), {{name, "1"}});
+        serve({"RNTO=reply:250 renamed"});
+        const ProgramResult result = push();
+        EXPECT_TRUE(exited(CURLE_UPLOAD_FAILED, result));
+        expectLine("push: 25 " + std::string(shown) +
+                       ": the destination has another name in place of this one: 1 moved (1 B), 0 unchanged, 1 failed",
+                   result);
+        serve();
+        EXPECT_TRUE(exited(0, push()));
+        server.reset();
+    }
+}
+
+TEST_F(PushPull, NamesThatDifferInCaseAloneAreMovedWhereTheDestinationTellsThemApart)
+{
+    plant(here(), {{"A", "12"}, {"a", "1"}, {"d/x", "2"}, {"D/x", "3"}});
+    plant(there(), {{"e", "5"}, {"d/X", "4"}});
+    serve();
+    EXPECT_TRUE(exited(0, push({"--delete"})));
+    EXPECT_TRUE(sameTrees(treeIn(here()), treeIn(there())));
+    plant(there(), {{"E", "5"}});
+    EXPECT_TRUE(exited(0, pull({"--delete"})));
+    EXPECT_TRUE(sameTrees(treeIn(there()), treeIn(here())));
+    config.hidesDotNames = true;
+    plant(here(), {{".A", "1"}, {".a", "2"}});
+    serve();
+    EXPECT_TRUE(exited(0, push()));
+}
