@@ -9,6 +9,7 @@
 #include "backup_files.h"
 
 #include <CurlProcess.h>
+#include <EscapeControlBytes.h>
 #include <HostConfiguration.h>
 #include <HostLog.h>
 #include <RequestIdScope.h>
@@ -19,6 +20,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <charconv>
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
@@ -32,6 +34,7 @@
 #include <mutex>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -60,10 +63,11 @@ void notify(const std::string& state)
     close(sender);
 }
 
-/// A line for the journal, with the priority that it takes from the beginning of a line.
+/// A line for the journal, with the priority that it takes from the beginning of a line. Whoever names a file must not
+/// write lines of his own.
 void report(int priority, const std::string& text)
 {
-    std::cerr << "<" + std::to_string(priority) + ">" + text + "\n" << std::flush;
+    std::cerr << "<" + std::to_string(priority) + ">" + escapeControlBytes(text) + "\n" << std::flush;
 }
 
 constexpr int kError = 3;
@@ -73,8 +77,10 @@ constexpr int kInformation = 6;
 std::string credential(const std::string& directory, const std::string& name)
 {
     std::string text = contentOf(directory + "/" + name);
-    if (!text.empty() && text.back() == '\n') {
-        text.pop_back();
+    for (const char lineEnd : {'\n', '\r'}) {
+        if (!text.empty() && text.back() == lineEnd) {
+            text.pop_back();
+        }
     }
     return text;
 }
@@ -85,6 +91,20 @@ struct Settings
     fs::path folder;
     std::chrono::seconds interval = std::chrono::hours(1);
 };
+
+/// Of a number that is too small or too large, the agent would send without a pause.
+std::chrono::seconds secondsFrom(const std::string& text)
+{
+    constexpr unsigned kYear = 31536000;
+    unsigned seconds = 0;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result read = std::from_chars(text.data(), end, seconds);
+    if (read.ec != std::errc() || read.ptr != end || seconds < 1 || seconds > kYear) {
+        throw std::runtime_error("Interval in section Backup of the configuration is \"" + text +
+                                 "\", but must be a number of seconds from 1 to " + std::to_string(kYear) + ".");
+    }
+    return std::chrono::seconds(seconds);
+}
 
 std::string required(const IniFile& values, const std::string& key)
 {
@@ -108,7 +128,7 @@ Settings settingsFrom(const IniFile& values, const std::string& credentials)
     settings.server.caCert = contentOf(credentials + "/ca");
     settings.folder = required(values, "Folder");
     if (const std::optional<std::string> interval = values.find("Backup", "Interval")) {
-        settings.interval = std::chrono::seconds(std::stoul(*interval));
+        settings.interval = secondsFrom(*interval);
     }
     return settings;
 }
@@ -180,7 +200,12 @@ private:
     void sendAll()
     try {
         Counts counts;
-        for (const fs::path& file : filesBelow(m_settings.folder)) {
+        const FilesBelow found = filesBelow(m_settings.folder);
+        for (const std::string& unread : found.unread) {
+            ++counts.failed;
+            report(kError, unread);
+        }
+        for (const fs::path& file : found.files) {
             if (!send(file, counts)) {
                 break;
             }
@@ -200,7 +225,9 @@ private:
     bool send(const fs::path& file, Counts& counts)
     {
         const fs::path path = m_settings.folder / file;
-        const Version now = {fs::file_size(path), fs::last_write_time(path)}; // before its first byte is read
+        std::error_code gone; // which the upload will report
+        const Version now = {fs::file_size(path, gone),
+                             fs::last_write_time(path, gone)}; // before its first byte is read
         const auto known = m_sent.find(file);
         if (known != m_sent.end() && known->second.size == now.size && known->second.modified == now.modified) {
             ++counts.unchanged;

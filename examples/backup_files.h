@@ -11,28 +11,57 @@
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
-/// The paths of the regular files below `folder`, relative to it. Links are not followed.
-inline std::vector<std::filesystem::path> filesBelow(const std::filesystem::path& folder)
+struct FilesBelow
 {
-    std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-        if (std::filesystem::is_regular_file(entry.symlink_status())) {
-            files.push_back(std::filesystem::relative(entry.path(), folder));
+    std::vector<std::filesystem::path> files; ///< relative to the folder
+    std::vector<std::string> unread;          ///< what is there and cannot be read, and why
+};
+
+/// The regular files below `folder`. Links are not followed.
+inline FilesBelow filesBelow(const std::filesystem::path& folder)
+{
+    FilesBelow found;
+    std::vector<std::filesystem::path> directories = {folder};
+    while (!directories.empty()) {
+        const std::filesystem::path directory = directories.back();
+        directories.pop_back();
+        std::error_code error;
+        for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
+             entry.increment(error)) {
+            std::error_code why;
+            const std::filesystem::file_status status = entry->symlink_status(why);
+            if (std::filesystem::is_directory(status)) {
+                directories.push_back(entry->path());
+            } else if (std::filesystem::is_regular_file(status)) {
+                found.files.push_back(entry->path().lexically_relative(folder));
+            } else if (!std::filesystem::status_known(status)) {
+                found.unread.push_back(entry->path().string() + ": " + why.message());
+            }
+        }
+        if (error) {
+            found.unread.push_back(directory.string() + ": " + error.message());
         }
     }
-    std::sort(files.begin(), files.end());
-    return files;
+    std::sort(found.files.begin(), found.files.end());
+    return found;
 }
 
+/// The text of a file that must not be empty: without a CA, a session would trust the system's.
 inline std::string contentOf(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        throw std::runtime_error(path + " cannot be read.");
+try {
+    std::ifstream file;
+    file.exceptions(std::ios::failbit | std::ios::badbit);
+    file.open(path, std::ios::binary);
+    std::string text(std::istreambuf_iterator<char>(file), {});
+    if (text.empty()) {
+        throw std::runtime_error(path + " is empty.");
     }
-    return {std::istreambuf_iterator<char>(file), {}};
+    return text;
+} catch (const std::ios::failure&) { // a folder, for example, can be opened
+    throw std::runtime_error(path + " cannot be read.");
 }
 
 inline std::string percentEncoded(const std::string& path)
@@ -48,6 +77,24 @@ inline std::string percentEncoded(const std::string& path)
     return encoded;
 }
 
+/// Whether an upload of `file` may have made `name`: ".FILE.XXXXXXXXXXXX.part", with hexadecimal digits; FILE is cut
+/// where that has more than 255 bytes, and not amid a UTF-8 character.
+inline bool isTemporaryNameOf(const std::string& file, const std::string& name)
+{
+    constexpr std::size_t kDigits = 12;
+    const std::string end = ".part";
+    if (name.size() < 2 + kDigits + end.size()) {
+        return false;
+    }
+    const std::string kept = name.substr(1, name.size() - 2 - kDigits - end.size());
+    const std::string digits = name.substr(2 + kept.size(), kDigits);
+    constexpr std::size_t kLongest = 255;
+    constexpr std::size_t kLongestCharacter = 4;
+    const bool isCut = name.size() > kLongest - kLongestCharacter && file.rfind(kept, 0) == 0;
+    return (kept == file || isCut) && digits.find_first_not_of("0123456789ABCDEF") == std::string::npos &&
+           name == "." + kept + "." + digits + end;
+}
+
 /// Deletes the temporary files of cancelled uploads of `file`, below the directory of `server`: the connection on which
 /// a call was cancelled is gone, and so the session could not do it. `directory` becomes the URL it looked at. The
 /// result is that of the first call that fails, or 0.
@@ -59,10 +106,8 @@ inline int removeTemporaryFiles(SFtpSession& session, const SFtpRequest& server,
     directory = request.remotePath;
     std::vector<RemoteEntry> entries;
     int result = session.ListEntries(request, entries, errorText);
-    const std::string begin = "." + file.filename().string() + ".";
     for (const RemoteEntry& entry : entries) {
-        const bool isOurs = entry.name.rfind(begin, 0) == 0 && std::filesystem::path(entry.name).extension() == ".part";
-        if (result == 0 && isOurs) {
+        if (result == 0 && isTemporaryNameOf(file.filename().string(), entry.name)) {
             request.remoteFileName = entry.name;
             result = session.DelSFtpFile(request, errorText);
         }

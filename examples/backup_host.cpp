@@ -9,6 +9,7 @@
 #include "backup_files.h"
 
 #include <CurlProcess.h>
+#include <EscapeControlBytes.h>
 #include <HostConfiguration.h>
 #include <HostLog.h>
 #include <SFtpSession.h>
@@ -24,6 +25,7 @@
 #include <iostream>
 #include <mutex>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -49,11 +51,16 @@ class Backup
 public:
     /// `server`: the login, and the URL of the directory to back up to.
     Backup(SFtpRequest server, fs::path folder)
-        : m_server(std::move(server)), m_folder(std::move(folder)), m_files(filesBelow(m_folder)),
-          m_session(optionsWithProgress())
+        : m_server(std::move(server)), m_folder(std::move(folder)), m_found(filesBelow(m_folder)),
+          m_session(optionsWithProgress()), m_failed(m_found.unread.size())
     {
-        for (const fs::path& file : m_files) {
-            m_totalBytes += static_cast<std::int64_t>(fs::file_size(m_folder / file));
+        for (const std::string& unread : m_found.unread) {
+            std::cerr << "backup-host: " << escapeControlBytes(unread) << "\n";
+        }
+        for (const fs::path& file : m_found.files) {
+            std::error_code gone; // which the upload will report
+            const std::uintmax_t size = fs::file_size(m_folder / file, gone);
+            m_totalBytes += gone ? 0 : static_cast<std::int64_t>(size);
         }
     }
 
@@ -92,21 +99,23 @@ private:
 
     void sendFiles()
     {
-        for (std::size_t i = m_next++; i < m_files.size(); i = m_next++) {
+        for (std::size_t i = m_next++; i < m_found.files.size(); i = m_next++) {
             SFtpRequest request = m_server;
-            request.remotePath += percentEncoded(m_files[i].generic_string());
-            request.localPath = (m_folder / m_files[i]).string();
+            request.remotePath += percentEncoded(m_found.files[i].generic_string());
+            request.localPath = (m_folder / m_found.files[i]).string();
             bytesOfThisFile = 0;
             std::string errorText;
             const int result = m_session.UploadFileToSFtpServer(request, errorText);
             const std::lock_guard<std::mutex> lock(m_mutex);
             if (result == kCancelled) {
-                m_interrupted.push_back(m_files[i]);
+                m_interrupted.push_back(m_found.files[i]);
                 return;
             }
             if (result != 0) {
                 ++m_failed;
-                std::cerr << "\nbackup-host: " << request.localPath << ": " << result << " " << errorText << "\n";
+                // A terminal obeys control characters, also those in a file's name.
+                const std::string complaint = request.localPath + ": " + std::to_string(result) + " " + errorText;
+                std::cerr << "\nbackup-host: " << escapeControlBytes(complaint) << "\n";
             }
         }
     }
@@ -139,7 +148,7 @@ private:
 
     const SFtpRequest m_server;
     const fs::path m_folder;
-    const std::vector<fs::path> m_files;
+    const FilesBelow m_found;
     std::atomic<std::size_t> m_next = 0;
     std::atomic<bool> m_isSending = true;
     SFtpSession m_session;
@@ -147,7 +156,7 @@ private:
     std::mutex m_mutex; // for all that follows, and standard error
     std::int64_t m_totalBytes = 0;
     std::int64_t m_sentBytes = 0;
-    std::size_t m_failed = 0;
+    std::size_t m_failed;
     std::vector<fs::path> m_interrupted;
 };
 

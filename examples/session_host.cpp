@@ -94,6 +94,9 @@ try {
     const CurlProcess curl; // before the first thread that uses the library, until after the last
 
     std::ifstream ca(argv[1], std::ios::binary);
+    if (!ca) { // without a CA, a session would trust the system's
+        throw std::runtime_error(std::string(argv[1]) + " cannot be read.");
+    }
     SFtpRequest server;
     server.caCert.assign(std::istreambuf_iterator<char>(ca), {});
     server.remotePath = argv[2];

@@ -1,43 +1,14 @@
 #include "DescriptorSink.h"
 
+#include "WithoutWriteSignals.h"
+
 #include <poll.h>
-#include <pthread.h>
 
 #include <cerrno>
-#include <csignal>
-#include <ctime>
 #include <string>
 #include <system_error>
 
 namespace {
-
-// A write to a pipe without a reader sends SIGPIPE to the writing thread, which would end the host.
-class WithoutSigpipe
-{
-public:
-    WithoutSigpipe()
-    {
-        sigemptyset(&m_signal);
-        sigaddset(&m_signal, SIGPIPE);
-        pthread_sigmask(SIG_BLOCK, &m_signal, &m_before);
-    }
-    ~WithoutSigpipe() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    WithoutSigpipe(const WithoutSigpipe&) = delete;
-    WithoutSigpipe& operator=(const WithoutSigpipe&) = delete;
-
-    // One that waits because the host itself blocks the signal is the host's.
-    void discard() const
-    {
-        const timespec atOnce = {};
-        while (sigismember(&m_before, SIGPIPE) == 0 && sigtimedwait(&m_signal, nullptr, &atOnce) < 0 &&
-               errno == EINTR) {
-        }
-    }
-
-private:
-    sigset_t m_signal = {};
-    sigset_t m_before = {};
-};
 
 bool waitsForRoom(int descriptor)
 {
@@ -70,7 +41,7 @@ void DescriptorSink::write(std::string_view line)
 void DescriptorSink::writeAll(std::string_view text)
 {
     const std::size_t whole = text.size();
-    const WithoutSigpipe withoutSigpipe;
+    const WithoutWriteSignals withoutSignals;
     while (!text.empty()) {
         const ssize_t written = ::write(m_descriptor, text.data(), text.size());
         if (written >= 0) {
@@ -81,9 +52,7 @@ void DescriptorSink::writeAll(std::string_view text)
         if (mayTryAgain(error, m_descriptor)) {
             continue;
         }
-        if (error == EPIPE) {
-            withoutSigpipe.discard();
-        }
+        withoutSignals.discard(error);
         m_torn = m_torn || text.size() < whole;
         throw std::system_error(error, std::generic_category(), "descriptor " + std::to_string(m_descriptor));
     }

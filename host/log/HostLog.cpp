@@ -6,6 +6,8 @@
 #include <spdlog/pattern_formatter.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <exception>
 #include <new>
 #include <stdexcept>
@@ -39,12 +41,30 @@ spdlog::level::level_enum spdlogLevel(LogLevel level)
     }
 }
 
+// In place of spdlog's %z, which keeps a zone for ten seconds, also past the end of summer time.
+class Zone : public spdlog::custom_flag_formatter
+{
+public:
+    void format(const spdlog::details::log_msg& /*record*/, const std::tm& time, spdlog::memory_buf_t& line) override
+    {
+        const long minutes = std::labs(time.tm_gmtoff) / 60;
+        std::array<char, 32> text = {};
+        const int length = std::snprintf(text.data(), text.size(), "%c%02ld:%02ld", time.tm_gmtoff < 0 ? '-' : '+',
+                                         minutes / 60, minutes % 60);
+        line.append(text.data(), text.data() + length);
+    }
+
+    std::unique_ptr<spdlog::custom_flag_formatter> clone() const override { return std::make_unique<Zone>(); }
+};
+
 std::unique_ptr<spdlog::formatter> formatterFor(LogFormat format)
 {
+    spdlog::pattern_formatter::custom_flags flags;
+    flags['*'] = std::make_unique<Zone>();
     const bool json = format == LogFormat::Json;
-    return std::make_unique<spdlog::pattern_formatter>(json ? R"({"time":"%Y-%m-%dT%H:%M:%S.%e%z","level":"%l",%v})"
-                                                            : "%Y-%m-%dT%H:%M:%S.%e%z %l %v",
-                                                       spdlog::pattern_time_type::local, "\n");
+    return std::make_unique<spdlog::pattern_formatter>(json ? R"({"time":"%Y-%m-%dT%H:%M:%S.%e%*","level":"%l",%v})"
+                                                            : "%Y-%m-%dT%H:%M:%S.%e%* %l %v",
+                                                       spdlog::pattern_time_type::local, "\n", std::move(flags));
 }
 
 std::unique_ptr<LogFile> openFile(const HostLogSettings& settings)

@@ -3,6 +3,7 @@
 #include "IniFile.h"
 #include "IntegerText.h"
 
+#include <cstddef>
 #include <limits>
 #include <stdexcept>
 
@@ -72,7 +73,7 @@ HostLogSettings logSettingsFrom(const IniFile& values)
         settings.format = formatFrom(*format);
     }
     if (const auto maxBytes = values.find(kSection, "MaxBytes")) {
-        settings.maxBytes = countFrom("MaxBytes", *maxBytes, std::numeric_limits<long long>::max());
+        settings.maxBytes = countFrom("MaxBytes", *maxBytes, std::numeric_limits<std::ptrdiff_t>::max());
     }
     if (const auto files = values.find(kSection, "Files")) {
         settings.files = countFrom("Files", *files, kMostFiles);

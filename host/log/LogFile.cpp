@@ -1,5 +1,7 @@
 #include "LogFile.h"
 
+#include "WithoutWriteSignals.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -109,14 +111,15 @@ off_t LogFile::sizeInPlace()
     return statusOf(m_file.number(), m_path).st_size;
 }
 
-// Where nothing can be renamed the file is emptied: a log must not fill the disk.
+// Where nothing can be renamed the file is emptied: a log must not fill the disk. Where memory is out there is another
+// time.
 void LogFile::giveWay()
 try {
     if (m_files == 1) {
         empty();
     }
     shiftNames();
-} catch (...) {
+} catch (const std::system_error&) {
     empty();
     throw;
 }
@@ -141,12 +144,14 @@ void LogFile::shiftNames() const
 
 void LogFile::append(std::string_view line, off_t size) const
 {
+    const WithoutWriteSignals withoutSignals;
     while (!line.empty()) {
         const ssize_t written = ::write(m_file.number(), line.data(), line.size());
         if (written >= 0) {
             line.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno != EINTR) {
             const int error = errno;
+            withoutSignals.discard(error);
             [[maybe_unused]] const int nothingToDoAboutIt = ::ftruncate(m_file.number(), size);
             throwError(error, m_path);
         }

@@ -20,6 +20,10 @@ LogProxy::LogProxy(int level, const std::string& module, unsigned long requestId
 // It may be destroyed while another exception passes: a second one would end the host.
 LogProxy::~LogProxy()
 {
+    if (bad()) { // some of the text is missing: a stream does not throw when memory is out
+        HostLog::instance().countLost("out of memory");
+        return;
+    }
     try {
         const std::string written = str();
         std::string_view text = written;

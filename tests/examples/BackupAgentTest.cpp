@@ -1,96 +1,17 @@
-// The example that runs as a service. The test is its service manager: it gives the credentials, hears how the service
-// is, and sends the signals.
-#include "NewFiles.h"
-#include "NotifySocket.h"
-#include "support/Process.h"
-#include "support/ServerFixture.h"
-#include "support/TreeFiles.h"
+// What the example that runs as a service sends and tells; BackupAgentStopTest.cpp has how it ends.
+#include "BackupAgent.h"
+#include "HeedModes.h"
 
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
-#include <future>
-#include <memory>
-#include <mutex>
+#include <map>
 #include <regex>
 
 namespace {
 
 namespace fs = std::filesystem;
-
-class BackupAgent : public ServerFixture
-{
-protected:
-    BackupAgent()
-    {
-        config.tlsRequiredAtLogin = true;
-        config.tlsReuseRequired = true;
-        fs::create_directory(folder.file("photos"));
-        fs::create_directory(folder.file("credentials"));
-        folder.write("credentials/password", config.password + "\n");
-        folder.write("credentials/ca", authority.certificatePem());
-    }
-
-    void serve()
-    {
-        ServerFixture::serve();
-        m_port = server->port();
-    }
-
-    /// Whole at once: the agent may look at any time.
-    void add(const std::string& name, const std::string& content) const
-    {
-        const fs::path path = folder.file("photos/" + name);
-        fs::create_directories(path.parent_path());
-        fs::rename(folder.write("new", content), path);
-    }
-
-    /// More than fits between the client and a server that does not read.
-    void addLarge(const std::string& name) const
-    {
-        add(name, "");
-        fs::resize_file(folder.file("photos/" + name), 64 << 20);
-    }
-
-    void configure(const std::string& more) const
-    {
-        folder.write("agent.ini", "[Backup]\nUrl=" + directory() + "\nUser=backup\nFolder=" + folder.file("photos") +
-                                      "\n" + more + "[Log]\nTarget=" + log() + "\n");
-    }
-
-    std::string directory() const { return "ftp://localhost:" + std::to_string(m_port) + "/photos"; }
-    std::string log() const { return folder.file("log/transfers.log"); }
-
-    ProcessSetup setup() const
-    {
-        ProcessSetup setup{{BACKUP_AGENT, folder.file("agent.ini")}};
-        setup.environment = {{"CREDENTIALS_DIRECTORY", folder.file("credentials")}, {"NOTIFY_SOCKET", m_socketPath}};
-        setup.err = folder.write("journal", "");
-        return setup;
-    }
-
-    /// Waits for the end of a round with this result, past rounds that had nothing to do and a log that was reopened.
-    void waitForRound(const std::string& result) const
-    {
-        const std::regex other("RELOADING=1|READY=1\nSTATUS=The log was reopened|"
-                               "STATUS=Round [0-9]+: 0 sent, 0 failed, [0-9]+ unchanged");
-        std::string status = m_manager.next();
-        while (std::regex_match(status, other)) {
-            status = m_manager.next();
-        }
-        EXPECT_TRUE(std::regex_match(status, std::regex("STATUS=Round [0-9]+: " + result))) << status;
-    }
-
-    /// The journal's lines.
-    Lines journal() const { return linesOf(contentOf(folder.file("journal"))); }
-
-    Tree arrived() const { return treeIn(served("photos")); }
-
-    std::string m_socketPath = folder.file("notify");
-    NotifySocket m_manager{m_socketPath};
-    unsigned m_port = 0;
-};
 
 /// How many lines of a log say that an upload ended well.
 std::size_t uploadsIn(const std::string& log)
@@ -123,84 +44,17 @@ TEST_F(BackupAgent, SendsWhatHasChangedAndTellsHowItIs)
     EXPECT_EQ(1U, sessions().size());
 }
 
-TEST_F(BackupAgent, SigtermCancelsAndLeavesNothingBehind)
-{
-    addLarge("deep/large.bak");
-    add("never sent.bak", "later");
-    fs::create_directories(served("photos/deep"));
-    writeFile(served("photos/deep/.other.bak.0123456789ab.part"), "another's");
-    writeFile(served("photos/deep/large.bak"), "the backup before");
-    misbehave("1/DATA=stall-after:1000");
-    serve();
-    configure("");
-    const NewFiles temporaryFiles(served("photos/deep"));
-    Process agent(setup());
-    EXPECT_EQ("READY=1\nSTATUS=Started", m_manager.next());
-    temporaryFiles.waitFor(1);
-    agent.signal(SIGTERM);
-    EXPECT_EQ("STOPPING=1\nSTATUS=Cancelling what runs", m_manager.next());
-    EXPECT_EQ(0, agent.wait());
-    EXPECT_TRUE(sameTrees(
-        {{"deep/", ""}, {"deep/.other.bak.0123456789ab.part", "another's"}, {"deep/large.bak", "the backup before"}},
-        arrived()));
-    EXPECT_EQ(Lines(), journal());
-    EXPECT_EQ(2, std::distance(fs::directory_iterator(folder.file("photos")), fs::directory_iterator()));
-    EXPECT_EQ(1, std::distance(fs::directory_iterator(folder.file("photos/deep")), fs::directory_iterator()));
-}
-
-TEST_F(BackupAgent, SigtermBeforeTheFirstByteLeavesNothingToComplainAbout)
+TEST_F(BackupAgent, TakesNoLineEndForPartOfThePassword)
 {
     add("a.bak", "one");
-    misbehave("1/AUTH=stall");
-    struct Beginning
-    {
-        std::promise<void> promise;
-        std::once_flag first;
-    };
-    const auto begun = std::make_shared<Beginning>(); // the server's, too, which lives longer
-    config.onCommand = [begun](const std::string& /*command*/) {
-        std::call_once(begun->first, [&begun] { begun->promise.set_value(); });
-    };
+    folder.write("credentials/password", config.password + "\r\n");
     serve();
     configure("");
     Process agent(setup());
     m_manager.next();
-    begun->promise.get_future().wait();
+    EXPECT_EQ("STATUS=Round 1: 1 sent, 0 failed, 0 unchanged", m_manager.next());
     agent.signal(SIGTERM);
     EXPECT_EQ(0, agent.wait());
-    EXPECT_EQ(Lines(), journal());
-    EXPECT_FALSE(exists(served("photos")));
-}
-
-TEST_F(BackupAgent, SigtermEndsItBetweenRounds)
-{
-    serve();
-    configure("Interval=999999\n");
-    Process agent(setup());
-    m_manager.next();
-    EXPECT_EQ("STATUS=Round 1: 0 sent, 0 failed, 0 unchanged", m_manager.next());
-    agent.signal(SIGINT);
-    EXPECT_EQ("STOPPING=1\nSTATUS=Cancelling what runs", m_manager.next());
-    EXPECT_EQ(0, agent.wait());
-}
-
-// The first connection stalls in an upload, and every later one before its first reply.
-TEST_F(BackupAgent, ASilentServerHoldsUpAShutdownForSecondsOnly)
-{
-    addLarge("large.bak");
-    fs::create_directory(served("photos"));
-    misbehave("1/DATA=stall-after:1000");
-    misbehave("2/GREETING=stall");
-    serve();
-    configure("");
-    const NewFiles temporaryFiles(served("photos"));
-    Process agent(setup());
-    temporaryFiles.waitFor(1);
-    agent.signal(SIGTERM);
-    EXPECT_EQ(0, agent.wait());
-    EXPECT_EQ(1U, arrived().size());
-    const std::string said = journal().at(0);
-    EXPECT_EQ(0U, said.find("<3>temporary files may remain in " + directory() + "/: 28 ")) << said;
 }
 
 TEST_F(BackupAgent, ReportsAFailedFileAndSendsTheOthers)
@@ -220,6 +74,60 @@ TEST_F(BackupAgent, ReportsAFailedFileAndSendsTheOthers)
     EXPECT_EQ("<3>round 1: 2 sent, 1 failed, 0 unchanged", journal().at(1));
 }
 
+TEST_F(BackupAgent, SendsTheOtherFilesIfOneIsRemovedMeanwhile)
+{
+    add("a.bak", "one");
+    add("b.bak", "two");
+    add("c.bak", "three");
+    config.onCommand = [path = folder.file("photos/b.bak")](const std::string& command) {
+        if (command == "STOR") {
+            fs::remove(path);
+        }
+    };
+    serve();
+    configure("");
+    Process agent(setup());
+    m_manager.next();
+    EXPECT_EQ("STATUS=Round 1: 2 sent, 1 failed, 0 unchanged", m_manager.next());
+    agent.signal(SIGTERM);
+    EXPECT_EQ(0, agent.wait());
+    EXPECT_EQ(0U, journal().at(0).find("<3>" + folder.file("photos/b.bak") + ": ")) << journal().at(0);
+    EXPECT_TRUE(sameTrees({{"a.bak", "one"}, {"c.bak", "three"}}, arrived()));
+}
+
+// A file system of its own has a lost+found that only root reads.
+TEST_F(BackupAgent, SendsTheOtherFilesIfADirectoryCannotBeRead)
+{
+    add("a.bak", "one");
+    add("lost+found/b.bak", "two");
+    serve();
+    configure("");
+    fs::permissions(folder.file("photos/lost+found"), fs::perms::none);
+    Process agent(heedingModes(setup()));
+    m_manager.next();
+    EXPECT_EQ("STATUS=Round 1: 1 sent, 1 failed, 0 unchanged", m_manager.next());
+    agent.signal(SIGTERM);
+    EXPECT_EQ(0, agent.wait());
+    fs::permissions(folder.file("photos/lost+found"), fs::perms::owner_all);
+    EXPECT_EQ("<3>" + folder.file("photos/lost+found") + ": Permission denied", journal().at(0));
+    EXPECT_TRUE(sameTrees({{"a.bak", "one"}}, arrived()));
+}
+
+// Users who name files must not be able to forge lines of the journal.
+TEST_F(BackupAgent, ReportsAFileWithALineEndInItsNameOnOneLine)
+{
+    add("a.bak\n<6>forged", "one");
+    serve();
+    configure("");
+    Process agent(setup());
+    m_manager.next();
+    EXPECT_EQ("STATUS=Round 1: 0 sent, 1 failed, 0 unchanged", m_manager.next());
+    agent.signal(SIGTERM);
+    EXPECT_EQ(0, agent.wait());
+    EXPECT_EQ(0U, journal().at(0).find("<3>" + folder.file("photos/a.bak\\n<6>forged: 43 "))) << journal().at(0);
+    EXPECT_EQ("<3>round 1: 0 sent, 1 failed, 0 unchanged", journal().at(1));
+}
+
 TEST_F(BackupAgent, ARefusedLoginEndsTheRoundButNotTheService)
 {
     add("a.bak", "one");
@@ -235,17 +143,17 @@ TEST_F(BackupAgent, ARefusedLoginEndsTheRoundButNotTheService)
     EXPECT_EQ(0U, journal().at(0).find("<3>" + folder.file("photos/a.bak") + ": 67 ")) << journal().at(0);
 }
 
-TEST_F(BackupAgent, AMissingFolderEndsTheRoundButNotTheService)
+TEST_F(BackupAgent, AMissingFolderIsAFailure)
 {
     serve();
     fs::remove(folder.file("photos"));
     configure("");
     Process agent(setup());
     m_manager.next();
-    const std::string status = m_manager.next();
-    EXPECT_EQ(0U, status.find("STATUS=Round 1: filesystem error: ")) << status;
+    EXPECT_EQ("STATUS=Round 1: 0 sent, 1 failed, 0 unchanged", m_manager.next());
     agent.signal(SIGTERM);
     EXPECT_EQ(0, agent.wait());
+    EXPECT_EQ("<3>" + folder.file("photos") + ": No such file or directory", journal().at(0));
 }
 
 // Without a record: the signal alone makes the file.
@@ -323,7 +231,7 @@ protected:
             change("\n    create [^\n]*", "\n    copytruncate");
             change("\n    postrotate[^]*endscript", "");
         } else {
-            change("systemctl reload backup-agent.service", "kill -HUP " + std::to_string(agent.id()));
+            change("systemctl try-reload-or-restart backup-agent.service", "kill -HUP " + std::to_string(agent.id()));
         }
         const std::string rules = folder.write("logrotate.conf", text);
         const ProgramResult result =
@@ -380,4 +288,23 @@ TEST_F(BackupAgent, SaysWhatIsMissing)
     folder.write("agent.ini", ini);
     fs::remove(folder.file("credentials/password"));
     EXPECT_EQ("<3>" + folder.file("credentials/password") + " cannot be read.\n", runProgram(setup()).err);
+    folder.write("credentials/password", config.password);
+    folder.write("credentials/ca", "");
+    EXPECT_EQ("<3>" + folder.file("credentials/ca") + " is empty.\n", runProgram(setup()).err);
+    fs::remove(folder.file("credentials/password"));
+    fs::create_directory(folder.file("credentials/password"));
+    EXPECT_EQ("<3>" + folder.file("credentials/password") + " cannot be read.\n", runProgram(setup()).err);
+}
+
+// Some of these would make the agent send without a pause.
+TEST_F(BackupAgent, RefusesAnIntervalThatIsNone)
+{
+    for (const std::string interval : {"", "0", "-1", "10m", "31536001", "99999999999999999999"}) {
+        configure("Interval=" + interval + "\n");
+        const ProgramResult result = runProgram(setup());
+        EXPECT_TRUE(exited(1, result));
+        EXPECT_EQ("<3>Interval in section Backup of the configuration is \"" + interval +
+                      "\", but must be a number of seconds from 1 to 31536000.\n",
+                  result.err);
+    }
 }

@@ -1,4 +1,5 @@
 // The example that backs up a folder with a session, run as a newcomer runs it, against the test server.
+#include "HeedModes.h"
 #include "NewFiles.h"
 #include "support/Process.h"
 #include "support/ServerFixture.h"
@@ -105,6 +106,38 @@ TEST_F(BackupHost, ReportsAFailedFileAndSendsTheOthers)
     EXPECT_NE(std::string::npos, said.find(complaint)) << said;
     EXPECT_TRUE(
         sameTrees({{"a.bak", "one"}, {"b.bak/", ""}, {"b.bak/in the way/", ""}, {"c.bak", "three"}}, arrived()));
+}
+
+// One directory cannot be listed, and of the other's files only the names can be read.
+TEST_F(BackupHost, ReportsWhatCannotBeReadAndSendsTheOthers)
+{
+    add("a.bak", "one");
+    add("lost+found/b.bak", "two");
+    add("names/c.bak", "three");
+    serve();
+    fs::permissions(folder.file("photos/lost+found"), fs::perms::none);
+    fs::permissions(folder.file("photos/names"), fs::perms::owner_read);
+    const ProgramResult result = runProgram(heedingModes(setup()));
+    fs::permissions(folder.file("photos/lost+found"), fs::perms::owner_all);
+    fs::permissions(folder.file("photos/names"), fs::perms::owner_all);
+    EXPECT_TRUE(exited(1, result));
+    const std::string said = "\n" + result.err;
+    for (const std::string unread : {"photos/lost+found", "photos/names/c.bak"}) {
+        const std::string complaint = "\nbackup-host: " + folder.file(unread) + ": Permission denied\n";
+        EXPECT_NE(std::string::npos, said.find(complaint)) << said;
+    }
+    EXPECT_EQ("3 of 3 bytes\n", result.err.substr(result.err.rfind('\r') + 1));
+    EXPECT_TRUE(sameTrees({{"a.bak", "one"}}, arrived()));
+}
+
+TEST_F(BackupHost, SendsATerminalNoControlCharactersFromAFilesName)
+{
+    add("\x1b]0;title\a.bak", "one");
+    serve();
+    EXPECT_EQ(1, backUp());
+    const std::string said = contentOf(folder.file("err"));
+    const std::string complaint = "\nbackup-host: " + folder.file("photos/\\x1b]0;title\\x07.bak") + ": 43 ";
+    EXPECT_NE(std::string::npos, said.find(complaint)) << said;
 }
 
 TEST_F(BackupHost, CtrlCEndsItAndLeavesNoTemporaryFile)

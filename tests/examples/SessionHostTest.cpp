@@ -73,3 +73,14 @@ TEST_F(SessionHost, StopsAtTheFirstFailure)
                                            "Failed FTP upload: 552 (the server's last reply: 552 Quota exceeded)\n"))
         << said;
 }
+
+// It must not fall back on the CAs of the system.
+TEST_F(SessionHost, NeedsItsCa)
+{
+    const std::string missing = folder.file("missing.pem");
+    ProcessSetup setup{{SESSION_HOST, missing, "ftp://localhost:1/", folder.file("a"), folder.file("b")}};
+    setup.environment = {{"HOST_PASSWORD", config.password}};
+    const ProgramResult result = runProgram(setup);
+    EXPECT_TRUE(exited(1, result));
+    EXPECT_EQ("session-host: " + missing + " cannot be read.\n", result.err);
+}

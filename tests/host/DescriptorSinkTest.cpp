@@ -26,6 +26,8 @@ int failureOf(DescriptorSink& sink, const std::string& line)
     return 0;
 }
 
+volatile std::sig_atomic_t signalsThatArrived = 0;
+
 class DescriptorSinkTest : public testing::Test
 {
 protected:
@@ -62,6 +64,21 @@ TEST_F(DescriptorSinkTest, SurvivesAPipeThatNobodyReads)
     sigset_t blocked = {};
     pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
     EXPECT_EQ(0, sigismember(&blocked, SIGPIPE));
+}
+
+// Standard error may be a file.
+TEST_F(DescriptorSinkTest, SurvivesAFileThatMayNotGrow)
+{
+    const TemporaryFolder folder;
+    const int file = open(folder.file("log").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    m_sink.setDescriptor(file);
+    {
+        const FileSizeLimit limit(1);
+        static_cast<void>(std::signal(SIGXFSZ, [](int) { signalsThatArrived = signalsThatArrived + 1; }));
+        EXPECT_EQ(EFBIG, failureOf(m_sink, "lost\n"));
+    }
+    close(file);
+    EXPECT_EQ(0, signalsThatArrived);
 }
 
 TEST_F(DescriptorSinkTest, LeavesASignalPendingThatTheHostBlocks)

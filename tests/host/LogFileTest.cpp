@@ -1,16 +1,13 @@
+#include "harness/LogFolder.h"
 #include "support/FileSizeLimit.h"
 #include "support/OtherUser.h"
-#include "support/TemporaryFolder.h"
-#include "support/Thrown.h"
-
-#include <LogFile.h>
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <iterator>
 #include <memory>
@@ -18,20 +15,6 @@
 #include <system_error>
 
 namespace {
-
-std::set<std::string> namesIn(const std::string& folder)
-{
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        names.insert(entry.path().filename());
-    }
-    return names;
-}
-
-std::string failureOf(LogFile& file, const std::string& line)
-{
-    return thrownBy([&] { file.write(line); });
-}
 
 std::string refusalOf(const std::string& path)
 {
@@ -57,26 +40,9 @@ private:
     mode_t m_before;
 };
 
-class LogFileTest : public testing::Test
-{
-protected:
-    LogFileTest() { setFolderMode(0777); }
-    ~LogFileTest() override { setFolderMode(0777); }
+volatile std::sig_atomic_t signalsThatArrived = 0;
 
-    void setFolderMode(mode_t mode) const { EXPECT_EQ(0, chmod(m_folder.path().c_str(), mode)); }
-
-    std::string content(const std::string& name = "a.log") const { return contentOf(m_folder.file(name)); }
-
-    mode_t modeOf(const std::string& name) const
-    {
-        struct stat status = {};
-        EXPECT_EQ(0, stat(m_folder.file(name).c_str(), &status)) << name;
-        return status.st_mode & 07777U;
-    }
-
-    TemporaryFolder m_folder;
-    std::string m_path = m_folder.file("a.log");
-};
+using LogFileTest = LogFolder;
 
 TEST_F(LogFileTest, AppendsToAnExistingFile)
 {
@@ -167,19 +133,6 @@ TEST_F(LogFileTest, IsNotInheritedByPrograms)
     EXPECT_EQ(1, found);
 }
 
-TEST_F(LogFileTest, IsRecreatedAfterRemoval)
-{
-    const std::string folder = m_folder.file("sub");
-    LogFile file(folder + "/a.log", 1000, 2);
-    file.write("one\n");
-    std::filesystem::remove(folder + "/a.log");
-    file.write("two\n");
-    EXPECT_EQ("two\n", contentOf(folder + "/a.log"));
-    std::filesystem::remove_all(folder);
-    file.write("three\n");
-    EXPECT_EQ("three\n", contentOf(folder + "/a.log"));
-}
-
 TEST_F(LogFileTest, LeavesNoPartOfALineThatDoesNotFitOnTheDisk)
 {
     LogFile file(m_path, 1000, 2);
@@ -242,88 +195,6 @@ TEST_F(LogFileTest, IsRefusedIfItIsNotARegularFile)
     EXPECT_EQ(m_folder.path() + ": Is a directory", refusalOf(m_folder.path()));
 }
 
-TEST_F(LogFileTest, IsRefusedIfAFifoHasReplacedIt)
-{
-    LogFile file(m_path, 1000, 2);
-    file.write("one\n");
-    std::filesystem::rename(m_path, m_folder.file("old.log"));
-    ASSERT_EQ(0, mkfifo(m_path.c_str(), 0600));
-    const std::string refusal = m_path + " is not a regular file. Remove it, or name another file";
-    EXPECT_EQ(refusal, failureOf(file, "two\n"));
-    const int reader = open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    ASSERT_GE(reader, 0);
-    EXPECT_EQ(refusal, failureOf(file, "three\n"));
-    EXPECT_EQ(refusal, failureOf(file, "three\n"));
-    close(reader);
-    std::filesystem::remove(m_path);
-    EXPECT_EQ(kNothingThrown, failureOf(file, "four\n"));
-    EXPECT_EQ("four\n", content());
-    EXPECT_EQ("one\n", content("old.log"));
-}
-
-TEST_F(LogFileTest, IsRecreatedAfterARename)
-{
-    LogFile file(m_path, 1000, 2);
-    file.write("one\n");
-    std::filesystem::rename(m_path, m_folder.file("old.log"));
-    file.write("two\n");
-    EXPECT_EQ("one\n", content("old.log"));
-    EXPECT_EQ("two\n", content());
-}
-
-TEST_F(LogFileTest, ContinuesInTheFileThatReplacedIt)
-{
-    LogFile file(m_path, 12, 2);
-    file.write("one\n");
-    std::filesystem::rename(m_path, m_folder.file("old.log"));
-    m_folder.write("a.log", "new\n");
-    file.write("two\n");
-    file.write("3rd\n");
-    EXPECT_EQ("one\n", content("old.log"));
-    EXPECT_EQ("new\ntwo\n3rd\n", content());
-    file.write("4th\n");
-    EXPECT_EQ("4th\n", content());
-}
-
-TEST_F(LogFileTest, ContinuesFromTheStartAfterItWasCopiedAndTruncated)
-{
-    LogFile file(m_path, 8, 3);
-    file.write("1st\n");
-    file.write("2nd\n");
-    std::filesystem::copy_file(m_path, m_folder.file("copy"));
-    std::filesystem::resize_file(m_path, 0);
-    file.write("3rd\n");
-    file.write("4th\n");
-    EXPECT_EQ("1st\n2nd\n", content("copy"));
-    EXPECT_EQ("3rd\n4th\n", content());
-    EXPECT_EQ((std::set<std::string>{"a.log", "copy"}), namesIn(m_folder.path()));
-}
-
-TEST_F(LogFileTest, ContinuesInAFolderThatIsNoLongerSearchable)
-{
-    std::unique_ptr<LogFile> file;
-    {
-        const OtherUser user;
-        file = std::make_unique<LogFile>(m_path, 1000, 2);
-    }
-    setFolderMode(0);
-    {
-        const OtherUser user;
-        EXPECT_EQ(kNothingThrown, failureOf(*file, "one\n"));
-    }
-    setFolderMode(0777);
-    EXPECT_EQ("one\n", content());
-}
-
-TEST_F(LogFileTest, KeepsAFileOpenThatItCannotReopen)
-{
-    const OtherUser user;
-    LogFile file(m_path, 1000, 2);
-    ASSERT_EQ(0, chmod(m_path.c_str(), 0400));
-    EXPECT_EQ(kNothingThrown, failureOf(file, "one\n"));
-    EXPECT_EQ("one\n", content());
-}
-
 TEST_F(LogFileTest, CanHaveTheDescriptorOfStandardInput)
 {
     const int standardInput = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 100);
@@ -337,6 +208,20 @@ TEST_F(LogFileTest, CanHaveTheDescriptorOfStandardInput)
     EXPECT_EQ(-1, fcntl(STDIN_FILENO, F_GETFD));
     dup2(standardInput, STDIN_FILENO);
     close(standardInput);
+}
+
+// By default, the signal that comes with this failure ends the process.
+TEST_F(LogFileTest, LetsNoSignalThroughWhenItMayNotGrow)
+{
+    LogFile file(m_path, 1000, 2);
+    file.write("1st\n");
+    {
+        const FileSizeLimit limit(6);
+        static_cast<void>(std::signal(SIGXFSZ, [](int) { signalsThatArrived = signalsThatArrived + 1; }));
+        EXPECT_EQ(m_path + ": File too large", failureOf(file, "2nd\n"));
+    }
+    EXPECT_EQ(0, signalsThatArrived);
+    EXPECT_EQ("1st\n", content());
 }
 
 // A file that the process opens next must not get the lines of a closed log, nor leak its descriptor.
@@ -395,21 +280,6 @@ TEST_F(LogFileTest, IsTruncatedIfItCannotBeRenamed)
               failureOf(*file, "3rd\n"));
     EXPECT_EQ(kNothingThrown, failureOf(*file, "4th\n"));
     EXPECT_EQ("4th\n", content());
-}
-
-TEST_F(LogFileTest, WaitsForAFolderThatIsGoneDuringARotation)
-{
-    const std::string folder = m_folder.file("sub");
-    LogFile file(folder + "/a.log", 10, 2);
-    file.write("1st\n");
-    std::filesystem::rename(folder, m_folder.file("moved"));
-    m_folder.write("sub", "a file in the folder's place");
-    EXPECT_NE(kNothingThrown, failureOf(file, "a long line\n"));
-    EXPECT_NE(kNothingThrown, failureOf(file, "2nd\n"));
-    EXPECT_NE(kNothingThrown, failureOf(file, "3rd\n"));
-    std::filesystem::remove(folder);
-    EXPECT_EQ(kNothingThrown, failureOf(file, "4th\n"));
-    EXPECT_EQ("4th\n", contentOf(folder + "/a.log"));
 }
 
 } // namespace

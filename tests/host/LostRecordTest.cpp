@@ -89,6 +89,45 @@ TEST(LostRecord, IsReportedWithRotatedFilesToo)
     expectToldOfEachAllocation(settings, folder.path());
 }
 
+// Only a file that cannot be renamed may be emptied.
+TEST(LostRecord, TakesNoOtherWithItDuringARotation)
+{
+    const TemporaryFolder folder;
+    HostLogSettings settings;
+    settings.file = folder.file("log");
+    settings.maxBytes = 1;
+    const AppliedSettings applied(settings);
+    unsigned allocation = 1;
+    for (bool lost = true; lost; ++allocation) {
+        const LogCapture standardError;
+        LogProxy(4, "m", 0, "f()", 2) << 0 << "before " << allocation;
+        writeWithFailureFrom(allocation);
+        lost = standardError.text() == kLost;
+        ASSERT_TRUE(holds("before " + std::to_string(allocation), allFilesIn(folder.path()))) << allocation;
+        ASSERT_LT(allocation, kNone);
+    }
+    EXPECT_GT(allocation, 4U);
+}
+
+// A stream swallows that, and goes on with less text.
+TEST(LostRecord, IsReportedIfItsTextCannotBeKept)
+{
+    const AppliedSettings applied({});
+    const LogCapture standardError;
+    {
+        LogProxy record(4, "m", 0, "f()", 1);
+        const std::string text(1000, 'x');
+        const memory::Watch watch;
+        memory::failAllocation(1, memory::Shortage::Once);
+        record << 0 << text << "end";
+    }
+    EXPECT_EQ(kLost, standardError.text());
+    LogProxy(4, "m", 0, "f()", 2) << 0 << "after";
+    const std::string log = standardError.text();
+    EXPECT_TRUE(holds("log records lost: 1 (out of memory)", log)) << log;
+    EXPECT_TRUE(holds("after", log)) << log;
+}
+
 // In a separate process, in which the log has not been used before.
 TEST(LostRecordDeathTest, IsReportedIfItIsTheFirst)
 {

@@ -2,12 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 
 namespace {
 
 // A code point encoded as the definition of UTF-8 says, surrogates and numbers that are too large included.
-std::string encoded(char32_t number)
+std::string encoded(std::uint32_t number)
 {
     const auto tail = [number](unsigned shift) { return static_cast<char>(0x80U | ((number >> shift) & 0x3fU)); };
     if (number < 0x80) {
@@ -26,7 +27,7 @@ std::string encoded(char32_t number)
 
 TEST(Utf8, AcceptsEveryCharacter)
 {
-    for (char32_t number = 0; number < 0x110000; ++number) {
+    for (std::uint32_t number = 0; number < 0x110000; ++number) {
         const std::string text = encoded(number);
         const bool surrogate = number >= 0xd800 && number <= 0xdfff;
         ASSERT_EQ(surrogate ? 0 : text.size(), utf8Length(text + "x")) << number;
@@ -37,7 +38,7 @@ TEST(Utf8, AcceptsEveryCharacter)
 
 TEST(Utf8, RejectsEveryTruncatedCharacter)
 {
-    for (const char32_t number : {0x80U, 0x7ffU, 0x800U, 0xffffU, 0x10000U, 0x10ffffU}) {
+    for (const std::uint32_t number : {0x80U, 0x7ffU, 0x800U, 0xffffU, 0x10000U, 0x10ffffU}) {
         std::string text = encoded(number);
         while (text.size() > 1) {
             text.pop_back();
@@ -59,7 +60,7 @@ TEST(Utf8, RejectsOverlongFormsAndStrayBytes)
 
 TEST(Utf8, RecognisesControlCharacters)
 {
-    for (char32_t number = 0; number < 0x200; ++number) {
+    for (std::uint32_t number = 0; number < 0x200; ++number) {
         const bool control = number < 0x20 || (number >= 0x7f && number <= 0x9f);
         EXPECT_EQ(control, isControl(encoded(number))) << number;
     }
