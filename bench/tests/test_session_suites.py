@@ -1,9 +1,9 @@
-"""The suites that measure sessions and the command, from end to end, with the least that there can be: what they need is there, and
-their rows are complete. As root, with Debian's daemons."""
+"""The suites that measure sessions and the command, from end to end, with the least that there can be: what they need is
+there, and their rows are complete. As root, with Debian's daemons."""
 
+import dataclasses
 import os
 import unittest
-from types import SimpleNamespace
 
 import command_trees
 import daemons
@@ -13,27 +13,21 @@ import session_folders
 import session_large
 import session_quiet
 import session_warm
+from effort import QUICK
 from figures import Goals
 from works import MIB
 
 BUILD = os.environ["BENCH_BUILD"]
-EFFORT = SimpleNamespace(
-    cold_rounds=1,
-    warm_rounds=1,
+EFFORT = dataclasses.replace(
+    QUICK,
     warm_calls=3,
-    far_calls=1,
     folder_files=5,
     folder_rounds=2,
     large_size=MIB,
-    large_rounds=1,
-    quiet_rounds=1,
-    wait_seconds=1,
     kept_connections=3,
     session_sizes=[MIB, 2 * MIB],
     tree_files=5,
-    tree_large_files=2,
     tree_large_size=MIB,
-    tree_rounds=1,
 )
 
 

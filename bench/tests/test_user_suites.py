@@ -1,9 +1,9 @@
 """What users compare, from end to end, with the least that there can be: each client can do what it is measured with,
 and each server is there. As root, with Debian's daemons."""
 
+import dataclasses
 import os
 import unittest
-from types import SimpleNamespace
 from unittest import mock
 
 import daemons
@@ -15,17 +15,17 @@ import user_limits
 import user_operations
 import user_works
 import users
+from effort import QUICK
 from figures import Goals
 from works import MIB
 
 BUILD = os.environ["BENCH_BUILD"]
-EFFORT = SimpleNamespace(
-    user_rounds=1,
+EFFORT = dataclasses.replace(
+    QUICK,
     user_large_size=MIB,
     user_files={"SFtpClient": 1, "SFtpSession": 3, "curl": 2, "lftp": 3, "rclone": 3, "sftp": 3},
     limit_size=MIB,
     limit_bytes=MIB,
-    limit_seconds=1,
 )
 IMPLICIT = users.Condition("implicit", "vsftpd-implicit", large=True)
 SSH = users.Condition("SSH", daemons.SSH, folders=True)

@@ -7,3 +7,5 @@ include(${CMAKE_CURRENT_LIST_DIR}/DebianRoot.cmake)
 string(CONCAT CMAKE_EXE_LINKER_FLAGS_INIT
        "-Wl,--dynamic-linker=${CMAKE_SYSROOT}/lib/ld-linux.so.2,--disable-new-dtags"
        ",-rpath,${CMAKE_SYSROOT}/lib/i386-linux-gnu:${CMAKE_SYSROOT}/usr/lib/i386-linux-gnu")
+# A library with a path of its own and new tags would not look where the program says.
+set(CMAKE_SHARED_LINKER_FLAGS_INIT -Wl,--disable-new-dtags)
