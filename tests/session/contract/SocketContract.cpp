@@ -1,8 +1,10 @@
 // The sockets of a session: how they are opened, cut and closed.
 #include "RecordedDisk.h"
 #include "SessionLoop.h"
+#include "support/NextFunction.h"
 
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -10,9 +12,14 @@
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <functional>
 #include <system_error>
 
 namespace {
+
+/// Called before the next questions about what a TCP connection has received, so many times.
+std::function<void()> beforeAnswer;
+int answers = 0;
 
 class SessionSockets : public SessionLoop
 {
@@ -66,6 +73,12 @@ public:
     {
         EXPECT_EQ(static_cast<ssize_t>(text.size()), send(m_socket, text.data(), text.size(), MSG_NOSIGNAL));
     }
+    /// And the socket's side reads it.
+    void tell(curl_socket_t socket, std::string text) const
+    {
+        say(text);
+        EXPECT_EQ(static_cast<ssize_t>(text.size()), recv(socket, text.data(), text.size(), MSG_WAITALL));
+    }
 
 private:
     int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -75,6 +88,18 @@ private:
 };
 
 } // namespace
+
+extern "C" __attribute__((visibility("default"))) int getsockopt(int descriptor, int level, int option, void* value,
+                                                                 socklen_t* size) noexcept
+{
+    static auto* const next = nextFunction<int(int, int, int, void*, socklen_t*)>("getsockopt");
+    if (level == IPPROTO_TCP && option == TCP_INFO && answers > 0) {
+        --answers;
+        const memory::Pause pause;
+        beforeAnswer();
+    }
+    return next(descriptor, level, option, value, size);
+}
 
 TEST_F(SessionSockets, OpensSocketsThatNoChildProcessGets)
 {
@@ -171,6 +196,36 @@ TEST_F(SessionSockets, UsesNoConnectionAgainOverWhichSomethingCameUnasked)
         EXPECT_EQ(std::string("sftp") == scheme ? 0 : 1, countOf(lines, "handle 2 made"));
         ::close(socket);
     }
+}
+
+// Also not if the reply to the command arrives while the session asks the kernel how much libcurl has read.
+TEST_F(SessionSockets, NoticesAnOlderReplyWhileTheNextArrives)
+{
+    scripted::curl().connects = false;
+    Peer peer;
+    curl_socket_t socket = CURL_SOCKET_BAD;
+    scripted::curl().perform = [&](scripted::Handle& handle) {
+        const memory::Pause pause;
+        if (socket == CURL_SOCKET_BAD) {
+            socket = open(handle);
+            peer.meet(socket);
+            peer.tell(socket, "200 fine\r\n250 one too many\r\n");
+        } else if (handle.number() == 1) {
+            EXPECT_EQ(0, handle.loggedIn());
+            beforeAnswer = [&peer] { peer.say("550 no\r\n"); };
+            answers = 2;
+            EXPECT_EQ(0U, handle.hear("250 one too many\r\n"));
+            EXPECT_EQ(0, answers);
+            return CURLE_WRITE_ERROR;
+        }
+        return CURLE_OK;
+    };
+    const Lines lines = journalOfSession([&](SFtpSession& session) {
+        EXPECT_EQ(CURLE_OK, test(session));
+        EXPECT_EQ(CURLE_OK, test(session));
+    });
+    EXPECT_EQ(1, countOf(lines, "handle 2 made"));
+    ::close(socket);
 }
 
 TEST_F(SessionSockets, DoesNotBeginWithoutADescriptor)
