@@ -257,6 +257,8 @@ TEST_F(SessionUpload, ASourceThatHasOtherThanAnnouncedEndsAnUpload)
     EXPECT_EQ(scripted::text(26) + ": the source has only 9 of the 10 bytes that were announced", errorText);
     EXPECT_EQ("CURLE_READ_ERROR", resultOf(8));
     EXPECT_EQ(scripted::text(26) + ": the source has more than the 8 bytes that were announced", errorText);
+    EXPECT_EQ("CURLE_READ_ERROR", resultOf(0));
+    EXPECT_EQ(scripted::text(26) + ": the source has more than the 0 bytes that were announced", errorText);
     errorText = "as it was";
     EXPECT_EQ("CURLE_OK", resultOf(9));
     EXPECT_EQ("CURLE_OK", resultOf(-1));
