@@ -52,6 +52,19 @@ TEST_F(SessionLoop, WaitsLongerWhereNothingHappensForLong)
     EXPECT_GE(std::min(100LL, elapsed[1] / 8), waits[1]);
 }
 
+// libcurl 7.88 does not always name it.
+TEST_F(SessionLoop, WaitsForTheControlConnection)
+{
+    scripted::curl().connects = true;
+    const Lines lines = journalOfSession([&](SFtpSession& session) {
+        EXPECT_EQ(CURLE_OK, test(session));
+        scripted::curl().waits = 1;
+        EXPECT_EQ(CURLE_OK, test(session));
+    });
+    EXPECT_EQ(1, countOf(lines, " ms with 2 more"));
+    EXPECT_EQ(0, countOf(lines, "handle 2 made"));
+}
+
 TEST_F(SessionLoop, EndsAtOnceWhenItIsCancelled)
 {
     scripted::curl().waits = 5;
