@@ -91,6 +91,21 @@ TEST(Replies, EndWithThreeDigitsAndABlank)
     EXPECT_EQ(8U, replies.lines().size());
 }
 
+TEST(Replies, RefuseFrom400OnUnlessTheyTellOfTheConnection)
+{
+    const auto refuses = [](const char* line) {
+        Replies replies;
+        EXPECT_TRUE(replies.add(line));
+        return replies.isLastRefusal();
+    };
+    for (const char* const refusal : {"400 not now", "450 busy", "500 unknown", "552 quota", "599 no"}) {
+        EXPECT_TRUE(refuses(refusal)) << refusal;
+    }
+    for (const char* const other : {"399 go on", "226 done", "421 closing", "426 broken", "522 TLS wanted"}) {
+        EXPECT_FALSE(refuses(other)) << other;
+    }
+}
+
 TEST(Replies, KeepNoMoreThanMayBeWorthReading)
 {
     Replies replies;
