@@ -44,6 +44,7 @@ TEST(Entries, OfFacts)
         {"type=file;size=9223372036854775808; beyond", "<beyond> file -1 unknown"},
         {"type=file;size=-1; negative", "<negative> file -1 unknown"},
         {"type=file;modify=20261301000000; month", "<month> file -1 unknown"},
+        {"type=file;modify=20260101240000; hour", "<hour> file -1 unknown"},
         {"type=file;modify=20400229235959; beyond 32 bits", "<beyond 32 bits> file -1 2214172799"},
         {"type=file;modify=19000228000000; before them", "<before them> file -1 -2203977600"},
         {"type=file;modify=99991231235959; beyond the clock", "<beyond the clock> file -1 unknown"},
