@@ -92,6 +92,7 @@ TEST_P(SessionDisk, IsWaitedForUnlessTheHostSaysOtherwise)
         return std::count(lines.begin(), lines.end(), "fsync");
     };
     EXPECT_EQ(2, waits());
+    EXPECT_EQ(std::filesystem::path(request.localPath).parent_path(), recorded::disk().synced);
     options.syncDownload = false;
     EXPECT_EQ(0, waits());
     options.resume = true;

@@ -66,12 +66,13 @@ int noted(const std::string& call)
 
 using namespace recorded;
 
-extern "C" int fsync(int /*descriptor*/)
+extern "C" int fsync(int descriptor)
 {
     if (!memory::watched()) {
         return 0;
     }
     const memory::Pause pause;
+    disk().synced = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor));
     return noted("fsync");
 }
 

@@ -1,6 +1,7 @@
 #ifndef SESSION_CONTRACT_RECORDEDDISK_H
 #define SESSION_CONTRACT_RECORDEDDISK_H
 
+#include <filesystem>
 #include <map>
 #include <string>
 
@@ -16,6 +17,8 @@ struct Disk
     std::size_t mostAtOnce = 0;
     /// So many reads and writes are interrupted first.
     unsigned interruptions = 0;
+    /// What fsync was last called for.
+    std::filesystem::path synced;
 };
 
 Disk& disk();
