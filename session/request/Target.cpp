@@ -205,6 +205,10 @@ void checkTexts(const SFtpRequest& request)
     requireNoControlByte("userName", request.userName);
     requireNoControlByte("password", request.password);
     requireNoControlByte("remoteFileName", request.remoteFileName);
+    // The system would take what is in front of it for the name: of another file.
+    if (request.localPath.find('\0') != std::string::npos) {
+        throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, "localPath holds a zero byte");
+    }
 }
 
 std::string percentDecoded(const std::string& text)

@@ -175,6 +175,27 @@ TEST_F(SessionSafety, ANewNameCannotBringACommandAlong)
     EXPECT_TRUE(sessions().empty());
 }
 
+// To the system it ends the name, in front of which another file is.
+TEST_F(SessionSafety, AZeroByteInALocalPathDoesNotReachAnotherFile)
+{
+    serve();
+    writeFile(served("a.bak"), "content");
+    writeFile(local(".a"), "precious");
+    aimAt("/a.bak");
+    request.localPath = local("a") + '\0' + "b";
+    SessionOptions options;
+    options.resume = true;
+    SFtpSession session(options);
+    for (const auto operation : {&SFtpSession::DownLoadSFtpFile, &SFtpSession::Listsftpdir,
+                                 &SFtpSession::UploadFileToSFtpServer, &SFtpSession::ReNameSFtpFile}) {
+        EXPECT_EQ(CURLE_BAD_FUNCTION_ARGUMENT, (session.*operation)(request, errorText));
+        EXPECT_NE(std::string::npos, errorText.find("localPath holds a ")) << errorText;
+    }
+    EXPECT_EQ("precious", contentOf(local(".a")));
+    EXPECT_FALSE(exists(local("a")));
+    EXPECT_TRUE(sessions().empty());
+}
+
 TEST_F(SessionSafety, AProxyOfTheEnvironmentIsNotTaken)
 {
     serve();
