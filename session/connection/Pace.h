@@ -8,8 +8,8 @@
 
 namespace session {
 
-/// Keeps received bytes to a rate, at which libcurl looks only between rounds: over SSH, a round takes up to a hundred
-/// buffers.
+/// Keeps received bytes to a rate, at which libcurl looks only between rounds: one takes up to a hundred buffers, of a
+/// small file all bytes.
 class Pace
 {
 public:

@@ -85,7 +85,7 @@ void Transfer::sendFirst(const std::string& command)
 void Transfer::receive(const DataSink& sink)
 {
     m_sink = sink;
-    if (m_access.target().isSsh() && m_access.options().receiveRate > 0) {
+    if (m_access.options().receiveRate > 0) {
         m_pace.emplace(m_access.options().receiveRate);
     }
 }

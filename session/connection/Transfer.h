@@ -98,7 +98,7 @@ private:
     CommandList m_after;
     DataSink m_sink;
     AnnouncedSource m_source;
-    std::optional<Pace> m_pace; // where libcurl does not keep the rate
+    std::optional<Pace> m_pace; // of what is received
     std::int64_t m_moved = 0;   // by libcurl's count
     bool m_hasAsked = false;
     bool m_comparesSize = false;

@@ -137,3 +137,27 @@ TEST_F(SessionProgress, ARateIsALimit)
     EXPECT_TRUE(std::chrono::steady_clock::now() - begin >= std::chrono::seconds(1))
         << "without a limit it takes 50 ms";
 }
+
+TEST_F(SessionProgress, ARateIsALimitForASmallFileToo)
+{
+    options.receiveRate = kBytes * 2;
+    serve();
+    aimAt("/a.bak");
+    SFtpSession session(options);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
+    EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
+    EXPECT_TRUE(std::chrono::steady_clock::now() - begin >= std::chrono::seconds(1));
+}
+
+// As many bytes as libcurl sends at once by itself would take twice as long as a stall may.
+TEST_F(SessionProgress, ARateIsNoStall)
+{
+    options.sendRate = 33000;
+    options.stallTimeout = std::chrono::milliseconds(1000);
+    serve();
+    writeFile(local("file"), std::string(70000, 'x'));
+    aimAt("/b.bak");
+    SFtpSession session(options);
+    EXPECT_EQ(0, session.UploadFileToSFtpServer(request, errorText)) << errorText;
+}

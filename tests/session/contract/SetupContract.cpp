@@ -70,9 +70,12 @@ TEST_F(SessionSetup, LimitsRates)
 {
     options.sendRate = 1000;
     options.receiveRate = 9223372036854775807;
-    EXPECT_TRUE(sameLines(withOption(withOption(setUp("ftp"), "MAX_SEND_SPEED_LARGE", "1000 (64 bits)"),
-                                     "MAX_RECV_SPEED_LARGE", "9223372036854775807 (64 bits)"),
+    EXPECT_TRUE(sameLines(withBehind(withOption(withOption(setUp("ftp"), "MAX_SEND_SPEED_LARGE", "1000 (64 bits)"),
+                                                "MAX_RECV_SPEED_LARGE", "9223372036854775807 (64 bits)"),
+                                     "MAX_RECV_SPEED_LARGE", {"1 UPLOAD_BUFFERSIZE = 16384"}),
                           toldBefore()));
+    options.sendRate = 9223372036854775807;
+    EXPECT_TRUE(hasLine("1 UPLOAD_BUFFERSIZE = 65536", toldBefore()));
 }
 
 TEST_F(SessionSetup, GoesThroughAProxyOnlyWhereTheHostSaysSo)
