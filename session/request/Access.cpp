@@ -4,6 +4,7 @@
 #include "call/SetOption.h"
 #include "request/Digest.h"
 #include "request/HostKey.h"
+#include "request/KnownHosts.h"
 
 #include <ConfigReader.h>
 
@@ -208,13 +209,23 @@ bool Access::judge(curl_khmatch match, std::string_view key)
         m_hostKeyRefusal = "the server's host key is " + fingerprint + ", hostKeySha256 is another";
         return false;
     default:
-        if (m_options.acceptUnknownHostKey) {
-            return true;
-        }
-        m_hostKeyRefusal = "the server's host key is unknown: " + fingerprint +
-                           "; where that is right, set hostKeySha256 to it, or add the host to knownHostsFile";
+        return judgeUnknown(fingerprint);
+    }
+}
+
+// One that may be known as another is none to accept.
+bool Access::judgeUnknown(const std::string& fingerprint)
+{
+    const std::string obstacle = obstacleIn(m_options.knownHostsFile);
+    if (!obstacle.empty()) {
+        m_hostKeyRefusal = "the server's host key, " + fingerprint + ", may be unknown or another: " + obstacle;
         return false;
     }
+    if (!m_options.acceptUnknownHostKey) {
+        m_hostKeyRefusal = "the server's host key is unknown: " + fingerprint +
+                           "; where that is right, set hostKeySha256 to it, or add the host to knownHostsFile";
+    }
+    return m_options.acceptUnknownHostKey;
 }
 
 bool Access::takes(curl_khmatch match, std::string_view key) noexcept

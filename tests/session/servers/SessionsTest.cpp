@@ -388,6 +388,10 @@ TEST_P(HostKeys, AreComparedWithTheKnownOnes)
     EXPECT_EQ(CURLE_PEER_FAILED_VERIFICATION, test(options));
     EXPECT_NE(std::string::npos, errorText.find("another one than in knownHostsFile")) << errorText;
 
+    writeFile(options.knownHostsFile, "damaged\n" + contentOf(options.knownHostsFile));
+    EXPECT_EQ(CURLE_PEER_FAILED_VERIFICATION, test(options));
+    EXPECT_NE(std::string::npos, errorText.find("line 1 of knownHostsFile cannot be read")) << errorText;
+
     options.knownHostsFile = local("no-such-file");
     EXPECT_EQ(0, test(options)) << errorText;
     options.acceptUnknownHostKey = false;
