@@ -138,8 +138,9 @@ struct SessionOptions
 /// the caller.
 ///
 /// Refused before anything is sent: a URL that does not parse (3), a scheme other than ftp, ftps and sftp (1), a port
-/// above 65535 (3), control bytes in the URL, a name, the user or the password (43), and a zero byte in `localPath`
-/// (43). Everything after the host of a URL is the path: "?", "#" and ";" are part of a name.
+/// above 65535 (3), control bytes in the URL, a name, the user or the password (43), a path or name of more than 8000
+/// bytes (43), and a zero byte in `localPath` (43). Everything after the host of a URL is the path: "?", "#" and ";"
+/// are part of a name.
 ///
 /// Threads: any number may use one session at the same time. Each call has a connection to itself: an idle one with the
 /// same server, login, trust and options, or a new one.

@@ -140,6 +140,10 @@ TEST_F(SessionSafety, BadInputIsNamedAndNothingIsSent)
          "password"},
         {"line break in the name", [](SFtpRequest& each) { each.remoteFileName = "a\nDELE b"; },
          CURLE_BAD_FUNCTION_ARGUMENT, "remoteFileName"},
+        {"length of the path", [](SFtpRequest& each) { each.remotePath += std::string(7996, 'x'); },
+         CURLE_BAD_FUNCTION_ARGUMENT, "remotePath is longer than 8000 bytes"},
+        {"length of the name", [](SFtpRequest& each) { each.remoteFileName = std::string(8001, 'x'); },
+         CURLE_BAD_FUNCTION_ARGUMENT, "remoteFileName is longer than 8000 bytes"},
     };
     SFtpSession session;
     for (const Case& each : cases) {
@@ -154,7 +158,24 @@ TEST_F(SessionSafety, BadInputIsNamedAndNothingIsSent)
         EXPECT_NE(std::string::npos, errorText.find(each.field)) << errorText;
         request = good;
     }
+    aimAt("/");
+    request.remoteFileName = "a";
+    request.localPath = std::string(8001, 'x');
+    EXPECT_EQ(CURLE_BAD_FUNCTION_ARGUMENT, session.ReNameSFtpFile(request, errorText));
+    EXPECT_NE(std::string::npos, errorText.find("localPath is longer than 8000 bytes")) << errorText;
     EXPECT_TRUE(sessions().empty());
+}
+
+// The server's to judge.
+TEST_F(SessionSafety, NamesMayBeAsLongAsACommandCanHold)
+{
+    serve();
+    aimAt("/" + std::string(7998, 'x') + "/");
+    SFtpSession session;
+    EXPECT_EQ(CURLE_REMOTE_FILE_NOT_FOUND, session.TestSConnect(request, errorText)) << errorText;
+    aimAt("/");
+    request.remoteFileName = request.localPath = std::string(8000, 'x');
+    EXPECT_EQ(CURLE_QUOTE_ERROR, session.ReNameSFtpFile(request, errorText)) << errorText;
 }
 
 TEST_F(SessionSafety, ANewNameCannotBringACommandAlong)
