@@ -190,6 +190,8 @@ Failure Transfer::failure(CURLcode code) const
         add(m_reason);
     } else if (!m_connection.missedSocket().empty()) {
         add(m_connection.missedSocket());
+    } else if (code == CURLE_SSH && m_hasAsked && m_connection.detail().empty()) {
+        add("the server takes no more bytes; its disk may be full");
     } else {
         add(shown(m_connection.detail(), m_access.request().password));
     }
