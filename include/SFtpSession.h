@@ -97,8 +97,8 @@ struct SessionOptions
     std::chrono::milliseconds replyTimeout{60000};   ///< for each reply
     std::chrono::milliseconds stallTimeout{60000};   ///< how long a transfer may move no byte
     std::chrono::milliseconds callTimeout{0};        ///< for the whole call
-    std::uint64_t sendRate = 0;                      ///< bytes a second
-    std::uint64_t receiveRate = 0;                   ///< bytes a second
+    std::uint64_t sendRate = 0;                      ///< bytes a second, for each transfer
+    std::uint64_t receiveRate = 0;                   ///< bytes a second, for each transfer
 
     bool atomicUpload = true; ///< to a temporary name beside the target, renamed once complete
     bool verifyUpload = true; ///< compare the size on the server with the bytes sent

@@ -112,8 +112,6 @@ void Access::applyLimits(CURL* handle, const Call& call) const
     if (const auto left = call.timeLeft()) {
         set(handle, CURLOPT_TIMEOUT_MS, inMilliseconds(*left));
     }
-    set(handle, CURLOPT_MAX_SEND_SPEED_LARGE, static_cast<curl_off_t>(m_options.sendRate));
-    set(handle, CURLOPT_MAX_RECV_SPEED_LARGE, static_cast<curl_off_t>(m_options.receiveRate));
 }
 
 // With TLS 1.3, kept connections fail on servers that require the control connection's session on data connections, and
@@ -121,7 +119,6 @@ void Access::applyLimits(CURL* handle, const Call& call) const
 void Access::applyTls(CURL* handle, bool newestTls) const
 {
     if (m_options.sendRate > 0) {
-        // libcurl sends one as a whole, and waits until the next one is due, which must not seem a stall.
         constexpr std::uint64_t kMost = 65536; // libcurl's own
         set(handle, CURLOPT_UPLOAD_BUFFERSIZE, bufferAt(m_options.sendRate, kMost));
     }

@@ -150,14 +150,16 @@ TEST_F(SessionProgress, ARateIsALimitForASmallFileToo)
     EXPECT_TRUE(std::chrono::steady_clock::now() - begin >= std::chrono::seconds(1));
 }
 
-// As many bytes as libcurl sends at once by itself would take twice as long as a stall may.
-TEST_F(SessionProgress, ARateIsNoStall)
+TEST_F(SessionProgress, ARateIsALimitForASmallUploadTooAndNoStall)
 {
-    options.sendRate = 33000;
-    options.stallTimeout = std::chrono::milliseconds(1000);
+    constexpr std::size_t kSmall = 30000;
+    options.sendRate = kSmall;
+    options.stallTimeout = std::chrono::milliseconds(200);
     serve();
-    writeFile(local("file"), std::string(70000, 'x'));
+    writeFile(local("file"), std::string(kSmall, 'x'));
     aimAt("/b.bak");
     SFtpSession session(options);
+    const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(0, session.UploadFileToSFtpServer(request, errorText)) << errorText;
+    EXPECT_TRUE(std::chrono::steady_clock::now() - begin >= std::chrono::seconds(1));
 }

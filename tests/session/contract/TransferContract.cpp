@@ -87,6 +87,38 @@ TEST_F(SessionTransfer, NoMoreIsTakenThanTheRateAllows)
     }
 }
 
+TEST_F(SessionTransfer, NoMoreIsSentThanTheRateAllows)
+{
+    using std::chrono::milliseconds;
+    const auto sent = [&] {
+        std::string all;
+        scripted::curl().perform = [&all](scripted::Handle& handle) {
+            std::string bytes;
+            while (handle.pointer(CURLOPT_READFUNCTION) != nullptr && handle.send(bytes, 5) == 5) {
+                all += bytes;
+            }
+            return all.size() == 10 ? CURLE_OK : CURLE_ABORTED_BY_CALLBACK;
+        };
+        SFtpSession session(options);
+        std::istringstream in("1234567890");
+        const int code = session.UploadFrom(request, in, errorText);
+        return nameOf(code) + " " + all;
+    };
+    options.verifyUpload = options.atomicUpload = false;
+    for (const char* const url : {"ftps://server/backup/a.bak", "sftp://server/backup/a.bak"}) {
+        request.remotePath = url;
+        options.callTimeout = milliseconds(0);
+        options.sendRate = 50;
+        options.stallTimeout = milliseconds(50);
+        const auto begin = std::chrono::steady_clock::now();
+        EXPECT_EQ("CURLE_OK 1234567890", sent());
+        EXPECT_LE(milliseconds(200), std::chrono::steady_clock::now() - begin);
+        options.sendRate = 1;
+        options.callTimeout = milliseconds(10);
+        EXPECT_EQ("CURLE_OPERATION_TIMEDOUT ", sent());
+    }
+}
+
 TEST_F(SessionTransfer, TooLargeAFileIsRefusedWhetherItsSizeIsToldOrNot)
 {
     const auto received = [this](std::size_t bytes) {
