@@ -97,8 +97,8 @@ struct SessionOptions
     std::chrono::milliseconds replyTimeout{60000};   ///< for each reply
     std::chrono::milliseconds stallTimeout{60000};   ///< how long a transfer may move no byte
     std::chrono::milliseconds callTimeout{0};        ///< for the whole call
-    std::uint64_t sendRate = 0;                      ///< bytes a second
-    std::uint64_t receiveRate = 0;                   ///< bytes a second
+    std::uint64_t sendRate = 0;                      ///< bytes a second, for each transfer
+    std::uint64_t receiveRate = 0;                   ///< bytes a second, for each transfer
 
     bool atomicUpload = true; ///< to a temporary name beside the target, renamed once complete
     bool verifyUpload = true; ///< compare the size on the server with the bytes sent
@@ -138,8 +138,9 @@ struct SessionOptions
 /// the caller.
 ///
 /// Refused before anything is sent: a URL that does not parse (3), a scheme other than ftp, ftps and sftp (1), a port
-/// above 65535 (3), and control bytes in the URL, a name, the user or the password (43). Everything after the host of a
-/// URL is the path: "?", "#" and ";" are part of a name.
+/// above 65535 (3), control bytes in the URL, a name, the user or the password (43), a path or name of more than 8000
+/// bytes (43), and a zero byte in `localPath` (43). Everything after the host of a URL is the path: "?", "#" and ";"
+/// are part of a name.
 ///
 /// Threads: any number may use one session at the same time. Each call has a connection to itself: an idle one with the
 /// same server, login, trust and options, or a new one.

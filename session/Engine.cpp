@@ -83,11 +83,11 @@ int Engine::call(const char* function, const SFtpRequest& request, std::string& 
 
 void Engine::run(const SFtpRequest& request, const Operation& operation)
 {
-    Access access(request, m_options, m_certificates);
     Call call(m_options, m_stop);
     if (const CURLcode verdict = call.verdict()) {
         throw refusal(verdict, call.reason());
     }
+    Access access(request, m_options, m_certificates);
     if (!tryToRun(access, call, operation, false)) {
         tryToRun(access, call, operation, true);
     }

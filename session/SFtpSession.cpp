@@ -156,6 +156,9 @@ int SFtpSession::UploadFrom(const SFtpRequest& request, const DataSource& source
 {
     return m_engine->call("UploadFrom", request, errorText, [&](const Work& work) {
         requireFunction("source", source != nullptr);
+        if (size < -1) {
+            throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, "size is " + std::to_string(size));
+        }
         upload(work, source, size);
     });
 }

@@ -14,7 +14,7 @@ AnnouncedSource::AnnouncedSource(DataSource source, std::int64_t size, std::int6
 
 std::size_t AnnouncedSource::give(char* bytes, std::size_t count)
 {
-    const std::size_t given = m_source(bytes, count);
+    const std::size_t given = fill(bytes, count);
     m_given += static_cast<std::int64_t>(given);
     m_isAtEnd = given == 0 || m_given == m_size;
     requireAnnounced(given == 0);
@@ -27,8 +27,19 @@ std::size_t AnnouncedSource::give(char* bytes, std::size_t count)
 void AnnouncedSource::requireEnd()
 {
     char further = 0;
-    m_given += static_cast<std::int64_t>(m_source(&further, 1));
+    m_given += static_cast<std::int64_t>(fill(&further, 1));
     requireAnnounced(true);
+}
+
+// Some numbers mean to libcurl that the upload is to pause or to end.
+std::size_t AnnouncedSource::fill(char* bytes, std::size_t count)
+{
+    const std::size_t given = m_source(bytes, count);
+    if (given > count) {
+        throw refusal(CURLE_READ_ERROR,
+                      "the source has returned " + std::to_string(given) + ", asked for " + std::to_string(count));
+    }
+    return given;
 }
 
 void AnnouncedSource::requireAnnounced(bool isEnd) const

@@ -16,7 +16,8 @@ public:
     /// `size` is -1 if unknown. The server has the first `offset` bytes already.
     AnnouncedSource(DataSource source, std::int64_t size, std::int64_t offset = 0);
 
-    /// Gives the next bytes; 0 at the end. Throws `Failure` if there are more or fewer bytes than announced.
+    /// Gives the next bytes; 0 at the end. Throws `Failure` if there are more or fewer bytes than announced, or the
+    /// source has returned more than it was asked for.
     std::size_t give(char* bytes, std::size_t count);
     /// Throws `Failure` if there is another byte.
     void requireEnd();
@@ -26,6 +27,7 @@ public:
     std::int64_t given() const { return m_given; }
 
 private:
+    std::size_t fill(char* bytes, std::size_t count);
     void requireAnnounced(bool isEnd) const;
 
     DataSource m_source;

@@ -8,20 +8,20 @@
 
 namespace session {
 
-/// Keeps received bytes to a rate, at which libcurl looks only between rounds: over SSH, a round takes up to a hundred
-/// buffers.
+/// Keeps bytes to a rate. libcurl looks at its own limits only between rounds: one takes up to a hundred buffers, of a
+/// small file all bytes.
 class Pace
 {
 public:
     /// REQUIRES: `bytesPerSecond` is at least 1.
-    explicit Pace(std::int64_t bytesPerSecond) : m_rate(static_cast<double>(bytesPerSecond)) {}
+    explicit Pace(std::uint64_t bytesPerSecond) : m_rate(static_cast<double>(bytesPerSecond)) {}
 
-    /// When more may be received than the bytes so far and `count`.
+    /// When more may move than the bytes so far and `count`.
     Call::Clock::time_point after(std::size_t count);
 
 private:
     double m_rate;
-    double m_received = 0;
+    double m_moved = 0;
     Call::Clock::time_point m_begin;
 };
 

@@ -85,8 +85,13 @@ void Transfer::sendFirst(const std::string& command)
 void Transfer::receive(const DataSink& sink)
 {
     m_sink = sink;
-    if (m_access.target().isSsh() && m_access.options().receiveRate > 0) {
-        m_pace.emplace(m_access.options().receiveRate);
+    setPace(m_access.options().receiveRate);
+}
+
+void Transfer::setPace(std::uint64_t rate)
+{
+    if (rate > 0) {
+        m_pace.emplace(rate);
     }
 }
 
@@ -118,6 +123,7 @@ void Transfer::send(const LeavingFile& file, std::int64_t offset)
 void Transfer::sendFrom(AnnouncedSource source, std::int64_t size)
 {
     m_source = std::move(source);
+    setPace(m_access.options().sendRate);
     set(m_handle, CURLOPT_UPLOAD, 1L);
     set(m_handle, CURLOPT_READFUNCTION, read);
     set(m_handle, CURLOPT_READDATA, this);
@@ -190,6 +196,8 @@ Failure Transfer::failure(CURLcode code) const
         add(m_reason);
     } else if (!m_connection.missedSocket().empty()) {
         add(m_connection.missedSocket());
+    } else if (code == CURLE_SSH && m_hasAsked && m_connection.detail().empty()) {
+        add("the server takes no more bytes; its disk may be full");
     } else {
         add(shown(m_connection.detail(), m_access.request().password));
     }
@@ -226,11 +234,17 @@ size_t Transfer::take(const char* bytes, size_t count)
         return 0;
     }
     m_call.moved(count);
-    if (m_pace) {
-        m_connection.rest(m_call, m_pace->after(count));
-        return m_call.verdict() == CURLE_OK ? count : 0;
+    return keepsPace(count) ? count : 0;
+}
+
+// Waits until as many more bytes may move; false if the call must end before.
+bool Transfer::keepsPace(size_t count)
+{
+    if (!m_pace) {
+        return true;
     }
-    return count;
+    m_connection.rest(m_call, m_pace->after(count));
+    return m_call.verdict() == CURLE_OK;
 }
 
 size_t Transfer::read(char* bytes, size_t /*one*/, size_t count, void* self) noexcept
@@ -249,6 +263,9 @@ size_t Transfer::give(char* bytes, size_t count)
     m_hasAsked = true;
     m_call.moved(0); // from now on nothing is repeated: the source's bytes cannot be read twice
     const size_t given = m_source.give(bytes, count);
+    if (!keepsPace(given)) {
+        return CURL_READFUNC_ABORT;
+    }
     m_call.moved(given);
     if (m_source.isAtEnd()) {
         m_call.finishing();

@@ -82,6 +82,8 @@ private:
     static int begin(void* self, char* theirs, char* ours, int theirPort, int ourPort) noexcept;
     size_t take(const char* bytes, size_t count);
     size_t give(char* bytes, size_t count);
+    void setPace(std::uint64_t rate);
+    bool keepsPace(size_t count);
     void sendFirst(const std::string& command);
     void judgeReply();
     void judgeSize();
@@ -98,7 +100,7 @@ private:
     CommandList m_after;
     DataSink m_sink;
     AnnouncedSource m_source;
-    std::optional<Pace> m_pace; // where libcurl does not keep the rate
+    std::optional<Pace> m_pace; // where there is a limit
     std::int64_t m_moved = 0;   // by libcurl's count
     bool m_hasAsked = false;
     bool m_comparesSize = false;

@@ -30,9 +30,14 @@ Failure failure(const std::string& path, int error)
                    "localPath " + shown(path, {}) + " cannot be written: " + std::generic_category().message(error));
 }
 
-// Otherwise the link itself would be replaced, not the file that it leads to, or will lead to.
+// Otherwise the link itself would be replaced, not the file that it leads to, or will lead to. What is no file is not
+// replaced, and need not have a name of its own: a pipe behind /dev/stdout has none.
 std::string withoutLinks(const std::string& path)
 {
+    struct stat there = {};
+    if (stat(path.c_str(), &there) == 0 && !S_ISREG(there.st_mode)) {
+        return path;
+    }
     const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr), std::free);
     if (real) {
         return real.get();

@@ -18,14 +18,10 @@ void command(const Work& work, const std::string& directoryUrl, const std::vecto
     transfer.run();
 }
 
-void requireName(const char* field, const std::string& name)
+void requireNonEmpty(const char* field, const std::string& name)
 {
     if (name.empty()) {
         throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, std::string(field) + " names nothing");
-    }
-    // It could begin another command.
-    if (holdsControlByte(name)) {
-        throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, std::string(field) + " holds a control byte");
     }
 }
 
@@ -52,7 +48,8 @@ void renameFile(const Work& work)
     const Target& target = work.access.target();
     const std::string& from = work.access.request().remoteFileName;
     const std::string& to = work.access.request().localPath;
-    requireName("remoteFileName", from);
+    requireNonEmpty("remoteFileName", from);
+    requireNonEmpty("localPath", to);
     requireName("localPath", to);
     if (target.isSsh()) {
         command(work, target.directoryUrl(),
@@ -66,14 +63,14 @@ void deleteFile(const Work& work)
 {
     const Target& target = work.access.target();
     const std::string& name = work.access.request().remoteFileName;
-    requireName("remoteFileName", name);
+    requireNonEmpty("remoteFileName", name);
     command(work, target.directoryUrl(), {target.isSsh() ? "rm " + quoted(target.commandPath(name)) : "DELE " + name});
 }
 
 void makeDirectory(const Work& work)
 {
     const Target& target = work.access.target();
-    requireName("remotePath", target.name());
+    requireNonEmpty("remotePath", target.name());
     command(work, target.parentUrl(),
             {target.isSsh() ? "mkdir " + quoted(target.commandPathInParent(target.name()))
                             : "MKD " + withoutHome(target.name())});
@@ -82,7 +79,7 @@ void makeDirectory(const Work& work)
 void removeDirectory(const Work& work)
 {
     const Target& target = work.access.target();
-    requireName("remotePath", target.name());
+    requireNonEmpty("remotePath", target.name());
     command(work, target.parentUrl(),
             {target.isSsh() ? "rmdir " + quoted(target.commandPathInParent(target.name()))
                             : "RMD " + withoutHome(target.name())});

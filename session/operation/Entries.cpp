@@ -89,11 +89,13 @@ std::string_view withoutEnd(std::string_view line)
 
 } // namespace
 
+// Not tolower, which in a Turkish host knows another letter for "I".
 std::string lowerCase(std::string_view text)
 {
     std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char character) {
+        return static_cast<char>(character >= 'A' && character <= 'Z' ? character + ('a' - 'A') : character);
+    });
     return lower;
 }
 

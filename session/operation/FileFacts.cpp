@@ -136,8 +136,9 @@ void setModified(const Work& work, Time modified)
     const std::string name = nameOf(work);
     if (target.isSsh()) {
         requireTimeOfSsh(modified);
+        // In digits: the name of a month would be in the host's language, libcurl reads English.
         visitDirectory(work, target.parentUrl(),
-                       {"mtime " + quoted(textOf(modified, "%d %b %Y %H:%M:%S GMT")) + " " +
+                       {"mtime " + quoted(textOf(modified, "%Y%m%d %H:%M:%S GMT")) + " " +
                         quoted(target.commandPathInParent(name))});
         return;
     }

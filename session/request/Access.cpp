@@ -4,6 +4,7 @@
 #include "call/SetOption.h"
 #include "request/Digest.h"
 #include "request/HostKey.h"
+#include "request/KnownHosts.h"
 
 #include <ConfigReader.h>
 
@@ -35,15 +36,21 @@ bool hasTrustFolder() { return curl_version_info(CURLVERSION_NOW)->capath != nul
 
 bool allowsNone() { return ConfigReader::getInt("General", "CertAuthSwitch", true) == 0; }
 
+constexpr std::uint64_t kLeastBuffer = 16384; // libcurl's
+
+// Where the rate is limited, half a second's worth, so that bytes neither come in bursts nor wait for long.
+long bufferAt(std::uint64_t rate, std::uint64_t most)
+{
+    return static_cast<long>(rate == 0 ? most : std::clamp(rate / 2, kLeastBuffer, most));
+}
+
 // What a transfer over SSH has on its way at once: an upload as much as its buffer holds, a download four times as
 // much. With libcurl's own 64 and 16 KiB, a line with a round trip of 50 ms moves 1 MB/s. A larger one counts as moved
-// only as a whole, and on a slow line would seem to stall. Where the rate is limited, it is half a second's worth, so
-// that bytes neither come in bursts nor wait for long.
+// only as a whole, and on a slow line would seem to stall.
 long bufferOverSsh(std::uint64_t rate)
 {
-    constexpr std::uint64_t kLeast = 16384; // libcurl's
     constexpr std::uint64_t kMost = 524288;
-    return static_cast<long>(rate == 0 ? kMost : std::clamp(rate / 2, kLeast, kMost));
+    return bufferAt(rate, kMost);
 }
 
 std::string nameOf(Scheme scheme) { return scheme == Scheme::Ftp ? "ftp" : scheme == Scheme::Ftps ? "ftps" : "sftp"; }
@@ -105,14 +112,16 @@ void Access::applyLimits(CURL* handle, const Call& call) const
     if (const auto left = call.timeLeft()) {
         set(handle, CURLOPT_TIMEOUT_MS, inMilliseconds(*left));
     }
-    set(handle, CURLOPT_MAX_SEND_SPEED_LARGE, static_cast<curl_off_t>(m_options.sendRate));
-    set(handle, CURLOPT_MAX_RECV_SPEED_LARGE, static_cast<curl_off_t>(m_options.receiveRate));
 }
 
 // With TLS 1.3, kept connections fail on servers that require the control connection's session on data connections, and
 // libcurl 7.88.1 loses the ends of uploads. So 1.2, wherever there is a choice.
 void Access::applyTls(CURL* handle, bool newestTls) const
 {
+    if (m_options.sendRate > 0) {
+        constexpr std::uint64_t kMost = 65536; // libcurl's own
+        set(handle, CURLOPT_UPLOAD_BUFFERSIZE, bufferAt(m_options.sendRate, kMost));
+    }
     // libcurl's constant for a maximum version is that for the minimum, shifted by 16 bits.
     constexpr long kTls12Alone = static_cast<long>(CURL_SSLVERSION_TLSv1_2) * 0x10001;
     set(handle, CURLOPT_SSLVERSION,
@@ -197,13 +206,23 @@ bool Access::judge(curl_khmatch match, std::string_view key)
         m_hostKeyRefusal = "the server's host key is " + fingerprint + ", hostKeySha256 is another";
         return false;
     default:
-        if (m_options.acceptUnknownHostKey) {
-            return true;
-        }
-        m_hostKeyRefusal = "the server's host key is unknown: " + fingerprint +
-                           "; where that is right, set hostKeySha256 to it, or add the host to knownHostsFile";
+        return judgeUnknown(fingerprint);
+    }
+}
+
+// One that may be known as another is none to accept.
+bool Access::judgeUnknown(const std::string& fingerprint)
+{
+    const std::string obstacle = obstacleIn(m_options.knownHostsFile);
+    if (!obstacle.empty()) {
+        m_hostKeyRefusal = "the server's host key, " + fingerprint + ", may be unknown or another: " + obstacle;
         return false;
     }
+    if (!m_options.acceptUnknownHostKey) {
+        m_hostKeyRefusal = "the server's host key is unknown: " + fingerprint +
+                           "; where that is right, set hostKeySha256 to it, or add the host to knownHostsFile";
+    }
+    return m_options.acceptUnknownHostKey;
 }
 
 bool Access::takes(curl_khmatch match, std::string_view key) noexcept

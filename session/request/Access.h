@@ -59,6 +59,7 @@ private:
     static int judgeKnownHost(CURL* handle, const curl_khkey* known, const curl_khkey* found, curl_khmatch match,
                               void* self) noexcept;
     bool judge(curl_khmatch match, std::string_view key);
+    bool judgeUnknown(const std::string& fingerprint);
     bool takes(curl_khmatch match, std::string_view key) noexcept;
 
     const SFtpRequest& m_request;

@@ -56,16 +56,17 @@ std::string withoutLogin(const std::string& proxy)
     const std::string::size_type scheme = proxy.find("://");
     const std::string::size_type begin = scheme == std::string::npos ? 0 : scheme + 3;
     const std::string::size_type end = std::min(proxy.find_first_of("/?#", begin), proxy.size());
-    const std::string::size_type login = std::string_view(proxy).substr(0, end).rfind('@');
+    // The first one: to libcurl, what stands behind it is the host.
+    const std::string::size_type login = std::string_view(proxy).substr(0, end).find('@', begin);
     return login == std::string::npos ? proxy : proxy.substr(0, begin) + proxy.substr(login + 1);
 }
 
-bool isUrl(const std::string& text)
+bool isUrlWithoutLogin(const std::string& text)
 {
     const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> url(curl_url(), curl_url_cleanup);
-    const CURLUcode code =
-        url ? curl_url_set(url.get(), CURLUPART_URL, text.c_str(), CURLU_NON_SUPPORT_SCHEME | CURLU_GUESS_SCHEME)
-            : CURLUE_OUT_OF_MEMORY;
+    const CURLUcode code = url ? curl_url_set(url.get(), CURLUPART_URL, text.c_str(),
+                                              CURLU_NON_SUPPORT_SCHEME | CURLU_GUESS_SCHEME | CURLU_DISALLOW_USER)
+                               : CURLUE_OUT_OF_MEMORY;
     if (code == CURLUE_OUT_OF_MEMORY) {
         throw std::bad_alloc();
     }
@@ -82,8 +83,8 @@ void requireProxy(const std::string& proxy)
         scheme == std::string::npos || std::any_of(known.begin(), known.end(), [&](std::string_view each) {
             return each.size() == scheme && curl_strnequal(each.data(), proxy.c_str(), scheme) != 0;
         });
-    requireThat(proxy.empty() || (isKnown && isUrl(withoutLogin(proxy)) && proxy.find(' ') == std::string::npos &&
-                                  !holdsCodedControlByte(proxy)),
+    requireThat(proxy.empty() || (isKnown && isUrlWithoutLogin(withoutLogin(proxy)) &&
+                                  proxy.find(' ') == std::string::npos && !holdsCodedControlByte(proxy)),
                 "proxy must be the URL of an http, https, socks4, socks4a, socks5 or socks5h proxy");
 }
 

@@ -137,6 +137,19 @@ void requireNoControlByte(const char* field, const std::string& text)
 
 } // namespace
 
+// libcurl has no room for a command of 64 KiB, and says that memory is out. Of a request above 32700 bytes, such as one
+// to rename, which holds two names with their paths, libssh2 sends a part alone, and the server takes the next request
+// for its rest.
+void requireName(const char* field, const std::string& name)
+{
+    requireNoControlByte(field, name);
+    constexpr std::size_t kLongest = 8000;
+    if (name.size() > kLongest) {
+        throw refusal(CURLE_BAD_FUNCTION_ARGUMENT,
+                      std::string(field) + " is longer than " + std::to_string(kLongest) + " bytes");
+    }
+}
+
 Target::Target(const SFtpRequest& request)
 {
     requireNoControlByte("remotePath", request.remotePath);
@@ -146,7 +159,7 @@ Target::Target(const SFtpRequest& request)
     m_server =
         partOf(url, CURLUPART_SCHEME) + "://" + hostOf(url) + ":" + std::to_string(portOf(request, url, m_scheme));
     m_path = wholePath(url);
-    requireNoControlByte("remotePath", percentDecoded(m_path));
+    requireName("remotePath", percentDecoded(m_path));
 }
 
 void Target::requireFile() const
@@ -204,7 +217,11 @@ void checkTexts(const SFtpRequest& request)
 {
     requireNoControlByte("userName", request.userName);
     requireNoControlByte("password", request.password);
-    requireNoControlByte("remoteFileName", request.remoteFileName);
+    requireName("remoteFileName", request.remoteFileName);
+    // The system would take what is in front of it for the name: of another file.
+    if (request.localPath.find('\0') != std::string::npos) {
+        throw refusal(CURLE_BAD_FUNCTION_ARGUMENT, "localPath holds a zero byte");
+    }
 }
 
 std::string percentDecoded(const std::string& text)

@@ -63,7 +63,12 @@ private:
     std::string m_path;   // begins with "/", or with "/%2F" for FTP's root, which is not the login's directory
 };
 
-/// Throws `Failure` for a control byte in the user, the password or a name: it could begin another command.
+/// Throws `Failure` for a name that a command cannot hold: one with a control byte, which could begin another command,
+/// or one that is too long.
+void requireName(const char* field, const std::string& name);
+
+/// Throws `Failure` for a control byte in the user, the password or a name: it could begin another command. In the
+/// local path only for a zero byte: it would end the name.
 void checkTexts(const SFtpRequest& request);
 
 /// `text` with each %XX replaced by its byte.

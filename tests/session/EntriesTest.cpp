@@ -31,6 +31,13 @@ struct Case
 
 } // namespace
 
+// A Turkish host's.
+extern "C" int tolower(int letter) noexcept
+{
+    const bool isUpper = letter >= 'A' && letter <= 'Z';
+    return letter == 'I' ? 0xfd : isUpper ? letter + ('a' - 'A') : letter;
+}
+
 TEST(Entries, OfFacts)
 {
     const Case cases[] = {
@@ -110,4 +117,9 @@ TEST(Entries, LeadNowhereElse)
          {std::string("/"), std::string("../a"), std::string("a/b"), std::string("a\0b", 3)}) {
         EXPECT_FALSE(session::leadsNowhereElse(name)) << name;
     }
+}
+
+TEST(Entries, OfFactsAreReadAlikeInTheLanguageOfEachHost)
+{
+    EXPECT_EQ("<a> file 5 1767225600", textOf(entryOfFacts("TYPE=FILE;SIZE=5;MODIFY=20260101000000; a")));
 }

@@ -98,6 +98,15 @@ TEST_F(SessionLimits, ClearCancelIsForLaterCalls)
     EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
 }
 
+TEST_F(SessionLimits, CancelEndsACallThatCannotBe)
+{
+    SFtpSession session;
+    EXPECT_EQ(CURLE_URL_MALFORMAT, session.TestSConnect(SFtpRequest(), errorText));
+    session.Cancel();
+    EXPECT_EQ(CURLE_ABORTED_BY_CALLBACK, session.TestSConnect(SFtpRequest(), errorText));
+    EXPECT_NE(std::string::npos, errorText.find("Cancel() was called")) << errorText;
+}
+
 TEST_F(SessionLimits, CancelEndsWhoWaitsForAConnection)
 {
     serve();

@@ -138,6 +138,24 @@ TEST_F(Arriving, WaitsForAPipesOtherEndAsLongAsTheCallMay)
     EXPECT_EQ(1, files());
 }
 
+// As /dev/stdout leads to the one behind it, which has no name in any folder.
+TEST_F(Arriving, WritesToAPipeThatOnlyTheProcessCanName)
+{
+    int ends[2] = {};
+    ASSERT_EQ(0, pipe(ends));
+    std::filesystem::create_symlink("/dev/fd/" + std::to_string(ends[1]), path("l"));
+    for (const std::string& name : {"/dev/fd/" + std::to_string(ends[1]), path("l")}) {
+        ArrivingFile file(name, call);
+        file.write("bytes", 5);
+        file.takePlace(true);
+        char bytes[6] = {};
+        EXPECT_EQ(5, read(ends[0], bytes, sizeof bytes));
+        EXPECT_STREQ("bytes", bytes);
+    }
+    close(ends[0]);
+    close(ends[1]);
+}
+
 // Where a long has 32 bits too.
 TEST_F(Arriving, GoesOnBehindFiveGibibytes)
 {

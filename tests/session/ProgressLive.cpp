@@ -137,3 +137,29 @@ TEST_F(SessionProgress, ARateIsALimit)
     EXPECT_TRUE(std::chrono::steady_clock::now() - begin >= std::chrono::seconds(1))
         << "without a limit it takes 50 ms";
 }
+
+TEST_F(SessionProgress, ARateIsALimitForASmallFileToo)
+{
+    options.receiveRate = kBytes * 2;
+    serve();
+    aimAt("/a.bak");
+    SFtpSession session(options);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
+    EXPECT_EQ(0, session.DownLoadSFtpFile(request, errorText)) << errorText;
+    EXPECT_TRUE(std::chrono::steady_clock::now() - begin >= std::chrono::seconds(1));
+}
+
+TEST_F(SessionProgress, ARateIsALimitForASmallUploadTooAndNoStall)
+{
+    constexpr std::size_t kSmall = 30000;
+    options.sendRate = kSmall;
+    options.stallTimeout = std::chrono::milliseconds(200);
+    serve();
+    writeFile(local("file"), std::string(kSmall, 'x'));
+    aimAt("/b.bak");
+    SFtpSession session(options);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(0, session.UploadFileToSFtpServer(request, errorText)) << errorText;
+    EXPECT_TRUE(std::chrono::steady_clock::now() - begin >= std::chrono::seconds(1));
+}

@@ -140,6 +140,10 @@ TEST_F(SessionSafety, BadInputIsNamedAndNothingIsSent)
          "password"},
         {"line break in the name", [](SFtpRequest& each) { each.remoteFileName = "a\nDELE b"; },
          CURLE_BAD_FUNCTION_ARGUMENT, "remoteFileName"},
+        {"length of the path", [](SFtpRequest& each) { each.remotePath += std::string(7996, 'x'); },
+         CURLE_BAD_FUNCTION_ARGUMENT, "remotePath is longer than 8000 bytes"},
+        {"length of the name", [](SFtpRequest& each) { each.remoteFileName = std::string(8001, 'x'); },
+         CURLE_BAD_FUNCTION_ARGUMENT, "remoteFileName is longer than 8000 bytes"},
     };
     SFtpSession session;
     for (const Case& each : cases) {
@@ -154,7 +158,24 @@ TEST_F(SessionSafety, BadInputIsNamedAndNothingIsSent)
         EXPECT_NE(std::string::npos, errorText.find(each.field)) << errorText;
         request = good;
     }
+    aimAt("/");
+    request.remoteFileName = "a";
+    request.localPath = std::string(8001, 'x');
+    EXPECT_EQ(CURLE_BAD_FUNCTION_ARGUMENT, session.ReNameSFtpFile(request, errorText));
+    EXPECT_NE(std::string::npos, errorText.find("localPath is longer than 8000 bytes")) << errorText;
     EXPECT_TRUE(sessions().empty());
+}
+
+// The server's to judge.
+TEST_F(SessionSafety, NamesMayBeAsLongAsACommandCanHold)
+{
+    serve();
+    aimAt("/" + std::string(7998, 'x') + "/");
+    SFtpSession session;
+    EXPECT_EQ(CURLE_REMOTE_FILE_NOT_FOUND, session.TestSConnect(request, errorText)) << errorText;
+    aimAt("/");
+    request.remoteFileName = request.localPath = std::string(8000, 'x');
+    EXPECT_EQ(CURLE_QUOTE_ERROR, session.ReNameSFtpFile(request, errorText)) << errorText;
 }
 
 TEST_F(SessionSafety, ANewNameCannotBringACommandAlong)
@@ -172,6 +193,27 @@ TEST_F(SessionSafety, ANewNameCannotBringACommandAlong)
     EXPECT_NE(std::string::npos, errorText.find("localPath holds a control byte")) << errorText;
     EXPECT_EQ("content", contentOf(served("a")));
     EXPECT_EQ("kept", contentOf(served("victim")));
+    EXPECT_TRUE(sessions().empty());
+}
+
+// To the system it ends the name, in front of which another file is.
+TEST_F(SessionSafety, AZeroByteInALocalPathDoesNotReachAnotherFile)
+{
+    serve();
+    writeFile(served("a.bak"), "content");
+    writeFile(local(".a"), "precious");
+    aimAt("/a.bak");
+    request.localPath = local("a") + '\0' + "b";
+    SessionOptions options;
+    options.resume = true;
+    SFtpSession session(options);
+    for (const auto operation : {&SFtpSession::DownLoadSFtpFile, &SFtpSession::Listsftpdir,
+                                 &SFtpSession::UploadFileToSFtpServer, &SFtpSession::ReNameSFtpFile}) {
+        EXPECT_EQ(CURLE_BAD_FUNCTION_ARGUMENT, (session.*operation)(request, errorText));
+        EXPECT_NE(std::string::npos, errorText.find("localPath holds a ")) << errorText;
+    }
+    EXPECT_EQ("precious", contentOf(local(".a")));
+    EXPECT_FALSE(exists(local("a")));
     EXPECT_TRUE(sessions().empty());
 }
 

@@ -224,3 +224,24 @@ TEST_F(SessionUpload, NoSourceIsRefused)
     EXPECT_EQ("A libcurl function was given a bad argument: sink is empty", errorText);
     EXPECT_TRUE(sessions().empty());
 }
+
+// To libcurl, the numbers above the size of a buffer would mean: end, wait, or a mistake.
+TEST_F(SessionUpload, ASourceCannotHaveMoreThanItWasAskedFor)
+{
+    serve();
+    aimAt("/a.bak");
+    SFtpSession session;
+    for (const std::size_t returned :
+         {std::size_t{CURL_READFUNC_ABORT}, std::size_t{CURL_READFUNC_PAUSE}, static_cast<std::size_t>(-1)}) {
+        const std::string text = "the source has returned " + std::to_string(returned) + ", asked for ";
+        for (const std::int64_t size : {-1, 0, 5}) {
+            const auto source = [returned](char*, std::size_t) { return returned; };
+            EXPECT_EQ(CURLE_READ_ERROR, session.UploadFrom(request, source, errorText, size)) << errorText;
+            EXPECT_NE(std::string::npos, errorText.find(text)) << errorText;
+        }
+    }
+    const auto nothing = [](char*, std::size_t) { return std::size_t{0}; };
+    EXPECT_EQ(CURLE_BAD_FUNCTION_ARGUMENT, session.UploadFrom(request, nothing, errorText, -2));
+    EXPECT_EQ("A libcurl function was given a bad argument: size is -2", errorText);
+    expectTheOldFileAlone();
+}

@@ -2,6 +2,8 @@
 #include "OperationCalls.h"
 #include "SessionContract.h"
 
+#include <filesystem>
+
 namespace {
 
 const std::string kKey = "abc";
@@ -37,7 +39,7 @@ protected:
             answer = judge(&handle, nullptr, &found, match, handle.pointer(CURLOPT_SSH_KEYDATA));
             return answer == CURLKHSTAT_FINE ? CURLE_OK : CURLE_PEER_FAILED_VERIFICATION;
         };
-        options.knownHostsFile = "known";
+        options.knownHostsFile = path("known");
         test();
         return answer == CURLKHSTAT_FINE ? "taken" : answer == CURLKHSTAT_REJECT ? "refused" : "?";
     }
@@ -110,4 +112,32 @@ TEST_F(SessionHostKey, MustPassBothTheFileAndTheFingerprint)
     EXPECT_EQ("taken", judged(CURLKHMATCH_OK));
     EXPECT_EQ("taken", judged(CURLKHMATCH_MISSING));
     EXPECT_EQ("refused", judged(CURLKHMATCH_MISMATCH));
+}
+
+// libssh2 would not have seen another key for the server there.
+TEST_F(SessionHostKey, IsNotTakenForUnknownWhereTheFileCannotBeReadAsAWhole)
+{
+    options.acceptUnknownHostKey = true;
+    const auto expectRefusal = [this](const std::string& obstacle) {
+        EXPECT_EQ("refused", judged(CURLKHMATCH_MISSING)) << obstacle;
+        expectText("the server's host key, " + kFingerprint + ", may be unknown or another: " + obstacle);
+    };
+    std::filesystem::create_directory(path("known"));
+    expectRefusal("knownHostsFile cannot be read: Is a directory");
+    std::filesystem::remove(path("known"));
+    std::filesystem::create_symlink("known", path("known"));
+    expectRefusal("knownHostsFile cannot be read: Too many levels of symbolic links");
+    std::filesystem::remove(path("known"));
+
+    const std::string key = " ssh-ed25519 AAAAC3NzaC1lZDI1NTE5AAAA";
+    const std::string longest(254, 'h');
+    const std::string good = "# a remark\n\n  server" + key + "\n" + longest + "," + longest + key;
+    writeFile(path("known"), good);
+    EXPECT_EQ("taken", judged(CURLKHMATCH_MISSING));
+    for (const std::string& bad : {std::string("server"), std::string("server ssh-rsa AAAA"), "h" + longest + key,
+                                   longest + ",h" + longest + key, std::string("\r")}) {
+        writeFile(path("known"), good + "\n" + bad + "\nserver" + key + "\n");
+        expectRefusal("line 5 of knownHostsFile cannot be read, nor can what follows it");
+        EXPECT_EQ("taken", judged(CURLKHMATCH_OK)) << "it was found in front of that";
+    }
 }

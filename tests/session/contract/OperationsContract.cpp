@@ -124,7 +124,7 @@ std::vector<Row> rowsOfSsh()
         {"SetTime",
          "SetModified",
          "a%20b.bak",
-         {commands(top, {"mtime \"02 Jan 2026 03:04:05 GMT\" \"/backup/a b.bak\""})}},
+         {commands(top, {"mtime \"20260102 03:04:05 GMT\" \"/backup/a b.bak\""})}},
         {"MakeDirectory", "MakeSFtpDir", "a%20b.bak", {commands(top, {"mkdir \"/backup/a b.bak\""})}},
         {"RemoveDirectory", "RemoveSFtpDir", "a%20b.bak", {commands(top, {"rmdir \"/backup/a b.bak\""})}},
         {"DownloadToSink", "DownLoadTo", "a%20b.bak", {receiving(file)}},

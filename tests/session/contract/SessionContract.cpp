@@ -217,8 +217,6 @@ Lines afterTheReset(const std::string& scheme)
         "1 CONNECTTIMEOUT_MS = 20000",
         "1 FTP_RESPONSE_TIMEOUT = 61",
         "1 MAXAGE_CONN = 2147483",
-        "1 MAX_SEND_SPEED_LARGE = 0 (64 bits)",
-        "1 MAX_RECV_SPEED_LARGE = 0 (64 bits)",
     };
 }
 

@@ -66,13 +66,16 @@ TEST_F(SessionSetup, LimitsNothingWhereALimitIsZero)
     EXPECT_TRUE(hasLine("1 CONNECTTIMEOUT_MS = 2147483000", told));
 }
 
-TEST_F(SessionSetup, LimitsRates)
+TEST_F(SessionSetup, SendsNoMoreAtOnceOverFtpThanHalfASecondsRate)
 {
-    options.sendRate = 1000;
-    options.receiveRate = 9223372036854775807;
-    EXPECT_TRUE(sameLines(withOption(withOption(setUp("ftp"), "MAX_SEND_SPEED_LARGE", "1000 (64 bits)"),
-                                     "MAX_RECV_SPEED_LARGE", "9223372036854775807 (64 bits)"),
-                          toldBefore()));
+    options.receiveRate = 1;
+    for (const auto& [rate, buffer] :
+         {std::pair<std::uint64_t, const char*>(1, "16384"), std::pair<std::uint64_t, const char*>(32770, "16385"),
+          std::pair<std::uint64_t, const char*>(9223372036854775807, "65536")}) {
+        options.sendRate = rate;
+        EXPECT_TRUE(sameLines(withBehind(setUp("ftp"), "MAXAGE_CONN", {std::string("1 UPLOAD_BUFFERSIZE = ") + buffer}),
+                              toldBefore()));
+    }
 }
 
 TEST_F(SessionSetup, GoesThroughAProxyOnlyWhereTheHostSaysSo)

@@ -51,10 +51,9 @@ TEST_F(SessionTransfer, StreamsGiveAndTakeAllBytes)
 }
 
 // libcurl, which looks at the rate between its rounds, brings all that a near server has sent in one of them.
-TEST_F(SessionTransfer, OverSshNoMoreIsTakenThanTheRateAllows)
+TEST_F(SessionTransfer, NoMoreIsTakenThanTheRateAllows)
 {
     using std::chrono::milliseconds;
-    request.remotePath = "sftp://server/backup/a.bak";
     scripted::curl().perform = [](scripted::Handle& handle) {
         return handle.receive("12345") == 5 && handle.receive("67890") == 5 ? CURLE_OK : CURLE_WRITE_ERROR;
     };
@@ -66,25 +65,58 @@ TEST_F(SessionTransfer, OverSshNoMoreIsTakenThanTheRateAllows)
         const int code = session.DownLoadTo(request, out, errorText);
         return nameOf(code) + " " + out.str();
     };
-    options.receiveRate = 50;
-    options.stallTimeout = milliseconds(50);
-    const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ("CURLE_OK 1234567890", received());
-    EXPECT_LE(milliseconds(200), std::chrono::steady_clock::now() - begin);
+    for (const char* const url : {"ftps://server/backup/a.bak", "sftp://server/backup/a.bak"}) {
+        request.remotePath = url;
+        options = {};
+        options.receiveRate = 50;
+        options.stallTimeout = milliseconds(50);
+        const auto begin = std::chrono::steady_clock::now();
+        EXPECT_EQ("CURLE_OK 1234567890", received());
+        EXPECT_LE(milliseconds(200), std::chrono::steady_clock::now() - begin);
 
-    options.receiveRate = 1;
-    options.callTimeout = milliseconds(10);
-    EXPECT_EQ("CURLE_OPERATION_TIMEDOUT 12345", received());
-    options.callTimeout = milliseconds(0);
-    options.progress = [&](const TransferProgress& now) {
-        if (now.bytes == 5) {
-            running->Cancel();
-        }
+        options.receiveRate = 1;
+        options.callTimeout = milliseconds(10);
+        EXPECT_EQ("CURLE_OPERATION_TIMEDOUT 12345", received());
+        options.callTimeout = milliseconds(0);
+        options.progress = [&](const TransferProgress& now) {
+            if (now.bytes == 5) {
+                running->Cancel();
+            }
+        };
+        EXPECT_EQ("CURLE_ABORTED_BY_CALLBACK 12345", received());
+    }
+}
+
+TEST_F(SessionTransfer, NoMoreIsSentThanTheRateAllows)
+{
+    using std::chrono::milliseconds;
+    const auto sent = [&] {
+        std::string all;
+        scripted::curl().perform = [&all](scripted::Handle& handle) {
+            std::string bytes;
+            while (handle.pointer(CURLOPT_READFUNCTION) != nullptr && handle.send(bytes, 5) == 5) {
+                all += bytes;
+            }
+            return all.size() == 10 ? CURLE_OK : CURLE_ABORTED_BY_CALLBACK;
+        };
+        SFtpSession session(options);
+        std::istringstream in("1234567890");
+        const int code = session.UploadFrom(request, in, errorText);
+        return nameOf(code) + " " + all;
     };
-    EXPECT_EQ("CURLE_ABORTED_BY_CALLBACK 12345", received());
-    request.remotePath = "ftps://server/backup/a.bak";
-    options.progress = nullptr;
-    EXPECT_EQ("CURLE_OK 1234567890", received()) << "there libcurl keeps the rate";
+    options.verifyUpload = options.atomicUpload = false;
+    for (const char* const url : {"ftps://server/backup/a.bak", "sftp://server/backup/a.bak"}) {
+        request.remotePath = url;
+        options.callTimeout = milliseconds(0);
+        options.sendRate = 50;
+        options.stallTimeout = milliseconds(50);
+        const auto begin = std::chrono::steady_clock::now();
+        EXPECT_EQ("CURLE_OK 1234567890", sent());
+        EXPECT_LE(milliseconds(200), std::chrono::steady_clock::now() - begin);
+        options.sendRate = 1;
+        options.callTimeout = milliseconds(10);
+        EXPECT_EQ("CURLE_OPERATION_TIMEDOUT ", sent());
+    }
 }
 
 TEST_F(SessionTransfer, TooLargeAFileIsRefusedWhetherItsSizeIsToldOrNot)

@@ -312,3 +312,25 @@ TEST_F(SessionUpload, AStreamThatBreaksEndsAnUpload)
     EXPECT_EQ("CURLE_READ_ERROR", nameOf(session.UploadFrom(request, in, errorText)));
     EXPECT_EQ(0U, errorText.find(scripted::text(26) + ": the stream cannot be read"));
 }
+
+// libcurl has no words for it.
+TEST_F(SessionUpload, AnSshServerThatTakesNoMoreIsNamed)
+{
+    request.remotePath = "sftp://server/backup/a.bak";
+    const auto resultOf = [this](bool sends) {
+        scripted::curl().perform = [sends](scripted::Handle& handle) {
+            std::string bytes;
+            if (sends && handle.pointer(CURLOPT_READFUNCTION) != nullptr) {
+                handle.send(bytes, 100);
+            }
+            return CURLE_SSH;
+        };
+        SFtpSession session;
+        std::istringstream in("text");
+        return nameOf(session.UploadFrom(request, in, errorText));
+    };
+    EXPECT_EQ("CURLE_SSH", resultOf(false));
+    EXPECT_EQ(scripted::text(CURLE_SSH), errorText);
+    EXPECT_EQ("CURLE_SSH", resultOf(true));
+    EXPECT_EQ(scripted::text(CURLE_SSH) + ": the server takes no more bytes; its disk may be full", errorText);
+}

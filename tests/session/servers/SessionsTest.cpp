@@ -350,6 +350,26 @@ TEST_P(Sessions, GoOnAfterABrokenTransfer)
     EXPECT_TRUE(sameBytes(large, contentOf(request.localPath)));
 }
 
+class SessionsOverSsh : public Sessions
+{
+};
+
+// libssh2 sends more than 32700 bytes in pieces, after the first of which it gives up.
+TEST_P(SessionsOverSsh, KeepInStepAfterTheLongestNames)
+{
+    SFtpSession session(optionsHere());
+    keep("long/a.bak", "content");
+    aimAt("");
+    const std::string longest(8000 - (request.remotePath.size() - url("/").size()) - 1, 'x');
+    aimAt(longest + "/");
+    request.remoteFileName = request.localPath = std::string(8000, 'y');
+    EXPECT_NE(0, session.ReNameSFtpFile(request, errorText));
+    RemoteEntry entry;
+    aimAt("long/a.bak");
+    expectOk(session.StatEntry(request, entry, errorText), "stat");
+    EXPECT_EQ("a.bak", entry.name);
+}
+
 class HostKeys : public RealServer
 {
 protected:
@@ -388,6 +408,10 @@ TEST_P(HostKeys, AreComparedWithTheKnownOnes)
     EXPECT_EQ(CURLE_PEER_FAILED_VERIFICATION, test(options));
     EXPECT_NE(std::string::npos, errorText.find("another one than in knownHostsFile")) << errorText;
 
+    writeFile(options.knownHostsFile, "damaged\n" + contentOf(options.knownHostsFile));
+    EXPECT_EQ(CURLE_PEER_FAILED_VERIFICATION, test(options));
+    EXPECT_NE(std::string::npos, errorText.find("line 1 of knownHostsFile cannot be read")) << errorText;
+
     options.knownHostsFile = local("no-such-file");
     EXPECT_EQ(0, test(options)) << errorText;
     options.acceptUnknownHostKey = false;
@@ -398,6 +422,8 @@ TEST_P(HostKeys, AreComparedWithTheKnownOnes)
     wrong.hostKeySha256 = "SHA256:ungWv48Bz+pBQUDeXa4iI7ADYaOWF3qctBD/YfIAFa0";
     EXPECT_EQ(CURLE_PEER_FAILED_VERIFICATION, test(wrong));
 }
+
+INSTANTIATE_TEST_SUITE_P(OfDebian, SessionsOverSsh, testing::ValuesIn(sshServers()), idOf);
 
 INSTANTIATE_TEST_SUITE_P(OverSsh, HostKeys, testing::ValuesIn(sshServers()), idOf);
 
