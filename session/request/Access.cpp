@@ -112,16 +112,16 @@ void Access::applyLimits(CURL* handle, const Call& call) const
     if (const auto left = call.timeLeft()) {
         set(handle, CURLOPT_TIMEOUT_MS, inMilliseconds(*left));
     }
+    if (m_options.sendRate > 0 && !m_target.isSsh()) {
+        constexpr std::uint64_t kMost = 65536; // libcurl's own
+        set(handle, CURLOPT_UPLOAD_BUFFERSIZE, bufferAt(m_options.sendRate, kMost));
+    }
 }
 
 // With TLS 1.3, kept connections fail on servers that require the control connection's session on data connections, and
 // libcurl 7.88.1 loses the ends of uploads. So 1.2, wherever there is a choice.
 void Access::applyTls(CURL* handle, bool newestTls) const
 {
-    if (m_options.sendRate > 0) {
-        constexpr std::uint64_t kMost = 65536; // libcurl's own
-        set(handle, CURLOPT_UPLOAD_BUFFERSIZE, bufferAt(m_options.sendRate, kMost));
-    }
     // libcurl's constant for a maximum version is that for the minimum, shifted by 16 bits.
     constexpr long kTls12Alone = static_cast<long>(CURL_SSLVERSION_TLSv1_2) * 0x10001;
     set(handle, CURLOPT_SSLVERSION,
