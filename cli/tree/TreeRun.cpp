@@ -70,8 +70,8 @@ void TreeRun::runPhases()
     const Plan plan = planOf(m_source, m_destination,
                              {m_isPush, m_arguments.tree.checksum, m_arguments.tree.deletes, m_attempts.failed()});
     m_result.unchanged = plan.unchanged;
-    refuseToEmpty(plan);
     m_mayDelete = !plan.files.empty() || !plan.folders.empty();
+    refuseToEmpty();
     for (const std::string& path : plan.blocked) {
         m_attempts.fail(path, {m_isPush ? CURLE_UPLOAD_FAILED : CURLE_WRITE_ERROR,
                                "something of another kind has this name at the destination"});
@@ -115,12 +115,11 @@ TreeListing TreeRun::listRemote()
 }
 
 // An empty source is rather a disk that is not mounted than what is meant.
-void TreeRun::refuseToEmpty(const Plan& plan)
+void TreeRun::refuseToEmpty() const
 {
-    if (!plan.files.empty() && !holdsFile(m_source) && !m_arguments.tree.forces) {
+    if (m_mayDelete && !holdsFile(m_source) && !m_arguments.tree.forces) {
         throw TreeFailure(CURLE_FAILED_INIT,
-                          "the source holds no file, and --delete would leave the destination without any: --force "
-                          "says that this is meant");
+                          "the source holds no file: --force says that --delete is meant all the same");
     }
 }
 
