@@ -3,6 +3,7 @@
 #include "operation/Interruption.h"
 #include "tree/RemoteLister.h"
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <curl/curl.h>
 #include <unistd.h>
 
@@ -225,8 +226,12 @@ void TreeRun::removeLeftovers()
     std::vector<std::string> ours;
     for (const std::string& path : m_destination.leftovers) {
         const auto [directory, name] = splitPath(path);
-        const auto source = m_source.entries.find(pathIn(directory, *targetOfLeftover(name)));
-        if (source != m_source.entries.end() || m_arguments.tree.deletes) {
+        const std::string target = *targetOfLeftover(name);
+        const std::string of = pathIn(directory, target);
+        const auto source = m_source.entries.lower_bound(of);
+        const bool isOfSource = source != m_source.entries.end() &&
+                                (mayBeCut(target) ? boost::starts_with(source->first, of) : source->first == of);
+        if (isOfSource || m_arguments.tree.deletes) {
             ours.push_back(path);
         }
     }
