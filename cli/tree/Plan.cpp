@@ -54,12 +54,14 @@ bool showsDotNames(const TreeListing& listing)
 }
 
 // Pure-FTPd puts "_" in place of a blank at the beginning or the end, Windows leaves it out at the end, with dots. To
-// ProFTPD, two bytes 255 are one, as in Telnet.
+// ProFTPD, two bytes 255 are one, as in Telnet. Letters beyond ASCII may have cases too, and several spellings.
 bool isChangedBySome(const std::string& path)
 {
-    const auto signs = {"/ ", " /", "./", "\xff\xff"};
+    const auto signs = {"/ ", " /", "./"};
+    const std::string names = "/" + path + "/";
     return std::any_of(signs.begin(), signs.end(),
-                       [names = "/" + path + "/"](const char* sign) { return names.find(sign) != names.npos; });
+                       [&names](const char* sign) { return names.find(sign) != names.npos; }) ||
+           std::any_of(names.begin(), names.end(), [](unsigned char byte) { return byte > 0x7f; });
 }
 
 /// Makes the plan, one path after the other.

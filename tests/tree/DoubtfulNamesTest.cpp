@@ -48,6 +48,24 @@ TEST_F(PushPull, ANameThatTheDestinationChangesIsAFailure)
     }
 }
 
+// Of these letters, too, a destination may ignore the case, or whether they are composed. Here it gives the new file
+// the name of the old one.
+TEST_F(PushPull, AFileThatGotTheOldOneOfTwoSpellingsIsNotDeleted)
+{
+    for (const char* const old : {"\xc3\x84", "a\xcc\x88"}) {
+        SCOPED_TRACE(old);
+        fs::remove_all(there());
+        plant(here(), {{"\xc3\xa4", "1"}});
+        plant(there(), {{old, "1"}});
+        serve({"RNTO=reply:250 renamed"});
+        const ProgramResult result = push({"--delete"});
+        EXPECT_TRUE(exited(CURLE_UPLOAD_FAILED, result));
+        EXPECT_TRUE(holds("push: \xc3\xa4: 25 the destination has another name in place of this one\n", result.err));
+        EXPECT_TRUE(exists(there(old)));
+        server.reset();
+    }
+}
+
 TEST_F(PushPull, NamesThatDifferInCaseAloneAreMovedWhereTheDestinationTellsThemApart)
 {
     plant(here(), {{"A", "12"}, {"a", "1"}, {"d/x", "2"}, {"D/x", "3"}});
