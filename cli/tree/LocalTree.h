@@ -5,6 +5,7 @@
 #include "tree/Names.h"
 #include "tree/TreeListing.h"
 
+#include <curl/curl.h>
 #include <sys/stat.h>
 
 #include <functional>
@@ -81,7 +82,7 @@ public:
 private:
     void makeRoot();
     void remove(const std::string& path, int flags, const std::string& what) const;
-    Descriptor openFolder(const std::string& path) const;
+    Descriptor openFolder(const std::string& path, int failure = CURLE_WRITE_ERROR) const;
 
     std::string m_path;
     Descriptor m_root;

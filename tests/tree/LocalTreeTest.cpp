@@ -115,6 +115,13 @@ TEST_F(LocalTrees, AFileThatIsSentIsTheOneThatWasOpened)
     EXPECT_TRUE(file.hasChanged());
 }
 
+TEST_F(LocalTrees, AFileWhoseDirectoryIsGoneCannotBeRead)
+{
+    const LocalTree tree(root(), false);
+    EXPECT_EQ(26, codeOf([&] { const LocalTree::Leaving file(tree, "gone/x"); }));
+    EXPECT_EQ(23, codeOf([&] { const LocalTree::Arriving file(tree, "gone/x", ""); }));
+}
+
 // As a file has whose clock was wrong. Beyond what a FileTime holds, it would be another one with each arithmetic.
 TEST(LocalTimes, BeyondTheirEndsAreTheEnds)
 {
