@@ -254,7 +254,7 @@ const std::vector<Option>& options()
         {"--quiet", "", "Log failures only, and show no progress", storeSwitch<&Arguments::quiet>, Use::Operations},
         {"--write", "", "Send, list, fetch, rename and delete a small file as both\nlibraries do, and clean up",
          storeSwitch<&Arguments::writes>, Use::Doctor},
-        {"--timeout", "SECONDS", "How long to wait for a connection, and for a reply (20)",
+        {"--timeout", "SECONDS", "How long a login may take, and each later reply (20)",
          storeSeconds<&Arguments::timeout, 1, kLongestTimeout>, Use::Doctor},
     };
     return kOptions;
