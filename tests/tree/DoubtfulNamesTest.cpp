@@ -28,6 +28,23 @@ TEST_F(PushPull, ADestinationThatIgnoresCaseKeepsNoTwoNamesThatDifferInCaseAlone
     EXPECT_TRUE(exited(0, run({"push", "here", url("/there/"), "--exclude", "a"})));
 }
 
+// A disk that ignores case has one name for both.
+TEST_F(PushPull, ADiskThatIgnoresCaseKeepsNoTwoNamesThatDifferInCaseAlone)
+{
+    plant(there(), {{"A", "1"}, {"a", "2"}, {"z", "3"}});
+    plant(here(), {{"old", "4"}});
+    config.onCommand = [this](const std::string& command) {
+        if (command == "RETR" && exists(here("a"))) {
+            fs::rename(here("a"), here("A"));
+        }
+    };
+    serve();
+    const ProgramResult result = pull({"--jobs", "1", "--delete"});
+    EXPECT_TRUE(exited(CURLE_WRITE_ERROR, result));
+    EXPECT_EQ("pull: a: 23 the destination has another name in place of this one", linesOf(result.err).front());
+    EXPECT_TRUE(sameTrees({{"A", "2"}, {"old", "4"}, {"z", "3"}}, treeIn(here())));
+}
+
 // Pure-FTPd puts "_" in place of a blank at the end of a name, Windows leaves a dot there out.
 TEST_F(PushPull, ANameThatTheDestinationChangesIsAFailure)
 {
