@@ -1,5 +1,7 @@
 #include "tree/LocalTree.h"
 
+#include "operation/Interruption.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -89,7 +91,7 @@ private:
     void take(int folder, const std::string& path, const std::string& name, unsigned depth)
     {
         struct stat status = {};
-        if (!isPlainName(name)) {
+        if (!isPlainName(name) || Interruption::signal() != 0) {
             return;
         }
         if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {

@@ -21,7 +21,8 @@ public:
     /// link.
     explicit LocalTree(std::string root, bool isMissing = false);
 
-    /// `isMissing` where the tree is not there. `failed` gets directories that cannot be read.
+    /// `isMissing` where the tree is not there; a part of it after a signal. `failed` gets directories that cannot be
+    /// read.
     using OnFailure = std::function<void(const std::string& path, const TreeFailure& failure)>;
     static TreeListing list(const std::string& root, const Exclusions& exclusions, const OnFailure& failed);
 

@@ -163,7 +163,8 @@ void TreeRun::moveFiles(const Plan& plan)
 void TreeRun::moveFile(const Move& move)
 {
     const bool isDryRun = m_arguments.tree.dryRun;
-    const bool isSame = move.question != Question::None && m_direction->isSame(move, !isDryRun);
+    const bool isSame = move.question != Question::None &&
+                        m_direction->isSame(move, !isDryRun, [this] { return m_attempts.isEnding(); });
     if (!isSame && !isDryRun) {
         m_board.begin(move.path, move.from.size);
         try {

@@ -4,11 +4,13 @@
 #include "support/OtherUser.h"
 #include "support/TemporaryFolder.h"
 
+#include <operation/Interruption.h>
 #include <tree/LocalTree.h>
 
 #include <curl/curl.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
 #include <set>
 #include <vector>
@@ -168,6 +170,17 @@ TEST_F(LocalTrees, ADirectoryThatCannotBeEnteredIsAFailure)
     }
     fs::permissions(root() + "/d", fs::perms(0755));
     EXPECT_EQ(std::vector<std::string>{"d"}, failed);
+}
+
+TEST_F(LocalTrees, AreNotListedAfterASignal)
+{
+    {
+        const Interruption interruption;
+        std::raise(SIGINT);
+        EXPECT_TRUE(LocalTree::list(root(), Exclusions({}), {}).entries.empty());
+    }
+    const Interruption forgotten;
+    EXPECT_FALSE(LocalTree::list(root(), Exclusions({}), {}).entries.empty());
 }
 
 TEST_F(LocalTrees, AreNotListedWithoutEnd)

@@ -198,6 +198,20 @@ TEST_F(PushPull, ContentsAreComparedByTheServersChecksums)
     }
 }
 
+// To read it all would take hours.
+TEST_F(PushPull, AnEndDoesNotWaitForAChecksum)
+{
+    config.checksums = {"XSHA256"};
+    for (const std::string& root : {here(), there()}) {
+        plant(root, {{"a", ""}});
+        fs::resize_file(root + "/a", std::uintmax_t(4) << 40U);
+    }
+    serve({"XSHA256=reply:250 " + std::string(64, '0')});
+    const ProgramResult result = push({"--checksum", "--max-time", "1"});
+    EXPECT_TRUE(exited(CURLE_OPERATION_TIMEDOUT, result));
+    EXPECT_TRUE(holds("it did not finish within 1 s (--max-time)", result.err)) << result.err;
+}
+
 TEST_F(PushPull, AServerWithoutChecksumsIsToldAndComparedByTimes)
 {
     plant(here(), {{"same", "12345"}, {"later", "12345"}});
