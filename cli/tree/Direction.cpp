@@ -1,7 +1,5 @@
 #include "tree/Direction.h"
 
-#include "tree/Checksum.h"
-
 #include <curl/curl.h>
 
 #include <utility>
@@ -101,9 +99,9 @@ private:
 
 } // namespace
 
-bool Direction::isSame(const Move& move, bool mayChange)
+bool Direction::isSame(const Move& move, bool mayChange, const IsEnding& isEnding)
 {
-    if (move.question == Question::Checksum && holdsSame(move.path)) {
+    if (move.question == Question::Checksum && holdsSame(move.path, isEnding)) {
         const FileTime time = timeHere(move);
         const std::optional<FileTime> there = timeThere(move);
         if (mayChange && there && !areSameTimes(time, *there)) {
@@ -125,11 +123,11 @@ std::optional<FileTime> Direction::timeThere(const Move& move) const
     return entry.modified ? entry.modified : m_remote.modified(move.path);
 }
 
-bool Direction::holdsSame(const std::string& path) const
+bool Direction::holdsSame(const std::string& path, const IsEnding& isEnding) const
 {
     const std::optional<RemoteChecksum> checksum = m_remote.checksum(path);
     const LocalTree::Leaving file(m_local, path);
-    return checksum && checksumOf(file.descriptor(), checksum->kind) == checksum->digits;
+    return checksum && checksumOf(file.descriptor(), checksum->kind, isEnding) == checksum->digits;
 }
 
 std::unique_ptr<Direction> makePush(LocalTree& local, RemoteTree& remote)

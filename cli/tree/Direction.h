@@ -1,6 +1,7 @@
 #ifndef SFTPCLIENT_CLI_TREE_DIRECTION_H
 #define SFTPCLIENT_CLI_TREE_DIRECTION_H
 
+#include "tree/Checksum.h"
 #include "tree/LocalTree.h"
 #include "tree/Plan.h"
 #include "tree/RemoteTree.h"
@@ -20,7 +21,7 @@ public:
     virtual void move(const Move& move) = 0;
     /// The answer to the question of `move`: whether there is nothing to be moved. `mayChange`: it may set the
     /// destination's time where all else is the same.
-    bool isSame(const Move& move, bool mayChange);
+    bool isSame(const Move& move, bool mayChange, const IsEnding& isEnding);
 
 protected:
     LocalTree& local() const { return m_local; }
@@ -36,7 +37,7 @@ private:
     virtual bool isNewEnough(const Move& move, FileTime there) = 0;
 
     std::optional<FileTime> timeThere(const Move& move) const;
-    bool holdsSame(const std::string& path) const;
+    bool holdsSame(const std::string& path, const IsEnding& isEnding) const;
 
     LocalTree& m_local;
     RemoteTree& m_remote;

@@ -1,6 +1,7 @@
 #include "tree/LocalTree.h"
 
-#include <curl/curl.h>
+#include "operation/Interruption.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -19,7 +20,7 @@ using std::chrono::duration_cast;
 using std::chrono::nanoseconds;
 using std::chrono::seconds;
 
-[[noreturn]] void fail(CURLcode code, const std::string& what)
+[[noreturn]] void fail(int code, const std::string& what)
 {
     throw TreeFailure(code, what + ": " + std::generic_category().message(errno));
 }
@@ -90,7 +91,7 @@ private:
     void take(int folder, const std::string& path, const std::string& name, unsigned depth)
     {
         struct stat status = {};
-        if (!isPlainName(name)) {
+        if (!isPlainName(name) || Interruption::signal() != 0) {
             return;
         }
         if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
@@ -148,7 +149,7 @@ TreeListing LocalTree::list(const std::string& root, const Exclusions& exclusion
     return std::move(lister.listing);
 }
 
-Descriptor LocalTree::openFolder(const std::string& path) const
+Descriptor LocalTree::openFolder(const std::string& path, int failure) const
 {
     int folder = fcntl(m_root.get(), F_DUPFD_CLOEXEC, 0);
     for (std::string::size_type begin = 0; folder >= 0 && begin < path.size();) {
@@ -161,7 +162,7 @@ Descriptor LocalTree::openFolder(const std::string& path) const
         begin = end + 1;
     }
     if (folder < 0) {
-        fail(CURLE_WRITE_ERROR, "its directory cannot be entered");
+        fail(failure, "its directory cannot be entered");
     }
     return Descriptor(folder);
 }
@@ -210,7 +211,7 @@ void LocalTree::setModified(const std::string& path, FileTime modified) const
 
 // Without waiting for the writer of a pipe.
 LocalTree::Leaving::Leaving(const LocalTree& tree, const std::string& path)
-    : m_folder(tree.openFolder(splitPath(path).first)), m_name(splitPath(path).second),
+    : m_folder(tree.openFolder(splitPath(path).first, CURLE_READ_ERROR)), m_name(splitPath(path).second),
       m_file(openat(m_folder.get(), m_name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC))
 {
     if (!m_file.isOpen()) {

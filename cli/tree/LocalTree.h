@@ -5,6 +5,7 @@
 #include "tree/Names.h"
 #include "tree/TreeListing.h"
 
+#include <curl/curl.h>
 #include <sys/stat.h>
 
 #include <functional>
@@ -20,7 +21,8 @@ public:
     /// link.
     explicit LocalTree(std::string root, bool isMissing = false);
 
-    /// `isMissing` where the tree is not there. `failed` gets directories that cannot be read.
+    /// `isMissing` where the tree is not there; a part of it after a signal. `failed` gets directories that cannot be
+    /// read.
     using OnFailure = std::function<void(const std::string& path, const TreeFailure& failure)>;
     static TreeListing list(const std::string& root, const Exclusions& exclusions, const OnFailure& failed);
 
@@ -81,7 +83,7 @@ public:
 private:
     void makeRoot();
     void remove(const std::string& path, int flags, const std::string& what) const;
-    Descriptor openFolder(const std::string& path) const;
+    Descriptor openFolder(const std::string& path, int failure = CURLE_WRITE_ERROR) const;
 
     std::string m_path;
     Descriptor m_root;

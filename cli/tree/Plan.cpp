@@ -54,12 +54,14 @@ bool showsDotNames(const TreeListing& listing)
 }
 
 // Pure-FTPd puts "_" in place of a blank at the beginning or the end, Windows leaves it out at the end, with dots. To
-// ProFTPD, two bytes 255 are one, as in Telnet.
+// ProFTPD, two bytes 255 are one, as in Telnet. Letters beyond ASCII may have cases too, and several spellings.
 bool isChangedBySome(const std::string& path)
 {
-    const auto signs = {"/ ", " /", "./", "\xff\xff"};
+    const auto signs = {"/ ", " /", "./"};
+    const std::string names = "/" + path + "/";
     return std::any_of(signs.begin(), signs.end(),
-                       [names = "/" + path + "/"](const char* sign) { return names.find(sign) != names.npos; });
+                       [&names](const char* sign) { return names.find(sign) != names.npos; }) ||
+           std::any_of(names.begin(), names.end(), [](unsigned char byte) { return byte > 0x7f; });
 }
 
 /// Makes the plan, one path after the other.
@@ -68,10 +70,11 @@ class Planner
 public:
     Planner(const TreeListing& source, const TreeListing& destination, const PlanRules& rules)
         : m_source(source), m_destination(destination), m_rules(rules),
+          m_links(source.links.begin(), source.links.end()),
           m_others(destination.links.begin(), destination.links.end())
     {
         for (const FailedPath& each : rules.unlisted) {
-            m_unlisted.push_back(each.path);
+            m_unlisted.insert(each.path);
         }
     }
 
@@ -100,14 +103,6 @@ public:
     }
 
 private:
-    bool isBelowBlocked(const std::string& path) const
-    {
-        std::set<std::string> parents;
-        addParents(path, parents);
-        return std::any_of(m_plan.blocked.begin(), m_plan.blocked.end(),
-                           [&parents](const std::string& each) { return parents.count(each) > 0; });
-    }
-
     // Not what is in a directory that is refused.
     void refuse(const std::string& path, const std::string& what)
     {
@@ -121,11 +116,11 @@ private:
     {
         const auto there = m_destination.entries.find(path);
         const bool isThere = there != m_destination.entries.end();
-        if (!m_plan.blocked.empty() && isBelowBlocked(path)) {
+        if (isBelow(path, m_plan.blocked)) {
             return;
         }
         if (m_others.count(path) > 0 || (isThere && there->second.kind != entry.kind)) {
-            m_plan.blocked.push_back(path);
+            m_plan.blocked.insert(path);
         } else if (entry.kind == EntryKind::Directory) {
             if (!isThere) {
                 m_plan.directories.push_back(path);
@@ -158,7 +153,7 @@ private:
         keepWhatMayBeHidden(kept);
         for (auto each = m_destination.entries.rbegin(); each != m_destination.entries.rend(); ++each) {
             const auto& [path, entry] = *each;
-            if (m_source.entries.count(path) > 0 || kept.count(path) > 0 || isBelow(path, m_source.links)) {
+            if (m_source.entries.count(path) > 0 || kept.count(path) > 0 || isBelow(path, m_links)) {
                 continue;
             }
             if (m_rules.isPush && holdsControlByte(path)) {
@@ -183,18 +178,23 @@ private:
         }
     }
 
-    static bool isBelow(const std::string& path, const std::vector<std::string>& those)
+    static bool isBelow(std::string path, const std::set<std::string>& those)
     {
-        return std::any_of(those.begin(), those.end(), [&path](const std::string& each) {
-            return each.empty() || path.compare(0, each.size() + 1, each + "/") == 0;
-        });
+        while (!those.empty() && !path.empty()) {
+            path = splitPath(path).first;
+            if (those.count(path) > 0) {
+                return true;
+            }
+        }
+        return false;
     }
 
     const TreeListing& m_source;
     const TreeListing& m_destination;
     const PlanRules& m_rules;
+    const std::set<std::string> m_links;
     const std::set<std::string> m_others;
-    std::vector<std::string> m_unlisted;
+    std::set<std::string> m_unlisted;
     Plan m_plan;
 };
 

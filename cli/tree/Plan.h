@@ -4,6 +4,7 @@
 #include "tree/TreeListing.h"
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -32,7 +33,7 @@ struct Plan
     std::vector<Move> moves;
     std::vector<std::string> files;   ///< to be deleted
     std::vector<std::string> folders; ///< to be deleted; each behind what is in it
-    std::vector<std::string> blocked; ///< something of another kind has the name at the destination
+    std::set<std::string> blocked;    ///< something of another kind has the name at the destination
     std::vector<FailedPath> refused;  ///< no session takes their names
     std::uint64_t unchanged = 0;
 };

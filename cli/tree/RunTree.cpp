@@ -150,10 +150,8 @@ void report(const Arguments& arguments, const TreeResult& result)
 
 } // namespace
 
-int runTree(const Arguments& given)
+int runTree(const Arguments& arguments)
 {
-    Arguments arguments = given;
-    arguments.asHost = false; // as the environment may say, for other operations
     const TreeResult result = runInOrder(arguments);
     report(arguments, result);
     if (!result.signal.empty()) {

@@ -3,6 +3,7 @@
 #include "operation/Interruption.h"
 #include "tree/RemoteLister.h"
 
+#include <boost/algorithm/string/predicate.hpp>
 #include <curl/curl.h>
 #include <unistd.h>
 
@@ -70,8 +71,8 @@ void TreeRun::runPhases()
     const Plan plan = planOf(m_source, m_destination,
                              {m_isPush, m_arguments.tree.checksum, m_arguments.tree.deletes, m_attempts.failed()});
     m_result.unchanged = plan.unchanged;
-    refuseToEmpty(plan);
     m_mayDelete = !plan.files.empty() || !plan.folders.empty();
+    refuseToEmpty();
     for (const std::string& path : plan.blocked) {
         m_attempts.fail(path, {m_isPush ? CURLE_UPLOAD_FAILED : CURLE_WRITE_ERROR,
                                "something of another kind has this name at the destination"});
@@ -115,12 +116,11 @@ TreeListing TreeRun::listRemote()
 }
 
 // An empty source is rather a disk that is not mounted than what is meant.
-void TreeRun::refuseToEmpty(const Plan& plan)
+void TreeRun::refuseToEmpty() const
 {
-    if (!plan.files.empty() && !holdsFile(m_source) && !m_arguments.tree.forces) {
+    if (m_mayDelete && !holdsFile(m_source) && !m_arguments.tree.forces) {
         throw TreeFailure(CURLE_FAILED_INIT,
-                          "the source holds no file, and --delete would leave the destination without any: --force "
-                          "says that this is meant");
+                          "the source holds no file: --force says that --delete is meant all the same");
     }
 }
 
@@ -163,7 +163,8 @@ void TreeRun::moveFiles(const Plan& plan)
 void TreeRun::moveFile(const Move& move)
 {
     const bool isDryRun = m_arguments.tree.dryRun;
-    const bool isSame = move.question != Question::None && m_direction->isSame(move, !isDryRun);
+    const bool isSame = move.question != Question::None &&
+                        m_direction->isSame(move, !isDryRun, [this] { return m_attempts.isEnding(); });
     if (!isSame && !isDryRun) {
         m_board.begin(move.path, move.from.size);
         try {
@@ -226,8 +227,12 @@ void TreeRun::removeLeftovers()
     std::vector<std::string> ours;
     for (const std::string& path : m_destination.leftovers) {
         const auto [directory, name] = splitPath(path);
-        const auto source = m_source.entries.find(pathIn(directory, *targetOfLeftover(name)));
-        if (source != m_source.entries.end() || m_arguments.tree.deletes) {
+        const std::string target = *targetOfLeftover(name);
+        const std::string of = pathIn(directory, target);
+        const auto source = m_source.entries.lower_bound(of);
+        const bool isOfSource = source != m_source.entries.end() &&
+                                (mayBeCut(target) ? boost::starts_with(source->first, of) : source->first == of);
+        if (isOfSource || m_arguments.tree.deletes) {
             ours.push_back(path);
         }
     }

@@ -34,7 +34,7 @@ private:
     void runPhases();
     TreeListing listLocal();
     TreeListing listRemote();
-    void refuseToEmpty(const Plan& plan);
+    void refuseToEmpty() const;
     bool makeDirectories(const Plan& plan);
     void moveFiles(const Plan& plan);
     void moveFile(const Move& move);

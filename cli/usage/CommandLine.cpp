@@ -191,6 +191,18 @@ int explain(const CLI::ParseError& error, const CLI::App& app)
     return kWrongUsage;
 }
 
+// CLI11 would set a switch, and give another option the next word.
+void refuseMissingValues(int argc, const char* const* argv)
+{
+    for (int i = 1; i < argc && std::string(argv[i]) != kEndOfOptions; ++i) {
+        const std::string word = argv[i];
+        if (word.compare(0, 2, "--") == 0 && word.find('=') == word.size() - 1) {
+            throw UsageError(escapeControlBytes(word) +
+                             " lacks its value: write it behind the sign, or leave the option out.");
+        }
+    }
+}
+
 // What the URL says belongs to the command line, and so goes before the environment and the configuration file.
 void addUrl(const RemoteUrl& url, TypedOptions& typed)
 {
@@ -233,6 +245,7 @@ void refuseSessionOptionsAsHost(const TypedOptions& typed, const Arguments& argu
 
 std::optional<Arguments> parseArguments(int argc, const char* const* argv, int& status)
 {
+    refuseMissingValues(argc, argv);
     Arguments arguments;
     Grammar grammar(arguments, argc > 1 ? argv[1] : "--help");
     try {

@@ -66,6 +66,12 @@ void storeSwitch(Arguments& arguments, const std::string& text)
     arguments.*member = toSwitch(text);
 }
 
+// The environment and the configuration file are for all operations.
+void storeAsHost(Arguments& arguments, const std::string& text)
+{
+    arguments.asHost = toSwitch(text) && isOfHost(arguments.operation);
+}
+
 void storePort(Arguments& arguments, const std::string& text) { arguments.port = toNumber(text, 1, kHighestPort); }
 
 // With "K", "M" or "G" behind it for each 1024.
@@ -212,8 +218,7 @@ const std::vector<Option>& options()
         {"--port", "PORT", "1 to 65535, if it is not the URL's, or else 21,\nftps 990, sftp 22", storePort},
         {"--config", "FILE", "Configuration file, if not ~/.config/sftpclient/config",
          storeText<&Arguments::configFile>},
-        {"--as-host", "", "Run it as a host with SFtpClient does (see below)", storeSwitch<&Arguments::asHost>,
-         Use::OfHost},
+        {"--as-host", "", "Run it as a host with SFtpClient does (see below)", storeAsHost, Use::OfHost},
         {"--long", "", "Show kind, size and time (UTC) of each entry", storeSwitch<&Arguments::isLong>, Use::List,
          kOfSession, "-l"},
         {"--resume", "", "Go on with what a broken transfer has left, and leave it", storeSwitch<&Arguments::resumes>,
@@ -249,7 +254,7 @@ const std::vector<Option>& options()
         {"--quiet", "", "Log failures only, and show no progress", storeSwitch<&Arguments::quiet>, Use::Operations},
         {"--write", "", "Send, list, fetch, rename and delete a small file as both\nlibraries do, and clean up",
          storeSwitch<&Arguments::writes>, Use::Doctor},
-        {"--timeout", "SECONDS", "How long to wait for a connection, and for a reply (20)",
+        {"--timeout", "SECONDS", "How long a login may take, and each later reply (20)",
          storeSeconds<&Arguments::timeout, 1, kLongestTimeout>, Use::Doctor},
     };
     return kOptions;

@@ -67,6 +67,21 @@ TEST_F(Settings, TreatAnEmptyVariableAsUnset)
     EXPECT_EQ("file", applied({}).user);
 }
 
+// A host has no operation but its six.
+TEST_F(Settings, RunOnlyAHostsOperationsAsAHost)
+{
+    const SetVariable asHost("SFTPCLIENT_AS_HOST", "true");
+    for (const auto& [operation, isAsHost] : {std::pair(Operation::List, true),
+                                              {Operation::Stat, false},
+                                              {Operation::MakeDirectory, false},
+                                              {Operation::Push, false}}) {
+        Arguments arguments;
+        arguments.operation = operation;
+        applySettings({}, arguments);
+        EXPECT_EQ(isAsHost, arguments.asHost);
+    }
+}
+
 TEST_F(Settings, FindTheFileInItsUsualPlace)
 {
     EXPECT_EQ("", applied({}).configFile);

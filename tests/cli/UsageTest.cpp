@@ -54,6 +54,16 @@ TEST(Usage, SuggestsTheOptionThatWasMeant)
     expectWrongUsage({"test", "ftp://host/", "--frobnicate"}, "There is no option --frobnicate.", "test ");
 }
 
+// As a script writes it whose variable is not set. The next word is no value of it, and no switch is set by it.
+TEST(Usage, RejectsAnOptionWithNothingBehindItsSign)
+{
+    for (const std::string option : {"--delete", "--exclude"}) {
+        expectRefusal({"push", "/", "ftp://host/", option + "=", "--dry-run"},
+                      option + "= lacks its value: write it behind the sign, or leave the option out.");
+    }
+    expectWrongUsage({"rm", "ftp://host/", "--", "a", "--b="}, "--b= is one word too many for rm.", "rm ");
+}
+
 TEST(Usage, EndsTheOptionsAtTwoDashes)
 {
     expectWrongUsage({"rm", "ftp://host/", "--", "-x", "-y"}, "-y is one word too many for rm.", "rm ");

@@ -28,6 +28,23 @@ TEST_F(PushPull, ADestinationThatIgnoresCaseKeepsNoTwoNamesThatDifferInCaseAlone
     EXPECT_TRUE(exited(0, run({"push", "here", url("/there/"), "--exclude", "a"})));
 }
 
+// A disk that ignores case has one name for both.
+TEST_F(PushPull, ADiskThatIgnoresCaseKeepsNoTwoNamesThatDifferInCaseAlone)
+{
+    plant(there(), {{"A", "1"}, {"a", "2"}, {"z", "3"}});
+    plant(here(), {{"old", "4"}});
+    config.onCommand = [this](const std::string& command) {
+        if (command == "RETR" && exists(here("a"))) {
+            fs::rename(here("a"), here("A"));
+        }
+    };
+    serve();
+    const ProgramResult result = pull({"--jobs", "1", "--delete"});
+    EXPECT_TRUE(exited(CURLE_WRITE_ERROR, result));
+    EXPECT_EQ("pull: a: 23 the destination has another name in place of this one", linesOf(result.err).front());
+    EXPECT_TRUE(sameTrees({{"A", "2"}, {"old", "4"}, {"z", "3"}}, treeIn(here())));
+}
+
 // Pure-FTPd puts "_" in place of a blank at the end of a name, Windows leaves a dot there out.
 TEST_F(PushPull, ANameThatTheDestinationChangesIsAFailure)
 {
@@ -44,6 +61,24 @@ TEST_F(PushPull, ANameThatTheDestinationChangesIsAFailure)
                    result);
         serve();
         EXPECT_TRUE(exited(0, push()));
+        server.reset();
+    }
+}
+
+// Of these letters, too, a destination may ignore the case, or whether they are composed. Here it gives the new file
+// the name of the old one.
+TEST_F(PushPull, AFileThatGotTheOldOneOfTwoSpellingsIsNotDeleted)
+{
+    for (const char* const old : {"\xc3\x84", "a\xcc\x88"}) {
+        SCOPED_TRACE(old);
+        fs::remove_all(there());
+        plant(here(), {{"\xc3\xa4", "1"}});
+        plant(there(), {{old, "1"}});
+        serve({"RNTO=reply:250 renamed"});
+        const ProgramResult result = push({"--delete"});
+        EXPECT_TRUE(exited(CURLE_UPLOAD_FAILED, result));
+        EXPECT_TRUE(holds("push: \xc3\xa4: 25 the destination has another name in place of this one\n", result.err));
+        EXPECT_TRUE(exists(there(old)));
         server.reset();
     }
 }

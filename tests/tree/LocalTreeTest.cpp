@@ -4,11 +4,13 @@
 #include "support/OtherUser.h"
 #include "support/TemporaryFolder.h"
 
+#include <operation/Interruption.h>
 #include <tree/LocalTree.h>
 
 #include <curl/curl.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
 #include <set>
 #include <vector>
@@ -115,6 +117,13 @@ TEST_F(LocalTrees, AFileThatIsSentIsTheOneThatWasOpened)
     EXPECT_TRUE(file.hasChanged());
 }
 
+TEST_F(LocalTrees, AFileWhoseDirectoryIsGoneCannotBeRead)
+{
+    const LocalTree tree(root(), false);
+    EXPECT_EQ(26, codeOf([&] { const LocalTree::Leaving file(tree, "gone/x"); }));
+    EXPECT_EQ(23, codeOf([&] { const LocalTree::Arriving file(tree, "gone/x", ""); }));
+}
+
 // As a file has whose clock was wrong. Beyond what a FileTime holds, it would be another one with each arithmetic.
 TEST(LocalTimes, BeyondTheirEndsAreTheEnds)
 {
@@ -161,6 +170,17 @@ TEST_F(LocalTrees, ADirectoryThatCannotBeEnteredIsAFailure)
     }
     fs::permissions(root() + "/d", fs::perms(0755));
     EXPECT_EQ(std::vector<std::string>{"d"}, failed);
+}
+
+TEST_F(LocalTrees, AreNotListedAfterASignal)
+{
+    {
+        const Interruption interruption;
+        std::raise(SIGINT);
+        EXPECT_TRUE(LocalTree::list(root(), Exclusions({}), {}).entries.empty());
+    }
+    const Interruption forgotten;
+    EXPECT_FALSE(LocalTree::list(root(), Exclusions({}), {}).entries.empty());
 }
 
 TEST_F(LocalTrees, AreNotListedWithoutEnd)

@@ -352,8 +352,8 @@ TEST_F(PushPull, AnEmptySourceDeletesOnlyByForce)
     serve();
     ProgramResult result = push({"--delete"});
     EXPECT_TRUE(exited(CURLE_FAILED_INIT, result));
-    expectLine("push: 2 the source holds no file, and --delete would leave the destination without any: --force says "
-               "that this is meant: 0 moved (0 B), 0 unchanged, 1 failed",
+    expectLine("push: 2 the source holds no file: --force says that --delete is meant all the same; nothing was "
+               "deleted: 0 moved (0 B), 0 unchanged, 1 failed",
                result);
     EXPECT_TRUE(sameTrees({{"b", "2"}}, treeIn(there())));
     result = push({"--delete", "--force"});
@@ -364,6 +364,24 @@ TEST_F(PushPull, AnEmptySourceDeletesOnlyByForce)
     EXPECT_EQ("2", contentOf(here("b")));
     EXPECT_TRUE(exited(0, pull({"--delete", "--force"})));
     EXPECT_FALSE(exists(here("b")));
+}
+
+// Empty directories are part of a tree, too.
+TEST_F(PushPull, AnEmptySourceDeletesNoDirectoryWithoutForce)
+{
+    const Tree tree = {{"d/", ""}, {"e/", ""}, {"e/x.tmp", "1"}, {"f/", ""}};
+    const Words options = {"--delete", "--exclude", "*.tmp"};
+    for (const bool isPush : {true, false}) {
+        SCOPED_TRACE(isPush);
+        const std::string destination = isPush ? there() : here();
+        fs::remove_all(here());
+        fs::remove_all(there());
+        plant(isPush ? here() : there(), {{"f/", ""}, {"y.tmp", "1"}});
+        plant(destination, tree);
+        serve();
+        EXPECT_TRUE(exited(CURLE_FAILED_INIT, isPush ? push(options) : pull(options)));
+        EXPECT_TRUE(sameTrees(tree, treeIn(destination)));
+    }
 }
 
 TEST_F(PushPull, ADryRunChangesNothing)

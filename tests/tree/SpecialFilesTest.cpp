@@ -135,6 +135,30 @@ TEST_F(PushPull, WhatBrokenTransfersLeftIsNotMovedAndGoes)
     EXPECT_FALSE(exists(here(".z.0123456789ab.part")));
 }
 
+// Their names have only the beginning of the file's.
+TEST_F(PushPull, WhatBrokenTransfersLeftOfFilesWithLongNamesGoes)
+{
+    const auto left = [](std::size_t size, char letter) {
+        return "." + std::string(size, letter) + ".0123456789ab.part";
+    };
+    const Tree tree = {{std::string(250, 'n'), "1"}};
+    const Tree others = {{left(170, 'n'), "half"}, {left(180, 'm'), "half"}};
+    for (const bool isPush : {true, false}) {
+        SCOPED_TRACE(isPush);
+        const std::string destination = isPush ? there() : here();
+        fs::remove_all(here());
+        fs::remove_all(there());
+        plant(isPush ? here() : there(), tree);
+        plant(destination, others);
+        plant(destination, {{left(180, 'n'), "half"}, {left(236, 'n'), "half"}});
+        serve();
+        EXPECT_TRUE(exited(0, isPush ? push() : pull()));
+        Tree expected = others;
+        expected.insert(tree.begin(), tree.end());
+        EXPECT_TRUE(sameTrees(expected, treeIn(destination)));
+    }
+}
+
 TEST_F(PushPull, ALargeFileGoesOnWhereItBrokeOff)
 {
     const std::string content = std::string(300000, 'x') + std::string(300000, 'y');
@@ -172,6 +196,20 @@ TEST_F(PushPull, ContentsAreComparedByTheServersChecksums)
         EXPECT_EQ("54321", contentOf(here("different")));
         EXPECT_EQ(kTime, modified(here("same")));
     }
+}
+
+// To read it all would take hours.
+TEST_F(PushPull, AnEndDoesNotWaitForAChecksum)
+{
+    config.checksums = {"XSHA256"};
+    for (const std::string& root : {here(), there()}) {
+        plant(root, {{"a", ""}});
+        fs::resize_file(root + "/a", std::uintmax_t(4) << 40U);
+    }
+    serve({"XSHA256=reply:250 " + std::string(64, '0')});
+    const ProgramResult result = push({"--checksum", "--max-time", "1"});
+    EXPECT_TRUE(exited(CURLE_OPERATION_TIMEDOUT, result));
+    EXPECT_TRUE(holds("it did not finish within 1 s (--max-time)", result.err)) << result.err;
 }
 
 TEST_F(PushPull, AServerWithoutChecksumsIsToldAndComparedByTimes)
