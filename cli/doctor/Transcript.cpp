@@ -14,7 +14,7 @@ namespace {
 constexpr std::string::size_type kLongestLine = 4096;
 // Heard before it is cut, so that a password at the end of what is kept is masked as a whole.
 constexpr std::string::size_type kLongestHeard = 2 * kLongestLine;
-constexpr std::size_t kMostLines = 1000;
+constexpr std::size_t kMostLines = 10000;
 constexpr std::size_t kMostBytes = std::size_t{1} << 20;
 constexpr std::string::size_type kCodeDigits = 3;
 constexpr char kSshBanner[] = "SSH-";

@@ -165,6 +165,17 @@ TEST_F(HostileServer, AnEndlessGreetingEnds)
     EXPECT_LT(tableOf(report).size(), 50000U);
 }
 
+TEST_F(HostileServer, AGreetingOfManyLinesIsReadToItsEnd)
+{
+    std::string greeting = "GREETING=reply:";
+    for (int line = 0; line < 9000; ++line) {
+        greeting += R"(220-hello\r\n)";
+    }
+    misbehave(greeting + "220 ready");
+    serveAndAsk();
+    EXPECT_EQ("??WWWW", outlooksOf(predict(examine(question))));
+}
+
 TEST_F(HostileServer, AGreetingOfEndlessLinesEndsBeforeTheTimeLimit)
 {
     misbehave("GREETING=endless:220-hello");
