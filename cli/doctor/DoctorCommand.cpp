@@ -7,6 +7,7 @@
 #include "doctor/Examination.h"
 #include "doctor/Renderers.h"
 #include "doctor/RoundTrip.h"
+#include "operation/Interruption.h"
 #include "operation/SessionOptionsOf.h"
 #include "output/Progress.h"
 
@@ -15,7 +16,6 @@
 
 #include <unistd.h>
 
-#include <csignal>
 #include <iostream>
 #include <stdexcept>
 
@@ -67,15 +67,6 @@ void nameWhatIsLeft(const RoundTrip& roundTrip)
     }
 }
 
-void obey(int signal, const Report& report)
-{
-    if (report.roundTrip) {
-        nameWhatIsLeft(*report.roundTrip);
-    }
-    static_cast<void>(std::signal(signal, SIG_DFL));
-    static_cast<void>(std::raise(signal));
-}
-
 void render(const Report& report, const std::vector<Prediction>& predictions, bool asJson)
 {
     if (asJson) {
@@ -105,9 +96,13 @@ int runDoctor(const Arguments& arguments, const ProxyEnvironment& proxies)
     const Report report = examine(question);
     line.clear();
     const std::vector<Prediction> predictions = predict(report);
+    // Before the report, whose reader may have ended by the same Ctrl-C.
+    if (report.signal != 0 && report.roundTrip) {
+        nameWhatIsLeft(*report.roundTrip);
+    }
     render(report, predictions, arguments.json);
     if (report.signal != 0) {
-        obey(report.signal, report);
+        endBySignal(report.signal);
     }
     return exitStatusOf(predictions);
 }

@@ -76,11 +76,12 @@ class WriteBegun : public Write
 {
 protected:
     /// `part`: of the file's name.
-    DoctorProcess& begin(const Variables& environment = {}, int ignored = 0, const std::string& part = {})
+    DoctorProcess& begin(const Variables& environment = {}, int ignored = 0, const std::string& part = {},
+                         const std::string& reader = {})
     {
         serve();
         const FileWatch watch(served(""));
-        m_process = std::make_unique<DoctorProcess>(arguments(), config.password, environment, ignored);
+        m_process = std::make_unique<DoctorProcess>(arguments(), config.password, environment, ignored, reader);
         watch.wait(part);
         return *m_process;
     }
@@ -123,6 +124,20 @@ TEST_P(WriteInterrupted, NamesWhatItCannotRemove)
     EXPECT_EQ(-GetParam(), process.wait());
     EXPECT_FALSE(nothingIsLeft());
     EXPECT_EQ(0U, process.err().find("sftpclient: left behind: ftp://localhost:")) << process.err() << process.out();
+}
+
+// Ctrl-C ends the program that reads the report, too.
+TEST_P(WriteInterrupted, NamesWhatItCannotRemoveAlsoIfNobodyReadsTheReport)
+{
+    misbehave("RETR=stall");
+    misbehave("DELE=reply:550 read-only");
+    Pipe pipe;
+    DoctorProcess& process = begin({}, 0, {}, pipe.writer());
+    pipe.closeReader();
+    process.signal(GetParam());
+    EXPECT_EQ(-SIGPIPE, process.wait());
+    EXPECT_FALSE(nothingIsLeft());
+    EXPECT_EQ(0U, process.err().find("sftpclient: left behind: ftp://localhost:")) << process.err();
 }
 
 // A session sends its file in the seventh session; the eighth cleans up.

@@ -3,13 +3,13 @@
 #include <stdexcept>
 
 DoctorProcess::DoctorProcess(const Words& arguments, const std::string& password, const Variables& variables,
-                             int ignored)
-    : m_process(setupOf(arguments, password, variables, ignored))
+                             int ignored, const std::string& out)
+    : m_process(setupOf(arguments, password, variables, ignored, out))
 {
 }
 
 ProcessSetup DoctorProcess::setupOf(const Words& arguments, const std::string& password, const Variables& variables,
-                                    int ignored) const
+                                    int ignored, const std::string& out) const
 {
     ProcessSetup setup;
     setup.words = {SFTPCLIENT_COMMAND, "doctor"};
@@ -17,7 +17,7 @@ ProcessSetup DoctorProcess::setupOf(const Words& arguments, const std::string& p
     // Leak detection must not report the lists that rename and delete leave behind.
     setup.environment = {{"SFTPCLIENT_PASSWORD", password}, {"LD_PRELOAD", SFTPCLIENT_KEPT_LISTS}};
     setup.environment.insert(setup.environment.end(), variables.begin(), variables.end());
-    setup.out = m_out.path();
+    setup.out = out.empty() ? m_out.path() : out;
     setup.err = m_err.path();
     setup.ignored = ignored;
     return setup;

@@ -10,9 +10,10 @@
 class DoctorProcess
 {
 public:
-    /// `password` goes into its environment, and so do `variables`; `ignored` is a signal that it ignores.
-    DoctorProcess(const Words& arguments, const std::string& password, const Variables& variables = {},
-                  int ignored = 0);
+    /// `password` goes into its environment, and so do `variables`; `ignored` is a signal that it ignores;
+    /// `out` is its standard output, if not a file that `out()` reads.
+    DoctorProcess(const Words& arguments, const std::string& password, const Variables& variables = {}, int ignored = 0,
+                  const std::string& out = {});
 
     void signal(int number) const { m_process.signal(number); }
 
@@ -26,8 +27,8 @@ public:
     std::string err() const { return contentOf(m_err.path()); }
 
 private:
-    ProcessSetup setupOf(const Words& arguments, const std::string& password, const Variables& variables,
-                         int ignored) const;
+    ProcessSetup setupOf(const Words& arguments, const std::string& password, const Variables& variables, int ignored,
+                         const std::string& out) const;
 
     TextFile m_out;
     TextFile m_err;
