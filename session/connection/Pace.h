@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 namespace session {
 
@@ -16,13 +17,15 @@ public:
     /// REQUIRES: `bytesPerSecond` is at least 1.
     explicit Pace(std::uint64_t bytesPerSecond) : m_rate(static_cast<double>(bytesPerSecond)) {}
 
+    /// How many of `count` bytes may move at once, so that they do not wait for long: half a second's worth.
+    std::size_t most(std::size_t count) const;
+
     /// When more may move than the bytes so far and `count`.
     Call::Clock::time_point after(std::size_t count);
 
 private:
     double m_rate;
-    double m_moved = 0;
-    Call::Clock::time_point m_begin;
+    std::optional<Call::Clock::time_point> m_next;
 };
 
 } // namespace session

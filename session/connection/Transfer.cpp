@@ -197,7 +197,7 @@ Failure Transfer::failure(CURLcode code) const
     } else if (!m_connection.missedSocket().empty()) {
         add(m_connection.missedSocket());
     } else if (code == CURLE_SSH && m_hasAsked && m_connection.detail().empty()) {
-        add("the server takes no more bytes; its disk may be full");
+        add("the server takes no more bytes: its disk may be full, or the connection lost");
     } else {
         add(shown(m_connection.detail(), m_access.request().password));
     }
@@ -243,6 +243,7 @@ bool Transfer::keepsPace(size_t count)
     if (!m_pace) {
         return true;
     }
+    m_call.sawSign(); // the time that a source or sink takes is not the server's
     m_connection.rest(m_call, m_pace->after(count));
     return m_call.verdict() == CURLE_OK;
 }
@@ -262,7 +263,7 @@ size_t Transfer::give(char* bytes, size_t count)
 {
     m_hasAsked = true;
     m_call.moved(0); // from now on nothing is repeated: the source's bytes cannot be read twice
-    const size_t given = m_source.give(bytes, count);
+    const size_t given = m_source.give(bytes, m_pace ? m_pace->most(count) : count);
     if (!keepsPace(given)) {
         return CURL_READFUNC_ABORT;
     }

@@ -36,21 +36,15 @@ bool hasTrustFolder() { return curl_version_info(CURLVERSION_NOW)->capath != nul
 
 bool allowsNone() { return ConfigReader::getInt("General", "CertAuthSwitch", true) == 0; }
 
-constexpr std::uint64_t kLeastBuffer = 16384; // libcurl's
-
-// Where the rate is limited, half a second's worth, so that bytes neither come in bursts nor wait for long.
-long bufferAt(std::uint64_t rate, std::uint64_t most)
-{
-    return static_cast<long>(rate == 0 ? most : std::clamp(rate / 2, kLeastBuffer, most));
-}
-
 // What a transfer over SSH has on its way at once: an upload as much as its buffer holds, a download four times as
 // much. With libcurl's own 64 and 16 KiB, a line with a round trip of 50 ms moves 1 MB/s. A larger one counts as moved
-// only as a whole, and on a slow line would seem to stall.
+// only as a whole, and on a slow line would seem to stall. Where the rate is limited, it is half a second's worth, so
+// that bytes neither come in bursts nor wait for long.
 long bufferOverSsh(std::uint64_t rate)
 {
+    constexpr std::uint64_t kLeast = 16384; // libcurl's
     constexpr std::uint64_t kMost = 524288;
-    return bufferAt(rate, kMost);
+    return static_cast<long>(rate == 0 ? kMost : std::clamp(rate / 2, kLeast, kMost));
 }
 
 std::string nameOf(Scheme scheme) { return scheme == Scheme::Ftp ? "ftp" : scheme == Scheme::Ftps ? "ftps" : "sftp"; }
@@ -111,10 +105,6 @@ void Access::applyLimits(CURL* handle, const Call& call) const
     set(handle, CURLOPT_MAXAGE_CONN, inSeconds(kForEver));
     if (const auto left = call.timeLeft()) {
         set(handle, CURLOPT_TIMEOUT_MS, inMilliseconds(*left));
-    }
-    if (m_options.sendRate > 0 && !m_target.isSsh()) {
-        constexpr std::uint64_t kMost = 65536; // libcurl's own
-        set(handle, CURLOPT_UPLOAD_BUFFERSIZE, bufferAt(m_options.sendRate, kMost));
     }
 }
 

@@ -1,6 +1,7 @@
 // The small pieces of a session, one at a time.
 #include <call/Failure.h>
 #include <call/ThreadState.h>
+#include <connection/Pace.h>
 #include <connection/Replies.h>
 #include <operation/LineSplitter.h>
 #include <request/Certificates.h>
@@ -16,6 +17,9 @@
 #include <gtest/gtest.h>
 
 #include <openssl/err.h>
+
+#include <chrono>
+#include <thread>
 
 namespace {
 
@@ -126,6 +130,34 @@ TEST(Replies, TellASize)
          {"213 ", "213 abc", "213 77 bytes", "213 -5", "213 9223372036854775808", "214 5", ""}) {
         EXPECT_EQ(-1, sizeInReply(line)) << line;
     }
+}
+
+TEST(Pace, KeepsARate)
+{
+    using std::chrono::seconds;
+    Pace pace(10);
+    const auto before = Call::Clock::now();
+    const auto first = pace.after(1000);
+    EXPECT_LE(before + seconds(100), first);
+    EXPECT_GE(Call::Clock::now() + seconds(100), first);
+    EXPECT_EQ(first + seconds(30), pace.after(300));
+}
+
+TEST(Pace, CatchesUpWithNoPause)
+{
+    using std::chrono::milliseconds;
+    Pace pace(1000);
+    std::this_thread::sleep_until(pace.after(1) + milliseconds(500));
+    const auto now = Call::Clock::now();
+    EXPECT_LE(now, pace.after(100)) << "500 bytes were not moved meanwhile";
+}
+
+TEST(Pace, MovesHalfASecondsBytesAtOnce)
+{
+    EXPECT_EQ(1U, Pace(1).most(10));
+    EXPECT_EQ(9U, Pace(18).most(10));
+    EXPECT_EQ(10U, Pace(20).most(10));
+    EXPECT_EQ(10U, Pace((1ULL << 63U) - 1).most(10));
 }
 
 TEST(LineSplitter, MakesLinesOfPieces)

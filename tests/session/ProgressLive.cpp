@@ -153,8 +153,8 @@ TEST_F(SessionProgress, ARateIsALimitForASmallFileToo)
 TEST_F(SessionProgress, ARateIsALimitForASmallUploadTooAndNoStall)
 {
     constexpr std::size_t kSmall = 30000;
-    options.sendRate = kSmall;
-    options.stallTimeout = std::chrono::milliseconds(200);
+    options.sendRate = kSmall / 2;
+    options.stallTimeout = std::chrono::milliseconds(700);
     serve();
     writeFile(local("file"), std::string(kSmall, 'x'));
     aimAt("/b.bak");

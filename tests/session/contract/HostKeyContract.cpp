@@ -131,13 +131,19 @@ TEST_F(SessionHostKey, IsNotTakenForUnknownWhereTheFileCannotBeReadAsAWhole)
 
     const std::string key = " ssh-ed25519 AAAAC3NzaC1lZDI1NTE5AAAA";
     const std::string longest(254, 'h');
-    const std::string good = "# a remark\n\n  server" + key + "\n" + longest + "," + longest + key;
+    const std::string salt = "abcdefghijklmnopqrstuvwx+/0=";
+    const std::string hashed = "|1|" + salt + "|" + salt;
+    const std::string good =
+        "# a remark\n\n  server" + key + "\n" + hashed + key + "\n" + longest + "," + longest + key;
     writeFile(path("known"), good);
     EXPECT_EQ("taken", judged(CURLKHMATCH_MISSING));
-    for (const std::string& bad : {std::string("server"), std::string("server ssh-rsa AAAA"), "h" + longest + key,
-                                   longest + ",h" + longest + key, std::string("\r")}) {
+    for (const std::string& bad :
+         {std::string("server"), std::string("server ssh-rsa AAAA"), "h" + longest + key,
+          longest + ",h" + longest + key, std::string("\r"), "|2" + hashed.substr(2) + key,
+          hashed.substr(0, hashed.size() - 1) + key, hashed + "=" + key, "|1|" + salt + key,
+          "|1|" + salt + "=|" + salt + key, "|1|*" + salt.substr(1) + "|" + salt + key, "|1||" + salt + key}) {
         writeFile(path("known"), good + "\n" + bad + "\nserver" + key + "\n");
-        expectRefusal("line 5 of knownHostsFile cannot be read, nor can what follows it");
+        expectRefusal("line 6 of knownHostsFile cannot be read, nor can what follows it");
         EXPECT_EQ("taken", judged(CURLKHMATCH_OK)) << "it was found in front of that";
     }
 }

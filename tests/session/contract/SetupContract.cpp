@@ -66,16 +66,10 @@ TEST_F(SessionSetup, LimitsNothingWhereALimitIsZero)
     EXPECT_TRUE(hasLine("1 CONNECTTIMEOUT_MS = 2147483000", told));
 }
 
-TEST_F(SessionSetup, SendsNoMoreAtOnceOverFtpThanHalfASecondsRate)
+TEST_F(SessionSetup, LeavesNoRateToLibcurl)
 {
-    options.receiveRate = 1;
-    for (const auto& [rate, buffer] :
-         {std::pair<std::uint64_t, const char*>(1, "16384"), std::pair<std::uint64_t, const char*>(32770, "16385"),
-          std::pair<std::uint64_t, const char*>(9223372036854775807, "65536")}) {
-        options.sendRate = rate;
-        EXPECT_TRUE(sameLines(withBehind(setUp("ftp"), "MAXAGE_CONN", {std::string("1 UPLOAD_BUFFERSIZE = ") + buffer}),
-                              toldBefore()));
-    }
+    options.sendRate = options.receiveRate = 1;
+    EXPECT_TRUE(sameLines(setUp("ftp"), toldBefore()));
 }
 
 TEST_F(SessionSetup, GoesThroughAProxyOnlyWhereTheHostSaysSo)

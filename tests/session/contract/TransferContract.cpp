@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
+#include <utility>
 
 // libcurl 8.14 ends with a 47 that is no redirect's.
 TEST_F(SessionTransfer, ADownloadForWhichLibcurlDropsTheConnectionRunsOnceMore)
@@ -117,6 +119,44 @@ TEST_F(SessionTransfer, NoMoreIsSentThanTheRateAllows)
         options.callTimeout = milliseconds(10);
         EXPECT_EQ("CURLE_OPERATION_TIMEDOUT ", sent());
     }
+}
+
+TEST_F(SessionTransfer, OfASlowRateLittleIsSentAtOnce)
+{
+    options.sendRate = 8;
+    options.verifyUpload = options.atomicUpload = false;
+    scripted::curl().perform = [](scripted::Handle& handle) {
+        std::string bytes;
+        EXPECT_EQ(4U, handle.send(bytes, 10));
+        EXPECT_EQ("1234", bytes);
+        return CURLE_ABORTED_BY_CALLBACK;
+    };
+    SFtpSession session(options);
+    std::istringstream in("1234567890");
+    EXPECT_EQ("CURLE_ABORTED_BY_CALLBACK", nameOf(session.UploadFrom(request, in, errorText)));
+}
+
+TEST_F(SessionTransfer, TheTimeThatASourceTakesIsNoStallBesideARate)
+{
+    using std::chrono::milliseconds;
+    options.sendRate = 1000;
+    options.stallTimeout = milliseconds(50);
+    options.verifyUpload = options.atomicUpload = false;
+    scripted::curl().perform = [](scripted::Handle& handle) {
+        std::string bytes;
+        EXPECT_EQ(0, handle.loggedIn());
+        EXPECT_NE(0U, handle.hear("150 send the data\r\n"));
+        EXPECT_EQ(5U, handle.send(bytes, 5));
+        EXPECT_EQ(0U, handle.send(bytes, 5));
+        return CURLE_OK;
+    };
+    SFtpSession session(options);
+    bool given = false;
+    const DataSource source = [&given](char* bytes, std::size_t) -> std::size_t {
+        std::this_thread::sleep_for(milliseconds(100));
+        return std::exchange(given, true) ? 0 : std::string("12345").copy(bytes, 5);
+    };
+    EXPECT_EQ("CURLE_OK", nameOf(session.UploadFrom(request, source, errorText))) << errorText;
 }
 
 TEST_F(SessionTransfer, TooLargeAFileIsRefusedWhetherItsSizeIsToldOrNot)
