@@ -59,8 +59,12 @@ std::optional<std::string> targetOfLeftover(const std::string& name)
     return target;
 }
 
-// A session cuts its own names later.
-bool mayBeCut(const std::string& target) { return target.size() >= kLongestPart; }
+// By `arrivingName`, or by a session, which leaves out what exceeds 255 bytes.
+bool mayBeCut(const std::string& name, const std::string& target)
+{
+    constexpr std::size_t kShortest = 233;
+    return target.size() >= kShortest || (target.size() == kLongestPart && boost::ends_with(name, ".part"));
+}
 
 std::string arrivingName(const std::string& name, const std::string& salt)
 {

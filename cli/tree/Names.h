@@ -15,8 +15,8 @@ bool holdsDotName(const std::string& path);
 /// to get, as far as it fits; nothing for other names.
 std::optional<std::string> targetOfLeftover(const std::string& name);
 
-/// Whether such a target may be the beginning of the file's name only.
-bool mayBeCut(const std::string& target);
+/// Whether the target of such a name may be the beginning of the file's name only.
+bool mayBeCut(const std::string& name, const std::string& target);
 
 /// The name under which a file arrives in its directory, before it is whole. `salt` tells those apart that arrive at
 /// the same time.

@@ -68,8 +68,8 @@ void TreeRun::runPhases()
     m_local.emplace(m_arguments.local, local.isMissing);
     m_direction = m_isPush ? makePush(*m_local, m_remote)
                            : makePull(*m_local, m_remote, m_arguments.resumes ? "" : std::to_string(getpid()));
-    const Plan plan = planOf(m_source, m_destination,
-                             {m_isPush, m_arguments.tree.checksum, m_arguments.tree.deletes, m_attempts.failed()});
+    Plan plan = planOf(m_source, m_destination,
+                       {m_isPush, m_arguments.tree.checksum, m_arguments.tree.deletes, m_attempts.failed()});
     m_result.unchanged = plan.unchanged;
     m_mayDelete = !plan.files.empty() || !plan.folders.empty();
     refuseToEmpty();
@@ -84,6 +84,7 @@ void TreeRun::runPhases()
         return;
     }
     moveFiles(plan);
+    leaveOutUnmoved(plan);
     requireNames(doubtfulIn(plan, m_source));
     if (m_attempts.failed().empty() && !m_attempts.isEnding()) {
         removeLeftovers();
@@ -179,8 +180,28 @@ void TreeRun::moveFile(const Move& move)
         note(TreeStep::Move, move.path, m_result.moved);
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_result.unchanged += isSame ? 1 : 0;
+    if (isSame) {
+        ++m_result.unchanged;
+        m_same.insert(move.path);
+    }
     m_result.bytes += isSame ? 0 : std::max<std::int64_t>(move.from.size, 0);
+}
+
+// Of a file that was not moved, the destination has no other name.
+void TreeRun::leaveOutUnmoved(Plan& plan) const
+{
+    const std::set<std::string> failed = failedPaths();
+    const auto isUnmoved = [&](const Move& each) { return m_same.count(each.path) + failed.count(each.path) > 0; };
+    plan.moves.erase(std::remove_if(plan.moves.begin(), plan.moves.end(), isUnmoved), plan.moves.end());
+}
+
+std::set<std::string> TreeRun::failedPaths() const
+{
+    std::set<std::string> paths;
+    for (const FailedPath& each : m_attempts.failed()) {
+        paths.insert(each.path);
+    }
+    return paths;
 }
 
 // Otherwise a file would be lost without a word, or a new one deleted by its old name.
@@ -189,13 +210,17 @@ void TreeRun::requireNames(const std::vector<std::string>& doubtful)
     if (doubtful.empty() || m_arguments.tree.dryRun || !m_attempts.mayGoOn()) {
         return;
     }
+    const std::set<std::string> failed = failedPaths();
+    const std::size_t failures = m_attempts.failed().size();
     const TreeListing now = m_isPush ? listRemote() : listLocal();
-    if (!m_attempts.mayGoOn()) {
-        return;
+    if (!m_attempts.mayGoOn() || m_attempts.failed().size() > failures) {
+        return; // what is not listed may be there
     }
     for (const std::string& path : missingIn(now, doubtful)) {
-        m_attempts.fail(path, {m_isPush ? CURLE_UPLOAD_FAILED : CURLE_WRITE_ERROR,
-                               "the destination has another name in place of this one"});
+        if (failed.count(path) == 0) {
+            m_attempts.fail(path, {m_isPush ? CURLE_UPLOAD_FAILED : CURLE_WRITE_ERROR,
+                                   "the destination has another name in place of this one"});
+        }
     }
 }
 
@@ -231,7 +256,7 @@ void TreeRun::removeLeftovers()
         const std::string of = pathIn(directory, target);
         const auto source = m_source.entries.lower_bound(of);
         const bool isOfSource = source != m_source.entries.end() &&
-                                (mayBeCut(target) ? boost::starts_with(source->first, of) : source->first == of);
+                                (mayBeCut(name, target) ? boost::starts_with(source->first, of) : source->first == of);
         if (isOfSource || m_arguments.tree.deletes) {
             ours.push_back(path);
         }

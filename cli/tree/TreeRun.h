@@ -13,6 +13,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 
 /// One push or pull: lists both trees, plans, makes directories, moves files and last deletes.
@@ -38,6 +39,8 @@ private:
     bool makeDirectories(const Plan& plan);
     void moveFiles(const Plan& plan);
     void moveFile(const Move& move);
+    void leaveOutUnmoved(Plan& plan) const;
+    std::set<std::string> failedPaths() const;
     void requireNames(const std::vector<std::string>& doubtful);
     void removeAll(const Plan& plan);
     void remove(const std::vector<std::string>& paths, Removal removal);
@@ -58,6 +61,7 @@ private:
     bool m_mayDelete = false;
     std::mutex m_mutex; // for what follows
     TreeResult m_result;
+    std::set<std::string> m_same; // compared, not moved
 };
 
 #endif

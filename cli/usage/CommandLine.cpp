@@ -196,9 +196,10 @@ void refuseMissingValues(int argc, const char* const* argv)
 {
     for (int i = 1; i < argc && std::string(argv[i]) != kEndOfOptions; ++i) {
         const std::string word = argv[i];
-        if (word.compare(0, 2, "--") == 0 && word.find('=') == word.size() - 1) {
-            throw UsageError(escapeControlBytes(word) +
-                             " lacks its value: write it behind the sign, or leave the option out.");
+        for (const Option& option : options()) {
+            if (word == option.name + std::string("=")) {
+                throw UsageError(word + " lacks its value: write it behind the sign, or leave the option out.");
+            }
         }
     }
 }

@@ -83,6 +83,36 @@ TEST_F(PushPull, AFileThatGotTheOldOneOfTwoSpellingsIsNotDeleted)
     }
 }
 
+TEST_F(PushPull, AFileThatWasNotMovedHasNoOtherName)
+{
+    plant(here(), {{"a", "1"}, {"\xc3\xa4", "2"}});
+    serve({"STOR=reply:552 no room"});
+    const ProgramResult result = push({"--keep-going"});
+    EXPECT_TRUE(exited(CURLE_UPLOAD_FAILED, result));
+    EXPECT_FALSE(holds("another name", result.err));
+    EXPECT_TRUE(holds(" 0 unchanged, 2 failed", result.err));
+}
+
+TEST_F(PushPull, WhereNothingIsMovedTheDestinationIsListedOnce)
+{
+    const auto listings = [this] {
+        std::ptrdiff_t count = 0;
+        for (const Lines& session : server->transcripts()) {
+            count += std::count_if(session.begin(), session.end(),
+                                   [](const std::string& line) { return line.compare(0, 6, "> MLSD") == 0; });
+        }
+        return count;
+    };
+    plant(here(), {{"\xc3\xa4", "2"}});
+    config.checksums = {"XSHA256"};
+    serve();
+    EXPECT_TRUE(exited(0, push()));
+    EXPECT_EQ(2, listings());
+    setAll(here(), kTime);
+    EXPECT_TRUE(exited(0, push({"--checksum"})));
+    EXPECT_EQ(3, listings());
+}
+
 TEST_F(PushPull, NamesThatDifferInCaseAloneAreMovedWhereTheDestinationTellsThemApart)
 {
     plant(here(), {{"A", "12"}, {"a", "1"}, {"d/x", "2"}, {"D/x", "3"}});

@@ -142,7 +142,11 @@ TEST_F(PushPull, WhatBrokenTransfersLeftOfFilesWithLongNamesGoes)
         return "." + std::string(size, letter) + ".0123456789ab.part";
     };
     const Tree tree = {{std::string(250, 'n'), "1"}};
-    const Tree others = {{left(170, 'n'), "half"}, {left(180, 'm'), "half"}};
+    // The last ones are of other files, with whole names.
+    const Tree others = {{left(170, 'n'), "half"},
+                         {left(180, 'm'), "half"},
+                         {left(200, 'n'), "half"},
+                         {"." + std::string(180, 'n') + ".0123456789ab.old", "old"}};
     for (const bool isPush : {true, false}) {
         SCOPED_TRACE(isPush);
         const std::string destination = isPush ? there() : here();
@@ -204,7 +208,7 @@ TEST_F(PushPull, AnEndDoesNotWaitForAChecksum)
     config.checksums = {"XSHA256"};
     for (const std::string& root : {here(), there()}) {
         plant(root, {{"a", ""}});
-        fs::resize_file(root + "/a", std::uintmax_t(4) << 40U);
+        fs::resize_file(root + "/a", std::uintmax_t(1) << 40U);
     }
     serve({"XSHA256=reply:250 " + std::string(64, '0')});
     const ProgramResult result = push({"--checksum", "--max-time", "1"});
