@@ -118,19 +118,12 @@ TEST_F(BackupAgent, SigtermEndsItBetweenRounds)
 }
 
 // The first connection stalls in an upload, and every later one before its first reply.
-TEST_F(BackupAgent, ASilentServerHoldsUpAShutdownForSecondsOnly)
+TEST_F(BackupAgentUpload, ASilentServerHoldsUpAShutdownForSecondsOnly)
 {
     addLarge("large.bak");
     fs::create_directory(served("photos"));
-    misbehave("1/DATA=stall-after:1000");
     misbehave("2/GREETING=stall");
-    serve();
-    configure("");
-    const NewFiles temporaryFiles(served("photos"));
-    Process agent(setup());
-    temporaryFiles.waitFor(1);
-    agent.signal(SIGTERM);
-    EXPECT_EQ(0, agent.wait());
+    stopWithinAnUpload();
     EXPECT_EQ(1U, arrived().size());
     const std::string said = journal().at(0);
     EXPECT_EQ(0U, said.find("<3>temporary files may remain in " + directory() + "/: 28 ")) << said;

@@ -60,29 +60,37 @@ public:
     {
         ::close(m_listener);
         ::close(m_socket);
+        ::close(m_libcurls);
     }
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
 
-    void meet(curl_socket_t socket)
+    /// Has libcurl's socket opened, and connects it, unless that is done: false then.
+    bool meet(const scripted::Handle& handle)
     {
-        EXPECT_EQ(0, connect(socket, reinterpret_cast<const sockaddr*>(&m_address), m_size));
+        if (m_libcurls != CURL_SOCKET_BAD) {
+            return false;
+        }
+        m_libcurls = open(handle);
+        EXPECT_EQ(0, connect(m_libcurls, reinterpret_cast<const sockaddr*>(&m_address), m_size));
         m_socket = accept(m_listener, nullptr, nullptr);
+        return true;
     }
     void say(const std::string& text) const
     {
         EXPECT_EQ(static_cast<ssize_t>(text.size()), send(m_socket, text.data(), text.size(), MSG_NOSIGNAL));
     }
-    /// And the socket's side reads it.
-    void tell(curl_socket_t socket, std::string text) const
+    /// And libcurl reads it.
+    void tell(std::string text) const
     {
         say(text);
-        EXPECT_EQ(static_cast<ssize_t>(text.size()), recv(socket, text.data(), text.size(), MSG_WAITALL));
+        EXPECT_EQ(static_cast<ssize_t>(text.size()), recv(m_libcurls, text.data(), text.size(), MSG_WAITALL));
     }
 
 private:
     int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     int m_socket = -1;
+    curl_socket_t m_libcurls = CURL_SOCKET_BAD;
     sockaddr_in m_address = {};
     socklen_t m_size = 0;
 };
@@ -178,13 +186,9 @@ TEST_F(SessionSockets, UsesNoConnectionAgainOverWhichSomethingCameUnasked)
         SCOPED_TRACE(scheme);
         request.remotePath = std::string(scheme) + "://server/backup/";
         Peer peer;
-        curl_socket_t socket = CURL_SOCKET_BAD;
         scripted::curl().perform = [&](scripted::Handle& handle) {
             const memory::Pause pause;
-            if (socket == CURL_SOCKET_BAD) {
-                socket = open(handle);
-                peer.meet(socket);
-            }
+            peer.meet(handle);
             return CURLE_OK;
         };
         const Lines lines = journalOfSession([&](SFtpSession& session) {
@@ -194,7 +198,6 @@ TEST_F(SessionSockets, UsesNoConnectionAgainOverWhichSomethingCameUnasked)
             EXPECT_EQ(CURLE_OK, test(session));
         });
         EXPECT_EQ(std::string("sftp") == scheme ? 0 : 1, countOf(lines, "handle 2 made"));
-        ::close(socket);
     }
 }
 
@@ -203,13 +206,10 @@ TEST_F(SessionSockets, NoticesAnOlderReplyWhileTheNextArrives)
 {
     scripted::curl().connects = false;
     Peer peer;
-    curl_socket_t socket = CURL_SOCKET_BAD;
     scripted::curl().perform = [&](scripted::Handle& handle) {
         const memory::Pause pause;
-        if (socket == CURL_SOCKET_BAD) {
-            socket = open(handle);
-            peer.meet(socket);
-            peer.tell(socket, "200 fine\r\n250 one too many\r\n");
+        if (peer.meet(handle)) {
+            peer.tell("200 fine\r\n250 one too many\r\n");
         } else if (handle.number() == 1) {
             EXPECT_EQ(0, handle.loggedIn());
             beforeAnswer = [&peer] { peer.say("550 no\r\n"); };
@@ -225,7 +225,6 @@ TEST_F(SessionSockets, NoticesAnOlderReplyWhileTheNextArrives)
         EXPECT_EQ(CURLE_OK, test(session));
     });
     EXPECT_EQ(1, countOf(lines, "handle 2 made"));
-    ::close(socket);
 }
 
 TEST_F(SessionSockets, DoesNotBeginWithoutADescriptor)
