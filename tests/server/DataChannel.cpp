@@ -35,16 +35,18 @@ std::uint16_t DataChannel::listen(const Fault* fault)
 {
     close();
     const boost::asio::ip::tcp::endpoint anywhere(boost::asio::ip::make_address(m_config.address), 0);
-    m_acceptor = boost::asio::ip::tcp::acceptor(m_context, anywhere);
-    const std::uint16_t port = m_acceptor.local_endpoint().port();
+    m_acceptor.open(anywhere.protocol());
     m_sockets.add(m_acceptor.native_handle());
-    if (does(fault, Misbehaviour::Refuse)) {
-        close();
+    m_acceptor.bind(anywhere);
+    // A port that refuses stays bound, or it could become another server's.
+    if (!does(fault, Misbehaviour::Refuse)) {
+        m_acceptor.listen();
     }
-    return port;
+    return m_acceptor.local_endpoint().port();
 }
 
-// Waits until a client is at the port; false when the client of the control connection has left, or none can come.
+// Waits until a client is at the port; false when the client of the control connection has left, or where nobody
+// listens: poll returns at once there.
 bool DataChannel::waitForClient()
 {
     std::array<pollfd, 2> watched = {{{m_acceptor.native_handle(), POLLIN, 0}, {m_control, POLLRDHUP, 0}}};
