@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
@@ -45,7 +46,7 @@ std::string readToEnd(int descriptor)
 class Prompt
 {
 public:
-    /// `typedAhead`: keys that are pressed before the prompt.
+    /// `typedAhead`: a line that is typed before the prompt.
     explicit Prompt(const std::string& typedAhead = "")
     {
         std::array<int, 2> answer = {-1, -1};
@@ -53,7 +54,11 @@ public:
             throw std::runtime_error("no terminal");
         }
         m_answer = answer[0];
-        type(typedAhead);
+        if (!typedAhead.empty()) {
+            type(typedAhead);
+            pollfd arrived = {m_terminal, POLLIN, 0}; // the system passes keys on when it has time
+            poll(&arrived, 1, -1);
+        }
         m_child = fork();
         if (m_child == 0) {
             ask(answer[1]);
