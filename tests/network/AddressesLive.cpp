@@ -5,6 +5,8 @@
 
 #include "support/Process.h"
 
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
 #include <boost/system/system_error.hpp>
 
 #include <optional>
@@ -13,6 +15,7 @@
 
 namespace {
 
+using boost::asio::ip::tcp;
 using testserver::TlsMode;
 
 using Operations = std::set<Operation>;
@@ -90,6 +93,17 @@ TEST_F(OverIpv6, TheCommandWorks)
     const ProgramResult listed = runProgram(setup);
     EXPECT_TRUE(exited(0, listed));
     EXPECT_EQ("a.bak\n", listed.out);
+}
+
+// Clients of "localhost" try both addresses. Another server there would be somebody else's.
+TEST_F(OverIpv6, AServersPortIsTakenOnTheOtherAddressToo)
+{
+    Place place(authority, wanted);
+    boost::asio::io_context context;
+    tcp::socket other(context, tcp::v4());
+    boost::system::error_code failed;
+    other.bind({boost::asio::ip::address_v4::loopback(), place.port()}, failed);
+    EXPECT_EQ(boost::asio::error::address_in_use, failed);
 }
 
 // "localhost" has both addresses to libcurl, whatever the machine's /etc/hosts says.

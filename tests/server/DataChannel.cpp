@@ -25,7 +25,7 @@ bool does(const Fault* fault, Misbehaviour misbehaviour)
 } // namespace
 
 DataChannel::DataChannel(boost::asio::io_context& context, OpenSockets& sockets, const ServerConfig& config)
-    : m_context(context), m_sockets(sockets), m_config(config), m_acceptor(context)
+    : m_listener(context), m_sockets(sockets), m_config(config)
 {
 }
 
@@ -34,22 +34,20 @@ DataChannel::~DataChannel() { close(); }
 std::uint16_t DataChannel::listen(const Fault* fault)
 {
     close();
-    const boost::asio::ip::tcp::endpoint anywhere(boost::asio::ip::make_address(m_config.address), 0);
-    m_acceptor.open(anywhere.protocol());
-    m_sockets.add(m_acceptor.native_handle());
-    m_acceptor.bind(anywhere);
+    m_listener.bind(m_config.address, 0);
+    m_sockets.add(m_listener.handle());
     // A port that refuses stays bound, or it could become another server's.
     if (!does(fault, Misbehaviour::Refuse)) {
-        m_acceptor.listen();
+        m_listener.listen();
     }
-    return m_acceptor.local_endpoint().port();
+    return m_listener.port();
 }
 
 // Waits until a client is at the port; false when the client of the control connection has left, or where nobody
 // listens: poll returns at once there.
 bool DataChannel::waitForClient()
 {
-    std::array<pollfd, 2> watched = {{{m_acceptor.native_handle(), POLLIN, 0}, {m_control, POLLRDHUP, 0}}};
+    std::array<pollfd, 2> watched = {{{m_listener.handle(), POLLIN, 0}, {m_control, POLLRDHUP, 0}}};
     while (::poll(watched.data(), watched.size(), -1) < 0) {
         if (errno != EINTR) {
             return false;
@@ -74,18 +72,15 @@ TransferEnd DataChannel::open(int control, SSL_CTX* tls, const Fault* fault)
     m_fault = fault;
     m_control = control;
     m_moved = 0;
-    if (!m_acceptor.is_open() || !waitForClient()) {
+    if (!m_listener.isOpen() || !waitForClient()) {
         return TransferEnd::NotConnected;
     }
-    boost::system::error_code failed;
-    boost::asio::ip::tcp::socket socket(m_context);
-    m_acceptor.accept(socket, failed);
-    if (failed) {
+    boost::asio::ip::tcp::socket socket = m_listener.accept();
+    if (!socket.is_open()) {
         return TransferEnd::NotConnected;
     }
     m_connection = std::make_unique<Connection>(std::move(socket), m_sockets);
-    m_sockets.remove(m_acceptor.native_handle());
-    m_acceptor.close(failed);
+    stopListening();
     return secure(does(fault, Misbehaviour::Plain) ? nullptr : tls);
 }
 
@@ -227,10 +222,14 @@ TransferEnd DataChannel::receiveFile(std::ofstream& content, bool strict)
 void DataChannel::close()
 {
     m_connection.reset();
-    if (m_acceptor.is_open()) {
-        m_sockets.remove(m_acceptor.native_handle());
-        boost::system::error_code ignored;
-        m_acceptor.close(ignored);
+    stopListening();
+}
+
+void DataChannel::stopListening()
+{
+    if (m_listener.isOpen()) {
+        m_sockets.remove(m_listener.handle());
+        m_listener.close();
     }
 }
 

@@ -4,9 +4,9 @@
 #include "Connection.h"
 #include "Faults.h"
 #include "FtpServer.h"
+#include "Listener.h"
 
 #include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
 
 #include <chrono>
 #include <cstdint>
@@ -68,11 +68,11 @@ private:
     TransferEnd write(const char* bytes, std::size_t count);
     TransferEnd finishSending();
     void endTls();
+    void stopListening();
 
-    boost::asio::io_context& m_context;
+    Listener m_listener;
     OpenSockets& m_sockets;
     const ServerConfig& m_config;
-    boost::asio::ip::tcp::acceptor m_acceptor;
     std::unique_ptr<Connection> m_connection;
     const Fault* m_fault = nullptr;
     int m_control = -1;

@@ -1,5 +1,6 @@
 #include "FtpServer.h"
 
+#include "Listener.h"
 #include "Session.h"
 #include "TlsContexts.h"
 
@@ -36,11 +37,11 @@ class FtpServer::Implementation
 {
 public:
     explicit Implementation(const ServerConfig& config)
-        : m_config(config), m_storage(m_config.root, m_config.ignoresCase), m_tls(m_config),
-          m_acceptor(m_context, {asio::ip::make_address(m_config.address), m_config.port})
+        : m_config(config), m_storage(m_config.root, m_config.ignoresCase), m_tls(m_config)
     {
-        m_acceptor.listen(asio::socket_base::max_listen_connections);
-        m_port = m_acceptor.local_endpoint().port();
+        m_listener.bind(m_config.address, m_config.port);
+        m_listener.listen();
+        m_port = m_listener.port();
         m_accepting = std::thread([this] { accept(); });
     }
 
@@ -65,7 +66,7 @@ public:
             m_stopping = true;
         }
         m_changed.notify_all();
-        ::shutdown(m_acceptor.native_handle(), SHUT_RDWR);
+        ::shutdown(m_listener.handle(), SHUT_RDWR);
         m_accepting.join();
         for (Visit& visit : m_visits) {
             visit.sockets.interrupt();
@@ -88,14 +89,12 @@ private:
     {
         unsigned accepted = 0;
         while (!m_stopping) {
-            asio::ip::tcp::socket socket(m_context);
-            boost::system::error_code failed;
-            m_acceptor.accept(socket, failed);
+            asio::ip::tcp::socket socket = m_listener.accept();
             if (m_stopping) {
                 return;
             }
             forgetEndedVisits();
-            if (failed || !begin(std::move(socket), accepted + 1)) {
+            if (!socket.is_open() || !begin(std::move(socket), accepted + 1)) {
                 waitForRoom();
             } else {
                 ++accepted;
@@ -177,7 +176,7 @@ private:
     MeetingPoint m_meetingPoint;
     FileTimes m_times;
     asio::io_context m_context;
-    asio::ip::tcp::acceptor m_acceptor;
+    Listener m_listener{m_context};
     std::uint16_t m_port = 0;
     std::atomic<bool> m_stopping{false};
     std::thread m_accepting;
