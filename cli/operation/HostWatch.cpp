@@ -69,9 +69,12 @@ CURLcode HostWatch::ended(CURLcode result, curl_off_t bytes)
     return m_last.result;
 }
 
+// libcurl, which rounds, may end a connection a millisecond before its limit.
 std::string HostWatch::limitOfConnecting(TransferClock::Time now) const
 {
-    return m_clock.isOver(now) ? limitAt(now) : m_clock.limits().connectText(m_clock.isConnected());
+    constexpr std::chrono::milliseconds kEarly(1);
+    return m_clock.isOver(now, kEarly) ? m_clock.limits().wholeText()
+                                       : m_clock.limits().connectText(m_clock.isConnected());
 }
 
 std::string HostWatch::limitAt(TransferClock::Time now) const

@@ -1,12 +1,15 @@
 #include "call/Call.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace session {
 
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenReports(100);
+constexpr std::chrono::milliseconds kEarly(1); // by which libcurl, which rounds, may end a transfer before its limit
+constexpr std::chrono::milliseconds kLongest(std::numeric_limits<std::int32_t>::max()); // which libcurl takes
 
 std::string inMilliseconds(std::chrono::milliseconds time) { return std::to_string(time.count()) + " ms"; }
 
@@ -51,7 +54,7 @@ std::optional<std::chrono::milliseconds> Call::timeLeft() const
         return std::nullopt;
     }
     const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_begin);
-    return std::max(m_options.callTimeout - passed, std::chrono::milliseconds(1));
+    return std::clamp(m_options.callTimeout - passed + kEarly, kEarly, kLongest);
 }
 
 void Call::beginTransfer(std::int64_t total, std::int64_t done)

@@ -29,8 +29,8 @@ public:
     /// The text for that.
     std::string reason() const;
 
-    /// What is left of the call's own limit; nothing if it has none. At least a millisecond, because to libcurl 0 means
-    /// no limit.
+    /// The limit for a transfer that begins now, which libcurl does not end before the call's own is reached; nothing
+    /// if the call has none. At least a millisecond, because to libcurl 0 means no limit.
     std::optional<std::chrono::milliseconds> timeLeft() const;
 
     /// A file of `total` bytes (-1: unknown) begins to move; `done` of them have moved before.

@@ -1,4 +1,5 @@
 // The small pieces of a session, one at a time.
+#include <call/Call.h>
 #include <call/Failure.h>
 #include <call/ThreadState.h>
 #include <connection/Pace.h>
@@ -19,6 +20,8 @@
 #include <openssl/err.h>
 
 #include <chrono>
+#include <cstdint>
+#include <limits>
 #include <thread>
 
 namespace {
@@ -158,6 +161,23 @@ TEST(Pace, MovesHalfASecondsBytesAtOnce)
     EXPECT_EQ(9U, Pace(18).most(10));
     EXPECT_EQ(10U, Pace(20).most(10));
     EXPECT_EQ(10U, Pace((1ULL << 63U) - 1).most(10));
+}
+
+// libcurl may end a transfer a millisecond before its limit; which limit it was would not be known then.
+TEST(Call, IsNotOverForLibcurlBeforeItIs)
+{
+    using std::chrono::milliseconds;
+    const StopSwitch stop;
+    SessionOptions options;
+    options.callTimeout = milliseconds(10000);
+    const auto begin = Call::Clock::now();
+    const Call call(options, stop);
+    const milliseconds left = call.timeLeft().value();
+    const auto passed = Call::Clock::now() - begin;
+    EXPECT_GE(left - milliseconds(1) + passed, options.callTimeout);
+    EXPECT_LE(left - milliseconds(1), options.callTimeout);
+    options.callTimeout = milliseconds(std::numeric_limits<std::int32_t>::max());
+    EXPECT_LE(call.timeLeft().value(), options.callTimeout);
 }
 
 TEST(LineSplitter, MakesLinesOfPieces)
