@@ -115,6 +115,10 @@ CURL* Connection::renew()
     curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
 #endif
     set(handle, CURLOPT_TCP_KEEPALIVE, 1L);
+    if (m_isCut) {
+        set(handle, CURLOPT_FRESH_CONNECT, 1L);
+        m_isCut = false;
+    }
     return handle;
 }
 

@@ -42,7 +42,7 @@ public:
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /// The handle, reset except for the connection it holds.
+    /// The handle, reset except for the connection it holds; where that was cut, it is to make a new one.
     CURL* renew();
 
     /// Performs the transfer that the handle is set up for.
@@ -65,7 +65,6 @@ public:
     /// The same, at once: nothing more is sent, and no reply is awaited.
     void cut();
     bool isUsable() const { return m_usable; }
-    bool isCut() const { return m_isCut; }
     /// Whether it is connected.
     bool isOpen() const { return !m_sockets.empty(); }
     /// Whether the server has sent something, or left, while nothing was asked.

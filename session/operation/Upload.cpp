@@ -72,7 +72,7 @@ public:
             }
         }
         CURLcode code = tryToSend(false);
-        if (m_file != nullptr && !m_begun && isRefusal(code)) {
+        if (m_file != nullptr && (m_begun ? m_offset > 0 && m_isWrong : isRefusal(code))) {
             beginAnew();
             code = tryToSend(false);
         }
@@ -85,7 +85,7 @@ public:
         } else if (code != CURLE_OK) {
             throw Failure(*m_failure);
         } else if (m_target.isSsh()) {
-            finishOverSsh();
+            putInPlace();
         }
     }
 
@@ -95,10 +95,10 @@ public:
         if (m_begun && m_stored != m_name && !m_mustStay && (!m_isKept || m_isWrong) &&
             m_work.call.verdict() == CURLE_OK) {
             const std::vector<std::string> commands = {"*" + removal(m_stored)};
-            const std::optional<Failure> failed = command(commands, m_work.connection.isCut());
+            const std::optional<Failure> failed = command(commands);
             // The upload's failure may have ended the connection as well, which only shows now.
             if (failed && failed->code() == CURLE_RECV_ERROR && m_work.connection.replies().lines().empty()) {
-                static_cast<void>(command(commands, true));
+                static_cast<void>(command(commands));
             }
         }
     } catch (...) { // of two failures, the first is reported
@@ -127,12 +127,13 @@ private:
                (m_target.isSsh() && (code == CURLE_REMOTE_FILE_NOT_FOUND || code == CURLE_SSH));
     }
 
-    // Under a unique name.
+    // Under a unique name: an earlier attempt may still be at work under the other.
     void beginAnew()
     {
         makeRoom();
         m_offset = 0;
         m_isKept = false;
+        m_begun = false;
         m_digits = randomDigits();
         m_stored = hiddenName(m_name, m_digits + ".part");
     }
@@ -160,8 +161,13 @@ private:
             return end.size() <= static_cast<std::size_t>(compared);
         });
         const CURLcode code = transfer.tryToRun();
-        if (m_work.call.verdict() != CURLE_OK || !isAnswer(code)) {
+        // Where the server ignored REST, it sent the beginning, and may say now that this was broken off.
+        const bool hasCome = code == CURLE_PARTIAL_FILE && end.size() >= static_cast<std::size_t>(compared);
+        if (m_work.call.verdict() != CURLE_OK || !(isAnswer(code) || hasCome)) {
             throw transfer.failure(code);
+        }
+        if (!m_work.connection.isUsable()) {
+            m_work.connection.cut(); // another data connection might fail as well
         }
         return code == CURLE_OK && end == m_file->part(offset, static_cast<std::size_t>(compared)) ? there->size : 0;
     }
@@ -196,7 +202,19 @@ private:
         if (code != CURLE_OK) {
             m_failure = transfer.failure(code);
         }
-        return code;
+        return code == CURLE_OK && m_target.isSsh() && verifies() ? checkedOverSsh() : code;
+    }
+
+    // Over FTP, the transfer itself does it.
+    CURLcode checkedOverSsh()
+    {
+        const std::optional<RemoteEntry> there = fileAt(m_work, storedUrl());
+        m_isWrong = !there || there->size != m_sent;
+        if (!m_isWrong) {
+            return CURLE_OK;
+        }
+        m_failure = refusal(CURLE_PARTIAL_FILE, sizesDiffer(there ? there->size : 0, m_sent));
+        return m_failure->code();
     }
 
     // Notes whether the server has begun to receive the file, also if a function of the caller throws.
@@ -222,18 +240,6 @@ private:
     }
 
     bool verifies() const { return m_work.access.options().verifyUpload || m_offset > 0; }
-
-    void finishOverSsh()
-    {
-        if (verifies()) {
-            const std::optional<RemoteEntry> there = fileAt(m_work, storedUrl());
-            m_isWrong = !there || there->size != m_sent;
-            if (m_isWrong) {
-                throw refusal(CURLE_PARTIAL_FILE, sizesDiffer(there ? there->size : 0, m_sent));
-            }
-        }
-        putInPlace();
-    }
 
     void putInPlace()
     {
@@ -296,16 +302,13 @@ private:
         return code == CURLE_OK;
     }
 
-    // Runs commands in the target's directory, over a new connection if `fresh`; nothing on success.
-    std::optional<Failure> command(const std::vector<std::string>& commands, bool fresh = false) const
+    // Runs commands in the target's directory; nothing on success.
+    std::optional<Failure> command(const std::vector<std::string>& commands) const
     {
         Transfer transfer(m_work.connection, m_work.access, m_work.call);
         transfer.visit(m_target.parentUrl());
         transfer.withoutData();
         transfer.after(commands);
-        if (fresh) {
-            set(transfer.handle(), CURLOPT_FRESH_CONNECT, 1L);
-        }
         const CURLcode code = transfer.tryToRun();
         return code == CURLE_OK ? std::nullopt : std::optional(transfer.failure(code));
     }

@@ -317,6 +317,32 @@ TEST_F(SessionResume, WhereRestIsIgnoredAnUploadBeginsAnew)
     EXPECT_EQ(bytes(kBytes, "received"), moved(sessions().back()).back());
 }
 
+// libcurl has all the bytes that it expects, closes, and the server could not send the others. After that data
+// connection, servers may want another TLS session than libcurl has.
+TEST_F(SessionResume, WhereRestIsIgnoredAndTheRestBrokenOffAnUploadBeginsAnew)
+{
+    misbehave("2/REST#2=reply:350 restarting");
+    misbehave("2/DONE=reply:426 broken off");
+    breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
+    EXPECT_EQ(0, upload()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+    EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+    ASSERT_EQ(3U, sessions().size());
+    EXPECT_EQ(bytes(kBytes, "received"), moved(sessions().at(2)).back());
+}
+
+TEST_F(SessionResume, AnUploadThatDoesNotFitWhatWasThereBeginsAnew)
+{
+    misbehave("2/SIZE#3=reply:213 5");
+    breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
+    EXPECT_EQ(0, upload()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+    EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+    ASSERT_EQ(3U, sessions().size());
+    EXPECT_EQ(bytes(kBytes - kBroken, "received"), moved(sessions().at(1)).back());
+    EXPECT_EQ(bytes(kBytes, "received"), moved(sessions().at(2)).back());
+}
+
 TEST_F(SessionResume, ALocalFileThatChangedBeginsAnew)
 {
     breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));

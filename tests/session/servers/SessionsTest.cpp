@@ -350,6 +350,41 @@ TEST_P(Sessions, GoOnAfterABrokenTransfer)
     EXPECT_TRUE(sameBytes(large, contentOf(request.localPath)));
 }
 
+// A server may still write for an earlier attempt when the next one has seen how much there is.
+TEST_P(Sessions, BeginAnewWhereAnEarlierAttemptIsStillAtWork)
+{
+    const std::string large = randomBytes(1000001);
+    SessionOptions chosen = optionsHere();
+    chosen.resume = true;
+    bool hasGrown = false;
+    chosen.progress = [&](const TransferProgress& now) {
+        if (now.bytes > 0 && !hasGrown) {
+            const std::filesystem::directory_iterator part(served("resumed"));
+            std::filesystem::resize_file(part->path(), 2 * large.size());
+            hasGrown = true;
+        }
+    };
+    SFtpSession session(chosen);
+    SFtpSession* running = nullptr;
+    chosen.sendRate = 1000000;
+    chosen.progress = [&running](const TransferProgress& now) {
+        if (now.bytes > 300000) {
+            running->Cancel();
+        }
+    };
+    SFtpSession breaking(chosen);
+    running = &breaking;
+    keep("resumed/x", "");
+    std::filesystem::remove(served("resumed/x"));
+    aimAt("resumed/a.bak");
+    request.localPath = local("sent");
+    writeFile(request.localPath, large);
+    EXPECT_EQ(CURLE_ABORTED_BY_CALLBACK, breaking.UploadFileToSFtpServer(request, errorText)) << errorText;
+    expectOk(session.UploadFileToSFtpServer(request, errorText), "the upload that begins anew");
+    EXPECT_TRUE(hasGrown);
+    EXPECT_TRUE(sameBytes(large, contentOf(served("resumed/a.bak"))));
+}
+
 class SessionsOverSsh : public Sessions
 {
 };
