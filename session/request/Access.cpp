@@ -38,13 +38,15 @@ bool allowsNone() { return ConfigReader::getInt("General", "CertAuthSwitch", tru
 
 // What a transfer over SSH has on its way at once: an upload as much as its buffer holds, a download four times as
 // much. With libcurl's own 64 and 16 KiB, a line with a round trip of 50 ms moves 1 MB/s. A larger one counts as moved
-// only as a whole, and on a slow line would seem to stall. Where the rate is limited, it is half a second's worth, so
-// that bytes neither come in bursts nor wait for long.
-long bufferOverSsh(std::uint64_t rate)
+// only as a whole, and on a slow line would seem to stall.
+constexpr long kBufferOverSsh = 524288;
+
+// Where the rate is limited, half a second's worth, so that bytes do not come in bursts. An upload's are paced as they
+// are read.
+long receiveBufferOverSsh(std::uint64_t rate)
 {
-    constexpr std::uint64_t kLeast = 16384; // libcurl's
-    constexpr std::uint64_t kMost = 524288;
-    return static_cast<long>(rate == 0 ? kMost : std::clamp(rate / 2, kLeast, kMost));
+    constexpr long kLeast = 16384; // libcurl's
+    return rate == 0 || rate / 2 > kBufferOverSsh ? kBufferOverSsh : std::max(static_cast<long>(rate / 2), kLeast);
 }
 
 std::string nameOf(Scheme scheme) { return scheme == Scheme::Ftp ? "ftp" : scheme == Scheme::Ftps ? "ftps" : "sftp"; }
@@ -169,8 +171,8 @@ bool Access::speaksNewestTls(bool newestTls) const
 
 void Access::applySsh(CURL* handle)
 {
-    set(handle, CURLOPT_UPLOAD_BUFFERSIZE, bufferOverSsh(m_options.sendRate));
-    set(handle, CURLOPT_BUFFERSIZE, bufferOverSsh(m_options.receiveRate));
+    set(handle, CURLOPT_UPLOAD_BUFFERSIZE, kBufferOverSsh);
+    set(handle, CURLOPT_BUFFERSIZE, receiveBufferOverSsh(m_options.receiveRate));
     set(handle, CURLOPT_SSH_AUTH_TYPES, static_cast<long>(CURLSSH_AUTH_PASSWORD | CURLSSH_AUTH_KEYBOARD));
     if (!m_options.knownHostsFile.empty()) {
         set(handle, CURLOPT_SSH_KNOWNHOSTS, m_options.knownHostsFile.c_str());
