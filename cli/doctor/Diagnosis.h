@@ -55,6 +55,10 @@ Diagnosis diagnoseGivenTrust(const Report& report);
 bool isHostKeyTrusted(const Report& report);
 bool isHostKeyUnknown(const Report& report);
 
+/// Whether the server has another SSH host key than it should: somebody may be intercepting the connection, so that it
+/// does not get the password.
+bool isLoginWithheld(const Report& report);
+
 /// The key, and what a session compares it with.
 std::string describeHostKey(const Report& report);
 

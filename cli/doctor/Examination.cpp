@@ -169,6 +169,9 @@ std::string obstacle(const Report& report)
     if (isDirectoryMissing(report)) {
         return "the directory is not there, and an upload would leave it behind";
     }
+    if (isLoginWithheld(report)) {
+        return "the password is not sent to a server that has another host key than it should";
+    }
     const bool loggedIn = report.client.test.loggedIn() || report.bare.loggedIn() ||
                           (report.scheme == Scheme::Sftp && report.client.test.succeeded());
     return loggedIn ? "" : "no login works";

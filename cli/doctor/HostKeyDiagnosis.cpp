@@ -84,6 +84,15 @@ bool isHostKeyUnknown(const Report& report)
     return report.hostKey.notCompared == CURLE_OK && verdictOn(report) == HostKeyVerdict::Unknown;
 }
 
+bool isLoginWithheld(const Report& report)
+{
+    if (report.hostKey.fingerprint.empty()) {
+        return false;
+    }
+    const HostKeyVerdict verdict = verdictOn(report);
+    return verdict == HostKeyVerdict::Changed || verdict == HostKeyVerdict::Unexpected;
+}
+
 std::string describeHostKey(const Report& report)
 {
     std::string text = report.hostKey.type + " " + report.hostKey.fingerprint;

@@ -257,6 +257,12 @@ Expectation predictCommand(const Report& report, const std::string& verb)
     return works();
 }
 
+Expectation withheld(const Report& report)
+{
+    Diagnosis why = diagnoseHostKey(report);
+    return unknown("doctor does not send the password: " + why.reason, std::move(why.remedy));
+}
+
 // A server that does not let a conversation end keeps an operation for ever, too, or until it fails.
 Expectation unfinished(const std::string& what, const std::string& failure)
 {
@@ -277,7 +283,9 @@ std::vector<Prediction> predict(const Report& report)
     for (Prediction& each : predictions) {
         Expectation& client = each;
         each.session = predictForSession(report, each.operation);
-        if (!report.unfinishedLogin.empty()) {
+        if (isLoginWithheld(report)) {
+            client = withheld(report);
+        } else if (!report.unfinishedLogin.empty()) {
             client = each.session = unfinished("the probe that logs in", report.unfinishedLogin);
         } else if (!report.unfinishedBare.empty() && !report.bare.made &&
                    (each.operation == "upload" || each.operation == "download")) {

@@ -183,7 +183,7 @@ int explain(const CLI::ParseError& error, const CLI::App& app)
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
         const int status = app.exit(error);
         if (!std::cout.flush()) {
-            throw std::runtime_error("the help cannot be written to standard output");
+            throw std::runtime_error("standard output cannot be written");
         }
         return status;
     }

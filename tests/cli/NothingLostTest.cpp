@@ -36,9 +36,11 @@ TEST_F(NothingLost, OfAListingThatCannotBeWritten)
         const ProgramResult object = inShell(line, {"test", url(), "--json"});
         EXPECT_TRUE(exited(255, object)) << line;
         EXPECT_EQ(kNoResult, lastLine(object.err)) << line;
-        const ProgramResult help = inShell(line, {"--help"});
-        EXPECT_TRUE(exited(255, help)) << line;
-        EXPECT_EQ("sftpclient: the help cannot be written to standard output", lastLine(help.err)) << line;
+        for (const char* const told : {"--help", "--version"}) {
+            const ProgramResult text = inShell(line, {told});
+            EXPECT_TRUE(exited(255, text)) << told;
+            EXPECT_EQ("sftpclient: standard output cannot be written", lastLine(text.err)) << told;
+        }
         EXPECT_TRUE(exited(0, inShell(line, {"test", url()}))) << "there is nothing to lose";
     }
 }

@@ -96,8 +96,16 @@ protected:
 
 TEST_P(HostKeyDiagnosis, TellsWhatASessionWillDo)
 {
+    const bool mayBeIntercepted =
+        std::string(GetParam().remedy).find("Somebody may be intercepting the connection") == 0;
     for (const doctor::Prediction& each : predict(report)) {
-        EXPECT_EQ(0, each.code) << "SFtpClient compares nothing";
+        if (mayBeIntercepted) {
+            EXPECT_EQ(std::nullopt, each.code);
+            EXPECT_EQ(std::string("doctor does not send the password: ") + GetParam().reason, each.reason);
+            EXPECT_EQ(GetParam().remedy, each.remedy);
+        } else {
+            EXPECT_EQ(0, each.code) << "SFtpClient compares nothing";
+        }
         EXPECT_EQ(GetParam().code, each.session.code);
         EXPECT_EQ(GetParam().reason, each.session.reason);
         EXPECT_EQ(GetParam().remedy, each.session.remedy);

@@ -83,7 +83,7 @@ void logInByPassword(const Access& access, Report& report)
 
 void probeLogin(const Access& access, const std::string& missing, Report& report)
 {
-    if (report.contact.code != CURLE_OK || isSilent(report)) {
+    if (report.contact.code != CURLE_OK || isSilent(report) || isLoginWithheld(report)) {
         return;
     }
     report.client = logIn(access, Manner::Client, missing, report);

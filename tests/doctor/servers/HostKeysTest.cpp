@@ -42,14 +42,26 @@ protected:
         writeFile(question.knownHostsFile, text);
     }
 
-    /// Examines, and expects this code of all operations of a session, which are then run.
-    void expectOfASession(int code, const std::string& row)
+    /// Examines, and expects this code of all operations of a session, which are then run. SFtpClient is expected to
+    /// log in, whatever the key.
+    void expectOfASession(int code, const std::string& row) { expectOf("WWWWWW", code, row); }
+
+    /// The same of a server that does not get the password, and so needs two connections only.
+    void expectNoLogin(const std::string& row)
+    {
+        const unsigned before = connections();
+        expectOf("??????", CURLE_PEER_FAILED_VERIFICATION, row);
+        EXPECT_EQ(2U, m_connections - before);
+    }
+
+    void expectOf(const std::string& outlooks, int code, const std::string& row)
     {
         const bool hasFile = !question.knownHostsFile.empty();
         const std::string before = hasFile ? contentOf(question.knownHostsFile) : "";
         report = examine(question);
+        m_connections = connections();
         const std::vector<doctor::Prediction> predictions = predict(report);
-        EXPECT_EQ("WWWWWW", outlooksOf(predictions));
+        EXPECT_EQ(outlooks, outlooksOf(predictions));
         for (const doctor::Prediction& each : predictions) {
             EXPECT_EQ(code, each.session.code) << each.operation;
         }
@@ -102,6 +114,9 @@ protected:
     std::string line;
     std::string fingerprint;
     std::string host;
+
+private:
+    unsigned m_connections = 0; // when the examination had ended
 };
 
 TEST_P(HostKeys, AreUnknownWhereASessionIsToldNothing)
@@ -121,7 +136,7 @@ TEST_P(HostKeys, AreComparedWithAFingerprint)
     question.hostKeySha256 = fingerprint.substr(7) + "=";
     expectOfASession(0, "as expected");
     question.hostKeySha256 = "SHA256:another";
-    expectOfASession(CURLE_PEER_FAILED_VERIFICATION, "expected is SHA256:another");
+    expectNoLogin("expected is SHA256:another");
 }
 
 TEST_P(HostKeys, AreComparedWithKnownHosts)
@@ -131,7 +146,7 @@ TEST_P(HostKeys, AreComparedWithKnownHosts)
     expectOfASession(CURLE_PEER_FAILED_VERIFICATION, "not in " + file);
     followTheRemedy();
     knowing(changedLine());
-    expectOfASession(CURLE_PEER_FAILED_VERIFICATION, file + " has another one for the server");
+    expectNoLogin(file + " has another one for the server");
     followTheRemedy();
 }
 
@@ -145,10 +160,22 @@ TEST_P(HostKeys, AreComparedWithBoth)
     knowing("");
     expectOfASession(0, "not in " + file + "; as expected");
     knowing(changedLine());
-    expectOfASession(CURLE_PEER_FAILED_VERIFICATION, file + " has another one for the server; as expected");
+    expectNoLogin(file + " has another one for the server; as expected");
     question.hostKeySha256 = "SHA256:another";
     knowing(line + "\n");
-    expectOfASession(CURLE_PEER_FAILED_VERIFICATION, "as in " + file + "; expected is SHA256:another");
+    expectNoLogin("as in " + file + "; expected is SHA256:another");
+}
+
+TEST_P(HostKeys, ThatHaveChangedKeepWritingFromBeingTried)
+{
+    knowing(changedLine());
+    question.fileName = "sftpclient-doctor-test";
+    report = examine(question);
+    ASSERT_TRUE(report.roundTrip);
+    EXPECT_EQ("the password is not sent to a server that has another host key than it should",
+              report.roundTrip->notMade);
+    EXPECT_FALSE(report.sessionTrip);
+    EXPECT_EQ("??????", outlooksOf(predict(report)));
 }
 
 // libcurl asks for the type of key that it finds there, and these servers have none of it.
