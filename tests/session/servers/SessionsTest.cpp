@@ -385,6 +385,38 @@ TEST_P(Sessions, BeginAnewWhereAnEarlierAttemptIsStillAtWork)
     EXPECT_TRUE(sameBytes(large, contentOf(served("resumed/a.bak"))));
 }
 
+// The download that stops at the difference breaks its data connection off, after which servers may want another TLS
+// session on the next one.
+TEST_P(Sessions, BeginAnewWhereTheEndOfABrokenDownloadDiffers)
+{
+    const std::string large = randomBytes(3000001);
+    SessionOptions chosen = optionsHere();
+    chosen.resume = true;
+    SFtpSession session(chosen);
+    SFtpSession* running = nullptr;
+    chosen.receiveRate = 1000000;
+    chosen.progress = [&running](const TransferProgress& now) {
+        if (now.bytes > 300000) {
+            running->Cancel();
+        }
+    };
+    SFtpSession breaking(chosen);
+    running = &breaking;
+    keep("resumed/a.bak", large);
+    aimAt("resumed/a.bak");
+    request.localPath = local("got");
+    EXPECT_EQ(CURLE_ABORTED_BY_CALLBACK, breaking.DownLoadSFtpFile(request, errorText)) << errorText;
+    for (const auto& each : std::filesystem::directory_iterator(local(""))) {
+        if (each.path().filename().string().rfind(".got.", 0) == 0) {
+            std::fstream file(each.path(), std::ios::in | std::ios::out | std::ios::binary);
+            file.seekp(-1, std::ios::end).put('!');
+        }
+    }
+    expectOk(session.DownLoadSFtpFile(request, errorText), "the download that begins anew");
+    EXPECT_TRUE(sameBytes(large, contentOf(request.localPath)));
+    expectOk(session.DownLoadSFtpFile(request, errorText), "the next");
+}
+
 class SessionsOverSsh : public Sessions
 {
 };
