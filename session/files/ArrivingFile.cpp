@@ -115,7 +115,8 @@ ArrivingFile::ArrivingFile(const std::string& path, const Call& call, const std:
         openPipe();
     } else if (exists && access(m_path.c_str(), W_OK) != 0) {
         fail(errno);
-    } else if (version.empty() || !openKept(version)) {
+    } else {
+        openKept(version);
         openNew();
     }
     if (!m_descriptor.isOpen()) {
@@ -131,21 +132,24 @@ ArrivingFile::ArrivingFile(const std::string& path, const Call& call, const std:
 mode_t ArrivingFile::mode() const { return m_replaced ? 0600 : 0666; }
 
 // The lock keeps two calls from writing to one file; closing the descriptor releases it.
-bool ArrivingFile::openKept(const std::string& version)
+void ArrivingFile::openKept(const std::string& version)
 {
+    if (version.empty()) {
+        return;
+    }
     const std::string path = beside(version + ".part");
     Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, mode()));
     struct stat opened = {};
     if (!file.isOpen() || !isLocked(file.get()) || !isOurs(file.get(), path, opened)) {
-        return false;
+        return;
     }
     m_descriptor = std::move(file);
     m_temporary = path;
     m_size = opened.st_size;
     m_isKept = true;
-    return true;
 }
 
+// Unless a kept one is open.
 void ArrivingFile::openNew()
 {
     for (unsigned i = 0; !m_descriptor.isOpen() && (i == 0 || errno == EEXIST); ++i) {
@@ -206,10 +210,10 @@ ArrivingFile::~ArrivingFile()
     }
 }
 
-std::string ArrivingFile::end(std::size_t count) const
+std::string ArrivingFile::part(std::int64_t offset, std::size_t count) const
 {
     std::string bytes(count, '\0');
-    const ssize_t got = pread(m_descriptor.get(), bytes.data(), count, m_size - static_cast<std::int64_t>(count));
+    const ssize_t got = pread(m_descriptor.get(), bytes.data(), count, offset);
     bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
     return bytes;
 }

@@ -50,8 +50,8 @@ public:
 
     /// The number of bytes so far.
     std::int64_t size() const { return m_size; }
-    /// The last `count` of them.
-    std::string end(std::size_t count) const;
+    /// `count` of them from `offset` on, or as many as there are.
+    std::string part(std::int64_t offset, std::size_t count) const;
     /// Discards them all.
     void startOver();
 
@@ -63,7 +63,7 @@ public:
 
 private:
     mode_t mode() const;
-    bool openKept(const std::string& version);
+    void openKept(const std::string& version);
     void openNew();
     void openPipe();
     void requireCall() const;

@@ -74,6 +74,12 @@ private:
     std::size_t m_done = 0;
 };
 
+// Whether the server refuses to send the file, perhaps only from its middle on. A refusal for now (4xx) is none.
+bool refusesFile(CURLcode code, const Replies& replies)
+{
+    return (code == CURLE_FTP_COULDNT_RETR_FILE || code == CURLE_REMOTE_FILE_NOT_FOUND) && replies.lastCode() >= 500;
+}
+
 Failure changedMeanwhile() { return refusal(CURLE_PARTIAL_FILE, "the file has changed on the server meanwhile"); }
 
 // False if the earlier attempt cannot be continued.
@@ -81,7 +87,12 @@ bool goOn(const Work& work, ArrivingFile& file, std::int64_t size)
 {
     const std::int64_t compared = std::min(file.size(), kOverlap);
     const std::int64_t offset = file.size() - compared;
-    Overlap overlap(file.end(static_cast<std::size_t>(compared)));
+    const std::string end = file.part(offset, static_cast<std::size_t>(compared));
+    // A server that ignores REST sends the beginning, which would pass for the end.
+    if (offset > 0 && !work.access.target().isSsh() && end == file.part(0, end.size())) {
+        return false;
+    }
+    Overlap overlap(end);
     bool differs = false;
     Transfer transfer(work.connection, work.access, work.call);
     work.call.beginTransfer(size, offset);
@@ -96,7 +107,11 @@ bool goOn(const Work& work, ArrivingFile& file, std::int64_t size)
         return !differs && file.write(bytes, count);
     });
     const CURLcode code = transfer.tryToRun();
-    if (differs || code == CURLE_FTP_COULDNT_USE_REST || code == CURLE_BAD_DOWNLOAD_RESUME) {
+    const bool isRefused = refusesFile(code, transfer.replies());
+    if (isRefused) {
+        work.connection.cut(); // for the server, the offset may hold until the next transfer
+    }
+    if (differs || isRefused || code == CURLE_FTP_COULDNT_USE_REST || code == CURLE_BAD_DOWNLOAD_RESUME) {
         return false;
     }
     if (code != CURLE_OK) {

@@ -123,7 +123,7 @@ private:
     // A connection that broke says nothing about what is there.
     bool isAnswer(CURLcode code) const
     {
-        return code == CURLE_OK || code == CURLE_WRITE_ERROR || isRefusal(code) ||
+        return code == CURLE_OK || code == CURLE_WRITE_ERROR || code == CURLE_BAD_DOWNLOAD_RESUME || isRefusal(code) ||
                (m_target.isSsh() && (code == CURLE_REMOTE_FILE_NOT_FOUND || code == CURLE_SSH));
     }
 
@@ -154,6 +154,7 @@ private:
         const std::int64_t offset = there->size - compared;
         std::string end;
         Transfer transfer(m_work.connection, m_work.access, m_work.call);
+        m_work.call.beginTransfer(m_size, offset);
         transfer.visit(storedUrl());
         transfer.receiveFrom(offset);
         transfer.receive([&](const char* bytes, std::size_t count) {

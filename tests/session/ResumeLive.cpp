@@ -194,6 +194,42 @@ TEST_F(SessionResume, WithoutRestADownloadBeginsAnew)
     EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
 }
 
+TEST_F(SessionResume, WhereTheServerSendsNoMiddleADownloadBeginsAnew)
+{
+    for (const std::string reply : {"554 cannot restart", "550 cannot restart"}) {
+        SCOPED_TRACE(reply);
+        config.faults.clear();
+        misbehave("2/RETR#1=reply:" + reply);
+        breakADownload();
+        EXPECT_EQ(0, download()) << errorText;
+        EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+        EXPECT_EQ(Lines{"got"}, namesIn(local("")));
+        EXPECT_EQ(bytes(kBytes, "sent"), moved(sessions().back()).back());
+        stopServing();
+    }
+}
+
+TEST_F(SessionResume, ADownloadThatIsRefusedForNowKeepsWhatItHas)
+{
+    misbehave("2/RETR#1=reply:450 not now");
+    breakADownload();
+    EXPECT_EQ("CURLE_FTP_COULDNT_RETR_FILE", nameOf(download())) << errorText;
+    EXPECT_TRUE(sameBytes(content.substr(0, kBroken), contentOf(unfinishedIn(local("")))));
+    EXPECT_EQ(0, download()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+}
+
+// The server sends as many bytes as are lacking, but from the beginning.
+TEST_F(SessionResume, WhereRestIsIgnoredADownloadThatBeginsAsItEndsBeginsAnew)
+{
+    std::fill(content.begin(), content.begin() + kBroken, '\0');
+    misbehave("2/REST#2=reply:350 restarting");
+    breakADownload();
+    EXPECT_EQ(0, download()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(local("got"))));
+    EXPECT_EQ(bytes(kBytes, "sent"), moved(sessions().at(1)).back());
+}
+
 TEST_F(SessionResume, NothingStaysOfADownloadThatHasNotBegun)
 {
     misbehave("RETR=reply:450 not now");
@@ -288,6 +324,16 @@ TEST_F(SessionResume, AnUploadWhoseEndDiffersBeginsAnew)
     EXPECT_EQ(bytes(kBytes, "received"), moved(sessions().at(1)).back());
 }
 
+TEST_F(SessionResume, WhereTheServerSendsNoMiddleAnUploadBeginsAnew)
+{
+    misbehave("2/RETR=reply:550 no reading");
+    breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
+    EXPECT_EQ(0, upload()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+    EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+    EXPECT_EQ(bytes(kBytes, "received"), moved(sessions().back()).back());
+}
+
 TEST_F(SessionResume, AnUploadThatLacksNothingButItsPlace)
 {
     breakAnUpload("1/RNFR=drop");
@@ -343,6 +389,17 @@ TEST_F(SessionResume, AnUploadThatDoesNotFitWhatWasThereBeginsAnew)
     EXPECT_EQ(bytes(kBytes, "received"), moved(sessions().at(2)).back());
 }
 
+// Between two questions for the size of what is there.
+TEST_F(SessionResume, AnUploadBeginsAnewWhereWhatWasThereShrinks)
+{
+    misbehave("2/SIZE#2=reply:213 5");
+    breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
+    EXPECT_EQ(0, upload()) << errorText;
+    EXPECT_TRUE(sameBytes(content, contentOf(served("a.bak"))));
+    EXPECT_EQ(Lines{"a.bak"}, namesIn(served("")));
+    EXPECT_EQ(bytes(kBytes, "received"), moved(sessions().back()).back());
+}
+
 TEST_F(SessionResume, ALocalFileThatChangedBeginsAnew)
 {
     breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
@@ -371,6 +428,23 @@ TEST_F(SessionResume, AnUploadThatLacksItsNameTellsTheProgressUpToTheEnd)
     breakAnUpload("1/RNTO=drop");
     EXPECT_EQ(0, upload()) << errorText;
     expectReportOfTheEnd();
+}
+
+TEST_F(SessionResume, AnUploadTellsTheWholeFilesProgressWhileTheEndIsCompared)
+{
+    misbehave("2/DATA#1=slow:100000");
+    breakAnUpload("1/DATA=drop-after:" + std::to_string(kBroken));
+    std::vector<TransferProgress> told;
+    options.progress = [&told](const TransferProgress& now) { told.push_back(now); };
+    EXPECT_EQ(0, upload()) << errorText;
+    told.erase(told.begin()); // before the size of what is there is known
+    EXPECT_LT(1U, told.size());
+    std::int64_t bytes = kBroken - kOverlap;
+    for (const TransferProgress& each : told) {
+        EXPECT_EQ(static_cast<std::int64_t>(kBytes), each.total);
+        EXPECT_LE(bytes, each.bytes);
+        bytes = each.bytes;
+    }
 }
 
 TEST_F(SessionResume, WithoutTheOptionNothingStays)
