@@ -2,8 +2,9 @@
 
 Measures what users compare, the library, sessions and the command, or some of these, and writes tables and plots into a
 folder for each below build/bench.
-"quick" makes few rounds with small files, to try it out, and writes into build/bench/quick; "keep" measures nothing and
-puts the last full runs into docs/performance.md.
+A part that is measured alone moves as many and as large files as its goals name. "quick" makes few rounds with small
+files, to try it out, and writes into build/bench/quick; "keep" measures nothing and puts the last full runs into
+docs/performance.md.
 """
 
 import contextlib
@@ -36,7 +37,7 @@ import user_folders
 import user_large
 import user_limits
 import user_operations
-from effort import FULL, QUICK
+from effort import ALONE, FULL, QUICK
 from figures import Goals
 from measuring import Recorder
 
@@ -155,6 +156,7 @@ def run(name, build, mode):
     """Measures one part and writes what came of it."""
     effort, results, title = {
         "full": (FULL, RESULTS / name, f"The machine ({name})"),
+        "alone": (ALONE, RESULTS / name, f"The machine ({name})"),
         "quick": (QUICK, RESULTS / "quick" / name, f"The machine ({name}), for a quick run"),
     }[mode]
     described = machine.describe(machine.load(), serving.place(), serving.BUNDLE)
@@ -180,8 +182,9 @@ def main(build, words):
         sys.exit("All but the library alone is measured with daemons that need root: run this as root, or: "
                  "scripts/bench core")
     machine.allow_many_files()
+    mode = "quick" if "quick" in words else "alone" if len(names) == 1 else "full"
     for name in names:
-        run(name, build, "quick" if "quick" in words else "full")
+        run(name, build, mode)
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-"""How much is done of what: in a full run, and to try it out."""
+"""How much is done of what: in a full run, in one of a part alone, and to try it out."""
 
 import dataclasses
 
@@ -81,6 +81,10 @@ FULL = Effort(
     tree_large_files=4,
     tree_large_size=25_000_000,
     tree_rounds=DECIDING,
+)
+# As many and as large files as the goals name, for which all parts together have no time.
+ALONE = dataclasses.replace(
+    FULL, folder_files=1000, large_size=GIB, tree_files=1000, tree_large_files=20, tree_large_size=50_000_000
 )
 QUICK = Effort(
     user_rounds=1,

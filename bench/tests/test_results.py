@@ -128,7 +128,7 @@ class Results(unittest.TestCase):
     def test_one_part_leaves_the_other(self):
         self.run_main()
         core = (self.results / "core/tables.md").stat().st_mtime_ns
-        self.assertEqual([("sessions", driver.FULL)], self.run_main("sessions"))
+        self.assertEqual([("sessions", driver.ALONE)], self.run_main("sessions"))
         self.assertEqual(core, (self.results / "core/tables.md").stat().st_mtime_ns)
 
     def test_a_quick_run_leaves_the_full_one(self):
@@ -146,7 +146,7 @@ class Results(unittest.TestCase):
     def test_sessions_are_refused_to_users_who_cannot_start_daemons(self):
         for words in ([], ["quick"], ["users"], ["sessions"]):
             self.assertRaisesRegex(SystemExit, "need root.* scripts/bench core$", self.run_main, *words, user=1000)
-        self.assertEqual([("core", driver.FULL)], self.run_main("core", user=1000))
+        self.assertEqual([("core", driver.ALONE)], self.run_main("core", user=1000))
 
     def test_a_run_that_fails_leaves_its_single_runs(self):
         def measure(part, build, effort, recorder):
